@@ -1,0 +1,47 @@
+# Language, warnings, sanitizers and output folders of every first-party target.
+
+set(CMAKE_CXX_STANDARD 17)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_C_STANDARD 11)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+if(NOT CMAKE_BUILD_TYPE)
+    set(CMAKE_BUILD_TYPE RelWithDebInfo)
+endif()
+set(CMAKE_C_FLAGS_RELWITHDEBINFO "-O2 -g1 -DNDEBUG")
+set(CMAKE_CXX_FLAGS_RELWITHDEBINFO "-O2 -g1 -DNDEBUG")
+
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
+set(CMAKE_LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/lib)
+set(CMAKE_ARCHIVE_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/lib)
+
+# Same-process HAL libraries, opened by name as on a device (mapper.zel.so and the like).
+set(VENDOR_HAL_DIRECTORY ${CMAKE_BINARY_DIR}/vendor/lib64/hw)
+
+add_compile_options($<$<COMPILE_LANGUAGE:CXX>:-stdlib=libc++>)
+add_link_options(-stdlib=libc++ -fuse-ld=lld-14)
+
+# As a device's vendor modules: no exceptions, no RTTI.
+add_compile_options($<$<COMPILE_LANGUAGE:CXX>:-fno-exceptions> $<$<COMPILE_LANGUAGE:CXX>:-fno-rtti>)
+
+add_compile_options(-Wall -Wextra -Werror -fno-omit-frame-pointer -fvisibility-inlines-hidden)
+add_compile_definitions(_FILE_OFFSET_BITS=64 _GNU_SOURCE)
+find_package(Threads REQUIRED)
+link_libraries(Threads::Threads)
+
+# SANITIZE: empty, "address" (with undefined behaviour) or "thread".
+set(SANITIZE "" CACHE STRING "sanitizers to build with: address, thread or empty")
+if(SANITIZE STREQUAL "address")
+    # vptr needs RTTI; a report must end the process, or a test could not fail.
+    set(sanitizer_flags -fsanitize=address,undefined -fno-sanitize=vptr -fno-sanitize-recover=all)
+elseif(SANITIZE STREQUAL "thread")
+    set(sanitizer_flags -fsanitize=thread)
+elseif(NOT SANITIZE STREQUAL "")
+    message(FATAL_ERROR "SANITIZE=${SANITIZE}: use address, thread or nothing")
+endif()
+if(sanitizer_flags)
+    add_compile_options(${sanitizer_flags})
+
+    add_link_options(${sanitizer_flags})
+endif()
