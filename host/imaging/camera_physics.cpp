@@ -1,0 +1,38 @@
+// The tone curve and its inverse.
+#include <imaging/camera_physics.h>
+
+#include <cmath>
+
+namespace imaging {
+
+namespace {
+
+double SrgbFromLinear(double x) {
+    return x <= 0.0031308 ? 12.92 * x : 1.055 * std::pow(x, 1.0 / 2.4) - 0.055;
+}
+
+double LinearFromSrgb(double s) {
+    return s <= 0.04045 ? s / 12.92 : std::pow((s + 0.055) / 1.055, 2.4);
+}
+
+ToneTable MakeToneTable() {
+    ToneTable table{};
+    for (int v = 0; v <= kLinearMax; ++v) {
+        const double tone = 255.0 * SrgbFromLinear(static_cast<double>(v) / kLinearMax);
+        table[v] = static_cast<uint8_t>(std::floor(tone + 0.5));
+    }
+    return table;
+}
+
+}  // namespace
+
+const ToneTable& ToneCurve() {
+    static const ToneTable table = MakeToneTable();
+    return table;
+}
+
+int LinearFromTone(uint8_t tone) {
+    return static_cast<int>(std::floor(kLinearMax * LinearFromSrgb(tone / 255.0) + 0.5));
+}
+
+}  // namespace imaging
