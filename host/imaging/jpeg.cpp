@@ -30,30 +30,47 @@ struct ErrorState {
 
 void OnWarning(j_common_ptr, int) {}
 
-/** Writes into memory of fixed size; a full buffer is an error. */
+/**
+ * Writes into memory of fixed size. libjpeg calls OnFull as soon as no byte is left, even if it has
+ * nothing more to write; so a spare byte follows, and only writing that one is an error.
+ */
 struct FixedDestination {
     jpeg_destination_mgr manager;  // first: libjpeg knows only this part
     uint8_t* data;
     size_t capacity;
     size_t used;
+    bool full;
+    uint8_t spare;
 };
+
+void UseSpare(FixedDestination* out) {
+    out->full = true;
+    out->manager.next_output_byte = &out->spare;
+    out->manager.free_in_buffer = 1;
+}
 
 void BeginOutput(j_compress_ptr info) {
     auto* out = reinterpret_cast<FixedDestination*>(info->dest);
     out->manager.next_output_byte = out->data;
     out->manager.free_in_buffer = out->capacity;
+    if (out->capacity == 0) UseSpare(out);
 }
 
 boolean OnFull(j_compress_ptr info) {
+    auto* out = reinterpret_cast<FixedDestination*>(info->dest);
+    if (!out->full) {
+        UseSpare(out);
+        return TRUE;
+    }
     auto* state = reinterpret_cast<ErrorState*>(info->err);
     snprintf(state->text, sizeof(state->text), "the JPEG file does not fit into %zu bytes",
-             reinterpret_cast<FixedDestination*>(info->dest)->capacity);
+             out->capacity);
     longjmp(state->back, 1);
 }
 
 void EndOutput(j_compress_ptr info) {
     auto* out = reinterpret_cast<FixedDestination*>(info->dest);
-    out->used = out->capacity - out->manager.free_in_buffer;
+    out->used = out->full ? out->capacity : out->capacity - out->manager.free_in_buffer;
 }
 
 /** Row pointers of one row of coded units, and the memory behind those that must be made. */

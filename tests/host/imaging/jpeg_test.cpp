@@ -1,0 +1,162 @@
+// JPEG files read back with libjpeg.
+#include <gmock/gmock.h>
+#include <imaging/jpeg.h>
+#include <jpeglib.h>
+
+#include <cmath>
+#include <cstdio>
+
+#include "frames.h"
+
+namespace imaging {
+
+using testing::HasSubstr;
+
+namespace {
+
+struct Decoded {
+    uint32_t width = 0;
+    uint32_t height = 0;
+    bool jfif = false;
+    int chromaFactor = 0;
+    std::vector<uint8_t> exif;
+    std::vector<uint8_t> yCbCr;  // three bytes a pixel
+};
+
+/** Reads a whole file; libjpeg ends the process at a broken one, which fails the test. */
+Decoded Decode(const std::vector<uint8_t>& file) {
+    jpeg_error_mgr error;
+    jpeg_decompress_struct info;
+    info.err = jpeg_std_error(&error);
+    jpeg_create_decompress(&info);
+    jpeg_mem_src(&info, file.data(), file.size());
+    jpeg_save_markers(&info, JPEG_APP0 + 1, 0xffff);
+    jpeg_read_header(&info, TRUE);
+    Decoded out;
+    out.width = info.image_width;
+    out.height = info.image_height;
+    out.jfif = info.saw_JFIF_marker;
+    out.chromaFactor = info.comp_info[0].h_samp_factor * info.comp_info[0].v_samp_factor;
+    for (auto* marker = info.marker_list; marker != nullptr; marker = marker->next) {
+        out.exif.assign(marker->data, marker->data + marker->data_length);
+    }
+    info.out_color_space = JCS_YCbCr;
+    jpeg_start_decompress(&info);
+    out.yCbCr.resize(size_t{out.width} * out.height * 3);
+    while (info.output_scanline < info.output_height) {
+        JSAMPROW row = &out.yCbCr[size_t{info.output_scanline} * out.width * 3];
+        jpeg_read_scanlines(&info, &row, 1);
+    }
+    jpeg_finish_decompress(&info);
+    EXPECT_EQ(error.num_warnings, 0);
+    jpeg_destroy_decompress(&info);
+    return out;
+}
+
+/** Soft luma waves and chroma that changes from left to right, all the way to the edges. */
+void Paint(Nv12Picture& picture) {
+    const MutableNv12View view = picture.View();
+    for (uint32_t y = 0; y < view.height; ++y) {
+        for (uint32_t x = 0; x < view.width; ++x) {
+            view.y[y * view.strideBytes + x] =
+                    static_cast<uint8_t>(128 + 100 * std::sin(x * 0.2) * std::cos(y * 0.15));
+        }
+    }
+    for (uint32_t y = 0; y < view.height / 2; ++y) {
+        for (uint32_t x = 0; x < view.width / 2; ++x) {
+            uint8_t* pair = view.uv + y * view.strideBytes + 2 * x;
+            pair[0] = static_cast<uint8_t>(60 + 120 * x / view.width);
+            pair[1] = static_cast<uint8_t>(200 - 120 * y / view.height);
+        }
+    }
+}
+
+std::vector<uint8_t> Encode(Nv12Picture& picture, int32_t degrees) {
+    std::vector<uint8_t> file(100000);
+    size_t size = 0;
+    JpegSettings settings;
+    settings.orientationDegrees = degrees;
+    EXPECT_EQ(EncodeJpeg(picture.View(), settings, file.data(), file.size(), &size), "");
+    file.resize(size);
+    return file;
+}
+
+/** Peak signal-to-noise ratio of one component, in dB. */
+double Psnr(const Nv12Picture& picture, const Decoded& decoded, int component) {
+    double sum = 0;
+    for (uint32_t y = 0; y < picture.height; ++y) {
+        for (uint32_t x = 0; x < picture.width; ++x) {
+            const int original = component == 0   ? picture.Y(x, y)
+                                 : component == 1 ? picture.Cb(x, y)
+                                                  : picture.Cr(x, y);
+            const double difference =
+                    original - decoded.yCbCr[(size_t{y} * picture.width + x) * 3 + component];
+            sum += difference * difference;
+        }
+    }
+    return 10 * std::log10(255.0 * 255.0 * picture.width * picture.height / (sum + 1e-9));
+}
+
+}  // namespace
+
+TEST(EncodeJpeg, ThePictureComesBackAtEverySize) {
+    // Whole coded units, then sizes that end inside one.
+    for (const auto& [width, height] :
+         {std::pair(64u, 48u), std::pair(50u, 38u), std::pair(2u, 2u), std::pair(72u, 40u)}) {
+        Nv12Picture picture(width, height);
+        Paint(picture);
+        const Decoded decoded = Decode(Encode(picture, 0));
+        EXPECT_EQ(decoded.width, width);
+        EXPECT_EQ(decoded.height, height);
+        EXPECT_TRUE(decoded.jfif);
+        EXPECT_EQ(decoded.chromaFactor, 4);
+        EXPECT_GT(Psnr(picture, decoded, 0), 42) << width;
+        EXPECT_GT(Psnr(picture, decoded, 1), 38) << width;
+        EXPECT_GT(Psnr(picture, decoded, 2), 38) << width;
+    }
+}
+
+TEST(EncodeJpeg, ExifCarriesTheOrientation) {
+    Nv12Picture picture(16, 16);
+    Paint(picture);
+    const std::pair<int32_t, uint8_t> cases[] = {{0, 1}, {90, 6}, {180, 3}, {270, 8}};
+    for (const auto& [degrees, code] : cases) {
+        const std::vector<uint8_t> exif = Decode(Encode(picture, degrees)).exif;
+        EXPECT_THAT(exif,
+                    testing::ElementsAre('E', 'x', 'i', 'f', 0, 0, 'I', 'I', 42, 0, 8, 0, 0, 0, 1,
+                                         0, 0x12, 1, 3, 0, 1, 0, 0, 0, code, 0, 0, 0, 0, 0, 0, 0));
+    }
+}
+
+TEST(EncodeJpeg, AFileThatDoesNotFitIsAnErrorAndStaysInside) {
+    Nv12Picture picture(64, 48);
+    Paint(picture);
+    const size_t needed = Encode(picture, 0).size();
+    for (size_t capacity : {size_t{0}, size_t{1}, size_t{700}, needed - 1}) {
+        std::vector<uint8_t> file(needed, 0x5a);
+        size_t size = 12345;
+        EXPECT_THAT(EncodeJpeg(picture.View(), {}, file.data(), capacity, &size),
+                    HasSubstr("fit into " + std::to_string(capacity) + " bytes"));
+        EXPECT_EQ(size, 12345u);
+        EXPECT_EQ(std::count(file.begin() + capacity, file.end(), 0x5a), needed - capacity);
+    }
+    std::vector<uint8_t> exact(needed);
+    size_t size = 0;
+    EXPECT_EQ(EncodeJpeg(picture.View(), {}, exact.data(), needed, &size), "");
+    EXPECT_EQ(size, needed);
+}
+
+TEST(EncodeJpeg, ImpossibleSettingsAreNamed) {
+    Nv12Picture picture(16, 16);
+    std::vector<uint8_t> file(10000);
+    size_t size = 0;
+    EXPECT_THAT(EncodeJpeg(picture.View(), {95, 45}, file.data(), file.size(), &size),
+                HasSubstr("45 degrees"));
+    EXPECT_THAT(EncodeJpeg(picture.View(), {0, 0}, file.data(), file.size(), &size),
+                HasSubstr("quality 0"));
+    Nv12View odd = picture.View();
+    odd.width = 15;
+    EXPECT_THAT(EncodeJpeg(odd, {}, file.data(), file.size(), &size), HasSubstr("15 x 16"));
+}
+
+}  // namespace imaging
