@@ -1,0 +1,33 @@
+// Start-up of the two graphics back-ends: the buffer wrapper and the interface record.
+#pragma once
+
+#include <aidl/android/hardware/graphics/allocator/IAllocator.h>
+#include <android/hardware/graphics/mapper/4.0/IMapper.h>
+#include <utils/StrongPointer.h>
+
+#include <memory>
+
+#include "offlinecameragrallocwrapper.h"
+#include "offlinecamerazelinterface.h"
+
+namespace vendor::zel::hardware::camera::offlinecamera::implementation {
+
+// What the platform offers at start-up; either may be empty.
+struct GraphicsServices {
+    ::android::sp<::android::hardware::graphics::mapper::V4_0::IMapper> mapper;
+    std::shared_ptr<::aidl::android::hardware::graphics::allocator::IAllocator> allocator;
+};
+
+// Looks both services up without waiting for the allocator.
+GraphicsServices ConnectGraphicsServices();
+
+// The buffer wrapper over both services; null, without a line, when either is missing.
+std::unique_ptr<OfflineCameraGralloc> StartGrallocWrapper(const GraphicsServices& services);
+
+// The interface record: the allocator, and the mapper of the library that the allocator names.
+// Never null; both of its members are empty after a failure, which is logged.
+std::unique_ptr<OfflineCameraZelInterface> StartZelInterface(
+        const std::shared_ptr<::aidl::android::hardware::graphics::allocator::IAllocator>&
+                allocator);
+
+}  // namespace vendor::zel::hardware::camera::offlinecamera::implementation
