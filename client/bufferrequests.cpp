@@ -12,17 +12,6 @@ namespace vendor::zel::hardware::camera::offlinecamera::implementation {
 
 using ::aidl::android::hardware::camera::device::StreamBuffersVal;
 
-namespace {
-
-constexpr int32_t kIllegalArgument = 1;
-
-::ndk::ScopedAStatus IllegalArgument() {
-    return ::ndk::ScopedAStatus::fromServiceSpecificErrorWithMessage(kIllegalArgument,
-                                                                     "ILLEGAL_ARGUMENT");
-}
-
-}  // namespace
-
 StreamBuffer OfflineCameraClient::OfflineCameraCallBacks::LendBuffer(const Stream& stream) {
     const AllocatedBuffer buffer = m_client->AllocateStreamBuffer(stream);
     CLIENT_LOGI("streamId %d, bufferStride %d, bufferScanline %d, buffer %p width %d, height %d",

@@ -45,6 +45,8 @@ class OfflineCameraClient::OfflineCameraCallBacks : public BnOfflineCameraCallba
   private:
     friend struct OfflineCameraClientAccess;
 
+    static ::ndk::ScopedAStatus IllegalArgument();
+
     // One result into m_resultFrameInfos; called with the client's m_resultLock held.
     void ProcessOfflineResult(const OfflineCaptureResult& result);
     void UpdateResultFrameInfo(const OfflineFrameInfo& frameInfo, ClientFrameInfo* record);

@@ -9,13 +9,6 @@ namespace vendor::zel::hardware::camera::offlinecamera::implementation {
 
 namespace {
 
-constexpr int32_t kIllegalArgument = 1;
-
-::ndk::ScopedAStatus IllegalArgument() {
-    return ::ndk::ScopedAStatus::fromServiceSpecificErrorWithMessage(kIllegalArgument,
-                                                                     "ILLEGAL_ARGUMENT");
-}
-
 // The block that the bytes hold, not a copy of it: it belongs to the call being handled. Null for
 // no bytes and for a block whose recorded size is not the size of the bytes.
 const camera_metadata_t* convertFromAidl(const std::vector<uint8_t>& metadata) {
@@ -46,6 +39,12 @@ OfflineCameraClient::OfflineCameraCallBacks::OfflineCameraCallBacks(OfflineCamer
 
 OfflineCameraClient::OfflineCameraCallBacks::~OfflineCameraCallBacks() {
     CLIENT_LOGI("[AIDL]OfflineCameraCallBacks destructor called");
+}
+
+::ndk::ScopedAStatus OfflineCameraClient::OfflineCameraCallBacks::IllegalArgument() {
+    constexpr int32_t kIllegalArgument = 1;
+    return ::ndk::ScopedAStatus::fromServiceSpecificErrorWithMessage(kIllegalArgument,
+                                                                     "ILLEGAL_ARGUMENT");
 }
 
 // Stores without m_resultLock: a delivery never waits for the thread that looks at its messages.
