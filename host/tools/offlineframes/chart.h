@@ -1,0 +1,51 @@
+// The built-in test chart, computed for any size. It shows at a glance sharpness (star, zone plate,
+// line pairs, small letters), right colours (24 patches, hue and primary ramps), tone (grey steps,
+// a ramp of all 1024 raw levels), the right way up (TOP, corners with 1, 2, 3 and 4 dots clockwise
+// from the top left), geometry (circles, ruler along the border) and any shifted row or seam.
+#pragma once
+
+#include <array>
+#include <cstdint>
+
+#include "chart_canvas.h"
+#include "frame_geometry.h"
+#include "picture.h"
+
+namespace offlineframes {
+
+// Where the chart lies on a sensor: a RAW frame has a striped margin around the visible chart that
+// the centre crop of development (4096x3072 to 4000x3000, or that ratio) removes exactly.
+struct ChartFrame {
+    PictureSize sensor;   // pixels of the mosaic
+    PictureSize visible;  // pixels after the crop
+    uint32_t left = 0;    // of the visible part in the sensor
+    uint32_t top = 0;
+};
+ChartFrame chartOnSensor(PictureSize sensor);    // 4096x3072: visible 4000x3000 at (48, 36)
+ChartFrame chartOfVisible(PictureSize visible);  // the reverse
+
+// The chart in display values, with margin or only the visible part.
+Picture drawSensorChart(const ChartFrame& frame);
+Picture drawVisibleChart(const ChartFrame& frame);
+
+// The raw ramp crosses the whole sensor: level 0 at the left edge to 1023 at the right one. Its
+// green pixels hold every level where the sensor is at least 2048 pixels wide; red and blue make it
+// grey.
+struct ChartRamp {
+    uint32_t firstRow;  // sensor rows
+    uint32_t endRow;
+};
+ChartRamp chartRamp(const ChartFrame& frame);
+inline uint16_t chartRampLevel(uint32_t x, uint32_t sensorWidth) {
+    return static_cast<uint16_t>(uint64_t{x} * 1024 / sensorWidth);
+}
+
+// A flat colour of the chart and where it is, in chart units.
+struct ChartPatch {
+    Colour colour;
+    Box box;
+};
+inline constexpr int kChartPatches = 24;
+std::array<ChartPatch, kChartPatches> chartPatches();
+
+}  // namespace offlineframes

@@ -1,0 +1,49 @@
+// Picture comparison: PSNR and largest difference.
+
+#include "compare.h"
+
+#include <cmath>
+#include <cstdlib>
+
+namespace offlineframes {
+namespace {
+
+double psnrOf(uint64_t squares, uint64_t samples) {
+    if (squares == 0) return INFINITY;
+    return 10 *
+           std::log10(255.0 * 255.0 * static_cast<double>(samples) / static_cast<double>(squares));
+}
+
+std::string sizeOf(const Picture& picture) {
+    return std::to_string(picture.width) + "x" + std::to_string(picture.height);
+}
+
+}  // namespace
+
+Result<Comparison> comparePictures(const Picture& a, const Picture& b) {
+    if (a.width != b.width || a.height != b.height) {
+        return Failure{"the pictures differ in size: " + sizeOf(a) + " and " + sizeOf(b)};
+    }
+    Comparison result = {};
+    uint64_t squares[3] = {};
+    const uint64_t pixels = uint64_t{a.width} * a.height;
+    for (uint64_t pixel = 0; pixel < pixels; ++pixel) {
+        for (uint64_t channel = 0; channel < 3; ++channel) {
+            const int difference =
+                    std::abs(a.rgb[pixel * 3 + channel] - b.rgb[pixel * 3 + channel]);
+            squares[channel] += static_cast<uint64_t>(difference) * difference;
+            if (difference <= result.largest) continue;
+            result.largest = difference;
+            result.x = static_cast<uint32_t>(pixel % a.width);
+            result.y = static_cast<uint32_t>(pixel / a.width);
+            result.channel = static_cast<int>(channel);
+        }
+    }
+    for (size_t channel = 0; channel < 3; ++channel) {
+        result.channelPsnr[channel] = psnrOf(squares[channel], pixels);
+    }
+    result.psnr = psnrOf(squares[0] + squares[1] + squares[2], pixels * 3);
+    return result;
+}
+
+}  // namespace offlineframes

@@ -1,0 +1,111 @@
+// Mosaic and NV12 frames from pictures.
+
+#include "frame_encoder.h"
+
+#include <imaging/camera_physics.h>
+#include <imaging/raw10.h>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <random>
+
+namespace offlineframes {
+namespace {
+
+using imaging::Channel;
+
+class NoiseSource {
+  public:
+    explicit NoiseSource(const Noise& noise)
+        : mActive(noise.sigma > 0), mRandom(noise.seed), mGauss(0.0, mActive ? noise.sigma : 1.0) {}
+
+    template <class Sample>
+    void add(Sample* samples, size_t count, int maximum) {
+        if (!mActive) return;
+        for (size_t i = 0; i < count; ++i) {
+            const double noisy = std::round(samples[i] + mGauss(mRandom));
+            samples[i] = static_cast<Sample>(std::clamp(noisy, 0.0, double(maximum)));
+        }
+    }
+
+  private:
+    bool mActive;
+    std::mt19937_64 mRandom;
+    std::normal_distribution<double> mGauss;
+};
+
+// Raw codes of display values, for each channel.
+using RawTable = std::array<std::array<uint16_t, 256>, 3>;
+
+RawTable makeRawTable() {
+    RawTable table = {};
+    for (int channel = 0; channel < 3; ++channel) {
+        for (int tone = 0; tone < 256; ++tone) {
+            const int linear = imaging::LinearFromTone(static_cast<uint8_t>(tone));
+            table[static_cast<size_t>(channel)][static_cast<size_t>(tone)] = static_cast<uint16_t>(
+                    imaging::RawFromLinear(linear, static_cast<Channel>(channel)));
+        }
+    }
+    return table;
+}
+
+uint16_t rampCode(uint16_t level, Channel channel) {
+    if (channel == Channel::kGreen) return level;
+    const int linear = imaging::LinearFromRaw(level, Channel::kGreen);
+    return static_cast<uint16_t>(imaging::RawFromLinear(linear, channel));
+}
+
+}  // namespace
+
+Bytes encodeRaw10(const Picture& picture, const FrameGeometry& geometry, const Noise& noise,
+                  const std::optional<ChartFrame>& chart) {
+    const RawTable table = makeRawTable();
+    const ChartRamp ramp = chart ? chartRamp(*chart) : ChartRamp{0, 0};
+    NoiseSource source(noise);
+    Bytes bytes(size_t{geometry.stride} * geometry.scanlines);
+    std::vector<uint16_t> row(picture.width);
+    for (uint32_t y = 0; y < picture.height; ++y) {
+        const bool inRamp = y >= ramp.firstRow && y < ramp.endRow;
+        for (uint32_t x = 0; x < picture.width; ++x) {
+            const Channel channel = imaging::MosaicChannel(x, y);
+            const auto index = static_cast<size_t>(channel);
+            row[x] = inRamp ? rampCode(chartRampLevel(x, picture.width), channel)
+                            : table[index][picture.pixel(x, y)[index]];
+        }
+        source.add(row.data(), row.size(), imaging::kWhiteLevel);
+        imaging::PackRaw10Row(row.data(), picture.width, &bytes[size_t{y} * geometry.stride]);
+    }
+    return bytes;
+}
+
+Bytes encodeNv12(const Picture& picture, const FrameGeometry& geometry, const Noise& noise) {
+    const size_t lumaBytes = size_t{geometry.stride} * geometry.scanlines;
+    NoiseSource source(noise);
+    Bytes bytes(lumaBytes + lumaBytes / 2, 128);
+    std::fill(bytes.begin(), bytes.begin() + static_cast<ptrdiff_t>(lumaBytes), 0);
+    for (uint32_t y = 0; y < picture.height; ++y) {
+        uint8_t* const luma = &bytes[size_t{y} * geometry.stride];
+        const uint8_t* rgb = picture.pixel(0, y);
+        for (uint32_t x = 0; x < picture.width; ++x, rgb += 3) {
+            luma[x] = imaging::Luma(rgb[0], rgb[1], rgb[2]);
+        }
+        source.add(luma, picture.width, 255);
+    }
+    for (uint32_t y = 0; y < picture.height; y += 2) {
+        uint8_t* const chroma = &bytes[lumaBytes + size_t{y / 2} * geometry.stride];
+        for (uint32_t x = 0; x < picture.width; x += 2) {
+            const uint8_t* top = picture.pixel(x, y);
+            const uint8_t* low = picture.pixel(x, y + 1);
+            const int r = top[0] + top[3] + low[0] + low[3];
+            const int g = top[1] + top[4] + low[1] + low[4];
+            const int b = top[2] + top[5] + low[2] + low[5];
+            chroma[x] = imaging::ChromaBlue(r, g, b);
+            chroma[x + 1] = imaging::ChromaRed(r, g, b);
+        }
+        source.add(chroma, picture.width, 255);
+    }
+    return bytes;
+}
+
+}  // namespace offlineframes

@@ -1,0 +1,29 @@
+// Pictures into frames: the reference camera's physics backwards.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+
+#include "chart.h"
+#include "file_io.h"
+#include "frame_geometry.h"
+#include "picture.h"
+
+namespace offlineframes {
+
+// Gaussian noise added to every sample, the same for the same seed.
+struct Noise {
+    double sigma = 0;  // raw levels of RAW10, code values of NV12
+    uint64_t seed = 0;
+};
+
+// RGGB mosaic of `picture` in packed RAW10: inverse tone curve, white-balance gains divided out,
+// black level added. With `chart` the ramp's green pixels get their raw level exactly. `geometry`
+// has passed frameBytes() and has the picture's size; padding bytes are 0.
+Bytes encodeRaw10(const Picture& picture, const FrameGeometry& geometry, const Noise& noise,
+                  const std::optional<ChartFrame>& chart);
+
+// BT.601 full-range NV12. Padding is black: luma 0, chroma 128.
+Bytes encodeNv12(const Picture& picture, const FrameGeometry& geometry, const Noise& noise);
+
+}  // namespace offlineframes

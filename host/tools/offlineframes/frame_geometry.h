@@ -1,0 +1,60 @@
+// Shapes of frames in files: formats, padding and byte counts, all checked for overflow.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include "result.h"
+
+namespace offlineframes {
+
+enum class FrameFormat { kRaw10, kNv12 };
+
+const char* formatName(FrameFormat format);                     // "raw10", "nv12"
+std::optional<FrameFormat> formatFromName(const std::string&);  // the inverse
+
+struct PictureSize {
+    uint32_t width = 0;
+    uint32_t height = 0;
+};
+inline bool operator==(const PictureSize& a, const PictureSize& b) {
+    return a.width == b.width && a.height == b.height;
+}
+
+// One frame as it lies in a file. RAW10: `scanlines` rows of `stride` bytes, four pixels in five
+// bytes. NV12: `scanlines` rows of luma, then scanlines/2 rows of interleaved Cb and Cr, all of
+// `stride` bytes. The picture is the top left width x height pixels, the rest is padding.
+struct FrameGeometry {
+    FrameFormat format = FrameFormat::kRaw10;
+    PictureSize size;        // pixels
+    uint32_t stride = 0;     // bytes per row
+    uint32_t scanlines = 0;  // rows (of the luma plane)
+};
+bool operator==(const FrameGeometry& a, const FrameGeometry& b);
+
+// "raw10 4096x3072, stride 5120, 3072 scan lines"
+std::string describe(const FrameGeometry& geometry);
+
+// The stride and scan lines the stand-in's allocator chooses for a picture of this size.
+FrameGeometry allocatorGeometry(FrameFormat format, PictureSize size);
+
+// The sizes the test modes use: 4096x3072 RAW10, 4000x3000 NV12.
+PictureSize defaultSize(FrameFormat format);
+
+// Checks that the picture fits its rows and its format's grid (RAW10 width a multiple of 4, all
+// sizes even) and gives the bytes of the whole frame.
+Result<size_t> frameBytes(const FrameGeometry& geometry);
+
+// Bytes of one row of `width` RAW10 pixels without padding.
+uint64_t raw10RowBytes(uint32_t width);
+
+// A known geometry of `format` whose frame has exactly `bytes` bytes.
+std::optional<FrameGeometry> geometryOfFileSize(FrameFormat format, uint64_t bytes);
+
+// The picture that frames of this padding usually hold: 4000x3000 in 4096 x 3072 NV12, and so on;
+// without a known one, every whole pixel of the padded rows.
+PictureSize pictureInPadding(FrameFormat format, uint32_t stride, uint32_t scanlines);
+
+}  // namespace offlineframes

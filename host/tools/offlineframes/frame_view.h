@@ -1,0 +1,39 @@
+// Any dump, source file or picture as a picture: finds out what the file is and checks its size.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include "dump_name.h"
+#include "frame_geometry.h"
+#include "picture.h"
+#include "result.h"
+
+namespace offlineframes {
+
+// What the caller knows; it goes before what the file's name tells.
+struct ViewRequest {
+    std::optional<FrameFormat> format;
+    std::optional<PictureSize> size;
+    std::optional<uint32_t> stride;
+    std::optional<uint32_t> scanlines;
+    bool mosaic = false;    // RAW10 as grey mosaic and not developed
+    bool asStored = false;  // JPEG: leave EXIF orientation alone
+};
+
+struct View {
+    Picture picture;
+    std::string description;  // what the file was taken for, one line
+};
+
+// Fails when the file cannot be read, its kind or geometry cannot be told, its size does not match
+// (the message gives the bytes expected and found, and what would match) or an option of `request`
+// has no meaning for it.
+Result<View> viewFile(const std::string& path, const ViewRequest& request);
+
+// The geometry of a frame file of `bytes` bytes from name, request and size, checked against it.
+Result<FrameGeometry> resolveGeometry(const std::string& path, FrameFormat format,
+                                      const ViewRequest& request, uint64_t bytes);
+
+}  // namespace offlineframes

@@ -1,0 +1,32 @@
+// Picture: what a person sees; 8-bit RGB in display (sRGB-like) values, rows back to back.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+namespace offlineframes {
+
+struct Picture {
+    uint32_t width = 0;
+    uint32_t height = 0;
+    std::vector<uint8_t> rgb;  // width * height * 3 bytes, top row first
+
+    Picture() = default;
+    Picture(uint32_t w, uint32_t h) : width(w), height(h), rgb(size_t{w} * h * 3) {}
+
+    uint8_t* pixel(uint32_t x, uint32_t y) { return &rgb[(size_t{y} * width + x) * 3]; }
+    const uint8_t* pixel(uint32_t x, uint32_t y) const { return &rgb[(size_t{y} * width + x) * 3]; }
+};
+
+// Largest side of a picture or frame this program reads or writes, in pixels.
+inline constexpr uint32_t kMaxSide = 32768;
+// Largest picture, in pixels: 200 million, more than any camera the files stand for.
+inline constexpr uint64_t kMaxPixels = 200'000'000;
+
+inline bool isUsableSize(uint64_t width, uint64_t height) {
+    return width >= 1 && height >= 1 && width <= kMaxSide && height <= kMaxSide &&
+           width * height <= kMaxPixels;
+}
+
+}  // namespace offlineframes
