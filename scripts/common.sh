@@ -1,0 +1,76 @@
+# Shared by ./run and ./check: messages, packages, building. Sourced by bash with -euo pipefail.
+# Everything here talks on standard error; standard output belongs to the caller.
+
+root="$(cd "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")/.." && pwd)"
+out="$root/out"
+
+say() { printf '%s: %s\n' "${0##*/}" "$*" >&2; }
+
+# Usage errors and missing things: one sentence, status 2.
+refuse() {
+    say "$*"
+    exit 2
+}
+
+# One at a time: installs and builds of two calls would get in each other's way.
+lock_out() {
+    mkdir -p "$out"
+    exec 9>"$out/.lock"
+    flock 9
+}
+
+unlock_out() { exec 9>&-; }
+
+listed_packages() { sed -e 's/#.*//' -e '/^[[:space:]]*$/d' "$root/scripts/packages.txt"; }
+
+missing_packages() {
+    local name
+    for name in $(listed_packages); do
+        [[ "$(dpkg-query -W -f '${db:Status-Status}' "$name" 2>/dev/null)" == installed ]] ||
+            printf '%s ' "$name"
+    done
+}
+
+# Installs what the list names and this machine lacks. A stamp named after the list's checksum
+# lets later calls skip the question.
+install_packages() {
+    local stamp missing
+    stamp="$out/.packages-$(sha256sum <"$root/scripts/packages.txt" | cut -c 1-16)"
+    [[ -e "$stamp" ]] && return
+    missing="$(missing_packages)"
+    if [[ -n "$missing" ]]; then
+        local as_root=()
+        if [[ "$(id -u)" != 0 ]]; then
+            command -v sudo >/dev/null ||
+                refuse "as root, first: apt-get install --no-install-recommends $missing"
+            as_root=(sudo)
+        fi
+        as_root+=(env DEBIAN_FRONTEND=noninteractive apt-get)
+        say "installing $missing"
+        # A fresh machine has no package lists yet, another one perhaps old ones.
+        compgen -G '/var/lib/apt/lists/*_Packages*' >/dev/null || "${as_root[@]}" update >&2
+        # shellcheck disable=SC2086 # the list is words
+        "${as_root[@]}" install -y --no-install-recommends $missing >&2 ||
+            { "${as_root[@]}" update >&2 &&
+                "${as_root[@]}" install -y --no-install-recommends $missing >&2; } ||
+            refuse "could not install $missing"
+    fi
+    rm -f "$out"/.packages-*
+    touch "$stamp"
+}
+
+# build FOLDER SANITIZE TARGET...: configures once, then builds with ninja's progress; silent when
+# everything is up to date.
+build() {
+    local folder="$1" sanitize="$2"
+    shift 2
+    if [[ ! -e "$folder/build.ninja" ]]; then
+        say "configuring $folder"
+        cmake -G Ninja -S "$root" -B "$folder" -DSANITIZE="$sanitize" >&2 ||
+            { say "configuring failed"; return 1; }
+    fi
+    if [[ "$(ninja -C "$folder" -n "$@" 2>/dev/null | tail -n 1)" != *"no work to do"* ]]; then
+        say "building $folder"
+        ninja -C "$folder" "$@" >&2 || { say "building failed"; return 1; }
+    fi
+}

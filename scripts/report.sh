@@ -1,0 +1,37 @@
+# What ./run says after the tool has ended. Sourced after common.sh.
+
+# Every file below a folder with time and size, sorted: two lists differ where a file was written.
+list_files() { (cd "$1" && find . -type f -printf '%P\t%T@\t%s\n' | LC_ALL=C sort); }
+
+# Makes out/pictures/NAME.png from a dump and prints its path; a reason where that fails.
+picture_of() {
+    local picture="$out/pictures/${1##*/}"
+    picture="${picture%.*}.png"
+    mkdir -p "$out/pictures"
+    if "$out/build/bin/offlineframes" view "$1" "$picture" >/dev/null 2>"$out/pictures/.error"; then
+        echo "${picture#"$PWD"/}"
+    else
+        echo "no picture: $(head -n 1 "$out/pictures/.error")"
+    fi
+}
+
+# report_files FOLDER BEFORE: names what is new or changed since the list BEFORE was made.
+report_files() {
+    local folder="$1" path size
+    while IFS=$'\t' read -r path _ size; do
+        case "$path" in
+        *.yuv | *.raw | *.jpg)
+            say "wrote $folder/$path ($size bytes), $(picture_of "$folder/$path")"
+            ;;
+        *) say "wrote $folder/$path ($size bytes)" ;;
+        esac
+    done < <(LC_ALL=C comm -13 <(echo "$2") <(list_files "$folder"))
+}
+
+# One line when the tool opened a source file, which without plane layouts has no effect.
+report_unfilled_inputs() {
+    if grep -q 'LoadOffineSource.*: open input file' "$out/run.log"; then
+        say "the input frames were left empty: nothing answers the tool's plane-layout query," \
+            "so it read no row of its source files (--planes provides the answer)"
+    fi
+}
