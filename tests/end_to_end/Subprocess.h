@@ -1,0 +1,63 @@
+// A program started by a test: its output, its end, its terminal.
+#pragma once
+
+#include <sys/types.h>
+
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace end_to_end {
+
+// How long a test waits for anything, in seconds. It only decides how soon a fault is reported.
+constexpr int kPatience = 50;
+
+struct Finished {
+    int status = -1;  // as a shell says it: exit status, or 128 + n for signal n; -1: timed out
+    std::string out;  // everything on standard output and standard error
+    std::string err;
+};
+
+class Subprocess {
+  public:
+    using Environment = std::vector<std::pair<std::string, std::string>>;
+    enum class Input { Empty, Terminal };
+
+    // Starts the program; argv[0] is looked for in PATH. With a terminal, all three of its
+    // standard descriptors are that terminal, it leads the session, and `out` is the screen.
+    explicit Subprocess(const std::vector<std::string>& argv, const Environment& environment = {},
+                        Input input = Input::Empty);
+    ~Subprocess();  // kills the program if it still runs
+    Subprocess(const Subprocess&) = delete;
+    Subprocess& operator=(const Subprocess&) = delete;
+
+    pid_t pid() const { return m_pid; }
+
+    // Reads on until standard output holds the text; false when it ends first or time is over.
+    bool waitForOutput(const std::string& text);
+
+    // Types at the terminal.
+    void type(const std::string& keys);
+
+    // Waits until the program has ended and nobody holds its output open any more, which includes
+    // processes that it left behind. Status -1 when that takes too long.
+    Finished finish();
+
+  private:
+    bool readSome();  // false when both ends are closed or time is over
+
+    pid_t m_pid = -1;
+    int m_ends[2] = {-1, -1};  // standard output (or the terminal) and standard error
+    std::string m_texts[2];
+    timespec m_deadline = {};
+};
+
+// Starts and finishes.
+Finished runProgram(const std::vector<std::string>& argv,
+                    const Subprocess::Environment& environment = {});
+
+// Command lines of running processes that contain the text; the asking process is left out.
+std::vector<std::string> processesWith(const std::string& text);
+
+}  // namespace end_to_end
