@@ -1,0 +1,31 @@
+// What the tests of descriptor ownership look at.
+#pragma once
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+
+// Number of descriptors that this process has open.
+inline int countOpenDescriptors() {
+    DIR* folder = opendir("/proc/self/fd");
+    if (folder == nullptr) return -1;
+    int count = -3;  // ".", ".." and the folder itself
+    while (readdir(folder) != nullptr) ++count;
+    closedir(folder);
+    return count;
+}
+
+inline bool isOpen(int fd) {
+    return fcntl(fd, F_GETFD) != -1;
+}
+
+inline bool isCloseOnExec(int fd) {
+    return (fcntl(fd, F_GETFD) & FD_CLOEXEC) != 0;
+}
+
+inline bool isSameFile(int first, int second) {
+    struct stat a {};
+    struct stat b {};
+    return fstat(first, &a) == 0 && fstat(second, &b) == 0 && a.st_dev == b.st_dev &&
+           a.st_ino == b.st_ino;
+}
