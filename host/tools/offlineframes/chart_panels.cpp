@@ -104,13 +104,14 @@ void drawLinePairs(Canvas& canvas, double left, double top) {
 }
 
 void drawSmallLetters(Canvas& canvas, double left, double top) {
-    constexpr double kHeights[5] = {64, 48, 36, 26, 18};
+    constexpr double kHeights[5] = {48, 36, 28, 20, 14};
     double v = top;
     for (const double height : kHeights) {
-        const std::string words = "SHARP 0123456789 EDGE " + std::to_string(int(height));
+        const std::string words = "SHARP 0123456789 " + std::to_string(int(height));
         canvas.text(left, v, height, words, kInk);
-        v += height * 1.55;
+        v += height * 1.6;
     }
+    canvas.text(left, v + 30, 24, "A MOSAIC TURNS 3 PX AND 2 PX BARS COLOURED", kQuiet);
 }
 
 }  // namespace
@@ -160,7 +161,7 @@ void drawHeader(Canvas& canvas, PictureSize visible) {
     canvas.text(330, 262, 48, "TEST CHART", kQuiet);
     const std::string size = std::to_string(visible.width) + " X " + std::to_string(visible.height);
     canvas.text(3670 - Canvas::textWidth(90, size), 130, 90, size, kInk);
-    const std::string note = "RULER 100/4000 OF WIDTH";
+    const std::string note = "RULER 40 X 30 TEETH";
     canvas.text(3670 - Canvas::textWidth(48, note), 262, 48, note, kQuiet);
 }
 
@@ -186,8 +187,8 @@ void drawStar(Canvas& canvas) {
     for (const double radius : {608.0, 632.0, 656.0, 680.0}) {
         canvas.ring(kCentreU, kCentreV, radius, 8, kInk);
     }
-    centredText(canvas, kCentreU, 455, 48, "CIRCLES ROUND - SPOKES STRAIGHT", kQuiet);
-    centredText(canvas, kCentreU, 1970, 48, "FINEST DETAIL 5 PX PER PERIOD", kQuiet);
+    centredText(canvas, kCentreU, 455, 40, "CIRCLES ROUND - SPOKES STRAIGHT", kQuiet);
+    centredText(canvas, kCentreU, 1970, 40, "FINEST DETAIL 5 PX PER PERIOD", kQuiet);
 }
 
 void drawDetailColumn(Canvas& canvas) {
