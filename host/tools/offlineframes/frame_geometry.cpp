@@ -15,6 +15,10 @@ uint32_t roundUp(uint64_t value, uint32_t alignment) {
     return static_cast<uint32_t>((value + alignment - 1) / alignment * alignment);
 }
 
+uint64_t raw10RowBytes(uint32_t width) {
+    return (uint64_t{width} * 10 + 7) / 8;
+}
+
 // Every geometry that the test modes use, as the allocator pads it and without padding.
 constexpr struct {
     FrameFormat format;

@@ -47,9 +47,6 @@ PictureSize defaultSize(FrameFormat format);
 // sizes even) and gives the bytes of the whole frame.
 Result<size_t> frameBytes(const FrameGeometry& geometry);
 
-// Bytes of one row of `width` RAW10 pixels without padding.
-uint64_t raw10RowBytes(uint32_t width);
-
 // A known geometry of `format` whose frame has exactly `bytes` bytes.
 std::optional<FrameGeometry> geometryOfFileSize(FrameFormat format, uint64_t bytes);
 

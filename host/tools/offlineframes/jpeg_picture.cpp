@@ -94,12 +94,10 @@ Result<JpegPicture> decodeJpeg(const Bytes& bytes, const std::string& name) {
                        std::to_string(height) + " is too large"};
     }
     JpegPicture jpeg;
+    jpeg.orientation = orientationOf(decoder);  // the markers are gone once the pixels are read
     jpeg.picture = Picture(width, height);
     const bool ok = readPixels(&decoder, jpeg.picture.rgb.data());
-    if (ok) {
-        jpeg.orientation = orientationOf(decoder);
-        jpeg.jpegBytes = bytes.size() - decoder.info.src->bytes_in_buffer;
-    }
+    if (ok) jpeg.jpegBytes = bytes.size() - decoder.info.src->bytes_in_buffer;
     jpeg_destroy_decompress(&decoder.info);
     if (!ok) return Failure{name + ": damaged JPEG: " + decoder.message};
     return jpeg;

@@ -1,0 +1,49 @@
+// PSNR and largest difference on pictures whose answers are known by hand.
+
+#include "host/tools/offlineframes/compare.h"
+
+#include <gmock/gmock.h>
+
+#include "test_support.h"
+
+namespace offlineframes {
+namespace {
+
+TEST(Compare, FindsEqualPicturesEqual) {
+    const Picture picture = gradientPicture(16, 8);
+    const Result<Comparison> result = comparePictures(picture, picture);
+    ASSERT_TRUE(result.ok());
+    EXPECT_TRUE(std::isinf(result.value().psnr));
+    EXPECT_EQ(result.value().largest, 0);
+}
+
+TEST(Compare, GivesPsnrAndThePlaceOfTheLargestDifference) {
+    const Picture a = flatPicture(10, 10, {100, 100, 100});
+    Picture b = a;
+    b.pixel(3, 7)[1] = 90;   // the largest, in green
+    b.pixel(8, 8)[1] = 110;  // as large, but later
+    b.pixel(9, 9)[2] = 97;
+    const Result<Comparison> result = comparePictures(a, b);
+    ASSERT_TRUE(result.ok());
+    const Comparison& c = result.value();
+    EXPECT_EQ(c.largest, 10);
+    EXPECT_EQ(c.x, 3u);
+    EXPECT_EQ(c.y, 7u);
+    EXPECT_EQ(c.channel, 1);
+    EXPECT_TRUE(std::isinf(c.channelPsnr[0]));
+    // Mean squares: green (100 + 100) / 100 = 2, blue 9 / 100, all 209 / 300.
+    EXPECT_NEAR(c.channelPsnr[1], 20 * std::log10(255) - 10 * std::log10(2), 1e-9);
+    EXPECT_NEAR(c.channelPsnr[2], 20 * std::log10(255) - 10 * std::log10(0.09), 1e-9);
+    EXPECT_NEAR(c.psnr, 20 * std::log10(255) - 10 * std::log10(209.0 / 300), 1e-9);
+}
+
+TEST(Compare, NamesBothSizesWhenTheyDiffer) {
+    const Result<Comparison> result =
+            comparePictures(gradientPicture(16, 8), gradientPicture(8, 16));
+    ASSERT_FALSE(result.ok());
+    EXPECT_THAT(result.error(), testing::HasSubstr("16x8"));
+    EXPECT_THAT(result.error(), testing::HasSubstr("8x16"));
+}
+
+}  // namespace
+}  // namespace offlineframes

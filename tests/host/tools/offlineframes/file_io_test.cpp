@@ -1,0 +1,78 @@
+// Reading whole files, writing all or nothing.
+
+#include "host/tools/offlineframes/file_io.h"
+
+#include <gmock/gmock.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "test_support.h"
+
+namespace offlineframes {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+TEST(FileIo, RefusesWhatIsNotAReadableFileNamingIt) {
+    const TestFolder folder;
+    ASSERT_EQ(mkfifo(folder.path("pipe").c_str(), 0600), 0);
+    ASSERT_EQ(truncate(folder.file("huge", {1}).c_str(), static_cast<off_t>(kMaxFileBytes) + 1), 0);
+    ASSERT_EQ(truncate(folder.file("empty", {1}).c_str(), 0), 0);
+    const struct {
+        const char* name;
+        const char* reason;
+    } cases[] = {
+            {"missing", "No such file"},    {".", "not a regular file"},
+            {"pipe", "not a regular file"}, {"huge", "more than"},
+            {"empty", "is empty"},
+    };
+    for (const auto& c : cases) {
+        const Result<Bytes> read = readFile(folder.path(c.name));
+        ASSERT_FALSE(read.ok()) << c.name;
+        EXPECT_THAT(read.error(), HasSubstr(folder.path(c.name)));
+        EXPECT_THAT(read.error(), HasSubstr(c.reason));
+    }
+}
+
+TEST(FileIo, KeepsOrReplacesAnExistingFileAsAsked) {
+    const TestFolder folder;
+    const std::string path = folder.path("frame.raw");
+    ASSERT_TRUE(writeFile(path, {1, 2, 3}, Existing::kKeep).ok());
+    const Result<Done> again = writeFile(path, {4}, Existing::kKeep);
+    ASSERT_FALSE(again.ok());
+    EXPECT_THAT(again.error(), HasSubstr("--force"));
+    EXPECT_THAT(readFile(path).value(), ElementsAre(1, 2, 3));
+    ASSERT_TRUE(writeFile(path, {4}, Existing::kReplace).ok());
+    EXPECT_THAT(readFile(path).value(), ElementsAre(4));
+    // No temporary name is left.
+    EXPECT_THAT(folder.names(), ElementsAre("frame.raw"));
+}
+
+TEST(FileIo, ReplacesOnlyRegularFiles) {
+    const TestFolder folder;
+    ASSERT_EQ(symlink("/dev/null", folder.path("link").c_str()), 0);
+    ASSERT_EQ(mkdir(folder.path("folder").c_str(), 0700), 0);
+    for (const char* name : {"link", "folder"}) {
+        const Result<Done> written = writeFile(folder.path(name), {1}, Existing::kReplace);
+        ASSERT_FALSE(written.ok()) << name;
+        EXPECT_THAT(written.error(), HasSubstr("not a regular file"));
+    }
+    EXPECT_THAT(folder.names(), ElementsAre("folder", "link"));
+}
+
+TEST(FileIo, SaysWhereItCannotWrite) {
+    const TestFolder folder;
+    folder.file("plain", {1});
+    for (const std::string& path :
+         {folder.path("absent/x.png"), folder.path("plain/x.png"), folder.path("new/"),
+          std::string("/proc/x.png"), std::string()}) {
+        EXPECT_FALSE(writeFile(path, {1}, Existing::kKeep).ok()) << path;
+    }
+    EXPECT_THAT(writeFile(folder.path("absent/x.png"), {1}, Existing::kKeep).error(),
+                HasSubstr("absent"));
+    EXPECT_THAT(folder.names(), ElementsAre("plain"));
+}
+
+}  // namespace
+}  // namespace offlineframes

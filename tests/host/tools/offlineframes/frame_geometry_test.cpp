@@ -1,0 +1,68 @@
+// Byte counts of frames and refusal of impossible ones.
+
+#include "host/tools/offlineframes/frame_geometry.h"
+
+#include <gmock/gmock.h>
+
+namespace offlineframes {
+namespace {
+
+using testing::HasSubstr;
+using testing::Optional;
+
+TEST(FrameGeometry, PadsAndCountsAsTheAllocatorDoes) {
+    const struct {
+        FrameFormat format;
+        PictureSize size;
+        uint32_t stride, scanlines;
+        size_t bytes;
+    } cases[] = {
+            {FrameFormat::kRaw10, {4096, 3072}, 5120, 3072, 15728640},
+            {FrameFormat::kRaw10, {100, 10}, 128, 10, 1280},
+            {FrameFormat::kNv12, {4000, 3000}, 4096, 3072, 18874368},
+            {FrameFormat::kNv12, {640, 480}, 640, 512, 491520},
+    };
+    for (const auto& c : cases) {
+        const FrameGeometry geometry = allocatorGeometry(c.format, c.size);
+        EXPECT_EQ(geometry.stride, c.stride);
+        EXPECT_EQ(geometry.scanlines, c.scanlines);
+        const Result<size_t> bytes = frameBytes(geometry);
+        ASSERT_TRUE(bytes.ok()) << bytes.error();
+        EXPECT_EQ(bytes.value(), c.bytes);
+    }
+}
+
+TEST(FrameGeometry, RefusesWhatCannotBeAFrameAndSaysWhy) {
+    const struct {
+        FrameGeometry geometry;
+        const char* reason;
+    } cases[] = {
+            {{FrameFormat::kRaw10, {0, 480}, 800, 480}, "1 to 32768"},
+            {{FrameFormat::kRaw10, {642, 480}, 1000, 480}, "multiple of 4"},
+            {{FrameFormat::kNv12, {640, 481}, 640, 482}, "height of 2"},
+            {{FrameFormat::kRaw10, {640, 480}, 799, 480}, "stride of at least 800"},
+            {{FrameFormat::kNv12, {640, 480}, 640, 478}, "at least 480 scan lines"},
+            {{FrameFormat::kNv12, {640, 480}, 641, 480}, "even stride"},
+            // Products beyond 32 and near 64 bits.
+            {{FrameFormat::kNv12, {640, 480}, 65536, 65536}, "larger than"},
+            {{FrameFormat::kNv12, {640, 480}, 4294967294, 4294967294}, "larger than"},
+    };
+    for (const auto& c : cases) {
+        const Result<size_t> bytes = frameBytes(c.geometry);
+        ASSERT_FALSE(bytes.ok()) << describe(c.geometry);
+        EXPECT_THAT(bytes.error(), HasSubstr(c.reason));
+        EXPECT_THAT(bytes.error(), HasSubstr(describe(c.geometry)));
+    }
+}
+
+TEST(FrameGeometry, KnowsPaddedAndUnpaddedFilesBySize) {
+    const FrameGeometry padded = {FrameFormat::kNv12, {4000, 3000}, 4096, 3072};
+    const FrameGeometry tight = {FrameFormat::kNv12, {4000, 3000}, 4000, 3000};
+    EXPECT_THAT(geometryOfFileSize(FrameFormat::kNv12, 18874368), Optional(padded));
+    EXPECT_THAT(geometryOfFileSize(FrameFormat::kNv12, 18000000), Optional(tight));
+    EXPECT_FALSE(geometryOfFileSize(FrameFormat::kRaw10, 18000000));
+    EXPECT_FALSE(geometryOfFileSize(FrameFormat::kNv12, 18000001));
+}
+
+}  // namespace
+}  // namespace offlineframes

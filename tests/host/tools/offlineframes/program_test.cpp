@@ -1,0 +1,134 @@
+// The program as a person runs it: what it prints, what it leaves behind, its exit status.
+
+#include <gmock/gmock.h>
+
+#include "host/tools/offlineframes/commands.h"
+#include "host/tools/offlineframes/picture_file.h"
+#include "test_support.h"
+
+namespace offlineframes {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+struct Outcome {
+    int status;
+    std::string output;
+    std::string errors;
+};
+
+Outcome run(const std::vector<std::string>& words) {
+    testing::internal::CaptureStdout();
+    testing::internal::CaptureStderr();
+    const int status = runProgram(words);
+    return {status, testing::internal::GetCapturedStdout(), testing::internal::GetCapturedStderr()};
+}
+
+TEST(Program, TellsItsCommandsAndTheirOptions) {
+    const Outcome help = run({"--help"});
+    EXPECT_EQ(help.status, 0);
+    for (const char* command : {"pack", "sources", "view", "compare"}) {
+        EXPECT_THAT(help.output, HasSubstr(command));
+        const Outcome own = run({command, "--help"});
+        EXPECT_EQ(own.status, 0);
+        EXPECT_THAT(own.output, HasSubstr(std::string("usage: offlineframes ") + command));
+    }
+}
+
+TEST(Program, EndsWith2ForAWrongCommandLine) {
+    const TestFolder folder;
+    const std::string out = folder.path("out");
+    const struct {
+        std::vector<std::string> words;
+        const char* named;
+    } cases[] = {
+            {{}, "no command"},
+            {{"paint"}, "\"paint\""},
+            {{"--pack"}, "\"--pack\""},
+            {{"pack", "chart"}, "missing OUTPUT"},
+            {{"pack", "--colour", "chart", out}, "--colour"},
+            {{"pack", "--format", "raw12", "chart", out}, "raw12"},
+            {{"pack", "--size", "642x480", "chart", out}, "multiple of 4"},
+            {{"pack", "--size", "640x480", "--stride", "10", "chart", out}, "stride of at least"},
+            {{"pack", "--stride", "4294967297", "chart", out}, "4294967297"},
+            {{"pack", "--seed", "3", "chart", out}, "--seed needs --noise"},
+            {{"pack", "--noise", "0", "chart", out}, "--noise"},
+            {{"view", "--size", "big", "a", out}, "\"big\""},
+            {{"sources"}, "missing DIR"},
+            {{"compare", "a", "b", "c"}, "\"c\""},
+    };
+    for (const auto& c : cases) {
+        const Outcome result = run(c.words);
+        EXPECT_EQ(result.status, 2) << c.named;
+        EXPECT_THAT(result.errors, HasSubstr(c.named));
+        EXPECT_THAT(result.errors, HasSubstr("--help"));
+        EXPECT_EQ(result.output, "");
+    }
+    EXPECT_THAT(folder.names(), ElementsAre());
+}
+
+TEST(Program, EndsWith1WhenTheWorkFailsAndLeavesNothing) {
+    const TestFolder folder;
+    const std::string garbage = folder.file("garbage", Bytes(100, 7));
+    const std::string kept = folder.file("kept", {1, 2, 3});
+    for (const std::vector<std::string>& words :
+         {std::vector<std::string>{"pack", folder.path("absent.png"), folder.path("out")},
+          {"pack", garbage, folder.path("out")},
+          {"pack", "--size", "64x48", "chart", kept},
+          {"pack", "--size", "64x48", "chart", folder.path("absent/out")},
+          {"view", garbage, folder.path("out")},
+          {"compare", garbage, kept},
+          {"sources", kept},
+          {"sources", "--from", garbage, folder.path("out")}}) {
+        const Outcome result = run(words);
+        EXPECT_EQ(result.status, 1) << words[0] << " " << words[1];
+        EXPECT_THAT(result.errors, HasSubstr(folder.path("")));
+    }
+    EXPECT_THAT(folder.names(), ElementsAre("garbage", "kept"));
+    EXPECT_THAT(readFile(kept).value(), ElementsAre(1, 2, 3));
+}
+
+TEST(Program, PacksViewsAndComparesAPhoto) {
+    const TestFolder folder;
+    const std::string photo = folder.file("photo.ppm", ppmBytes(gradientPicture(128, 64)));
+    const std::string frame = folder.path("frame.yuv");
+    const std::string png = folder.path("frame.png");
+    const Outcome packed = run({"pack", "--format", "nv12", "--size", "128x64", "--stride", "192",
+                                "--scanlines=80", photo, frame});
+    ASSERT_EQ(packed.status, 0) << packed.errors;
+    EXPECT_EQ(readFile(frame).value().size(), 192u * 80 * 3 / 2);
+    const std::vector<std::string> view = {"view", "--size",      "128x64", "--stride", "192",
+                                           frame,  "--scanlines", "80",     png};
+    const Outcome viewed = run(view);
+    ASSERT_EQ(viewed.status, 0) << viewed.errors;
+    EXPECT_THAT(viewed.errors, HasSubstr("nv12 128x64, stride 192, 80 scan lines"));
+    EXPECT_EQ(run(view).status, 1);  // the PNG exists now
+    std::vector<std::string> forced = view;
+    forced.push_back("--force");
+    EXPECT_EQ(run(forced).status, 0);
+
+    const Outcome compared = run({"compare", photo, png});
+    EXPECT_EQ(compared.status, 0) << compared.errors;
+    EXPECT_THAT(compared.output, testing::ContainsRegex("all [4-6][0-9]\\.[0-9]+ dB"));
+    EXPECT_THAT(compared.output, testing::ContainsRegex("largest difference [1-4] in "));
+    EXPECT_THAT(run({"compare", photo, photo}).output, HasSubstr("all equal"));
+    const std::string other = folder.file("other.ppm", ppmBytes(gradientPicture(64, 64)));
+    EXPECT_THAT(run({"compare", photo, other}).errors, HasSubstr("128x64 and 64x64"));
+}
+
+TEST(Program, PacksTheSameNoiseForTheSameSeed) {
+    const TestFolder folder;
+    const auto packed = [&](const std::string& name, const std::string& seed) {
+        const Outcome result = run({"pack", "--size", "64x48", "--noise", "4.5", "--seed", seed,
+                                    "chart", folder.path(name)});
+        EXPECT_EQ(result.status, 0) << result.errors;
+        return readFile(folder.path(name)).value();
+    };
+    const Bytes first = packed("a", "11");
+    EXPECT_EQ(packed("b", "11"), first);
+    EXPECT_NE(packed("c", "12"), first);
+}
+
+}  // namespace
+}  // namespace offlineframes

@@ -1,0 +1,102 @@
+// Helpers of the offlineframes tests: folders of their own, pictures with known pixels.
+#pragma once
+
+#include <gtest/gtest.h>
+#include <imaging/jpeg.h>
+#include <stdlib.h>
+
+#include <algorithm>
+#include <cmath>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "host/tools/offlineframes/file_io.h"
+#include "host/tools/offlineframes/frame_encoder.h"
+#include "host/tools/offlineframes/picture.h"
+
+namespace offlineframes {
+
+// A folder of one test, removed at its end.
+class TestFolder {
+  public:
+    TestFolder() {
+        std::string pattern = testing::TempDir() + "offlineframes-XXXXXX";
+        const char* const made = mkdtemp(pattern.data());
+        if (!made) abort();
+        mPath = made;
+    }
+    ~TestFolder() {
+        std::error_code ignored;
+        std::filesystem::remove_all(mPath, ignored);
+    }
+
+    std::string path(const std::string& name) const { return mPath + "/" + name; }
+
+    // Writes `bytes` and gives the file's path.
+    std::string file(const std::string& name, const Bytes& bytes) const {
+        const Result<Done> written = writeFile(path(name), bytes, Existing::kReplace);
+        EXPECT_TRUE(written.ok());
+        return path(name);
+    }
+    std::vector<std::string> names() const {
+        std::vector<std::string> names;
+        for (const auto& entry : std::filesystem::directory_iterator(mPath)) {
+            names.push_back(entry.path().filename().string());
+        }
+        std::sort(names.begin(), names.end());
+        return names;
+    }
+
+  private:
+    std::string mPath;
+};
+
+// A smooth picture in which every place and channel differs: x to red, y to green.
+inline Picture gradientPicture(uint32_t width, uint32_t height) {
+    Picture picture(width, height);
+    for (uint32_t y = 0; y < height; ++y) {
+        for (uint32_t x = 0; x < width; ++x) {
+            uint8_t* const pixel = picture.pixel(x, y);
+            pixel[0] = static_cast<uint8_t>(40 + x * 180 / width);
+            pixel[1] = static_cast<uint8_t>(40 + y * 180 / height);
+            pixel[2] = static_cast<uint8_t>(60 + (x + y) * 60 / (width + height));
+        }
+    }
+    return picture;
+}
+
+inline Picture flatPicture(uint32_t width, uint32_t height, Colour colour) {
+    Picture picture(width, height);
+    for (size_t i = 0; i < picture.rgb.size(); i += 3) {
+        picture.rgb[i] = colour.r;
+        picture.rgb[i + 1] = colour.g;
+        picture.rgb[i + 2] = colour.b;
+    }
+    return picture;
+}
+
+inline Bytes ppmBytes(const Picture& picture) {
+    const std::string header = "P6\n" + std::to_string(picture.width) + " " +
+                               std::to_string(picture.height) + "\n255\n";
+    Bytes bytes(header.begin(), header.end());
+    bytes.insert(bytes.end(), picture.rgb.begin(), picture.rgb.end());
+    return bytes;
+}
+
+// A JPEG as the camera service writes it, of a picture with even sides.
+inline Bytes jpegBytes(const Picture& picture, int orientationDegrees) {
+    const uint32_t w = picture.width;
+    const uint32_t h = picture.height;
+    const Bytes nv12 = encodeNv12(picture, {FrameFormat::kNv12, {w, h}, w, h}, {});
+    Bytes jpeg(size_t{w} * h * 3 + 4096);
+    size_t size = 0;
+    const std::string problem =
+            imaging::EncodeJpeg({nv12.data(), nv12.data() + size_t{w} * h, w, h, w},
+                                {95, orientationDegrees}, jpeg.data(), jpeg.size(), &size);
+    EXPECT_EQ(problem, "");
+    jpeg.resize(size);
+    return jpeg;
+}
+
+}  // namespace offlineframes
