@@ -8,7 +8,7 @@ picture_of() {
     local picture="$out/pictures/${1##*/}"
     picture="${picture%.*}.png"
     mkdir -p "$out/pictures"
-    if "$out/build/bin/offlineframes" view "$1" "$picture" >/dev/null 2>"$out/pictures/.error"; then
+    if "$out/build/bin/offlineframes" view --force "$1" "$picture" >/dev/null 2>"$out/pictures/.error"; then
         echo "${picture#"$PWD"/}"
     else
         echo "no picture: $(head -n 1 "$out/pictures/.error")"

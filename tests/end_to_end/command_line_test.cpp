@@ -1,0 +1,130 @@
+// The tool's command line: what it prints, and the status it ends with.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "tests/end_to_end/DeviceRun.h"
+#include "tests/end_to_end/LogMatchers.h"
+
+using ::testing::Contains;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+using ::testing::Not;
+
+namespace end_to_end {
+namespace {
+
+const char kHelp[] =
+        "******Offline camera client test tool******\n"
+        "Options:\n"
+        "    -h: print help message\n"
+        "    -t: run test command: -t B2Y; -t Y2J; -t Y2Y; -t MMF; -t QLL; -t R2R; -t callback\n"
+        "\n"
+        "Example:\n"
+        "    adb shell vexofflinecameratest -t B2Y\n"
+        "**********************************\n";
+
+const char kHint[] =
+        "**********************************\n"
+        "please execute help cmd to know the usage\n"
+        "    adb shell vexofflinecameratest -h    \n"
+        "**********************************\n";
+
+// Usage ends the tool before it looks for anything, so these devices have no services.
+struct Usage {
+    const char* name;
+    std::vector<std::string> arguments;
+    int status;
+    std::string out;
+    const char* err;  // part of standard error; empty: nothing at all
+};
+
+class CommandLine : public ::testing::TestWithParam<Usage> {};
+
+TEST_P(CommandLine, PrintsAndEndsWithoutLookingForTheService) {
+    DeviceRun device;
+    const RunResult run =
+            device.with({"--no-service", "--no-allocator"}).tool(GetParam().arguments);
+    EXPECT_EQ(run.status, GetParam().status);
+    EXPECT_EQ(run.out, GetParam().out);
+    if (*GetParam().err) {
+        EXPECT_THAT(run.err, HasSubstr(GetParam().err));
+    } else {
+        EXPECT_EQ(run.err, "");
+    }
+    EXPECT_THAT(run.log, IsEmpty());
+}
+
+INSTANTIATE_TEST_SUITE_P(
+        Usage, CommandLine,
+        ::testing::Values(
+                Usage{"Nothing", {}, 255, kHint, ""}, Usage{"PlainWord", {"B2Y"}, 255, kHint, ""},
+                Usage{"OptionAfterPlainWord", {"x", "-t", "B2Y"}, 255, kHint, ""},
+                Usage{"HelpFirst", {"-h"}, 255, kHelp, ""},
+                Usage{"HelpFirstThenTest", {"-h", "-t", "B2Y"}, 255, kHelp, ""},
+                Usage{"HelpAfterTest", {"-t", "B2Y", "-h"}, 0, kHelp, ""},
+                Usage{"UnknownFirst", {"-x"}, 255, "", "vexofflinecameratest: "},
+                Usage{"UnknownAfterTest", {"-t", "B2Y", "-x"}, 0, "", "vexofflinecameratest: "},
+                Usage{"MissingCommand", {"-t"}, 255, "", "vexofflinecameratest: "},
+                Usage{"LowerCase", {"-t", "b2y"}, 255, std::string("cmd: -t=b2y\n") + kHelp, ""},
+                Usage{"LongerWord", {"-tB2YX"}, 255, std::string("cmd: -t=B2YX\n") + kHelp, ""}),
+        [](const auto& info) { return info.param.name; });
+
+TEST(CommandLineRuns, CallbackCommandOnlyRegisters) {
+    DeviceRun device;
+    const RunResult run = device.tool({"-t", "callback"});
+    EXPECT_EQ(run.status, 0);
+    EXPECT_EQ(run.out, "cmd: -t=callback\ncallback only mode=255\nret: =0\n");
+    EXPECT_THAT(run.messages(),
+                InOrder({"main: offline camera client connect to service ",
+                         "[AIDL] OfflineCameraClient constructor called",
+                         "main: offline camera client opMode 255",
+                         "[AIDL] registerClient clientId 0", "main: offline camera client exit",
+                         "[AIDL] OfflineCameraClient destructor called"}))
+            << run.allOutput();
+    EXPECT_THAT(run.messages(), Not(Contains("OpenOfflineSession")));
+    EXPECT_THAT(run.dumps, IsEmpty());
+}
+
+TEST(CommandLineRuns, TheLastTestCommandWins) {
+    DeviceRun device;
+    const RunResult run = device.tool({"-t", "Y2J", "-t", "QLL"});
+    EXPECT_EQ(run.out, "cmd: -t=QLL\nopMode: MMF=4\nret: =0\n");
+    EXPECT_THAT(run.messages(), Contains("[AIDL] setOpMode opMode 4"));
+}
+
+// The log of a test command up to the end of the client's construction ends with an error line
+// where the service is missing; the next call ends the process.
+TEST(CommandLineRuns, AMissingServiceEndsTheRunByASignal) {
+    for (const char* command : {"B2Y", "callback"}) {
+        DeviceRun device;
+        const RunResult run = device.with({"--no-service"}).tool({"-t", command});
+        EXPECT_GT(run.status, 128) << run.allOutput();
+        EXPECT_NE(run.status, 255);
+        EXPECT_THAT(run.out, HasSubstr("ret: =0\n"));
+        std::vector<std::string> errors;
+        for (const LogLine& line : run.log) {
+            if (line.priority == 'E') errors.push_back(line.message);
+        }
+        EXPECT_THAT(errors, ::testing::ElementsAre("getService is NULL for offlinecameraservice"));
+        EXPECT_THAT(run.messages(), Not(Contains("main: offline camera client exit")));
+    }
+}
+
+TEST(CommandLineRuns, AMissingAllocatorIsLoggedAndHarmsOnlyBuffers) {
+    DeviceRun callbackDevice;
+    const RunResult callback = callbackDevice.with({"--no-allocator"}).tool({"-t", "callback"});
+    EXPECT_EQ(callback.status, 0);
+    EXPECT_THAT(callback.messages(),
+                InOrder({"Gralloc Init failed, reason zelAllocator getService failed",
+                         "[AIDL] registerClient clientId 0"}));
+
+    DeviceRun device;
+    const RunResult run = device.with({"--no-allocator"}).tool({"-t", "B2Y"});
+    EXPECT_GT(run.status, 128) << run.allOutput();
+    EXPECT_THAT(run.messages(), InOrder({"ConfigureOfflineStreams sucessfully"}));
+    EXPECT_THAT(run.dumps, IsEmpty());
+}
+
+}  // namespace
+}  // namespace end_to_end

@@ -1,0 +1,205 @@
+// Each operation mode, as the tool stands and with plane layouts: its log and its dumps.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "tests/end_to_end/DeviceRun.h"
+#include "tests/end_to_end/LogMatchers.h"
+
+using ::testing::Contains;
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+using ::testing::Not;
+using ::testing::Pair;
+
+namespace end_to_end {
+namespace {
+
+constexpr uint64_t kNv12Bytes = 4096ULL * 3072 * 3 / 2;
+constexpr uint64_t kSmallJpegBytes = 4000ULL * 3000 * 4;
+
+struct Mode {
+    const char* command;
+    const char* label;
+    bool planes;
+    const char* dump;
+    uint64_t bytes;                        // of the dump
+    std::vector<std::string> sourceLines;  // of the loaders, in order
+};
+
+class Modes : public ::testing::TestWithParam<Mode> {};
+
+TEST_P(Modes, DumpOneFrame) {
+    const Mode& mode = GetParam();
+    DeviceRun device;
+    if (mode.planes) device.with({"--planes"});
+    const RunResult run = device.tool({"-t", mode.command});
+    EXPECT_EQ(run.status, 0) << run.allOutput();
+    EXPECT_EQ(run.out, std::string("cmd: -t=") + mode.command + "\n" + mode.label + "\nret: =0\n");
+    EXPECT_EQ(run.err, "");
+    EXPECT_THAT(run.dumps, ElementsAre(Pair(mode.dump, mode.bytes)));
+    EXPECT_THAT(run.messages(), InOrder(mode.sourceLines));
+    EXPECT_THAT(
+            run.messages(),
+            InOrder({"main: offline camera client connect to service ", "OpenOfflineSession",
+                     "ConfigureOfflineStreams sucessfully", "ProcessOfflineRequest",
+                     "ProcessOfflineRequest sucessfully",
+                     "request id frameNumber:1 return frameNumber 1", "WaitCaptureResultCompleted",
+                     "WaitCaptureResultCompleted result frameNum is 1",
+                     "WaitForShutter frame 1 time 5000", "WaitForShutter frame 1 received 1",
+                     "WaitForResult result timeout_ms 5000",
+                     "WaitCaptureResultCompleted status is 0",
+                     "result completed outputResult->second.buffers.size 1", "CloseOfflineSession",
+                     "main: offline camera client exit",
+                     "[AIDL] OfflineCameraClient destructor called"}))
+            << run.allOutput();
+    for (const LogLine& line : run.log) {
+        EXPECT_NE(line.priority, 'E') << line.message;
+    }
+    EXPECT_THAT(run.deviceLog, Not(HasSubstr("was ended by signal")));
+}
+
+const char kRaw[] =
+        "LoadOffineSourceRawFrame: open input file "
+        "/data/vendor/camera/offlinecameratest/4096_3072_RAW10.raw";
+const char kYuv[] =
+        "LoadOffineSourceYUVFrame: open input file "
+        "/data/vendor/camera/offlinecameratest/4000_3000_NV12.yuv";
+const char kFace[] =
+        "LoadOffineSourceYUVFrame: open input file "
+        "/data/vendor/camera/offlinecameratest/mmf_fd.yuv";
+
+INSTANTIATE_TEST_SUITE_P(
+        AsTheToolStands, Modes,
+        ::testing::Values(Mode{"B2Y",
+                               "opMode: B2Y=0",
+                               false,
+                               "OfflineAidl_CameraId_2_Frame_1_B2Y_Stride[4096]_Scanline[0].yuv",
+                               kNv12Bytes,
+                               {kRaw,
+                                "LoadOffineSourceRawFrame: f_wxf_h 5120x0, stridexscanline 5120x0, "
+                                "f_off 0,"}},
+                          // The picture of an empty frame is a JPEG below the tool's least size.
+                          Mode{"Y2J",
+                               "opMode: Y2J=1",
+                               false,
+                               "OfflineAidl_CameraId_2_Frame_1_Y2J_Width[4000]_Height[3000].jpg",
+                               kSmallJpegBytes,
+                               {kYuv, "imageSize 48000000 bufferSize  24000000"}},
+                          Mode{"MMF",
+                               "opMode: MMF=3",
+                               false,
+                               "OfflineAidl_CameraId_2_Frame_1_MMF_Stride[4096]_Scanline[0].yuv",
+                               kNv12Bytes,
+                               {kRaw, kFace, kRaw, kFace, kRaw, kFace}}),
+        [](const auto& info) { return info.param.command; });
+
+INSTANTIATE_TEST_SUITE_P(
+        WithPlanes, Modes,
+        ::testing::Values(
+                Mode{"B2Y",
+                     "opMode: B2Y=0",
+                     true,
+                     "OfflineAidl_CameraId_2_Frame_1_B2Y_Stride[4096]_Scanline[3072].yuv",
+                     kNv12Bytes,
+                     {"LoadOffineInputMetadata: read meta from dump bin, bin size: 120.", kRaw,
+                      "LoadOffineSourceRawFrame: f_wxf_h 5120x3072, stridexscanline 5120x3072, "
+                      "f_off 0,"}},
+                Mode{"MMF",
+                     "opMode: MMF=3",
+                     true,
+                     "OfflineAidl_CameraId_2_Frame_1_MMF_Stride[4096]_Scanline[3072].yuv",
+                     kNv12Bytes,
+                     {kFace,
+                      "LoadOffineSourceYUVFrame: f_wxf_h 640x512, stridexscanline 640x512, "
+                      "f_uv_off 327680,"}}),
+        [](const auto& info) { return info.param.command; });
+
+struct StreamlessMode {
+    const char* command;
+    const char* label;
+    int number;
+};
+
+class StreamlessModes : public ::testing::TestWithParam<StreamlessMode> {};
+
+TEST_P(StreamlessModes, AreRefusedByTheServiceAndStillClosed) {
+    const StreamlessMode& mode = GetParam();
+    const std::string number = std::to_string(mode.number);
+    DeviceRun device;
+    const RunResult run = device.tool({"-t", mode.command});
+    EXPECT_EQ(run.status, 0) << run.allOutput();
+    EXPECT_EQ(run.out, std::string("cmd: -t=") + mode.command + "\n" + mode.label + "\nret: =0\n");
+    EXPECT_THAT(run.dumps, IsEmpty());
+
+    std::vector<std::string> lines;
+    bool started = false;
+    for (const LogLine& line : run.log) {
+        started |= line.message == "main: offline camera client opMode " + number;
+        if (started) lines.push_back(std::string(1, line.priority) + " " + line.message);
+    }
+    EXPECT_THAT(lines,
+                ElementsAre("I main: offline camera client opMode " + number,
+                            "I [AIDL] setOpMode opMode " + number, "I OpenOfflineSession",
+                            "E invalid op mode " + number, "I stream size:0, sizeof(Stream):120",
+                            "E ConfigureOfflineStreams, FAILED...", "I CloseOfflineSession",
+                            "I main: offline camera client exit",
+                            "I [AIDL] OfflineCameraClient destructor called"));
+}
+
+INSTANTIATE_TEST_SUITE_P(All, StreamlessModes,
+                         ::testing::Values(StreamlessMode{"Y2Y", "opMode: Y2Y=2", 2},
+                                           StreamlessMode{"QLL", "opMode: MMF=4", 4},
+                                           StreamlessMode{"R2R", "opMode: R2R=5", 5}),
+                         [](const auto& info) { return info.param.command; });
+
+TEST(SourceFiles, AMissingRawFrameEndsTheRunBeforeTheRequest) {
+    DeviceRun device;
+    device.removeSource("offlinecameratest/4096_3072_RAW10.raw");
+    const RunResult run = device.tool({"-t", "B2Y"});
+    EXPECT_EQ(run.status, 0);
+    EXPECT_THAT(run.messages(),
+                InOrder({"LoadOffineSourceRawFrame: fopen failed "
+                         "/data/vendor/camera/offlinecameratest/4096_3072_RAW10.raw,error code No "
+                         "such file or directory",
+                         "load source raw frame failed",
+                         "request id frameNumber:-1 return frameNumber 0", "CloseOfflineSession"}))
+            << run.allOutput();
+    EXPECT_THAT(run.messages(), Not(Contains("ProcessOfflineRequest sucessfully")));
+    EXPECT_THAT(run.dumps, IsEmpty());
+}
+
+// A later load that succeeds hides an earlier failure.
+TEST(SourceFiles, AMissingRawFrameOfSeveralDoesNotStopTheRequest) {
+    DeviceRun device;
+    device.removeSource("offlinecameratest/4096_3072_RAW10.raw");
+    const RunResult run = device.tool({"-t", "MMF"});
+    EXPECT_THAT(run.messages(),
+                InOrder({"load source raw frame failed", "ProcessOfflineRequest sucessfully"}))
+            << run.allOutput();
+    EXPECT_EQ(run.dumps.size(), 1u);
+}
+
+TEST(SourceFiles, AMissingMetadataDumpIsNoError) {
+    DeviceRun device;
+    device.removeSource("metadata/original_dump.bin");
+    const RunResult run = device.tool({"-t", "B2Y"});
+    EXPECT_THAT(run.messages(), InOrder({"ProcessOfflineRequest sucessfully",
+                                         "WaitCaptureResultCompleted status is 0"}))
+            << run.allOutput();
+}
+
+// The second session of one device starts afresh and replaces the file.
+TEST(Runs, RepeatInOneDevice) {
+    DeviceRun device;
+    const RunResult run = device.command(
+            {"sh", "-c", "vexofflinecameratest -t B2Y && vexofflinecameratest -t B2Y"});
+    EXPECT_EQ(run.status, 0) << run.allOutput();
+    EXPECT_THAT(run.dumps,
+                ElementsAre(Pair("OfflineAidl_CameraId_2_Frame_1_B2Y_Stride[4096]_Scanline[0].yuv",
+                                 kNv12Bytes)));
+}
+
+}  // namespace
+}  // namespace end_to_end
