@@ -35,7 +35,7 @@ struct TestCommand {
 constexpr TestCommand kTestCommands[] = {
         {"B2Y", client::kB2Y, "opMode: B2Y="}, {"Y2J", client::kY2J, "opMode: Y2J="},
         {"Y2Y", client::kY2Y, "opMode: Y2Y="}, {"MMF", client::kMMF, "opMode: MMF="},
-        {"QLL", client::kQLL, "opMode: MMF="},  // a multi-frame mode: it shares MMF's label
+        {"QLL", client::kQLL, "opMode: MMF="},  // shares MMF's label by design
         {"R2R", client::kR2R, "opMode: R2R="}, {"callback", kCallbackOnly, "callback only mode="},
 };
 
