@@ -1,0 +1,116 @@
+// The packed layout of metadata blocks, their sizes and copies.
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <string>
+
+#include "tests/host/libcamera_metadata/blocks.h"
+
+extern "C" int addOrientationFromC(camera_metadata_t* block, int32_t degrees);
+
+namespace {
+
+TEST(Block, LayoutOfABlockWithOneInlineEntry) {
+    const Block block = makeBlock(10, 80);
+    ASSERT_EQ(addOrientationFromC(block.get(), 90), 0);
+    ASSERT_EQ(get_camera_metadata_size(block.get()), 288u);
+    const std::vector<uint8_t> bytes = bytesOf(block);
+    // size, version, flags, entry count, capacity and start, data count, capacity and start
+    const uint32_t header[] = {288, 1, 0, 1, 10, 48, 0, 80, 208};
+    for (size_t i = 0; i < 9; ++i) EXPECT_EQ(fieldAt(bytes, 4 * i), header[i]) << "field " << i;
+    EXPECT_EQ(fieldAt<uint64_t>(bytes, 40), UINT64_MAX);
+    EXPECT_EQ(fieldAt(bytes, 48), 0x70003u);
+    EXPECT_EQ(fieldAt(bytes, 52), 1u);
+    EXPECT_EQ(fieldAt<int32_t>(bytes, 56), 90);
+    EXPECT_EQ(fieldAt(bytes, 60), uint32_t{TYPE_INT32});
+}
+
+TEST(Block, LayoutOfDataOutsideOfEntries) {
+    const std::vector<uint8_t> bytes = bytesOf(makeSampleBlock());
+    EXPECT_EQ(fieldAt(bytes, 24), 32u);               // 24 + 8 bytes of data
+    EXPECT_EQ(fieldAt(bytes, 48 + 2 * 16 + 8), 24u);  // the third entry's offset
+    EXPECT_EQ(fieldAt<double>(bytes, 208 + 8), 8.25);
+    EXPECT_EQ(fieldAt<int64_t>(bytes, 208 + 24), 1234567890123);
+}
+
+TEST(Block, SizesAreRoundedUpAndNeverWrap) {
+    EXPECT_EQ(calculate_camera_metadata_size(0, 0), 48u);
+    EXPECT_EQ(calculate_camera_metadata_size(1, 1), 72u);
+    EXPECT_EQ(calculate_camera_metadata_size(SIZE_MAX / 16, 0), SIZE_MAX);
+    EXPECT_EQ(calculate_camera_metadata_size(1, SIZE_MAX - 8), SIZE_MAX);
+    EXPECT_EQ(calculate_camera_metadata_entry_data_size(TYPE_BYTE, 4), 0u);
+    EXPECT_EQ(calculate_camera_metadata_entry_data_size(TYPE_BYTE, 5), 8u);
+    EXPECT_EQ(calculate_camera_metadata_entry_data_size(TYPE_RATIONAL, 1), 8u);
+    EXPECT_EQ(calculate_camera_metadata_entry_data_size(NUM_TYPES, 100), 0u);
+    EXPECT_EQ(calculate_camera_metadata_entry_data_size(TYPE_DOUBLE, SIZE_MAX / 4), SIZE_MAX);
+    EXPECT_EQ(get_camera_metadata_alignment(), 8u);
+    EXPECT_EQ(get_camera_metadata_size(nullptr), 1u);
+    EXPECT_EQ(get_camera_metadata_compact_size(nullptr), 1u);
+}
+
+TEST(Block, AllocationRefusesWhatTheHeaderCannotSay) {
+    EXPECT_EQ(allocate_camera_metadata(SIZE_MAX, 0), nullptr);
+    EXPECT_EQ(allocate_camera_metadata(0, size_t{1} << 32), nullptr);
+    free_camera_metadata(nullptr);
+}
+
+TEST(Block, PlacementNeedsRoomAndAlignment) {
+    alignas(8) uint8_t storage[96 + 1];
+    EXPECT_NE(place_camera_metadata(storage, 96, 2, 16), nullptr);
+    EXPECT_EQ(place_camera_metadata(storage, 95, 2, 16), nullptr);
+    EXPECT_EQ(place_camera_metadata(storage + 1, 96, 2, 16), nullptr);
+    EXPECT_EQ(place_camera_metadata(nullptr, 96, 2, 16), nullptr);
+}
+
+TEST(Block, ClonesAreCompactAndIndependent) {
+    Block block = makeSampleBlock();
+    const Block clone(clone_camera_metadata(block.get()));
+    ASSERT_NE(clone, nullptr);
+    EXPECT_EQ(get_camera_metadata_size(clone.get()), 48u + 3 * 16 + 32);
+    EXPECT_EQ(get_camera_metadata_size(clone.get()), get_camera_metadata_compact_size(block.get()));
+    EXPECT_EQ(validate_camera_metadata_structure(clone.get(), nullptr), 0);
+    block.reset();
+    camera_metadata_ro_entry_t entry;
+    ASSERT_EQ(find_camera_metadata_ro_entry(clone.get(), ANDROID_JPEG_GPS_TIMESTAMP, &entry), 0);
+    EXPECT_EQ(entry.data.i64[0], 1234567890123);
+    EXPECT_EQ(copy_camera_metadata(clone.get(), 8, clone.get()), nullptr);
+    EXPECT_EQ(clone_camera_metadata(nullptr), nullptr);
+}
+
+TEST(Block, CheckedCopiesTakeUnalignedBytesAndRefuseBadOnes) {
+    std::vector<uint8_t> bytes = bytesOf(makeSampleBlock());
+    std::vector<uint8_t> shifted(1);
+    shifted.insert(shifted.end(), bytes.begin(), bytes.end());
+    const auto* source = reinterpret_cast<const camera_metadata_t*>(shifted.data() + 1);
+    const Block copy(allocate_copy_camera_metadata_checked(source, bytes.size()));
+    ASSERT_NE(copy, nullptr);
+    EXPECT_EQ(bytesOf(copy), bytes);
+    for (size_t size = 0; size < bytes.size(); ++size) {
+        // A copy of exactly that many bytes, so that reading more is seen by a sanitizer.
+        const std::vector<uint8_t> cut(bytes.begin(), bytes.begin() + static_cast<long>(size));
+        EXPECT_EQ(allocate_copy_camera_metadata_checked(
+                          reinterpret_cast<const camera_metadata_t*>(cut.data()), size),
+                  nullptr)
+                << size;
+    }
+}
+
+TEST(Block, DumpListsWhatIsInside) {
+    FILE* file = std::tmpfile();
+    ASSERT_NE(file, nullptr);
+    dump_indented_camera_metadata(makeSampleBlock().get(), fileno(file), 1, 2);
+    dump_camera_metadata(nullptr, fileno(file), 0);
+    char text[1024] = "";
+    const ssize_t size = pread(fileno(file), text, sizeof(text) - 1, 0);
+    std::fclose(file);
+    ASSERT_GT(size, 0);
+    EXPECT_EQ(std::string(text),
+              "  camera metadata: 3 of 10 entries, 32 of 80 bytes of data, version 1\n"
+              "    android.jpeg.gpsCoordinates (0x00070000): double[3] = 47.5 8.25 400\n"
+              "    android.jpeg.orientation (0x00070003): int32[1] = 90\n"
+              "    android.jpeg.gpsTimestamp (0x00070002): int64[1] = 1234567890123\n"
+              "camera metadata: none\n");
+}
+
+}  // namespace

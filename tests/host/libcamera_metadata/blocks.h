@@ -1,0 +1,47 @@
+// Metadata blocks that the tests start from.
+#pragma once
+
+#include <system/camera_metadata.h>
+
+#include <cstdint>
+#include <cstring>
+#include <memory>
+#include <vector>
+
+struct FreeBlock {
+    void operator()(camera_metadata_t* block) const { free_camera_metadata(block); }
+};
+using Block = std::unique_ptr<camera_metadata_t, FreeBlock>;
+
+inline Block makeBlock(size_t entries, size_t data) {
+    return Block(allocate_camera_metadata(entries, data));
+}
+
+// GPS coordinates (24 bytes of data), orientation (inline) and a timestamp (8 bytes of data).
+inline Block makeSampleBlock() {
+    Block block = makeBlock(10, 80);
+    const double coordinates[3] = {47.5, 8.25, 400.0};
+    const int32_t orientation = 90;
+    const int64_t timestamp = 1234567890123;
+    add_camera_metadata_entry(block.get(), ANDROID_JPEG_GPS_COORDINATES, coordinates, 3);
+    add_camera_metadata_entry(block.get(), ANDROID_JPEG_ORIENTATION, &orientation, 1);
+    add_camera_metadata_entry(block.get(), ANDROID_JPEG_GPS_TIMESTAMP, &timestamp, 1);
+    return block;
+}
+
+inline std::vector<uint8_t> bytesOf(const Block& block) {
+    const auto* first = reinterpret_cast<const uint8_t*>(block.get());
+    return std::vector<uint8_t>(first, first + get_camera_metadata_size(block.get()));
+}
+
+template <typename T = uint32_t>
+T fieldAt(const std::vector<uint8_t>& bytes, size_t offset) {
+    T value;
+    std::memcpy(&value, bytes.data() + offset, sizeof(value));
+    return value;
+}
+
+template <typename T>
+void setField(std::vector<uint8_t>& bytes, size_t offset, T value) {
+    std::memcpy(bytes.data() + offset, &value, sizeof(value));
+}
