@@ -58,10 +58,6 @@ std::string describe(const FrameGeometry& geometry) {
            " scan lines";
 }
 
-uint64_t raw10RowBytes(uint32_t width) {
-    return (uint64_t{width} * 10 + 7) / 8;
-}
-
 FrameGeometry allocatorGeometry(FrameFormat format, PictureSize size) {
     if (format == FrameFormat::kRaw10) {
         return {format, size, roundUp(raw10RowBytes(size.width), kRaw10RowAlignment), size.height};

@@ -1,8 +1,8 @@
 // The option table's reader.
 
-#include <gmock/gmock.h>
-
 #include "host/tools/offlineframes/option_table.h"
+
+#include <gmock/gmock.h>
 
 namespace offlineframes {
 namespace {
