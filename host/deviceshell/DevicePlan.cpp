@@ -52,6 +52,10 @@ bool addFault(const Options& options, const std::string& fault, const std::strin
                      options.serviceProgram;
             return false;
         }
+        if (!acceptsFault(path, fault)) {
+            *error = "--fault " + fault + ": not with this argument";
+            return false;
+        }
         program->argv.push_back("--fault");
         program->argv.push_back(fault);
         return true;

@@ -33,4 +33,11 @@ bool knowsFault(const FaultList& list, const std::string& fault) {
     return std::find(list.names.begin(), list.names.end(), name) != list.names.end();
 }
 
+bool acceptsFault(const std::string& program, const std::string& fault) {
+    // The request for the list ends the program, but only after the fault before it was read.
+    const std::optional<ProgramOutput> output =
+            readProgram({program, "--fault", fault, "--fault", "help"});
+    return output && output->status == 0;
+}
+
 }  // namespace deviceshell

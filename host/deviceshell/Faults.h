@@ -24,4 +24,7 @@ std::vector<std::string> faultNames(const std::string& text);
 // True when the list holds the fault "NAME" or "NAME=ARG".
 bool knowsFault(const FaultList& list, const std::string& fault);
 
+// True when the program takes the fault with its argument; else it has said why on standard error.
+bool acceptsFault(const std::string& program, const std::string& fault);
+
 }  // namespace deviceshell

@@ -79,7 +79,9 @@ class Programs : public ::testing::Test {
 
     void addProgram(const std::string& name, const std::string& text) {
         const std::string path = m_folder + "/" + name;
-        std::ofstream(path) << "#!/bin/sh\ncat <<END\n" << text << "\nEND\n";
+        std::ofstream(path) << "#!/bin/sh\ncase $2 in *=bad) exit 2;; esac\n"
+                               "cat <<END\n"
+                            << text << "\nEND\n";
         chmod(path.c_str(), 0755);
     }
 
@@ -120,6 +122,7 @@ TEST_F(Programs, GetTheFaultsTheyKnow) {
 
 TEST_F(Programs, RefuseFaultsThatNobodyCanShow) {
     const Words refused[] = {{"--fault", "lendx", "true"},
+                             {"--fault", "lend=bad", "true"},
                              {"--fault", "lend", "--no-service", "true"},
                              {"--fault", "bad-handle", "--no-allocator", "true"},
                              {"--fault", "lend", "--service", "/bin/cat", "true"}};
