@@ -1,0 +1,11 @@
+package android.hardware.graphics.common;
+
+/** Where chroma samples lie; values for StandardMetadataType.CHROMA_SITING. */
+@VintfStability
+@Backing(type="long")
+enum ChromaSiting {
+    NONE = 0,
+    UNKNOWN = 1,
+    SITED_INTERSTITIAL = 2,
+    COSITED_HORIZONTAL = 3,
+}

@@ -1,0 +1,8 @@
+package android.hardware.graphics.common;
+
+/** A value of the enum that the name stands for, so that vendors can add enums of their own. */
+@VintfStability
+parcelable ExtendableType {
+    @utf8InCpp String name;
+    long value = 0;
+}

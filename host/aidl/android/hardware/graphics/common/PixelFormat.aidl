@@ -1,0 +1,40 @@
+package android.hardware.graphics.common;
+
+/** How the pixels of a buffer are stored. */
+@VintfStability
+@Backing(type="int")
+enum PixelFormat {
+    UNSPECIFIED = 0,
+    RGBA_8888 = 1,
+    RGBX_8888 = 2,
+    RGB_888 = 3,
+    RGB_565 = 4,
+    BGRA_8888 = 5,
+    YCBCR_422_SP = 0x10,
+    YCRCB_420_SP = 0x11,
+    YCBCR_422_I = 0x14,
+    RGBA_FP16 = 0x16,
+    RAW16 = 0x20,
+    BLOB = 0x21,
+    IMPLEMENTATION_DEFINED = 0x22,
+    YCBCR_420_888 = 0x23,
+    RAW_OPAQUE = 0x24,
+    RAW10 = 0x25,
+    RAW12 = 0x26,
+    RGBA_1010102 = 0x2B,
+    Y8 = 0x20203859,
+    Y16 = 0x20363159,
+    YV12 = 0x32315659,
+    DEPTH_16 = 0x30,
+    DEPTH_24 = 0x31,
+    DEPTH_24_STENCIL_8 = 0x32,
+    DEPTH_32F = 0x33,
+    DEPTH_32F_STENCIL_8 = 0x34,
+    STENCIL_8 = 0x35,
+    YCBCR_P010 = 0x36,
+    HSV_888 = 0x37,
+    R_8 = 0x38,
+    R_16_UINT = 0x39,
+    RG_1616_UINT = 0x3a,
+    RGBA_10101010 = 0x3b,
+}

@@ -1,0 +1,11 @@
+package android.hardware.graphics.common;
+
+import android.hardware.graphics.common.ExtendableType;
+
+/** Where one component lies inside a sample. */
+@VintfStability
+parcelable PlaneLayoutComponent {
+    ExtendableType type;
+    long offsetInBits;
+    long sizeInBits;
+}

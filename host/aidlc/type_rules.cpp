@@ -1,0 +1,238 @@
+// Rules about the use of types: resolution, @nullable, fields and their defaults.
+#include <cstdlib>
+#include <limits>
+#include <utility>
+
+#include "checker.h"
+
+namespace aidlc {
+namespace {
+
+constexpr int64_t kMaxFixedArraySize = 1 << 20;
+
+Builtin BuiltinByName(const std::string& name) {
+    static const std::pair<const char*, Builtin> names[] = {
+            {"void", Builtin::Void},
+            {"boolean", Builtin::Boolean},
+            {"byte", Builtin::Byte},
+            {"char", Builtin::Char},
+            {"int", Builtin::Int},
+            {"long", Builtin::Long},
+            {"float", Builtin::Float},
+            {"double", Builtin::Double},
+            {"String", Builtin::String},
+            {"IBinder", Builtin::IBinder},
+            {"ParcelFileDescriptor", Builtin::ParcelFileDescriptor}};
+    for (const auto& [known, builtin] : names) {
+        if (name == known) {
+            return builtin;
+        }
+    }
+    return Builtin::None;
+}
+
+bool IsEnum(const TypeReference& type) {
+    return type.declaration != nullptr && type.declaration->kind == Declaration::Kind::Enum;
+}
+
+bool IsInteger(Builtin builtin) {
+    return builtin == Builtin::Byte || builtin == Builtin::Int || builtin == Builtin::Long;
+}
+
+bool IsPrimitive(Builtin builtin) {
+    return IsInteger(builtin) || builtin == Builtin::Boolean || builtin == Builtin::Char ||
+           builtin == Builtin::Float || builtin == Builtin::Double;
+}
+
+bool IsNumber(const Expression& value) {
+    if (value.kind == Expression::Kind::Unary && value.text != "~") {
+        return IsNumber(*value.operands[0]);
+    }
+    return value.kind == Expression::Kind::Float || value.kind == Expression::Kind::Integer;
+}
+
+}  // namespace
+
+bool Checker::Resolve(const Document& document, TypeReference* type) {
+    type->builtin = BuiltinByName(type->name);
+    if (type->builtin == Builtin::None) {
+        const size_t before = mDiagnostics->Messages().size();
+        type->declaration = mTree->Lookup(document, type->name);
+        if (type->declaration == nullptr) {
+            if (mDiagnostics->Messages().size() == before) {
+                Fail(type->position,
+                     "unknown type '" + type->name + "': import it or check the spelling");
+            }
+            return false;
+        }
+        if (document.declaration.vintfStability && !type->declaration->vintfStability) {
+            Fail(type->position, "'" + type->name +
+                                         "' is used by a @VintfStability type and must "
+                                         "be one itself");
+        }
+    }
+    if (type->builtin == Builtin::Void && type->IsArray()) {
+        Fail(type->position, "there are no arrays of void");
+        return false;
+    }
+    if (type->utf8InCpp && type->builtin != Builtin::String) {
+        Fail(type->position, "'@utf8InCpp' belongs to a String, not to " + type->name);
+    }
+    if (type->shape == TypeReference::Shape::List &&
+        (IsPrimitive(type->builtin) || IsEnum(*type))) {
+        Fail(type->position, "a List holds objects: write " + type->name + "[] instead");
+    }
+    CheckNullable(*type);
+    return ResolveSize(document, type);
+}
+
+bool Checker::ResolveSize(const Document& document, TypeReference* type) {
+    if (type->shape != TypeReference::Shape::FixedArray) {
+        return true;
+    }
+    const auto size = mConstants.Evaluate(*type->sizeExpression, document);
+    if (!size) {
+        return false;
+    }
+    if (size->value < 1 || size->value > kMaxFixedArraySize) {
+        Fail(type->sizeExpression->position, "an array of " + std::to_string(size->value) +
+                                                     " elements: the size is 1 to " +
+                                                     std::to_string(kMaxFixedArraySize));
+        return false;
+    }
+    type->size = size->value;
+    return true;
+}
+
+void Checker::CheckNullable(const TypeReference& type) {
+    const bool isValue = IsPrimitive(type.builtin) || IsEnum(type) || type.builtin == Builtin::Void;
+    if (type.nullable && isValue && !type.IsArray()) {
+        Fail(type.position, "'@nullable' cannot be applied to " + type.name + ": it is never null");
+    }
+}
+
+void Checker::CheckFields(Declaration* declaration) {
+    static const std::set<std::string> reserved = {"descriptor",    "fixed_size", "readFromParcel",
+                                                   "writeToParcel", "toString",   "Tag",
+                                                   "make",          "get",        "set",
+                                                   "getTag",        "_value"};
+    std::set<std::string> names;
+    for (Field& field : declaration->fields) {
+        CheckName(field.name, field.position, "field", &names);
+        if (reserved.count(field.name) != 0) {
+            Fail(field.position, "'" + field.name +
+                                         "' is a member of every generated class and "
+                                         "cannot name a field");
+        }
+        if (!Resolve(*declaration->document, &field.type)) {
+            continue;
+        }
+        if (field.type.builtin == Builtin::Void) {
+            Fail(field.type.position, "a field cannot be void");
+        } else if (field.defaultValue != nullptr) {
+            CheckDefault(*declaration->document, &field);
+        }
+    }
+    if (declaration->kind == Declaration::Kind::Union && declaration->fields.empty()) {
+        Fail(declaration->position, "union " + declaration->name + " needs at least one member");
+    }
+}
+
+void Checker::CheckDefault(const Document& document, Field* field) {
+    Expression& value = *field->defaultValue;
+    const TypeReference& type = field->type;
+    if (type.nullable) {
+        Fail(value.position, "a @nullable field starts as null and takes no default");
+    } else if (!type.IsArray()) {
+        CheckScalarDefault(document, type, &value);
+    } else if (value.kind != Expression::Kind::List) {
+        Fail(value.position, "the default of an array is a list in braces");
+    } else if (type.shape == TypeReference::Shape::FixedArray &&
+               static_cast<int64_t>(value.operands.size()) != type.size) {
+        Fail(value.position, "the default has " + std::to_string(value.operands.size()) +
+                                     " elements, the array " + std::to_string(type.size));
+    } else {
+        for (const auto& element : value.operands) {
+            CheckScalarDefault(document, type, element.get());
+        }
+    }
+}
+
+void Checker::CheckScalarDefault(const Document& document, const TypeReference& type,
+                                 Expression* target) {
+    const Expression& value = *target;
+    if (IsEnum(type)) {
+        Declaration* owner = nullptr;
+        if (value.kind != Expression::Kind::Reference) {
+            Fail(value.position, "the default of an enum is one of its enumerators");
+        } else if (mConstants.FindEnumerator(value, document, &owner) != nullptr &&
+                   owner != type.declaration) {
+            Fail(value.position, "'" + value.text + "' is not of enum " + type.name);
+        }
+        return;
+    }
+    if (IsInteger(type.builtin)) {
+        const auto result = mConstants.Evaluate(value, document);
+        const int64_t limit = type.builtin == Builtin::Byte  ? std::numeric_limits<int8_t>::max()
+                              : type.builtin == Builtin::Int ? std::numeric_limits<int32_t>::max()
+                                                             : std::numeric_limits<int64_t>::max();
+        if (result && (result->value > limit || result->value < -limit - 1)) {
+            Fail(value.position,
+                 "the default " + std::to_string(result->value) + " does not fit " + type.name);
+        }
+        target->value = result ? result->value : 0;
+        return;
+    }
+    bool fits = false;
+    switch (type.builtin) {
+        case Builtin::Boolean:
+            fits = value.kind == Expression::Kind::Boolean;
+            break;
+        case Builtin::Char:
+            fits = value.kind == Expression::Kind::Character;
+            break;
+        case Builtin::String:
+            fits = value.kind == Expression::Kind::String;
+            break;
+        case Builtin::Float:
+        case Builtin::Double:
+            fits = IsNumber(value);
+            break;
+        default:
+            Fail(value.position, "a field of type " + type.name + " takes no default");
+            return;
+    }
+    if (!fits) {
+        Fail(value.position, "the default is not a constant of type " + type.name);
+    }
+}
+
+void Checker::CheckSelfContainment(const Declaration& declaration) {
+    if (declaration.kind != Declaration::Kind::Parcelable &&
+        declaration.kind != Declaration::Kind::Union) {
+        return;
+    }
+    std::set<const Declaration*> seen;
+    std::vector<const Declaration*> open = {&declaration};
+    while (!open.empty()) {
+        const Declaration* current = open.back();
+        open.pop_back();
+        for (const Field& field : current->fields) {
+            const Declaration* inner = field.type.declaration;
+            if (inner == &declaration) {
+                const bool direct = current == &declaration;
+                Fail(direct ? field.position : declaration.position,
+                     std::string(KindName(declaration.kind)) + " " + declaration.name +
+                             " contains itself" +
+                             (direct ? "" : " through " + current->name + "." + field.name));
+                return;
+            }
+            if (inner != nullptr && inner->kind != Declaration::Kind::Interface &&
+                seen.insert(inner).second) {
+                open.push_back(inner);
+            }
+        }
+    }
+}
+
+}  // namespace aidlc
