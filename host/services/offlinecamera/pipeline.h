@@ -1,0 +1,46 @@
+// What the reference camera does with a frame. It is a working camera with plain physics, so that
+// a tester can predict any pixel by hand: imaging/camera_physics.h states every step from RAW10 to
+// YUV (RGGB, black level 64, white 1023, gains 2.0 / 1.0 / 1.5, Malvar-He-Cutler demosaic, sRGB
+// tone curve, BT.601 full range, crop in the middle at an even offset).
+//
+//  B2Y  Each output is the developed RAW10 frame.
+//  MMF  The three RAW10 frames are averaged, rounded to the nearest code, into a RAW10 buffer that
+//  is
+//       borrowed from the client; each output is that mosaic developed. The 640 x 480 YUV frames
+//       are checked and read nowhere: there are no faces to find in an average.
+//  Y2J  Each output is a JPEG file (JFIF, 4:2:0, quality 95) of the YUV frame as it is, with an
+//  EXIF
+//       block that carries the requested orientation; the picture itself is not turned. The last
+//       8 bytes of the stream's buffer size are the trailer: int32 blob id 0xff, int32 file size.
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "borrowed_buffers.h"
+#include "faults.h"
+#include "request.h"
+
+namespace offlinecamera {
+
+class Pipeline {
+  public:
+    Pipeline(::android::sp<ImportedBuffer::IMapper> mapper, const FaultInjector& faults)
+        : mMapper(std::move(mapper)), mFaults(faults) {}
+
+    /** Fills the request's outputs. Any thread.
+     * @return empty, or what went wrong; the outputs' content is then undefined */
+    [[nodiscard]] std::string Process(const Request& request,
+                                      const std::shared_ptr<IOfflineCameraCallback>& client) const;
+
+  private:
+    std::string BayerToYuv(const Request& request) const;
+    std::string MultiFrame(const Request& request,
+                           const std::shared_ptr<IOfflineCameraCallback>& client) const;
+    std::string YuvToJpeg(const Request& request) const;
+
+    const ::android::sp<ImportedBuffer::IMapper> mMapper;
+    const FaultInjector& mFaults;
+};
+
+}  // namespace offlinecamera

@@ -1,0 +1,26 @@
+// How the service says no: one log line and a service-specific error with the same text.
+#pragma once
+
+#include <android/binder_auto_utils.h>
+
+#include <string>
+
+namespace offlinecamera {
+
+inline constexpr char kLogTag[] = "OfflineCameraService";
+
+/** Service-specific error codes of this package's interfaces. */
+enum ServiceError : int32_t {
+    kIllegalArgument = 1,
+    kWrongState = 2,   // the call does not fit what the session is doing
+    kNoResources = 3,  // too many sessions or requests
+    kInternal = 4,
+};
+
+/** @param problem what was wrong, with the value that was found */
+ndk::ScopedAStatus Refuse(const char* operation, ServiceError error, const std::string& problem);
+
+/** One error line in the platform log. */
+void LogProblem(const std::string& problem);
+
+}  // namespace offlinecamera

@@ -1,0 +1,102 @@
+// The calls of the service.
+#include "service.h"
+
+#include <android/log.h>
+
+#include <atomic>
+
+#include "refusal.h"
+
+namespace offlinecamera {
+
+namespace {
+
+constexpr size_t kMaxClients = 64;
+
+}  // namespace
+
+/** A registered client. The service has nothing to tell it yet; it is kept until it leaves. */
+class OfflineCameraService::Registration final : public DeathListener {
+  public:
+    explicit Registration(std::shared_ptr<IOfflineCameraCallback> callback)
+        : mCallback(std::move(callback)) {}
+
+    static std::shared_ptr<Registration> Make(
+            const std::shared_ptr<IOfflineCameraCallback>& callback) {
+        auto registration = std::make_shared<Registration>(callback);
+        const bool alive = registration->mWatch.Begin(callback->asBinder(), registration);
+        return alive ? registration : nullptr;
+    }
+
+    bool Dead() const { return mDead; }
+    void OnClientDied() override { mDead = true; }
+
+  private:
+    const std::shared_ptr<IOfflineCameraCallback> mCallback;
+    std::atomic<bool> mDead{false};
+    DeathWatch mWatch;
+};
+
+OfflineCameraService::OfflineCameraService(::android::sp<ImportedBuffer::IMapper> mapper,
+                                           FaultInjector faults)
+    : mMapper(std::move(mapper)),
+      mFaults(std::make_shared<const FaultInjector>(std::move(faults))),
+      mSlots(std::make_shared<SessionSlots>()) {}
+
+ndk::ScopedAStatus OfflineCameraService::getSupportedOpModes(std::vector<int32_t>* modes) {
+    modes->clear();
+    for (OpMode mode : kSupportedOpModes) modes->push_back(static_cast<int32_t>(mode));
+    return ndk::ScopedAStatus::ok();
+}
+
+ndk::ScopedAStatus OfflineCameraService::registerClient(
+        int32_t clientId, const std::shared_ptr<IOfflineCameraCallback>& callback) {
+    if (callback == nullptr) return Refuse("registerClient", kIllegalArgument, "no callback");
+    std::shared_ptr<Registration> registration = Registration::Make(callback);
+    if (registration == nullptr) {
+        return Refuse("registerClient", kIllegalArgument, "the client is dead");
+    }
+    std::lock_guard<std::mutex> guard(mLock);
+    for (auto client = mClients.begin(); client != mClients.end();) {
+        client = client->second->Dead() ? mClients.erase(client) : std::next(client);
+    }
+    if (mClients.size() >= kMaxClients && mClients.count(clientId) == 0) {
+        return Refuse("registerClient", kNoResources,
+                      "there are " + std::to_string(kMaxClients) + " clients already");
+    }
+    mClients[clientId] = std::move(registration);
+    __android_log_print(ANDROID_LOG_INFO, kLogTag, "client %d registered", clientId);
+    return ndk::ScopedAStatus::ok();
+}
+
+ndk::ScopedAStatus OfflineCameraService::unregisterClient(int32_t clientId) {
+    std::lock_guard<std::mutex> guard(mLock);
+    if (mClients.erase(clientId) == 0) {
+        return Refuse("unregisterClient", kIllegalArgument,
+                      "client " + std::to_string(clientId) + " is not registered");
+    }
+    return ndk::ScopedAStatus::ok();
+}
+
+ndk::ScopedAStatus OfflineCameraService::openOfflineSession(
+        const std::string& clientName, const std::shared_ptr<IOfflineCameraCallback>& callback,
+        std::shared_ptr<IOfflineCameraSession>* session) {
+    if (auto status = mFaults->AtOpen(); !status.isOk()) return status;
+    session->reset();
+    if (mFaults->GivesNoSession()) return ndk::ScopedAStatus::ok();
+    if (callback == nullptr) return Refuse("openOfflineSession", kIllegalArgument, "no callback");
+    if (!mSlots->Take()) {
+        return Refuse("openOfflineSession", kNoResources,
+                      std::to_string(SessionSlots::kMaxSessions) + " sessions are open");
+    }
+    auto opened = ndk::SharedRefBase::make<OfflineCameraSession>(clientName, callback, mMapper,
+                                                                 mFaults, mSlots);
+    if (!opened->WatchClient()) {
+        return Refuse("openOfflineSession", kIllegalArgument, "the client is dead");
+    }
+    __android_log_print(ANDROID_LOG_INFO, kLogTag, "session %s: opened", clientName.c_str());
+    *session = std::move(opened);
+    return ndk::ScopedAStatus::ok();
+}
+
+}  // namespace offlinecamera

@@ -1,0 +1,49 @@
+// The offline camera service: the binder object that clients look up.
+#pragma once
+
+#include <aidl/vendor/zel/hardware/camera/offlinecamera/BnOfflineCameraService.h>
+
+#include <map>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "faults.h"
+#include "session.h"
+
+namespace offlinecamera {
+
+/** Thread-safe; holds sessions and registrations only as long as their clients do. */
+class OfflineCameraService
+    : public ::aidl::vendor::zel::hardware::camera::offlinecamera::BnOfflineCameraService {
+  public:
+    using IOfflineCameraSession =
+            ::aidl::vendor::zel::hardware::camera::offlinecamera::IOfflineCameraSession;
+
+    static constexpr char kInstance[] =
+            "vendor.zel.hardware.camera.offlinecamera.IOfflineCameraService/default";
+
+    /** @param mapper imports the clients' buffers; not null */
+    OfflineCameraService(::android::sp<ImportedBuffer::IMapper> mapper, FaultInjector faults);
+
+    ndk::ScopedAStatus getSupportedOpModes(std::vector<int32_t>* modes) override;
+    ndk::ScopedAStatus registerClient(
+            int32_t clientId, const std::shared_ptr<IOfflineCameraCallback>& callback) override;
+    ndk::ScopedAStatus unregisterClient(int32_t clientId) override;
+    ndk::ScopedAStatus openOfflineSession(const std::string& clientName,
+                                          const std::shared_ptr<IOfflineCameraCallback>& callback,
+                                          std::shared_ptr<IOfflineCameraSession>* session) override;
+
+  private:
+    class Registration;
+
+    const ::android::sp<ImportedBuffer::IMapper> mMapper;
+    const std::shared_ptr<const FaultInjector> mFaults;
+    const std::shared_ptr<SessionSlots> mSlots;
+
+    std::mutex mLock;
+    std::map<int32_t, std::shared_ptr<Registration>> mClients;  // dead ones go with the next call
+};
+
+}  // namespace offlinecamera
