@@ -1,0 +1,107 @@
+// Registrations, modes, and what a thousand sessions leave behind.
+#include "service.h"
+
+#include <dirent.h>
+
+#include <cstring>
+#include <fstream>
+
+#include "refusal.h"
+#include "session_fixture.h"
+
+namespace offlinecamera {
+
+using testing::ElementsAre;
+
+namespace {
+
+using ServiceTest = SessionFixture;
+
+int CountEntries(const char* folder) {
+    int count = 0;
+    DIR* dir = opendir(folder);
+    if (dir == nullptr) return -1;
+    while (readdir(dir) != nullptr) ++count;
+    closedir(dir);
+    return count;
+}
+
+/** Maps of graphics buffers: memfds. The heap's own come and go with the allocator's moods. */
+int CountBufferMaps() {
+    std::ifstream maps("/proc/self/maps");
+    std::string line;
+    int count = 0;
+    while (std::getline(maps, line)) count += line.find("memfd:") != std::string::npos ? 1 : 0;
+    return count;
+}
+
+struct Belongings {
+    int descriptors = CountEntries("/proc/self/fd");
+    int threads = CountEntries("/proc/self/task");
+    int bufferMaps = CountBufferMaps();
+};
+
+}  // namespace
+
+TEST_F(ServiceTest, AThousandSessionsLeaveNothingBehind) {
+    const auto runOne = [this](OpMode mode) {
+        OpenAndConfigure(mode);
+        EXPECT_EQ(Process(MakeInfo()), "1");
+        const size_t events = mode == OpMode::kMMF ? 4 : 2;
+        mClient->WaitForEvents(events);
+        Close();
+        mSession.reset();
+        mClient = ndk::SharedRefBase::make<RecordingClient>();
+    };
+    for (OpMode mode : kSupportedOpModes) runOne(mode);
+    const Belongings before;
+    ASSERT_GT(before.descriptors, 0);
+    for (int i = 0; i < 1000; ++i) runOne(kSupportedOpModes[i % 3]);
+    const Belongings after;
+    EXPECT_EQ(after.descriptors, before.descriptors);
+    EXPECT_EQ(after.threads, before.threads);
+    EXPECT_EQ(after.bufferMaps, before.bufferMaps);
+}
+
+TEST_F(ServiceTest, RefusedRequestsLeaveNothingBehind) {
+    OpenAndConfigure(OpMode::kB2Y);
+    const auto refuseOne = [this] {
+        OfflineRequestInfo info = MakeInfo();
+        info.outputBuffers[0].buffer.ints.assign(2, 0);
+        EXPECT_NE(Process(std::move(info)), "1");
+    };
+    refuseOne();
+    const Belongings before;
+    for (int i = 0; i < 50; ++i) refuseOne();
+    const Belongings after;
+    EXPECT_EQ(after.descriptors, before.descriptors);
+    EXPECT_EQ(after.bufferMaps, before.bufferMaps);
+    Close();
+}
+
+TEST_F(ServiceTest, ClientsRegisterAndLeave) {
+    Open();
+    EXPECT_EQ(mService->unregisterClient(0).getServiceSpecificError(), kIllegalArgument);
+    EXPECT_EQ(mService->registerClient(0, nullptr).getServiceSpecificError(), kIllegalArgument);
+    EXPECT_TRUE(mService->registerClient(0, mClient).isOk());
+    EXPECT_TRUE(mService->registerClient(0, mClient).isOk());
+    EXPECT_TRUE(mService->unregisterClient(0).isOk());
+    EXPECT_FALSE(mService->unregisterClient(0).isOk());
+    for (int32_t id = 0; id < 64; ++id) EXPECT_TRUE(mService->registerClient(id, mClient).isOk());
+    EXPECT_EQ(mService->registerClient(64, mClient).getServiceSpecificError(), kNoResources);
+    Close();
+}
+
+TEST_F(ServiceTest, ModesAreToldAndACallbackIsNeeded) {
+    Open();
+    std::vector<int32_t> modes = {9};
+    EXPECT_TRUE(mService->getSupportedOpModes(&modes).isOk());
+    EXPECT_THAT(modes, ElementsAre(0, 1, 3));
+    std::shared_ptr<IOfflineCameraSession> session;
+    EXPECT_EQ(mService->openOfflineSession("test", nullptr, &session).getServiceSpecificError(),
+              kIllegalArgument);
+    EXPECT_EQ(session, nullptr);
+    Close();
+}
+
+}  // namespace offlinecamera
