@@ -27,6 +27,7 @@ std::string sampleText(const Picture& picture, const Comparison& result) {
 const CommandSpec& compareSpec() {
     static const CommandSpec* const spec = new CommandSpec{
             "compare",
+            "tells in numbers how much two pictures or frames differ",
             "Tells how much two pictures, dumps or source files of equal size differ: PSNR of "
             "each\n"
             "channel and overall, and the largest difference with its place.",

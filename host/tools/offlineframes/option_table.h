@@ -20,7 +20,8 @@ struct OptionSpec {
 
 struct CommandSpec {
     const char* name;
-    const char* purpose;                 // one line
+    const char* summary;                 // a phrase for the list of commands
+    const char* purpose;                 // sentences for its own help
     std::vector<const char*> arguments;  // plain words the command needs, all of them
     std::vector<OptionSpec> options;
 };

@@ -75,6 +75,7 @@ Bytes packPhoto(const Picture& photo, const PackRequest& request) {
 const CommandSpec& packSpec() {
     static const CommandSpec* const spec = new CommandSpec{
             "pack",
+            "a photo or the test chart becomes a RAW10 or NV12 frame",
             "Makes a frame from INPUT, a PNG, JPEG or PPM photo or the word \"chart\" for the "
             "built-in\ntest chart. A photo is turned upright, scaled to cover the frame and cut "
             "evenly.",

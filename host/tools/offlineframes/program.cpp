@@ -2,6 +2,8 @@
 
 #include <stdio.h>
 
+#include <algorithm>
+
 #include "commands.h"
 
 namespace offlineframes {
@@ -26,9 +28,7 @@ std::string programHelp() {
     for (const Command& command : kCommands) {
         const CommandSpec& spec = command.spec();
         const std::string name = spec.name;
-        const std::string purpose = spec.purpose;
-        text += "  " + name + std::string(10 - name.size(), ' ') +
-                purpose.substr(0, purpose.find_first_of(".,:")) + ".\n";
+        text += "  " + name + std::string(10 - name.size(), ' ') + spec.summary + "\n";
     }
     return text + "\n\"offlineframes COMMAND --help\" tells a command's options.\n";
 }
@@ -70,13 +70,14 @@ int runProgram(const std::vector<std::string>& words) {
     if (!command) return misuse("unknown command \"" + words[0] + "\"", "");
     const CommandSpec& spec = command->spec();
     const std::vector<std::string> rest(words.begin() + 1, words.end());
-    if (rest.size() == 1 && asksForHelp(rest[0])) return print(helpText(spec));
+    if (std::any_of(rest.begin(), rest.end(), asksForHelp)) return print(helpText(spec));
     const Result<CommandLine> line = readCommandLine(spec, rest);
     const std::string name = std::string(spec.name) + " ";
-    if (!line.ok()) return misuse(name + line.error(), name);
+    const std::string prefix = std::string(spec.name) + ": ";
+    if (!line.ok()) return misuse(prefix + line.error(), name);
     const Result<Report> report = command->run(line.value());
     if (!report.ok()) {
-        return report.failure().misuse ? misuse(name + report.error(), name)
+        return report.failure().misuse ? misuse(prefix + report.error(), name)
                                        : fail(report.error(), 1);
     }
     fputs(report.value().notes.c_str(), stderr);

@@ -9,6 +9,7 @@ namespace offlineframes {
 const CommandSpec& sourcesSpec() {
     static const CommandSpec* const spec = new CommandSpec{
             "sources",
+            "makes every file the test modes read",
             "Makes the source files of the test modes that are missing under DIR, which stands "
             "for\n"
             "/data/vendor/camera: RAW10, NV12 and face detection frames and a metadata dump.\n"

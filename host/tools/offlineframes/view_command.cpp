@@ -32,6 +32,7 @@ Result<ViewRequest> readRequest(const CommandLine& line) {
 const CommandSpec& viewSpec() {
     static const CommandSpec* const spec = new CommandSpec{
             "view",
+            "shows a dump or source file as PNG",
             "Shows a dump, a source file or a picture as PNG. The geometry comes from the file's "
             "name,\nfrom its size or from the options; a JPEG is cut at its real end.",
             {"INPUT", "OUTPUT.png"},

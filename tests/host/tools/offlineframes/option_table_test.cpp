@@ -10,6 +10,7 @@ namespace {
 using testing::HasSubstr;
 
 const CommandSpec kSpec = {"do",
+                           "a deed",
                            "Does it.",
                            {"INPUT", "OUTPUT"},
                            {{"--size", "WxH", "a size"},
