@@ -21,15 +21,15 @@ details::StandardMetadataType getStandardMetadataTypeValue(const details::Metada
 }
 
 // The three functions of one standard extendable type.
-#define STANDARD_EXTENDABLE_TYPE(Name, TypeName)                                                   \
-    bool isStandard##Name(const details::ExtendableType& type) {                                   \
+#define STANDARD_EXTENDABLE_TYPE(Type, TypeName)                                                   \
+    bool isStandard##Type(const details::ExtendableType& type) {                                   \
         return type.name == TypeName;                                                              \
     }                                                                                              \
-    details::Name getStandard##Name##Value(const details::ExtendableType& type) {                  \
-        return static_cast<details::Name>(type.value);                                             \
+    details::Type getStandard##Type##Value(const details::ExtendableType& type) {                  \
+        return static_cast<details::Type>(type.value);                                             \
     }                                                                                              \
-    std::string get##Name##Name(const details::ExtendableType& type) {                             \
-        return isStandard##Name(type) ? toString(getStandard##Name##Value(type)) : describe(type); \
+    std::string get##Type##Name(const details::ExtendableType& type) {                             \
+        return isStandard##Type(type) ? toString(getStandard##Type##Value(type)) : describe(type); \
     }
 
 STANDARD_EXTENDABLE_TYPE(Compression, GRALLOC4_STANDARD_COMPRESSION)

@@ -1,0 +1,169 @@
+// The exact bytes of encoded metadata, and that they decode to what they were.
+#include <gtest/gtest.h>
+
+#include <limits>
+
+#include "tests/host/libgralloctypes/sample_layouts.h"
+
+namespace {
+
+using namespace ::android::gralloc4;
+using ::aidl::android::hardware::graphics::common::BlendMode;
+using ::aidl::android::hardware::graphics::common::Dataspace;
+using ::aidl::android::hardware::graphics::common::ExtendableType;
+using ::aidl::android::hardware::graphics::common::Rect;
+using ::android::BAD_VALUE;
+using ::android::NO_ERROR;
+using ::android::hardware::graphics::common::V1_2::PixelFormat;
+using ::android::hardware::graphics::mapper::V4_0::IMapper;
+
+TEST(Encoding, AllocationSizeIs77Bytes) {
+    Bytes bytes = {1, 2, 3};  // replaced
+    ASSERT_EQ(encodeAllocationSize(18874368, &bytes), NO_ERROR);
+    EXPECT_EQ(bytes.size(), 77u);
+    EXPECT_EQ(bytes, HandWritten().standardHeader(10).number<uint64_t>(18874368).bytes());
+    uint64_t size = 0;
+    EXPECT_EQ(decodeAllocationSize(bytes, &size), NO_ERROR);
+    EXPECT_EQ(size, 18874368u);
+}
+
+TEST(Encoding, NumbersHaveTheWidthOfTheirType) {
+    Bytes bytes;
+    ASSERT_EQ(encodePixelFormatRequested(PixelFormat::RAW10, &bytes), NO_ERROR);
+    EXPECT_EQ(bytes, HandWritten().standardHeader(6).number<int32_t>(0x25).bytes());
+    ASSERT_EQ(encodePixelFormatFourCC(0x3231564e, &bytes), NO_ERROR);
+    EXPECT_EQ(bytes, HandWritten().standardHeader(7).number<uint32_t>(0x3231564e).bytes());
+    ASSERT_EQ(encodeUsage(uint64_t{1} << 63, &bytes), NO_ERROR);
+    EXPECT_EQ(bytes, HandWritten().standardHeader(9).number(uint64_t{1} << 63).bytes());
+    ASSERT_EQ(encodeDataspace(static_cast<Dataspace>(0x8C20000), &bytes), NO_ERROR);
+    EXPECT_EQ(bytes, HandWritten().standardHeader(17).number<int32_t>(0x8C20000).bytes());
+    ASSERT_EQ(encodeBlendMode(BlendMode::COVERAGE, &bytes), NO_ERROR);
+    EXPECT_EQ(bytes, HandWritten().standardHeader(18).number<int32_t>(3).bytes());
+}
+
+TEST(Encoding, TextAndExtendableTypes) {
+    Bytes bytes;
+    ASSERT_EQ(encodeName("preview", &bytes), NO_ERROR);
+    EXPECT_EQ(bytes, HandWritten().standardHeader(2).text("preview").bytes());
+    ASSERT_EQ(encodeChromaSiting(ChromaSiting_SitedInterstitial, &bytes), NO_ERROR);
+    EXPECT_EQ(bytes, HandWritten()
+                             .standardHeader(14)
+                             .text("android.hardware.graphics.common.ChromaSiting")
+                             .number<int64_t>(2)
+                             .bytes());
+    ExtendableType siting;
+    ASSERT_EQ(decodeChromaSiting(bytes, &siting), NO_ERROR);
+    EXPECT_EQ(siting.name, GRALLOC4_STANDARD_CHROMA_SITING);
+    EXPECT_EQ(siting.value, 2);
+}
+
+TEST(Encoding, PlaneLayouts) {
+    HandWritten expected;
+    const std::string component = "android.hardware.graphics.common.PlaneLayoutComponentType";
+    expected.standardHeader(15).number<int64_t>(2);
+    expected.number<int64_t>(1).text(component).number<int64_t>(1).number<int64_t>(0);
+    expected.number<int64_t>(8);
+    for (const int64_t value : {0, 8, 640, 640, 480, 640 * 512, 1, 1}) expected.number(value);
+    expected.number<int64_t>(2).text(component).number<int64_t>(2).number<int64_t>(0);
+    expected.number<int64_t>(8);
+    expected.text(component).number<int64_t>(4).number<int64_t>(8).number<int64_t>(8);
+    for (const int64_t value : {640 * 512, 16, 640, 320, 240, 640 * 256, 2, 2}) {
+        expected.number(value);
+    }
+
+    Bytes bytes;
+    ASSERT_EQ(encodePlaneLayouts(sampleLayouts(), &bytes), NO_ERROR);
+    EXPECT_EQ(bytes, expected.bytes());
+
+    std::vector<PlaneLayout> planes;
+    ASSERT_EQ(decodePlaneLayouts(bytes, &planes), NO_ERROR);
+    ASSERT_EQ(planes.size(), 2u);
+    ASSERT_EQ(planes[1].components.size(), 2u);
+    EXPECT_EQ(planes[1].components[1].type.value, 4);
+    EXPECT_EQ(planes[1].components[1].offsetInBits, 8);
+    EXPECT_EQ(planes[1].verticalSubsampling, 2);
+    Bytes again;
+    ASSERT_EQ(encodePlaneLayouts(planes, &again), NO_ERROR);
+    EXPECT_EQ(again, bytes);
+
+    ASSERT_EQ(encodePlaneLayouts({}, &bytes), NO_ERROR);
+    EXPECT_EQ(decodePlaneLayouts(bytes, &planes), NO_ERROR);
+    EXPECT_TRUE(planes.empty());
+}
+
+TEST(Encoding, Crop) {
+    Rect rect;
+    rect.left = -1;
+    rect.top = 2;
+    rect.right = 640;
+    rect.bottom = 480;
+    Bytes bytes;
+    ASSERT_EQ(encodeCrop({rect, Rect()}, &bytes), NO_ERROR);
+    HandWritten expected;
+    expected.standardHeader(16).number<int64_t>(2);
+    for (const int32_t value : {-1, 2, 640, 480, 0, 0, 0, 0}) expected.number(value);
+    EXPECT_EQ(bytes, expected.bytes());
+    std::vector<Rect> crop;
+    ASSERT_EQ(decodeCrop(bytes, &crop), NO_ERROR);
+    ASSERT_EQ(crop.size(), 2u);
+    EXPECT_EQ(crop[0].left, -1);
+    EXPECT_EQ(crop[0].bottom, 480);
+}
+
+TEST(Encoding, BufferDescriptorInfoHasNoHeader) {
+    IMapper::BufferDescriptorInfo info{};
+    info.name = "source";
+    info.width = 4096;
+    info.height = 3072;
+    info.layerCount = 1;
+    info.format = PixelFormat::RAW10;
+    info.usage = 0x33;
+    info.reservedSize = 64;
+    Bytes bytes;
+    ASSERT_EQ(encodeBufferDescriptorInfo(info, &bytes), NO_ERROR);
+    EXPECT_EQ(bytes.size(), 40u + 6);
+    EXPECT_EQ(bytes, HandWritten()
+                             .text("source")
+                             .number<uint32_t>(4096)
+                             .number<uint32_t>(3072)
+                             .number<uint32_t>(1)
+                             .number<int32_t>(37)
+                             .number<uint64_t>(0x33)
+                             .number<uint64_t>(64)
+                             .bytes());
+    IMapper::BufferDescriptorInfo decoded{};
+    ASSERT_EQ(decodeBufferDescriptorInfo(bytes, &decoded), NO_ERROR);
+    EXPECT_EQ(decoded.name, "source");
+    EXPECT_EQ(decoded.height, 3072u);
+    EXPECT_EQ(decoded.format, PixelFormat::RAW10);
+    EXPECT_EQ(decoded.reservedSize, 64u);
+}
+
+TEST(Encoding, VendorMetadata) {
+    const IMapper::MetadataType type = {"vendor.example", 5};
+    Bytes bytes;
+    ASSERT_EQ(encodeDouble(type, -0.5, &bytes), NO_ERROR);
+    EXPECT_EQ(bytes, HandWritten().text("vendor.example").number<int64_t>(5).number(-0.5).bytes());
+    double number = 0;
+    EXPECT_EQ(decodeDouble(type, bytes, &number), NO_ERROR);
+    EXPECT_EQ(number, -0.5);
+    ASSERT_EQ(encodeInt32(type, std::numeric_limits<int32_t>::min(), &bytes), NO_ERROR);
+    int32_t integer = 0;
+    EXPECT_EQ(decodeInt32(type, bytes, &integer), NO_ERROR);
+    EXPECT_EQ(integer, std::numeric_limits<int32_t>::min());
+    ASSERT_EQ(encodeString(type, std::string("a\0b", 3), &bytes), NO_ERROR);
+    std::string text;
+    EXPECT_EQ(decodeString(type, bytes, &text), NO_ERROR);
+    EXPECT_EQ(text, std::string("a\0b", 3));
+}
+
+TEST(Encoding, ANullResultIsRefused) {
+    EXPECT_EQ(encodeWidth(1, nullptr), BAD_VALUE);
+    EXPECT_EQ(encodeBufferDescriptorInfo({}, nullptr), BAD_VALUE);
+    Bytes bytes;
+    ASSERT_EQ(encodeWidth(1, &bytes), NO_ERROR);
+    EXPECT_EQ(decodeWidth(bytes, nullptr), BAD_VALUE);
+    EXPECT_EQ(decodeBufferDescriptorInfo(bytes, nullptr), BAD_VALUE);
+}
+
+}  // namespace
