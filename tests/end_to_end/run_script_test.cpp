@@ -1,0 +1,117 @@
+// ./run in a copy of the project whose build is this one: its options, report and files.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <stdlib.h>
+
+#include <filesystem>
+#include <fstream>
+
+#include "tests/end_to_end/DeviceRun.h"
+
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+using ::testing::Not;
+using ::testing::StartsWith;
+
+namespace end_to_end {
+namespace {
+
+namespace fs = std::filesystem;
+
+class RunScript : public ::testing::Test {
+  protected:
+    RunScript() {
+        std::string name = ::testing::TempDir() + "run script-XXXXXX";
+        m_root = mkdtemp(name.data());
+        fs::copy(PROJECT_FOLDER "/run", m_root + "/run");
+        fs::copy(PROJECT_FOLDER "/scripts", m_root + "/scripts");
+        fs::create_directories(m_root + "/out/build");
+        fs::create_directory_symlink(fs::path(DEVICESHELL).parent_path(),
+                                     m_root + "/out/build/bin");
+        // Everything is built already.
+        std::ofstream(m_root + "/out/build/build.ninja")
+                << "build host/all: phony\nbuild driver/all: phony\n";
+    }
+    ~RunScript() override { fs::remove_all(m_root); }
+
+    Finished run(const std::vector<std::string>& arguments) {
+        std::vector<std::string> words = {m_root + "/run"};
+        words.insert(words.end(), arguments.begin(), arguments.end());
+        return runProgram(words);
+    }
+
+    std::string m_root;
+};
+
+TEST_F(RunScript, RefusesWrongOptionsBeforeAnythingStarts) {
+    const struct {
+        std::vector<std::string> arguments;
+        const char* named;
+    } cases[] = {{{"--bogus", "-t", "B2Y"}, "--bogus"},
+                 {{"--planes", "--fault"}, "--fault"},
+                 {{"--data", "/no/such folder", "-t", "B2Y"}, "/no/such folder"},
+                 {{"--data=/no/such", "-t", "B2Y"}, "/no/such"},
+                 {{"--service", "/etc/passwd", "-t", "B2Y"}, "/etc/passwd"},
+                 {{"--fault", "no-such-fault", "-t", "B2Y"}, "no-such-fault"}};
+    for (const auto& wrong : cases) {
+        const Finished finished = run(wrong.arguments);
+        EXPECT_EQ(finished.status, 2) << wrong.named;
+        EXPECT_EQ(finished.out, "");
+        EXPECT_THAT(finished.err, HasSubstr(wrong.named));
+        EXPECT_FALSE(fs::exists(m_root + "/out/run.log")) << wrong.named;
+    }
+}
+
+TEST_F(RunScript, LeavesEverythingAfterItsOptionsToTheTool) {
+    const Finished help = run({"-v", "-h"});
+    EXPECT_EQ(help.status, 255);
+    EXPECT_THAT(help.out, StartsWith("******Offline camera client test tool"));
+    for (const std::vector<std::string>& arguments :
+         {std::vector<std::string>{}, {"B2Y"}, {"B2Y", "--planes"}, {"--", "B2Y"}}) {
+        const Finished hint = run(arguments);
+        EXPECT_EQ(hint.status, 255);
+        EXPECT_THAT(hint.out, HasSubstr("please execute help cmd"));
+    }
+    const Finished unknown = run({"--", "--planes"});
+    EXPECT_EQ(unknown.status, 255);
+    EXPECT_EQ(unknown.out, "");
+    EXPECT_THAT(unknown.err, HasSubstr("vexofflinecameratest: "));
+    EXPECT_THAT(run({"--help"}).out, StartsWith("usage: ./run"));
+}
+
+TEST_F(RunScript, ReportsDumpsAndPictures) {
+    const Finished plain = run({"-t", "B2Y"});
+    EXPECT_EQ(plain.status, 0) << plain.err;
+    EXPECT_EQ(plain.out, "cmd: -t=B2Y\nopMode: B2Y=0\nret: =0\n");
+    const std::string empty = "OfflineAidl_CameraId_2_Frame_1_B2Y_Stride[4096]_Scanline[0]";
+    EXPECT_THAT(plain.err, HasSubstr(empty + ".yuv (18874368 bytes), "));
+    EXPECT_THAT(plain.err, HasSubstr("left empty"));
+    EXPECT_THAT(readFile(m_root + "/out/pictures/" + empty + ".png"), StartsWith("\x89PNG"));
+    EXPECT_THAT(parseLog(readFile(m_root + "/out/run.log")), Not(IsEmpty()));
+
+    const Finished planes = run({"--planes", "-v", "-t", "B2Y"});
+    EXPECT_EQ(planes.out, plain.out);
+    EXPECT_THAT(planes.err, HasSubstr("Scanline[3072].yuv"));
+    EXPECT_THAT(planes.err, HasSubstr("OfflineCameraTest: main: offline camera client exit"));
+    EXPECT_THAT(planes.err, Not(HasSubstr("Scanline[0].yuv (")));
+    EXPECT_THAT(planes.err, Not(HasSubstr("left empty")));
+}
+
+TEST_F(RunScript, UsesAnotherDataFolder) {
+    fs::create_directory(m_root + "/my data");
+    const Finished finished = run({"--data", m_root + "/my data", "-t", "Y2Y"});
+    EXPECT_EQ(finished.status, 0) << finished.err;
+    EXPECT_TRUE(fs::exists(m_root + "/my data/offlinecameratest/mmf_fd.yuv"));
+    EXPECT_FALSE(fs::exists(m_root + "/out/camera"));
+}
+
+TEST_F(RunScript, EndsWithTheToolsSignal) {
+    const Finished finished = run({"--no-service", "-t", "callback"});
+    EXPECT_GT(finished.status, 128);
+    EXPECT_NE(finished.status, 255);
+    EXPECT_EQ(finished.out, "cmd: -t=callback\ncallback only mode=255\nret: =0\n");
+}
+
+}  // namespace
+}  // namespace end_to_end
