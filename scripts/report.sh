@@ -3,15 +3,18 @@
 # Every file below a folder with time and size, sorted: two lists differ where a file was written.
 list_files() { (cd "$1" && find . -type f -printf '%P\t%T@\t%s\n' | LC_ALL=C sort); }
 
+# A path as the user would write it here.
+here() { printf '%s' "${1#"$PWD"/}"; }
+
 # Makes out/pictures/NAME.png from a dump and prints its path; a reason where that fails.
 picture_of() {
-    local picture="$out/pictures/${1##*/}"
+    local picture="$out/pictures/${1##*/}" said
     picture="${picture%.*}.png"
     mkdir -p "$out/pictures"
-    if "$out/build/bin/offlineframes" view --force "$1" "$picture" >/dev/null 2>"$out/pictures/.error"; then
-        echo "${picture#"$PWD"/}"
+    if said="$("$out/build/bin/offlineframes" view --force "$1" "$picture" 2>&1)"; then
+        here "$picture"
     else
-        echo "no picture: $(head -n 1 "$out/pictures/.error")"
+        printf 'no picture: %s' "$said"
     fi
 }
 
@@ -21,9 +24,9 @@ report_files() {
     while IFS=$'\t' read -r path _ size; do
         case "$path" in
         *.yuv | *.raw | *.jpg)
-            say "wrote $folder/$path ($size bytes), $(picture_of "$folder/$path")"
+            say "wrote $(here "$folder/$path") ($size bytes), $(picture_of "$folder/$path")"
             ;;
-        *) say "wrote $folder/$path ($size bytes)" ;;
+        *) say "wrote $(here "$folder/$path") ($size bytes)" ;;
         esac
     done < <(LC_ALL=C comm -13 <(echo "$2") <(list_files "$folder"))
 }

@@ -77,6 +77,7 @@ class Device {
     const DeviceDescriptors& m_numbers;
     int m_childSignals = -1;
     int m_null = -1;
+    bool m_stopping = false;
     std::map<pid_t, std::string> m_running;  // the programs by process, with their file names
 };
 
@@ -109,7 +110,8 @@ Device::Event Device::nextEvent(const Deadline* deadline) {
         const pid_t pid = waitpid(-1, &status, WNOHANG);
         if (pid > 0) {
             const auto program = m_running.find(pid);
-            if (program != m_running.end()) {
+            const bool asked = m_stopping && WIFSIGNALED(status) && WTERMSIG(status) == SIGTERM;
+            if (program != m_running.end() && !asked) {
                 note(program->second + " " + describeEnd(status));
             }
             return {Event::ChildEnded, pid, status};
@@ -240,6 +242,7 @@ int Device::runCommand() {
 
 // Asked first, so that they can put their affairs in order; the kernel ends the rest.
 void Device::stopPrograms() {
+    m_stopping = true;
     for (const auto& [pid, label] : m_running) kill(pid, SIGTERM);
     const Deadline deadline = after(kStopSeconds);
     while (!m_running.empty()) {
