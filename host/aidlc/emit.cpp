@@ -1,6 +1,8 @@
 // Puts the files of a declaration together: banners, includes, namespaces.
 #include "emit.h"
 
+#include <algorithm>
+#include <map>
 #include <set>
 
 #include "cpp_types.h"
@@ -52,15 +54,17 @@ std::string Includes(const std::vector<std::string>& headers) {
     return text;
 }
 
-void AddReference(const TypeReference& type, const Declaration& user,
-                  std::set<const Declaration*>* references) {
+/** Other declared types by their header, so that the order does not depend on addresses. */
+using ReferenceMap = std::map<std::string, const Declaration*>;
+
+void AddReference(const TypeReference& type, const Declaration& user, ReferenceMap* references) {
     if (type.declaration != nullptr && type.declaration != &user) {
-        references->insert(type.declaration);
+        (*references)[HeaderPath(*type.declaration, type.declaration->name)] = type.declaration;
     }
 }
 
-std::set<const Declaration*> References(const Declaration& declaration) {
-    std::set<const Declaration*> references;
+ReferenceMap References(const Declaration& declaration) {
+    ReferenceMap references;
     for (const Field& field : declaration.fields) {
         AddReference(field.type, declaration, &references);
     }
@@ -74,38 +78,40 @@ std::set<const Declaration*> References(const Declaration& declaration) {
 }
 
 std::vector<std::string> MainIncludes(const Declaration& declaration) {
-    std::vector<std::string> headers = {"cstdint", "memory", "optional", "string", "vector"};
+    std::vector<std::string> system = {"array",    "cstdint", "memory",
+                                       "optional", "string",  "vector"};
+    std::vector<std::string> binder;
     switch (declaration.kind) {
         case Declaration::Kind::Enum:
-            headers.insert(headers.begin(), {"array", "android/binder_enums.h"});
-            return headers;
+            binder = {"android/binder_enums.h"};
+            break;
         case Declaration::Kind::Interface:
-            headers.insert(headers.end(), {"array", "android/binder_interface_utils.h",
-                                           "android/binder_parcel_utils.h"});
+            binder = {"android/binder_interface_utils.h", "android/binder_parcel_utils.h"};
             break;
         case Declaration::Kind::Union:
-            headers.insert(headers.end(),
-                           {"type_traits", "utility", "variant", "android/binder_enums.h"});
+            system.insert(system.end(), {"type_traits", "utility", "variant"});
+            binder = {"android/binder_enums.h"};
             [[fallthrough]];
         case Declaration::Kind::Parcelable:
-            headers.insert(headers.end(),
-                           {"array", "sstream", "tuple", "android/binder_interface_utils.h",
-                            "android/binder_parcel_utils.h", "android/binder_parcelable_utils.h",
-                            "android/binder_to_string.h"});
+            system.insert(system.end(), {"sstream", "tuple"});
+            binder.insert(binder.end(),
+                          {"android/binder_interface_utils.h", "android/binder_parcel_utils.h",
+                           "android/binder_parcelable_utils.h", "android/binder_to_string.h"});
             break;
     }
-    std::set<std::string> own;
-    for (const Declaration* reference : References(declaration)) {
-        own.insert(HeaderPath(*reference, reference->name));
+    std::sort(system.begin(), system.end());
+    std::vector<std::string> headers = system;
+    headers.insert(headers.end(), binder.begin(), binder.end());
+    for (const auto& [header, reference] : References(declaration)) {
+        headers.push_back(header);
     }
-    headers.insert(headers.end(), own.begin(), own.end());
     return headers;
 }
 
 /** Interfaces may refer to each other in circles, so their names are there before the classes. */
 std::string ForwardDeclarations(const Declaration& declaration) {
     std::set<std::string> lines;
-    for (const Declaration* reference : References(declaration)) {
+    for (const auto& [header, reference] : References(declaration)) {
         if (reference->kind == Declaration::Kind::Interface) {
             lines.insert("namespace " + CppNamespace(*reference) + " { class " + reference->name +
                          "; }\n");
@@ -169,12 +175,13 @@ GeneratedFile EmptySideHeader(const Declaration& declaration, const std::string&
 
 GeneratedFile SideHeader(const Declaration& declaration, const std::string& prefix,
                          const std::string& body) {
-    std::vector<std::string> headers = {HeaderPath(declaration, declaration.name),
-                                        "android/binder_ibinder.h"};
-    headers.insert(headers.end(), {"atomic", "cstdint", "memory", "mutex", "string"});
-    for (const Declaration* reference : References(declaration)) {
-        headers.push_back(HeaderPath(*reference, reference->name));
-    }
+    const std::vector<std::string> headers = {"atomic",
+                                              "cstdint",
+                                              "memory",
+                                              "mutex",
+                                              "string",
+                                              "android/binder_ibinder.h",
+                                              HeaderPath(declaration, declaration.name)};
     return {"include/" + HeaderPath(declaration, prefix + BaseName(declaration)),
             Expand(kHeader, {{"banner", Banner(declaration)},
                              {"includes", Includes(headers) + (prefix == "Bn" ? kAssert : "")},

@@ -12,7 +12,7 @@ const std::vector<std::vector<std::string>>& PrecedenceLevels() {
 }
 
 // Bounds the recursion on hostile input.
-constexpr int kMaxDepth = 200;
+constexpr int kMaxDepth = 64;
 
 std::unique_ptr<Expression> MakeExpression(Expression::Kind kind, const Token& token) {
     auto expression = std::make_unique<Expression>();
@@ -122,7 +122,7 @@ bool Parser::ParsePrimary(std::unique_ptr<Expression>* result) {
                 return ParseExpression(result) && Expect(")", "to close the parenthesis");
             }
             return TakeIf("{") ? ParseList(result)
-                               : Fail("expected a constant value, found '" + token.text + "'");
+                               : Fail("expected a constant value, found " + Describe(token));
     }
     const bool isBoolean = token.Is("true") || token.Is("false");
     *result = MakeExpression(isBoolean ? Expression::Kind::Boolean : Expression::Kind::Reference,
@@ -142,7 +142,7 @@ bool Parser::ParseList(std::unique_ptr<Expression>* result) {
         }
         (*result)->operands.push_back(std::move(element));
         if (!TakeIf(",") && !Next().Is("}")) {
-            return Fail("expected ',' or '}' in a list, found '" + Next().text + "'");
+            return Fail("expected ',' or '}' in a list, found " + Describe(Next()));
         }
     }
     return true;

@@ -47,14 +47,16 @@ class Parser {
     bool ParseAnnotations(Annotations* annotations);
     bool ParseBacking(Annotations* annotations);
     bool ParseDeclaration();
+    bool ParseType(const Annotations& annotations, TypeReference* type);
+    bool ParseArrayBrackets(TypeReference* type);
+
+    // declaration_parser.cpp
     bool ParseEnum(const Annotations& annotations);
     bool ParseFields();
     bool ParseField();
     bool ParseInterface(bool oneway);
     bool ParseMethod(bool interfaceOneway);
     bool ParseArgument(Method* method);
-    bool ParseType(const Annotations& annotations, TypeReference* type);
-    bool ParseArrayBrackets(TypeReference* type);
 
     // expression_parser.cpp
     bool ParseExpression(std::unique_ptr<Expression>* result);
@@ -70,6 +72,9 @@ class Parser {
     Document* mDocument;
     Diagnostics* mDiagnostics;
 };
+
+/** A token as a message names it. */
+std::string Describe(const Token& token);
 
 /** The text after "@deprecated" in a block comment, in one line; found says whether it is there. */
 std::string DeprecationNote(const std::string& comment, bool* found);
