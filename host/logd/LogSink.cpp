@@ -12,6 +12,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <climits>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -94,7 +95,7 @@ int writableDescriptor(const char* text) {
     errno = 0;
     const long number = std::strtol(text, &end, 10);
     const bool isNumber =
-            errno == 0 && end != text && *end == '\0' && number >= 0 && number <= __INT_MAX__;
+            errno == 0 && end != text && *end == '\0' && number >= 0 && number <= INT_MAX;
     const int flags = isNumber ? fcntl(static_cast<int>(number), F_GETFL) : -1;
     if (flags >= 0 && (flags & O_ACCMODE) != O_RDONLY) return static_cast<int>(number);
     std::fprintf(stderr,
