@@ -24,6 +24,9 @@ namespace {
 [[noreturn]] void execute(const std::vector<std::string>& argv,
                           const Subprocess::Environment& environment) {
     for (const auto& [name, value] : environment) setenv(name.c_str(), value.c_str(), 1);
+    // A caller in a shell's background ignores these.
+    signal(SIGINT, SIG_DFL);
+    signal(SIGQUIT, SIG_DFL);
     std::vector<char*> words;
     for (const std::string& word : argv) words.push_back(const_cast<char*>(word.c_str()));
     words.push_back(nullptr);

@@ -201,5 +201,37 @@ TEST(Runs, RepeatInOneDevice) {
                                  kNv12Bytes)));
 }
 
+// Counts are compared by waiting until they are as before: a service learns of a client's end
+// after the client has gone.
+const char kServicesKeepNothing[] = R"(
+descriptors() { ls /proc/$1/fd | wc -l; }
+for comm in /proc/[0-9]*/comm; do
+    read name < $comm
+    process=${comm#/proc/}
+    case $name in
+    offlinecamera*) service=${process%/comm} ;;
+    graphicsalloc*) allocator=${process%/comm} ;;
+    esac
+done
+serviceBefore=$(descriptors $service)
+allocatorBefore=$(descriptors $allocator)
+for test in "$@"; do vexofflinecameratest -t $test > /dev/null || exit 1; done
+until [ $(descriptors $service) -le $serviceBefore ]; do :; done
+until [ $(descriptors $allocator) -le $allocatorBefore ]; do :; done
+)";
+
+TEST(Runs, LeaveNoDescriptorsInTheServices) {
+    DeviceRun device;
+    EXPECT_EQ(device.command({"sh", "-c", kServicesKeepNothing, "sh", "MMF", "Y2J", "Y2Y",
+                              "callback", "B2Y"})
+                      .status,
+              0);
+    DeviceRun lending;
+    EXPECT_EQ(lending.with({"--fault", "lend=4"})
+                      .command({"sh", "-c", kServicesKeepNothing, "sh", "B2Y", "B2Y"})
+                      .status,
+              0);
+}
+
 }  // namespace
 }  // namespace end_to_end
