@@ -87,10 +87,10 @@ void Checker::CheckDocument(Document* document) {
 
 void Checker::CheckImports(const Document& document) {
     for (const Import& import : document.imports) {
-        const size_t before = mDiagnostics->Messages().size();
-        if (mTree->Find(import.name) == nullptr && mDiagnostics->Messages().size() == before) {
+        if (mTree->Find(import.name) == nullptr && !mTree->IsReported(document, import.name)) {
             Fail(import.position, "cannot find the import " + import.name +
                                           " (searched: " + mTree->RootList() + ")");
+            mTree->MarkReported(import.name);
         }
     }
 }

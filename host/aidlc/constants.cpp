@@ -87,6 +87,9 @@ const Enumerator* ConstantEvaluator::FindEnumerator(const Expression& reference,
     const std::string type =
             dot == std::string::npos ? document.declaration.name : reference.text.substr(0, dot);
     *owner = mTree->Lookup(document, type);
+    if (*owner == nullptr && mTree->IsReported(document, type)) {
+        return nullptr;
+    }
     if (*owner == nullptr) {
         Fail(reference.position, "unknown type '" + type + "': import it or check the spelling");
         return nullptr;

@@ -65,9 +65,9 @@ Declaration* SourceTree::Read(const std::string& path, const std::string& text) 
 }
 
 Declaration* SourceTree::Find(const std::string& canonicalName) {
-    const auto found = mByName.find(canonicalName);
-    if (found != mByName.end()) {
-        return found->second;
+    const auto known = mByName.find(canonicalName);
+    if (known != mByName.end()) {
+        return known->second;
     }
     mByName[canonicalName] = nullptr;
     for (const std::string& root : mRoots) {
@@ -75,25 +75,35 @@ Declaration* SourceTree::Find(const std::string& canonicalName) {
         std::string text;
         std::string ignored;
         if (ReadFile(path, &text, &ignored)) {
-            return Read(path, text);
+            Declaration* const found = Read(path, text);
+            if (found == nullptr) {
+                MarkReported(canonicalName);
+            }
+            return found;
         }
     }
     return nullptr;
 }
 
-Declaration* SourceTree::Lookup(const Document& document, const std::string& name) {
+std::string SourceTree::CanonicalName(const Document& document, const std::string& name) const {
     if (name.find('.') != std::string::npos) {
-        return Find(name);
-    }
-    if (document.declaration.name == name) {
-        return Find(document.declaration.CanonicalName());
+        return name;
     }
     for (const Import& import : document.imports) {
-        if (EndsWithPath(RelativePath(import.name), name + ".aidl")) {
-            return Find(import.name);
+        if (name != document.declaration.name &&
+            EndsWithPath(RelativePath(import.name), name + ".aidl")) {
+            return import.name;
         }
     }
-    return Find(document.package + "." + name);
+    return document.package + "." + name;
+}
+
+Declaration* SourceTree::Lookup(const Document& document, const std::string& name) {
+    return Find(CanonicalName(document, name));
+}
+
+bool SourceTree::IsReported(const Document& document, const std::string& name) const {
+    return mReported.count(CanonicalName(document, name)) != 0;
 }
 
 std::string SourceTree::RootList() const {

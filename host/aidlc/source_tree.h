@@ -3,6 +3,7 @@
 
 #include <map>
 #include <memory>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -27,6 +28,10 @@ class SourceTree {
     /** What a type name means inside a document; null, without a report, if it means nothing. */
     Declaration* Lookup(const Document& document, const std::string& name);
 
+    /** Whether a complaint about the type was made already, so that its uses need none. */
+    bool IsReported(const Document& document, const std::string& name) const;
+    void MarkReported(const std::string& canonicalName) { mReported.insert(canonicalName); }
+
     /** All documents read so far, in order of reading; grows while names are looked up. */
     const std::vector<std::unique_ptr<Document>>& Documents() const { return mDocuments; }
 
@@ -35,11 +40,13 @@ class SourceTree {
 
   private:
     Declaration* Read(const std::string& path, const std::string& text);
+    std::string CanonicalName(const Document& document, const std::string& name) const;
 
     std::vector<std::string> mRoots;
     Diagnostics* mDiagnostics;
     std::vector<std::unique_ptr<Document>> mDocuments;
     std::map<std::string, Declaration*> mByName;  // null: looked for in vain
+    std::set<std::string> mReported;
 };
 
 }  // namespace aidlc

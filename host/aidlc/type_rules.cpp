@@ -56,10 +56,9 @@ bool IsNumber(const Expression& value) {
 bool Checker::Resolve(const Document& document, TypeReference* type) {
     type->builtin = BuiltinByName(type->name);
     if (type->builtin == Builtin::None) {
-        const size_t before = mDiagnostics->Messages().size();
         type->declaration = mTree->Lookup(document, type->name);
         if (type->declaration == nullptr) {
-            if (mDiagnostics->Messages().size() == before) {
+            if (!mTree->IsReported(document, type->name)) {
                 Fail(type->position,
                      "unknown type '" + type->name + "': import it or check the spelling");
             }

@@ -1,0 +1,171 @@
+// What parses and still is no good AIDL: types, names, directions, imports.
+#include <gmock/gmock.h>
+
+#include "sources.h"
+
+namespace aidlc {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::UnorderedElementsAre;
+
+struct Case {
+    const char* text;
+    const char* message;
+};
+
+class RuleTest : public testing::TestWithParam<Case> {};
+
+TEST_P(RuleTest, SaysWhatIsWrongAndWhere) {
+    Sources sources;
+    sources.Add("a/P.aidl", "parcelable P { int x; }");
+    sources.Add("a/E.aidl", "enum E { ONE = 1 }");
+    sources.Add("a/IT.aidl", GetParam().text);
+    EXPECT_THAT(sources.Messages("a/IT.aidl"),
+                ElementsAre(std::string("a/IT.aidl:") + GetParam().message));
+    EXPECT_FALSE(sources.MadeFiles());
+}
+
+INSTANTIATE_TEST_SUITE_P(
+        Types, RuleTest,
+        testing::Values(Case{"parcelable IT { Strin s; }",
+                             "2:17: unknown type 'Strin': import it or check the spelling"},
+                        Case{"parcelable IT { void v; }", "2:17: a field cannot be void"},
+                        Case{"parcelable IT { void[] v; }", "2:17: there are no arrays of void"},
+                        Case{"parcelable IT { @nullable int v; }",
+                             "2:27: '@nullable' cannot be applied to int: it is never null"},
+                        Case{"parcelable IT { @nullable E v; }",
+                             "2:27: '@nullable' cannot be applied to E: it is never null"},
+                        Case{"parcelable IT { @utf8InCpp int v; }",
+                             "2:28: '@utf8InCpp' belongs to a String, not to int"},
+                        Case{"parcelable IT { List<int> v; }",
+                             "2:22: a List holds objects: write int[] instead"},
+                        Case{"parcelable IT { int[0] v; }",
+                             "2:21: an array of 0 elements: the size is 1 to 1048576"},
+                        Case{"parcelable IT { byte[1 << 21] v; }",
+                             "2:24: an array of 2097152 elements: the size is 1 to 1048576"},
+                        Case{"@VintfStability parcelable IT { P p; }",
+                             "2:33: 'P' is used by a @VintfStability type and must be one itself"},
+                        Case{"union IT {}", "2:7: union IT needs at least one member"},
+                        Case{"enum IT {}", "2:6: enum IT needs at least one enumerator"},
+                        Case{"parcelable IT { @nullable IT[] more; }",
+                             "2:32: parcelable IT contains itself"}));
+
+INSTANTIATE_TEST_SUITE_P(
+        Defaults, RuleTest,
+        testing::Values(
+                Case{"parcelable IT { byte b = 128; }", "2:26: the default 128 does not fit byte"},
+                Case{"parcelable IT { int i = 1L << 31; }",
+                     "2:28: the default 2147483648 does not fit int"},
+                Case{"parcelable IT { boolean b = 1; }",
+                     "2:29: the default is not a constant of type boolean"},
+                Case{"parcelable IT { String s = 'c'; }",
+                     "2:28: the default is not a constant of type String"},
+                Case{"parcelable IT { float f = ~1; }",
+                     "2:27: the default is not a constant of type float"},
+                Case{"parcelable IT { E e = 1; }",
+                     "2:23: the default of an enum is one of its enumerators"},
+                Case{"parcelable IT { E e = E.TWO; }", "2:23: enum E has no enumerator 'TWO'"},
+                Case{"parcelable IT { P p = P.x; }", "2:23: a field of type P takes no default"},
+                Case{"parcelable IT { int[2] i = {1}; }",
+                     "2:29: the default has 1 elements, the array 2"},
+                Case{"parcelable IT { int[] i = 1; }",
+                     "2:27: the default of an array is a list in braces"},
+                Case{"parcelable IT { @nullable String s = \"\"; }",
+                     "2:38: a @nullable field starts as null and takes no default"}));
+
+INSTANTIATE_TEST_SUITE_P(
+        Names, RuleTest,
+        testing::Values(
+                Case{"parcelable IT { int a; long a; }", "2:29: field 'a' is declared twice"},
+                Case{"enum IT { A, A }", "2:14: enumerator 'A' is declared twice"},
+                Case{"interface IT { void f(); int f(int a); }",
+                     "2:30: method 'f' is declared twice"},
+                Case{"interface IT { void f(int a, int a); }",
+                     "2:34: argument 'a' is declared twice"},
+                Case{"parcelable IT { int class; }",
+                     "2:21: 'class' is a C++ keyword and cannot name a field"},
+                Case{"parcelable IT { int _aidl_start; }",
+                     "2:21: '_aidl_start': names that start with _aidl_ are the compiler's own"},
+                Case{"parcelable IT { int descriptor; }",
+                     "2:21: 'descriptor' is a member of every generated class and cannot name a "
+                     "field"},
+                Case{"interface IT { void getInterfaceHash(); }",
+                     "2:21: 'getInterfaceHash' is a member of every generated interface and cannot "
+                     "name a method"}));
+
+INSTANTIATE_TEST_SUITE_P(
+        Methods, RuleTest,
+        testing::Values(
+                Case{"interface IT { void f(P p); }",
+                     "2:23: argument 'p' is an array or a parcelable: say in, out or inout"},
+                Case{"interface IT { void f(out int i); }",
+                     "2:27: argument 'i' of type int can only be in"},
+                Case{"interface IT { void f(inout String s); }",
+                     "2:29: argument 's' of type String can only be in"},
+                Case{"interface IT { void f(void v); }", "2:23: argument 'v' cannot be void"},
+                Case{"interface IT { oneway int f(); }",
+                     "2:23: oneway method 'f' must return void"},
+                Case{"oneway interface IT { void f(out P p); }",
+                     "2:34: oneway method 'f' cannot have the out argument 'p'"}));
+
+TEST(RulesTest, AllFaultsOfAFileAreReported) {
+    Sources sources;
+    sources.Add("a/T.aidl", "parcelable T {\n  Foo a;\n  Bar b;\n  int b;\n}");
+    EXPECT_THAT(sources.Messages("a/T.aidl"),
+                ElementsAre("a/T.aidl:3:3: unknown type 'Foo': import it or check the spelling",
+                            "a/T.aidl:4:3: unknown type 'Bar': import it or check the spelling",
+                            "a/T.aidl:5:7: field 'b' is declared twice"));
+}
+
+TEST(RulesTest, FaultsOfImportedFilesAreReportedThere) {
+    Sources sources;
+    sources.Add("a/T.aidl", "import b.U;\nparcelable T { U u; U v; b.U w; }");
+    sources.Add("b/U.aidl", "parcelable U { int i }");
+    EXPECT_THAT(sources.Messages("a/T.aidl"),
+                ElementsAre("b/U.aidl:2:22: expected ';' after a field, found '}'"));
+}
+
+TEST(RulesTest, MissingImportNamesTheFolders) {
+    Sources sources;
+    sources.Add("a/T.aidl", "import b.U;\nparcelable T { U u; }");
+    EXPECT_THAT(sources.Messages("a/T.aidl"),
+                ElementsAre("a/T.aidl:2:8: cannot find the import b.U (searched: )"));
+}
+
+TEST(RulesTest, ParcelablesMayNotContainEachOther) {
+    Sources sources;
+    sources.Add("a/T.aidl", "parcelable T { U u; }");
+    sources.Add("a/U.aidl", "union U { int i; T[] t; }");
+    EXPECT_THAT(sources.Messages("a/T.aidl"),
+                UnorderedElementsAre("a/T.aidl:2:12: parcelable T contains itself through U.t",
+                                     "a/U.aidl:2:7: union U contains itself through T.u"));
+}
+
+TEST(RulesTest, InterfacesMayReferToEachOther) {
+    Sources sources;
+    sources.Add("a/IOne.aidl", "interface IOne { ITwo other(IOne self); }");
+    sources.Add("a/ITwo.aidl", "interface ITwo { void set(IOne one, in a.P p); }");
+    sources.Add("a/P.aidl", "parcelable P { @nullable ITwo two; }");
+    EXPECT_THAT(sources.Messages("a/IOne.aidl"), IsEmpty());
+}
+
+TEST(RulesTest, InterfaceNamesStartWithI) {
+    Sources sources;
+    sources.Add("a/Foo.aidl", "interface Foo {}");
+    EXPECT_THAT(sources.Messages("a/Foo.aidl"),
+                ElementsAre("a/Foo.aidl:2:11: the name of an interface starts with 'I': IFoo"));
+}
+
+TEST(RulesTest, FileLiesWhereItsNameSays) {
+    Sources sources;
+    sources.AddRaw("a/T.aidl", "package b;\nparcelable T {}");
+    EXPECT_THAT(sources.Messages("a/T.aidl"),
+                ElementsAre("a/T.aidl:2:12: type b.T belongs in a file b/T.aidl"));
+    EXPECT_THAT(sources.Messages("a/None.aidl"),
+                ElementsAre("a/None.aidl:1:1: cannot read a/None.aidl: No such file or directory"));
+}
+
+}  // namespace
+}  // namespace aidlc

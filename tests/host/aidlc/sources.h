@@ -1,0 +1,82 @@
+// A folder of .aidl files written by a test, and what the compiler says about it.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "host/aidlc/compile.h"
+#include "host/aidlc/files.h"
+
+namespace aidlc {
+
+class Sources {
+  public:
+    Sources() {
+        std::string pattern =
+                (std::filesystem::temp_directory_path() / "aidlc_test.XXXXXX").string();
+        EXPECT_NE(mkdtemp(pattern.data()), nullptr);
+        mRoot = pattern;
+    }
+    ~Sources() {
+        std::error_code ignored;
+        std::filesystem::remove_all(mRoot, ignored);
+    }
+    Sources(const Sources&) = delete;
+    Sources& operator=(const Sources&) = delete;
+
+    const std::string& Root() const { return mRoot; }
+
+    /** Writes a/b/Name.aidl with its package line already there, so that text starts in line 2. */
+    void Add(const std::string& path, const std::string& text) {
+        std::string package = path.substr(0, path.rfind('/'));
+        for (char& c : package) {
+            c = c == '/' ? '.' : c;
+        }
+        AddRaw(path, "package " + package + ";\n" + text);
+    }
+
+    void AddRaw(const std::string& path, const std::string& text) {
+        std::string error;
+        ASSERT_TRUE(WriteFile(mRoot + "/" + path, text, &error)) << error;
+    }
+
+    /** Compiles one of the files; the root is the only -I folder. Messages lose the root's name. */
+    std::vector<std::string> Messages(const std::string& path) {
+        Options options;
+        options.roots = {mRoot};
+        options.files = {mRoot + "/" + path};
+        Diagnostics diagnostics;
+        mFiles = Compile(options, &diagnostics);
+        std::vector<std::string> messages;
+        for (std::string message : diagnostics.Messages()) {
+            for (size_t at = message.find(mRoot); at != std::string::npos;
+                 at = message.find(mRoot)) {
+                message.erase(at, mRoot.size() + (message[at + mRoot.size()] == '/' ? 1 : 0));
+            }
+            messages.push_back(message);
+        }
+        return messages;
+    }
+
+    /** Text of a file that the last Messages() made; empty if there is none. */
+    std::string Generated(const std::string& path) const {
+        for (const GeneratedFile& file : mFiles) {
+            if (file.path == path) {
+                return file.text;
+            }
+        }
+        return "";
+    }
+
+    bool MadeFiles() const { return !mFiles.empty(); }
+
+  private:
+    std::string mRoot;
+    std::vector<GeneratedFile> mFiles;
+};
+
+}  // namespace aidlc
