@@ -1,0 +1,32 @@
+// Which incoming call, if any, the current thread serves.
+#pragma once
+
+#include <sys/types.h>
+
+#include <cstdint>
+
+namespace hostbinder {
+
+struct CallContext {
+    bool handling = false;
+    uid_t uid = 0;
+    pid_t pid = 0;
+    uint64_t chain = 0;  // 0: none (no call, or a oneway call)
+};
+
+// The current thread's.
+const CallContext& callContext();
+
+// Sets the context for the lifetime of the object, then restores the one before.
+class ScopedCallContext {
+  public:
+    explicit ScopedCallContext(const CallContext& context);
+    ~ScopedCallContext();
+    ScopedCallContext(const ScopedCallContext&) = delete;
+    ScopedCallContext& operator=(const ScopedCallContext&) = delete;
+
+  private:
+    const CallContext mOuter;
+};
+
+}  // namespace hostbinder

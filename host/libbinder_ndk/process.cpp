@@ -1,0 +1,41 @@
+// ABinderProcess: the process's thread pool.
+#include <android/binder_process.h>
+
+#include <cstdlib>
+
+#include "log.h"
+#include "thread_pool.h"
+
+using hostbinder::ThreadPool;
+
+void ABinderProcess_startThreadPool(void) {
+    ThreadPool::instance().start();
+}
+
+bool ABinderProcess_setThreadPoolMaxThreadCount(uint32_t numThreads) {
+    if (!ThreadPool::instance().setMaxThreads(numThreads)) {
+        BINDER_LOGE("the pool is started: its maximum cannot be lowered to %u", numThreads);
+        abort();
+    }
+    return true;
+}
+
+bool ABinderProcess_isThreadPoolStarted(void) {
+    return ThreadPool::instance().isStarted();
+}
+
+void ABinderProcess_joinThreadPool(void) {
+    ThreadPool::instance().join();
+}
+
+binder_status_t ABinderProcess_setupPolling(int* fd) {
+    const int pollFd = ThreadPool::instance().pollDescriptor();
+    if (pollFd < 0) return STATUS_NO_MEMORY;
+    *fd = pollFd;
+    return STATUS_OK;
+}
+
+binder_status_t ABinderProcess_handlePolledCommands(void) {
+    ThreadPool::instance().runQueued();
+    return STATUS_OK;
+}

@@ -1,0 +1,113 @@
+// The pool of threads that serve incoming calls.
+#include "thread_pool.h"
+
+#include <sys/eventfd.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+#include <utility>
+
+#include "log.h"
+#include "threads.h"
+
+namespace hostbinder {
+
+ThreadPool& ThreadPool::instance() {
+    static ThreadPool* const pool = new ThreadPool;
+    return *pool;
+}
+
+void ThreadPool::submit(std::unique_ptr<Work> work) {
+    std::lock_guard<std::mutex> lock(mMutex);
+    mQueue.push_back(std::move(work));
+    if (mPollFd >= 0) {
+        const uint64_t one = 1;
+        if (write(mPollFd, &one, sizeof(one)) < 0) {
+            BINDER_LOGW("cannot signal waiting work: %s", strerror(errno));
+        }
+    }
+    if (mIdle > 0) mWorkWaits.notify_one();
+    growLocked();
+}
+
+void ThreadPool::growLocked() {
+    // Without a serving thread nobody asked for calls to be served yet.
+    if (mServing > 0 && mQueue.size() > mIdle && mExtraThreads < mMaxThreads) {
+        ++mExtraThreads;
+        startThreadLocked();
+    }
+}
+
+void ThreadPool::startThreadLocked() {
+    ++mServing;
+    if (!startThread("binder", [this]() { serve(); })) --mServing;
+}
+
+void ThreadPool::start() {
+    std::lock_guard<std::mutex> lock(mMutex);
+    if (mStarted) return;
+    mStarted = true;
+    startThreadLocked();
+}
+
+bool ThreadPool::isStarted() {
+    std::lock_guard<std::mutex> lock(mMutex);
+    return mStarted;
+}
+
+bool ThreadPool::setMaxThreads(uint32_t count) {
+    std::lock_guard<std::mutex> lock(mMutex);
+    if (mStarted && count < mMaxThreads) return false;
+    mMaxThreads = count;
+    return true;
+}
+
+void ThreadPool::join() {
+    {
+        std::lock_guard<std::mutex> lock(mMutex);
+        ++mServing;
+    }
+    serve();
+}
+
+void ThreadPool::serve() {
+    std::unique_lock<std::mutex> lock(mMutex);
+    while (true) {
+        ++mIdle;
+        // Unbounded on purpose: a served process is idle between calls.
+        mWorkWaits.wait(lock, [this]() { return !mQueue.empty(); });
+        --mIdle;
+        std::unique_ptr<Work> work = std::move(mQueue.front());
+        mQueue.pop_front();
+        if (!mQueue.empty()) growLocked();
+        lock.unlock();
+        work->run();
+        work.reset();
+        lock.lock();
+    }
+}
+
+int ThreadPool::pollDescriptor() {
+    std::lock_guard<std::mutex> lock(mMutex);
+    if (mPollFd < 0) mPollFd = eventfd(mQueue.empty() ? 0 : 1, EFD_CLOEXEC | EFD_NONBLOCK);
+    return mPollFd;
+}
+
+void ThreadPool::runQueued() {
+    std::unique_lock<std::mutex> lock(mMutex);
+    uint64_t signalled = 0;
+    if (mPollFd >= 0 && read(mPollFd, &signalled, sizeof(signalled)) < 0 && errno != EAGAIN) {
+        BINDER_LOGW("cannot read the signal of waiting work: %s", strerror(errno));
+    }
+    while (!mQueue.empty()) {
+        std::unique_ptr<Work> work = std::move(mQueue.front());
+        mQueue.pop_front();
+        lock.unlock();
+        work->run();
+        work.reset();
+        lock.lock();
+    }
+}
+
+}  // namespace hostbinder
