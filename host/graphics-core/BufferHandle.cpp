@@ -168,4 +168,14 @@ Outcome duplicateBuffer(const native_handle_t* raw, UniqueHandle* outHandle, Buf
     return {};
 }
 
+Outcome checkFits(const BufferInfo& info, const BufferDescription& description, uint32_t stride) {
+    const BufferDescription& own = info.description;
+    const bool fits = own.width == description.width && own.height == description.height &&
+                      own.layerCount == description.layerCount &&
+                      own.format == description.format && description.reservedSize == 0 &&
+                      (description.usage & ~own.usage) == 0 && stride == info.layout.stride;
+    return fits ? Outcome{}
+                : failure(BufferError::kBadValue, "the buffer was allocated as another one");
+}
+
 }  // namespace graphics

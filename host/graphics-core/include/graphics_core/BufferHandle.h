@@ -58,4 +58,8 @@ Outcome checkBuffer(const HandleIntegers& integers, int fd, BufferInfo* out);
 // `raw` stays the caller's. kBadBuffer, or kNoResources without descriptors left.
 Outcome duplicateBuffer(const native_handle_t* raw, UniqueHandle* outHandle, BufferInfo* outInfo);
 
+// Whether a buffer can be used as one that was allocated with `description` and got `stride`:
+// kBadValue when it has another shape or lacks a usage.
+Outcome checkFits(const BufferInfo& info, const BufferDescription& description, uint32_t stride);
+
 }  // namespace graphics

@@ -1,0 +1,47 @@
+// Descriptions and handles that several tests use, and counts of what a process holds.
+#pragma once
+
+#include <dirent.h>
+#include <graphics_core/BufferHandle.h>
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <string>
+
+namespace graphics {
+
+inline BufferDescription describe(int32_t format, uint32_t width, uint32_t height) {
+    return {"", width, height, 1, format, 3, 0};
+}
+
+inline UniqueHandle create(const BufferDescription& description) {
+    UniqueHandle handle;
+    const Outcome created = createBuffer(description, &handle);
+    EXPECT_TRUE(created.ok()) << created.reason;
+    return handle;
+}
+
+inline UniqueHandle createNv12() {
+    return create(describe(kFormatYcbcr420, 640, 480));
+}
+
+// Descriptors that this process has open.
+inline int openDescriptors() {
+    DIR* folder = opendir("/proc/self/fd");
+    int count = 0;
+    while (readdir(folder) != nullptr) ++count;
+    closedir(folder);
+    return count;
+}
+
+// Mappings of buffers in this process.
+inline int bufferMappings() {
+    std::ifstream maps("/proc/self/maps");
+    int count = 0;
+    for (std::string line; std::getline(maps, line);) {
+        if (line.find("memfd:graphics_buffer") != std::string::npos) ++count;
+    }
+    return count;
+}
+
+}  // namespace graphics
