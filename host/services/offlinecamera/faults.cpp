@@ -25,6 +25,9 @@ using ::aidl::vendor::zel::hardware::camera::offlinecamera::OfflineStreamBufferR
 constexpr int64_t kForeignBufferId = 0x7eadbeef;
 constexpr int32_t kForeignFrameOffset = 1000;
 
+// Enough for the answer of a call to reach a client on a busy machine.
+constexpr std::chrono::milliseconds kAnswerTime(300);
+
 // What a "small" file shows: in the worst case far below 262152 bytes.
 constexpr uint32_t kSmallWidth = 320;
 constexpr uint32_t kSmallHeight = 240;
@@ -138,8 +141,11 @@ ndk::ScopedAStatus FaultInjector::AtProcess() const {
 
 void FaultInjector::BeforeFrame(const std::shared_ptr<IOfflineCameraCallback>& client,
                                 const ::android::sp<ImportedBuffer::IMapper>& mapper,
-                                const Stream& stream) const {
-    if (Has(Fault::kDieAfterProcess)) Die("before the shutter");
+                                const Stream& stream, const StopSignal& stop) const {
+    if (Has(Fault::kDieAfterProcess)) {
+        stop.WaitFor(kAnswerTime);
+        Die("before the shutter");
+    }
     if (Has(Fault::kEmptyCallbacks)) CallWithNothing(*client);
     if (Has(Fault::kReturnUnknown)) ReturnStreamBuffers(*client, stream.id, {kForeignBufferId});
     if (Has(Fault::kLend) || Has(Fault::kReturnTwice)) BorrowAndReturn(client, mapper, stream);

@@ -40,8 +40,8 @@ class FaultInjector {
 
     // On the session's thread.
     void BeforeFrame(const std::shared_ptr<IOfflineCameraCallback>& client,
-                     const ::android::sp<ImportedBuffer::IMapper>& mapper,
-                     const Stream& stream) const;
+                     const ::android::sp<ImportedBuffer::IMapper>& mapper, const Stream& stream,
+                     const StopSignal& stop) const;
     bool ShutterComesLast() const { return Has(Fault::kResultFirst); }
     void AlterMessages(std::vector<NotifyMsg>* messages) const;
     void AlterResults(std::vector<OfflineCaptureResult>* results, const StopSignal& stop) const;

@@ -71,7 +71,7 @@ OfflineCaptureResult MakeResult(const Request& request, BufferStatus status) {
 
 void FrameRunner::Run(Request& request, const StopSignal& stop) const {
     if (stop.WaitFor(kShutterDelay)) return;
-    mFaults->BeforeFrame(mClient, mMapper, request.streams->inputs[0]);
+    mFaults->BeforeFrame(mClient, mMapper, request.streams->inputs[0], stop);
     const int64_t timestamp = Nanoseconds();
     const auto sendShutter = [&] { Notify({MakeShutter(request.frameNumber, timestamp)}, stop); };
     if (!mFaults->ShutterComesLast()) sendShutter();

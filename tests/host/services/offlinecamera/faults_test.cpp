@@ -119,9 +119,10 @@ TEST_F(FaultTest, CallsFailOrGiveNoSession) {
         FaultInjector injector;
         ASSERT_EQ(injector.Add(fault), "");
         const auto service = ndk::SharedRefBase::make<OfflineCameraService>(TestMapper(), injector);
-        const auto status = service->openOfflineSession("test", mClient, &mSession);
+        std::shared_ptr<IOfflineCameraSession> session;
+        const auto status = service->openOfflineSession("test", mClient, &session);
         EXPECT_EQ(status.isOk(), std::string(fault) == "open-null");
-        EXPECT_EQ(mSession, nullptr);
+        EXPECT_EQ(session, nullptr);
     }
 }
 
