@@ -55,9 +55,14 @@ bool checkEntry(const camera_metadata& header, uint32_t index, const BufferEntry
     if (entry.type >= NUM_TYPES) {
         return invalid("entry %u (tag 0x%08x) has unknown type %u", index, entry.tag, entry.type);
     }
+    // A block made on a device holds tags that this library has no table of: vendor tags and most
+    // of the platform's. Only a tag outside every section is wrong for certain.
     const int tagType = get_camera_metadata_tag_type(entry.tag);
-    const bool isVendorTag = entry.tag >= static_cast<uint32_t>(VENDOR_SECTION_START);
-    if (tagType != entry.type && !isVendorTag) {
+    const uint32_t section = entry.tag >> 16;
+    if (tagType == -1 && section >= ANDROID_SECTION_COUNT && section < VENDOR_SECTION) {
+        return invalid("entry %u has tag 0x%08x, which is in no section", index, entry.tag);
+    }
+    if (tagType != -1 && tagType != entry.type) {
         return invalid("entry %u (tag 0x%08x) has type %u, not its tag's %d", index, entry.tag,
                        entry.type, tagType);
     }
