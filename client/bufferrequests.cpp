@@ -3,6 +3,8 @@
 #include <aidl/android/hardware/camera/device/StreamBuffersVal.h>
 
 #include <algorithm>
+#include <mutex>
+#include <unordered_map>
 #include <utility>
 
 #include "gralloc/clientlog.h"

@@ -2,6 +2,7 @@
 
 #include <aidlcommonsupport/NativeHandle.h>
 #include <gralloctypes/Gralloc4.h>
+#include <hidl/HidlSupport.h>
 
 #include <utility>
 

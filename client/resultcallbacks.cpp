@@ -2,6 +2,9 @@
 
 #include <system/camera_metadata.h>
 
+#include <mutex>
+#include <utility>
+
 #include "gralloc/clientlog.h"
 #include "offlinecameracallbacks.h"
 

@@ -1,6 +1,8 @@
 // Submits the request and waits for its shutter and its result.
 
 #include <chrono>
+#include <condition_variable>
+#include <mutex>
 
 #include "gralloc/clientlog.h"
 #include "vexofflinecameraclient.h"
@@ -73,12 +75,20 @@ void OfflineCameraClient::WaitCaptureResultCompleted() {
     }
 }
 
+// A shutter that is there before the wait leaves no "received" line, as a result does.
 bool OfflineCameraClient::WaitForShutter(int32_t frameNumber, uint32_t timeout_ms) {
     std::unique_lock<std::mutex> lock(m_resultLock);
     CLIENT_LOGI("WaitForShutter frame %d time %d", frameNumber, timeout_ms);
-    const bool received = m_resultCondition.wait_for(
-            lock, std::chrono::milliseconds(timeout_ms),
-            [this, frameNumber] { return IsShutterReceivedLocked(frameNumber); });
+    if (IsShutterReceivedLocked(frameNumber)) {
+        return true;
+    }
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(timeout_ms);
+    bool received = false;
+    bool timedOut = false;
+    while (!received && !timedOut) {
+        timedOut = m_resultCondition.wait_until(lock, deadline) == std::cv_status::timeout;
+        received = IsShutterReceivedLocked(frameNumber);
+    }
     CLIENT_LOGI("WaitForShutter frame %d received %d", frameNumber, received);
     return received;
 }

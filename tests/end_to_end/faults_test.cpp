@@ -168,7 +168,7 @@ INSTANTIATE_TEST_SUITE_P(
                       {"convertFromAidl: input CameraMetadata is corrupt!",
                        "GetResultFrameInfo: result.end() pMetadata (nil)", kCompleted},
                       {}},
-                Fault{"empty-callbacks", End::Normal, 1, {kShutter, kCompleted}, {}}),
+                Fault{"empty-callbacks", End::Normal, 1, {kCompleted}, {}}),
         caseName);
 
 INSTANTIATE_TEST_SUITE_P(
