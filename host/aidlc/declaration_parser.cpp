@@ -99,7 +99,13 @@ bool Parser::ParseArgument(Method* method) {
         argument.direction = Argument::Direction::InOut;
     }
     Annotations annotations;
-    if (!ParseAnnotations(&annotations) || !ParseType(annotations, &argument.type) ||
+    if (!ParseAnnotations(&annotations)) {
+        return false;
+    }
+    if (Next().Is("in") || Next().Is("out") || Next().Is("inout")) {
+        return Fail("the direction '" + Next().text + "' stands before the annotations of a type");
+    }
+    if (!ParseType(annotations, &argument.type) ||
         !ParseName("the name of an argument", &argument.name, &argument.position)) {
         return false;
     }

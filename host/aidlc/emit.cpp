@@ -108,11 +108,11 @@ std::vector<std::string> MainIncludes(const Declaration& declaration) {
     return headers;
 }
 
-/** Interfaces may refer to each other in circles, so their names are there before the classes. */
+/** Interfaces make circles of headers possible, so names are declared before the classes. */
 std::string ForwardDeclarations(const Declaration& declaration) {
     std::set<std::string> lines;
     for (const auto& [header, reference] : References(declaration)) {
-        if (reference->kind == Declaration::Kind::Interface) {
+        if (reference->kind != Declaration::Kind::Enum) {
             lines.insert("namespace " + CppNamespace(*reference) + " { class " + reference->name +
                          "; }\n");
         }

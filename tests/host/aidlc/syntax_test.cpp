@@ -51,6 +51,8 @@ INSTANTIATE_TEST_SUITE_P(
                 Case{"enum T { A B }", "2:12: expected ',' or '}' after an enumerator, found 'B'"},
                 Case{"enum T { A = }", "2:14: expected a constant value, found '}'"},
                 Case{"interface T { void f(in int a,); }", "2:31: expected an argument after ','"},
+                Case{"interface T { void f(@nullable in T t); }",
+                     "2:32: the direction 'in' stands before the annotations of a type"},
                 Case{"interface T { void f() = 3; }",
                      "2:24: transaction numbers cannot be chosen: they follow the order of the "
                      "methods"},

@@ -1,0 +1,4 @@
+package standin.aidltest;
+
+parcelable Nothing {
+}

@@ -1,0 +1,7 @@
+package standin.aidltest;
+
+enum Tiny {
+    ZERO,
+    ONE,
+    MINUS = -1,
+}

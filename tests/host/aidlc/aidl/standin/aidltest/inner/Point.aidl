@@ -1,0 +1,6 @@
+package standin.aidltest.inner;
+
+parcelable Point {
+    int x;
+    int y;
+}
