@@ -1,0 +1,181 @@
+// The package's three interfaces: transaction codes, version and hash, and the bytes of requests.
+#include <aidl/vendor/zel/hardware/camera/offlinecamera/BnOfflineCameraCallback.h>
+#include <aidl/vendor/zel/hardware/camera/offlinecamera/BnOfflineCameraService.h>
+#include <aidl/vendor/zel/hardware/camera/offlinecamera/BnOfflineCameraSession.h>
+#include <aidl/vendor/zel/hardware/camera/offlinecamera/BpOfflineCameraCallback.h>
+#include <aidl/vendor/zel/hardware/camera/offlinecamera/BpOfflineCameraService.h>
+#include <aidl/vendor/zel/hardware/camera/offlinecamera/BpOfflineCameraSession.h>
+#include <gmock/gmock.h>
+
+#include "hex.h"
+
+namespace aidl::vendor::zel::hardware::camera::offlinecamera {
+namespace {
+
+using namespace ::aidl::android::hardware::camera::device;
+using testing::ElementsAre;
+
+/** What the far side of a proxy saw, and what it answers. */
+struct FarSide {
+    uint32_t code = 0;
+    Bytes body;  // behind the interface header
+    Bytes reply = Hex("00000000");
+};
+
+binder_status_t Record(AIBinder* binder, transaction_code_t code, const AParcel* in, AParcel* out) {
+    auto* far = static_cast<FarSide*>(AIBinder_getUserData(binder));
+    far->code = code;
+    const int32_t start = AParcel_getDataPosition(in);
+    const ndk::ScopedAParcel body(AParcel_create());
+    AParcel_appendFrom(in, body.get(), start, AParcel_getDataSize(in) - start);
+    far->body.resize(static_cast<size_t>(AParcel_getDataSize(body.get())));
+    // Fails for a body with objects, which is of no interest here.
+    if (AParcel_marshal(body.get(), far->body.data(), 0, far->body.size()) != STATUS_OK) {
+        far->body.clear();
+    }
+    const ndk::ScopedAParcel reply(AParcel_create());
+    AParcel_unmarshal(reply.get(), far->reply.data(), far->reply.size());
+    return AParcel_appendFrom(reply.get(), out, 0, AParcel_getDataSize(reply.get()));
+}
+
+/** A proxy whose far side records calls. Same descriptor, another class: as in another process. */
+template <typename Interface>
+std::shared_ptr<Interface> Proxy(FarSide* far) {
+    static const AIBinder_Class* const clazz = AIBinder_Class_define(
+            Interface::descriptor, [](void* args) { return args; }, [](void*) {}, Record);
+    return Interface::fromBinder(ndk::SpAIBinder(AIBinder_new(clazz, far)));
+}
+
+TEST(ServiceTest, NamesCodesVersion) {
+    using I = IOfflineCameraService;
+    EXPECT_STREQ(I::descriptor, "vendor.zel.hardware.camera.offlinecamera.IOfflineCameraService");
+    EXPECT_EQ(BnOfflineCameraService::makeServiceName("default"),
+              "vendor.zel.hardware.camera.offlinecamera.IOfflineCameraService/default");
+    static_assert(I::TRANSACTION_getSupportedOpModes == 1 && I::TRANSACTION_registerClient == 2 &&
+                  I::TRANSACTION_unregisterClient == 3 && I::TRANSACTION_openOfflineSession == 4);
+
+    FarSide far;
+    const std::shared_ptr<I> service = Proxy<I>(&far);
+    far.reply = Hex("00000000 02000000 00000000 05000000");
+    std::vector<int32_t> modes;
+    ASSERT_TRUE(service->getSupportedOpModes(&modes).isOk());
+    EXPECT_EQ(far.code, 1u);
+    EXPECT_THAT(modes, ElementsAre(0, 5));
+    ASSERT_TRUE(service->registerClient(1, nullptr).isOk());
+    EXPECT_EQ(far.code, 2u);
+    ASSERT_TRUE(service->unregisterClient(-2).isOk());
+    EXPECT_EQ(far.code, 3u);
+    EXPECT_EQ(ToHex(far.body), "feffffff");
+}
+
+TEST(SessionTest, NamesCodesBytes) {
+    using I = IOfflineCameraSession;
+    EXPECT_STREQ(I::descriptor, "vendor.zel.hardware.camera.offlinecamera.IOfflineCameraSession");
+    static_assert(I::TRANSACTION_configureOfflineStreams == 1 &&
+                  I::TRANSACTION_processOfflineRequest == 2 &&
+                  I::TRANSACTION_closeOfflineSession == 3);
+
+    FarSide far;
+    const std::shared_ptr<I> session = Proxy<I>(&far);
+    ASSERT_TRUE(session->configureOfflineStreams({}).isOk());
+    EXPECT_EQ(far.code, 1u);
+    // There, 24 bytes: empty string of 8, no stream, mode 0, no byte.
+    EXPECT_EQ(ToHex(far.body), ToHex(Hex("01000000 18000000 00000000 00000000"
+                                         "00000000 00000000 00000000")));
+    far.reply = Hex("00000000 2a000000");
+    int32_t frame = 0;
+    ASSERT_TRUE(session->processOfflineRequest({}, &frame).isOk());
+    EXPECT_EQ(far.code, 2u);
+    EXPECT_EQ(ToHex(far.body), "00000000");
+    EXPECT_EQ(frame, 42);
+    ASSERT_TRUE(session->closeOfflineSession().isOk());
+    EXPECT_EQ(far.code, 3u);
+    EXPECT_TRUE(far.body.empty());
+
+    // A failed call leaves the result alone; a reply that ends early is a transport failure.
+    far.reply = Hex("f8ffffff 00000000 00000000 00000000 07000000");
+    EXPECT_EQ(session->processOfflineRequest({}, &frame).getServiceSpecificError(), 7);
+    far.reply = Hex("00000000");
+    EXPECT_EQ(session->processOfflineRequest({}, &frame).getStatus(), STATUS_NOT_ENOUGH_DATA);
+    EXPECT_EQ(frame, 42);
+}
+
+TEST(CallbackTest, NamesCodesBytes) {
+    using I = IOfflineCameraCallback;
+    EXPECT_STREQ(I::descriptor, "vendor.zel.hardware.camera.offlinecamera.IOfflineCameraCallback");
+    static_assert(I::TRANSACTION_notify == 1 && I::TRANSACTION_processCaptureResult == 2 &&
+                  I::TRANSACTION_requestStreamBuffers == 3 &&
+                  I::TRANSACTION_returnStreamBuffers == 4);
+
+    FarSide far;
+    const std::shared_ptr<I> callback = Proxy<I>(&far);
+    ASSERT_TRUE(callback->notify({NotifyMsg()}).isOk());
+    EXPECT_EQ(far.code, 1u);
+    // One message, there; member 0, there, 16 bytes, all zero.
+    EXPECT_EQ(ToHex(far.body), ToHex(Hex("01000000 01000000 00000000 01000000 10000000"
+                                         "00000000 00000000 00000000")));
+    ASSERT_TRUE(callback->processCaptureResult({}).isOk());
+    EXPECT_EQ(far.code, 2u);
+    ASSERT_TRUE(callback->returnStreamBuffers({}).isOk());
+    EXPECT_EQ(far.code, 4u);
+
+    // No request; the answers' vector has two elements already. Reply: OK, FAILED_PARTIAL, none.
+    std::vector<OfflineStreamBufferRet> rets(2);
+    far.reply = Hex("00000000 01000000 00000000");
+    BufferRequestStatus status = BufferRequestStatus::OK;
+    ASSERT_TRUE(callback->requestStreamBuffers({}, &rets, &status).isOk());
+    EXPECT_EQ(far.code, 3u);
+    EXPECT_EQ(ToHex(far.body), "00000000 02000000");
+    EXPECT_EQ(status, BufferRequestStatus::FAILED_PARTIAL);
+    EXPECT_TRUE(rets.empty());
+}
+
+template <typename Interface>
+void ExpectVersion(const std::shared_ptr<Interface>& object) {
+    const std::string kHash = "87f0e9b47542c7bda9575afb3ff460ba1887dfd8";
+    EXPECT_EQ(Interface::version, 1);
+    EXPECT_EQ(Interface::hash, kHash);
+    int32_t version = 0;
+    std::string hash;
+    ASSERT_TRUE(object->getInterfaceVersion(&version).isOk());
+    ASSERT_TRUE(object->getInterfaceHash(&hash).isOk());
+    EXPECT_EQ(version, 1);
+    EXPECT_EQ(hash, kHash);
+}
+
+class Session : public BnOfflineCameraSession {
+    ndk::ScopedAStatus configureOfflineStreams(const OfflineSessionConfigureInfo&) override {
+        return ndk::ScopedAStatus::ok();
+    }
+    ndk::ScopedAStatus processOfflineRequest(const std::vector<OfflineRequestInfo>&,
+                                             int32_t*) override {
+        return ndk::ScopedAStatus::ok();
+    }
+    ndk::ScopedAStatus closeOfflineSession() override { return ndk::ScopedAStatus::ok(); }
+};
+
+TEST(VersionTest, EveryInterfaceAnswers) {
+    const auto session = ndk::SharedRefBase::make<Session>();
+    ExpectVersion<IOfflineCameraSession>(session);
+    ExpectVersion<IOfflineCameraSession>(
+            ndk::SharedRefBase::make<BpOfflineCameraSession>(session->asBinder()));
+    EXPECT_EQ(IOfflineCameraService::version, 1);
+    EXPECT_EQ(IOfflineCameraCallback::version, 1);
+    EXPECT_EQ(IOfflineCameraService::hash, IOfflineCameraSession::hash);
+    EXPECT_EQ(IOfflineCameraCallback::hash, IOfflineCameraSession::hash);
+
+    FarSide far;
+    const auto callback = Proxy<IOfflineCameraCallback>(&far);
+    far.reply = Hex("00000000 01000000");
+    int32_t version = 0;
+    ASSERT_TRUE(callback->getInterfaceVersion(&version).isOk());
+    EXPECT_EQ(far.code, 0x00ffffffu);
+    far.reply = Hex("00000000 01000000 61000000");
+    std::string hash;
+    ASSERT_TRUE(callback->getInterfaceHash(&hash).isOk());
+    EXPECT_EQ(far.code, 0x00fffffeu);
+    EXPECT_EQ(hash, "a");
+}
+
+}  // namespace
+}  // namespace aidl::vendor::zel::hardware::camera::offlinecamera

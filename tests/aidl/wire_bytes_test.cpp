@@ -1,0 +1,198 @@
+// The bytes of the package's records, written down from the wire layout: everything little endian
+// and padded to four bytes; a record is its size in bytes (with these four), then its fields; a
+// record as a field or element is preceded by 1; a string is its count of UTF-16 units, the units
+// and a NUL; an array is its length, then its elements.
+#include <aidl/android/hardware/camera/device/NotifyMsg.h>
+#include <aidl/vendor/zel/hardware/camera/offlinecamera/OfflineBufferRequest.h>
+#include <aidl/vendor/zel/hardware/camera/offlinecamera/OfflineCaptureResult.h>
+#include <aidl/vendor/zel/hardware/camera/offlinecamera/OfflineRequestInfo.h>
+#include <aidl/vendor/zel/hardware/camera/offlinecamera/OfflineSessionConfigureInfo.h>
+#include <aidl/vendor/zel/hardware/camera/offlinecamera/OfflineStreamBufferRet.h>
+#include <android/binder_auto_utils.h>
+#include <gtest/gtest.h>
+
+#include "hex.h"
+
+namespace aidl::vendor::zel::hardware::camera::offlinecamera {
+namespace {
+
+using namespace ::aidl::android::hardware::camera::device;
+using ::aidl::android::hardware::camera::metadata::RequestAvailableDynamicRangeProfilesMap;
+using ::aidl::android::hardware::camera::metadata::ScalerAvailableStreamUseCases;
+using ::aidl::android::hardware::camera::metadata::SensorPixelMode;
+using ::aidl::android::hardware::graphics::common::BufferUsage;
+using ::aidl::android::hardware::graphics::common::Dataspace;
+using ::aidl::android::hardware::graphics::common::PixelFormat;
+
+Stream MakeStream() {
+    Stream stream;
+    stream.id = 3;
+    stream.streamType = StreamType::INPUT;
+    stream.width = 4096;
+    stream.height = 3072;
+    stream.format = PixelFormat::RAW10;
+    stream.usage = BufferUsage::CAMERA_INPUT;
+    stream.dataSpace = Dataspace::JFIF;
+    stream.rotation = StreamRotation::ROTATION_90;
+    stream.bufferSize = 5;
+    stream.groupId = -1;
+    stream.sensorPixelModesUsed = {SensorPixelMode::ANDROID_SENSOR_PIXEL_MODE_MAXIMUM_RESOLUTION};
+    stream.dynamicRangeProfile = RequestAvailableDynamicRangeProfilesMap::
+            ANDROID_REQUEST_AVAILABLE_DYNAMIC_RANGE_PROFILES_MAP_STANDARD;
+    stream.useCase =
+            ScalerAvailableStreamUseCases::ANDROID_SCALER_AVAILABLE_STREAM_USE_CASES_VENDOR_START;
+    stream.colorSpace = 7;
+    return stream;
+}
+
+const char* const kStream =
+        "54000000"           // 84 bytes
+        "03000000 01000000"  // id, INPUT
+        "00100000 000c0000"  // 4096 x 3072
+        "25000000"           // RAW10
+        "00000400 00000000"  // 1 << 18
+        "0000c208"           // 0x8c20000
+        "01000000"           // 90 degrees
+        "00000000 00000000"  // no camera id: no units, NUL and padding
+        "05000000 ffffffff"  // buffer size, group
+        "01000000 01000000"  // one pixel mode
+        "01000000 00000000"  // STANDARD
+        "00000100 00000000"  // 0x10000
+        "07000000";          // colour space
+
+/** Without descriptors, whose form belongs to the transport. */
+StreamBuffer MakeBuffer() {
+    StreamBuffer buffer;
+    buffer.streamId = 3;
+    buffer.bufferId = 0x0102030405060708;
+    buffer.buffer.ints = {-1};
+    buffer.status = BufferStatus::ERROR;
+    return buffer;
+}
+
+const char* const kBuffer =
+        "48000000"                              // 72 bytes
+        "03000000"                              // stream
+        "08070605 04030201"                     // buffer id
+        "01000000"                              // the handle is there:
+        "10000000 00000000 01000000 ffffffff"   //   16 bytes, no descriptor, one integer
+        "01000000"                              // ERROR
+        "01000000 0c000000 00000000 00000000"   // empty acquire fence
+        "01000000 0c000000 00000000 00000000";  // empty release fence
+
+template <typename Record>
+void ExpectBytes(const Record& record, const std::string& hex) {
+    const Bytes expected = Hex(hex);
+    const ndk::ScopedAParcel written(AParcel_create());
+    ASSERT_EQ(record.writeToParcel(written.get()), STATUS_OK);
+    Bytes bytes(static_cast<size_t>(AParcel_getDataSize(written.get())));
+    ASSERT_EQ(AParcel_marshal(written.get(), bytes.data(), 0, bytes.size()), STATUS_OK);
+    EXPECT_EQ(ToHex(bytes), ToHex(expected));
+
+    const ndk::ScopedAParcel read(AParcel_create());
+    ASSERT_EQ(AParcel_unmarshal(read.get(), expected.data(), expected.size()), STATUS_OK);
+    ASSERT_EQ(AParcel_setDataPosition(read.get(), 0), STATUS_OK);
+    Record received;
+    ASSERT_EQ(received.readFromParcel(read.get()), STATUS_OK);
+    EXPECT_EQ(received, record) << received.toString();
+    EXPECT_EQ(AParcel_getDataPosition(read.get()), static_cast<int32_t>(expected.size()));
+}
+
+OfflineFrameInfo MakeFrame() {
+    OfflineFrameInfo frame;
+    frame.buffers.push_back(MakeBuffer());
+    frame.numPartialMetadata = 2;
+    frame.metadata = {0xca, 0xfe, 0x01};
+    return frame;
+}
+
+// 4 + (4 + 4 + 72) + 4 + (4 + 4) = 96
+const std::string kFrame = std::string("60000000 01000000 01000000") + kBuffer +
+                           "02000000"            // partial results
+                           "03000000 cafe0100";  // three bytes and one of padding
+
+const char* const kEmptyFrame = "10000000 00000000 00000000 00000000";
+
+TEST(WireBytesTest, EveryRecordOfThePackage) {
+    ExpectBytes(MakeStream(), kStream);
+    ASSERT_EQ(Hex(kStream).size(), 84u);
+    ExpectBytes(MakeBuffer(), kBuffer);
+    ExpectBytes(MakeFrame(), kFrame);
+    ExpectBytes(OfflineFrameInfo(), kEmptyFrame);
+
+    OfflineSessionConfigureInfo configure;
+    configure.cameraId = "a\u20ac";
+    configure.streams = {MakeStream()};
+    configure.opMode = 3;
+    configure.sessionParams = {1, 2, 3, 4};
+    // 4 + (4 + 8) + (4 + 4 + 84) + 4 + (4 + 4) = 120
+    ExpectBytes(configure, std::string("78000000"
+                                       "02000000 6100ac20 00000000"  // two units, NUL, padding
+                                       "01000000 01000000") +
+                                   kStream + "03000000 04000000 01020304");
+
+    OfflineRequestInfo request;
+    request.frameNumber = -1;
+    request.inFrameInfos.push_back(MakeFrame());
+    request.outputBuffers.push_back(MakeBuffer());
+    request.reserved = 0;
+    request.metadata = {0xff};
+    // 4 + 4 + (4 + 4 + 96) + (4 + 4 + 72) + 4 + (4 + 4) = 204
+    ExpectBytes(request, "cc000000 ffffffff 01000000 01000000" + kFrame + "01000000 01000000" +
+                                 kBuffer + "00000000 01000000 ff000000");
+
+    OfflineCaptureResult result;
+    result.frameNumber = 9;
+    result.outFrameInfo = MakeFrame();
+    // 4 + 4 + (4 + 96) + (4 + 16) = 128
+    ExpectBytes(result, "80000000 09000000 01000000" + kFrame + "01000000" + kEmptyFrame);
+
+    OfflineBufferRequest wanted;
+    wanted.stream = MakeStream();
+    wanted.numBuffersRequested = 1;
+    // 4 + (4 + 84) + 4 = 96
+    ExpectBytes(wanted, std::string("60000000 01000000") + kStream + "01000000");
+}
+
+TEST(WireBytesTest, UnionsHaveATagAndNoSize) {
+    OfflineStreamBufferRet none;
+    none.stream = MakeStream();
+    // 4 + (4 + 84) + (4 + 4 + 4) = 104; error is member 0, UNKNOWN_ERROR is 4
+    ExpectBytes(none, std::string("68000000 01000000") + kStream + "01000000 00000000 04000000");
+
+    OfflineStreamBufferRet lent;
+    lent.stream = MakeStream();
+    std::vector<StreamBuffer> buffers;
+    buffers.push_back(MakeBuffer());
+    lent.val.set<StreamBuffersVal::buffers>(std::move(buffers));
+    // 4 + (4 + 84) + (4 + 4 + 4 + 4 + 72) = 180; buffers is member 1
+    ExpectBytes(lent, std::string("b4000000 01000000") + kStream +
+                              "01000000 01000000 01000000 01000000" + kBuffer);
+
+    ShutterMsg shutter;
+    shutter.frameNumber = 1;
+    shutter.timestamp = 2;
+    shutter.readoutTimestamp = -2;
+    // member 1, there, 24 bytes; a long starts at any multiple of four
+    ExpectBytes(NotifyMsg(shutter),
+                "01000000 01000000 18000000 01000000 02000000 00000000 feffffff ffffffff");
+}
+
+TEST(WireBytesTest, RefusedCall) {
+    const ndk::ScopedAParcel parcel(AParcel_create());
+    const auto status =
+            ndk::ScopedAStatus::fromServiceSpecificErrorWithMessage(1, "ILLEGAL_ARGUMENT");
+    ASSERT_EQ(AParcel_writeStatusHeader(parcel.get(), status.get()), STATUS_OK);
+    Bytes bytes(static_cast<size_t>(AParcel_getDataSize(parcel.get())));
+    ASSERT_EQ(AParcel_marshal(parcel.get(), bytes.data(), 0, bytes.size()), STATUS_OK);
+    EXPECT_EQ(bytes.size(), 52u);
+    EXPECT_EQ(ToHex(bytes),
+              ToHex(Hex("f8ffffff"  // -8, service-specific
+                        "10000000 49004c00 4c004500 47004100 4c005f00"
+                        "         41005200 47005500 4d004500 4e005400 00000000"
+                        "00000000"      // no stack trace
+                        "01000000")));  // the error
+}
+
+}  // namespace
+}  // namespace aidl::vendor::zel::hardware::camera::offlinecamera
