@@ -15,10 +15,10 @@ struct Outcome {
     std::string output;  // standard output and standard error
 };
 
-/** @param environment assignments for this run */
+/** @param environment assignments for this run, which is ended after 30 s */
 Outcome RunService(const std::string& arguments, const std::string& environment = "") {
     const std::string command =
-            environment + " " + SERVICE_PROGRAM + " " + arguments + " 2>&1 </dev/null";
+            environment + " timeout 30 " + SERVICE_PROGRAM + " " + arguments + " 2>&1 </dev/null";
     FILE* pipe = popen(command.c_str(), "r");
     Outcome run = {-1, {}};
     if (pipe == nullptr) return run;
