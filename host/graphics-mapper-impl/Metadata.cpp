@@ -171,6 +171,13 @@ constexpr Encoder kEncoders[] = {
          }},
 };
 
+const Encoder* findEncoder(int64_t type) {
+    for (const Encoder& encoder : kEncoders) {
+        if (static_cast<int64_t>(encoder.kind.type) == type) return &encoder;
+    }
+    return nullptr;
+}
+
 }  // namespace
 
 const std::vector<MetadataKind>& supportedMetadata() {
@@ -191,17 +198,17 @@ MetadataType standardType(int64_t value) {
 
 Outcome encodeMetadata(const BufferInfo& info, bool allocated, const MetadataType& type,
                        MetadataBytes* out) {
-    const std::string name = type.name.c_str();
-    for (const Encoder& encoder : kEncoders) {
-        if (!gralloc4::isStandardMetadataType(type)) break;
-        if (static_cast<int64_t>(encoder.kind.type) != type.value) continue;
-        if (!allocated && encoder.kind.type == StandardMetadataType::BUFFER_ID) break;
-        if (encoder.encode(info, out) == ::android::NO_ERROR) return {};
-        return failure(BufferError::kNoResources,
-                       name + " " + std::to_string(type.value) + " cannot be encoded");
+    const std::string asked = std::string(type.name) + " " + std::to_string(type.value);
+    const Encoder* encoder =
+            gralloc4::isStandardMetadataType(type) ? findEncoder(type.value) : nullptr;
+    const bool needsBuffer = type.value == static_cast<int64_t>(StandardMetadataType::BUFFER_ID);
+    if (encoder == nullptr || (needsBuffer && !allocated)) {
+        return failure(BufferError::kUnsupported, "there is no metadata of type " + asked);
     }
-    return failure(BufferError::kUnsupported,
-                   "there is no metadata of type " + name + " " + std::to_string(type.value));
+    if (encoder->encode(info, out) != ::android::NO_ERROR) {
+        return failure(BufferError::kNoResources, "cannot encode metadata of type " + asked);
+    }
+    return {};
 }
 
 }  // namespace graphics

@@ -1,0 +1,273 @@
+// The mapper 4.0 library, found by name as its clients find it.
+#include <android/hardware/graphics/mapper/4.0/IMapper.h>
+#include <fcntl.h>
+#include <gralloctypes/Gralloc4.h>
+#include <gtest/gtest.h>
+#include <sys/eventfd.h>
+#include <unistd.h>
+
+#include <cstring>
+
+#include "tests/host/graphics-core/buffers.h"
+
+namespace graphics {
+namespace {
+
+namespace gralloc4 = ::android::gralloc4;
+using ::android::sp;
+using ::android::hardware::hidl_handle;
+using ::android::hardware::hidl_vec;
+using ::android::hardware::graphics::mapper::V4_0::Error;
+using ::android::hardware::graphics::mapper::V4_0::IMapper;
+using HidlFormat = ::android::hardware::graphics::common::V1_2::PixelFormat;
+
+constexpr uint64_t kRead = 3;
+
+class HidlMapperTest : public testing::Test {
+  protected:
+    void SetUp() override {
+        mMapper = IMapper::getService();
+        ASSERT_NE(mMapper, nullptr) << "STANDIN_HAL_PATH must name the folder of the library";
+        mRaw = createNv12();
+    }
+
+    void TearDown() override {
+        if (mBuffer != nullptr) EXPECT_EQ(free(mBuffer), Error::NONE);
+    }
+
+    Error import(const native_handle_t* raw) {
+        Error result = Error::NO_RESOURCES;
+        mMapper->importBuffer(hidl_handle(raw), [&](Error error, void* buffer) {
+            result = error;
+            mBuffer = buffer;
+        });
+        return result;
+    }
+
+    Error free(void* buffer) { return mMapper->freeBuffer(buffer); }
+
+    Error lock(void* buffer, uint64_t usage, const IMapper::Rect& region,
+               const native_handle_t* fence = nullptr) {
+        Error result = Error::NO_RESOURCES;
+        mMapper->lock(buffer, usage, region, hidl_handle(fence), [&](Error error, void* data) {
+            result = error;
+            mData = static_cast<uint8_t*>(data);
+        });
+        EXPECT_EQ(result == Error::NONE, mData != nullptr);
+        return result;
+    }
+
+    Error unlock(void* buffer) {
+        Error result = Error::NO_RESOURCES;
+        mMapper->unlock(buffer, [&](Error error, const hidl_handle& fence) {
+            result = error;
+            EXPECT_EQ(fence.getNativeHandle(), nullptr);
+        });
+        return result;
+    }
+
+    static IMapper::BufferDescriptorInfo nv12Info() {
+        IMapper::BufferDescriptorInfo info{};
+        info.width = 640;
+        info.height = 480;
+        info.layerCount = 1;
+        info.format = HidlFormat::YCBCR_420_888;
+        info.usage = kRead;
+        return info;
+    }
+
+    sp<IMapper> mMapper;
+    UniqueHandle mRaw;
+    void* mBuffer = nullptr;
+    uint8_t* mData = nullptr;
+};
+
+TEST_F(HidlMapperTest, BufferLivesFromImportToFree) {
+    const int descriptors = openDescriptors();
+    ASSERT_EQ(import(mRaw.get()), Error::NONE);
+    EXPECT_NE(mBuffer, mRaw.get());
+    ASSERT_EQ(lock(mBuffer, kRead, {}), Error::NONE);
+    std::memset(mData, 7, 491'520);
+    EXPECT_EQ(mData[2 * 491'520 - 1], 0) << "the tail must be readable";
+    EXPECT_EQ(unlock(mBuffer), Error::NONE);
+    EXPECT_EQ(unlock(mBuffer), Error::BAD_BUFFER);
+
+    // Every mapper of this library knows the buffer, a second service look-up too.
+    EXPECT_EQ(IMapper::getService()->rereadLockedBuffer(mBuffer).withDefault(Error::NONE),
+              Error::BAD_BUFFER);  // known, but not locked
+    ASSERT_EQ(lock(mBuffer, kRead, {}), Error::NONE);
+    EXPECT_EQ(IMapper::getService()->rereadLockedBuffer(mBuffer).withDefault(Error::BAD_BUFFER),
+              Error::NONE);
+
+    EXPECT_EQ(free(mBuffer), Error::NONE);
+    EXPECT_EQ(free(mBuffer), Error::BAD_BUFFER);
+    mBuffer = nullptr;
+    EXPECT_EQ(openDescriptors(), descriptors);
+    EXPECT_EQ(bufferMappings(), 0);
+    char byte = 0;
+    EXPECT_EQ(pread(mRaw->data[0], &byte, 1, 491'519), 1);
+    EXPECT_EQ(byte, 7);
+}
+
+TEST_F(HidlMapperTest, HandlesThatLieAreNotImported) {
+    HandleIntegers integers = {};
+    ASSERT_TRUE(readIntegers(mRaw.get(), &integers));
+    integers.size *= 2;
+    writeIntegers(integers, mRaw.get());
+    EXPECT_EQ(import(mRaw.get()), Error::BAD_BUFFER);
+    EXPECT_EQ(mBuffer, nullptr);
+    EXPECT_EQ(import(nullptr), Error::BAD_BUFFER);
+}
+
+TEST_F(HidlMapperTest, LockRefusesBadArguments) {
+    ASSERT_EQ(import(mRaw.get()), Error::NONE);
+    EXPECT_EQ(lock(nullptr, kRead, {}), Error::BAD_BUFFER);
+    EXPECT_EQ(lock(mRaw.get(), kRead, {}), Error::BAD_BUFFER) << "raw handles are not locked";
+    EXPECT_EQ(lock(mBuffer, 0, {}), Error::BAD_VALUE);
+    constexpr int32_t kLargest = 0x7fffffff;
+    for (const IMapper::Rect& region :
+         {IMapper::Rect{0, 0, 640, 481}, IMapper::Rect{1, 0, 640, 480}, IMapper::Rect{5, 5, 0, 0},
+          IMapper::Rect{0, 0, 640, 0}, IMapper::Rect{10, 10, -5, -5},
+          IMapper::Rect{kLargest, kLargest, kLargest, kLargest},
+          // Right and bottom edge are zero: not the whole buffer.
+          IMapper::Rect{-640, -480, 640, 480}}) {
+        EXPECT_EQ(lock(mBuffer, kRead, region), Error::BAD_VALUE);
+    }
+    EXPECT_EQ(lock(mBuffer, kRead, {600, 400, 40, 80}), Error::NONE);
+}
+
+TEST_F(HidlMapperTest, LockTakesAFenceOfOneDescriptor) {
+    ASSERT_EQ(import(mRaw.get()), Error::NONE);
+    native_handle_t* fence = native_handle_create(1, 0);
+    fence->data[0] = eventfd(1, EFD_CLOEXEC);
+    EXPECT_EQ(lock(mBuffer, kRead, {}, fence), Error::NONE);
+    EXPECT_EQ(fcntl(fence->data[0], F_GETFD), FD_CLOEXEC) << "the fence stays the caller's";
+    native_handle_close(fence);
+    native_handle_delete(fence);
+
+    native_handle_t* none = native_handle_create(0, 0);
+    EXPECT_EQ(lock(mBuffer, kRead, {}, none), Error::NONE);
+    native_handle_delete(none);
+
+    native_handle_t* two = native_handle_create(2, 0);
+    two->data[0] = two->data[1] = 0;
+    EXPECT_EQ(lock(mBuffer, kRead, {}, two), Error::BAD_VALUE);
+    native_handle_delete(two);
+}
+
+TEST_F(HidlMapperTest, DescriptorHoldsTheDescription) {
+    Error result = Error::NO_RESOURCES;
+    hidl_vec<uint8_t> bytes;
+    const auto create = [&](const IMapper::BufferDescriptorInfo& info) {
+        mMapper->createDescriptor(info, [&](Error error, const hidl_vec<uint8_t>& descriptor) {
+            result = error;
+            bytes = descriptor;
+        });
+        return result;
+    };
+    EXPECT_EQ(create(nv12Info()), Error::NONE);
+    IMapper::BufferDescriptorInfo decoded{};
+    ASSERT_EQ(gralloc4::decodeBufferDescriptorInfo(bytes, &decoded), ::android::NO_ERROR);
+    EXPECT_EQ(decoded.width, 640u);
+    EXPECT_EQ(decoded.format, HidlFormat::YCBCR_420_888);
+    EXPECT_EQ(decoded.usage, kRead);
+
+    IMapper::BufferDescriptorInfo empty = nv12Info();
+    empty.height = 0;
+    EXPECT_EQ(create(empty), Error::BAD_VALUE);
+    EXPECT_EQ(bytes.size(), 0u);
+}
+
+TEST_F(HidlMapperTest, TellsWhatIsSupportedAndWhatFits) {
+    const auto supported = [&](const IMapper::BufferDescriptorInfo& info) {
+        bool answer = false;
+        mMapper->isSupported(info, [&](Error error, bool value) {
+            EXPECT_EQ(error, Error::NONE);
+            answer = value;
+        });
+        return answer;
+    };
+    IMapper::BufferDescriptorInfo rgba = nv12Info();
+    rgba.format = HidlFormat::RGBA_8888;
+    EXPECT_TRUE(supported(nv12Info()));
+    EXPECT_FALSE(supported(rgba));
+
+    ASSERT_EQ(import(mRaw.get()), Error::NONE);
+    const auto validate = [&](const IMapper::BufferDescriptorInfo& info, uint32_t stride) {
+        return mMapper->validateBufferSize(mBuffer, info, stride).withDefault(Error::NO_RESOURCES);
+    };
+    EXPECT_EQ(validate(nv12Info(), 640), Error::NONE);
+    EXPECT_EQ(validate(nv12Info(), 641), Error::BAD_VALUE);
+    EXPECT_EQ(validate(rgba, 640), Error::BAD_VALUE);
+    IMapper::BufferDescriptorInfo larger = nv12Info();
+    larger.height = 481;  // would fit the allocation, but is another picture
+    EXPECT_EQ(validate(larger, 640), Error::BAD_VALUE);
+    IMapper::BufferDescriptorInfo camera = nv12Info();
+    camera.usage |= 1 << 17;
+    EXPECT_EQ(validate(camera, 640), Error::BAD_VALUE);
+
+    mMapper->getTransportSize(mBuffer, [&](Error error, uint32_t fds, uint32_t ints) {
+        EXPECT_EQ(error, Error::NONE);
+        EXPECT_EQ(fds, static_cast<uint32_t>(mRaw->numFds));
+        EXPECT_EQ(ints, static_cast<uint32_t>(mRaw->numInts));
+    });
+}
+
+TEST_F(HidlMapperTest, MetadataOfBuffersAndOfDescriptions) {
+    ASSERT_EQ(import(mRaw.get()), Error::NONE);
+    const auto size = [](const hidl_vec<uint8_t>& bytes) {
+        uint64_t value = 0;
+        EXPECT_EQ(gralloc4::decodeAllocationSize(bytes, &value), ::android::NO_ERROR);
+        return value;
+    };
+    mMapper->get(mBuffer, gralloc4::MetadataType_AllocationSize,
+                 [&](Error error, const hidl_vec<uint8_t>& bytes) {
+                     EXPECT_EQ(error, Error::NONE);
+                     EXPECT_EQ(size(bytes), 491'520u);
+                 });
+    mMapper->getFromBufferDescriptorInfo(nv12Info(), gralloc4::MetadataType_AllocationSize,
+                                         [&](Error error, const hidl_vec<uint8_t>& bytes) {
+                                             EXPECT_EQ(error, Error::NONE);
+                                             EXPECT_EQ(size(bytes), 491'520u);
+                                         });
+    mMapper->get(mBuffer, gralloc4::MetadataType_Smpte2086,
+                 [](Error error, const hidl_vec<uint8_t>& bytes) {
+                     EXPECT_EQ(error, Error::UNSUPPORTED);
+                     EXPECT_EQ(bytes.size(), 0u);
+                 });
+    mMapper->get(
+            mRaw.get(), gralloc4::MetadataType_Width,
+            [](Error error, const hidl_vec<uint8_t>&) { EXPECT_EQ(error, Error::BAD_BUFFER); });
+    EXPECT_EQ(mMapper->set(mBuffer, gralloc4::MetadataType_Dataspace, {}).withDefault(Error::NONE),
+              Error::UNSUPPORTED);
+    EXPECT_EQ(mMapper->set(nullptr, gralloc4::MetadataType_Dataspace, {}).withDefault(Error::NONE),
+              Error::BAD_BUFFER);
+}
+
+TEST_F(HidlMapperTest, DumpsAndListsAgree) {
+    ASSERT_EQ(import(mRaw.get()), Error::NONE);
+    size_t listed = 0;
+    mMapper->listSupportedMetadataTypes(
+            [&](Error error, const hidl_vec<IMapper::MetadataTypeDescription>& list) {
+                EXPECT_EQ(error, Error::NONE);
+                listed = list.size();
+            });
+    EXPECT_GE(listed, 18u);
+    mMapper->dumpBuffers([&](Error error, const hidl_vec<IMapper::BufferDump>& dumps) {
+        EXPECT_EQ(error, Error::NONE);
+        ASSERT_EQ(dumps.size(), 1u);
+        EXPECT_EQ(dumps[0].metadataDump.size(), listed);
+    });
+    mMapper->dumpBuffer(mBuffer, [&](Error error, const IMapper::BufferDump& dump) {
+        EXPECT_EQ(error, Error::NONE);
+        EXPECT_EQ(dump.metadataDump.size(), listed);
+    });
+    mMapper->getReservedRegion(mBuffer, [](Error error, void* region, uint64_t size) {
+        EXPECT_EQ(error, Error::NONE);
+        EXPECT_EQ(region, nullptr);
+        EXPECT_EQ(size, 0u);
+    });
+}
+
+}  // namespace
+}  // namespace graphics
