@@ -54,6 +54,11 @@ void AParcel::setPreparedFor(AIBinder* binder) {
 
 void AParcel::adopt(uint8_t* block, size_t size) {
     clear();
+    adoptData(block, size);
+}
+
+void AParcel::adoptData(uint8_t* block, size_t size) {
+    free(mData);
     mData = block;
     mSize = mCapacity = size;
 }
@@ -92,6 +97,11 @@ const uint8_t* AParcel::take(size_t size) const {
     const uint8_t* place = mData + mPosition;
     mPosition += padded(size);
     return place;
+}
+
+size_t AParcel::descriptorCount() const {
+    return static_cast<size_t>(std::count_if(mObjects.begin(), mObjects.end(),
+                                             [](const auto& object) { return object.fd >= 0; }));
 }
 
 binder_status_t AParcel::writeObject(uint32_t type, AIBinder* binder, int fd) {
@@ -138,6 +148,7 @@ binder_status_t AParcel::append(const AParcel& from, size_t start, size_t size) 
         return STATUS_BAD_VALUE;  // ends inside a record
     }
     mPosition = mSize;
+    if (size == 0) return STATUS_OK;
     const size_t base = mPosition;
     // Offsets are kept while growing: from may be this parcel.
     std::vector<ParcelObject> copies;
@@ -156,7 +167,7 @@ binder_status_t AParcel::append(const AParcel& from, size_t start, size_t size) 
         for (const ParcelObject& copy : copies) dropObject(copy);
         return STATUS_NO_MEMORY;
     }
-    if (size > 0) memcpy(place, from.mData + start, size);
+    memcpy(place, from.mData + start, size);
     mObjects.insert(mObjects.end(), copies.begin(), copies.end());
     return STATUS_OK;
 }

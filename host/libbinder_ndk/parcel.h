@@ -67,13 +67,18 @@ struct AParcel {
     void clear();
     // Takes over a malloc'ed block whose first `size` bytes are the content.
     void adopt(uint8_t* block, size_t size);
+    // The same, for bytes whose objects are here already.
+    void adoptData(uint8_t* block, size_t size);
 
     const uint8_t* data() const { return mData; }
+    uint8_t* mutableData() { return mData; }
     size_t size() const { return mSize; }
     size_t position() const { return mPosition; }
     void setPosition(size_t position) const { mPosition = position; }
     std::vector<hostbinder::ParcelObject>& objects() { return mObjects; }
     const std::vector<hostbinder::ParcelObject>& objects() const { return mObjects; }
+    // How many of the objects are descriptors.
+    size_t descriptorCount() const;
     void markSensitive() const { mSensitive = true; }
 
     // The object a request was prepared for (strong reference), or null.

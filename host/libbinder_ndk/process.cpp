@@ -3,6 +3,7 @@
 
 #include <cstdlib>
 
+#include "endpoint.h"
 #include "log.h"
 #include "thread_pool.h"
 

@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "connection.h"
+#include "object_table.h"
 #include "parcel.h"
 #include "thread_pool.h"
 
@@ -85,12 +87,17 @@ void ProxyBinder::markDead() {
     if (!links.empty()) ThreadPool::instance().submit(std::make_unique<Obituary>(std::move(links)));
 }
 
-binder_status_t ProxyBinder::transact(transaction_code_t, AParcel*, AParcel**, binder_flags_t) {
-    return STATUS_DEAD_OBJECT;
+binder_status_t ProxyBinder::transact(transaction_code_t code, AParcel* in, AParcel** out,
+                                      binder_flags_t flags) {
+    if (!mAlive) return STATUS_DEAD_OBJECT;
+    return mConnection->transact(mNumber, clazz(), code, in, out, flags);
 }
 
 void ProxyBinder::onLastStrongReference() {
     for (const auto& link : mLinks) link->unlink();
+    if (mConnection == nullptr) return;
+    const uint64_t references = ObjectTable::instance().forgetProxy(mConnection->objects(), this);
+    if (references > 0 && mAlive) mConnection->giveBack(mNumber, references);
 }
 
 }  // namespace hostbinder

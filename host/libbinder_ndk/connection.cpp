@@ -1,0 +1,231 @@
+// A connection's outgoing side: calls, replies and control messages.
+#include "connection.h"
+
+#include <android/binder_ibinder_platform.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <utility>
+
+#include "call_context.h"
+#include "courier.h"
+#include "log.h"
+#include "reader_thread.h"
+#include "status_values.h"
+#include "trace.h"
+
+namespace hostbinder {
+
+namespace {
+
+constexpr int kAcquireMilliseconds = 5000;
+
+std::string programName(pid_t pid) {
+    char text[64] = "?";
+    snprintf(text, sizeof(text), "/proc/%d/comm", pid);
+    std::string name = "?";
+    if (FILE* file = fopen(text, "re")) {
+        if (fgets(text, sizeof(text), file) != nullptr) {
+            name = text;
+            name.erase(name.find_last_not_of('\n') + 1);
+        }
+        fclose(file);
+    }
+    return name;
+}
+
+void releaseAll(const std::vector<AIBinder*>& references) {
+    for (AIBinder* binder : references) binder->decStrong();
+}
+
+}  // namespace
+
+Connection::Connection(int fd, std::string peerName, PeerCredentials peer)
+    : mFd(fd),
+      mPeerName(std::move(peerName)),
+      mPeer(peer),
+      mPeerLabel(std::to_string(peer.pid) + "/" + programName(peer.pid)) {}
+
+Connection::~Connection() {
+    if (!mClosed) close(mFd);
+}
+
+void Connection::shutDown() {
+    // mFd may be closed already, but only by the reader, which then has set mOpen.
+    std::lock_guard<std::mutex> lock(mSendMutex);
+    if (!mClosed) ::shutdown(mFd, SHUT_RDWR);
+}
+
+binder_status_t Connection::send(OutgoingFrame* frame) {
+    std::lock_guard<std::mutex> lock(mSendMutex);
+    if (mClosed || !mOpen) return STATUS_DEAD_OBJECT;
+    switch (sendFrame(mFd, frame, SendWait::kBounded)) {
+        case SendResult::kSent:
+            return STATUS_OK;
+        case SendResult::kRefused:
+            return STATUS_FAILED_TRANSACTION;
+        default:
+            ::shutdown(mFd, SHUT_RDWR);
+            return STATUS_DEAD_OBJECT;
+    }
+}
+
+void Connection::sendControl(const FrameHeader& header) {
+    OutgoingFrame frame;
+    frame.header = header;
+    if (!isReaderThread()) {
+        send(&frame);
+        return;
+    }
+    std::unique_lock<std::mutex> lock(mSendMutex, std::try_to_lock);
+    if (lock.owns_lock()) {
+        if (mClosed) return;
+        SendResult result = sendFrame(mFd, &frame, SendWait::kNever);
+        if (result == SendResult::kBroken) ::shutdown(mFd, SHUT_RDWR);
+        if (result != SendResult::kWouldBlock) return;
+    }
+    Courier::frames().post([self = shared_from_this(), header]() { self->sendControl(header); });
+}
+
+uint64_t Connection::hold(const std::vector<AIBinder*>& references) {
+    std::lock_guard<std::mutex> lock(mMutex);
+    if (mEnded) return 0;
+    const uint64_t id = ++mLastId;
+    mHeld[id] = references;
+    return id;
+}
+
+std::vector<AIBinder*> Connection::takeHeld(uint64_t id) {
+    std::lock_guard<std::mutex> lock(mMutex);
+    auto found = mHeld.find(id);
+    if (found == mHeld.end()) return {};
+    std::vector<AIBinder*> references = std::move(found->second);
+    mHeld.erase(found);
+    return references;
+}
+
+binder_status_t Connection::sendMessage(OutgoingFrame* frame, AParcel* parcel) {
+    std::vector<AIBinder*> heldForPeer;
+    binder_status_t status = encodeMessage(parcel, this, frame, &heldForPeer);
+    if (status != STATUS_OK) {
+        releaseAll(heldForPeer);
+        return status;
+    }
+    if (!heldForPeer.empty()) {
+        frame->header.referencesId = hold(heldForPeer);
+        if (frame->header.referencesId == 0) {
+            releaseAll(heldForPeer);
+            undoExports(this, *frame);
+            return STATUS_DEAD_OBJECT;
+        }
+    }
+    status = send(frame);
+    if (status != STATUS_OK) {
+        undoExports(this, *frame);
+        releaseAll(takeHeld(frame->header.referencesId));
+    }
+    return status;
+}
+
+binder_status_t Connection::expectReply(uint64_t id, const std::shared_ptr<Waiter>& waiter) {
+    std::lock_guard<std::mutex> lock(mMutex);
+    if (mEnded) return STATUS_DEAD_OBJECT;
+    mWaiters[id] = waiter;
+    return STATUS_OK;
+}
+
+std::shared_ptr<Waiter> Connection::takeWaiter(uint64_t id) {
+    std::lock_guard<std::mutex> lock(mMutex);
+    auto found = mWaiters.find(id);
+    if (found == mWaiters.end()) return nullptr;
+    std::shared_ptr<Waiter> waiter = std::move(found->second);
+    mWaiters.erase(found);
+    return waiter;
+}
+
+binder_status_t Connection::transact(uint64_t number, const AIBinder_Class* clazz,
+                                     transaction_code_t code, AParcel* in, AParcel** out,
+                                     binder_flags_t flags) {
+    OutgoingFrame frame;
+    frame.header.kind = FrameKind::kCall;
+    frame.header.id = ++mLastId;
+    frame.header.target = number;
+    frame.header.code = code;
+    frame.header.flags = flags;
+    TracedCall trace(TracedCall::Direction::kOut, mPeerLabel, clazz, code, flags, *in);
+
+    IncomingMessage reply;
+    reply.parcel = std::make_unique<AParcel>();
+    if ((flags & FLAG_ONEWAY) != 0) {
+        reply.status = sendMessage(&frame, in);
+    } else {
+        const uint64_t outer = callContext().chain;
+        frame.header.chain = outer != 0 ? outer : newChain();
+        auto waiter = std::make_shared<Waiter>();
+        ScopedChainWaiter inChain(frame.header.chain, waiter);
+        reply.status = expectReply(frame.header.id, waiter);
+        if (reply.status == STATUS_OK) reply.status = sendMessage(&frame, in);
+        if (reply.status == STATUS_OK) {
+            reply = waiter->wait();
+        } else {
+            takeWaiter(frame.header.id);
+        }
+        resolveReferences(&reply, this);
+    }
+    trace.end(reply.status);
+    if (reply.status != STATUS_OK) return pruneStatus(reply.status);
+    *out = reply.parcel.release();
+    return STATUS_OK;
+}
+
+bool Connection::acquire(uint64_t number) {
+    FrameHeader header{};
+    header.kind = FrameKind::kAcquire;
+    header.id = ++mLastId;
+    header.target = number;
+    auto waiter = std::make_shared<Waiter>();
+    if (expectReply(header.id, waiter) != STATUS_OK) return false;
+    sendControl(header);  // if that fails the connection ends, which answers the waiter
+    IncomingMessage reply;
+    if (!waiter->waitFor(kAcquireMilliseconds, &reply)) {
+        BINDER_LOGE("%s did not answer a request for an object within %d ms: connection dropped",
+                    mPeerLabel.c_str(), kAcquireMilliseconds);
+        shutDown();
+        return false;
+    }
+    return reply.status == STATUS_OK;
+}
+
+void Connection::giveBack(uint64_t number, uint64_t count) {
+    FrameHeader header{};
+    header.kind = FrameKind::kRelease;
+    header.id = count;
+    header.target = number;
+    sendControl(header);
+}
+
+void Connection::sendReply(uint64_t id, binder_status_t status, AParcel* out) {
+    OutgoingFrame frame;
+    frame.header.kind = FrameKind::kReply;
+    frame.header.id = id;
+    frame.header.status = status;
+    if (status == STATUS_OK) {
+        status = sendMessage(&frame, out);
+        if (status == STATUS_OK || status == STATUS_DEAD_OBJECT) return;
+    }
+    FrameHeader failure{};
+    failure.kind = FrameKind::kReply;
+    failure.id = id;
+    failure.status = pruneStatus(status);
+    sendControl(failure);
+}
+
+void Connection::sendReferencesTaken(uint64_t id) {
+    FrameHeader header{};
+    header.kind = FrameKind::kReferencesTaken;
+    header.id = id;
+    sendControl(header);
+}
+
+}  // namespace hostbinder

@@ -1,0 +1,28 @@
+// The trace of transactions: one line each, to the descriptor in STANDIN_BINDER_TRACE_FD.
+#pragma once
+
+#include <android/binder_ibinder.h>
+
+#include <chrono>
+#include <string>
+
+namespace hostbinder {
+
+// One transaction, from its beginning to its end. Costs nothing if there is no trace.
+class TracedCall {
+  public:
+    enum class Direction { kOut, kIn };
+
+    // clazz may be null.
+    TracedCall(Direction direction, const std::string& peer, const AIBinder_Class* clazz,
+               transaction_code_t code, binder_flags_t flags, const AParcel& request);
+    // Writes the line.
+    void end(binder_status_t status);
+
+  private:
+    const bool mEnabled;
+    std::string mWhat;
+    std::chrono::steady_clock::time_point mStart;
+};
+
+}  // namespace hostbinder

@@ -1,0 +1,113 @@
+// Waiting for replies, and finding the thread that waits in a call chain.
+#include "waiter.h"
+
+#include <sys/random.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <chrono>
+#include <utility>
+
+#include "thread_pool.h"
+
+namespace hostbinder {
+
+void Waiter::deliver(IncomingMessage reply) {
+    std::lock_guard<std::mutex> lock(mMutex);
+    mReply = std::move(reply);
+    mDone = true;
+    mChanged.notify_all();
+}
+
+bool Waiter::offer(std::unique_ptr<Work>* work) {
+    std::lock_guard<std::mutex> lock(mMutex);
+    if (mDone) return false;
+    mWork.push_back(std::move(*work));
+    mChanged.notify_all();
+    return true;
+}
+
+IncomingMessage Waiter::wait() {
+    std::unique_lock<std::mutex> lock(mMutex);
+    while (true) {
+        // As long as the callee takes: a call has no time limit. The end of its process ends it.
+        mChanged.wait(lock, [this]() { return mDone || !mWork.empty(); });
+        if (mDone) return std::move(mReply);
+        std::unique_ptr<Work> work = std::move(mWork.front());
+        mWork.pop_front();
+        lock.unlock();
+        work->run();
+        work.reset();
+        lock.lock();
+    }
+}
+
+bool Waiter::waitFor(int milliseconds, IncomingMessage* reply) {
+    std::unique_lock<std::mutex> lock(mMutex);
+    const auto limit = std::chrono::steady_clock::now() + std::chrono::milliseconds(milliseconds);
+    if (!mChanged.wait_until(lock, limit, [this]() { return mDone; })) return false;
+    *reply = std::move(mReply);
+    return true;
+}
+
+void Waiter::passOnLeftWork() {
+    std::lock_guard<std::mutex> lock(mMutex);
+    for (std::unique_ptr<Work>& work : mWork) ThreadPool::instance().submit(std::move(work));
+    mWork.clear();
+}
+
+namespace {
+
+struct ChainTable {
+    std::mutex mutex;
+    // Innermost waiter last.
+    std::unordered_map<uint64_t, std::vector<std::shared_ptr<Waiter>>> chains;
+};
+
+ChainTable& chainTable() {
+    static ChainTable* const table = new ChainTable;
+    return *table;
+}
+
+uint64_t firstChain() {
+    uint64_t random = 0;
+    if (getrandom(&random, sizeof(random), 0) != sizeof(random)) {
+        random = static_cast<uint64_t>(getpid()) << 32;
+    }
+    return random;
+}
+
+}  // namespace
+
+ScopedChainWaiter::ScopedChainWaiter(uint64_t chain, std::shared_ptr<Waiter> waiter)
+    : mChain(chain), mWaiter(std::move(waiter)) {
+    ChainTable& table = chainTable();
+    std::lock_guard<std::mutex> lock(table.mutex);
+    table.chains[mChain].push_back(mWaiter);
+}
+
+ScopedChainWaiter::~ScopedChainWaiter() {
+    ChainTable& table = chainTable();
+    {
+        std::lock_guard<std::mutex> lock(table.mutex);
+        auto entry = table.chains.find(mChain);
+        entry->second.pop_back();  // a chain has one running thread, so ends are in order
+        if (entry->second.empty()) table.chains.erase(entry);
+    }
+    mWaiter->passOnLeftWork();
+}
+
+bool offerToChain(uint64_t chain, std::unique_ptr<Work>* work) {
+    ChainTable& table = chainTable();
+    std::lock_guard<std::mutex> lock(table.mutex);
+    auto entry = table.chains.find(chain);
+    return entry != table.chains.end() && entry->second.back()->offer(work);
+}
+
+uint64_t newChain() {
+    static std::atomic<uint64_t>* const next = new std::atomic<uint64_t>(firstChain());
+    uint64_t chain = next->fetch_add(1);
+    return chain != 0 ? chain : next->fetch_add(1);
+}
+
+}  // namespace hostbinder

@@ -1,0 +1,80 @@
+// The service manager process: answers under $STANDIN_BINDER_DIR/servicemanager until it is ended.
+#include <android/binder_parcel_utils.h>
+#include <android/binder_process.h>
+#include <host_binder_trace.h>
+#include <host_service_manager.h>
+
+#include <cstdio>
+
+#include "service_table.h"
+
+namespace {
+
+binder_status_t checkService(const AParcel* in, AParcel* out) {
+    std::string name;
+    binder_status_t status = ndk::AParcel_readString(in, &name);
+    if (status != STATUS_OK) return status;
+    status = AParcel_writeStatusHeader(out, ndk::ScopedAStatus::ok().get());
+    if (status != STATUS_OK) return status;
+    return ndk::AParcel_writeNullableStrongBinder(out, ServiceTable::instance().find(name));
+}
+
+binder_status_t addService(const AParcel* in, AParcel* out) {
+    std::string name;
+    ndk::SpAIBinder binder;
+    binder_status_t status = ndk::AParcel_readString(in, &name);
+    if (status == STATUS_OK) status = ndk::AParcel_readNullableStrongBinder(in, &binder);
+    if (status != STATUS_OK) return status;
+    status = ServiceTable::instance().add(name, binder);
+    ndk::ScopedAStatus answer = status == STATUS_BAD_VALUE
+                                        ? ndk::ScopedAStatus::fromExceptionCode(EX_ILLEGAL_ARGUMENT)
+                                        : ndk::ScopedAStatus::fromStatus(status);
+    return AParcel_writeStatusHeader(out, answer.get());
+}
+
+binder_status_t listServices(AParcel* out) {
+    binder_status_t status = AParcel_writeStatusHeader(out, ndk::ScopedAStatus::ok().get());
+    if (status != STATUS_OK) return status;
+    return ndk::AParcel_writeVector(out, ServiceTable::instance().names());
+}
+
+binder_status_t onTransact(AIBinder*, transaction_code_t code, const AParcel* in, AParcel* out) {
+    switch (code) {
+        case HOST_SERVICE_MANAGER_CHECK:
+            return checkService(in, out);
+        case HOST_SERVICE_MANAGER_ADD:
+            return addService(in, out);
+        case HOST_SERVICE_MANAGER_LIST:
+            return listServices(out);
+        default:
+            return STATUS_UNKNOWN_TRANSACTION;
+    }
+}
+
+AIBinder* newServiceManager() {
+    AIBinder_Class* clazz = AIBinder_Class_define(
+            HOST_SERVICE_MANAGER_DESCRIPTOR, [](void*) -> void* { return nullptr; }, [](void*) {},
+            onTransact);
+    static constexpr const char* kNames[] = {"checkService", "addService", "listServices"};
+    AIBinder_Class_setTransactionNames(clazz, kNames, 3);
+    return AIBinder_new(clazz, nullptr);
+}
+
+}  // namespace
+
+int main(int argc, char**) {
+    if (argc > 1) {
+        fprintf(stderr, "usage: STANDIN_BINDER_DIR=FOLDER servicemanager\n");
+        return 2;
+    }
+    ndk::SpAIBinder manager(newServiceManager());
+    binder_status_t status = AServiceManager_becomeServiceManager(manager.get());
+    if (status != STATUS_OK) {
+        fprintf(stderr, "servicemanager: %s\n",
+                status == STATUS_ALREADY_EXISTS
+                        ? "another service manager listens in STANDIN_BINDER_DIR"
+                        : "cannot listen: set STANDIN_BINDER_DIR to a folder of mode 0700");
+        return 1;
+    }
+    ABinderProcess_joinThreadPool();
+}
