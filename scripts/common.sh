@@ -24,10 +24,11 @@ unlock_out() { exec 9>&-; }
 listed_packages() { sed -e 's/#.*//' -e '/^[[:space:]]*$/d' "$root/scripts/packages.txt"; }
 
 missing_packages() {
-    local name
-    for name in $(listed_packages); do
-        [[ "$(dpkg-query -W -f '${db:Status-Status}' "$name" 2>/dev/null)" == installed ]] ||
-            printf '%s ' "$name"
+    local names name installed
+    mapfile -t names < <(listed_packages)
+    installed="$(dpkg-query -W -f '${Package}=${db:Status-Status}\n' "${names[@]}" 2>/dev/null || true)"
+    for name in "${names[@]}"; do
+        grep -qxF "$name=installed" <<<"$installed" || printf '%s ' "$name"
     done
 }
 

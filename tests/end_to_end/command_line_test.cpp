@@ -39,6 +39,10 @@ struct Usage {
     const char* err;  // part of standard error; empty: nothing at all
 };
 
+void PrintTo(const Usage& usage, std::ostream* stream) {
+    *stream << usage.status;
+}
+
 class CommandLine : public ::testing::TestWithParam<Usage> {};
 
 TEST_P(CommandLine, PrintsAndEndsWithoutLookingForTheService) {

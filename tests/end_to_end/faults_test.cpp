@@ -28,6 +28,10 @@ struct Fault {
     std::vector<std::string> absent;  // not in the log
 };
 
+void PrintTo(const Fault& fault, std::ostream* stream) {
+    *stream << fault.name;
+}
+
 class Faults : public ::testing::TestWithParam<Fault> {};
 
 TEST_P(Faults, LeadTo) {
