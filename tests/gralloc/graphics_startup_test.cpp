@@ -1,0 +1,166 @@
+// Start-up of the graphics back-ends: what is logged and what is left for each thing that fails.
+// A mapper that was loaded stays with its process, so each case is to run in a process of its own.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <host_mapper_registry.h>
+
+#include <cstdlib>
+#include <memory>
+#include <ostream>
+#include <string>
+#include <vector>
+
+#include "gralloc/graphicsstartup.h"
+#include "tests/support/FakeServices.h"
+#include "tests/support/LogCapture.h"
+#include "tests/support/MemoryMapper.h"
+
+using namespace ::vendor::zel::hardware::camera::offlinecamera::implementation;
+using ::testing::ElementsAre;
+
+namespace test {
+namespace {
+
+const char kLookup[] = "I mapper android.hardware.graphics.allocator.IAllocator/default";
+const char kUsing[] = "D Using AIDL IAllocator + HIDL IMapper v4.0";
+const char kNoInstance[] = "E Gralloc Init failed, reason zelAidlMapper getInstance failed";
+
+class GraphicsStartup : public ::testing::Test {
+  public:
+    GraphicsStartup() {
+        setenv("STANDIN_HAL_PATH", MAPPER_LIBRARIES, 1);
+        EXPECT_EQ(mapper->registerAsService(), 0);
+        SetService(kAllocatorInstance, allocator->asBinder());
+    }
+
+    // Both starts, as the client's constructor makes them. The lines logged.
+    std::vector<std::string> Start() {
+        const GraphicsServices services = ConnectGraphicsServices();
+        wrapper = StartGrallocWrapper(services);
+        record = StartZelInterface(services.allocator);
+        return log.take();
+    }
+
+    void ExpectEmptyRecord() {
+        ASSERT_NE(record, nullptr);
+        EXPECT_EQ(record->m_allocator, nullptr);
+        EXPECT_EQ(record->m_aiMapper, nullptr);
+    }
+
+    LogCapture log;
+    Calls calls;
+    ::android::sp<MemoryMapper> mapper = new MemoryMapper(&calls);
+    std::shared_ptr<FakeAllocator> allocator = ::ndk::SharedRefBase::make<FakeAllocator>(&calls);
+    std::unique_ptr<OfflineCameraGralloc> wrapper;
+    std::unique_ptr<OfflineCameraZelInterface> record;
+};
+
+TEST_F(GraphicsStartup, UsesTheDefaultLibraryWhenTheAllocatorNamesNone) {
+    EXPECT_THAT(Start(), ElementsAre(kLookup, kUsing));
+    EXPECT_NE(wrapper, nullptr);
+    EXPECT_EQ(record->m_allocator, allocator);
+    ASSERT_NE(record->m_aiMapper, nullptr);
+    EXPECT_EQ(record->m_aiMapper->version, AIMAPPER_VERSION_5);
+    EXPECT_EQ(record->m_planeLayoutInterface, nullptr);
+
+    AIMapper* const loaded = record->m_aiMapper;
+    EXPECT_THAT(Start(),
+                ElementsAre(kLookup, kUsing, "I Using previously loaded IMapper library."));
+    EXPECT_EQ(record->m_aiMapper, loaded);
+    EXPECT_THAT(calls, ElementsAre("getIMapperLibrarySuffix"));
+}
+
+TEST_F(GraphicsStartup, AcceptsALibraryWithoutVersionSymbol) {
+    allocator->suffix = "unversioned";
+    EXPECT_THAT(Start(), ElementsAre(kLookup, kUsing));
+    ASSERT_NE(record->m_aiMapper, nullptr);
+    EXPECT_EQ(static_cast<int>(record->m_aiMapper->version), 4);
+}
+
+struct BadLibrary {
+    const char* suffix;
+    const char* line;
+    bool stays;  // for a later start in the same process
+};
+
+void PrintTo(const BadLibrary& library, std::ostream* out) {
+    *out << library.suffix;
+}
+
+class BadMapperLibrary : public GraphicsStartup,
+                         public ::testing::WithParamInterface<BadLibrary> {};
+
+TEST_P(BadMapperLibrary, LeavesAnEmptyRecord) {
+    allocator->suffix = GetParam().suffix;
+    EXPECT_THAT(Start(), ElementsAre(kLookup, kUsing, GetParam().line, kNoInstance));
+    EXPECT_NE(wrapper, nullptr);
+    ExpectEmptyRecord();
+
+    // A rejected mapper is taken unchecked from then on; one that never came is looked for again.
+    allocator->suffix = "zel";
+    const auto later = Start();
+    EXPECT_EQ(later.back() == "I Using previously loaded IMapper library.", GetParam().stays);
+    EXPECT_NE(record->m_aiMapper, nullptr);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+        All, BadMapperLibrary,
+        ::testing::Values(
+                BadLibrary{"missing", "E Failed to load mapper.missing.so", false},
+                BadLibrary{"failing", "E AIMapper_loadIMapper failed 7", false},
+                BadLibrary{"table4",
+                           "E IMapper version 5 not equal to last known stable version 5, aborting "
+                           "IMapper init.",
+                           true},
+                BadLibrary{"table6",
+                           "E IMapper version 5 not equal to last known stable version 5, aborting "
+                           "IMapper init.",
+                           true},
+                BadLibrary{"library4",
+                           "E IMapper version 4 not equal to last known stable version 5, aborting "
+                           "IMapper init.",
+                           true}),
+        [](const auto& info) { return info.param.suffix; });
+
+TEST_F(GraphicsStartup, DiesOfALibraryWithoutLoader) {
+    allocator->suffix = "loaderless";
+    EXPECT_DEATH(Start(), "");
+}
+
+TEST_F(GraphicsStartup, WithoutAllocatorLoadsNothing) {
+    SetService(kAllocatorInstance, {});
+    EXPECT_THAT(
+            Start(),
+            ElementsAre(kLookup, "E Gralloc Init failed, reason zelAllocator getService failed"));
+    EXPECT_EQ(wrapper, nullptr);
+    ExpectEmptyRecord();
+}
+
+TEST_F(GraphicsStartup, WithAnAllocatorThatGoesAwayUsesTheDefaultLibrary) {
+    SetService(kAllocatorInstance, allocator->asBinder(), 1);
+    EXPECT_THAT(Start(),
+                ElementsAre(kLookup, kUsing,
+                            "W Unable to get allocator, using previously known IMapper library "
+                            "suffix 'zel'"));
+    EXPECT_NE(record->m_aiMapper, nullptr);
+    EXPECT_EQ(record->m_allocator, allocator);
+    EXPECT_TRUE(calls.empty());
+}
+
+TEST_F(GraphicsStartup, WithoutMapperStillFillsTheRecord) {
+    host::unregisterMapper();
+    EXPECT_THAT(Start(), ElementsAre(kLookup));
+    EXPECT_EQ(wrapper, nullptr);
+    EXPECT_EQ(record->m_allocator, allocator);
+    EXPECT_NE(record->m_aiMapper, nullptr);
+}
+
+TEST_F(GraphicsStartup, UsesARemoteMapperAllTheSame) {
+    mapper->remote = true;
+    EXPECT_THAT(Start(), ElementsAre(kLookup, kUsing, "E Mapper is in passthrough mode"));
+    EXPECT_NE(wrapper, nullptr);
+}
+
+}  // namespace
+}  // namespace test

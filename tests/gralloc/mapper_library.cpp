@@ -1,0 +1,25 @@
+// A mapper library that does nothing; its build says which version it has and what it exports.
+
+#include <android/hardware/graphics/mapper/IMapper.h>
+
+#include <cstddef>
+#include <cstdint>
+
+#ifndef LOADER_ERROR
+#define LOADER_ERROR 0
+#endif
+
+#ifdef LIBRARY_VERSION
+extern "C" const uint32_t ANDROID_HAL_MAPPER_VERSION;
+extern "C" const uint32_t ANDROID_HAL_MAPPER_VERSION = LIBRARY_VERSION;
+#endif
+
+#ifdef LOADER
+extern "C" AIMapper_Error AIMapper_loadIMapper(AIMapper** outImplementation) {
+    static AIMapper table{};
+    if (LOADER_ERROR != 0) return static_cast<AIMapper_Error>(LOADER_ERROR);
+    table.version = static_cast<AIMapper_Version>(TABLE_VERSION);
+    *outImplementation = &table;
+    return AIMAPPER_ERROR_NONE;
+}
+#endif

@@ -1,0 +1,175 @@
+// The plane-layout query: its gates, its lines, and which plane gives the scan lines.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <initializer_list>
+#include <string>
+#include <vector>
+
+#include "gralloc/offlinecamerazelinterface.h"
+#include "tests/support/FakeDisplayMapper.h"
+#include "tests/support/LogCapture.h"
+#include "tests/support/MemoryMapper.h"
+
+using namespace ::vendor::zel::hardware::camera::offlinecamera::implementation;
+using ::aidl::android::hardware::graphics::common::BufferUsage;
+using ::aidl::android::hardware::graphics::common::PixelFormat;
+using ::testing::Each;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+namespace test {
+namespace {
+
+constexpr uint32_t kY = 1;
+constexpr uint32_t kCb = 2;
+constexpr uint32_t kCr = 4;
+constexpr uint32_t kRaw = 0x100000;
+
+::mapper::PlaneEntry Plane(std::initializer_list<uint32_t> components, int32_t scanlines) {
+    ::mapper::PlaneEntry plane{};
+    for (const uint32_t type : components) {
+        plane.components[plane.numComponents++].type = type;
+    }
+    plane.scanlines = scanlines;
+    plane.sampleIncrementBits = 8;
+    plane.strideBytes = 4096;
+    return plane;
+}
+
+class PlaneLayout : public ::testing::Test {
+  public:
+    PlaneLayout() {
+        record.m_planeLayoutInterface = new MemoryMapper(&calls);
+        record.m_aiMapper = reinterpret_cast<AIMapper*>(&calls);  // only looked at
+        SetDisplayMapperAnswer([this](const auto& info, ::mapper::PlaneLayoutRecord* out) {
+            ++asked;
+            lastInfo = info;
+            out->numPlanes = static_cast<int32_t>(planes.size());
+            std::copy(planes.begin(), planes.end(), out->planes);
+            return error;
+        });
+    }
+
+    // The scan lines that the query leaves; -7 stands before it.
+    int32_t Query(int format = 35) {
+        int32_t scanlines = -7;
+        record.GetPlaneLayout(static_cast<PixelFormat>(format), BufferUsage::CPU_READ_OFTEN, 4000,
+                              3000, &scanlines);
+        return scanlines;
+    }
+
+    LogCapture log;
+    Calls calls;
+    OfflineCameraZelInterface record;
+    std::vector<::mapper::PlaneEntry> planes{Plane({kY}, 3072)};
+    int32_t error = 0;
+    int asked = 0;
+    ::aidl::android::hardware::graphics::allocator::BufferDescriptorInfo lastInfo;
+};
+
+TEST_F(PlaneLayout, EndsAtOnceWithoutTheFirstInterface) {
+    record.m_planeLayoutInterface = nullptr;
+    EXPECT_EQ(Query(), -7);
+    EXPECT_EQ(Query(34), -7);
+    EXPECT_EQ(asked, 0);
+    EXPECT_THAT(log.take(), IsEmpty());
+}
+
+TEST_F(PlaneLayout, AsksForFormats35To38) {
+    EXPECT_EQ(Query(34), -7);
+    EXPECT_EQ(Query(39), -7);
+    EXPECT_EQ(asked, 0);
+    EXPECT_THAT(log.take(), ElementsAre("I format 34 dont fetch plane layout info",
+                                        "I format 39 dont fetch plane layout info"));
+    for (int format = 35; format <= 38; ++format) EXPECT_EQ(Query(format), 3072);
+}
+
+TEST_F(PlaneLayout, EndsQuietlyWithoutMapperAndOnAnError) {
+    error = 5;
+    EXPECT_EQ(Query(), -7);
+    record.m_aiMapper = nullptr;
+    EXPECT_EQ(Query(), -7);
+    EXPECT_EQ(asked, 1);
+    EXPECT_THAT(log.take(), IsEmpty());
+    EXPECT_EQ(Query(34), -7);  // the format is looked at before the mapper
+    EXPECT_THAT(log.take(), ElementsAre("I format 34 dont fetch plane layout info"));
+}
+
+TEST_F(PlaneLayout, DescribesTheBufferAndLogsItsPlanes) {
+    planes = {Plane({kY}, 3072), Plane({kCb, kCr}, 1536)};
+    planes[0].size = 4096 * 3072;
+    planes[0].horizontalSubsampling = planes[0].verticalSubsampling = 1;
+    planes[1].sampleIncrementBits = 16;
+    planes[1].offset = 4096 * 3072;
+    planes[1].size = 4096 * 1536;
+    planes[1].horizontalSubsampling = planes[1].verticalSubsampling = 2;
+    EXPECT_EQ(Query(), 3072);
+    EXPECT_THAT(lastInfo.name, Each(0));
+    EXPECT_EQ(lastInfo.width, 4000);
+    EXPECT_EQ(lastInfo.height, 3000);
+    EXPECT_EQ(lastInfo.layerCount, 1);
+    EXPECT_EQ(lastInfo.format, PixelFormat::YCBCR_420_888);
+    EXPECT_EQ(lastInfo.usage, BufferUsage::CPU_READ_OFTEN);
+    EXPECT_EQ(lastInfo.reservedSize, 0);
+    EXPECT_THAT(lastInfo.additionalOptions, IsEmpty());
+    EXPECT_THAT(
+            log.take(),
+            ElementsAre(
+                    "I GetPlaneLayout: Number of planes - 2 gralloc format 35",
+                    "I GetPlaneLayout: plane info: component - 1",
+                    "I h_subsampling - 1, v_subsampling - 1, offset - 0, pixel_increment/step - 1",
+                    "I stride_pixel - 4096, stride_bytes - 4096, scanlines - 3072, size - 12582912",
+                    "I GetPlaneLayout: plane info: component - 6",
+                    "I h_subsampling - 2, v_subsampling - 2, offset - 12582912, "
+                    "pixel_increment/step - 2",
+                    "I stride_pixel - 2048, stride_bytes - 4096, scanlines - 1536, size - "
+                    "6291456"));
+}
+
+TEST_F(PlaneLayout, RoundsPackedSamplesDown) {
+    planes = {Plane({kRaw}, 3072)};
+    planes[0].sampleIncrementBits = 10;
+    planes[0].strideBytes = 5121;
+    EXPECT_EQ(Query(37), 3072);
+    EXPECT_THAT(log.take(),
+                ElementsAre("I GetPlaneLayout: Number of planes - 1 gralloc format 37",
+                            "I GetPlaneLayout: plane info: component - 1048576",
+                            "I h_subsampling - 0, v_subsampling - 0, offset - 0, "
+                            "pixel_increment/step - 1",
+                            "I stride_pixel - 4096, stride_bytes - 5121, scanlines - 3072, size - "
+                            "0"));
+}
+
+TEST_F(PlaneLayout, TakesTheLastPlaneOfLumaOrRawAlone) {
+    planes = {Plane({kY, kCb}, 10), Plane({}, 11), Plane({kRaw, kY}, 12)};
+    EXPECT_EQ(Query(), -7);
+    planes = {Plane({kRaw}, 10), Plane({kY, kY}, 20), Plane({kCb}, 30)};
+    EXPECT_EQ(Query(), 20);
+    planes[1].numComponents = -1;
+    EXPECT_EQ(Query(), 10);
+}
+
+TEST_F(PlaneLayout, ExaminesFourPlanesAtMost) {
+    planes = {Plane({kY}, 1), Plane({kY}, 2), Plane({kY}, 3),
+              Plane({kY}, 4), Plane({kY}, 5), Plane({kY}, 6)};
+    EXPECT_EQ(Query(), 4);
+    const auto lines = log.take();
+    EXPECT_EQ(lines.front(), "I GetPlaneLayout: Number of planes - 4 gralloc format 35");
+    EXPECT_EQ(lines.size(), 1u + 4 * 3);
+
+    planes.clear();
+    EXPECT_EQ(Query(), -7);
+    EXPECT_THAT(log.take(),
+                ElementsAre("I GetPlaneLayout: Number of planes - 0 gralloc format 35"));
+}
+
+TEST_F(PlaneLayout, DiesOfMoreComponentsThanThereAre) {
+    planes[0].numComponents = 6;
+    EXPECT_DEATH(Query(), "");
+}
+
+}  // namespace
+}  // namespace test

@@ -1,0 +1,32 @@
+// A folder of the test's own in the place of the tool's data folder.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace test {
+
+// While it lives, the tool's fopen() and stat() of paths below /data/vendor/camera go to a new
+// folder, which is removed at the end. One at a time.
+class DataFolder {
+  public:
+    DataFolder();
+    ~DataFolder();
+    DataFolder(const DataFolder&) = delete;
+    DataFolder& operator=(const DataFolder&) = delete;
+
+    // Paths are relative to /data/vendor/camera, such as "offlinecameratest/mmf_fd.yuv".
+    void write(const std::string& path, const std::string& bytes);
+    std::string read(const std::string& path) const;
+
+    // Names of the dumps, in alphabetical order.
+    std::vector<std::string> dumps() const;
+
+    // Takes the folder away: nothing can be opened any more.
+    void remove();
+
+    // From now on the tool's stat() fails.
+    void failStat();
+};
+
+}  // namespace test

@@ -1,0 +1,24 @@
+// The platform log of this process, as tests look at it.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace test {
+
+// What printf would write; for expected lines that hold addresses.
+[[gnu::format(printf, 1, 2)]] std::string Format(const char* format, ...);
+
+// Collects every line from its construction on, at every priority; one at a time. Any thread.
+class LogCapture {
+  public:
+    LogCapture();
+
+    // The lines under the tag since the last call, such as "E Failed to load mapper.zel.so".
+    std::vector<std::string> take(const std::string& tag = "OfflineCameraClient");
+
+    // Waits until a line with this text has come; false after a minute.
+    bool waitFor(const std::string& text);
+};
+
+}  // namespace test
