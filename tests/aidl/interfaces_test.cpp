@@ -30,7 +30,8 @@ binder_status_t Record(AIBinder* binder, transaction_code_t code, const AParcel*
     AParcel_appendFrom(in, body.get(), start, AParcel_getDataSize(in) - start);
     far->body.resize(static_cast<size_t>(AParcel_getDataSize(body.get())));
     // Fails for a body with objects, which is of no interest here.
-    if (AParcel_marshal(body.get(), far->body.data(), 0, far->body.size()) != STATUS_OK) {
+    if (!far->body.empty() &&
+        AParcel_marshal(body.get(), far->body.data(), 0, far->body.size()) != STATUS_OK) {
         far->body.clear();
     }
     const ndk::ScopedAParcel reply(AParcel_create());
