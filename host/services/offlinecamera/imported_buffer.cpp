@@ -126,7 +126,7 @@ std::string LockedBuffer::Lock(const ImportedBuffer& buffer, Access access) {
     const Mapper::Rect wholeBuffer = {0, 0, 0, 0};
     const auto answer =
             buffer.mMapper->lock(buffer.mHandle, static_cast<uint64_t>(usage), wholeBuffer,
-                                 hidl_handle(), [&](Error result, void* address) {
+                                 fence.Get(), [&](Error result, void* address) {
                                      error = result;
                                      data = address;
                                  });

@@ -6,6 +6,7 @@
 #include <imaging/b2y.h>
 #include <imaging/jpeg.h>
 #include <imaging/raw10.h>
+#include <sys/eventfd.h>
 #include <system/camera_metadata.h>
 
 #include <cstring>
@@ -145,6 +146,21 @@ TEST_F(SessionTest, AClientThatLendsBadlyGetsAnErrorAndItsBuffersBack) {
                             "result 1 out 2:1! in 0:1 1:2 0:3 1:4 0:5 1:6",  //
                             "shutter 2", "lend 0 x 1", "error 2",
                             "result 2 out 2:1! in 0:1 1:2 0:3 1:4 0:5 1:6"));
+    Close();
+}
+
+TEST_F(SessionTest, AnInputIsReadAfterItsAcquireFence) {
+    OpenAndConfigure(OpMode::kB2Y);
+    const ndk::ScopedFileDescriptor fence(eventfd(0, EFD_CLOEXEC));
+    OfflineRequestInfo info = MakeInfo();
+    info.inFrameInfos[0].buffers[0].acquireFence.fds.push_back(fence.dup());
+    std::atomic<bool> signalled = false;
+    mClient->onResult = [&](const auto&) { EXPECT_TRUE(signalled); };
+    EXPECT_EQ(Process(std::move(info)), "1");
+    mClient->WaitForEvents(1);
+    signalled = true;
+    EXPECT_EQ(eventfd_write(fence.get(), 1), 0);
+    EXPECT_THAT(mClient->WaitForEvents(2), ElementsAre("shutter 1", "result 1 out 1:1 in 0:1"));
     Close();
 }
 
