@@ -31,6 +31,15 @@ report_files() {
     done < <(LC_ALL=C comm -13 <(echo "$2") <(list_files "$folder"))
 }
 
+# Where a signal ended the tool: which one, and the last error that it logged.
+report_signal() {
+    local number=$(($1 - 128))
+    if ((number >= 1 && number <= 64)); then
+        say "the tool was ended by signal $number ($(kill -l "$number"));" \
+            "last error it logged: $(grep -o " E .*" "$out/run.log" | tail -n 1 || true)"
+    fi
+}
+
 # One line when the tool opened a source file, which without plane layouts has no effect.
 report_unfilled_inputs() {
     if grep -q 'LoadOffineSource.*: open input file' "$out/run.log"; then
