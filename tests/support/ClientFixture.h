@@ -124,6 +124,7 @@ class ClientTest : public ::testing::Test {
     struct Surroundings {
         Surroundings() {
             EXPECT_EQ(mapper->registerAsService(), 0);
+            allocator->suffix = "none";  // the library that nothing provides
             SetService(kAllocatorInstance, allocator->asBinder());
             SetService(kServiceInstance, service->asBinder());
             SetDisplayMapperAnswer(nullptr);

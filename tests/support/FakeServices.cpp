@@ -43,6 +43,7 @@ void SetService(const std::string& instance, const ::ndk::SpAIBinder& binder, in
 }
 
 ::ndk::ScopedAStatus FakeSession::Answer() const {
+    if (statusless) return ::ndk::ScopedAStatus();
     return fails ? Failure() : ::ndk::ScopedAStatus::ok();
 }
 

@@ -29,6 +29,7 @@ class FakeSession : public offline::BnOfflineCameraSession {
 
     // What is told.
     bool fails = false;
+    bool statusless = false;                         // answers without a status at all
     int32_t frameNumber = 7;                         // given to requests
     std::function<void(const Requests&)> onProcess;  // before the answer
 

@@ -1,0 +1,133 @@
+// Construction, session control and destruction.
+
+#include <android/log.h>
+
+#include <cstdlib>
+#include <memory>
+#include <string>
+
+#include "tests/support/ClientFixture.h"
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+namespace test {
+namespace {
+
+class Lifecycle : public ClientTest {
+  public:
+    // The lines of a second client's construction.
+    Lines ConstructAnother() {
+        alignas(OfflineCameraClient) char storage[sizeof(OfflineCameraClient)];
+        OfflineCameraClient* const another = OfflineCameraClientAccess::Construct(storage);
+        const Lines lines = log.take();
+        OfflineCameraClientAccess::Destroy(another);
+        log.take();
+        return lines;
+    }
+};
+
+TEST_F(Lifecycle, ConstructsInOrder) {
+    Lines expected{"I mapper android.hardware.graphics.allocator.IAllocator/default",
+                   "D Using AIDL IAllocator + HIDL IMapper v4.0",
+                   "I [AIDL]OfflineCameraCallBacks constructor called",
+                   "E Failed to load mapper.none.so",
+                   "E Gralloc Init failed, reason zelAidlMapper getInstance failed",
+                   "I [AIDL] OfflineCameraClient constructor called"};
+    EXPECT_EQ(ConstructAnother(), expected);
+
+    SetService(kServiceInstance, {});
+    expected.insert(expected.begin() + 3, "E getService is NULL for offlinecameraservice");
+    EXPECT_EQ(ConstructAnother(), expected);
+
+    SetService(kAllocatorInstance, {});
+    EXPECT_EQ(ConstructAnother(),
+              (Lines{expected[0], expected[2], expected[3],
+                     "E Gralloc Init failed, reason zelAllocator getService failed", expected[6]}));
+}
+
+TEST_F(Lifecycle, RegistersWhateverTheServiceAnswers) {
+    client.registerClient(5);
+    around.service->fails = true;
+    client.registerClient(0);
+    EXPECT_THAT(around.service->clientIds, ElementsAre(5, 0));
+    EXPECT_EQ(around.service->callback, access.callback());
+    EXPECT_EQ(log.take(),
+              (Lines{"I [AIDL] registerClient clientId 5", "I [AIDL] registerClient clientId 0"}));
+}
+
+TEST_F(Lifecycle, OpensAndClosesASession) {
+    client.CloseOfflineSession();
+    client.setOpMode(4);
+    around.service->fails = true;
+    client.OpenOfflineSession("no one");
+    EXPECT_EQ(access.offlineSession(), nullptr);
+    EXPECT_EQ(log.take(), (Lines{"I [AIDL] setOpMode opMode 4"}));
+
+    around.service->fails = false;
+    client.OpenOfflineSession("offlincameratest");
+    EXPECT_EQ(access.offlineSession(), around.session);
+    EXPECT_THAT(around.service->clientNames, ElementsAre("no one", "offlincameratest"));
+    EXPECT_EQ(around.service->callback, access.callback());
+
+    // The reference outlives the closing, whose outcome does not matter.
+    client.CloseOfflineSession();
+    around.session->fails = true;
+    client.CloseOfflineSession();
+    EXPECT_EQ(around.session->closed, 2);
+    EXPECT_EQ(access.offlineSession(), around.session);
+    EXPECT_EQ(log.take(),
+              (Lines{"I OpenOfflineSession", "I CloseOfflineSession", "I CloseOfflineSession"}));
+}
+
+TEST_F(Lifecycle, DiesAtTheFirstCallThroughAnEmptyReference) {
+    EXPECT_DEATH(client.ConfigureOfflineStreams("2"), "");
+    SetService(kServiceInstance, {});
+    alignas(OfflineCameraClient) char storage[sizeof(OfflineCameraClient)];
+    OfflineCameraClient* const alone = OfflineCameraClientAccess::Construct(storage);
+    EXPECT_DEATH(alone->registerClient(0), "");
+    EXPECT_DEATH(alone->OpenOfflineSession("test"), "");
+    OfflineCameraClientAccess::Destroy(alone);
+}
+
+TEST_F(Lifecycle, DestructionFreesInputBuffersOnly) {
+    Configure(0);
+    data.write("offlinecameratest/4096_3072_RAW10.raw", "");
+    ASSERT_EQ(client.ProcessOfflineRequest(), 0);
+    native_handle* const input = Captured(0).importedBuf;
+    native_handle* const output = Captured(1).importedBuf;
+    log.take();
+    around.calls.clear();
+    Destroy();
+    EXPECT_EQ(log.take(), (Lines{Format("I freeBuffer %p", input),
+                                 "I [AIDL] OfflineCameraClient destructor called"}));
+    EXPECT_THAT(around.calls, ElementsAre("freeBuffer"));
+    EXPECT_NE(around.mapper->memory(output), nullptr);
+    EXPECT_EQ(around.session->closed, 0);
+
+    // The service's reference is the callback's last one.
+    around.service->callback = nullptr;
+    EXPECT_EQ(log.take(), (Lines{"I [AIDL]OfflineCameraCallBacks destructor called"}));
+}
+
+TEST_F(Lifecycle, DestructionWithoutASessionTakesTheCallbackAlong) {
+    Destroy();
+    EXPECT_EQ(log.take(), (Lines{"I [AIDL] OfflineCameraClient destructor called",
+                                 "I [AIDL]OfflineCameraCallBacks destructor called"}));
+}
+
+// In a process of its own, whose log goes to standard error.
+TEST(ProcessWideClient, IsOneAndIsDestroyedAtExit) {
+    const auto use = [] {
+        __android_log_set_logger(__android_log_stderr_logger);
+        OfflineCameraClient& client = OfflineCameraClient::GetInstance();
+        const bool same = &client == &OfflineCameraClient::GetInstance();
+        const bool zeroed = OfflineCameraClientAccess{&client}.opMode() == 0;
+        exit(same && zeroed ? 0 : 1);
+    };
+    EXPECT_EXIT(use(), ::testing::ExitedWithCode(0),
+                "OfflineCameraClient constructor called.*OfflineCameraClient destructor called");
+}
+
+}  // namespace
+}  // namespace test

@@ -1,0 +1,167 @@
+// Dumps: file names, numbers of bytes, and that a buffer is freed whatever goes wrong.
+
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "tests/support/ClientFixture.h"
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+namespace test {
+namespace {
+
+constexpr int32_t kStreamId = 6;
+
+class OutputDump : public ClientTest {
+  public:
+    // The stream's request with one buffer, number 1, of so many bytes.
+    native_handle* Prepare(int format, size_t bytes = 4096) {
+        around.mapper->bufferBytes = bytes;
+        int32_t stride = 0;
+        native_handle* const handle = access.wrapper()->allocate(
+                1, 1, PixelFormat::RAW10, BufferUsage::CPU_READ_OFTEN, &stride);
+        access.allocatedHandles().insert(handle);
+        access.captureRequests()[kStreamId] = {0,
+                                               {{1, handle, bytes, 4096, 3072}},
+                                               static_cast<PixelFormat>(format),
+                                               2,
+                                               600,
+                                               500,
+                                               Dataspace::JFIF};
+        memset(around.mapper->memory(handle), 'x', bytes);
+        access.streamConfigName() = "2";
+        around.calls.clear();
+        log.take();
+        return handle;
+    }
+
+    void Dump(int64_t bufferId = 1) { access.Dump({kStreamId, bufferId}, 12); }
+};
+
+TEST_F(OutputDump, WritesTheBufferAndFreesIt) {
+    native_handle* const handle = Prepare(35, 1000);
+    const char* const memory = around.mapper->memory(handle);
+    const std::string name = "OfflineAidl_CameraId_2_Frame_12_B2Y_Stride[4096]_Scanline[3072].yuv";
+    data.write("offlinecameratest/" + name, std::string(5000, 'o'));
+    Dump();
+    EXPECT_THAT(data.dumps(), ElementsAre(name));
+    EXPECT_EQ(data.read("offlinecameratest/" + name), std::string(1000, 'x'));
+    EXPECT_THAT(around.calls, ElementsAre("lock 2", "unlock", "freeBuffer"));
+    EXPECT_EQ(log.take(),
+              (Lines{Format("I result completed importedBuf %p", handle),
+                     Format("I result completed buffer %p", memory),
+                     "I imageSize 0 bufferSize  1000", Format("I freeBuffer %p", handle)}));
+    access.freeBuffer(handle);
+    EXPECT_THAT(log.take(), IsEmpty());
+}
+
+TEST_F(OutputDump, NamesModesAndFormats) {
+    const struct {
+        int32_t opMode;
+        int format;
+        const char* rest;
+    } cases[] = {{0, 37, "_B2Y_Stride[4096]_Scanline[3072].raw"},
+                 {1, 33, "_Y2J_Width[600]_Height[500].jpg"},
+                 {2, 35, "_Y2Y_Stride[4096]_Scanline[3072].yuv"},
+                 {3, 35, "_MMF_Stride[4096]_Scanline[3072].yuv"},
+                 {4, 35, "_QLL_Stride[4096]_Scanline[3072].yuv"},
+                 {5, 36, "_R2R_Stride[4096]_Scanline[3072].unknown"},
+                 {6, 36, ".unknown_Stride[4096]_Scanline[3072].unknown"}};
+    Lines errors;
+    for (const auto& dump : cases) {
+        const DataFolder fresh;
+        access.opMode() = dump.opMode;
+        Prepare(dump.format, 1200000);
+        Dump();
+        EXPECT_THAT(fresh.dumps(),
+                    ElementsAre("OfflineAidl_CameraId_2_Frame_12" + std::string(dump.rest)));
+        for (const std::string& line : log.take()) {
+            if (line[0] == 'E') errors.push_back(line);
+        }
+    }
+    EXPECT_THAT(errors, ElementsAre("E Unsupported format: 36", "E Unsupported mode: 6",
+                                    "E Unsupported format: 36"));
+}
+
+struct Jpeg {
+    int32_t size;  // as its trailer says
+    Dataspace dataSpace;
+    uint32_t written;
+};
+
+class JpegDump : public OutputDump, public ::testing::WithParamInterface<Jpeg> {};
+
+// A frame of 600 x 500: the trailer ends at 600,000 bytes.
+TEST_P(JpegDump, WritesAsMuchAsTheTrailerAllows) {
+    native_handle* const handle = Prepare(33, 1200000);
+    access.captureRequests()[kStreamId].dataSpace = GetParam().dataSpace;
+    const int32_t trailer[] = {0xFF, GetParam().size};
+    memcpy(around.mapper->memory(handle) + 600000 - 8, trailer, sizeof(trailer));
+    const std::string expected(around.mapper->memory(handle), GetParam().written);
+    Dump();
+    EXPECT_TRUE(data.read("offlinecameratest/" + data.dumps().at(0)) == expected);
+    const Lines lines = log.take();
+    EXPECT_EQ(lines.at(2), Format("I blob structure info Id 255, JPEGBlobSize %d, bufSize 600000, "
+                                  "imageSize %u, kMinJpegSize 262152",
+                                  GetParam().size, GetParam().written));
+    EXPECT_EQ(lines.at(3), Format("I imageSize %u bufferSize  1200000", GetParam().written));
+}
+
+INSTANTIATE_TEST_SUITE_P(Sizes, JpegDump,
+                         ::testing::Values(Jpeg{262152, Dataspace::JFIF, 262152},
+                                           Jpeg{262151, Dataspace::JFIF, 1200000},
+                                           Jpeg{262151, Dataspace::UNKNOWN, 200000},
+                                           Jpeg{300000, Dataspace::UNKNOWN, 300000}));
+
+TEST_F(OutputDump, FreesWhatItCannotWrite) {
+    native_handle* handle = Prepare(35);
+    data.remove();
+    Dump();
+    EXPECT_THAT(around.calls, ElementsAre("lock 2", "unlock", "freeBuffer"));
+    EXPECT_EQ(log.take().at(2), "E WaitCaptureResultCompleted: store fp failed");
+
+    const DataFolder fresh;
+    handle = Prepare(35);
+    around.mapper->errors["lock"] = fake::Error::BAD_VALUE;
+    Dump();
+    EXPECT_THAT(fresh.dumps(), IsEmpty());
+    EXPECT_THAT(around.calls, ElementsAre("lock 2", "freeBuffer"));
+    EXPECT_EQ(log.take(),
+              (Lines{Format("I result completed importedBuf %p", handle),
+                     Format("E Failed to lock buffer %p: 3", handle),
+                     "I result completed buffer (nil)", Format("I freeBuffer %p", handle)}));
+}
+
+TEST_F(OutputDump, LooksForTheBufferByItsWholeId) {
+    Prepare(35);
+    Dump(2);
+    Dump(1 + (int64_t{1} << 32));
+    access.Dump({77, 1}, 12);
+    EXPECT_THAT(around.calls, IsEmpty());
+    EXPECT_THAT(log.take(), IsEmpty());
+    EXPECT_EQ(access.captureRequests().count(77), 1u);
+    EXPECT_THAT(access.captureRequests()[77].buffers, IsEmpty());
+}
+
+TEST_F(OutputDump, HandlesEveryBufferOfTheId) {
+    native_handle* const first = Prepare(35);
+    auto entries = access.captureRequests()[kStreamId].buffers;
+    Prepare(35);
+    access.captureRequests()[kStreamId].buffers.push_back(entries[0]);
+    Dump();
+    EXPECT_THAT(around.calls,
+                ElementsAre("lock 2", "unlock", "freeBuffer", "lock 2", "unlock", "freeBuffer"));
+    EXPECT_EQ(around.mapper->memory(first), nullptr);
+}
+
+TEST_F(OutputDump, DiesOfAFrameBeyond31Bits) {
+    Prepare(33);
+    access.captureRequests()[kStreamId].width = 32768;
+    access.captureRequests()[kStreamId].height = 32768;
+    EXPECT_DEATH(Dump(), "");
+}
+
+}  // namespace
+}  // namespace test

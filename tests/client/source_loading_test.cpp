@@ -1,0 +1,145 @@
+// Source files: what is read of them, and each way in which one is wrong.
+
+#include <string>
+#include <vector>
+
+#include "tests/support/ClientFixture.h"
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+using ::testing::StartsWith;
+
+namespace test {
+namespace {
+
+const std::string kFolder = "offlinecameratest/";
+const std::string kYuvPath = "/data/vendor/camera/offlinecameratest/mmf_fd.yuv";
+const std::string kRawPath = "/data/vendor/camera/offlinecameratest/4096_3072_RAW10.raw";
+
+// Bytes that differ from their neighbours in every direction.
+std::string Pattern(size_t bytes) {
+    std::string pattern(bytes, '\0');
+    for (size_t i = 0; i < bytes; ++i) pattern[i] = static_cast<char>(1 + i % 251);
+    return pattern;
+}
+
+class SourceLoading : public ::testing::Test {
+  public:
+    int32_t LoadYuv(uint32_t width, uint32_t height) {
+        return OfflineCameraClientAccess::LoadYuv(kYuvPath.c_str(), buffer.data(), width, height);
+    }
+    int32_t LoadRaw(int32_t stride, int32_t scanline) {
+        return OfflineCameraClientAccess::LoadRaw(buffer.data(), stride, scanline);
+    }
+    // What the loader makes of metadata that is {9} before.
+    std::vector<uint8_t> LoadMetadata() {
+        std::vector<uint8_t> metadata{9};
+        OfflineCameraClientAccess::LoadMetadata(&metadata);
+        return metadata;
+    }
+
+    LogCapture log;
+    DataFolder data;
+    std::string buffer = std::string(256, '\0');
+};
+
+const std::string kYuvOpen = "I LoadOffineSourceYUVFrame: open input file " + kYuvPath;
+const std::string kRawOpen = "I LoadOffineSourceRawFrame: open input file " + kRawPath;
+
+TEST_F(SourceLoading, ReadsNv12WithHalfOfAnOddHeightRoundedDown) {
+    const std::string file = Pattern(6 * 5 + 6 * 2 + 10);
+    data.write(kFolder + "mmf_fd.yuv", file);
+    EXPECT_EQ(LoadYuv(6, 5), 0);
+    EXPECT_EQ(buffer, file.substr(0, 42) + std::string(256 - 42, '\0'));
+    EXPECT_EQ(log.take(), (Lines{kYuvOpen,
+                                 "I LoadOffineSourceYUVFrame: f_wxf_h 6x5, "
+                                 "stridexscanline 6x5, f_uv_off 30,"}));
+}
+
+TEST_F(SourceLoading, ReportsWhereNv12ComesShort) {
+    const std::string geometry =
+            "I LoadOffineSourceYUVFrame: f_wxf_h 8x4, stridexscanline 8x4, f_uv_off 32,";
+    data.write(kFolder + "mmf_fd.yuv", Pattern(8 * 4 + 8 * 2 - 1));
+    EXPECT_EQ(LoadYuv(8, 4), 1);
+    EXPECT_EQ(log.take(),
+              (Lines{kYuvOpen, geometry, "E readSize 7 is not same as width 8, file position 40"}));
+
+    data.write(kFolder + "mmf_fd.yuv", Pattern(3));
+    EXPECT_EQ(LoadYuv(8, 4), 1);
+    EXPECT_EQ(log.take(), (Lines{kYuvOpen, geometry, "E readSize 3 is not same as width 8"}));
+}
+
+TEST_F(SourceLoading, ReadsRawRowsAndNothingBehindThem) {
+    const std::string file = Pattern(5 * 10 + 20);
+    data.write(kFolder + "4096_3072_RAW10.raw", file);
+    EXPECT_EQ(LoadRaw(10, 5), 0);
+    EXPECT_EQ(buffer, file.substr(0, 50) + std::string(256 - 50, '\0'));
+    EXPECT_EQ(LoadRaw(10, 8), 1);
+    EXPECT_EQ(buffer.substr(0, 70), file);
+    EXPECT_EQ(log.take(),
+              (Lines{kRawOpen,
+                     "I LoadOffineSourceRawFrame: f_wxf_h 10x5, stridexscanline 10x5, f_off 0,",
+                     kRawOpen,
+                     "I LoadOffineSourceRawFrame: f_wxf_h 10x8, stridexscanline 10x8, f_off 0,",
+                     "E readSize 0 is not same as width 10"}));
+}
+
+// As without plane layouts: the file must be there, but may be anything.
+TEST_F(SourceLoading, OpensTheFileForNoRows) {
+    data.write(kFolder + "mmf_fd.yuv", "");
+    data.write(kFolder + "4096_3072_RAW10.raw", "");
+    EXPECT_EQ(LoadYuv(640, 0), 0);
+    EXPECT_EQ(LoadRaw(5120, 0), 0);
+    EXPECT_EQ(log.take(),
+              (Lines{kYuvOpen,
+                     "I LoadOffineSourceYUVFrame: f_wxf_h 640x0, stridexscanline 640x0, f_uv_off "
+                     "0,",
+                     kRawOpen,
+                     "I LoadOffineSourceRawFrame: f_wxf_h 5120x0, stridexscanline 5120x0, f_off "
+                     "0,"}));
+}
+
+TEST_F(SourceLoading, ReportsMissingFrames) {
+    EXPECT_EQ(LoadYuv(8, 4), 5);
+    EXPECT_EQ(LoadRaw(10, 5), 5);
+    EXPECT_EQ(log.take(), (Lines{kYuvOpen,
+                                 "E LoadOffineSourceYUVFrame: fopen failed " + kYuvPath +
+                                         ",error code No such file or directory",
+                                 kRawOpen,
+                                 "E LoadOffineSourceRawFrame: fopen failed " + kRawPath +
+                                         ",error code No such file or directory"}));
+}
+
+TEST_F(SourceLoading, LeavesMetadataAloneWithoutADump) {
+    EXPECT_THAT(LoadMetadata(), ElementsAre(9));
+    EXPECT_EQ(log.take(), (Lines{"I allocate input metadata (nil)"}));
+
+    data.write("metadata/original_dump.bin", "abcd");
+    data.failStat();
+    EXPECT_THAT(LoadMetadata(), ElementsAre(9));
+    EXPECT_EQ(log.take(), (Lines{"I LoadOffineInputMetadata: read meta from dump bin, bin size: 0.",
+                                 "I allocate input metadata (nil)"}));
+}
+
+TEST_F(SourceLoading, TakesAsMuchMetadataAsTheDumpsFirstWordSays) {
+    using namespace std::string_literals;
+    const auto load = [this](const std::string& dump) {
+        data.write("metadata/original_dump.bin", dump);
+        const std::vector<uint8_t> metadata = LoadMetadata();
+        EXPECT_THAT(log.take(),
+                    ElementsAre(Format("I LoadOffineInputMetadata: read meta from dump bin, bin "
+                                       "size: %zu.",
+                                       dump.size()),
+                                StartsWith("I allocate input metadata 0x")));
+        return std::string(metadata.begin(), metadata.end());
+    };
+    EXPECT_EQ(load("\x06\0\0\0XYZ"s), "\x06\0\0\0XY"s);
+    EXPECT_EQ(load("\x07\0\0\0XYZ"s), "\x07\0\0\0XYZ"s);
+    EXPECT_EQ(load("\x0a\0\0\0XYZ"s), "\x0a\0\0\0XYZ\0\0\0"s);  // nothing but zeroes is made up
+    EXPECT_EQ(load("\0\0\0\0XYZ"s), "");
+    EXPECT_EQ(load("\x05"s), "\x05\0\0\0\0"s);
+    EXPECT_EQ(load(""), "");
+}
+
+}  // namespace
+}  // namespace test

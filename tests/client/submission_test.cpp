@@ -1,0 +1,233 @@
+// Submission, the two waits, and the whole log of a run.
+
+#include <mutex>
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include "tests/support/ClientFixture.h"
+
+using ::aidl::android::hardware::camera::device::ShutterMsg;
+using ::testing::Contains;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+namespace test {
+namespace {
+
+const char kRawFile[] = "offlinecameratest/4096_3072_RAW10.raw";
+
+class Submission : public ClientTest {
+  public:
+    // B2Y, with its source file in place.
+    void ConfigureB2Y() {
+        Configure(0);
+        data.write(kRawFile, "");
+    }
+
+    // These two deliver as the service would.
+    void SendShutter(int32_t frameNumber) {
+        ShutterMsg message;
+        message.frameNumber = frameNumber;
+        around.service->callback->notify({NotifyMsg::make<NotifyMsg::Tag::shutter>(message)});
+    }
+    void SendResult(int32_t frameNumber, int64_t bufferId) {
+        std::vector<OfflineCaptureResult> results(1);
+        results[0].frameNumber = frameNumber;
+        results[0].outFrameInfo.buffers.resize(1);
+        results[0].outFrameInfo.buffers[0].streamId = 1;
+        results[0].outFrameInfo.buffers[0].bufferId = bufferId;
+        around.service->callback->processCaptureResult(results);
+    }
+
+    // Returns when the line is there and its thread has gone to wait with the lock released.
+    void AwaitWaiting(const std::string& line) {
+        EXPECT_TRUE(log.waitFor(line)) << line;
+        const std::lock_guard<std::mutex> lock(access.resultLock());
+    }
+};
+
+TEST_F(Submission, RunsThroughAndLogsEveryStep) {
+    ConfigureB2Y();
+    ASSERT_EQ(client.ProcessOfflineRequest(), 0);
+    native_handle* const input = Captured(0).importedBuf;
+    native_handle* const output = Captured(1).importedBuf;
+    const char* const memory = around.mapper->memory(output);
+    EXPECT_EQ(log.take(),
+              (Lines{"I allocate input metadata (nil)", "I buffer allocationsize: 4096",
+                     Format("I input streamId 0, bufferStride 64, bufferScanline 0 buffer %p width "
+                            "4096, height 3072 bufferSize  4096",
+                            input),
+                     "I LoadOffineSourceRawFrame: open input file "
+                     "/data/vendor/camera/offlinecameratest/4096_3072_RAW10.raw",
+                     "I LoadOffineSourceRawFrame: f_wxf_h 64x0, stridexscanline 64x0, f_off 0,",
+                     "I buffer allocationsize: 4096",
+                     Format("I output streamId 1, bufferStride 64, bufferScanline 0, buffer %p "
+                            "width 4000, height 3000 bufferSize  4096",
+                            output),
+                     "I ProcessOfflineRequest sucessfully",
+                     "I request id frameNumber:7 return frameNumber 7"}));
+
+    std::thread service([this] {
+        AwaitWaiting("IsShutterReceivedLocked frameNumber is 7");
+        SendShutter(7);
+        AwaitWaiting("WaitForResult wait_for condtion trigger");
+        SendResult(7, 1);
+    });
+    client.WaitCaptureResultCompleted();
+    service.join();
+    EXPECT_EQ(log.take(),
+              (Lines{"I WaitCaptureResultCompleted result frameNum is 7",
+                     "I WaitForShutter frame 7 time 5000",
+                     "I IsShutterReceivedLocked frameNumber is 7",
+                     "I notify: callback notify",
+                     "I WaitForShutter frame 7 received 1",
+                     "I WaitForResult result timeout_ms 5000",
+                     "I WaitForResult wait_for condtion trigger",
+                     "I processCaptureResult: callback capture result",
+                     "I ProcessOfflineResult 1",
+                     "I ProcessOfflineResult: outframeinfo numPartialMetadata 0 frame numbrer 7 "
+                     "buffer size 1 ",
+                     "I GetResultFrameInfo: result.end() numPartialMetadata 0",
+                     "I GetResultFrameInfo: result.end() pMetadata (nil)",
+                     "I GetResultFrameInfo: result.end() ",
+                     "I ProcessOfflineResult: inframeinfo numPartialMetadata 0 frame numbrer 7 "
+                     "buffer size 0 ",
+                     "I ProcessOfflineResult: result notifty",
+                     "I WaitForResult wait_for condtion trigger",
+                     "I ContainsTheSameBuffers result streamId  1 bufferId  1",
+                     "I ContainsTheSameBuffers request streamId  1 bufferId  1",
+                     "I IsResultReceivedLocked sucessfully",
+                     "I WaitForResult received is 1",
+                     "I WaitCaptureResultCompleted status is 0",
+                     "I result completed outputResult->second.buffers.size 1",
+                     Format("I result completed importedBuf %p", output),
+                     Format("I result completed buffer %p", memory),
+                     "I imageSize 0 bufferSize  4096",
+                     Format("I freeBuffer %p", output)}));
+    EXPECT_THAT(data.dumps(), ElementsAre("OfflineAidl_CameraId_2_Frame_7_B2Y_Stride[64]_"
+                                          "Scanline[0].yuv"));
+}
+
+TEST_F(Submission, FindsAtOnceWhatCameBeforeTheWait) {
+    ConfigureB2Y();
+    around.session->onProcess = [this](const auto&) {
+        SendShutter(7);
+        SendResult(7, 1);
+    };
+    ASSERT_EQ(client.ProcessOfflineRequest(), 0);
+    log.take();
+    client.WaitCaptureResultCompleted();
+    Lines lines = log.take();
+    lines.resize(7);
+    EXPECT_EQ(lines,
+              (Lines{"I WaitCaptureResultCompleted result frameNum is 7",
+                     "I WaitForShutter frame 7 time 5000", "I WaitForResult result timeout_ms 5000",
+                     "I ContainsTheSameBuffers result streamId  1 bufferId  1",
+                     "I ContainsTheSameBuffers request streamId  1 bufferId  1",
+                     "I IsResultReceivedLocked sucessfully",
+                     "I WaitCaptureResultCompleted status is 0"}));
+    EXPECT_EQ(data.dumps().size(), 1u);
+}
+
+// This one and the next wait for the real limits.
+TEST_F(Submission, TimesOutOnAnotherFramesShutterAndOtherBuffers) {
+    ConfigureB2Y();
+    around.session->onProcess = [this](const auto&) {
+        SendShutter(8);
+        SendResult(7, 2);
+    };
+    ASSERT_EQ(client.ProcessOfflineRequest(), 0);
+    log.take();
+    client.WaitCaptureResultCompleted();
+    const Lines refused{"I ContainsTheSameBuffers result streamId  1 bufferId  2",
+                        "I ContainsTheSameBuffers request streamId  1 bufferId  1",
+                        "W IsResultReceivedLocked failed"};
+    Lines expected{"I WaitCaptureResultCompleted result frameNum is 7",
+                   "I WaitForShutter frame 7 time 5000",
+                   "I IsShutterReceivedLocked frameNumber is 7",
+                   "I IsShutterReceivedLocked frameNumber is 7",
+                   "I WaitForShutter frame 7 received 0",
+                   "I WaitForResult result timeout_ms 5000"};
+    expected.insert(expected.end(), refused.begin(), refused.end());
+    for (int check = 0; check < 2; ++check) {
+        expected.push_back("I WaitForResult wait_for condtion trigger");
+        expected.insert(expected.end(), refused.begin(), refused.end());
+    }
+    expected.push_back("I WaitForResult received is 0");
+    expected.push_back("I WaitCaptureResultCompleted status is -110");
+    EXPECT_EQ(log.take(), expected);
+    EXPECT_THAT(data.dumps(), IsEmpty());
+}
+
+TEST_F(Submission, TimesOutWithoutAResult) {
+    ConfigureB2Y();
+    around.session->onProcess = [this](const auto&) { SendShutter(7); };
+    ASSERT_EQ(client.ProcessOfflineRequest(), 0);
+    log.take();
+    client.WaitCaptureResultCompleted();
+    EXPECT_EQ(log.take(),
+              (Lines{"I WaitCaptureResultCompleted result frameNum is 7",
+                     "I WaitForShutter frame 7 time 5000", "I WaitForResult result timeout_ms 5000",
+                     "I WaitForResult wait_for condtion trigger",
+                     "I WaitForResult wait_for condtion trigger", "I WaitForResult received is 0",
+                     "I WaitCaptureResultCompleted status is -110"}));
+    EXPECT_EQ(access.allocatedHandles().size(), 2u);
+}
+
+TEST_F(Submission, NumbersOnlyRequestsWithoutANumber) {
+    ConfigureB2Y();
+    ASSERT_EQ(client.ProcessOfflineRequest(), 0);
+    around.session->frameNumber = 8;
+    around.session->onProcess = [](const FakeSession::Requests& requests) {
+        ASSERT_EQ(requests.size(), 2u);
+        EXPECT_EQ(requests[0].frameNumber, 7);
+        EXPECT_EQ(requests[1].frameNumber, -1);
+    };
+    log.take();
+    ASSERT_EQ(client.ProcessOfflineRequest(), 0);
+    Lines lines = log.take();
+    lines.erase(lines.begin(), lines.end() - 2);
+    EXPECT_EQ(lines, (Lines{"I request id frameNumber:7 return frameNumber 8",
+                            "I request id frameNumber:8 return frameNumber 8"}));
+}
+
+TEST_F(Submission, FailsWithTheSession) {
+    ConfigureB2Y();
+    for (const bool statusless : {false, true}) {
+        around.session->fails = true;
+        around.session->statusless = statusless;
+        access.offlineRequests().clear();
+        log.take();
+        EXPECT_EQ(client.ProcessOfflineRequest(), 1);
+        Lines lines = log.take();
+        lines.erase(lines.begin(), lines.end() - 2);
+        EXPECT_EQ(lines, (Lines{"E ProcessOfflineRequest, FAILED...",
+                                "I request id frameNumber:0 return frameNumber 0"}));
+    }
+}
+
+TEST_F(Submission, WithoutSessionStillNumbersRequests) {
+    access.offlineRequests().resize(1);
+    access.offlineRequests()[0].frameNumber = -1;
+    access.notifyMessages().resize(1);
+    EXPECT_EQ(client.ProcessOfflineRequest(), 4);
+    EXPECT_EQ(log.take(), (Lines{"E m_offlineSession is NULL",
+                                 "I request id frameNumber:0 return frameNumber 0"}));
+    EXPECT_EQ(access.notifyMessages().size(), 1u);  // nothing was cleared
+}
+
+TEST_F(Submission, SubmitsNothingThatCouldNotBeBuilt) {
+    Configure(0);
+    access.resultFrameInfos()[7];
+    access.notifyMessages().resize(1);
+    EXPECT_EQ(client.ProcessOfflineRequest(), 5);
+    EXPECT_EQ(around.session->processed, 0);
+    EXPECT_EQ(log.take().back(), "E load source raw frame failed");
+    EXPECT_THAT(access.resultFrameInfos(), IsEmpty());  // cleared before the building
+    EXPECT_THAT(access.notifyMessages(), IsEmpty());
+}
+
+}  // namespace
+}  // namespace test
