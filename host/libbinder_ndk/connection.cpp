@@ -66,6 +66,7 @@ binder_status_t Connection::send(OutgoingFrame* frame) {
         case SendResult::kRefused:
             return STATUS_FAILED_TRANSACTION;
         default:
+            mOpen = false;
             ::shutdown(mFd, SHUT_RDWR);
             return STATUS_DEAD_OBJECT;
     }

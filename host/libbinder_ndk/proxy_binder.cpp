@@ -33,6 +33,10 @@ ProxyBinder::ProxyBinder(std::shared_ptr<Connection> connection, uint64_t number
       mNumber(number),
       mAlive(mConnection != nullptr) {}
 
+bool ProxyBinder::isAlive() const {
+    return mAlive && mConnection->isOpen();
+}
+
 bool ProxyBinder::associateClass(const AIBinder_Class* wanted) {
     if (const AIBinder_Class* current = clazz()) return current->descriptor == wanted->descriptor;
     std::string descriptor;
@@ -89,7 +93,7 @@ void ProxyBinder::markDead() {
 
 binder_status_t ProxyBinder::transact(transaction_code_t code, AParcel* in, AParcel** out,
                                       binder_flags_t flags) {
-    if (!mAlive) return STATUS_DEAD_OBJECT;
+    if (!isAlive()) return STATUS_DEAD_OBJECT;
     return mConnection->transact(mNumber, clazz(), code, in, out, flags);
 }
 
@@ -97,7 +101,7 @@ void ProxyBinder::onLastStrongReference() {
     for (const auto& link : mLinks) link->unlink();
     if (mConnection == nullptr) return;
     const uint64_t references = ObjectTable::instance().forgetProxy(mConnection->objects(), this);
-    if (references > 0 && mAlive) mConnection->giveBack(mNumber, references);
+    if (references > 0 && isAlive()) mConnection->giveBack(mNumber, references);
 }
 
 }  // namespace hostbinder

@@ -19,7 +19,7 @@ class ProxyBinder final : public AIBinder {
     ProxyBinder(std::shared_ptr<Connection> connection, uint64_t number);
 
     ProxyBinder* asProxy() override { return this; }
-    bool isAlive() const override { return mAlive; }
+    bool isAlive() const override;
     binder_status_t transact(transaction_code_t code, AParcel* in, AParcel** out,
                              binder_flags_t flags) override;
     // The first class with the right descriptor stays.

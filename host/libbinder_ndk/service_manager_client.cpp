@@ -57,7 +57,10 @@ binder_status_t ask(transaction_code_t code, Write write, Read read) {
     ndk::ScopedAStatus answer;
     status = AParcel_readStatusHeader(reply.get(), answer.getR());
     if (status != STATUS_OK) return status;
-    return answer.isOk() ? read(reply.get()) : STATUS_BAD_VALUE;
+    if (answer.isOk()) return read(reply.get());
+    BINDER_LOGE("service manager: %s", answer.getDescription().c_str());
+    return answer.getExceptionCode() == EX_ILLEGAL_ARGUMENT ? STATUS_BAD_VALUE
+                                                            : STATUS_INVALID_OPERATION;
 }
 
 }  // namespace

@@ -19,7 +19,7 @@ ThreadPool& ThreadPool::instance() {
 }
 
 void ThreadPool::submit(std::unique_ptr<Work> work) {
-    std::lock_guard<std::mutex> lock(mMutex);
+    std::unique_lock<std::mutex> lock(mMutex);
     mQueue.push_back(std::move(work));
     if (mPollFd >= 0) {
         const uint64_t one = 1;
@@ -27,8 +27,9 @@ void ThreadPool::submit(std::unique_ptr<Work> work) {
             BINDER_LOGW("cannot signal waiting work: %s", strerror(errno));
         }
     }
-    if (mIdle > 0) mWorkWaits.notify_one();
     growLocked();
+    lock.unlock();
+    mWorkWaits.notify_one();  // outside: the woken thread needs the lock
 }
 
 void ThreadPool::growLocked() {

@@ -13,10 +13,12 @@
 namespace hostbinder {
 
 void Waiter::deliver(IncomingMessage reply) {
-    std::lock_guard<std::mutex> lock(mMutex);
-    mReply = std::move(reply);
-    mDone = true;
-    mChanged.notify_all();
+    {
+        std::lock_guard<std::mutex> lock(mMutex);
+        mReply = std::move(reply);
+        mDone = true;
+    }
+    mChanged.notify_all();  // outside: the woken thread needs the lock
 }
 
 bool Waiter::offer(std::unique_ptr<Work>* work) {

@@ -26,9 +26,15 @@ binder_status_t addService(const AParcel* in, AParcel* out) {
     if (status == STATUS_OK) status = ndk::AParcel_readNullableStrongBinder(in, &binder);
     if (status != STATUS_OK) return status;
     status = ServiceTable::instance().add(name, binder);
-    ndk::ScopedAStatus answer = status == STATUS_BAD_VALUE
-                                        ? ndk::ScopedAStatus::fromExceptionCode(EX_ILLEGAL_ARGUMENT)
-                                        : ndk::ScopedAStatus::fromStatus(status);
+    ndk::ScopedAStatus answer;
+    if (status == STATUS_OK) {
+        answer = ndk::ScopedAStatus::ok();
+    } else if (status == STATUS_BAD_VALUE) {
+        answer = ndk::ScopedAStatus::fromExceptionCode(EX_ILLEGAL_ARGUMENT);
+    } else {
+        answer = ndk::ScopedAStatus::fromExceptionCodeWithMessage(EX_ILLEGAL_STATE,
+                                                                  "the object is dead");
+    }
     return AParcel_writeStatusHeader(out, answer.get());
 }
 

@@ -1,0 +1,56 @@
+// The object that tests call in other processes, and the calls they make.
+#pragma once
+
+#include <android/binder_auto_utils.h>
+#include <android/binder_parcel_utils.h>
+
+#include <functional>
+#include <string>
+#include <thread>
+#include <vector>
+
+// What a peer does on request. Values are int32 unless said otherwise.
+enum PeerRequest : transaction_code_t {
+    kAdd = FIRST_CALL_TRANSACTION,  // value -> value + 1
+    kEchoFds,                       // count, fds -> the same fds
+    kEchoBytes,                     // bytes -> bytes
+    kHold,                          // binder: kept until kDrop
+    kGetHeld,                       // -> binder
+    kDrop,                          // forgets the binder
+    kCall,                          // binder, value -> what the binder's kAdd answers
+    kRelay,                         // binder via, binder, value -> what via's kCall answers
+    kNewObject,                     // -> binder of a new object of the peer
+    kLiveObjects,                   // -> how many such objects are alive
+    kBlock,                         // fd entered, fd go: writes to one, waits for the other
+    kMostBlocked,                   // -> the most kBlock calls that ran at the same time
+    kRecord,                        // value: appended to the peer's list
+    kRecords,                       // -> the list
+    kCountFds,                      // -> how many descriptors the process has open
+    kCaller,                        // -> pid and uid of the caller
+    kPoolStarted,                   // -> whether the pool runs
+    kFail,                          // status: returned as transport status
+    kPeerRequestEnd,
+};
+
+// The class of these objects, and a new object of it (an owned reference).
+const AIBinder_Class* peerClass();
+ndk::SpAIBinder newPeerObject();
+
+// How many objects of the class are alive in this process, and which thread ran kAdd last.
+int livePeerObjects();
+std::thread::id lastAddThread();
+
+// One call: the arguments that `write` adds, and the answer that `read` takes.
+binder_status_t callPeer(const ndk::SpAIBinder& binder, transaction_code_t code,
+                         const std::function<binder_status_t(AParcel*)>& write = nullptr,
+                         const std::function<binder_status_t(const AParcel*)>& read = nullptr,
+                         binder_flags_t flags = 0);
+
+// Calls with an int32 answer; -1 (and *status, if given) on failure.
+int32_t askPeer(const ndk::SpAIBinder& binder, transaction_code_t code,
+                const std::function<binder_status_t(AParcel*)>& write = nullptr,
+                binder_status_t* status = nullptr);
+int32_t add(const ndk::SpAIBinder& binder, int32_t value, binder_status_t* status = nullptr);
+binder_status_t hold(const ndk::SpAIBinder& peer, const ndk::SpAIBinder& object);
+ndk::SpAIBinder getBinder(const ndk::SpAIBinder& peer, transaction_code_t code);
+int32_t countOpenDescriptors();

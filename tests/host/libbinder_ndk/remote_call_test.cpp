@@ -1,0 +1,201 @@
+// Calls between processes: values, descriptors, failures, callbacks.
+#include <android/binder_manager.h>
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include <future>
+#include <numeric>
+
+#include "host/libbinder_ndk/wire_format.h"
+#include "tests/host/libbinder_ndk/peer_service.h"
+#include "tests/host/libbinder_ndk/test_bus.h"
+
+namespace {
+
+ndk::ScopedFileDescriptor fileWith(const std::string& text) {
+    ndk::ScopedFileDescriptor fd(memfd_create("test", MFD_CLOEXEC));
+    EXPECT_EQ(write(fd.get(), text.data(), text.size()), static_cast<ssize_t>(text.size()));
+    return fd;
+}
+
+std::string textOf(const ndk::ScopedFileDescriptor& fd) {
+    char text[64] = {};
+    const ssize_t size = pread(fd.get(), text, sizeof(text), 0);
+    return size < 0 ? "unreadable" : std::string(text, static_cast<size_t>(size));
+}
+
+binder_status_t echoFds(const ndk::SpAIBinder& peer,
+                        const std::vector<ndk::ScopedFileDescriptor>& fds,
+                        std::vector<ndk::ScopedFileDescriptor>* back) {
+    return callPeer(
+            peer, kEchoFds, [&](AParcel* in) { return ndk::AParcel_writeVector(in, fds); },
+            [&](const AParcel* out) { return ndk::AParcel_readVector(out, back); });
+}
+
+binder_status_t echoBytes(const ndk::SpAIBinder& peer, const std::vector<uint8_t>& bytes,
+                          std::vector<uint8_t>* back) {
+    return callPeer(
+            peer, kEchoBytes, [&](AParcel* in) { return ndk::AParcel_writeVector(in, bytes); },
+            [&](const AParcel* out) { return ndk::AParcel_readVector(out, back); });
+}
+
+TEST(RemoteCall, AnswersAndIsRemote) {
+    Peer peer = startPeer();
+    EXPECT_TRUE(AIBinder_isRemote(peer.binder.get()));
+    EXPECT_TRUE(AIBinder_isAlive(peer.binder.get()));
+    EXPECT_EQ(AIBinder_ping(peer.binder.get()), STATUS_OK);
+    EXPECT_EQ(AIBinder_getUserData(peer.binder.get()), nullptr);
+    EXPECT_EQ(add(peer.binder, 41), 42);
+}
+
+TEST(RemoteCall, TellsTheCalleeWhoCalls) {
+    Peer peer = startPeer();
+    int32_t pid = 0;
+    int32_t uid = 0;
+    ASSERT_EQ(callPeer(peer.binder, kCaller, nullptr,
+                       [&](const AParcel* out) {
+                           ndk::AParcel_readData(out, &pid);
+                           return ndk::AParcel_readData(out, &uid);
+                       }),
+              STATUS_OK);
+    EXPECT_EQ(pid, getpid());
+    EXPECT_EQ(uid, static_cast<int32_t>(getuid()));
+}
+
+TEST(RemoteCall, PassesDescriptorsBothWays) {
+    Peer peer = startPeer();
+    std::vector<ndk::ScopedFileDescriptor> fds;
+    fds.push_back(fileWith("one"));
+    fds.push_back(fileWith("two"));
+    std::vector<ndk::ScopedFileDescriptor> back;
+    ASSERT_EQ(echoFds(peer.binder, fds, &back), STATUS_OK);
+    ASSERT_EQ(back.size(), 2u);
+    EXPECT_EQ(textOf(back[0]), "one");
+    EXPECT_EQ(textOf(back[1]), "two");
+    EXPECT_TRUE((fcntl(back[0].get(), F_GETFD) & FD_CLOEXEC) != 0);
+}
+
+TEST(RemoteCall, LimitsDescriptorsAndSize) {
+    Peer peer = startPeer();
+    ndk::ScopedFileDescriptor file = fileWith("x");
+    std::vector<ndk::ScopedFileDescriptor> fds;
+    for (uint32_t i = 0; i < hostbinder::kMaxDescriptors; ++i) fds.push_back(file.dup());
+    std::vector<ndk::ScopedFileDescriptor> back;
+    EXPECT_EQ(echoFds(peer.binder, fds, &back), STATUS_OK);
+    EXPECT_EQ(back.size(), fds.size());
+    fds.push_back(file.dup());
+    EXPECT_EQ(echoFds(peer.binder, fds, &back), STATUS_FAILED_TRANSACTION);
+
+    std::vector<uint8_t> bytes(hostbinder::kMaxParcelBytes - 256);
+    std::iota(bytes.begin(), bytes.end(), uint8_t{0});
+    std::vector<uint8_t> echoed;
+    EXPECT_EQ(echoBytes(peer.binder, bytes, &echoed), STATUS_OK);
+    EXPECT_TRUE(echoed == bytes);
+    bytes.resize(hostbinder::kMaxParcelBytes);
+    EXPECT_EQ(echoBytes(peer.binder, bytes, &echoed), STATUS_FAILED_TRANSACTION);
+    EXPECT_EQ(add(peer.binder, 1), 2) << "the connection survives what is refused";
+}
+
+TEST(RemoteCall, ReturnsTheTransportStatusOfTheMethod) {
+    Peer peer = startPeer();
+    auto failWith = [&](int32_t status) {
+        return callPeer(peer.binder, kFail,
+                        [=](AParcel* in) { return ndk::AParcel_writeData(in, status); });
+    };
+    EXPECT_EQ(failWith(STATUS_WOULD_BLOCK), STATUS_WOULD_BLOCK);
+    EXPECT_EQ(failWith(STATUS_BAD_INDEX), STATUS_BAD_INDEX);
+    EXPECT_EQ(failWith(12345), STATUS_UNKNOWN_ERROR);
+    EXPECT_EQ(callPeer(peer.binder, kPeerRequestEnd), STATUS_UNKNOWN_TRANSACTION);
+}
+
+TEST(RemoteCall, RefusesAnotherInterfacesHeader) {
+    Peer peer = startPeer();
+    // A class of the same name whose requests carry no header: the test writes its own.
+    AIBinder_Class* bare = AIBinder_Class_define(
+            "test.IPeer", [](void*) -> void* { return nullptr; }, [](void*) {},
+            [](AIBinder*, transaction_code_t, const AParcel*, AParcel*) -> binder_status_t {
+                return STATUS_OK;
+            });
+    AIBinder_Class_disableInterfaceTokenHeader(bare);
+    ASSERT_TRUE(AIBinder_associateClass(peer.binder.get(), bare));
+    for (const char* descriptor : {"test.IPeer", "test.IOther"}) {
+        ndk::ScopedAParcel in;
+        ndk::ScopedAParcel out;
+        ASSERT_EQ(AIBinder_prepareTransaction(peer.binder.get(), in.getR()), STATUS_OK);
+        AParcel_writeUint32(in.get(), hostbinder::kStrictModePresent);
+        AParcel_writeInt32(in.get(), hostbinder::kWorkSourceUnset);
+        AParcel_writeUint32(in.get(), hostbinder::kHeaderTag);
+        ndk::AParcel_writeString(in.get(), std::string(descriptor));
+        AParcel_writeInt32(in.get(), 1);
+        EXPECT_EQ(AIBinder_transact(peer.binder.get(), kAdd, in.getR(), out.getR(), 0),
+                  descriptor == std::string("test.IPeer") ? STATUS_OK : STATUS_BAD_TYPE);
+    }
+}
+
+TEST(RemoteCall, RefusesAClassWithAnotherDescriptor) {
+    Peer peer = startPeer();
+    AIBinder_Class* other = AIBinder_Class_define(
+            "test.IOther", [](void*) -> void* { return nullptr; }, [](void*) {},
+            [](AIBinder*, transaction_code_t, const AParcel*, AParcel*) -> binder_status_t {
+                return STATUS_OK;
+            });
+    EXPECT_FALSE(AIBinder_associateClass(peer.binder.get(), other));
+    EXPECT_EQ(AIBinder_getClass(peer.binder.get()), nullptr);
+    EXPECT_TRUE(AIBinder_associateClass(peer.binder.get(), peerClass()));
+    EXPECT_EQ(AIBinder_getClass(peer.binder.get()), peerClass());
+}
+
+int32_t callThrough(const ndk::SpAIBinder& peer, const ndk::SpAIBinder& target, int32_t value) {
+    return askPeer(peer, kCall, [&](AParcel* in) {
+        AParcel_writeStrongBinder(in, target.get());
+        return ndk::AParcel_writeData(in, value);
+    });
+}
+
+TEST(Callback, RunsOnTheWaitingThread) {
+    Peer peer = startPeer();
+    ndk::SpAIBinder own = newPeerObject();
+    EXPECT_EQ(callThrough(peer.binder, own, 7), 8);
+    EXPECT_EQ(lastAddThread(), std::this_thread::get_id());
+}
+
+TEST(Callback, ThroughAThirdProcessRunsOnTheWaitingThread) {
+    Peer first = startPeer();
+    Peer second = startPeer();
+    ndk::SpAIBinder own = newPeerObject();
+    const int32_t answer = askPeer(first.binder, kRelay, [&](AParcel* in) {
+        AParcel_writeStrongBinder(in, second.binder.get());
+        AParcel_writeStrongBinder(in, own.get());
+        return ndk::AParcel_writeData(in, 9);
+    });
+    EXPECT_EQ(answer, 10);
+    EXPECT_EQ(lastAddThread(), std::this_thread::get_id());
+}
+
+TEST(Connecting, FromBothSidesAtOnceGivesWorkingCalls) {
+    for (int round = 0; round < 8; ++round) {
+        Peer first = startPeer();
+        Peer second = startPeer();
+        // Neither knows the other yet: each call makes its callee connect.
+        auto forth = std::async(std::launch::async,
+                                [&]() { return callThrough(first.binder, second.binder, 1); });
+        EXPECT_EQ(callThrough(second.binder, first.binder, 2), 3);
+        EXPECT_EQ(forth.get(), 2);
+    }
+}
+
+TEST(ExitHandler, CanStillCall) {
+    Peer peer = startPeer();
+    const std::string name = newServiceName();
+    ASSERT_EQ(AServiceManager_addService(peer.binder.get(), name.c_str()), EX_NONE);
+    Child caller(peerCommand(newServiceName(), {"--call-at-exit", name}));
+    EXPECT_EQ(caller.wait(), 0);
+    std::vector<int32_t> records;
+    callPeer(peer.binder, kRecords, nullptr,
+             [&](const AParcel* out) { return ndk::AParcel_readVector(out, &records); });
+    EXPECT_EQ(records, std::vector<int32_t>{42});
+}
+
+}  // namespace

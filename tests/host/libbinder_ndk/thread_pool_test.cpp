@@ -1,0 +1,141 @@
+// Which threads serve calls, and in which order.
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <future>
+#include <numeric>
+
+#include "tests/host/libbinder_ndk/peer_service.h"
+#include "tests/host/libbinder_ndk/test_bus.h"
+
+namespace {
+
+// Calls that stay in the peer until they are let go.
+class BlockedCalls {
+  public:
+    explicit BlockedCalls(const ndk::SpAIBinder& peer) : mPeer(peer) {
+        EXPECT_EQ(pipe2(mEntered, O_CLOEXEC), 0);
+        EXPECT_EQ(pipe2(mGo, O_CLOEXEC), 0);
+    }
+    ~BlockedCalls() {
+        for (int* ends : {mEntered, mGo}) {
+            close(ends[0]);
+            close(ends[1]);
+        }
+    }
+    void start() {
+        mCalls.push_back(std::async(std::launch::async, [this]() {
+            return callPeer(mPeer, kBlock, [this](AParcel* in) {
+                AParcel_writeParcelFileDescriptor(in, mEntered[1]);
+                return AParcel_writeParcelFileDescriptor(in, mGo[0]);
+            });
+        }));
+    }
+    void awaitEntered(int count) {
+        char byte;
+        for (int i = 0; i < count; ++i) ASSERT_EQ(read(mEntered[0], &byte, 1), 1);
+    }
+    void letGo() { ASSERT_EQ(write(mGo[1], "x", 1), 1); }
+    void expectAllDone() {
+        for (auto& call : mCalls) EXPECT_EQ(call.get(), STATUS_OK);
+    }
+
+  private:
+    const ndk::SpAIBinder mPeer;
+    int mEntered[2] = {-1, -1};
+    int mGo[2] = {-1, -1};
+    std::vector<std::future<binder_status_t>> mCalls;
+};
+
+TEST(ThreadPool, RunsCallsOfOneProxyInParallel) {
+    Peer peer = startPeer();
+    BlockedCalls calls(peer.binder);
+    for (int i = 0; i < 4; ++i) calls.start();
+    calls.awaitEntered(4);  // would never come if one waited for another
+    EXPECT_EQ(add(peer.binder, 1), 2);
+    for (int i = 0; i < 4; ++i) calls.letGo();
+    calls.expectAllDone();
+}
+
+TEST(ThreadPool, HasAtMostTheConfiguredThreads) {
+    // One thread at the start, one on demand, and the peer's main thread joins.
+    Peer peer = startPeer({"--max", "1"});
+    BlockedCalls calls(peer.binder);
+    for (int i = 0; i < 6; ++i) calls.start();
+    calls.awaitEntered(3);
+    for (int i = 0; i < 6; ++i) calls.letGo();
+    calls.expectAllDone();
+    EXPECT_EQ(askPeer(peer.binder, kMostBlocked), 3);
+}
+
+TEST(ThreadPool, QueuesCallsUntilItIsStarted) {
+    Peer peer = startPeer({"--late-pool"});
+    // The peer says whether the pool ran when it served the call; its class is asked for first.
+    auto started =
+            std::async(std::launch::async, [&]() { return askPeer(peer.binder, kPoolStarted); });
+    peer.process.nudge();
+    EXPECT_EQ(started.get(), 1);
+}
+
+TEST(Oneway, CallsToOneObjectRunInOrder) {
+    Peer peer = startPeer();
+    std::vector<int32_t> expected(200);
+    std::iota(expected.begin(), expected.end(), 0);
+    for (int32_t value : expected) {
+        ASSERT_EQ(callPeer(
+                          peer.binder, kRecord,
+                          [=](AParcel* in) { return ndk::AParcel_writeData(in, value); }, nullptr,
+                          FLAG_ONEWAY),
+                  STATUS_OK);
+    }
+    std::vector<int32_t> records;
+    EXPECT_TRUE(eventually([&]() {
+        callPeer(peer.binder, kRecords, nullptr,
+                 [&](const AParcel* out) { return ndk::AParcel_readVector(out, &records); });
+        return records.size() == expected.size();
+    }));
+    EXPECT_EQ(records, expected);
+}
+
+TEST(Oneway, DoesNotWaitForTheCallee) {
+    Peer peer = startPeer();
+    int entered[2];
+    int go[2];
+    ASSERT_EQ(pipe2(entered, O_CLOEXEC), 0);
+    ASSERT_EQ(pipe2(go, O_CLOEXEC), 0);
+    EXPECT_EQ(callPeer(
+                      peer.binder, kBlock,
+                      [&](AParcel* in) {
+                          AParcel_writeParcelFileDescriptor(in, entered[1]);
+                          return AParcel_writeParcelFileDescriptor(in, go[0]);
+                      },
+                      nullptr, FLAG_ONEWAY),
+              STATUS_OK);
+    char byte = 0;
+    EXPECT_EQ(read(entered[0], &byte, 1), 1);
+    EXPECT_EQ(write(go[1], &byte, 1), 1);
+    for (int* ends : {entered, go}) {
+        close(ends[0]);
+        close(ends[1]);
+    }
+}
+
+TEST(Callers, OnManyThreadsGetTheirOwnAnswers) {
+    Peer peer = startPeer();
+    std::vector<std::future<bool>> callers;
+    for (int32_t caller = 0; caller < 8; ++caller) {
+        callers.push_back(std::async(std::launch::async, [&peer, caller]() {
+            for (int32_t i = 0; i < 300; ++i) {
+                const int32_t value = caller * 1000 + i;
+                if (add(peer.binder, value) != value + 1) return false;
+                if (getBinder(peer.binder, kNewObject).get() == nullptr) return false;
+            }
+            return true;
+        }));
+    }
+    for (auto& caller : callers) EXPECT_TRUE(caller.get());
+    EXPECT_TRUE(eventually([&]() { return askPeer(peer.binder, kLiveObjects) == 1; }));
+}
+
+}  // namespace

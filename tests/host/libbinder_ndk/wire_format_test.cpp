@@ -1,0 +1,74 @@
+// The bytes of a request: they must stay what they are.
+#include "host/libbinder_ndk/wire_format.h"
+
+#include <android/binder_parcel_utils.h>
+#include <android/binder_stability.h>
+#include <gtest/gtest.h>
+#include <sys/mman.h>
+
+#include "host/libbinder_ndk/parcel.h"
+
+namespace {
+
+std::string hex(const AParcel* parcel) {
+    std::string text;
+    char byte[3];
+    for (size_t i = 0; i < parcel->size(); ++i) {
+        if (i > 0 && i % 4 == 0) text += ' ';
+        snprintf(byte, sizeof(byte), "%02x", parcel->data()[i]);
+        text += byte;
+    }
+    return text;
+}
+
+TEST(WireFormat, OfARequestWithEveryKindOfItem) {
+    AIBinder_Class* clazz = AIBinder_Class_define(
+            "a.IB", [](void*) -> void* { return nullptr; }, [](void*) {},
+            [](AIBinder*, transaction_code_t, const AParcel*, AParcel*) -> binder_status_t {
+                return STATUS_OK;
+            });
+    ndk::SpAIBinder object(AIBinder_new(clazz, nullptr));
+    AIBinder_markVintfStability(object.get());
+    ndk::ScopedAParcel parcel;
+    ASSERT_EQ(AIBinder_prepareTransaction(object.get(), parcel.getR()), STATUS_OK);
+    AParcel* p = parcel.get();
+    ndk::AParcel_writeData(p, int8_t{-2});
+    ndk::AParcel_writeData(p, int64_t{0x0102030405060708});
+    ndk::AParcel_writeData(p, std::string("h\xc3\xa9"));
+    ndk::AParcel_writeNullableData(p, std::optional<std::string>());
+    ndk::AParcel_writeData(p, std::vector<uint8_t>{1, 2, 3, 4, 5});
+    ndk::AParcel_writeData(p, std::vector<bool>{true});
+    AParcel_writeStrongBinder(p, object.get());
+    AParcel_writeStrongBinder(p, nullptr);
+    ndk::ScopedFileDescriptor file(memfd_create("test", MFD_CLOEXEC));
+    AParcel_writeParcelFileDescriptor(p, file.get());
+    AParcel_writeStatusHeader(
+            p, ndk::ScopedAStatus::fromServiceSpecificErrorWithMessage(1, "A").get());
+    EXPECT_EQ(hex(p),
+              "00000080 ffffffff 54535953 04000000 61002e00 49004200 00000000 "  // "a.IB"
+              "feffffff "                                                        // byte
+              "08070605 04030201 "                                               // long, at 32
+              "02000000 6800e900 00000000 "                                      // String
+              "ffffffff "                                                        // null String
+              "05000000 01020304 05000000 "                                      // byte[]
+              "01000000 01000000 "                                               // boolean[]
+              "852a6873 00000000 00000000 00000000 00000000 00000000 3f000000 "  // binder
+              "852a6273 00000000 00000000 00000000 00000000 00000000 00000000 "  // null binder
+              "01000000 00000000 "                                               // descriptor:
+              "852a6466 00000000 00000000 00000000 00000000 00000000 "           // its record
+              "f8ffffff 01000000 41000000 00000000 01000000");                   // status header
+}
+
+TEST(WireFormat, OfAFrame) {
+    using hostbinder::FrameHeader;
+    EXPECT_EQ(offsetof(FrameHeader, kind), 4u);
+    EXPECT_EQ(offsetof(FrameHeader, id), 8u);
+    EXPECT_EQ(offsetof(FrameHeader, target), 16u);
+    EXPECT_EQ(offsetof(FrameHeader, chain), 24u);
+    EXPECT_EQ(offsetof(FrameHeader, referencesId), 32u);
+    EXPECT_EQ(offsetof(FrameHeader, code), 40u);
+    EXPECT_EQ(offsetof(FrameHeader, descriptorCount), 64u);
+    EXPECT_EQ(offsetof(hostbinder::ReferenceRecord, name), 16u);
+}
+
+}  // namespace

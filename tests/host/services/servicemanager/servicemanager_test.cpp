@@ -1,0 +1,130 @@
+// The service manager process: names, replacement, death, and several of them in one folder.
+#include <android/binder_manager.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <host_service_manager.h>
+#include <signal.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "tests/host/libbinder_ndk/peer_service.h"
+#include "tests/host/libbinder_ndk/test_bus.h"
+
+namespace {
+
+ndk::SpAIBinder check(const std::string& name) {
+    return ndk::SpAIBinder(AServiceManager_checkService(name.c_str()));
+}
+
+std::vector<std::string> listServices() {
+    std::vector<std::string> names;
+    EXPECT_EQ(AServiceManager_forEachService(
+                      &names,
+                      [](const char* name, void* context) {
+                          static_cast<std::vector<std::string>*>(context)->push_back(name);
+                      }),
+              STATUS_OK);
+    return names;
+}
+
+TEST(ServiceManager, FindsAServiceOfThisProcessAsTheObjectItself) {
+    busFolder();
+    const std::string name = newServiceName();
+    ndk::SpAIBinder service = newPeerObject();
+    EXPECT_EQ(check(name).get(), nullptr);
+    ASSERT_EQ(AServiceManager_addService(service.get(), name.c_str()), EX_NONE);
+    EXPECT_EQ(check(name), service);
+    EXPECT_THAT(listServices(), testing::Contains(name));
+}
+
+TEST(ServiceManager, ReplacesAServiceOfTheSameName) {
+    Peer peer = startPeer();
+    const std::string name = newServiceName();
+    const int before = livePeerObjects();
+    ASSERT_EQ(AServiceManager_addService(newPeerObject().get(), name.c_str()), EX_NONE);
+    EXPECT_EQ(livePeerObjects(), before + 1) << "the service manager holds it";
+    ASSERT_EQ(AServiceManager_addService(peer.binder.get(), name.c_str()), EX_NONE);
+    EXPECT_EQ(check(name), peer.binder);
+    EXPECT_TRUE(eventually([&]() { return livePeerObjects() == before; }));
+}
+
+TEST(ServiceManager, ForgetsAServiceThatDies) {
+    Peer peer = startPeer();
+    const std::string name = newServiceName();
+    ASSERT_EQ(AServiceManager_addService(peer.binder.get(), name.c_str()), EX_NONE);
+    peer.process.signal(SIGKILL);
+    EXPECT_TRUE(eventually([&]() { return check(name).get() == nullptr; }));
+    EXPECT_THAT(listServices(), testing::Not(testing::Contains(name)));
+}
+
+TEST(ServiceManager, KeepsTheNewServiceWhenTheReplacedOneDies) {
+    Peer old = startPeer();
+    Peer current = startPeer();
+    const std::string shared = newServiceName();
+    const std::string onlyOld = newServiceName();
+    ASSERT_EQ(AServiceManager_addService(old.binder.get(), shared.c_str()), EX_NONE);
+    ASSERT_EQ(AServiceManager_addService(old.binder.get(), onlyOld.c_str()), EX_NONE);
+    ASSERT_EQ(AServiceManager_addService(current.binder.get(), shared.c_str()), EX_NONE);
+    old.process.signal(SIGKILL);
+    EXPECT_TRUE(eventually([&]() { return check(onlyOld).get() == nullptr; }));
+    EXPECT_EQ(check(shared), current.binder);
+}
+
+TEST(ServiceManager, RefusesADeadService) {
+    Peer peer = startPeer();
+    peer.process.signal(SIGKILL);
+    peer.process.wait();
+    EXPECT_EQ(AServiceManager_addService(peer.binder.get(), newServiceName().c_str()),
+              EX_TRANSACTION_FAILED);
+}
+
+// A folder of its own for service managers that the test starts.
+class OwnFolder : public testing::Test {
+  protected:
+    void SetUp() override {
+        char path[] = "/tmp/servicemanager-test-XXXXXX";
+        ASSERT_NE(mkdtemp(path), nullptr);
+        mFolder = path;
+        mEnvironment = {"STANDIN_BINDER_DIR=" + mFolder};
+        busFolder();
+    }
+    void TearDown() override {
+        const std::string remove = "rm -rf '" + mFolder + "'";
+        EXPECT_EQ(system(remove.c_str()), 0);
+    }
+    Child startManager() { return Child({SERVICEMANAGER_PROGRAM}, mEnvironment); }
+    Child startPeerHere() { return Child(peerCommand(newServiceName()), mEnvironment); }
+    void awaitSocket() {
+        struct stat info;
+        ASSERT_TRUE(eventually(
+                [&]() { return stat((mFolder + "/servicemanager").c_str(), &info) == 0; }));
+    }
+    std::string mFolder;
+    std::vector<std::string> mEnvironment;
+};
+
+TEST_F(OwnFolder, AcceptsOneServiceManagerAtATime) {
+    Child first = startManager();
+    awaitSocket();
+    Child peer = startPeerHere();
+    EXPECT_TRUE(peer.waitForLine());
+    EXPECT_EQ(startManager().wait(), 1) << "the second one gives up";
+    first.signal(SIGKILL);
+    first.wait();
+    EXPECT_EQ(startPeerHere().wait(), 3) << "a socket without a process refuses at once";
+    Child next = startManager();
+    ASSERT_TRUE(eventually([&]() { return startPeerHere().waitForLine(); }))
+            << "the dead one's socket is taken over";
+}
+
+TEST_F(OwnFolder, WithoutAServiceManagerAddsNothing) {
+    EXPECT_EQ(startPeerHere().wait(), 3);
+}
+
+TEST_F(OwnFolder, WithTooLongAPathIsRefused) {
+    mEnvironment = {"STANDIN_BINDER_DIR=" + mFolder + "/" + std::string(100, 'x')};
+    EXPECT_EQ(startManager().wait(), 1);
+    EXPECT_EQ(startPeerHere().wait(), 3);
+}
+
+}  // namespace
