@@ -1,12 +1,22 @@
 // The average of RAW10 frames.
 #include <imaging/average.h>
-#include <imaging/raw10.h>
 
+#include <algorithm>
+
+#include "instruction_sets.h"
+#include "parallel.h"
 #include "plane_checks.h"
 
 namespace imaging {
 
-std::string AverageRaw10(const std::vector<RawView>& frames, const MutableRawView& out) {
+namespace {
+
+constexpr uint32_t kStripRows = 128;
+
+}  // namespace
+
+std::string AverageRaw10(const std::vector<RawView>& frames, const MutableRawView& out,
+                         const Execution& execution) {
     if (frames.empty() || frames.size() > 64) {
         return "average of " + std::to_string(frames.size()) + " frames: 1 to 64 are possible";
     }
@@ -20,18 +30,12 @@ std::string AverageRaw10(const std::vector<RawView>& frames, const MutableRawVie
     }
     if (!problem.empty()) return problem;
 
-    const uint32_t count = static_cast<uint32_t>(frames.size());
-    std::vector<uint16_t> row(out.width);
-    std::vector<uint32_t> sum(out.width);
-    for (uint32_t y = 0; y < out.height; ++y) {
-        sum.assign(out.width, count / 2);
-        for (const RawView& frame : frames) {
-            UnpackRaw10Row(frame.data + y * frame.strideBytes, out.width, row.data());
-            for (uint32_t x = 0; x < out.width; ++x) sum[x] += row[x];
-        }
-        for (uint32_t x = 0; x < out.width; ++x) row[x] = static_cast<uint16_t>(sum[x] / count);
-        PackRaw10Row(row.data(), out.width, out.data + y * out.strideBytes);
-    }
+    const Functions& functions = FunctionsFor(execution.instructions);
+    const uint32_t strips = (out.height + kStripRows - 1) / kStripRows;
+    ParallelFor(strips, execution.threads, [&](uint32_t i) {
+        const uint32_t begin = i * kStripRows;
+        functions.average({frames, out, begin, std::min(begin + kStripRows, out.height)});
+    });
     return {};
 }
 

@@ -17,9 +17,9 @@ double LinearFromSrgb(double s) {
 
 ToneTable MakeToneTable() {
     ToneTable table{};
-    for (int v = 0; v <= kLinearMax; ++v) {
-        const double tone = 255.0 * SrgbFromLinear(static_cast<double>(v) / kLinearMax);
-        table[v] = static_cast<uint8_t>(std::floor(tone + 0.5));
+    for (int f = 0; f <= kFineMax; ++f) {
+        const double tone = 255.0 * SrgbFromLinear(static_cast<double>(f) / kFineMax);
+        table[static_cast<size_t>(f)] = static_cast<uint8_t>(std::floor(tone + 0.5));
     }
     return table;
 }

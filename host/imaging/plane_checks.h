@@ -40,4 +40,15 @@ inline std::string CheckNv12(const Nv12View& picture, const char* what) {
     return {};
 }
 
+/** Whether a frame can be developed into a picture. */
+inline std::string CheckDevelopment(const RawView& raw, const Nv12View& picture) {
+    std::string problem = CheckRaw(raw, "RAW frame");
+    if (problem.empty()) problem = CheckNv12(picture, "picture");
+    if (problem.empty() && (picture.width > raw.width || picture.height > raw.height)) {
+        problem = "picture of " + Size(picture.width, picture.height) +
+                  " is larger than its RAW frame of " + Size(raw.width, raw.height);
+    }
+    return problem;
+}
+
 }  // namespace imaging

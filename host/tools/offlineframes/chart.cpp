@@ -21,7 +21,7 @@ void drawRamp(Canvas& canvas, const ChartFrame& frame) {
                                           frame.sensor.width - 1);
         const int level = chartRampLevel(sensorX, frame.sensor.width);
         const int linear = imaging::LinearFromRaw(level, imaging::Channel::kGreen);
-        const uint8_t tone = imaging::ToneCurve()[static_cast<size_t>(linear)];
+        const uint8_t tone = imaging::ToneFromLinear(linear);
         return Colour{tone, tone, tone};
     });
 }

@@ -2,6 +2,9 @@
 #include <gmock/gmock.h>
 #include <imaging/average.h>
 
+#include <cmath>
+#include <random>
+
 #include "frames.h"
 
 namespace imaging {
@@ -24,6 +27,50 @@ TEST(AverageRaw10, ThreeFramesGiveTheNearestCode) {
         EXPECT_EQ(out.At(x, 0), expected[x]) << x;
         EXPECT_EQ(out.At(x, 1), 100);
     }
+}
+
+TEST(AverageRaw10, AnyCountAndWidthOnAnyThreadsWithAnyInstructions) {
+    std::mt19937 random(1);
+    for (uint32_t count : {1u, 2u, 3u, 7u, 63u, 64u}) {
+        // Rows that end inside a vector of the unpacking and of the sums; more than one strip.
+        const uint32_t width = 4 * (1 + count % 9);
+        constexpr uint32_t kHeight = 130;
+        std::vector<std::vector<uint16_t>> codes(count);
+        std::vector<RawFrame> frames;
+        std::vector<RawView> views;
+        frames.reserve(count);
+        for (auto& frame : codes) {
+            const bool bright = random() % 4 != 0;
+            for (uint32_t i = 0; i < width * kHeight; ++i) {
+                frame.push_back(bright ? 1023 - random() % 8 : random() % 1024);
+            }
+            frames.emplace_back(width, kHeight,
+                                [&](uint32_t x, uint32_t y) { return frame[y * width + x]; });
+            views.push_back(frames.back().View());
+        }
+        for (InstructionSet instructions : SupportedInstructionSets()) {
+            for (uint32_t threads : {1u, 3u}) {
+                RawFrame out(width, kHeight, [](uint32_t, uint32_t) { return 7; });
+                ASSERT_EQ(AverageRaw10(views, out.View(), {threads, instructions}), "");
+                std::vector<uint16_t> row(width);
+                for (uint32_t y = 0; y < kHeight; ++y) {
+                    UnpackRaw10Row(out.View().data + y * out.Stride(), width, row.data());
+                    for (uint32_t x = 0; x < width; ++x) {
+                        double sum = 0;
+                        for (const auto& frame : codes) sum += frame[y * width + x];
+                        ASSERT_EQ(row[x], std::floor(sum / count + 0.5)) << count << " " << x;
+                    }
+                }
+            }
+        }
+    }
+}
+
+TEST(AverageRaw10, OnlyTheFramesPixelsAreWritten) {
+    RawFrame frame(8, 2, [](uint32_t, uint32_t) { return 1023; });
+    RawFrame out(8, 2, [](uint32_t, uint32_t) { return 0; });
+    ASSERT_EQ(AverageRaw10({frame.View()}, out.View()), "");
+    for (size_t i = Raw10RowBytes(8); i < out.Stride(); ++i) EXPECT_EQ(out.View().data[i], 0);
 }
 
 TEST(AverageRaw10, FramesOfDifferentSizesAreRefused) {

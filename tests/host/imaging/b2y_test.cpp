@@ -4,9 +4,6 @@
 #include <imaging/camera_physics.h>
 #include <imaging/demosaic.h>
 
-#include <algorithm>
-#include <array>
-
 #include "frames.h"
 
 namespace imaging {
@@ -21,79 +18,7 @@ uint16_t Texture(uint32_t x, uint32_t y) {
     return static_cast<uint16_t>((mixed >> 13) % 1024);
 }
 
-using Kernel = std::array<std::array<int, 5>, 5>;
-
-// The kernels as the paper draws them, times 16.
-constexpr Kernel kGreen = {
-        {{0, 0, -2, 0, 0}, {0, 0, 4, 0, 0}, {-2, 4, 8, 4, -2}, {0, 0, 4, 0, 0}, {0, 0, -2, 0, 0}}};
-constexpr Kernel kBesideGreen = {{{0, 0, 1, 0, 0},
-                                  {0, -2, 0, -2, 0},
-                                  {-2, 8, 10, 8, -2},
-                                  {0, -2, 0, -2, 0},
-                                  {0, 0, 1, 0, 0}}};
-constexpr Kernel kAboveGreen = {{{0, 0, -2, 0, 0},
-                                 {0, -2, 8, -2, 0},
-                                 {1, 0, 10, 0, 1},
-                                 {0, -2, 8, -2, 0},
-                                 {0, 0, -2, 0, 0}}};
-constexpr Kernel kOpposite = {
-        {{0, 0, -3, 0, 0}, {0, 4, 0, 4, 0}, {-3, 0, 12, 0, -3}, {0, 4, 0, 4, 0}, {0, 0, -3, 0, 0}}};
-constexpr Kernel kSame = {{{0}, {0}, {0, 0, 16, 0, 0}, {0}, {0}}};
-
-const Kernel& KernelFor(Channel wanted, uint32_t x, uint32_t y) {
-    const Channel here = MosaicChannel(x, y);
-    if (wanted == here) return kSame;
-    if (wanted == Channel::kGreen) return kGreen;
-    if (here != Channel::kGreen) return kOpposite;
-    const bool beside = MosaicChannel(x + 1, y) == wanted;
-    return beside ? kBesideGreen : kAboveGreen;
-}
-
 }  // namespace
-
-TEST(Demosaic, OneHotPixelAnswersWithTheKernelCoefficients) {
-    constexpr uint32_t kSize = 12;
-    constexpr int kBase = 400;
-    constexpr int kStep = 160;
-    for (uint32_t hot = 0; hot < 4; ++hot) {
-        const uint32_t hotX = 6 + hot % 2;
-        const uint32_t hotY = 6 + hot / 2;
-        std::vector<uint16_t> mosaic(kSize * kSize, kBase);
-        mosaic[hotY * kSize + hotX] += kStep;
-        for (uint32_t y = hotY - 2; y <= hotY + 2; ++y) {
-            const uint16_t* rows[5];
-            for (int i = 0; i < 5; ++i) rows[i] = &mosaic[(y + i - 2) * kSize];
-            uint16_t colours[3][kSize];
-            DemosaicRow(rows, y, 2, kSize - 2, {colours[0], colours[1], colours[2]});
-            for (uint32_t x = hotX - 2; x <= hotX + 2; ++x) {
-                for (int c = 0; c < 3; ++c) {
-                    const Kernel& kernel = KernelFor(static_cast<Channel>(c), x, y);
-                    EXPECT_EQ(colours[c][x - 2], kBase + kernel[hotY + 2 - y][hotX + 2 - x] * 10)
-                            << "hot " << hotX << "," << hotY << " at " << x << "," << y << " " << c;
-                }
-            }
-        }
-    }
-}
-
-TEST(Demosaic, ResultsAreRoundedToNearestAndClipped) {
-    std::vector<uint16_t> mosaic(5 * 5, 0);
-    const uint16_t* rows[5];
-    for (int i = 0; i < 5; ++i) rows[i] = &mosaic[i * 5];
-    uint16_t red, green, blue;
-    const auto atCentre = [&](uint16_t east) {
-        mosaic[2 * 5 + 3] = east;
-        DemosaicRow(rows, 2, 2, 3, {&red, &green, &blue});
-        return green;
-    };
-    EXPECT_EQ(atCentre(1), 0);  // 4 / 16
-    EXPECT_EQ(atCentre(2), 1);  // 8 / 16
-    mosaic[2 * 5 + 4] = 959;
-    EXPECT_EQ(atCentre(0), 0);
-    std::fill(mosaic.begin(), mosaic.end(), static_cast<uint16_t>(959));
-    mosaic[2 * 5 + 4] = 0;
-    EXPECT_EQ(atCentre(959), 959);
-}
 
 TEST(RawToNv12, FlatColoursComeOutAsPredicted) {
     struct Flat {

@@ -37,27 +37,36 @@ TEST(CameraPhysics, RawOfALinearValueDevelopsBackWithinHalfAGain) {
 }
 
 TEST(CameraPhysics, ToneCurveIsTheSrgbTransferFunction) {
+    EXPECT_EQ(ToneFromLinear(0), 0);
+    EXPECT_EQ(ToneFromLinear(1), 3);      // 12.92 x 255 / 959 = 3.44
+    EXPECT_EQ(ToneFromLinear(173), 118);  // 18 % grey: 0.4618 x 255 = 117.8
+    EXPECT_EQ(ToneFromLinear(480), 188);  // 0.7357 x 255 = 187.6
+    EXPECT_EQ(ToneFromLinear(959), 255);
     const ToneTable& tone = ToneCurve();
-    EXPECT_EQ(tone[0], 0);
-    EXPECT_EQ(tone[1], 3);      // 12.92 x 255 / 959 = 3.44
-    EXPECT_EQ(tone[173], 118);  // 18 % grey: 0.4618 x 255 = 117.8
-    EXPECT_EQ(tone[480], 188);  // 0.7357 x 255 = 187.6
-    EXPECT_EQ(tone[959], 255);
-    for (int v = 1; v <= kLinearMax; ++v) EXPECT_GE(tone[v], tone[v - 1]) << v;
-}
-
-TEST(CameraPhysics, NoToneEntryHangsOnTheLastDigitsOfTheMathLibrary) {
-    for (int v = 0; v <= kLinearMax; ++v) {
-        const double x = v / 959.0;
-        const double tone =
-                255 * (x <= 0.0031308 ? 12.92 * x : 1.055 * std::pow(x, 1 / 2.4) - 0.055);
-        EXPECT_GT(std::fabs(tone - std::floor(tone) - 0.5), 1e-6) << v;
+    EXPECT_EQ(tone[1], 0);  // eighths: 3.44 / 8 = 0.43
+    EXPECT_EQ(tone[2], 1);
+    EXPECT_EQ(tone[4], 2);
+    // Finer than the tones: none is left out, none comes twice with another between.
+    for (size_t f = 1; f < tone.size(); ++f) {
+        EXPECT_GE(tone[f], tone[f - 1]) << f;
+        EXPECT_LE(tone[f], tone[f - 1] + 1) << f;
     }
 }
 
-TEST(CameraPhysics, InverseToneCurveReturnsEveryCodeThatTheTableYields) {
-    const ToneTable& tone = ToneCurve();
-    for (int v = 0; v <= kLinearMax; ++v) EXPECT_EQ(tone[LinearFromTone(tone[v])], tone[v]) << v;
+TEST(CameraPhysics, NoToneEntryHangsOnTheLastDigitsOfTheMathLibrary) {
+    for (int f = 0; f <= kFineMax; ++f) {
+        const double x = f / 7672.0;
+        const double tone =
+                255 * (x <= 0.0031308 ? 12.92 * x : 1.055 * std::pow(x, 1 / 2.4) - 0.055);
+        EXPECT_GT(std::fabs(tone - std::floor(tone) - 0.5), 1e-6) << f;
+    }
+}
+
+TEST(CameraPhysics, InverseToneCurveReturnsEveryToneOfAWholeCode) {
+    for (int v = 0; v <= kLinearMax; ++v) {
+        const uint8_t tone = ToneFromLinear(v);
+        EXPECT_EQ(ToneFromLinear(LinearFromTone(tone)), tone) << v;
+    }
     EXPECT_EQ(LinearFromTone(255), 959);
 }
 

@@ -1,6 +1,7 @@
 // Temporal noise reduction: the average of RAW10 frames.
 #pragma once
 
+#include <imaging/execution.h>
 #include <imaging/planes.h>
 
 #include <string>
@@ -17,6 +18,6 @@ namespace imaging {
  * @return empty when done, else what does not fit; then nothing is written
  */
 [[nodiscard]] std::string AverageRaw10(const std::vector<RawView>& frames,
-                                       const MutableRawView& out);
+                                       const MutableRawView& out, const Execution& execution = {});
 
 }  // namespace imaging

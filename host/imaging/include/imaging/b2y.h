@@ -1,6 +1,7 @@
 // Bayer to YUV: the whole pipeline of camera_physics.h.
 #pragma once
 
+#include <imaging/execution.h>
 #include <imaging/planes.h>
 
 #include <string>
@@ -13,6 +14,13 @@ namespace imaging {
  *
  * @return empty when done, else which size does not fit and why; then nothing is written
  */
-[[nodiscard]] std::string RawToNv12(const RawView& raw, const MutableNv12View& out);
+[[nodiscard]] std::string RawToNv12(const RawView& raw, const MutableNv12View& out,
+                                    const Execution& execution = {});
+
+/**
+ * The same, bit for bit, as one loop over the pixels with no thought of speed: the pipeline to
+ * read first, and what the benchmark measures the other one by.
+ */
+[[nodiscard]] std::string RawToNv12Plain(const RawView& raw, const MutableNv12View& out);
 
 }  // namespace imaging

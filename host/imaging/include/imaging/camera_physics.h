@@ -3,9 +3,13 @@
 //
 //  1. Mosaic RGGB: red at (even x, even y), blue at (odd x, odd y), green elsewhere.
 //  2. Linear value  v = min(959, (max(raw - 64, 0) * g + 1) >> 1),  g the white-balance gain in
-//     halves: red 4 (2.0), green 2 (1.0), blue 3 (1.5). Range 0..959, 959 = white.
-//  3. Demosaic, Malvar-He-Cutler 5 x 5 (see demosaic.h), on the linear values, clipped to 0..959.
-//  4. Tone curve  T[v] = round(255 * s(v / 959)),  s the sRGB transfer function:
+//     halves: red 4 (2.0), green 2 (1.0), blue 3 (1.5). Range 0..959, 959 = white. Whole codes:
+//     so every sum of the next step, at most 28 x 959 = 26852, fits into 16 bits with its sign.
+//  3. Demosaic, Malvar-He-Cutler 5 x 5 (see demosaic.h), on the linear values. The two missing
+//     colours come out in sixteenths of a code and are kept in eighths, f = (sum + 1) >> 1, clipped
+//     to 0..7672; the pixel's own colour is f = 8 v. (In the shadows the tone curve turns one code
+//     into 3.4, so whole codes would show as steps.)
+//  4. Tone curve  T[f] = round(255 * s(f / 7672)),  s the sRGB transfer function:
 //     s(x) = 12.92 x up to 0.0031308, then 1.055 x^(1 / 2.4) - 0.055.  Range 0..255.
 //  5. YCbCr, BT.601 full range (JFIF), coefficients in 1/16384:
 //     Y  = (4899 R + 9617 G + 1868 B + 8192) >> 14,                             of every pixel;
@@ -21,6 +25,7 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 
 namespace imaging {
@@ -28,6 +33,8 @@ namespace imaging {
 inline constexpr int kBlackLevel = 64;
 inline constexpr int kWhiteLevel = 1023;
 inline constexpr int kLinearMax = kWhiteLevel - kBlackLevel;  // 959
+inline constexpr int kFinePerLinear = 8;                      // eighths of a code, after step 3
+inline constexpr int kFineMax = kFinePerLinear * kLinearMax;  // 7672
 
 enum class Channel : uint8_t { kRed = 0, kGreen = 1, kBlue = 2 };
 
@@ -55,29 +62,47 @@ inline constexpr int RawFromLinear(int linear, Channel channel) {
     return kBlackLevel + (2 * linear + gain / 2) / gain;
 }
 
-using ToneTable = std::array<uint8_t, kLinearMax + 1>;
+using ToneTable = std::array<uint8_t, kFineMax + 1>;
 
-/** Step 4, by linear value. Made on first use; lives as long as the process. */
+/** Step 4, by linear value in eighths. Made on first use; lives as long as the process. */
 const ToneTable& ToneCurve();
 
-/** The linear value 0..959 nearest to a tone-mapped one: the inverse of the curve, not of the
- * table. Dark codes that the table never yields come out as the nearest that it does. */
+/** Step 4 for a linear value in whole codes, 0..959. */
+inline uint8_t ToneFromLinear(int linear) {
+    return ToneCurve()[static_cast<size_t>(linear * kFinePerLinear)];
+}
+
+/** The linear value 0..959 nearest to a tone-mapped one: the inverse of the curve. Dark tones lie
+ * closer together than whole linear codes, so several of them share one. */
 int LinearFromTone(uint8_t tone);
 
-/** Step 5 for one pixel. */
-inline constexpr uint8_t Luma(int r, int g, int b) {
-    return static_cast<uint8_t>((4899 * r + 9617 * g + 1868 * b + 8192) >> 14);
+/** Step 5 for one pixel. T is int, or a vector of int32_t for many pixels. */
+template <class T>
+constexpr T LumaValue(T r, T g, T b) {
+    return (4899 * r + 9617 * g + 1868 * b + 8192) >> 14;
 }
 
 /** Step 5 for the sums of a 2 x 2 block, each 0..1020. */
+template <class T>
+constexpr T ChromaBlueValue(T sumR, T sumG, T sumB) {
+    return (-2765 * sumR - 5427 * sumG + 8192 * sumB + ((128 << 16) + 32767)) >> 16;
+}
+
+template <class T>
+constexpr T ChromaRedValue(T sumR, T sumG, T sumB) {
+    return (8192 * sumR - 6860 * sumG - 1332 * sumB + ((128 << 16) + 32767)) >> 16;
+}
+
+inline constexpr uint8_t Luma(int r, int g, int b) {
+    return static_cast<uint8_t>(LumaValue(r, g, b));
+}
+
 inline constexpr uint8_t ChromaBlue(int sumR, int sumG, int sumB) {
-    return static_cast<uint8_t>((-2765 * sumR - 5427 * sumG + 8192 * sumB + (128 << 16) + 32767) >>
-                                16);
+    return static_cast<uint8_t>(ChromaBlueValue(sumR, sumG, sumB));
 }
 
 inline constexpr uint8_t ChromaRed(int sumR, int sumG, int sumB) {
-    return static_cast<uint8_t>((8192 * sumR - 6860 * sumG - 1332 * sumB + (128 << 16) + 32767) >>
-                                16);
+    return static_cast<uint8_t>(ChromaRedValue(sumR, sumG, sumB));
 }
 
 /** Step 6: where the output begins in the input, in pixels; `out` is at most `in`, both even. */

@@ -6,35 +6,60 @@
 //                              10 C + 8 (E + W) - 2 (EE + WW) - 2 D + 1 (NN + SS)
 //   the same, its neighbours above and below: the kernel turned by 90 degrees
 //   red at blue, blue at red   12 C + 4 D                     - 3 (NN + EE + SS + WW)
-// Result: (sum + 8) >> 4, clipped to 0..959. Beyond an edge the frame is mirrored about its
-// outermost pixel (index -1 is 1, -2 is 2), which keeps the colours of the mosaic in phase.
+// Each is a plain average of the wanted colour's neighbours plus a share of how much the centre
+// stands out among its own colour's: where one colour has an edge, the others have one, too.
+// Result, in eighths of a code: (sum + 1) >> 1, clipped to 0..7672. Beyond an edge the frame is
+// mirrored about its outermost pixel (index -1 is 1, -2 is 2), which keeps the colours of the
+// mosaic in phase.
 #pragma once
 
 #include <cstdint>
 
 namespace imaging {
 
-/** Pixels that the rows of a window carry beyond each end. */
+/** How far the kernels reach. */
 inline constexpr uint32_t kDemosaicMargin = 2;
 
-/** The place of index `i` (may lie outside) in a row or column of `size` >= 2 pixels, mirrored. */
-uint32_t Mirror(int64_t i, uint32_t size);
-
-/** One row of linear colours, each array of at least the row's width. */
-struct RgbRow {
-    uint16_t* red;
-    uint16_t* green;
-    uint16_t* blue;
+/**
+ * A pixel of the mosaic and its neighbours, summed by distance. T is int for one pixel, or a vector
+ * of int16_t for many: on linear values 0..959 no sum leaves -11508..26852.
+ */
+template <class T>
+struct Neighbourhood {
+    T centre;
+    T leftRight;    // E + W
+    T aboveBelow;   // N + S
+    T leftRight2;   // EE + WW
+    T aboveBelow2;  // NN + SS
+    T diagonal;
 };
 
-/**
- * Interpolates pixels [begin, end) of row `y` (only its parity counts).
- *
- * @param rows linear mosaic rows y - 2 .. y + 2; each points to pixel 0 and has kDemosaicMargin
- *             mirrored pixels before it and after its last
- * @param out  pixel `begin` goes to index 0
- */
-void DemosaicRow(const uint16_t* const rows[5], uint32_t y, uint32_t begin, uint32_t end,
-                 const RgbRow& out);
+template <class T>
+constexpr T GreenAtColour(const Neighbourhood<T>& n) {
+    return 8 * n.centre + 4 * (n.leftRight + n.aboveBelow) - 2 * (n.leftRight2 + n.aboveBelow2);
+}
+
+template <class T>
+constexpr T ColourLeftRightOfGreen(const Neighbourhood<T>& n) {
+    return 10 * n.centre + 8 * n.leftRight - 2 * n.leftRight2 - 2 * n.diagonal + n.aboveBelow2;
+}
+
+template <class T>
+constexpr T ColourAboveBelowGreen(const Neighbourhood<T>& n) {
+    return 10 * n.centre + 8 * n.aboveBelow - 2 * n.aboveBelow2 - 2 * n.diagonal + n.leftRight2;
+}
+
+template <class T>
+constexpr T OppositeColour(const Neighbourhood<T>& n) {
+    return 12 * n.centre + 4 * n.diagonal - 3 * (n.leftRight2 + n.aboveBelow2);
+}
+
+/** The place of index `i` (may lie outside) in a row or column of `size` >= 2 pixels, mirrored. */
+constexpr uint32_t Mirror(int64_t i, uint32_t size) {
+    const int64_t period = 2 * (static_cast<int64_t>(size) - 1);
+    int64_t place = i % period;
+    if (place < 0) place += period;
+    return static_cast<uint32_t>(place < size ? place : period - place);
+}
 
 }  // namespace imaging

@@ -1,0 +1,16 @@
+// Work spread over threads.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+
+namespace imaging {
+
+/**
+ * Calls `work` once for each index below `count`, from up to `threads` threads, of which the
+ * caller's is one; returns when all is done. Whoever is free takes the next index. Threads that
+ * the system refuses are done without.
+ */
+void ParallelFor(uint32_t count, uint32_t threads, const std::function<void(uint32_t)>& work);
+
+}  // namespace imaging

@@ -1,0 +1,148 @@
+// The pipeline against its naive twin: every sample of every frame, whatever the threads and the
+// instructions.
+#include <gmock/gmock.h>
+#include <imaging/b2y.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <random>
+
+#include "frames.h"
+#include "naive_camera.h"
+#include "offlineframes/frame_encoder.h"
+
+namespace imaging {
+
+namespace {
+
+using Frame = NaiveCamera::Frame;
+using Precision = NaiveCamera::Precision;
+
+/** Largest difference of any sample, and how it came about. */
+struct Difference {
+    int largest = 0;
+    std::string place;
+
+    void See(const char* plane, uint32_t x, uint32_t y, int expected, int actual) {
+        const int difference = std::abs(expected - actual);
+        if (difference <= largest) return;
+        largest = difference;
+        place = std::string(plane) + " at " + std::to_string(x) + "," + std::to_string(y) + ": " +
+                std::to_string(actual) + ", the twin has " + std::to_string(expected);
+    }
+};
+
+Difference Compare(const Nv12Picture& picture, const NaiveCamera& twin) {
+    Difference difference;
+    for (uint32_t y = 0; y < picture.height; ++y) {
+        for (uint32_t x = 0; x < picture.width; ++x) {
+            difference.See("Y", x, y, twin.Y(x, y), picture.Y(x, y));
+            if (x % 2 != 0 || y % 2 != 0) continue;
+            difference.See("Cb", x, y, twin.Cb(x, y), picture.Cb(x, y));
+            difference.See("Cr", x, y, twin.Cr(x, y), picture.Cr(x, y));
+        }
+    }
+    return difference;
+}
+
+void ExpectAgreement(const Frame& frame, const RawFrame::Pixels& pixels) {
+    RawFrame raw(frame.width, frame.height, pixels);
+    Nv12Picture picture(frame.outWidth, frame.outHeight);
+    ASSERT_EQ(RawToNv12(raw.View(), picture.View()), "");
+    const Difference stated = Compare(picture, {frame, pixels, Precision::kStated});
+    EXPECT_EQ(stated.largest, 0) << stated.place;
+    const Difference real = Compare(picture, {frame, pixels, Precision::kReal});
+    EXPECT_LE(real.largest, 1) << real.place;
+}
+
+/** Every level equally often, in an order without sense. */
+RawFrame::Pixels AllLevels(const Frame& frame, uint32_t seed) {
+    std::vector<uint16_t> codes(size_t{frame.width} * frame.height);
+    for (size_t i = 0; i < codes.size(); ++i) codes[i] = static_cast<uint16_t>(i % 1024);
+    std::shuffle(codes.begin(), codes.end(), std::mt19937(seed));
+    return [codes, width = frame.width](uint32_t x, uint32_t y) {
+        return codes[size_t{y} * width + x];
+    };
+}
+
+}  // namespace
+
+TEST(B2yTwin, NoiseOfAllLevels) {
+    const Frame frame = {180, 150, 176, 146};
+    ExpectAgreement(frame, AllLevels(frame, 1));
+    // The shadows, where the tone curve is steepest.
+    ExpectAgreement(frame, [all = AllLevels(frame, 2)](uint32_t x, uint32_t y) {
+        return static_cast<uint16_t>(50 + all(x, y) / 16);
+    });
+}
+
+TEST(B2yTwin, FlatFramesAndGradients) {
+    const Frame frame = {40, 24, 36, 20};
+    for (uint16_t code : {0, 63, 64, 65, 1022, 1023}) {
+        ExpectAgreement(frame, [code](uint32_t, uint32_t) { return code; });
+    }
+    const Frame wide = {1024, 6, 1024, 6};
+    ExpectAgreement(wide, [](uint32_t x, uint32_t) { return static_cast<uint16_t>(x); });
+}
+
+TEST(B2yTwin, OneHotOrDeadPixelAnywhere) {
+    // Small enough that corners, edges and the inside of every colour are all there.
+    const Frame frame = {12, 10, 12, 10};
+    for (uint32_t place = 0; place < 12 * 10; ++place) {
+        const auto isHere = [place](uint32_t x, uint32_t y) { return y * 12 + x == place; };
+        ExpectAgreement(frame, [&](uint32_t x, uint32_t y) {
+            return static_cast<uint16_t>(isHere(x, y) ? 1023 : 100);
+        });
+        ExpectAgreement(frame, [&](uint32_t x, uint32_t y) {
+            return static_cast<uint16_t>(isHere(x, y) ? 0 : 400);
+        });
+    }
+}
+
+TEST(B2yTwin, EveryCropOfASmallFrame) {
+    // Widths on both sides of one and two vectors, down to the smallest.
+    for (uint32_t width : {4u, 36u, 68u}) {
+        for (uint32_t outWidth = 2; outWidth <= width; outWidth += 2) {
+            const Frame frame = {width, 14, outWidth, 2 + outWidth % 14};
+            ExpectAgreement(frame, AllLevels(frame, outWidth));
+        }
+    }
+    const Frame lowest = {8, 2, 8, 2};
+    ExpectAgreement(lowest, AllLevels(lowest, 3));
+}
+
+TEST(B2yTwin, TheBuiltInChart) {
+    const offlineframes::PictureSize size = {512, 384};
+    const offlineframes::ChartFrame chart = offlineframes::chartOnSensor(size);
+    const auto geometry =
+            offlineframes::allocatorGeometry(offlineframes::FrameFormat::kRaw10, size);
+    const offlineframes::Bytes packed =
+            offlineframes::encodeRaw10(offlineframes::drawSensorChart(chart), geometry, {}, chart);
+    std::vector<uint16_t> codes(size_t{size.width} * size.height);
+    for (uint32_t y = 0; y < size.height; ++y) {
+        UnpackRaw10Row(&packed[size_t{y} * geometry.stride], size.width, &codes[y * size.width]);
+    }
+    const Frame frame = {size.width, size.height, chart.visible.width, chart.visible.height};
+    ExpectAgreement(frame,
+                    [&](uint32_t x, uint32_t y) { return codes[size_t{y} * size.width + x]; });
+}
+
+TEST(B2y, ThreadsInstructionsAndStripsLeaveNoTrace) {
+    // Two strips of rows and a bit, and one row pair more or less.
+    for (uint32_t outHeight : {254u, 256u, 258u, 262u}) {
+        const Frame frame = {268, 264, 266, outHeight};
+        RawFrame raw(frame.width, frame.height, AllLevels(frame, outHeight));
+        Nv12Picture plain(frame.outWidth, frame.outHeight);
+        ASSERT_EQ(RawToNv12Plain(raw.View(), plain.View()), "");
+        for (InstructionSet instructions : SupportedInstructionSets()) {
+            for (uint32_t threads : {0u, 1u, 2u, 3u, 64u}) {
+                Nv12Picture picture(frame.outWidth, frame.outHeight);
+                ASSERT_EQ(RawToNv12(raw.View(), picture.View(), {threads, instructions}), "");
+                EXPECT_EQ(picture.bytes, plain.bytes)
+                        << int(instructions) << " " << threads << " " << outHeight;
+            }
+        }
+    }
+}
+
+}  // namespace imaging

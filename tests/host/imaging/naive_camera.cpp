@@ -1,0 +1,136 @@
+// The naive twin of the library's pipeline.
+#include "naive_camera.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+
+namespace imaging {
+
+namespace {
+
+constexpr int kRed = 0;
+constexpr int kGreen = 1;
+constexpr int kBlue = 2;
+
+int ColourAt(int64_t x, int64_t y) {
+    constexpr int kRggb[2][2] = {{kRed, kGreen}, {kGreen, kBlue}};
+    return kRggb[y & 1][x & 1];
+}
+
+using Kernel = std::array<std::array<double, 5>, 5>;
+
+// The paper's filters, in eighths.
+constexpr Kernel kSame = {{{0}, {0}, {0, 0, 8, 0, 0}, {0}, {0}}};
+constexpr Kernel kGreenAtColour = {
+        {{0, 0, -1, 0, 0}, {0, 0, 2, 0, 0}, {-1, 2, 4, 2, -1}, {0, 0, 2, 0, 0}, {0, 0, -1, 0, 0}}};
+constexpr Kernel kBeside = {{{0, 0, 0.5, 0, 0},
+                             {0, -1, 0, -1, 0},
+                             {-1, 4, 5, 4, -1},
+                             {0, -1, 0, -1, 0},
+                             {0, 0, 0.5, 0, 0}}};
+constexpr Kernel kAbove = {{{0, 0, -1, 0, 0},
+                            {0, -1, 4, -1, 0},
+                            {0.5, 0, 5, 0, 0.5},
+                            {0, -1, 4, -1, 0},
+                            {0, 0, -1, 0, 0}}};
+constexpr Kernel kOpposite = {{{0, 0, -1.5, 0, 0},
+                               {0, 2, 0, 2, 0},
+                               {-1.5, 0, 6, 0, -1.5},
+                               {0, 2, 0, 2, 0},
+                               {0, 0, -1.5, 0, 0}}};
+
+const Kernel& KernelFor(int wanted, int64_t x, int64_t y) {
+    const int here = ColourAt(x, y);
+    if (wanted == here) return kSame;
+    if (wanted == kGreen) return kGreenAtColour;
+    if (here != kGreen) return kOpposite;
+    return ColourAt(x + 1, y) == wanted ? kBeside : kAbove;
+}
+
+int64_t Reflected(int64_t i, int64_t size) {
+    while (i < 0 || i >= size) i = i < 0 ? -i : 2 * (size - 1) - i;
+    return i;
+}
+
+double Srgb(double x) {
+    return x <= 0.0031308 ? 12.92 * x : 1.055 * std::pow(x, 1 / 2.4) - 0.055;
+}
+
+double Round(double x) {
+    return std::floor(x + 0.5);
+}
+
+int Sample(double x) {
+    return static_cast<int>(std::clamp(Round(x), 0.0, 255.0));
+}
+
+}  // namespace
+
+double NaiveCamera::Linear(int64_t x, int64_t y) const {
+    const int64_t column = Reflected(x, mFrame.width);
+    const int64_t row = Reflected(y, mFrame.height);
+    constexpr double kGain[3] = {2, 1, 1.5};
+    const double signal = mMosaic(static_cast<uint32_t>(column), static_cast<uint32_t>(row)) - 64.0;
+    return std::clamp(Round(signal * kGain[ColourAt(column, row)]), 0.0, 959.0);
+}
+
+double NaiveCamera::Interpolated(int colour, int64_t x, int64_t y) const {
+    const Kernel& kernel = KernelFor(colour, x, y);
+    double sum = 0;
+    for (int dy = -2; dy <= 2; ++dy) {
+        for (int dx = -2; dx <= 2; ++dx) {
+            const double weight = kernel[static_cast<size_t>(dy + 2)][static_cast<size_t>(dx + 2)];
+            if (weight != 0) sum += weight / 8 * Linear(x + dx, y + dy);
+        }
+    }
+    const double clipped = std::clamp(sum, 0.0, 959.0);
+    return mPrecision == Precision::kStated ? Round(8 * clipped) / 8 : clipped;
+}
+
+NaiveCamera::Rgb NaiveCamera::Toned(uint32_t x, uint32_t y) const {
+    // The crop begins in the middle, at an even place.
+    const int64_t left = (mFrame.width - mFrame.outWidth) / 4 * 2;
+    const int64_t top = (mFrame.height - mFrame.outHeight) / 4 * 2;
+    const auto tone = [&](int colour) {
+        const double value = 255 * Srgb(Interpolated(colour, left + x, top + y) / 959);
+        return mPrecision == Precision::kStated ? Round(value) : value;
+    };
+    return {tone(kRed), tone(kGreen), tone(kBlue)};
+}
+
+int NaiveCamera::Y(uint32_t x, uint32_t y) const {
+    const Rgb c = Toned(x, y);
+    if (mPrecision == Precision::kReal) {
+        return Sample(0.299 * c.red + 0.587 * c.green + 0.114 * c.blue);
+    }
+    return Sample((4899 * c.red + 9617 * c.green + 1868 * c.blue) / 16384);
+}
+
+NaiveCamera::Rgb NaiveCamera::BlockMean(uint32_t x, uint32_t y) const {
+    Rgb mean = {0, 0, 0};
+    for (uint32_t i = 0; i < 4; ++i) {
+        const Rgb c = Toned(x / 2 * 2 + i % 2, y / 2 * 2 + i / 2);
+        mean = {mean.red + c.red / 4, mean.green + c.green / 4, mean.blue + c.blue / 4};
+    }
+    return mean;
+}
+
+// "Ties down" in the physics: as seen from above, -Round(-x).
+int NaiveCamera::Cb(uint32_t x, uint32_t y) const {
+    const Rgb c = BlockMean(x, y);
+    if (mPrecision == Precision::kReal) {
+        return Sample(128 - 0.168736 * c.red - 0.331264 * c.green + 0.5 * c.blue);
+    }
+    return Sample(-Round(-128 - (-2765 * c.red - 5427 * c.green + 8192 * c.blue) / 16384));
+}
+
+int NaiveCamera::Cr(uint32_t x, uint32_t y) const {
+    const Rgb c = BlockMean(x, y);
+    if (mPrecision == Precision::kReal) {
+        return Sample(128 + 0.5 * c.red - 0.418688 * c.green - 0.081312 * c.blue);
+    }
+    return Sample(-Round(-128 - (8192 * c.red - 6860 * c.green - 1332 * c.blue) / 16384));
+}
+
+}  // namespace imaging
