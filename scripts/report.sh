@@ -33,10 +33,11 @@ report_files() {
 
 # Where a signal ended the tool: which one, and the last error that it logged.
 report_signal() {
-    local number=$(($1 - 128))
+    local number=$(($1 - 128)) error
     if ((number >= 1 && number <= 64)); then
+        error="$(grep ' E ' "$out/run.log" | tail -n 1 || true)"
         say "the tool was ended by signal $number ($(kill -l "$number"));" \
-            "last error it logged: $(grep -o " E .*" "$out/run.log" | tail -n 1 || true)"
+            "last error it logged: ${error#* E }"
     fi
 }
 
