@@ -2,7 +2,22 @@
 #include <android/binder_shell.h>
 #include <host_binder_trace.h>
 
+#include <mutex>
+#include <vector>
+
 #include "ibinder.h"
+
+namespace {
+
+// A class lives as long as the process, whether or not the program keeps the pointer.
+void keepForEver(AIBinder_Class* clazz) {
+    static std::mutex* const mutex = new std::mutex;
+    static std::vector<AIBinder_Class*>* const classes = new std::vector<AIBinder_Class*>;
+    std::lock_guard<std::mutex> lock(*mutex);
+    classes->push_back(clazz);
+}
+
+}  // namespace
 
 AIBinder_Class* AIBinder_Class_define(const char* interfaceDescriptor,
                                       AIBinder_Class_onCreate onCreate,
@@ -12,7 +27,8 @@ AIBinder_Class* AIBinder_Class_define(const char* interfaceDescriptor,
         onTransact == nullptr) {
         return nullptr;
     }
-    auto* clazz = new AIBinder_Class;  // lives as long as the process
+    auto* clazz = new AIBinder_Class;
+    keepForEver(clazz);
     clazz->descriptor = interfaceDescriptor;
     clazz->onCreate = onCreate;
     clazz->onDestroy = onDestroy;

@@ -11,6 +11,7 @@ binder_status_t readHeader(const std::vector<int32_t>& words, ndk::ScopedAStatus
     ndk::ScopedAParcel parcel(AParcel_create());
     for (int32_t word : words) AParcel_writeInt32(parcel.get(), word);
     AParcel_setDataPosition(parcel.get(), 0);
+    status->set(nullptr);
     binder_status_t result = AParcel_readStatusHeader(parcel.get(), status->getR());
     if (left != nullptr) {
         *left = AParcel_getDataSize(parcel.get()) - AParcel_getDataPosition(parcel.get());
