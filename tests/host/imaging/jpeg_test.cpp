@@ -3,6 +3,7 @@
 #include <imaging/jpeg.h>
 #include <jpeglib.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 
@@ -71,12 +72,14 @@ void Paint(Nv12Picture& picture) {
     }
 }
 
-std::vector<uint8_t> Encode(Nv12Picture& picture, int32_t degrees) {
-    std::vector<uint8_t> file(100000);
+std::vector<uint8_t> Encode(Nv12Picture& picture, int32_t degrees, uint32_t threads = 2) {
+    std::vector<uint8_t> file(1000000);
     size_t size = 0;
     JpegSettings settings;
     settings.orientationDegrees = degrees;
-    EXPECT_EQ(EncodeJpeg(picture.View(), settings, file.data(), file.size(), &size), "");
+    EXPECT_EQ(EncodeJpeg(picture.View(), settings, file.data(), file.size(), &size,
+                         {threads, FastestInstructionSet()}),
+              "");
     file.resize(size);
     return file;
 }
@@ -100,9 +103,10 @@ double Psnr(const Nv12Picture& picture, const Decoded& decoded, int component) {
 }  // namespace
 
 TEST(EncodeJpeg, ThePictureComesBackAtEverySize) {
-    // Whole coded units, then sizes that end inside one.
+    // Whole coded units, then sizes that end inside one; one strip, then some, the last short.
     for (const auto& [width, height] :
-         {std::pair(64u, 48u), std::pair(50u, 38u), std::pair(2u, 2u), std::pair(72u, 40u)}) {
+         {std::pair(64u, 48u), std::pair(50u, 38u), std::pair(2u, 2u), std::pair(72u, 40u),
+          std::pair(32u, 512u), std::pair(34u, 514u), std::pair(16u, 2400u)}) {
         Nv12Picture picture(width, height);
         Paint(picture);
         const Decoded decoded = Decode(Encode(picture, 0));
@@ -114,6 +118,24 @@ TEST(EncodeJpeg, ThePictureComesBackAtEverySize) {
         EXPECT_GT(Psnr(picture, decoded, 1), 38) << width;
         EXPECT_GT(Psnr(picture, decoded, 2), 38) << width;
     }
+}
+
+TEST(EncodeJpeg, StripsMeetAtRestartMarkersWhateverTheThreads) {
+    // 2400 rows are 9 strips and a part: the markers begin anew after the eighth.
+    Nv12Picture picture(24, 2400);
+    Paint(picture);
+    const std::vector<uint8_t> file = Encode(picture, 90, 1);
+    std::vector<int> restarts;
+    for (size_t i = 0; i + 1 < file.size(); ++i) {
+        if (file[i] == 0xff && file[i + 1] >= 0xd0 && file[i + 1] <= 0xd7) {
+            restarts.push_back(file[i + 1] - 0xd0);
+        }
+    }
+    EXPECT_THAT(restarts, testing::ElementsAre(0, 1, 2, 3, 4, 5, 6, 7, 0));
+    const uint8_t interval[] = {0xff, 0xdd, 0, 4, 0, 2 * 16};  // two coded units across, 16 down
+    EXPECT_NE(std::search(file.begin(), file.end(), std::begin(interval), std::end(interval)),
+              file.end());
+    for (uint32_t threads : {0u, 2u, 3u, 40u}) EXPECT_EQ(Encode(picture, 90, threads), file);
 }
 
 TEST(EncodeJpeg, ExifCarriesTheOrientation) {

@@ -1,7 +1,9 @@
 // NV12 to a JFIF file with 4:2:0 chroma, an EXIF block that carries the orientation, and the
-// standard Huffman tables. The planes go to the encoder as they are: no colour conversion.
+// standard Huffman tables. The planes go to the encoder as they are: no colour conversion. Every
+// 256 rows a restart marker stands, so that threads can encode what lies between.
 #pragma once
 
+#include <imaging/execution.h>
 #include <imaging/planes.h>
 
 #include <cstddef>
@@ -26,9 +28,10 @@ struct JpegSettings {
  *
  * @param capacity bytes that may be written
  * @param size     set to the bytes of the file when it succeeds
- * @return empty when done, else what is wrong (size, settings, no room); `out` may then hold a part
+ * @return empty when done, else what is wrong (size, settings, no room); then nothing is written
  */
 [[nodiscard]] std::string EncodeJpeg(const Nv12View& picture, const JpegSettings& settings,
-                                     uint8_t* out, size_t capacity, size_t* size);
+                                     uint8_t* out, size_t capacity, size_t* size,
+                                     const Execution& execution = {});
 
 }  // namespace imaging

@@ -1,0 +1,159 @@
+// NV12 to JPEG through libjpeg's raw-data interface.
+#include "jpeg_strip.h"
+
+#include <jpeglib.h>
+
+#include <csetjmp>
+#include <cstdio>  // jpeglib.h needs FILE
+#include <cstring>
+
+namespace imaging {
+
+namespace {
+
+/** libjpeg reports an error by calling a function that must not return; this one jumps back. */
+struct ErrorState {
+    jpeg_error_mgr manager;  // first: libjpeg knows only this part
+    jmp_buf back;
+    char text[JMSG_LENGTH_MAX];
+};
+
+[[noreturn]] void OnError(j_common_ptr info) {
+    auto* state = reinterpret_cast<ErrorState*>(info->err);
+    info->err->format_message(info, state->text);
+    longjmp(state->back, 1);
+}
+
+void OnWarning(j_common_ptr, int) {}
+
+/** Writes into a vector that grows. */
+struct VectorDestination {
+    jpeg_destination_mgr manager;  // first: libjpeg knows only this part
+    std::vector<uint8_t>* bytes;
+};
+
+void OfferFrom(VectorDestination* out, size_t used) {
+    out->manager.next_output_byte = out->bytes->data() + used;
+    out->manager.free_in_buffer = out->bytes->size() - used;
+}
+
+void BeginOutput(j_compress_ptr info) {
+    constexpr size_t kLeast = 4096;
+    auto* out = reinterpret_cast<VectorDestination*>(info->dest);
+    // As much as a photo takes at high quality: about two bits a pixel.
+    out->bytes->resize(kLeast + size_t{info->image_width} * info->image_height / 4);
+    OfferFrom(out, 0);
+}
+
+boolean OnFull(j_compress_ptr info) {
+    auto* out = reinterpret_cast<VectorDestination*>(info->dest);
+    const size_t used = out->bytes->size();
+    out->bytes->resize(2 * used);
+    OfferFrom(out, used);
+    return TRUE;
+}
+
+void EndOutput(j_compress_ptr info) {
+    auto* out = reinterpret_cast<VectorDestination*>(info->dest);
+    out->bytes->resize(out->bytes->size() - out->manager.free_in_buffer);
+}
+
+/** Row pointers of one row of coded units, and the memory behind those that must be made. */
+struct Rows {
+    JSAMPROW y[kMcuSide];
+    JSAMPROW cb[kMcuSide / 2];
+    JSAMPROW cr[kMcuSide / 2];
+    uint8_t* paddedY;  // kMcuSide rows of paddedWidth bytes, or null: the picture's rows serve
+    size_t paddedWidth;
+};
+
+void PadRow(uint8_t* row, size_t from, size_t to) {
+    memset(row + from, row[from - 1], to - from);
+}
+
+/** Fills the rows from luma row `top` on; beyond the last row and column the picture repeats. */
+void PrepareRows(const Nv12View& strip, uint32_t top, Rows* rows) {
+    for (uint32_t i = 0; i < kMcuSide; ++i) {
+        const uint32_t y = top + i < strip.height ? top + i : strip.height - 1;
+        const uint8_t* source = strip.y + y * strip.strideBytes;
+        rows->y[i] = const_cast<JSAMPROW>(source);
+        if (rows->paddedY != nullptr) {
+            rows->y[i] = rows->paddedY + i * rows->paddedWidth;
+            memcpy(rows->y[i], source, strip.width);
+            PadRow(rows->y[i], strip.width, rows->paddedWidth);
+        }
+    }
+    for (uint32_t i = 0; i < kMcuSide / 2; ++i) {
+        const uint32_t half = strip.height / 2;
+        const uint32_t y = top / 2 + i < half ? top / 2 + i : half - 1;
+        const uint8_t* source = strip.uv + y * strip.strideBytes;
+        for (uint32_t x = 0; x < strip.width / 2; ++x) {
+            rows->cb[i][x] = source[2 * x];
+            rows->cr[i][x] = source[2 * x + 1];
+        }
+        PadRow(rows->cb[i], strip.width / 2, rows->paddedWidth / 2);
+        PadRow(rows->cr[i], strip.width / 2, rows->paddedWidth / 2);
+    }
+}
+
+void SetParameters(j_compress_ptr info, const Nv12View& strip, const JpegStripSettings& settings) {
+    info->image_width = strip.width;
+    info->image_height = strip.height;
+    info->input_components = 3;
+    info->in_color_space = JCS_YCbCr;
+    jpeg_set_defaults(info);  // 4:2:0, JFIF header
+    jpeg_set_quality(info, settings.quality, TRUE);
+    info->raw_data_in = TRUE;
+    info->restart_interval = settings.restartInterval;
+}
+
+/** Everything that libjpeg may jump out of: no object with a destructor lives in here. */
+bool Compress(const Nv12View& strip, const JpegStripSettings& settings, Rows* rows,
+              VectorDestination* out, ErrorState* error) {
+    jpeg_compress_struct info = {};
+    info.err = jpeg_std_error(&error->manager);
+    error->manager.error_exit = OnError;
+    error->manager.emit_message = OnWarning;
+    if (setjmp(error->back) != 0) {
+        jpeg_destroy_compress(&info);
+        return false;
+    }
+    jpeg_create_compress(&info);
+    info.dest = &out->manager;
+    SetParameters(&info, strip, settings);
+    jpeg_start_compress(&info, TRUE);
+    jpeg_write_marker(&info, JPEG_APP0 + 1, settings.exif.data(), kExifSegmentBytes);
+    JSAMPARRAY planes[3] = {rows->y, rows->cb, rows->cr};
+    while (info.next_scanline < info.image_height) {
+        PrepareRows(strip, info.next_scanline, rows);
+        jpeg_write_raw_data(&info, planes, kMcuSide);
+    }
+    jpeg_finish_compress(&info);
+    jpeg_destroy_compress(&info);
+    return true;
+}
+
+}  // namespace
+
+std::string EncodeJpegStrip(const Nv12View& strip, const JpegStripSettings& settings,
+                            std::vector<uint8_t>* file) {
+    Rows rows = {};
+    rows.paddedWidth = (strip.width + kMcuSide - 1) / kMcuSide * kMcuSide;
+    std::vector<uint8_t> luma(rows.paddedWidth == strip.width ? 0 : kMcuSide * rows.paddedWidth);
+    rows.paddedY = luma.empty() ? nullptr : luma.data();
+    std::vector<uint8_t> chroma(kMcuSide * rows.paddedWidth / 2);
+    for (uint32_t i = 0; i < kMcuSide / 2; ++i) {
+        rows.cb[i] = chroma.data() + 2 * i * (rows.paddedWidth / 2);
+        rows.cr[i] = rows.cb[i] + rows.paddedWidth / 2;
+    }
+    VectorDestination destination = {};
+    destination.manager.init_destination = BeginOutput;
+    destination.manager.empty_output_buffer = OnFull;
+    destination.manager.term_destination = EndOutput;
+    destination.bytes = file;
+    ErrorState error = {};
+    if (!Compress(strip, settings, &rows, &destination, &error)) return error.text;
+    return {};
+}
+
+}  // namespace imaging
