@@ -25,13 +25,6 @@ std::pair<std::string, std::string> extended(const char* name, const std::string
     return {name, old ? std::string(old) + ":" + settings : settings};
 }
 
-// A crash must look as it does without a sanitizer: a signal, not a report and status 1.
-Subprocess::Environment crashSettings() {
-    return {extended("ASAN_OPTIONS", "handle_segv=0:handle_abort=0"),
-            extended("TSAN_OPTIONS", "handle_segv=0:handle_abort=0"),
-            extended("UBSAN_OPTIONS", "abort_on_error=1")};
-}
-
 void expectNoSanitizerReport(const std::string& text) {
     for (const char* report : {"AddressSanitizer", "LeakSanitizer", "ThreadSanitizer"}) {
         EXPECT_EQ(text.find(report), std::string::npos) << text;
@@ -39,6 +32,12 @@ void expectNoSanitizerReport(const std::string& text) {
 }
 
 }  // namespace
+
+Subprocess::Environment crashSettings() {
+    return {extended("ASAN_OPTIONS", "handle_segv=0:handle_abort=0"),
+            extended("TSAN_OPTIONS", "handle_segv=0:handle_abort=0"),
+            extended("UBSAN_OPTIONS", "abort_on_error=1")};
+}
 
 std::string readFile(const std::string& path) {
     std::ostringstream text;

@@ -60,4 +60,8 @@ std::vector<LogLine> parseLog(const std::string& text);
 
 std::string readFile(const std::string& path);
 
+// Environment in which a crash looks as it does without a sanitizer: a signal, not a report and
+// status 1.
+Subprocess::Environment crashSettings();
+
 }  // namespace end_to_end

@@ -38,7 +38,7 @@ class RunScript : public ::testing::Test {
     Finished run(const std::vector<std::string>& arguments) {
         std::vector<std::string> words = {m_root + "/run"};
         words.insert(words.end(), arguments.begin(), arguments.end());
-        return runProgram(words);
+        return runProgram(words, crashSettings());
     }
 
     std::string m_root;
