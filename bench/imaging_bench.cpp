@@ -1,0 +1,201 @@
+// What the pixel pipeline costs, beside memcpy, a plain loop and libjpeg-turbo on one thread.
+#include <imaging/average.h>
+#include <imaging/b2y.h>
+#include <imaging/jpeg.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+#include "imaging_frames.h"
+#include "measure.h"
+#include "plain_jpeg.h"
+#include "table.h"
+
+namespace {
+
+using bench::AgainstMark;
+using bench::Frame;
+using bench::Number;
+using bench::Subject;
+using imaging::Execution;
+using imaging::FastestInstructionSet;
+using imaging::InstructionSet;
+
+constexpr int kRounds = 15;
+
+void Require(const std::string& problem) {
+    if (problem.empty()) return;
+    fprintf(stderr, "imaging_bench: %s\n", problem.c_str());
+    exit(1);
+}
+
+Execution On(uint32_t threads) {
+    return {threads, FastestInstructionSet()};
+}
+
+/** Whether a subject's buffers have been used before, or come straight from the allocator. */
+enum class Memory { kWarm, kFresh };
+
+void Renew(Frame& frame, Memory memory) {
+    if (memory == Memory::kWarm) return;
+    frame.raw.MapAnew();
+    frame.picture.MakeFresh();
+}
+
+void PrintRows(const char* title, const std::vector<Subject>& subjects,
+               const std::vector<double>& times, size_t measure, const std::vector<double>& marks) {
+    printf("### %s\n\n", title);
+    bench::Table table({"", "ms", "ratio", "mark", ""});
+    for (size_t i = 0; i < subjects.size(); ++i) {
+        const double ratio = times[i] / times[measure];
+        std::vector<std::string> row = {subjects[i].name, Number(times[i], 2)};
+        const std::vector<std::string> against =
+                marks[i] > 0 ? AgainstMark(ratio, marks[i])
+                             : std::vector<std::string>{Number(ratio, 2), "", ""};
+        row.insert(row.end(), against.begin(), against.end());
+        table.Add(row);
+    }
+    table.Print();
+}
+
+void BayerToYuv(Frame& frame, Memory memory) {
+    const auto renew = [&] { Renew(frame, memory); };
+    std::vector<uint8_t> copy(frame.picture.Layout().size, 1);
+    const std::vector<Subject> subjects = {
+            {"memcpy of the picture's bytes",
+             [&] { memcpy(frame.picture.Data(), copy.data(), copy.size()); }, renew},
+            {"plain loop", [&] { Require(imaging::RawToNv12Plain(frame.Raw(), frame.Picture())); },
+             renew},
+            {"B2Y, one thread",
+             [&] { Require(imaging::RawToNv12(frame.Raw(), frame.Picture(), On(1))); }, renew},
+            {"B2Y, two threads",
+             [&] { Require(imaging::RawToNv12(frame.Raw(), frame.Picture(), On(2))); }, renew},
+    };
+    PrintRows(memory == Memory::kWarm ? "B2Y beside the plain loop, buffers in use"
+                                      : "B2Y beside the plain loop, fresh buffers",
+              subjects, MedianTimes(subjects, kRounds), 1, {0, 0, 0.45, 0.25});
+}
+
+void MultiFrame(Frame& frame, Memory memory, uint32_t threads) {
+    Frame second(4, 2), third(4, 3), scratch(4, 4);
+    const auto renew = [&] { Renew(frame, memory); };
+    const auto renewAll = [&] {
+        renew();
+        if (memory == Memory::kWarm) return;
+        second.raw.MapAnew();
+        third.raw.MapAnew();
+        scratch.raw.MakeFresh();
+    };
+    const std::vector<Subject> subjects = {
+            {"B2Y", [&] { Require(imaging::RawToNv12(frame.Raw(), frame.Picture(), On(threads))); },
+             renew},
+            {"MMF: average of three, then B2Y",
+             [&] {
+                 Require(imaging::AverageRaw10({frame.Raw(), second.Raw(), third.Raw()},
+                                               scratch.Raw(), On(threads)));
+                 Require(imaging::RawToNv12(scratch.Raw(), frame.Picture(), On(threads)));
+             },
+             renewAll},
+    };
+    const std::string title = std::string("MMF beside B2Y, ") +
+                              (memory == Memory::kWarm ? "buffers in use, " : "fresh buffers, ") +
+                              std::to_string(threads) + (threads == 1 ? " thread" : " threads");
+    PrintRows(title.c_str(), subjects, MedianTimes(subjects, kRounds), 0, {0, 1.5});
+}
+
+void YuvToJpeg(Frame& frame) {
+    Require(imaging::RawToNv12(frame.Raw(), frame.Picture()));
+    bench::PlanarPicture planes(frame.Picture());
+    const auto bytes = static_cast<uint32_t>(frame.picture.Layout().size);
+    bench::Buffer blob(bench::BlobBuffer(bytes));
+    size_t size = 0;
+    const auto encode = [&](uint32_t threads) {
+        Require(imaging::EncodeJpeg(frame.Picture(), {}, blob.Data(), bytes, &size, On(threads)));
+    };
+    const std::vector<Subject> subjects = {
+            {"libjpeg-turbo, raw data, one thread",
+             [&] { bench::EncodePlainJpeg(planes, imaging::kJpegQuality, blob.Data(), bytes); }},
+            {"Y2J, one thread", [&] { encode(1); }},
+            {"Y2J, two threads", [&] { encode(2); }},
+    };
+    PrintRows("Y2J beside libjpeg-turbo", subjects, MedianTimes(subjects, kRounds), 0,
+              {0, 1.05, 0.6});
+    const size_t plain = bench::EncodePlainJpeg(planes, imaging::kJpegQuality, blob.Data(), bytes);
+    printf("Files: %zu bytes, libjpeg-turbo's alone %zu.\n\n", size, plain);
+}
+
+/** Milliseconds for a picture of so many pixels as nanoseconds for one. */
+std::string PerPixel(double milliseconds, uint64_t pixels) {
+    return Number(milliseconds * 1e6 / static_cast<double>(pixels), 2);
+}
+
+void Growth() {
+    printf("### Nanoseconds per pixel of the picture as it grows, two threads\n\n");
+    bench::Table table({"picture", "B2Y", "average of three", "Y2J", "memcpy"});
+    for (uint32_t quarters : {1u, 4u, 16u}) {
+        Frame frame(quarters), average(quarters);
+        const auto bytes = static_cast<uint32_t>(frame.picture.Layout().size);
+        bench::Buffer blob(bench::BlobBuffer(bytes));
+        size_t size = 0;
+        std::vector<uint8_t> copy(bytes, 1);
+        const imaging::RawView raw = frame.Raw();
+        const std::vector<Subject> subjects = {
+                {"", [&] { Require(imaging::RawToNv12(raw, frame.Picture(), On(2))); }},
+                {"",
+                 [&] {
+                     Require(AverageRaw10({raw, raw, raw}, average.Raw(), On(2)));
+                 }},
+                {"",
+                 [&] {
+                     Require(imaging::EncodeJpeg(frame.Picture(), {}, blob.Data(), bytes, &size,
+                                                 On(2)));
+                 }},
+                {"", [&] { memcpy(copy.data(), frame.picture.Data(), bytes); }},
+        };
+        std::vector<std::string> row = {std::to_string(frame.Picture().width) + " x " +
+                                        std::to_string(frame.Picture().height)};
+        for (double time : MedianTimes(subjects, kRounds)) {
+            row.push_back(PerPixel(time, frame.Pixels()));
+        }
+        table.Add(row);
+    }
+    table.Print();
+}
+
+void InstructionSets(Frame& frame) {
+    printf("### B2Y by instruction set, one thread\n\n");
+    const auto name = [](InstructionSet set) {
+        return set == InstructionSet::kAvx512 ? "AVX-512"
+               : set == InstructionSet::kAvx2 ? "AVX2"
+                                              : "baseline";
+    };
+    std::vector<Subject> subjects;
+    for (InstructionSet set : imaging::SupportedInstructionSets()) {
+        subjects.push_back({name(set), [&frame, set] {
+                                Require(imaging::RawToNv12(frame.Raw(), frame.Picture(), {1, set}));
+                            }});
+    }
+    const std::vector<double> times = MedianTimes(subjects, kRounds);
+    bench::Table table({"", "ms", "ns per pixel"});
+    for (size_t i = 0; i < subjects.size(); ++i) {
+        table.Add({subjects[i].name, Number(times[i], 2), PerPixel(times[i], frame.Pixels())});
+    }
+    table.Print();
+}
+
+}  // namespace
+
+int main() {
+    printf("## Pixels: RAW10 4096 x 3072, NV12 4000 x 3000\n\n");
+    Frame frame(4);
+    BayerToYuv(frame, Memory::kWarm);
+    BayerToYuv(frame, Memory::kFresh);
+    for (uint32_t threads : {1u, 2u}) {
+        MultiFrame(frame, Memory::kWarm, threads);
+        MultiFrame(frame, Memory::kFresh, threads);
+    }
+    YuvToJpeg(frame);
+    InstructionSets(frame);
+    Growth();
+}
