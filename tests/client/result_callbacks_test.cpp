@@ -2,9 +2,13 @@
 
 #include <system/camera_metadata.h>
 
+#include <chrono>
+#include <condition_variable>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <string>
+#include <thread>
 #include <utility>
 #include <vector>
 
@@ -75,6 +79,24 @@ TEST_F(ResultCallbacks, NotifyReplacesMessagesWithoutTheLock) {
     ASSERT_THAT(access.notifyMessages(), SizeIs(1));
     EXPECT_EQ(access.notifyMessages()[0], Shutter(3));
     EXPECT_EQ(log.take(), Lines(3, "I notify: callback notify"));
+}
+
+TEST_F(ResultCallbacks, EachDeliveryWakesTheWaitingThread) {
+    const std::function<void()> deliveries[] = {[this] { access.callback()->notify({Shutter(1)}); },
+                                                [this] { Deliver(Result({}, 0)); }};
+    for (const auto& deliver : deliveries) {
+        std::unique_lock<std::mutex> lock(access.resultLock());
+        std::thread service([&] {
+            {
+                const std::lock_guard<std::mutex> free(access.resultLock());
+            }  // given up by the wait
+            deliver();
+        });
+        EXPECT_EQ(access.resultCondition().wait_for(lock, std::chrono::minutes(1)),
+                  std::cv_status::no_timeout);
+        lock.unlock();
+        service.join();
+    }
 }
 
 TEST_F(ResultCallbacks, NotifyNeedsAClient) {

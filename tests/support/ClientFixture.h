@@ -44,6 +44,7 @@ struct OfflineCameraClientAccess {
     auto& callback() { return client->m_callback; }
     auto& streamConfigName() { return client->m_streamConfigName; }
     auto& resultLock() { return client->m_resultLock; }
+    auto& resultCondition() { return client->m_resultCondition; }
     auto& inputStreams() { return client->m_inputStreams; }
     auto& outputStreams() { return client->m_outputStreams; }
     auto& zelInterface() { return client->m_zelInterface; }

@@ -55,12 +55,13 @@ std::string Format(const char* format, ...) {
 }
 
 LogCapture::LogCapture() {
+    // First, without our lock: liblog calls Collect with its own lock held.
+    __android_log_set_minimum_priority(ANDROID_LOG_VERBOSE);
+    __android_log_set_logger(Collect);
     Collected& log = TheLog();
     const std::lock_guard<std::mutex> lock(log.lock);
     log.lines.clear();
     log.taken = 0;
-    __android_log_set_minimum_priority(ANDROID_LOG_VERBOSE);
-    __android_log_set_logger(Collect);
 }
 
 std::vector<std::string> LogCapture::take(const std::string& tag) {
