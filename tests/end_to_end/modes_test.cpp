@@ -144,6 +144,8 @@ TEST_P(StreamlessModes, AreRefusedByTheServiceAndStillClosed) {
     bool started = false;
     for (const LogLine& line : run.log) {
         started |= line.message == "main: offline camera client opMode " + number;
+        // The service may let go of the callback before or after the process has ended.
+        if (line.message == "[AIDL]OfflineCameraCallBacks destructor called") continue;
         if (started) lines.push_back(std::string(1, line.priority) + " " + line.message);
     }
     EXPECT_THAT(lines,
