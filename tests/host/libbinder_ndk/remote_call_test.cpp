@@ -174,18 +174,6 @@ TEST(Callback, ThroughAThirdProcessRunsOnTheWaitingThread) {
     EXPECT_EQ(lastAddThread(), std::this_thread::get_id());
 }
 
-TEST(Connecting, FromBothSidesAtOnceGivesWorkingCalls) {
-    for (int round = 0; round < 8; ++round) {
-        Peer first = startPeer();
-        Peer second = startPeer();
-        // Neither knows the other yet: each call makes its callee connect.
-        auto forth = std::async(std::launch::async,
-                                [&]() { return callThrough(first.binder, second.binder, 1); });
-        EXPECT_EQ(callThrough(second.binder, first.binder, 2), 3);
-        EXPECT_EQ(forth.get(), 2);
-    }
-}
-
 TEST(ExitHandler, CanStillCall) {
     Peer peer = startPeer();
     const std::string name = newServiceName();

@@ -55,6 +55,11 @@ TEST(RemoteObject, LastReleaseIsToldToTheOwner) {
     {
         ndk::SpAIBinder object = getBinder(peer.binder, kNewObject);
         EXPECT_EQ(askPeer(peer.binder, kLiveObjects), before + 1);
+        // Received several times, released once.
+        ASSERT_EQ(hold(peer.binder, object), STATUS_OK);
+        for (int i = 0; i < 3; ++i) EXPECT_EQ(getBinder(peer.binder, kGetHeld), object);
+        ASSERT_EQ(callPeer(peer.binder, kDrop), STATUS_OK);
+        EXPECT_EQ(askPeer(peer.binder, kLiveObjects), before + 1);
     }
     EXPECT_TRUE(eventually([&]() { return askPeer(peer.binder, kLiveObjects) == before; }));
 }

@@ -1,6 +1,7 @@
 // Which threads serve calls, and in which order.
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <poll.h>
 #include <unistd.h>
 
 #include <future>
@@ -36,6 +37,11 @@ class BlockedCalls {
         char byte;
         for (int i = 0; i < count; ++i) ASSERT_EQ(read(mEntered[0], &byte, 1), 1);
     }
+    // Gives calls that should not run a chance to show.
+    void expectNoMoreEntered() {
+        pollfd entered{mEntered[0], POLLIN, 0};
+        EXPECT_EQ(poll(&entered, 1, 100), 0);
+    }
     void letGo() { ASSERT_EQ(write(mGo[1], "x", 1), 1); }
     void expectAllDone() {
         for (auto& call : mCalls) EXPECT_EQ(call.get(), STATUS_OK);
@@ -64,6 +70,7 @@ TEST(ThreadPool, HasAtMostTheConfiguredThreads) {
     BlockedCalls calls(peer.binder);
     for (int i = 0; i < 6; ++i) calls.start();
     calls.awaitEntered(3);
+    calls.expectNoMoreEntered();
     for (int i = 0; i < 6; ++i) calls.letGo();
     calls.expectAllDone();
     EXPECT_EQ(askPeer(peer.binder, kMostBlocked), 3);
@@ -74,6 +81,7 @@ TEST(ThreadPool, QueuesCallsUntilItIsStarted) {
     // The peer says whether the pool ran when it served the call; its class is asked for first.
     auto started =
             std::async(std::launch::async, [&]() { return askPeer(peer.binder, kPoolStarted); });
+    EXPECT_EQ(started.wait_for(std::chrono::milliseconds(100)), std::future_status::timeout);
     peer.process.nudge();
     EXPECT_EQ(started.get(), 1);
 }

@@ -74,8 +74,12 @@ TEST(ServiceManager, RefusesADeadService) {
     Peer peer = startPeer();
     peer.process.signal(SIGKILL);
     peer.process.wait();
-    EXPECT_EQ(AServiceManager_addService(peer.binder.get(), newServiceName().c_str()),
-              EX_TRANSACTION_FAILED);
+    // Once the service manager has noticed.
+    const std::string name = newServiceName();
+    EXPECT_TRUE(eventually([&]() {
+        return AServiceManager_addService(peer.binder.get(), name.c_str()) == EX_TRANSACTION_FAILED;
+    }));
+    EXPECT_TRUE(eventually([&]() { return check(name).get() == nullptr; }));
 }
 
 // A folder of its own for service managers that the test starts.

@@ -1,0 +1,130 @@
+// Sockets that speak the wire format by hand.
+#include "tests/host/libbinder_ndk/raw_connection.h"
+
+#include <gtest/gtest.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+
+using hostbinder::FrameHeader;
+using hostbinder::FrameKind;
+
+namespace {
+
+sockaddr_un addressOf(const std::string& path) {
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    EXPECT_LT(path.size(), sizeof(address.sun_path));
+    memcpy(address.sun_path, path.data(), std::min(path.size(), sizeof(address.sun_path) - 1));
+    return address;
+}
+
+int newSocket() {
+    const int fd = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    const timeval limit{20, 0};  // bounds accept as well
+    setsockopt(fd, SOL_SOCKET, SO_RCVTIMEO, &limit, sizeof(limit));
+    return fd;
+}
+
+}  // namespace
+
+FrameHeader frameHeader(FrameKind kind, uint32_t dataSize) {
+    FrameHeader header{};
+    header.magic = hostbinder::kFrameMagic;
+    header.kind = kind;
+    header.dataSize = dataSize;
+    return header;
+}
+
+std::string bytesOf(const FrameHeader& header, const std::string& body) {
+    std::string bytes;
+    appendBytes(&bytes, header);
+    return bytes + body;
+}
+
+int listenAt(const std::string& path) {
+    const sockaddr_un address = addressOf(path);
+    const int fd = newSocket();
+    EXPECT_EQ(bind(fd, reinterpret_cast<const sockaddr*>(&address), sizeof(address)), 0) << path;
+    EXPECT_EQ(listen(fd, 8), 0);
+    return fd;
+}
+
+RawConnection::RawConnection(const std::string& path) : mFd(newSocket()) {
+    const sockaddr_un address = addressOf(path);
+    EXPECT_EQ(connect(mFd, reinterpret_cast<const sockaddr*>(&address), sizeof(address)), 0)
+            << path;
+}
+
+RawConnection::RawConnection(int listener)
+    : mFd(accept4(listener, nullptr, nullptr, SOCK_CLOEXEC)) {
+    EXPECT_GE(mFd, 0) << "nobody connects";
+    const timeval limit{20, 0};
+    setsockopt(mFd, SOL_SOCKET, SO_RCVTIMEO, &limit, sizeof(limit));
+}
+
+RawConnection::~RawConnection() {
+    close(mFd);
+}
+
+void RawConnection::sendHello(const std::string& name) {
+    send(bytesOf(frameHeader(FrameKind::kHello, static_cast<uint32_t>(name.size())), name));
+}
+
+bool RawConnection::greet() {
+    static int count = 0;
+    sendHello("raw" + std::to_string(getpid()) + "-" + std::to_string(++count));
+    const FrameHeader answer = receive();
+    return answer.kind == FrameKind::kHelloReply && answer.status == STATUS_OK;
+}
+
+bool RawConnection::acquire(uint64_t number) {
+    FrameHeader request = frameHeader(FrameKind::kAcquire);
+    request.target = number;
+    send(bytesOf(request));
+    const FrameHeader answer = receive();
+    return answer.kind == FrameKind::kReply && answer.status == STATUS_OK;
+}
+
+void RawConnection::send(const std::string& bytes, const std::vector<int>& fds) {
+    iovec part{const_cast<char*>(bytes.data()), bytes.size()};
+    alignas(cmsghdr) char control[1100] = {};
+    msghdr message{};
+    message.msg_iov = &part;
+    message.msg_iovlen = 1;
+    if (!fds.empty()) {
+        message.msg_control = control;
+        message.msg_controllen = CMSG_SPACE(fds.size() * sizeof(int));
+        cmsghdr* entry = CMSG_FIRSTHDR(&message);
+        entry->cmsg_level = SOL_SOCKET;
+        entry->cmsg_type = SCM_RIGHTS;
+        entry->cmsg_len = CMSG_LEN(fds.size() * sizeof(int));
+        memcpy(CMSG_DATA(entry), fds.data(), fds.size() * sizeof(int));
+    }
+    EXPECT_EQ(sendmsg(mFd, &message, MSG_NOSIGNAL), static_cast<ssize_t>(bytes.size()));
+}
+
+FrameHeader RawConnection::receive(std::string* body) {
+    FrameHeader header{};
+    EXPECT_EQ(recv(mFd, &header, sizeof(header), MSG_WAITALL),
+              static_cast<ssize_t>(sizeof(header)));
+    std::string data(header.dataSize, '\0');
+    if (!data.empty()) {
+        EXPECT_EQ(recv(mFd, &data[0], data.size(), MSG_WAITALL), static_cast<ssize_t>(data.size()));
+    }
+    if (body != nullptr) *body = data;
+    return header;
+}
+
+void RawConnection::endSending() {
+    shutdown(mFd, SHUT_WR);
+}
+
+bool RawConnection::isClosed() {
+    char byte;
+    const ssize_t got = recv(mFd, &byte, 1, 0);
+    return got == 0 || (got < 0 && errno == ECONNRESET);
+}

@@ -1,0 +1,48 @@
+// A connection that speaks the wire format by hand, so that it can say anything.
+#pragma once
+
+#include <android/binder_status.h>
+
+#include <string>
+#include <vector>
+
+#include "host/libbinder_ndk/wire_format.h"
+
+hostbinder::FrameHeader frameHeader(hostbinder::FrameKind kind, uint32_t dataSize = 0);
+
+template <typename T>
+void appendBytes(std::string* bytes, const T& value) {
+    bytes->append(reinterpret_cast<const char*>(&value), sizeof(value));
+}
+
+std::string bytesOf(const hostbinder::FrameHeader& header, const std::string& body = "");
+
+class RawConnection {
+  public:
+    // Connects to the socket with this path.
+    explicit RawConnection(const std::string& path);
+    // Waits for a connection on a listening socket.
+    explicit RawConnection(int listener);
+    ~RawConnection();
+    RawConnection(const RawConnection&) = delete;
+    RawConnection& operator=(const RawConnection&) = delete;
+
+    void sendHello(const std::string& name);
+    // Sends a new name; true if the peer accepts the connection.
+    bool greet();
+    // Asks for the peer's object with the number; true if the peer grants it.
+    bool acquire(uint64_t number);
+    // The descriptors go with the first byte.
+    void send(const std::string& bytes, const std::vector<int>& fds = {});
+    // The next frame, with its body in *body if that is given.
+    hostbinder::FrameHeader receive(std::string* body = nullptr);
+    void endSending();
+    // Whether the peer closes the connection without sending anything more.
+    bool isClosed();
+
+  private:
+    int mFd = -1;
+};
+
+// A socket in the folder, listening.
+int listenAt(const std::string& path);
