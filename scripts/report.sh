@@ -6,12 +6,13 @@ list_files() { (cd "$1" && find . -type f -printf '%P\t%T@\t%s\n' | LC_ALL=C sor
 # A path as the user would write it here.
 here() { printf '%s' "${1#"$PWD"/}"; }
 
-# Makes out/pictures/NAME.png from a dump and prints its path; a reason where that fails.
+# Makes out/pictures/NAME.png from a dump and prints its path; a reason where that fails. A JPEG is
+# shown as it is stored: the tool asks for an orientation of 90 degrees, which would turn the source.
 picture_of() {
     local picture="$out/pictures/${1##*/}" said
     picture="${picture%.*}.png"
     mkdir -p "$out/pictures"
-    if said="$("$out/build/bin/offlineframes" view --force "$1" "$picture" 2>&1)"; then
+    if said="$("$out/build/bin/offlineframes" view --force --as-stored "$1" "$picture" 2>&1)"; then
         here "$picture"
     else
         printf 'no picture: %s' "$said"
@@ -20,11 +21,13 @@ picture_of() {
 
 # report_files FOLDER BEFORE: names what is new or changed since the list BEFORE was made.
 report_files() {
-    local folder="$1" path size
+    local folder="$1" path size note
     while IFS=$'\t' read -r path _ size; do
         case "$path" in
         *.yuv | *.raw | *.jpg)
-            say "wrote $(here "$folder/$path") ($size bytes), $(picture_of "$folder/$path")"
+            note=""
+            [[ "$path" != *.jpg ]] || note=" (as stored: viewers turn the JPEG as its EXIF says)"
+            say "wrote $(here "$folder/$path") ($size bytes), $(picture_of "$folder/$path")$note"
             ;;
         *) say "wrote $(here "$folder/$path") ($size bytes)" ;;
         esac
