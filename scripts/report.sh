@@ -9,10 +9,11 @@ here() { printf '%s' "${1#"$PWD"/}"; }
 # Makes out/pictures/NAME.png from a dump and prints its path; a reason where that fails. A JPEG is
 # shown as it is stored: the tool asks for an orientation of 90 degrees, which would turn the source.
 picture_of() {
-    local picture="$out/pictures/${1##*/}" said
+    local picture="$out/pictures/${1##*/}" said how=(--force)
     picture="${picture%.*}.png"
     mkdir -p "$out/pictures"
-    if said="$("$out/build/bin/offlineframes" view --force --as-stored "$1" "$picture" 2>&1)"; then
+    [[ "$1" != *.jpg ]] || how+=(--as-stored)
+    if said="$("$out/build/bin/offlineframes" view "${how[@]}" "$1" "$picture" 2>&1)"; then
         here "$picture"
     else
         printf 'no picture: %s' "$said"

@@ -131,6 +131,8 @@ TEST(ManyCalls, LeaveNoDescriptorsAndObjectsBehind) {
     Peer peer = startPeer();
     ndk::ScopedFileDescriptor file(memfd_create("test", MFD_CLOEXEC));
     add(peer.binder, 1);  // what is made once exists now
+    ASSERT_EQ(hold(peer.binder, newPeerObject()), STATUS_OK);
+    ASSERT_EQ(callPeer(peer.binder, kDrop), STATUS_OK);
     const int32_t remoteBefore = askPeer(peer.binder, kCountFds);
     const int32_t ownBefore = countOpenDescriptors();
     const int ownObjects = livePeerObjects();
