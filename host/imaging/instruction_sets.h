@@ -1,15 +1,15 @@
 // The functions that are compiled once for each instruction set.
 #pragma once
 
+#include <imaging/camera_physics.h>
 #include <imaging/execution.h>
 
-#include "steps/average_rows.h"
-#include "steps/develop_strip.h"
+#include "steps/jobs.h"
 
 namespace imaging {
 
 struct Functions {
-    void (*develop)(const Strip& strip, const ToneTable& tone);
+    void (*develop)(const DevelopJob& job, const ToneTable& tone);
     void (*average)(const AverageJob& job);
 };
 

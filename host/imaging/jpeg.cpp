@@ -40,9 +40,9 @@ struct JpegParts {
 };
 
 /** @return false if the header makes no sense */
-bool FindParts(const std::vector<uint8_t>& file, JpegParts* parts) {
+bool FindParts(const FileBytes& file, JpegParts* parts) {
     size_t at = kMarkerBytes;  // behind the start marker
-    while (at + kMarkerBytes + 2 <= file.size() && file[at] == kMarker) {
+    while (at + kMarkerBytes + 2 <= file.size && file[at] == kMarker) {
         const uint8_t marker = file[at + 1];
         // A segment's length counts its own two bytes and what follows.
         const size_t length = static_cast<size_t>(file[at + 2]) << 8 | file[at + 3];
@@ -50,7 +50,7 @@ bool FindParts(const std::vector<uint8_t>& file, JpegParts* parts) {
         at += kMarkerBytes + length;
         if (marker != kStartOfScan) continue;
         parts->data = at;
-        parts->end = file.size() - kMarkerBytes;
+        parts->end = file.size - kMarkerBytes;
         return parts->height != 0 && parts->data <= parts->end;
     }
     return false;
@@ -73,8 +73,8 @@ std::string Check(const Nv12View& picture, const JpegSettings& settings) {
 }
 
 /** Joins the strips' files. @return empty, or what is wrong */
-std::string Join(std::vector<std::vector<uint8_t>>& strips, uint32_t height, uint8_t* out,
-                 size_t capacity, size_t* size) {
+std::string Join(std::vector<FileBytes>& strips, uint32_t height, uint8_t* out, size_t capacity,
+                 size_t* size) {
     std::vector<JpegParts> parts(strips.size());
     size_t total = 0;
     for (size_t i = 0; i < strips.size(); ++i) {
@@ -85,14 +85,15 @@ std::string Join(std::vector<std::vector<uint8_t>>& strips, uint32_t height, uin
         return "the JPEG file of " + std::to_string(total) + " bytes does not fit into " +
                std::to_string(capacity) + " bytes";
     }
-    std::vector<uint8_t>& first = strips[0];
+    FileBytes& first = strips[0];
     first[parts[0].height] = static_cast<uint8_t>(height >> 8);
     first[parts[0].height + 1] = static_cast<uint8_t>(height & 0xff);
     uint8_t* to = out;
     for (size_t i = 0; i < strips.size(); ++i) {
         // With the end marker, in whose place a restart marker stands between two strips.
-        const auto begin = strips[i].begin() + static_cast<ptrdiff_t>(i == 0 ? 0 : parts[i].data);
-        to = std::copy(begin, strips[i].end(), to);
+        const size_t begin = i == 0 ? 0 : parts[i].data;
+        memcpy(to, &strips[i][begin], strips[i].size - begin);
+        to += strips[i].size - begin;
         if (i + 1 < strips.size()) to[-1] = static_cast<uint8_t>(kRestart + i % 8);
     }
     *size = total;
@@ -109,9 +110,9 @@ std::string EncodeJpeg(const Nv12View& picture, const JpegSettings& settings, ui
             settings.quality, (picture.width + kMcuSide - 1) / kMcuSide * kStripMcuRows,
             MakeExifSegment(ExifOrientation(settings.orientationDegrees))};
     const uint32_t count = (picture.height + kStripRows - 1) / kStripRows;
-    std::vector<std::vector<uint8_t>> strips(count);
+    std::vector<FileBytes> strips(count);
     std::vector<std::string> problems(count);
-    ParallelFor(count, execution.threads, [&](uint32_t i) {
+    ParallelFor(count, execution.threads, [&](uint32_t i, uint32_t) {
         const size_t top = size_t{i} * kStripRows;
         Nv12View strip = picture;
         strip.y += top * picture.strideBytes;

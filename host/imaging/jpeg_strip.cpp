@@ -6,6 +6,7 @@
 #include <csetjmp>
 #include <cstdio>  // jpeglib.h needs FILE
 #include <cstring>
+#include <vector>
 
 namespace imaging {
 
@@ -26,36 +27,42 @@ struct ErrorState {
 
 void OnWarning(j_common_ptr, int) {}
 
-/** Writes into a vector that grows. */
-struct VectorDestination {
+/** Writes into memory that grows. */
+struct GrowingDestination {
     jpeg_destination_mgr manager;  // first: libjpeg knows only this part
-    std::vector<uint8_t>* bytes;
+    FileBytes* file;               // its size is that of the memory until the end
 };
 
-void OfferFrom(VectorDestination* out, size_t used) {
-    out->manager.next_output_byte = out->bytes->data() + used;
-    out->manager.free_in_buffer = out->bytes->size() - used;
+void GrowTo(j_compress_ptr info, size_t size) {
+    auto* out = reinterpret_cast<GrowingDestination*>(info->dest);
+    const size_t used = out->file->size;
+    auto* grown = static_cast<uint8_t*>(realloc(out->file->data.get(), size));
+    if (grown == nullptr) {
+        auto* state = reinterpret_cast<ErrorState*>(info->err);
+        snprintf(state->text, sizeof(state->text), "no memory for a JPEG file of %zu bytes", size);
+        longjmp(state->back, 1);
+    }
+    (void)out->file->data.release();  // realloc took it
+    out->file->data.reset(grown);
+    out->file->size = size;
+    out->manager.next_output_byte = grown + used;
+    out->manager.free_in_buffer = size - used;
 }
 
 void BeginOutput(j_compress_ptr info) {
     constexpr size_t kLeast = 4096;
-    auto* out = reinterpret_cast<VectorDestination*>(info->dest);
-    // As much as a photo takes at high quality: about two bits a pixel.
-    out->bytes->resize(kLeast + size_t{info->image_width} * info->image_height / 4);
-    OfferFrom(out, 0);
+    // What a photo takes at high quality: about two bits a pixel.
+    GrowTo(info, kLeast + size_t{info->image_width} * info->image_height / 4);
 }
 
 boolean OnFull(j_compress_ptr info) {
-    auto* out = reinterpret_cast<VectorDestination*>(info->dest);
-    const size_t used = out->bytes->size();
-    out->bytes->resize(2 * used);
-    OfferFrom(out, used);
+    GrowTo(info, 2 * reinterpret_cast<GrowingDestination*>(info->dest)->file->size);
     return TRUE;
 }
 
 void EndOutput(j_compress_ptr info) {
-    auto* out = reinterpret_cast<VectorDestination*>(info->dest);
-    out->bytes->resize(out->bytes->size() - out->manager.free_in_buffer);
+    auto* out = reinterpret_cast<GrowingDestination*>(info->dest);
+    out->file->size -= out->manager.free_in_buffer;
 }
 
 /** Row pointers of one row of coded units, and the memory behind those that must be made. */
@@ -69,6 +76,14 @@ struct Rows {
 
 void PadRow(uint8_t* row, size_t from, size_t to) {
     memset(row + from, row[from - 1], to - from);
+}
+
+void SplitPairs(const uint8_t* __restrict pairs, uint32_t count, uint8_t* __restrict first,
+                uint8_t* __restrict second) {
+    for (uint32_t x = 0; x < count; ++x) {
+        first[x] = pairs[2 * x];
+        second[x] = pairs[2 * x + 1];
+    }
 }
 
 /** Fills the rows from luma row `top` on; beyond the last row and column the picture repeats. */
@@ -87,10 +102,7 @@ void PrepareRows(const Nv12View& strip, uint32_t top, Rows* rows) {
         const uint32_t half = strip.height / 2;
         const uint32_t y = top / 2 + i < half ? top / 2 + i : half - 1;
         const uint8_t* source = strip.uv + y * strip.strideBytes;
-        for (uint32_t x = 0; x < strip.width / 2; ++x) {
-            rows->cb[i][x] = source[2 * x];
-            rows->cr[i][x] = source[2 * x + 1];
-        }
+        SplitPairs(source, strip.width / 2, rows->cb[i], rows->cr[i]);
         PadRow(rows->cb[i], strip.width / 2, rows->paddedWidth / 2);
         PadRow(rows->cr[i], strip.width / 2, rows->paddedWidth / 2);
     }
@@ -109,7 +121,7 @@ void SetParameters(j_compress_ptr info, const Nv12View& strip, const JpegStripSe
 
 /** Everything that libjpeg may jump out of: no object with a destructor lives in here. */
 bool Compress(const Nv12View& strip, const JpegStripSettings& settings, Rows* rows,
-              VectorDestination* out, ErrorState* error) {
+              GrowingDestination* out, ErrorState* error) {
     jpeg_compress_struct info = {};
     info.err = jpeg_std_error(&error->manager);
     error->manager.error_exit = OnError;
@@ -136,7 +148,7 @@ bool Compress(const Nv12View& strip, const JpegStripSettings& settings, Rows* ro
 }  // namespace
 
 std::string EncodeJpegStrip(const Nv12View& strip, const JpegStripSettings& settings,
-                            std::vector<uint8_t>* file) {
+                            FileBytes* file) {
     Rows rows = {};
     rows.paddedWidth = (strip.width + kMcuSide - 1) / kMcuSide * kMcuSide;
     std::vector<uint8_t> luma(rows.paddedWidth == strip.width ? 0 : kMcuSide * rows.paddedWidth);
@@ -146,11 +158,11 @@ std::string EncodeJpegStrip(const Nv12View& strip, const JpegStripSettings& sett
         rows.cb[i] = chroma.data() + 2 * i * (rows.paddedWidth / 2);
         rows.cr[i] = rows.cb[i] + rows.paddedWidth / 2;
     }
-    VectorDestination destination = {};
+    GrowingDestination destination = {};
     destination.manager.init_destination = BeginOutput;
     destination.manager.empty_output_buffer = OnFull;
     destination.manager.term_destination = EndOutput;
-    destination.bytes = file;
+    destination.file = file;
     ErrorState error = {};
     if (!Compress(strip, settings, &rows, &destination, &error)) return error.text;
     return {};

@@ -4,8 +4,9 @@
 #include <imaging/planes.h>
 
 #include <cstdint>
+#include <cstdlib>
+#include <memory>
 #include <string>
-#include <vector>
 
 #include "exif.h"
 
@@ -19,8 +20,20 @@ struct JpegStripSettings {
     std::array<uint8_t, kExifSegmentBytes> exif;
 };
 
+/** Bytes that grow as a file is written. Unlike a vector's they are not cleared first. */
+struct FileBytes {
+    struct Free {
+        void operator()(uint8_t* bytes) const { free(bytes); }
+    };
+    std::unique_ptr<uint8_t, Free> data;
+    size_t size = 0;
+
+    uint8_t& operator[](size_t at) { return data.get()[at]; }
+    uint8_t operator[](size_t at) const { return data.get()[at]; }
+};
+
 /** @return empty when `file` holds the strip's file, else what libjpeg said */
 [[nodiscard]] std::string EncodeJpegStrip(const Nv12View& strip, const JpegStripSettings& settings,
-                                          std::vector<uint8_t>* file);
+                                          FileBytes* file);
 
 }  // namespace imaging

@@ -15,13 +15,22 @@ namespace {
 
 struct Queue {
     const uint32_t count;
-    const std::function<void(uint32_t)>& work;
+    const std::function<void(uint32_t, uint32_t)>& work;
     std::atomic<uint32_t> next{0};
 };
 
+struct Worker {
+    Queue* queue;
+    uint32_t number;
+    pthread_t thread;
+};
+
 void* TakeAll(void* data) {
-    auto* queue = static_cast<Queue*>(data);
-    for (uint32_t i = queue->next++; i < queue->count; i = queue->next++) queue->work(i);
+    const auto* worker = static_cast<Worker*>(data);
+    Queue& queue = *worker->queue;
+    for (uint32_t i = queue.next++; i < queue.count; i = queue.next++) {
+        queue.work(i, worker->number);
+    }
     return nullptr;
 }
 
@@ -32,17 +41,19 @@ uint32_t DefaultThreads() {
     return std::clamp(std::thread::hardware_concurrency(), 1u, kMost);
 }
 
-void ParallelFor(uint32_t count, uint32_t threads, const std::function<void(uint32_t)>& work) {
+void ParallelFor(uint32_t count, uint32_t threads,
+                 const std::function<void(uint32_t index, uint32_t worker)>& work) {
     Queue queue{count, work};
+    std::vector<Worker> others(std::max(std::min(threads, count), 1u) - 1);
     // pthread_create rather than std::thread: it reports a refusal without an exception.
-    std::vector<pthread_t> others;
-    for (uint32_t i = 1; i < std::min(threads, count); ++i) {
-        pthread_t thread;
-        if (pthread_create(&thread, nullptr, TakeAll, &queue) != 0) break;
-        others.push_back(thread);
+    uint32_t started = 0;
+    for (; started < others.size(); ++started) {
+        others[started] = {&queue, started + 1, {}};
+        if (pthread_create(&others[started].thread, nullptr, TakeAll, &others[started]) != 0) break;
     }
-    TakeAll(&queue);
-    for (pthread_t thread : others) pthread_join(thread, nullptr);
+    Worker self = {&queue, 0, {}};
+    TakeAll(&self);
+    for (uint32_t i = 0; i < started; ++i) pthread_join(others[i].thread, nullptr);
 }
 
 }  // namespace imaging

@@ -20,6 +20,7 @@ inline constexpr uint32_t kVectorPixels = 16;
 
 using BytePixels = uint8_t __attribute__((vector_size(kVectorPixels)));
 using ShortPixels = int16_t __attribute__((vector_size(2 * kVectorPixels)));
+using CodePixels = uint16_t __attribute__((vector_size(2 * kVectorPixels)));
 using IntPixels = int32_t __attribute__((vector_size(4 * kVectorPixels)));
 
 /** Reads a vector from any address. */

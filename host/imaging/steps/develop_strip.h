@@ -3,13 +3,13 @@
 #pragma once
 
 #include <imaging/camera_physics.h>
-#include <imaging/planes.h>
 
 #include <algorithm>
 #include <vector>
 
 #include "colour_row.h"
 #include "demosaic_row.h"
+#include "jobs.h"
 #include "raw10_rows.h"
 #include "split_row.h"
 #include "tone.h"
@@ -63,19 +63,9 @@ class LinearRows {
     std::vector<uint16_t> mCodes;
 };
 
-/** The rows [begin, end) of a picture, both even, and where the picture lies in its frame. */
-struct Strip {
-    RawView raw;
-    MutableNv12View out;
-    uint32_t left;
-    uint32_t top;
-    uint32_t begin;
-    uint32_t end;
-};
-
-IMAGING_INLINE void DevelopStrip(const Strip& strip, const ToneTable& tone) {
-    const RawView& raw = strip.raw;
-    const MutableNv12View& out = strip.out;
+IMAGING_INLINE void DevelopStrip(const DevelopJob& job, const ToneTable& tone) {
+    const RawView& raw = job.raw;
+    const MutableNv12View& out = job.out;
     const size_t halfWidth = RoundUpToVectors(out.width) / 2;
     std::vector<int16_t> finePixels(6 * halfWidth);
     std::vector<uint8_t> tonePixels(2 * 6 * halfWidth);
@@ -83,15 +73,14 @@ IMAGING_INLINE void DevelopStrip(const Strip& strip, const ToneTable& tone) {
     const ToneRow toned[2] = {{tonePixels.data(), halfWidth},
                               {tonePixels.data() + 6 * halfWidth, halfWidth}};
 
-    const uint32_t first = strip.top + strip.begin;
-    LinearRows mosaic(raw, first < kDemosaicMargin ? 0 : first - kDemosaicMargin);
-    for (uint32_t y = strip.begin; y < strip.end; y += 2) {
+    LinearRows mosaic(raw, std::max(job.mosaicRow, kDemosaicMargin) - kDemosaicMargin);
+    for (uint32_t y = job.begin; y < job.end; y += 2) {
         for (uint32_t i = 0; i < 2; ++i) {
-            const uint32_t middle = strip.top + y + i;
+            const uint32_t middle = job.mosaicRow + (y - job.begin) + i;
             mosaic.AdvanceTo(std::min(middle + kDemosaicMargin, raw.height - 1));
             SplitRow rows[5];
             for (int row = 0; row < 5; ++row) rows[row] = mosaic.Row(int64_t{middle} + row - 2);
-            DemosaicRow(rows, middle, strip.left, out.width, fine);
+            DemosaicRow(rows, middle, job.left, out.width, fine);
             ApplyToneCurve(tone, fine, toned[i]);
             StoreLuma(toned[i], out.width, out.y + (y + i) * out.strideBytes);
         }

@@ -3,9 +3,9 @@
 
 #include <aidl/android/hardware/camera/device/CameraBlob.h>
 #include <aidl/android/hardware/camera/device/CameraBlobId.h>
-#include <imaging/average.h>
 #include <imaging/b2y.h>
 #include <imaging/jpeg.h>
+#include <imaging/multi_frame.h>
 
 #include <algorithm>
 #include <array>
@@ -17,12 +17,13 @@ namespace {
 
 using ::aidl::android::hardware::camera::device::CameraBlobId;
 
-/** Develops one mosaic into every output. */
-std::string Develop(const imaging::RawView& mosaic, const std::vector<RequestBuffer>& outputs) {
+/** Calls develop(picture) for every output, which returns what went wrong or nothing. */
+template <class Develop>
+std::string DevelopAll(const std::vector<RequestBuffer>& outputs, const Develop& develop) {
     for (const RequestBuffer& output : outputs) {
         LockedBuffer picture;
         std::string problem = picture.Lock(output.buffer, Access::kWrite);
-        if (problem.empty()) problem = imaging::RawToNv12(mosaic, picture.Nv12(*output.stream));
+        if (problem.empty()) problem = develop(picture.Nv12(*output.stream));
         if (!problem.empty()) return problem;
     }
     return {};
@@ -55,7 +56,9 @@ std::string Pipeline::BayerToYuv(const Request& request) const {
     LockedBuffer mosaic;
     std::string problem = mosaic.Lock(input.buffer, Access::kRead);
     if (!problem.empty()) return problem;
-    return Develop(mosaic.Raw(*input.stream), request.outputs);
+    return DevelopAll(request.outputs, [&](const imaging::MutableNv12View& picture) {
+        return imaging::RawToNv12(mosaic.Raw(*input.stream), picture);
+    });
 }
 
 std::string Pipeline::MultiFrame(const Request& request,
@@ -63,8 +66,8 @@ std::string Pipeline::MultiFrame(const Request& request,
     const Stream& rawStream = *request.inputs[0][0].stream;
     BorrowedBuffers scratch(client);
     std::string problem = scratch.Borrow(mMapper, rawStream, 1);
-    LockedBuffer average;
-    if (problem.empty()) problem = average.Lock(scratch[0], Access::kWrite);
+    LockedBuffer averages;
+    if (problem.empty()) problem = averages.Lock(scratch[0], Access::kWrite);
 
     std::vector<LockedBuffer> frames(request.inputs.size());
     std::vector<imaging::RawView> mosaics;
@@ -72,9 +75,10 @@ std::string Pipeline::MultiFrame(const Request& request,
         problem = frames[f].Lock(request.inputs[f][0].buffer, Access::kRead);
         if (problem.empty()) mosaics.push_back(frames[f].Raw(rawStream));
     }
-    if (problem.empty()) problem = imaging::AverageRaw10(mosaics, average.Raw(rawStream));
-    if (problem.empty()) problem = Develop(average.Raw(rawStream), request.outputs);
-    return problem;
+    if (!problem.empty()) return problem;
+    return DevelopAll(request.outputs, [&](const imaging::MutableNv12View& picture) {
+        return imaging::AverageToNv12(mosaics, averages.Raw(rawStream), picture);
+    });
 }
 
 std::string Pipeline::YuvToJpeg(const Request& request) const {

@@ -4,14 +4,14 @@
 // tone curve, BT.601 full range, crop in the middle at an even offset).
 //
 //  B2Y  Each output is the developed RAW10 frame.
-//  MMF  The three RAW10 frames are averaged, rounded to the nearest code, into a RAW10 buffer that
-//  is
-//       borrowed from the client; each output is that mosaic developed. The 640 x 480 YUV frames
-//       are checked and read nowhere: there are no faces to find in an average.
+//  MMF  Each output is the average of the three RAW10 frames, rounded to the nearest code, and
+//       developed. The average is held in a RAW10 buffer that is borrowed from the client, strip
+//       by strip: it is never there as a whole. The 640 x 480 YUV frames are checked and read
+//       nowhere: there are no faces to find in an average.
 //  Y2J  Each output is a JPEG file (JFIF, 4:2:0, quality 95) of the YUV frame as it is, with an
-//  EXIF
-//       block that carries the requested orientation; the picture itself is not turned. The last
-//       8 bytes of the stream's buffer size are the trailer: int32 blob id 0xff, int32 file size.
+//       EXIF block that carries the requested orientation; the picture itself is not turned. The
+//       last 8 bytes of the stream's buffer size are the trailer: int32 blob id 0xff, int32 file
+//       size.
 #pragma once
 
 #include <memory>

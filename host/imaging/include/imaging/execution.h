@@ -9,8 +9,7 @@ namespace imaging {
 /** What the code for a frame's inner loops may use, poorest first. */
 enum class InstructionSet : uint8_t {
     kBaseline,  // what every processor of this architecture has (SSE2 on x86-64, NEON on arm64)
-    kAvx2,
-    kAvx512,  // F, BW, DQ and VL
+    kAvx2,      // (AVX-512 brought nothing: the tone curve's look-ups take the most time)
 };
 
 /** Those that this processor has: kBaseline first, the fastest last. */

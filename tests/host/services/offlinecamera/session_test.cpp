@@ -2,7 +2,6 @@
 // refused.
 #include "session.h"
 
-#include <imaging/average.h>
 #include <imaging/b2y.h>
 #include <imaging/jpeg.h>
 #include <imaging/raw10.h>
