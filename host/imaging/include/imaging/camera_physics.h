@@ -78,18 +78,18 @@ int LinearFromTone(uint8_t tone);
 
 /** Step 5 for one pixel. T is int, or a vector of int32_t for many pixels. */
 template <class T>
-constexpr T LumaValue(T r, T g, T b) {
+[[gnu::always_inline]] constexpr T LumaValue(T r, T g, T b) {
     return (4899 * r + 9617 * g + 1868 * b + 8192) >> 14;
 }
 
 /** Step 5 for the sums of a 2 x 2 block, each 0..1020. */
 template <class T>
-constexpr T ChromaBlueValue(T sumR, T sumG, T sumB) {
+[[gnu::always_inline]] constexpr T ChromaBlueValue(T sumR, T sumG, T sumB) {
     return (-2765 * sumR - 5427 * sumG + 8192 * sumB + ((128 << 16) + 32767)) >> 16;
 }
 
 template <class T>
-constexpr T ChromaRedValue(T sumR, T sumG, T sumB) {
+[[gnu::always_inline]] constexpr T ChromaRedValue(T sumR, T sumG, T sumB) {
     return (8192 * sumR - 6860 * sumG - 1332 * sumB + ((128 << 16) + 32767)) >> 16;
 }
 

@@ -35,22 +35,22 @@ struct Neighbourhood {
 };
 
 template <class T>
-constexpr T GreenAtColour(const Neighbourhood<T>& n) {
+[[gnu::always_inline]] constexpr T GreenAtColour(const Neighbourhood<T>& n) {
     return 8 * n.centre + 4 * (n.leftRight + n.aboveBelow) - 2 * (n.leftRight2 + n.aboveBelow2);
 }
 
 template <class T>
-constexpr T ColourLeftRightOfGreen(const Neighbourhood<T>& n) {
+[[gnu::always_inline]] constexpr T ColourLeftRightOfGreen(const Neighbourhood<T>& n) {
     return 10 * n.centre + 8 * n.leftRight - 2 * n.leftRight2 - 2 * n.diagonal + n.aboveBelow2;
 }
 
 template <class T>
-constexpr T ColourAboveBelowGreen(const Neighbourhood<T>& n) {
+[[gnu::always_inline]] constexpr T ColourAboveBelowGreen(const Neighbourhood<T>& n) {
     return 10 * n.centre + 8 * n.aboveBelow - 2 * n.aboveBelow2 - 2 * n.diagonal + n.leftRight2;
 }
 
 template <class T>
-constexpr T OppositeColour(const Neighbourhood<T>& n) {
+[[gnu::always_inline]] constexpr T OppositeColour(const Neighbourhood<T>& n) {
     return 12 * n.centre + 4 * n.diagonal - 3 * (n.leftRight2 + n.aboveBelow2);
 }
 
