@@ -57,7 +57,7 @@ binder_status_t ProxyBinder::readDescriptor(std::string* descriptor) {
 
 binder_status_t ProxyBinder::linkToDeath(AIBinder_DeathRecipient* recipient, void* cookie) {
     std::lock_guard<std::mutex> lock(mMutex);
-    if (!mAlive) return STATUS_DEAD_OBJECT;
+    if (!isAlive()) return STATUS_DEAD_OBJECT;
     mLinks.erase(std::remove_if(mLinks.begin(), mLinks.end(),
                                 [](const auto& link) { return !link->isActive(); }),
                  mLinks.end());

@@ -143,16 +143,16 @@ TEST_F(MalformedMessage, WithBadObjects) {
 }
 
 TEST_F(MalformedMessage, WithObjectsThatOverlap) {
-    FrameHeader call = callHeader(40);
+    FrameHeader call = callHeader(48);
     call.objectCount = call.referenceCount = 2;
     std::string body;
     // The first record's cookie is the second one's type.
     appendBytes(&body, ObjectRecord{hostbinder::kBinderHandle, 0, 0, hostbinder::kBinderHandle});
-    appendBytes(&body, uint64_t{1});
-    appendBytes(&body, uint64_t{0});
+    for (uint64_t word : {1u, 0u, 0u}) appendBytes(&body, word);
     for (uint32_t offset : {0u, 16u}) appendBytes(&body, offset);
-    for (uint64_t number : {5u, 6u}) {
-        appendBytes(&body, ReferenceRecord{ReferenceOwner::kSender, 0, number, {}});
+    // References to the peer's own object: others it would give back before it hangs up.
+    for (int i = 0; i < 2; ++i) {
+        appendBytes(&body, ReferenceRecord{ReferenceOwner::kReceiver, 0, 1, {}});
     }
     expectCallRefused("overlap", call, body);
 }

@@ -76,6 +76,18 @@ binder_status_t relayCall(const AParcel* in, AParcel* out) {
     return status == STATUS_OK ? ndk::AParcel_writeData(out, answer) : status;
 }
 
+binder_status_t playPingPong(const AParcel* in, AParcel* out) {
+    ndk::SpAIBinder other;
+    ndk::SpAIBinder self;
+    int32_t depth = 0;
+    binder_status_t status = ndk::AParcel_readRequiredStrongBinder(in, &other);
+    if (status == STATUS_OK) status = ndk::AParcel_readRequiredStrongBinder(in, &self);
+    if (status == STATUS_OK) status = ndk::AParcel_readData(in, &depth);
+    int32_t answer = 0;
+    if (status == STATUS_OK && depth > 1) answer = pingPong(other, self, depth - 1, &status);
+    return status == STATUS_OK ? ndk::AParcel_writeData(out, answer + 1) : status;
+}
+
 binder_status_t block(const AParcel* in) {
     ndk::ScopedFileDescriptor entered;
     ndk::ScopedFileDescriptor go;
@@ -111,6 +123,8 @@ binder_status_t handleObjects(transaction_code_t code, const AParcel* in, AParce
             return callBinder(in, out);
         case kRelay:
             return relayCall(in, out);
+        case kPingPong:
+            return playPingPong(in, out);
         case kNewObject:
             return ndk::AParcel_writeRequiredStrongBinder(out, newPeerObject());
         case kLiveObjects:
@@ -226,6 +240,18 @@ int32_t askPeer(const ndk::SpAIBinder& binder, transaction_code_t code,
 int32_t add(const ndk::SpAIBinder& binder, int32_t value, binder_status_t* status) {
     return askPeer(
             binder, kAdd, [value](AParcel* in) { return ndk::AParcel_writeData(in, value); },
+            status);
+}
+
+int32_t pingPong(const ndk::SpAIBinder& target, const ndk::SpAIBinder& back, int32_t depth,
+                 binder_status_t* status) {
+    return askPeer(
+            target, kPingPong,
+            [&](AParcel* in) {
+                AParcel_writeStrongBinder(in, back.get());
+                AParcel_writeStrongBinder(in, target.get());
+                return ndk::AParcel_writeData(in, depth);
+            },
             status);
 }
 

@@ -174,6 +174,11 @@ TEST(Callback, ThroughAThirdProcessRunsOnTheWaitingThread) {
     EXPECT_EQ(lastAddThread(), std::this_thread::get_id());
 }
 
+TEST(Callback, NestsAsDeepAsTheCallsDo) {
+    Peer peer = startPeer({"--max", "0"});
+    EXPECT_EQ(pingPong(peer.binder, newPeerObject(), 12), 12);
+}
+
 TEST(ExitHandler, CanStillCall) {
     Peer peer = startPeer();
     const std::string name = newServiceName();

@@ -1,4 +1,5 @@
 // Which threads serve calls, and in which order.
+#include <android/binder_process.h>
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <poll.h>
@@ -84,6 +85,29 @@ TEST(ThreadPool, QueuesCallsUntilItIsStarted) {
     EXPECT_EQ(started.wait_for(std::chrono::milliseconds(100)), std::future_status::timeout);
     peer.process.nudge();
     EXPECT_EQ(started.get(), 1);
+}
+
+TEST(Polling, ServesCallsOnTheThreadThatAsks) {
+    Peer peer = startPeer();
+    int calls = -1;
+    ASSERT_EQ(ABinderProcess_setupPolling(&calls), STATUS_OK);
+    ndk::SpAIBinder own = newPeerObject();
+    // A oneway call begins no chain: the call back waits for a thread of this process.
+    ASSERT_EQ(callPeer(
+                      peer.binder, kCall,
+                      [&](AParcel* in) {
+                          AParcel_writeStrongBinder(in, own.get());
+                          return ndk::AParcel_writeData(in, 5);
+                      },
+                      nullptr, FLAG_ONEWAY),
+              STATUS_OK);
+    pollfd waiting{calls, POLLIN, 0};
+    ASSERT_EQ(poll(&waiting, 1, 20000), 1);
+    EXPECT_EQ(ABinderProcess_handlePolledCommands(), STATUS_OK);
+    if (!ABinderProcess_isThreadPoolStarted()) {
+        EXPECT_EQ(lastAddThread(), std::this_thread::get_id());
+    }
+    EXPECT_EQ(poll(&waiting, 1, 0), 0) << "nothing waits any more";
 }
 
 TEST(Oneway, CallsToOneObjectRunInOrder) {
