@@ -20,10 +20,13 @@ picture_of() {
     fi
 }
 
-# report_files FOLDER BEFORE: names what is new or changed since the list BEFORE was made.
+# report_files FOLDER BEFORE: names what is new or changed since the list BEFORE was made; their
+# number is left in $wrote.
+wrote=0
 report_files() {
     local folder="$1" path size note
     while IFS=$'\t' read -r path _ size; do
+        wrote=$((wrote + 1))
         case "$path" in
         *.yuv | *.raw | *.jpg)
             note=""
@@ -35,14 +38,18 @@ report_files() {
     done < <(LC_ALL=C comm -13 <(echo "$2") <(list_files "$folder"))
 }
 
-# Where a signal ended the tool: which one, and the last error that it logged.
-report_signal() {
-    local number=$(($1 - 128)) error
+# report_outcome STATUS: which signal ended the tool, and the last error that it logged.
+report_outcome() {
+    local number=$(($1 - 128)) errors last
+    errors="$(grep -c ' E ' "$out/run.log" || true)"
+    last="$(grep ' E ' "$out/run.log" | tail -n 1 || true)"
+    last="the last one of $errors errors in $(here "$out/run.log"): ${last#* E }"
     if ((number >= 1 && number <= 64)); then
-        error="$(grep ' E ' "$out/run.log" | tail -n 1 || true)"
-        say "the tool was ended by signal $number ($(kill -l "$number"));" \
-            "last error it logged: ${error#* E }"
+        say "the tool was ended by signal $number ($(kill -l "$number"))"
+    elif grep -q ': OpenOfflineSession$' "$out/run.log" && [[ "$wrote" == 0 ]]; then
+        say "no file was written"
     fi
+    [[ "$errors" == 0 ]] || say "$last"
 }
 
 # One line when the tool opened a source file, which without plane layouts has no effect.

@@ -184,7 +184,7 @@ bool Device::awaitAnswers(const std::vector<std::string>& names, int* status) {
         }
         if (event.kind == Event::ChildEnded && !labelOf(event.pid).empty()) {
             complain(labelOf(event.pid) + " " + describeEnd(event.number) +
-                     " before it answered; --device-log FILE shows what it said");
+                     " before it answered; the device log (--device-log) shows what it said");
             m_running.erase(event.pid);
             return false;
         }
