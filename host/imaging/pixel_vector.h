@@ -7,8 +7,9 @@
 #include <cstring>
 
 /**
- * For functions that work on vectors. Only when they end up inside the function of a certain
- * instruction set does the compiler know what it may use, so they must not stay functions.
+ * For functions that work on vectors, formulas in public headers among them. Only when they end up
+ * inside the function of a certain instruction set does the compiler know what it may use; as
+ * functions of their own they would also hand vectors over in another way than that one expects.
  */
 #define IMAGING_INLINE [[gnu::always_inline]] inline
 #define IMAGING_LAMBDA_INLINE __attribute__((always_inline))

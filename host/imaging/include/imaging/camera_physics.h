@@ -22,6 +22,11 @@
 //
 // The tone table is the only place with floating point; no entry lies so near to a tie that the
 // math library could matter.
+//
+// To read it as a program, begin with b2y_plain.cpp: one loop over the pixels. What runs is the
+// same in vectors, a file for each step: steps/white_balance.h, steps/demosaic_row.h, steps/tone.h,
+// steps/ycbcr.h, put together in steps/develop_strip.h. Both use the formulas of this header and of
+// demosaic.h.
 #pragma once
 
 #include <array>
