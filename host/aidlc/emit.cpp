@@ -206,7 +206,8 @@ GeneratedFile SourceFile(const Declaration& declaration, const EmitOptions& opti
         case Declaration::Kind::Interface:
             headers.push_back(HeaderPath(declaration, "Bn" + BaseName(declaration)));
             headers.push_back(HeaderPath(declaration, "Bp" + BaseName(declaration)));
-            headers.insert(headers.end(), {"android/binder_stability.h", "cstring"});
+            headers.insert(headers.end(),
+                           {"android/binder_stability.h", "cstring", "host_binder_trace.h"});
             body = InterfaceSource(declaration, options) + "\n" + StubSource(declaration, options) +
                    "\n" + ProxySource(declaration, options);
             break;

@@ -58,8 +58,11 @@ static binder_status_t _aidl_I$base$_onTransact(AIBinder* binder, transaction_co
                                                 const AParcel* in, AParcel* out);
 
 static const AIBinder_Class* _aidl_I$base$_class() {
-    static const AIBinder_Class* const clazz =
-            ::ndk::ICInterface::defineClass(I$base$::descriptor, _aidl_I$base$_onTransact);
+    static const AIBinder_Class* const clazz = [] {
+        AIBinder_Class* const defined =
+                ::ndk::ICInterface::defineClass(I$base$::descriptor, _aidl_I$base$_onTransact);
+$names$        return defined;
+    }();
     return clazz;
 }
 
@@ -122,6 +125,11 @@ $defaults$
 bool I$base$Default::isRemote() { return false; }
 )";
 
+// What the trace of transactions calls the methods.
+const char* const kNames = R"(        static constexpr const char* names[] = {$list$};
+        AIBinder_Class_setTransactionNames(defined, names, sizeof(names) / sizeof(names[0]));
+)";
+
 const char* const kUnknown = R"( {
     return ::ndk::ScopedAStatus::fromStatus(STATUS_UNKNOWN_TRANSACTION);
 }
@@ -174,7 +182,9 @@ std::string InterfaceBody(const Declaration& declaration, const EmitOptions& opt
 std::string InterfaceSource(const Declaration& declaration, const EmitOptions& options) {
     const std::string defaultClass = declaration.name + "Default::";
     std::string defaults;
+    std::string names;
     for (const Method& method : declaration.methods) {
+        names += (names.empty() ? "\"" : ", \"") + method.name + "\"";
         defaults += UnusedSignature(method, defaultClass + method.name) + kUnknown;
     }
     if (options.version > 0) {
@@ -187,6 +197,7 @@ std::string InterfaceSource(const Declaration& declaration, const EmitOptions& o
     }
     return Expand(kSource, {{"base", BaseName(declaration)},
                             {"canonical", declaration.CanonicalName()},
+                            {"names", names.empty() ? "" : Expand(kNames, {{"list", names}})},
                             {"defaults", defaults}});
 }
 
