@@ -1,8 +1,8 @@
 // A buffer of the stand-in device: a sealed memory file, mapped.
 #pragma once
 
-#include <graphics_core/BufferHandle.h>
-#include <graphics_core/BufferMapping.h>
+#include <graphics_core/buffer_handle.h>
+#include <graphics_core/buffer_mapping.h>
 
 #include <cstdint>
 

@@ -8,11 +8,11 @@
 
 #include <filesystem>
 
-#include "DevicePlan.h"
-#include "Inside.h"
-#include "Options.h"
-#include "Outside.h"
-#include "Process.h"
+#include "device_plan.h"
+#include "inside.h"
+#include "options.h"
+#include "outside.h"
+#include "process.h"
 
 namespace {
 

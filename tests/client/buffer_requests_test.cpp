@@ -4,7 +4,7 @@
 #include <utility>
 #include <vector>
 
-#include "tests/support/ClientFixture.h"
+#include "tests/support/client_fixture.h"
 
 using ::aidl::android::hardware::camera::device::StreamBuffersVal;
 using ::testing::Contains;

@@ -6,7 +6,7 @@
 #include <memory>
 #include <string>
 
-#include "tests/support/ClientFixture.h"
+#include "tests/support/client_fixture.h"
 
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/support/ClientFixture.h"
+#include "tests/support/client_fixture.h"
 
 using ::aidl::android::hardware::camera::device::BufferStatus;
 using ::testing::Contains;

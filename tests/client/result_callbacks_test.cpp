@@ -12,7 +12,7 @@
 #include <utility>
 #include <vector>
 
-#include "tests/support/ClientFixture.h"
+#include "tests/support/client_fixture.h"
 
 using ::aidl::android::hardware::camera::device::BufferStatus;
 using ::aidl::android::hardware::camera::device::ShutterMsg;

@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/support/ClientFixture.h"
+#include "tests/support/client_fixture.h"
 
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;

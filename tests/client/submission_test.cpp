@@ -6,7 +6,7 @@
 #include <utility>
 #include <vector>
 
-#include "tests/support/ClientFixture.h"
+#include "tests/support/client_fixture.h"
 
 using ::aidl::android::hardware::camera::device::ShutterMsg;
 using ::testing::Contains;

@@ -5,8 +5,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "tests/end_to_end/DeviceRun.h"
-#include "tests/end_to_end/LogMatchers.h"
+#include "tests/end_to_end/device_run.h"
+#include "tests/end_to_end/log_matchers.h"
 
 using ::testing::AnyOf;
 using ::testing::Contains;

@@ -4,7 +4,7 @@
 #include <gtest/gtest.h>
 #include <stdlib.h>
 
-#include "tests/end_to_end/DeviceRun.h"
+#include "tests/end_to_end/device_run.h"
 
 using ::testing::Ge;
 using ::testing::HasSubstr;

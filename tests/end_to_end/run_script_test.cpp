@@ -7,7 +7,7 @@
 #include <filesystem>
 #include <fstream>
 
-#include "tests/end_to_end/DeviceRun.h"
+#include "tests/end_to_end/device_run.h"
 
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;

@@ -11,8 +11,8 @@
 #include <vector>
 
 #include "gralloc/offlinecameragrallocwrapper.h"
-#include "tests/support/LogCapture.h"
-#include "tests/support/MemoryMapper.h"
+#include "tests/support/log_capture.h"
+#include "tests/support/memory_mapper.h"
 
 using namespace ::vendor::zel::hardware::camera::offlinecamera::implementation;
 using ::aidl::android::hardware::graphics::common::BufferUsage;

@@ -13,9 +13,9 @@
 #include <vector>
 
 #include "gralloc/graphicsstartup.h"
-#include "tests/support/FakeServices.h"
-#include "tests/support/LogCapture.h"
-#include "tests/support/MemoryMapper.h"
+#include "tests/support/fake_services.h"
+#include "tests/support/log_capture.h"
+#include "tests/support/memory_mapper.h"
 
 using namespace ::vendor::zel::hardware::camera::offlinecamera::implementation;
 using ::testing::ElementsAre;

@@ -10,9 +10,9 @@
 #include <vector>
 
 #include "gralloc/offlinecamerazelinterface.h"
-#include "tests/support/FakeDisplayMapper.h"
-#include "tests/support/LogCapture.h"
-#include "tests/support/MemoryMapper.h"
+#include "tests/support/fake_display_mapper.h"
+#include "tests/support/log_capture.h"
+#include "tests/support/memory_mapper.h"
 
 using namespace ::vendor::zel::hardware::camera::offlinecamera::implementation;
 using ::aidl::android::hardware::graphics::common::BufferUsage;

@@ -6,7 +6,7 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include "Allocator.h"
+#include "allocator.h"
 
 namespace {
 

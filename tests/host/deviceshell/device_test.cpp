@@ -10,7 +10,7 @@
 #include <fstream>
 #include <sstream>
 
-#include "tests/end_to_end/Subprocess.h"
+#include "tests/end_to_end/subprocess.h"
 
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;

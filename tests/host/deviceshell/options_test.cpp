@@ -1,6 +1,6 @@
 // Options, the plan and the file system: what deviceshell decides before it starts anything.
 
-#include "Options.h"
+#include "options.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -9,9 +9,9 @@
 #include <filesystem>
 #include <fstream>
 
-#include "DevicePlan.h"
-#include "Faults.h"
-#include "Sandbox.h"
+#include "device_plan.h"
+#include "faults.h"
+#include "sandbox.h"
 
 using ::testing::Contains;
 using ::testing::ElementsAre;

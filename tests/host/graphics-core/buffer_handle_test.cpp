@@ -1,6 +1,6 @@
 // Handles: what a new buffer is, and that no lie in a handle gets through.
 #include <fcntl.h>
-#include <graphics_core/BufferHandle.h>
+#include <graphics_core/buffer_handle.h>
 #include <gtest/gtest.h>
 #include <sys/mman.h>
 #include <sys/stat.h>

@@ -1,5 +1,5 @@
 // Layouts: the numbers that source frames are made for, rounding, and what is refused.
-#include <graphics_core/BufferLayout.h>
+#include <graphics_core/buffer_layout.h>
 #include <gtest/gtest.h>
 
 #include "buffers.h"

@@ -2,7 +2,7 @@
 #pragma once
 
 #include <dirent.h>
-#include <graphics_core/BufferHandle.h>
+#include <graphics_core/buffer_handle.h>
 #include <gtest/gtest.h>
 
 #include <fstream>

@@ -1,6 +1,6 @@
 // Imported buffers: independence, leaks, locks, fences, the zero tail, and use from threads.
-#include <graphics_core/Fence.h>
-#include <graphics_core/ImportedBuffers.h>
+#include <graphics_core/fence.h>
+#include <graphics_core/imported_buffers.h>
 #include <gtest/gtest.h>
 #include <sys/eventfd.h>
 #include <unistd.h>

@@ -1,5 +1,5 @@
 // Metadata: what the platform's decoders make of it.
-#include "host/graphics-mapper-impl/Metadata.h"
+#include "host/graphics-mapper-impl/metadata.h"
 
 #include <gralloctypes/Gralloc4.h>
 #include <gtest/gtest.h>

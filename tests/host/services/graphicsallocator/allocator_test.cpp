@@ -1,5 +1,5 @@
 // The allocator's service object, found by name in this process.
-#include "host/services/graphicsallocator/Allocator.h"
+#include "host/services/graphicsallocator/allocator.h"
 
 #include <aidl/android/hardware/graphics/allocator/AllocationError.h>
 #include <aidlcommonsupport/NativeHandle.h>

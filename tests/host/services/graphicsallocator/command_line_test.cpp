@@ -5,7 +5,7 @@
 
 #include <string>
 
-#include "host/services/graphicsallocator/AllocatorFaults.h"
+#include "host/services/graphicsallocator/allocator_faults.h"
 
 namespace graphics {
 namespace {

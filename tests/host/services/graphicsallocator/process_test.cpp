@@ -2,7 +2,7 @@
 #include <aidl/android/hardware/graphics/allocator/IAllocator.h>
 #include <aidlcommonsupport/NativeHandle.h>
 #include <android/binder_manager.h>
-#include <graphics_core/BufferHandle.h>
+#include <graphics_core/buffer_handle.h>
 #include <gtest/gtest.h>
 #include <host_service_manager.h>
 #include <signal.h>

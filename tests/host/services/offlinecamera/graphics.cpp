@@ -2,7 +2,7 @@
 #include "graphics.h"
 
 #include <aidlcommonsupport/NativeHandle.h>
-#include <graphics_core/BufferHandle.h>
+#include <graphics_core/buffer_handle.h>
 #include <gtest/gtest.h>
 
 #include <cstdio>

@@ -1,0 +1,263 @@
+// The device's first process: starts the programs, runs the command, ends them.
+
+#include "inside.h"
+
+#include <errno.h>
+#include <fcntl.h>
+#include <poll.h>
+#include <signal.h>
+#include <stdlib.h>
+#include <string.h>
+#include <sys/resource.h>
+#include <sys/signalfd.h>
+#include <sys/wait.h>
+#include <time.h>
+#include <unistd.h>
+
+#include <map>
+
+#include "process.h"
+#include "readiness.h"
+#include "sandbox.h"
+
+namespace deviceshell {
+
+namespace {
+
+constexpr int kNoDevice = 125;
+constexpr int kStopSeconds = 2;  // for the programs to end by themselves after SIGTERM
+
+using Deadline = timespec;
+
+Deadline after(int seconds) {
+    Deadline deadline = {};
+    clock_gettime(CLOCK_MONOTONIC, &deadline);
+    deadline.tv_sec += seconds;
+    return deadline;
+}
+
+int millisecondsUntil(const Deadline& deadline) {
+    timespec now = {};
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    const long left =
+            (deadline.tv_sec - now.tv_sec) * 1000 + (deadline.tv_nsec - now.tv_nsec) / 1'000'000;
+    return left < 0 ? 0 : static_cast<int>(left);
+}
+
+class Device {
+  public:
+    explicit Device(const DevicePlan& plan) : m_plan(plan), m_numbers(plan.descriptors) {}
+
+    int run() {
+        if (!prepare()) return kNoDevice;
+        int status = kNoDevice;
+        if (startPrograms(&status)) status = runCommand();
+        stopPrograms();
+        return status;
+    }
+
+  private:
+    struct Event {
+        enum Kind { TimedOut, ChildEnded, Signal, CallerGone } kind;
+        pid_t pid;   // of ChildEnded
+        int number;  // wait status of ChildEnded, number of Signal
+    };
+
+    bool prepare();
+    bool startPrograms(int* status);
+    bool startProgram(const DeviceProgram& program);
+    bool awaitAnswers(const std::vector<std::string>& names, int* status);
+    int runCommand();
+    void stopPrograms();
+    Event nextEvent(const Deadline* deadline);
+    std::string labelOf(pid_t pid) const;
+    void note(const std::string& sentence) const;
+
+    const DevicePlan& m_plan;
+    const DeviceDescriptors& m_numbers;
+    int m_childSignals = -1;
+    int m_null = -1;
+    bool m_stopping = false;
+    std::map<pid_t, std::string> m_running;  // the programs by process, with their file names
+};
+
+bool Device::prepare() {
+    for (const int number : {m_numbers.status, m_numbers.control, m_numbers.log,
+                             m_numbers.deviceLog, m_numbers.trace}) {
+        if (number >= 0) fcntl(number, F_SETFD, FD_CLOEXEC);
+    }
+    // A command that dies must not leave a core file in the user's folder.
+    const rlimit none = {0, 0};
+    setrlimit(RLIMIT_CORE, &none);
+
+    sigset_t all;
+    sigfillset(&all);
+    sigprocmask(SIG_SETMASK, &all, nullptr);
+    sigset_t child;
+    sigemptyset(&child);
+    sigaddset(&child, SIGCHLD);
+    m_childSignals = signalfd(-1, &child, SFD_CLOEXEC | SFD_NONBLOCK);
+    m_null = open("/dev/null", O_RDWR | O_CLOEXEC);
+    if (m_childSignals >= 0 && m_null >= 0) return true;
+    complain(std::string("the device's first process cannot start: ") + strerror(errno));
+    return false;
+}
+
+// Reports children that ended before anything else, so that none is missed.
+Device::Event Device::nextEvent(const Deadline* deadline) {
+    while (true) {
+        int status = 0;
+        const pid_t pid = waitpid(-1, &status, WNOHANG);
+        if (pid > 0) {
+            const auto program = m_running.find(pid);
+            const bool asked = m_stopping && WIFSIGNALED(status) && WTERMSIG(status) == SIGTERM;
+            if (program != m_running.end() && !asked) {
+                note(program->second + " " + describeEnd(status));
+            }
+            return {Event::ChildEnded, pid, status};
+        }
+        pollfd sources[2] = {{m_childSignals, POLLIN, 0}, {m_numbers.control, POLLIN, 0}};
+        const int ready = ::poll(sources, 2, deadline ? millisecondsUntil(*deadline) : -1);
+        if (ready == 0) return {Event::TimedOut, -1, 0};
+        if (sources[0].revents) {
+            signalfd_siginfo ignored;
+            while (read(m_childSignals, &ignored, sizeof ignored) > 0) {
+            }
+        }
+        if (sources[1].revents) {
+            unsigned char number = 0;
+            if (read(m_numbers.control, &number, 1) == 1) return {Event::Signal, -1, number};
+            return {Event::CallerGone, -1, 0};
+        }
+    }
+}
+
+std::string Device::labelOf(pid_t pid) const {
+    const auto program = m_running.find(pid);
+    return program == m_running.end() ? "" : program->second;
+}
+
+void Device::note(const std::string& sentence) const {
+    const std::string line = "deviceshell: " + sentence + "\n";
+    if (write(m_numbers.deviceLog, line.data(), line.size()) < 0) return;
+}
+
+bool Device::startProgram(const DeviceProgram& program) {
+    ProgramStart start;
+    start.argv = program.argv;
+    start.input = m_null;
+    start.output = m_numbers.deviceLog;
+    start.error = m_numbers.deviceLog;
+    start.keepOpen = {m_numbers.deviceLog};
+    start.ownGroup = true;
+    const pid_t pid = deviceshell::startProgram(start);
+    if (pid < 0) {
+        complain(program.argv[0] + ": " + strerror(errno));
+        return false;
+    }
+    const std::string& path = program.argv[0];
+    m_running[pid] = path.substr(path.rfind('/') + 1);
+    return true;
+}
+
+// A program that ends before all have answered ends the start: what it would have offered is
+// missing for good.
+bool Device::awaitAnswers(const std::vector<std::string>& names, int* status) {
+    const pid_t waiter = fork();
+    if (waiter == 0) {
+        sigset_t none;
+        sigemptyset(&none);
+        sigprocmask(SIG_SETMASK, &none, nullptr);
+        _exit((names.empty() ? waitForServiceManager(kBinderFolder) : waitForServices(names)) ? 0
+                                                                                              : 1);
+    }
+    if (waiter < 0) {
+        complain(std::string("fork: ") + strerror(errno));
+        return false;
+    }
+    // The waiter's own limit per name comes first; this one is for a waiter that got stuck.
+    const Deadline deadline = after(kStartSeconds * static_cast<int>(names.size() + 2));
+    while (true) {
+        const Event event = nextEvent(&deadline);
+        if (event.kind == Event::ChildEnded && event.pid == waiter) {
+            return WIFEXITED(event.number) && WEXITSTATUS(event.number) == 0;
+        }
+        if (event.kind == Event::ChildEnded && !labelOf(event.pid).empty()) {
+            complain(labelOf(event.pid) + " " + describeEnd(event.number) +
+                     " before it answered; the device log (--device-log) shows what it said");
+            m_running.erase(event.pid);
+            return false;
+        }
+        if (event.kind == Event::TimedOut) {
+            complain("the service manager stopped answering");
+            return false;
+        }
+        if (event.kind == Event::Signal) *status = 128 + event.number;
+        if (event.kind == Event::Signal || event.kind == Event::CallerGone) return false;
+    }
+}
+
+bool Device::startPrograms(int* status) {
+    std::vector<std::string> names;
+    bool managerAnswers = false;
+    for (const DeviceProgram& program : m_plan.programs) {
+        if (!startProgram(program)) return false;
+        if (!managerAnswers && !awaitAnswers({}, status)) return false;
+        managerAnswers = true;
+        if (!program.serviceName.empty()) names.push_back(program.serviceName);
+    }
+    return names.empty() || awaitAnswers(names, status);
+}
+
+int Device::runCommand() {
+    ProgramStart start;
+    start.argv = m_plan.command;
+    const char* const path = getenv("PATH");
+    // A device's getopt stops at the first plain word.
+    start.setEnvironment = {{"POSIXLY_CORRECT", "1"},
+                            {"PATH", std::string(kBinaryFolder) + ":" + (path ? path : "/bin")},
+                            {"STANDIN_LOG_FD", std::to_string(m_numbers.log)}};
+    start.keepOpen = {m_numbers.log};
+    if (m_plan.verbose) start.setEnvironment.emplace_back("STANDIN_LOG_ECHO", "1");
+    if (m_numbers.trace >= 0) {
+        start.setEnvironment.emplace_back("STANDIN_BINDER_TRACE_FD",
+                                          std::to_string(m_numbers.trace));
+        start.keepOpen.push_back(m_numbers.trace);
+    }
+    const pid_t command = deviceshell::startProgram(start);
+    if (command < 0) {
+        complain(m_plan.command[0] + ": " + strerror(errno));
+        return kNoDevice;
+    }
+    while (true) {
+        const Event event = nextEvent(nullptr);
+        if (event.kind == Event::ChildEnded && event.pid == command) {
+            return shellStatus(event.number);
+        }
+        if (event.kind == Event::ChildEnded) m_running.erase(event.pid);
+        if (event.kind == Event::Signal) kill(command, event.number);
+        if (event.kind == Event::CallerGone) return kNoDevice;
+    }
+}
+
+// Asked first, so that they can put their affairs in order; the kernel ends the rest.
+void Device::stopPrograms() {
+    m_stopping = true;
+    for (const auto& [pid, label] : m_running) kill(pid, SIGTERM);
+    const Deadline deadline = after(kStopSeconds);
+    while (!m_running.empty()) {
+        const Event event = nextEvent(&deadline);
+        if (event.kind == Event::ChildEnded) m_running.erase(event.pid);
+        if (event.kind == Event::TimedOut || event.kind == Event::CallerGone) return;
+    }
+}
+
+}  // namespace
+
+int runInside(const DevicePlan& plan) {
+    const int status = Device(plan).run();
+    if (write(plan.descriptors.status, &status, sizeof status) != sizeof status) return kNoDevice;
+    return status;
+}
+
+}  // namespace deviceshell

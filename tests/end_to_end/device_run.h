@@ -1,0 +1,67 @@
+// One run of the tool in a device of its own, and what it left.
+#pragma once
+
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "tests/end_to_end/subprocess.h"
+
+namespace end_to_end {
+
+struct LogLine {
+    char priority;  // one of V D I W E F
+    std::string tag;
+    std::string message;
+};
+
+struct RunResult {
+    int status = -1;  // deviceshell's; -1: did not end in time
+    std::string out;  // standard output and error of the run
+    std::string err;
+    std::vector<LogLine> log;               // the tool's platform log, in order
+    std::string deviceLog;                  // log and output of the services
+    std::map<std::string, uint64_t> dumps;  // size of each file that was written, by its name
+
+    std::vector<std::string> messages() const;  // of `log`
+    std::string allOutput() const;              // everything for a failure's explanation
+};
+
+// A fresh data folder with the source files and the options of a run to come. After a run, the
+// folder's dumps can be read until the object goes.
+class DeviceRun {
+  public:
+    DeviceRun();
+    ~DeviceRun();
+    DeviceRun(const DeviceRun&) = delete;
+    DeviceRun& operator=(const DeviceRun&) = delete;
+
+    // deviceshell's options, appended.
+    DeviceRun& with(const std::vector<std::string>& options);
+
+    // Runs "vexofflinecameratest ARGUMENTS" or another command. A test fails here when the run
+    // does not end in time or a sanitizer reported something in any process.
+    RunResult tool(const std::vector<std::string>& arguments);
+    RunResult command(const std::vector<std::string>& words);
+
+    // Folder on the host that the run sees as /data/vendor/camera, and paths in it.
+    std::string folder() const { return m_folder; }
+    std::string dumpPath(const std::string& name) const;
+    void removeSource(const std::string& path);  // relative to folder()
+
+  private:
+    std::string m_folder;
+    std::vector<std::string> m_options;
+};
+
+// Lines of a log file of the stand-in device.
+std::vector<LogLine> parseLog(const std::string& text);
+
+std::string readFile(const std::string& path);
+
+// Environment in which a crash looks as it does without a sanitizer: a signal, not a report and
+// status 1.
+Subprocess::Environment crashSettings();
+
+}  // namespace end_to_end

@@ -1,0 +1,150 @@
+// A client of its own for each test, with fakes of everything around it.
+#pragma once
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <memory>
+#include <new>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "client/offlinecameracallbacks.h"
+#include "client/vexofflinecameraclient.h"
+#include "tests/support/data_folder.h"
+#include "tests/support/fake_display_mapper.h"
+#include "tests/support/fake_services.h"
+#include "tests/support/log_capture.h"
+#include "tests/support/memory_mapper.h"
+
+namespace vendor::zel::hardware::camera::offlinecamera::implementation {
+
+// Constructs clients besides the process-wide one, and reaches into them.
+struct OfflineCameraClientAccess {
+    using CallBacks = OfflineCameraClient::OfflineCameraCallBacks;
+
+    // In zeroed storage, as the process-wide one is.
+    static OfflineCameraClient* Construct(void* storage) {
+        memset(storage, 0, sizeof(OfflineCameraClient));
+        return new (storage) OfflineCameraClient();
+    }
+    static void Destroy(OfflineCameraClient* client) { client->~OfflineCameraClient(); }
+
+    OfflineCameraClient* client;
+
+    auto& wrapper() { return client->m_grallocWrapper; }
+    auto& allocatedHandles() { return client->m_allocatedHandles; }
+    auto& captureRequests() { return client->m_captureRequests; }
+    auto& configureInfo() { return client->m_configureInfo; }
+    auto& opMode() { return client->m_opMode; }
+    auto& offlineRequests() { return client->m_offlineRequests; }
+    auto& offlineSession() { return client->m_offlineSession; }
+    auto& callback() { return client->m_callback; }
+    auto& streamConfigName() { return client->m_streamConfigName; }
+    auto& resultLock() { return client->m_resultLock; }
+    auto& resultCondition() { return client->m_resultCondition; }
+    auto& inputStreams() { return client->m_inputStreams; }
+    auto& outputStreams() { return client->m_outputStreams; }
+    auto& zelInterface() { return client->m_zelInterface; }
+    auto& resultFrameInfos() { return client->m_resultFrameInfos; }
+    auto& notifyMessages() { return client->m_notifyMessages; }
+
+    template <class... Args>
+    static void GetDummyStream(Args&&... args) {
+        OfflineCameraClient::GetDummyStream(std::forward<Args>(args)...);
+    }
+    int32_t ConfigureOfflineStreamsInfo(OfflineSessionConfigureInfo* info) {
+        return client->ConfigureOfflineStreamsInfo(info);
+    }
+    static int32_t LoadYuv(const char* path, char* buffer, uint32_t width, uint32_t height) {
+        return OfflineCameraClient::LoadOffineSourceYUVFrame(path, buffer, width, height);
+    }
+    static int32_t LoadRaw(char* buffer, int32_t stride, int32_t scanline) {
+        return OfflineCameraClient::LoadOffineSourceRawFrame(buffer, stride, scanline);
+    }
+    static void LoadMetadata(std::vector<uint8_t>* metadata) {
+        OfflineCameraClient::LoadOffineInputMetadata(metadata);
+    }
+    int32_t InitOfflineRequest(const OfflineSessionConfigureInfo* info) {
+        return client->InitOfflineRequest(info);
+    }
+    void Dump(const ClientStreamBuffer& buffer, int32_t frameNumber) {
+        client->DumpResultBuffer(buffer, frameNumber);
+    }
+    void freeBuffer(native_handle* buffer) { client->freeBuffer(buffer); }
+    bool ContainsTheSameBuffers(std::vector<ClientStreamBuffer>* result,
+                                std::vector<StreamBuffer>* request) {
+        return client->ContainsTheSameBuffers(result, request);
+    }
+};
+
+}  // namespace vendor::zel::hardware::camera::offlinecamera::implementation
+
+namespace test {
+
+using namespace ::vendor::zel::hardware::camera::offlinecamera::implementation;
+using Lines = std::vector<std::string>;
+
+// The services are up and the client is constructed; its lines so far are taken.
+class ClientTest : public ::testing::Test {
+  public:
+    ClientTest() : client(*OfflineCameraClientAccess::Construct(storage)), access{&client} {
+        log.take();
+    }
+    ~ClientTest() override { Destroy(); }
+
+    void Destroy() {
+        if (access.client != nullptr) OfflineCameraClientAccess::Destroy(access.client);
+        access.client = nullptr;
+    }
+
+    // The session is open and the mode's streams are configured; lines so far are taken.
+    void Configure(int32_t opMode) {
+        client.setOpMode(opMode);
+        client.OpenOfflineSession("test");
+        ASSERT_EQ(client.ConfigureOfflineStreams("2"), 0);
+        log.take();
+    }
+
+    // From now on each buffer has so many scan lines, as with the gate of the plane layouts open.
+    void ProvideScanlines(int32_t scanlines) {
+        access.zelInterface()->m_planeLayoutInterface = around.mapper;
+        access.zelInterface()->m_aiMapper = reinterpret_cast<AIMapper*>(&around);
+        SetDisplayMapperAnswer(LumaScanlines(scanlines));
+    }
+
+    // One buffer of a stream that has just been allocated.
+    ClientCaptureBuffer& Captured(uint32_t streamId, size_t index = 0) {
+        return access.captureRequests()[streamId].buffers.at(index);
+    }
+
+    LogCapture log;
+    DataFolder data;
+    struct Surroundings {
+        Surroundings() {
+            EXPECT_EQ(mapper->registerAsService(), 0);
+            allocator->suffix = "none";  // the library that nothing provides
+            SetService(kAllocatorInstance, allocator->asBinder());
+            SetService(kServiceInstance, service->asBinder());
+            SetDisplayMapperAnswer(nullptr);
+        }
+        Calls calls;
+        ::android::sp<MemoryMapper> mapper = new MemoryMapper(&calls);
+        std::shared_ptr<FakeAllocator> allocator =
+                ::ndk::SharedRefBase::make<FakeAllocator>(&calls);
+        std::shared_ptr<FakeOfflineService> service =
+                ::ndk::SharedRefBase::make<FakeOfflineService>();
+        std::shared_ptr<FakeSession> session = service->session;
+    } around;
+
+  private:
+    alignas(OfflineCameraClient) char storage[sizeof(OfflineCameraClient)];
+
+  public:
+    OfflineCameraClient& client;
+    OfflineCameraClientAccess access;
+};
+
+}  // namespace test

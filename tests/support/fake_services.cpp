@@ -1,0 +1,91 @@
+// Local services, and the look-up that finds them: the linker sends the tool's look-ups here.
+
+#include "tests/support/fake_services.h"
+
+#include <android/binder_manager.h>
+
+#include <map>
+
+namespace {
+
+struct Entry {
+    ::ndk::SpAIBinder binder;
+    int lookups = 0;  // left
+};
+
+std::map<std::string, Entry>& Services() {
+    static auto* const services = new std::map<std::string, Entry>;
+    return *services;
+}
+
+}  // namespace
+
+extern "C" AIBinder* __wrap_AServiceManager_checkService(const char* instance) {
+    Entry& entry = Services()[instance];
+    if (entry.lookups == 0) return nullptr;
+    --entry.lookups;
+    AIBinder_incStrong(entry.binder.get());
+    return entry.binder.get();
+}
+
+namespace test {
+
+namespace {
+
+::ndk::ScopedAStatus Failure() {
+    return ::ndk::ScopedAStatus::fromServiceSpecificError(3);
+}
+
+}  // namespace
+
+void SetService(const std::string& instance, const ::ndk::SpAIBinder& binder, int lookups) {
+    Services()[instance] = {binder, binder.get() != nullptr ? lookups : 0};
+}
+
+::ndk::ScopedAStatus FakeSession::Answer() const {
+    if (statusless) return ::ndk::ScopedAStatus();
+    return fails ? Failure() : ::ndk::ScopedAStatus::ok();
+}
+
+::ndk::ScopedAStatus FakeSession::configureOfflineStreams(const ConfigureInfo& info) {
+    configured.push_back(info);
+    return Answer();
+}
+
+::ndk::ScopedAStatus FakeSession::processOfflineRequest(const Requests& requests, int32_t* out) {
+    ++processed;
+    if (onProcess) onProcess(requests);
+    if (!fails) *out = frameNumber;
+    return Answer();
+}
+
+::ndk::ScopedAStatus FakeSession::closeOfflineSession() {
+    ++closed;
+    return Answer();
+}
+
+::ndk::ScopedAStatus FakeOfflineService::getSupportedOpModes(std::vector<int32_t>*) {
+    return ::ndk::ScopedAStatus::ok();
+}
+
+::ndk::ScopedAStatus FakeOfflineService::registerClient(int32_t clientId, const Callback& given) {
+    clientIds.push_back(clientId);
+    callback = given;
+    return fails ? Failure() : ::ndk::ScopedAStatus::ok();
+}
+
+::ndk::ScopedAStatus FakeOfflineService::unregisterClient(int32_t) {
+    return ::ndk::ScopedAStatus::ok();
+}
+
+::ndk::ScopedAStatus FakeOfflineService::openOfflineSession(
+        const std::string& clientName, const Callback& given,
+        std::shared_ptr<offline::IOfflineCameraSession>* out) {
+    clientNames.push_back(clientName);
+    callback = given;
+    if (fails) return Failure();
+    *out = session;
+    return ::ndk::ScopedAStatus::ok();
+}
+
+}  // namespace test
