@@ -23,6 +23,16 @@ std::string ProcessorName() {
     return "unknown processor";
 }
 
+/** Short times with the digits that tell them apart. */
+std::string Time(double milliseconds) {
+    return Number(milliseconds, milliseconds < 1 ? 4 : 2);
+}
+
+Table ComparisonTable(const std::string& title) {
+    printf("### %s\n\n", title.c_str());
+    return Table({"", "ms", "ratio", "mark", ""});
+}
+
 }  // namespace
 
 void Table::Print() const {
@@ -53,6 +63,29 @@ std::string Number(double value, int digits) {
 
 std::vector<std::string> AgainstMark(double ratio, double most) {
     return {Number(ratio, 2), "<= " + Number(most, 2), ratio <= most ? "met" : "MISSED"};
+}
+
+void PrintComparison(const std::string& title, const std::vector<Subject>& subjects,
+                     const std::vector<double>& milliseconds, size_t baseline,
+                     const std::vector<double>& marks) {
+    Table table = ComparisonTable(title);
+    for (size_t i = 0; i < subjects.size(); ++i) {
+        const double ratio = milliseconds[i] / milliseconds[baseline];
+        std::vector<std::string> row = {subjects[i].name, Time(milliseconds[i])};
+        std::vector<std::string> verdict = {Number(ratio, 2), "", ""};
+        if (i < marks.size() && marks[i] > 0) verdict = AgainstMark(ratio, marks[i]);
+        row.insert(row.end(), verdict.begin(), verdict.end());
+        table.Add(row);
+    }
+    table.Print();
+}
+
+void PrintMilliseconds(const std::string& title, const std::string& name, double milliseconds,
+                       double most) {
+    Table table = ComparisonTable(title);
+    const std::vector<std::string> verdict = AgainstMark(milliseconds, most);
+    table.Add({name, Time(milliseconds), "", verdict[1] + " ms", verdict[2]});
+    table.Print();
 }
 
 std::string MachineDescription() {
