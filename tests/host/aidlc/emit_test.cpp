@@ -33,14 +33,6 @@ TEST(EmitTest, InterfaceWithoutVersionHasNone) {
     EXPECT_THAT(sources.Generated("src/aidl/a/IT.cpp"), Not(HasSubstr("16777214")));
 }
 
-TEST(EmitTest, SideHeadersOfRecordsCannotBeIncluded) {
-    Sources sources;
-    sources.Add("a/Item.aidl", "parcelable Item { int i; }");
-    ASSERT_THAT(sources.Messages("a/Item.aidl"), IsEmpty());
-    EXPECT_THAT(sources.Generated("include/aidl/a/BnItem.h"), HasSubstr("\n#error a.Item "));
-    EXPECT_THAT(sources.Generated("include/aidl/a/BpItem.h"), HasSubstr("\n#error a.Item "));
-}
-
 TEST(EmitTest, OnlyNamedFilesAreGenerated) {
     Sources sources;
     sources.Add("a/T.aidl", "import b.U;\nparcelable T { U u; }");

@@ -32,23 +32,17 @@ INSTANTIATE_TEST_SUITE_P(
         testing::Values(Case{"parcelable IT { Strin s; }",
                              "2:17: unknown type 'Strin': import it or check the spelling"},
                         Case{"parcelable IT { void v; }", "2:17: a field cannot be void"},
-                        Case{"parcelable IT { void[] v; }", "2:17: there are no arrays of void"},
                         Case{"parcelable IT { @nullable int v; }",
                              "2:27: '@nullable' cannot be applied to int: it is never null"},
-                        Case{"parcelable IT { @nullable E v; }",
-                             "2:27: '@nullable' cannot be applied to E: it is never null"},
                         Case{"parcelable IT { @utf8InCpp int v; }",
                              "2:28: '@utf8InCpp' belongs to a String, not to int"},
                         Case{"parcelable IT { List<int> v; }",
                              "2:22: a List holds objects: write int[] instead"},
-                        Case{"parcelable IT { int[0] v; }",
-                             "2:21: an array of 0 elements: the size is 1 to 1048576"},
                         Case{"parcelable IT { byte[1 << 21] v; }",
                              "2:24: an array of 2097152 elements: the size is 1 to 1048576"},
                         Case{"@VintfStability parcelable IT { P p; }",
                              "2:33: 'P' is used by a @VintfStability type and must be one itself"},
                         Case{"union IT {}", "2:7: union IT needs at least one member"},
-                        Case{"enum IT {}", "2:6: enum IT needs at least one enumerator"},
                         Case{"parcelable IT { @nullable IT[] more; }",
                              "2:32: parcelable IT contains itself"}));
 
@@ -60,40 +54,21 @@ INSTANTIATE_TEST_SUITE_P(
                      "2:28: the default 2147483648 does not fit int"},
                 Case{"parcelable IT { boolean b = 1; }",
                      "2:29: the default is not a constant of type boolean"},
-                Case{"parcelable IT { String s = 'c'; }",
-                     "2:28: the default is not a constant of type String"},
-                Case{"parcelable IT { float f = ~1; }",
-                     "2:27: the default is not a constant of type float"},
-                Case{"parcelable IT { E e = 1; }",
-                     "2:23: the default of an enum is one of its enumerators"},
                 Case{"parcelable IT { E e = E.TWO; }", "2:23: enum E has no enumerator 'TWO'"},
-                Case{"parcelable IT { P p = P.x; }", "2:23: a field of type P takes no default"},
                 Case{"parcelable IT { int[2] i = {1}; }",
-                     "2:29: the default has 1 elements, the array 2"},
-                Case{"parcelable IT { int[] i = 1; }",
-                     "2:27: the default of an array is a list in braces"},
-                Case{"parcelable IT { @nullable String s = \"\"; }",
-                     "2:38: a @nullable field starts as null and takes no default"}));
+                     "2:29: the default has 1 elements, the array 2"}));
 
 INSTANTIATE_TEST_SUITE_P(
         Names, RuleTest,
         testing::Values(
                 Case{"parcelable IT { int a; long a; }", "2:29: field 'a' is declared twice"},
-                Case{"enum IT { A, A }", "2:14: enumerator 'A' is declared twice"},
                 Case{"interface IT { void f(); int f(int a); }",
                      "2:30: method 'f' is declared twice"},
-                Case{"interface IT { void f(int a, int a); }",
-                     "2:34: argument 'a' is declared twice"},
                 Case{"parcelable IT { int class; }",
                      "2:21: 'class' is a C++ keyword and cannot name a field"},
-                Case{"parcelable IT { int _aidl_start; }",
-                     "2:21: '_aidl_start': names that start with _aidl_ are the compiler's own"},
                 Case{"parcelable IT { int descriptor; }",
                      "2:21: 'descriptor' is a member of every generated class and cannot name a "
-                     "field"},
-                Case{"interface IT { void getInterfaceHash(); }",
-                     "2:21: 'getInterfaceHash' is a member of every generated interface and cannot "
-                     "name a method"}));
+                     "field"}));
 
 INSTANTIATE_TEST_SUITE_P(
         Methods, RuleTest,
@@ -102,9 +77,6 @@ INSTANTIATE_TEST_SUITE_P(
                      "2:23: argument 'p' is an array or a parcelable: say in, out or inout"},
                 Case{"interface IT { void f(out int i); }",
                      "2:27: argument 'i' of type int can only be in"},
-                Case{"interface IT { void f(inout String s); }",
-                     "2:29: argument 's' of type String can only be in"},
-                Case{"interface IT { void f(void v); }", "2:23: argument 'v' cannot be void"},
                 Case{"interface IT { oneway int f(); }",
                      "2:23: oneway method 'f' must return void"},
                 Case{"oneway interface IT { void f(out P p); }",
@@ -127,13 +99,6 @@ TEST(RulesTest, FaultsOfImportedFilesAreReportedThere) {
                 ElementsAre("b/U.aidl:2:22: expected ';' after a field, found '}'"));
 }
 
-TEST(RulesTest, MissingImportNamesTheFolders) {
-    Sources sources;
-    sources.Add("a/T.aidl", "import b.U;\nparcelable T { U u; }");
-    EXPECT_THAT(sources.Messages("a/T.aidl"),
-                ElementsAre("a/T.aidl:2:8: cannot find the import b.U (searched: )"));
-}
-
 TEST(RulesTest, ParcelablesMayNotContainEachOther) {
     Sources sources;
     sources.Add("a/T.aidl", "parcelable T { U u; }");
@@ -149,13 +114,6 @@ TEST(RulesTest, InterfacesMayReferToEachOther) {
     sources.Add("a/ITwo.aidl", "interface ITwo { void set(IOne one, in a.P p); }");
     sources.Add("a/P.aidl", "parcelable P { @nullable ITwo two; }");
     EXPECT_THAT(sources.Messages("a/IOne.aidl"), IsEmpty());
-}
-
-TEST(RulesTest, InterfaceNamesStartWithI) {
-    Sources sources;
-    sources.Add("a/Foo.aidl", "interface Foo {}");
-    EXPECT_THAT(sources.Messages("a/Foo.aidl"),
-                ElementsAre("a/Foo.aidl:2:11: the name of an interface starts with 'I': IFoo"));
 }
 
 TEST(RulesTest, FileLiesWhereItsNameSays) {

@@ -53,9 +53,8 @@ class Sources {
         mFiles = Compile(options, &diagnostics);
         std::vector<std::string> messages;
         for (std::string message : diagnostics.Messages()) {
-            for (size_t at = message.find(mRoot); at != std::string::npos;
-                 at = message.find(mRoot)) {
-                message.erase(at, mRoot.size() + (message[at + mRoot.size()] == '/' ? 1 : 0));
+            for (size_t at; (at = message.find(mRoot + "/")) != std::string::npos;) {
+                message.erase(at, mRoot.size() + 1);
             }
             messages.push_back(message);
         }

@@ -24,15 +24,13 @@ TEST_P(SyntaxErrorTest, NamesPlaceAndExpectation) {
     EXPECT_FALSE(sources.MadeFiles());
 }
 
-INSTANTIATE_TEST_SUITE_P(
-        Lexer, SyntaxErrorTest,
-        testing::Values(
-                Case{"parcelable T { int a; /* open", "2:23: comment is not closed: add \"*/\""},
-                Case{"parcelable T { String s = \"x;\n}",
-                     "2:27: closing \" is missing on this line"},
-                Case{"parcelable T { String s = \"\\", "2:27: closing \" is missing on this line"},
-                Case{"parcelable T {\n\tint # a;\n}", "3:6: unexpected character '#'"},
-                Case{"@ parcelable T {}", "2:1: annotation name expected after '@'"}));
+INSTANTIATE_TEST_SUITE_P(Lexer, SyntaxErrorTest,
+                         testing::Values(Case{"parcelable T { int a; /* open",
+                                              "2:23: comment is not closed: add \"*/\""},
+                                         Case{"parcelable T { String s = \"x;\n}",
+                                              "2:27: closing \" is missing on this line"},
+                                         Case{"parcelable T {\n\tint # a;\n}",
+                                              "3:6: unexpected character '#'"}));
 
 INSTANTIATE_TEST_SUITE_P(
         Declarations, SyntaxErrorTest,
@@ -40,25 +38,16 @@ INSTANTIATE_TEST_SUITE_P(
                 Case{"",
                      "2:1: expected 'interface', 'parcelable', 'union' or 'enum', found end of "
                      "file"},
-                Case{"struct T {}",
-                     "2:1: expected 'interface', 'parcelable', 'union' or 'enum', found 'struct'"},
-                Case{"oneway parcelable T {}",
-                     "2:8: expected 'interface' after 'oneway', found 'parcelable'"},
                 Case{"parcelable T { int a }", "2:22: expected ';' after a field, found '}'"},
-                Case{"parcelable T { int a; ", "2:23: expected a type, found end of file"},
                 Case{"parcelable T {} parcelable U {}",
                      "2:17: expected the end of the file after its one type, found 'parcelable'"},
-                Case{"enum T { A B }", "2:12: expected ',' or '}' after an enumerator, found 'B'"},
-                Case{"enum T { A = }", "2:14: expected a constant value, found '}'"},
                 Case{"interface T { void f(in int a,); }", "2:31: expected an argument after ','"},
                 Case{"interface T { void f(@nullable in T t); }",
                      "2:32: the direction 'in' stands before the annotations of a type"},
                 Case{"interface T { void f() = 3; }",
                      "2:24: transaction numbers cannot be chosen: they follow the order of the "
                      "methods"},
-                Case{"parcelable T { int[][] a; }", "2:21: an array has one dimension only"},
-                Case{"parcelable T { List<String>[] a; }",
-                     "2:28: an array of lists is not supported"}));
+                Case{"parcelable T { int[][] a; }", "2:21: an array has one dimension only"}));
 
 INSTANTIATE_TEST_SUITE_P(
         Annotations, SyntaxErrorTest,
@@ -68,12 +57,6 @@ INSTANTIATE_TEST_SUITE_P(
                      "utf8InCpp are supported"},
                 Case{"@Backing(type=\"short\") enum T { A }",
                      "2:15: an enum is backed by \"byte\", \"int\" or \"long\", not \"short\""},
-                Case{"@Backing(size=4) enum T { A }",
-                     "2:10: '@Backing' has the one parameter 'type', not 'size'"},
-                Case{"@Backing(type=\"int\") parcelable T {}",
-                     "2:1: '@Backing' belongs to an enum"},
-                Case{"@nullable parcelable T {}",
-                     "2:11: '@nullable' and '@utf8InCpp' belong to the use of a type"},
                 Case{"parcelable T { @VintfStability int a; }",
                      "2:32: '@VintfStability' and '@Backing' belong to the declaration of a "
                      "type"}));
