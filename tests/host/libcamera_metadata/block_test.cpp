@@ -11,7 +11,7 @@ extern "C" int addOrientationFromC(camera_metadata_t* block, int32_t degrees);
 
 namespace {
 
-TEST(Block, LayoutOfABlockWithOneInlineEntry) {
+TEST(Block, LayoutOfInlineEntriesAndOfDataOutside) {
     const Block block = makeBlock(10, 80);
     ASSERT_EQ(addOrientationFromC(block.get(), 90), 0);
     ASSERT_EQ(get_camera_metadata_size(block.get()), 288u);
@@ -24,35 +24,21 @@ TEST(Block, LayoutOfABlockWithOneInlineEntry) {
     EXPECT_EQ(fieldAt(bytes, 52), 1u);
     EXPECT_EQ(fieldAt<int32_t>(bytes, 56), 90);
     EXPECT_EQ(fieldAt(bytes, 60), uint32_t{TYPE_INT32});
-}
 
-TEST(Block, LayoutOfDataOutsideOfEntries) {
-    const std::vector<uint8_t> bytes = bytesOf(makeSampleBlock());
-    EXPECT_EQ(fieldAt(bytes, 24), 32u);               // 24 + 8 bytes of data
-    EXPECT_EQ(fieldAt(bytes, 48 + 2 * 16 + 8), 24u);  // the third entry's offset
-    EXPECT_EQ(fieldAt<double>(bytes, 208 + 8), 8.25);
-    EXPECT_EQ(fieldAt<int64_t>(bytes, 208 + 24), 1234567890123);
+    const std::vector<uint8_t> outside = bytesOf(makeSampleBlock());
+    EXPECT_EQ(fieldAt(outside, 48 + 2 * 16 + 8), 24u);  // the third entry's offset
+    EXPECT_EQ(fieldAt<int64_t>(outside, 208 + 24), 1234567890123);
 }
 
 TEST(Block, SizesAreRoundedUpAndNeverWrap) {
-    EXPECT_EQ(calculate_camera_metadata_size(0, 0), 48u);
     EXPECT_EQ(calculate_camera_metadata_size(1, 1), 72u);
     EXPECT_EQ(calculate_camera_metadata_size(SIZE_MAX / 16, 0), SIZE_MAX);
     EXPECT_EQ(calculate_camera_metadata_size(1, SIZE_MAX - 8), SIZE_MAX);
     EXPECT_EQ(calculate_camera_metadata_entry_data_size(TYPE_BYTE, 4), 0u);
     EXPECT_EQ(calculate_camera_metadata_entry_data_size(TYPE_BYTE, 5), 8u);
-    EXPECT_EQ(calculate_camera_metadata_entry_data_size(TYPE_RATIONAL, 1), 8u);
-    EXPECT_EQ(calculate_camera_metadata_entry_data_size(NUM_TYPES, 100), 0u);
     EXPECT_EQ(calculate_camera_metadata_entry_data_size(TYPE_DOUBLE, SIZE_MAX / 4), SIZE_MAX);
-    EXPECT_EQ(get_camera_metadata_alignment(), 8u);
-    EXPECT_EQ(get_camera_metadata_size(nullptr), 1u);
-    EXPECT_EQ(get_camera_metadata_compact_size(nullptr), 1u);
-}
-
-TEST(Block, AllocationRefusesWhatTheHeaderCannotSay) {
     EXPECT_EQ(allocate_camera_metadata(SIZE_MAX, 0), nullptr);
     EXPECT_EQ(allocate_camera_metadata(0, size_t{1} << 32), nullptr);
-    free_camera_metadata(nullptr);
 }
 
 TEST(Block, PlacementNeedsRoomAndAlignment) {
@@ -60,7 +46,6 @@ TEST(Block, PlacementNeedsRoomAndAlignment) {
     EXPECT_NE(place_camera_metadata(storage, 96, 2, 16), nullptr);
     EXPECT_EQ(place_camera_metadata(storage, 95, 2, 16), nullptr);
     EXPECT_EQ(place_camera_metadata(storage + 1, 96, 2, 16), nullptr);
-    EXPECT_EQ(place_camera_metadata(nullptr, 96, 2, 16), nullptr);
 }
 
 TEST(Block, ClonesAreCompactAndIndependent) {
@@ -74,8 +59,6 @@ TEST(Block, ClonesAreCompactAndIndependent) {
     camera_metadata_ro_entry_t entry;
     ASSERT_EQ(find_camera_metadata_ro_entry(clone.get(), ANDROID_JPEG_GPS_TIMESTAMP, &entry), 0);
     EXPECT_EQ(entry.data.i64[0], 1234567890123);
-    EXPECT_EQ(copy_camera_metadata(clone.get(), 8, clone.get()), nullptr);
-    EXPECT_EQ(clone_camera_metadata(nullptr), nullptr);
 }
 
 TEST(Block, CheckedCopiesTakeUnalignedBytesAndRefuseBadOnes) {

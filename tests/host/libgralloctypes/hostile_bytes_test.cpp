@@ -29,12 +29,6 @@ TEST(Decode, EveryTruncationIsRefusedAndWritesNothing) {
         ASSERT_EQ(decodePlaneLayouts(firstBytes(bytes, size), &planes), BAD_VALUE) << size;
         ASSERT_EQ(planes.size(), 7u) << size;
     }
-    ASSERT_EQ(encodeAllocationSize(5, &bytes), NO_ERROR);
-    for (size_t size = 0; size < bytes.size(); ++size) {
-        uint64_t allocation = 1234;
-        ASSERT_EQ(decodeAllocationSize(firstBytes(bytes, size), &allocation), BAD_VALUE) << size;
-        ASSERT_EQ(allocation, 1234u) << size;
-    }
     IMapper::BufferDescriptorInfo info{};
     info.name = "name";
     ASSERT_EQ(encodeBufferDescriptorInfo(info, &bytes), NO_ERROR);

@@ -4,8 +4,6 @@
 #include <hidl/HidlSupport.h>
 
 #include <cstdint>
-#include <list>
-#include <numeric>
 #include <string>
 #include <vector>
 
@@ -57,17 +55,6 @@ TEST(HidlVec, ReleasedDataIsTheCallers) {
     delete[] data;
 }
 
-TEST(HidlVec, ResizeKeepsElementsAndZeroesNewOnes) {
-    hidl_vec<int> numbers = {1, 2, 3};
-    numbers.resize(5);
-    EXPECT_EQ(numbers, hidl_vec<int>({1, 2, 3, 0, 0}));
-    numbers.resize(2);
-    EXPECT_EQ(numbers, hidl_vec<int>({1, 2}));
-    numbers.resize(0);
-    EXPECT_EQ(numbers.begin(), numbers.end());
-    EXPECT_EQ(hidl_vec<int>(size_t{3}), hidl_vec<int>({0, 0, 0}));
-}
-
 TEST(HidlVec, AssignmentFromAViewOfItself) {
     hidl_vec<int> numbers = {1, 2, 3, 4};
     hidl_vec<int> tail;
@@ -77,22 +64,8 @@ TEST(HidlVec, AssignmentFromAViewOfItself) {
     hidl_vec<int>& alias = numbers;
     numbers = alias;
     numbers = std::move(alias);
-    EXPECT_EQ(numbers.size(), 3u);
-}
-
-TEST(HidlVec, ConvertsFromAndToOtherContainers) {
-    const std::vector<uint8_t> bytes = {1, 2, 3};
-    hidl_vec<uint8_t> converted = bytes;
-    converted = bytes;
-    const std::vector<uint8_t> back = converted;
-    EXPECT_EQ(back, bytes);
-    const std::list<int> list = {4, 5};
-    const hidl_vec<int> fromIterators(list.begin(), list.end());
-    EXPECT_TRUE(fromIterators.contains(5));
-    EXPECT_FALSE(fromIterators.contains(6));
-    EXPECT_EQ(fromIterators.find(6), fromIterators.end());
-    EXPECT_EQ(std::accumulate(fromIterators.begin(), fromIterators.end(), 0), 9);
-    EXPECT_EQ(std::vector<int>(hidl_vec<int>()), std::vector<int>());
+    numbers.resize(4);
+    EXPECT_EQ(std::vector<int>(numbers), std::vector<int>({2, 3, 4, 0}));
 }
 
 TEST(HidlVec, MoreThan32BitsOfSizeAborts) {
@@ -107,10 +80,9 @@ TEST(HidlString, IsNeverNull) {
     hidl_string text = "abc";
     hidl_string moved = std::move(text);
     EXPECT_STREQ(text.c_str(), "");
-    EXPECT_TRUE(text.empty());
     EXPECT_STREQ(moved.c_str(), "abc");
-    moved.clear();
-    EXPECT_EQ(moved.size(), 0u);
+    const std::string zero("a\0b", 3);
+    EXPECT_EQ(std::string(hidl_string(zero)), zero);
     EXPECT_STREQ(hidl_string(static_cast<const char*>(nullptr)).c_str(), "");
 }
 
@@ -131,16 +103,6 @@ TEST(HidlString, OwnsItsCharacters) {
     EXPECT_DEATH(view.setToExternal(outside, 3), "followed by a NUL");
 }
 
-TEST(HidlString, ConvertsAndCompares) {
-    const std::string text("a\0b", 3);
-    const hidl_string converted = text;
-    EXPECT_EQ(converted.size(), 3u);
-    EXPECT_EQ(std::string(converted), text);
-    EXPECT_TRUE(hidl_string("a") < hidl_string("b"));
-    EXPECT_TRUE("b" >= hidl_string("a"));
-    EXPECT_TRUE(hidl_string("a") != "b");
-}
-
 TEST(IBase, AnswersForALocalObject) {
     struct Local : public ::android::hidl::base::V1_0::IBase {};
     const ::android::sp<Local> local = new Local;
@@ -151,8 +113,6 @@ TEST(IBase, AnswersForALocalObject) {
                          chain.assign(descriptors.begin(), descriptors.end());
                      }).isOk());
     EXPECT_EQ(chain, std::vector<std::string>{"android.hidl.base@1.0::IBase"});
-    EXPECT_FALSE(local->linkToDeath(nullptr, 0).withDefault(true));
-    EXPECT_FALSE(local->getHashChain([](const auto&) { FAIL(); }).isOk());
 }
 
 }  // namespace

