@@ -12,6 +12,7 @@
 
 #include "tests/end_to_end/subprocess.h"
 
+using ::testing::AllOf;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 using ::testing::Not;
@@ -111,13 +112,6 @@ TEST_F(Deviceshell, TheDataFolderIsTheOnlyPlaceToWrite) {
     EXPECT_FALSE(fs::exists(outside));
 }
 
-TEST_F(Deviceshell, WithoutADataFolderNothingIsKept) {
-    const Finished run = runProgram({DEVICESHELL, "--no-service", "--no-allocator", "sh", "-c",
-                                     "cd /data/vendor/camera && ls && echo x > y && cat y"});
-    EXPECT_EQ(run.out, "x\n");
-    EXPECT_EQ(run.status, 0);
-}
-
 TEST_F(Deviceshell, GivesTheCommandItsLogAndTrace) {
     const std::string log = m_folder + "/log";
     const std::string trace = m_folder + "/trace";
@@ -205,21 +199,10 @@ TEST_F(Deviceshell, ReportsAServiceThatDoesNotStart) {
     EXPECT_THAT(fileText("device.log"), HasSubstr("cannot start"));
 }
 
-TEST_F(Deviceshell, WaitsUntilItsServicesAnswer) {
-    const Finished run = runProgram({DEVICESHELL, "--device-log", m_folder + "/device.log", "sh",
-                                     "-c", "cat /proc/[0-9]*/comm"});
-    EXPECT_EQ(run.status, 0) << run.err << fileText("device.log");
-    for (const char* name : {"servicemanager", "graphicsalloca", "offlinecameras"}) {
-        EXPECT_THAT(run.out, HasSubstr(name));
-    }
-}
-
 TEST_F(Deviceshell, ListsTheFaultsOfBothPrograms) {
     const Finished run = runProgram({DEVICESHELL, "--fault", "help"});
     EXPECT_EQ(run.status, 0) << run.err;
-    for (const char* name : {"no-shutter", "late-result", "die-on-open", "allocate-error"}) {
-        EXPECT_THAT(run.out, HasSubstr(name));
-    }
+    EXPECT_THAT(run.out, AllOf(HasSubstr("no-shutter"), HasSubstr("allocate-error")));
 }
 
 }  // namespace

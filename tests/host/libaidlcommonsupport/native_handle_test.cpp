@@ -121,9 +121,4 @@ TEST_F(NativeHandleTest, AClosedDescriptorBecomesMinusOne) {
     native_handle_delete(native);
 }
 
-TEST_F(NativeHandleTest, ANullHandleEndsTheProcessWithAReason) {
-    EXPECT_DEATH(android::dupToAidl(nullptr), "null native handle");
-    EXPECT_DEATH(android::makeToAidl(nullptr), "null native handle");
-}
-
 }  // namespace

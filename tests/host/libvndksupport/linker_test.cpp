@@ -102,15 +102,4 @@ TEST_F(LinkerTest, OnlyPlainFileNamesAreOpened) {
     EXPECT_EQ(logLines().size(), 4u);
 }
 
-TEST_F(LinkerTest, FlagsReachTheLoader) {
-    search(kFolders + "/1");
-    EXPECT_EQ(android_load_sphal_library("answer.so", RTLD_NOW | RTLD_NOLOAD), nullptr);
-    void* library = android_load_sphal_library("answer.so", RTLD_NOW);
-    ASSERT_NE(library, nullptr);
-    void* again = android_load_sphal_library("answer.so", RTLD_NOW | RTLD_NOLOAD);
-    EXPECT_EQ(again, library);
-    android_unload_sphal_library(again);
-    android_unload_sphal_library(library);
-}
-
 }  // namespace
