@@ -9,22 +9,19 @@ namespace {
 
 using testing::Optional;
 
-TEST(DumpName, GivesTheNumbersOfAFrameDump) {
+TEST(DumpName, GivesTheNumbersOfFramesAndJpegs) {
     const auto dump = parseDumpName(
             "/data/x/OfflineAidl_CameraId_2_Frame_1_B2Y_Stride[4096]_Scanline[3072].yuv");
     ASSERT_TRUE(dump);
     EXPECT_THAT(dump->stride, Optional(4096u));
     EXPECT_THAT(dump->scanlines, Optional(3072u));
     EXPECT_FALSE(dump->width);
-}
-
-TEST(DumpName, GivesTheNumbersOfAJpegDump) {
-    const auto dump =
+    const auto jpeg =
             parseDumpName("OfflineAidl_CameraId_0_Frame_12_Y2J_Width[4000]_Height[3000].jpg");
-    ASSERT_TRUE(dump);
-    EXPECT_THAT(dump->width, Optional(4000u));
-    EXPECT_THAT(dump->height, Optional(3000u));
-    EXPECT_FALSE(dump->stride);
+    ASSERT_TRUE(jpeg);
+    EXPECT_THAT(jpeg->width, Optional(4000u));
+    EXPECT_THAT(jpeg->height, Optional(3000u));
+    EXPECT_FALSE(jpeg->stride);
 }
 
 TEST(DumpName, LeavesUnusableNumbersUnknown) {
@@ -58,16 +55,6 @@ TEST(DumpName, SurvivesHostileNames) {
           "OfflineAidl_CameraId_2_Frame_1_B2Y_Stride[4096]_Scanline[3072].yuv/other"}) {
         EXPECT_FALSE(parseDumpName(name)) << name;
     }
-}
-
-TEST(SourceFileName, GivesTheFixedGeometries) {
-    const FrameGeometry raw = {FrameFormat::kRaw10, {4096, 3072}, 5120, 3072};
-    const FrameGeometry yuv = {FrameFormat::kNv12, {4000, 3000}, 4096, 3072};
-    const FrameGeometry face = {FrameFormat::kNv12, {640, 480}, 640, 512};
-    EXPECT_THAT(sourceFileGeometry("a/b/4096_3072_RAW10.raw"), Optional(raw));
-    EXPECT_THAT(sourceFileGeometry("4000_3000_NV12.yuv"), Optional(yuv));
-    EXPECT_THAT(sourceFileGeometry("./mmf_fd.yuv"), Optional(face));
-    EXPECT_FALSE(sourceFileGeometry("my_mmf_fd.yuv"));
 }
 
 }  // namespace

@@ -61,18 +61,5 @@ TEST(FileIo, ReplacesOnlyRegularFiles) {
     EXPECT_THAT(folder.names(), ElementsAre("folder", "link"));
 }
 
-TEST(FileIo, SaysWhereItCannotWrite) {
-    const TestFolder folder;
-    folder.file("plain", {1});
-    for (const std::string& path :
-         {folder.path("absent/x.png"), folder.path("plain/x.png"), folder.path("new/"),
-          std::string("/proc/x.png"), std::string()}) {
-        EXPECT_FALSE(writeFile(path, {1}, Existing::kKeep).ok()) << path;
-    }
-    EXPECT_THAT(writeFile(folder.path("absent/x.png"), {1}, Existing::kKeep).error(),
-                HasSubstr("absent"));
-    EXPECT_THAT(folder.names(), ElementsAre("plain"));
-}
-
 }  // namespace
 }  // namespace offlineframes

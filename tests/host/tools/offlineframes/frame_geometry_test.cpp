@@ -8,7 +8,6 @@ namespace offlineframes {
 namespace {
 
 using testing::HasSubstr;
-using testing::Optional;
 
 TEST(FrameGeometry, PadsAndCountsAsTheAllocatorDoes) {
     const struct {
@@ -42,7 +41,6 @@ TEST(FrameGeometry, RefusesWhatCannotBeAFrameAndSaysWhy) {
             {{FrameFormat::kNv12, {640, 481}, 640, 482}, "height of 2"},
             {{FrameFormat::kRaw10, {640, 480}, 799, 480}, "stride of at least 800"},
             {{FrameFormat::kNv12, {640, 480}, 640, 478}, "at least 480 scan lines"},
-            {{FrameFormat::kNv12, {640, 480}, 641, 480}, "even stride"},
             // Products beyond 32 and near 64 bits.
             {{FrameFormat::kNv12, {640, 480}, 65536, 65536}, "larger than"},
             {{FrameFormat::kNv12, {640, 480}, 4294967294, 4294967294}, "larger than"},
@@ -53,15 +51,6 @@ TEST(FrameGeometry, RefusesWhatCannotBeAFrameAndSaysWhy) {
         EXPECT_THAT(bytes.error(), HasSubstr(c.reason));
         EXPECT_THAT(bytes.error(), HasSubstr(describe(c.geometry)));
     }
-}
-
-TEST(FrameGeometry, KnowsPaddedAndUnpaddedFilesBySize) {
-    const FrameGeometry padded = {FrameFormat::kNv12, {4000, 3000}, 4096, 3072};
-    const FrameGeometry tight = {FrameFormat::kNv12, {4000, 3000}, 4000, 3000};
-    EXPECT_THAT(geometryOfFileSize(FrameFormat::kNv12, 18874368), Optional(padded));
-    EXPECT_THAT(geometryOfFileSize(FrameFormat::kNv12, 18000000), Optional(tight));
-    EXPECT_FALSE(geometryOfFileSize(FrameFormat::kRaw10, 18000000));
-    EXPECT_FALSE(geometryOfFileSize(FrameFormat::kNv12, 18000001));
 }
 
 }  // namespace

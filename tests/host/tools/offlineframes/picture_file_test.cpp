@@ -4,7 +4,6 @@
 
 #include <gmock/gmock.h>
 
-#include "host/tools/offlineframes/compare.h"
 #include "host/tools/offlineframes/exif_orientation.h"
 #include "test_support.h"
 
@@ -65,18 +64,6 @@ TEST(Jpeg, WithoutItsEndOrWithDamageIsAnError) {
         ASSERT_FALSE(read.ok()) << length;
         EXPECT_THAT(read.error(), HasSubstr("dump.jpg: damaged JPEG"));
     }
-}
-
-TEST(Jpeg, IsTurnedUprightByItsOrientation) {
-    const Picture stored = gradientPicture(64, 48);
-    const Result<Picture> read = decodePicture(jpegBytes(stored, 90), "x");
-    ASSERT_TRUE(read.ok()) << read.error();
-    ASSERT_EQ(read.value().width, 48u);
-    ASSERT_EQ(read.value().height, 64u);
-    // Turned clockwise: the stored left column is on top, its bottom first.
-    const Result<Comparison> difference = comparePictures(read.value(), makeUpright(stored, 6));
-    EXPECT_GT(difference.value().psnr, 35);
-    EXPECT_NEAR(read.value().pixel(2, 2)[1], stored.pixel(2, 45)[1], 6);
 }
 
 TEST(Orientation, EveryValuePutsTheStoredPixelsInPlace) {
