@@ -41,7 +41,10 @@ FILE* OpenSource(const char* loader, const char* path) {
     FILE* file = fopen(path, "rb");
     if (file == nullptr) {
         CLIENT_LOGE("%s: fopen failed %s,error code %s", loader, path, strerror(errno));
+        return nullptr;
     }
+    // Rows go straight into the graphics buffer, without a staging buffer in between.
+    setvbuf(file, nullptr, _IONBF, 0);
     return file;
 }
 
