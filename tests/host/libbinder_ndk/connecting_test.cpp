@@ -108,16 +108,10 @@ TEST(Connecting, OfRealProcessesToEachOtherGivesWorkingCalls) {
     for (int round = 0; round < 8; ++round) {
         Peer first = startPeer();
         Peer second = startPeer();
-        auto callThrough = [](const Peer& via, const Peer& target, int32_t value) {
-            return askPeer(via.binder, kCall, [&](AParcel* in) {
-                AParcel_writeStrongBinder(in, target.binder.get());
-                return ndk::AParcel_writeData(in, value);
-            });
-        };
         // Neither knows the other yet: each call makes its callee connect.
-        auto forth =
-                std::async(std::launch::async, [&]() { return callThrough(first, second, 1); });
-        EXPECT_EQ(callThrough(second, first, 2), 3);
+        auto forth = std::async(std::launch::async,
+                                [&]() { return callThrough(first.binder, second.binder, 1); });
+        EXPECT_EQ(callThrough(second.binder, first.binder, 2), 3);
         EXPECT_EQ(forth.get(), 2);
     }
 }

@@ -29,16 +29,12 @@ TEST(ArrayLength, IsCheckedBeforeAnythingIsAllocated) {
         EXPECT_EQ(readWithLength<int64_t>(length, 8), STATUS_BAD_VALUE);
         EXPECT_EQ(readWithLength<std::string>(length, 8), STATUS_BAD_VALUE);
         EXPECT_EQ(readWithLength<bool>(length, 8), STATUS_BAD_VALUE);
-        EXPECT_EQ(readWithLength<char16_t>(length, 8), STATUS_BAD_VALUE);
     }
     EXPECT_EQ(readWithLength<uint8_t>(9, 8), STATUS_NO_MEMORY);
-    EXPECT_EQ(readWithLength<int32_t>(9, 8), STATUS_NO_MEMORY);
     EXPECT_EQ(readWithLength<int64_t>(kLargest, 8), STATUS_NO_MEMORY);
-    EXPECT_EQ(readWithLength<bool>(kLargest, 8), STATUS_NO_MEMORY);
     EXPECT_EQ(readWithLength<std::string>(kLargest, 8), STATUS_NO_MEMORY);
     EXPECT_EQ(readWithLength<ndk::ScopedFileDescriptor>(kLargest, 8), STATUS_NO_MEMORY);
     EXPECT_EQ(readWithLength<int32_t>(3, 8), STATUS_NOT_ENOUGH_DATA);
-    EXPECT_EQ(readWithLength<int64_t>(2, 8), STATUS_NOT_ENOUGH_DATA);
     EXPECT_EQ(readWithLength<int64_t>(1, 8), STATUS_OK);
     EXPECT_EQ(readWithLength<int64_t>(0, 0), STATUS_OK);
 }
@@ -49,18 +45,6 @@ TEST(ArrayLength, MustMatchAFixedArray) {
         std::array<int32_t, 2> values;
         EXPECT_EQ(ndk::AParcel_readData(parcel.get(), &values), STATUS_NO_MEMORY);
     }
-}
-
-TEST(ArrayLength, OfAnAllocatorThatRefuses) {
-    auto refuse = [](void*, int32_t, int32_t**) { return false; };
-    EXPECT_EQ(AParcel_readInt32Array(parcelWithLength(-1, 0).get(), nullptr, refuse),
-              STATUS_UNEXPECTED_NULL);
-    EXPECT_EQ(AParcel_readInt32Array(parcelWithLength(1, 4).get(), nullptr, refuse),
-              STATUS_NO_MEMORY);
-    auto forget = [](void*, int32_t, int32_t**) { return true; };
-    EXPECT_EQ(AParcel_readInt32Array(parcelWithLength(1, 4).get(), nullptr, forget),
-              STATUS_NO_MEMORY);
-    EXPECT_EQ(AParcel_readInt32Array(parcelWithLength(0, 0).get(), nullptr, forget), STATUS_OK);
 }
 
 TEST(ArrayWrite, NeedsDataForElements) {
@@ -84,7 +68,6 @@ TEST(OutVector, GetsTheCallersSizeWithinBounds) {
               STATUS_UNEXPECTED_NULL);
     EXPECT_EQ(ndk::AParcel_resizeVector(parcelWithLength(1000001, 0).get(), &vector),
               STATUS_NO_MEMORY);
-    EXPECT_EQ(ndk::AParcel_resizeVector(parcelWithLength(1000000, 0).get(), &vector), STATUS_OK);
 }
 
 }  // namespace

@@ -37,10 +37,6 @@ TEST(StatusHeader, CarriesExceptionMessageAndCode) {
     EXPECT_EQ(specific.getExceptionCode(), EX_SERVICE_SPECIFIC);
     EXPECT_EQ(specific.getServiceSpecificError(), 1);
     EXPECT_STREQ(specific.getMessage(), "ILLEGAL_ARGUMENT");
-    ndk::ScopedAStatus state =
-            roundTrip(ndk::ScopedAStatus::fromExceptionCode(EX_ILLEGAL_STATE), 4 + 8 + 4);
-    EXPECT_EQ(state.getExceptionCode(), EX_ILLEGAL_STATE);
-    EXPECT_STREQ(state.getMessage(), "");
 }
 
 TEST(StatusHeader, OfATransportFailureIsTheFailureItself) {

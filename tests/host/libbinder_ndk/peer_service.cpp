@@ -58,24 +58,6 @@ binder_status_t callBinder(const AParcel* in, AParcel* out) {
     return status == STATUS_OK ? ndk::AParcel_writeData(out, answer) : status;
 }
 
-binder_status_t relayCall(const AParcel* in, AParcel* out) {
-    ndk::SpAIBinder via;
-    ndk::SpAIBinder target;
-    int32_t value = 0;
-    binder_status_t status = ndk::AParcel_readRequiredStrongBinder(in, &via);
-    if (status == STATUS_OK) status = ndk::AParcel_readRequiredStrongBinder(in, &target);
-    if (status == STATUS_OK) status = ndk::AParcel_readData(in, &value);
-    if (status != STATUS_OK) return status;
-    const int32_t answer = askPeer(
-            via, kCall,
-            [&](AParcel* p) {
-                AParcel_writeStrongBinder(p, target.get());
-                return ndk::AParcel_writeData(p, value);
-            },
-            &status);
-    return status == STATUS_OK ? ndk::AParcel_writeData(out, answer) : status;
-}
-
 binder_status_t playPingPong(const AParcel* in, AParcel* out) {
     ndk::SpAIBinder other;
     ndk::SpAIBinder self;
@@ -121,8 +103,6 @@ binder_status_t handleObjects(transaction_code_t code, const AParcel* in, AParce
         }
         case kCall:
             return callBinder(in, out);
-        case kRelay:
-            return relayCall(in, out);
         case kPingPong:
             return playPingPong(in, out);
         case kNewObject:
@@ -240,6 +220,17 @@ int32_t askPeer(const ndk::SpAIBinder& binder, transaction_code_t code,
 int32_t add(const ndk::SpAIBinder& binder, int32_t value, binder_status_t* status) {
     return askPeer(
             binder, kAdd, [value](AParcel* in) { return ndk::AParcel_writeData(in, value); },
+            status);
+}
+
+int32_t callThrough(const ndk::SpAIBinder& via, const ndk::SpAIBinder& target, int32_t value,
+                    binder_status_t* status) {
+    return askPeer(
+            via, kCall,
+            [&](AParcel* in) {
+                AParcel_writeStrongBinder(in, target.get());
+                return ndk::AParcel_writeData(in, value);
+            },
             status);
 }
 

@@ -18,7 +18,6 @@ enum PeerRequest : transaction_code_t {
     kGetHeld,                       // -> binder
     kDrop,                          // forgets the binder
     kCall,                          // binder, value -> what the binder's kAdd answers
-    kRelay,                         // binder via, binder, value -> what via's kCall answers
     kPingPong,                      // binder other, binder self, depth -> 1 + the other's answer
     kNewObject,                     // -> binder of a new object of the peer
     kLiveObjects,                   // -> how many such objects are alive
@@ -52,6 +51,9 @@ int32_t askPeer(const ndk::SpAIBinder& binder, transaction_code_t code,
                 const std::function<binder_status_t(AParcel*)>& write = nullptr,
                 binder_status_t* status = nullptr);
 int32_t add(const ndk::SpAIBinder& binder, int32_t value, binder_status_t* status = nullptr);
+// Lets `via` call add() of `target`.
+int32_t callThrough(const ndk::SpAIBinder& via, const ndk::SpAIBinder& target, int32_t value,
+                    binder_status_t* status = nullptr);
 int32_t pingPong(const ndk::SpAIBinder& target, const ndk::SpAIBinder& back, int32_t depth,
                  binder_status_t* status = nullptr);
 binder_status_t hold(const ndk::SpAIBinder& peer, const ndk::SpAIBinder& object);

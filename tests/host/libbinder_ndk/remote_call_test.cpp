@@ -41,17 +41,10 @@ binder_status_t echoBytes(const ndk::SpAIBinder& peer, const std::vector<uint8_t
             [&](const AParcel* out) { return ndk::AParcel_readVector(out, back); });
 }
 
-TEST(RemoteCall, AnswersAndIsRemote) {
-    Peer peer = startPeer();
-    EXPECT_TRUE(AIBinder_isRemote(peer.binder.get()));
-    EXPECT_TRUE(AIBinder_isAlive(peer.binder.get()));
-    EXPECT_EQ(AIBinder_ping(peer.binder.get()), STATUS_OK);
-    EXPECT_EQ(AIBinder_getUserData(peer.binder.get()), nullptr);
-    EXPECT_EQ(add(peer.binder, 41), 42);
-}
-
 TEST(RemoteCall, TellsTheCalleeWhoCalls) {
     Peer peer = startPeer();
+    EXPECT_TRUE(AIBinder_isRemote(peer.binder.get()));
+    EXPECT_EQ(AIBinder_ping(peer.binder.get()), STATUS_OK);
     int32_t pid = 0;
     int32_t uid = 0;
     ASSERT_EQ(callPeer(peer.binder, kCaller, nullptr,
@@ -147,30 +140,10 @@ TEST(RemoteCall, RefusesAClassWithAnotherDescriptor) {
     EXPECT_EQ(AIBinder_getClass(peer.binder.get()), peerClass());
 }
 
-int32_t callThrough(const ndk::SpAIBinder& peer, const ndk::SpAIBinder& target, int32_t value) {
-    return askPeer(peer, kCall, [&](AParcel* in) {
-        AParcel_writeStrongBinder(in, target.get());
-        return ndk::AParcel_writeData(in, value);
-    });
-}
-
 TEST(Callback, RunsOnTheWaitingThread) {
     Peer peer = startPeer();
     ndk::SpAIBinder own = newPeerObject();
     EXPECT_EQ(callThrough(peer.binder, own, 7), 8);
-    EXPECT_EQ(lastAddThread(), std::this_thread::get_id());
-}
-
-TEST(Callback, ThroughAThirdProcessRunsOnTheWaitingThread) {
-    Peer first = startPeer();
-    Peer second = startPeer();
-    ndk::SpAIBinder own = newPeerObject();
-    const int32_t answer = askPeer(first.binder, kRelay, [&](AParcel* in) {
-        AParcel_writeStrongBinder(in, second.binder.get());
-        AParcel_writeStrongBinder(in, own.get());
-        return ndk::AParcel_writeData(in, 9);
-    });
-    EXPECT_EQ(answer, 10);
     EXPECT_EQ(lastAddThread(), std::this_thread::get_id());
 }
 

@@ -123,14 +123,6 @@ TEST(DeathLink, EndsWithTheRecipientAndWithTheObject) {
     EXPECT_EQ(released.died + deleted.died, 0);
 }
 
-TEST(DeathLink, NeedsARemoteObject) {
-    DeathCounter counter;
-    EXPECT_EQ(counter.link(newPeerObject()), STATUS_INVALID_OPERATION);
-    EXPECT_EQ(counter.unlink(newPeerObject()), STATUS_INVALID_OPERATION);
-    EXPECT_EQ(AIBinder_linkToDeath(nullptr, counter.recipient.get(), nullptr),
-              STATUS_UNEXPECTED_NULL);
-}
-
 TEST(StoppedPeer, DoesNotHoldUpItsCallersForEver) {
     Peer peer = startPeer();
     ASSERT_EQ(add(peer.binder, 1), 2);

@@ -2,30 +2,16 @@
 #include <android/binder_auto_utils.h>
 #include <gtest/gtest.h>
 
-#include <sstream>
-
 namespace {
-
-TEST(Status, OkIsOneSharedObject) {
-    EXPECT_EQ(AStatus_newOk(), AStatus_newOk());
-    EXPECT_TRUE(ndk::ScopedAStatus::ok().isOk());
-    EXPECT_TRUE(ndk::ScopedAStatus::fromStatus(STATUS_OK).isOk());
-    EXPECT_TRUE(ndk::ScopedAStatus::fromExceptionCode(EX_NONE).isOk());
-    EXPECT_FALSE(ndk::ScopedAStatus().isOk());
-    AStatus_delete(nullptr);
-}
 
 TEST(Status, KeepsCodesApart) {
     auto dead = ndk::ScopedAStatus::fromStatus(STATUS_DEAD_OBJECT);
     EXPECT_EQ(dead.getExceptionCode(), EX_TRANSACTION_FAILED);
     EXPECT_EQ(dead.getStatus(), STATUS_DEAD_OBJECT);
-    EXPECT_EQ(dead.getServiceSpecificError(), 0);
     auto specific = ndk::ScopedAStatus::fromServiceSpecificError(-5);
     EXPECT_EQ(specific.getStatus(), STATUS_OK);
     EXPECT_EQ(specific.getServiceSpecificError(), -5);
-    EXPECT_STREQ(specific.getMessage(), "");
     auto argument = ndk::ScopedAStatus::fromExceptionCodeWithMessage(EX_ILLEGAL_ARGUMENT, "why");
-    EXPECT_EQ(argument.getServiceSpecificError(), 0);
     EXPECT_STREQ(argument.getMessage(), "why");
 }
 
@@ -38,14 +24,10 @@ TEST(Status, PrunesUnknownCodes) {
 }
 
 TEST(Status, DescribesItself) {
-    EXPECT_EQ(ndk::ScopedAStatus::ok().getDescription(), "No error");
     EXPECT_EQ(ndk::ScopedAStatus::fromServiceSpecificErrorWithMessage(3, "no").getDescription(),
               "Status(-8, EX_SERVICE_SPECIFIC): '3: no'");
     EXPECT_EQ(ndk::ScopedAStatus::fromStatus(STATUS_DEAD_OBJECT).getDescription(),
               "Status(-129, EX_TRANSACTION_FAILED): 'DEAD_OBJECT: '");
-    std::ostringstream text;
-    text << ndk::ScopedAStatus::fromExceptionCodeWithMessage(EX_PARCELABLE, "m");
-    EXPECT_EQ(text.str(), "Status(-9, EX_PARCELABLE): 'm'");
 }
 
 }  // namespace

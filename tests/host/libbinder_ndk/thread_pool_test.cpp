@@ -26,13 +26,17 @@ class BlockedCalls {
             close(ends[1]);
         }
     }
+    binder_status_t call(binder_flags_t flags) {
+        return callPeer(
+                mPeer, kBlock,
+                [this](AParcel* in) {
+                    AParcel_writeParcelFileDescriptor(in, mEntered[1]);
+                    return AParcel_writeParcelFileDescriptor(in, mGo[0]);
+                },
+                nullptr, flags);
+    }
     void start() {
-        mCalls.push_back(std::async(std::launch::async, [this]() {
-            return callPeer(mPeer, kBlock, [this](AParcel* in) {
-                AParcel_writeParcelFileDescriptor(in, mEntered[1]);
-                return AParcel_writeParcelFileDescriptor(in, mGo[0]);
-            });
-        }));
+        mCalls.push_back(std::async(std::launch::async, [this]() { return call(0); }));
     }
     void awaitEntered(int count) {
         char byte;
@@ -133,25 +137,10 @@ TEST(Oneway, CallsToOneObjectRunInOrder) {
 
 TEST(Oneway, DoesNotWaitForTheCallee) {
     Peer peer = startPeer();
-    int entered[2];
-    int go[2];
-    ASSERT_EQ(pipe2(entered, O_CLOEXEC), 0);
-    ASSERT_EQ(pipe2(go, O_CLOEXEC), 0);
-    EXPECT_EQ(callPeer(
-                      peer.binder, kBlock,
-                      [&](AParcel* in) {
-                          AParcel_writeParcelFileDescriptor(in, entered[1]);
-                          return AParcel_writeParcelFileDescriptor(in, go[0]);
-                      },
-                      nullptr, FLAG_ONEWAY),
-              STATUS_OK);
-    char byte = 0;
-    EXPECT_EQ(read(entered[0], &byte, 1), 1);
-    EXPECT_EQ(write(go[1], &byte, 1), 1);
-    for (int* ends : {entered, go}) {
-        close(ends[0]);
-        close(ends[1]);
-    }
+    BlockedCalls calls(peer.binder);
+    EXPECT_EQ(calls.call(FLAG_ONEWAY), STATUS_OK);
+    calls.awaitEntered(1);
+    calls.letGo();
 }
 
 TEST(Callers, OnManyThreadsGetTheirOwnAnswers) {

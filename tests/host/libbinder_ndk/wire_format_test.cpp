@@ -59,16 +59,4 @@ TEST(WireFormat, OfARequestWithEveryKindOfItem) {
               "f8ffffff 01000000 41000000 00000000 01000000");                   // status header
 }
 
-TEST(WireFormat, OfAFrame) {
-    using hostbinder::FrameHeader;
-    EXPECT_EQ(offsetof(FrameHeader, kind), 4u);
-    EXPECT_EQ(offsetof(FrameHeader, id), 8u);
-    EXPECT_EQ(offsetof(FrameHeader, target), 16u);
-    EXPECT_EQ(offsetof(FrameHeader, chain), 24u);
-    EXPECT_EQ(offsetof(FrameHeader, referencesId), 32u);
-    EXPECT_EQ(offsetof(FrameHeader, code), 40u);
-    EXPECT_EQ(offsetof(FrameHeader, descriptorCount), 64u);
-    EXPECT_EQ(offsetof(hostbinder::ReferenceRecord, name), 16u);
-}
-
 }  // namespace
