@@ -128,7 +128,8 @@ RunResult DeviceRun::command(const std::vector<std::string>& words) {
     result.log = parseLog(readFile(log));
     result.deviceLog = readFile(deviceLog);
     for (const auto& entry : fs::directory_iterator(folder() + "/offlinecameratest")) {
-        if (!entry.is_symlink()) result.dumps[entry.path().filename()] = entry.file_size();
+        if (entry.is_symlink() || !entry.is_regular_file()) continue;
+        result.dumps[entry.path().filename()] = entry.file_size();
     }
     EXPECT_NE(result.status, -1) << "the run did not end\n" << result.allOutput();
     expectNoSanitizerReport(result.err + result.deviceLog);
