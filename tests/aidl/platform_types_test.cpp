@@ -99,24 +99,10 @@ static_assert(static_cast<int>(CameraBlobId::JPEG) == 0xff);
 static_assert(static_cast<int>(AllocationError::UNSUPPORTED) == 2);
 
 TEST(DataspaceTest, NamedValuesAreMadeOfTheRightParts) {
-    const std::pair<Dataspace, int32_t> values[] = {{Dataspace::SRGB_LINEAR, 138477568},
-                                                    {Dataspace::SCRGB_LINEAR, 406913024},
-                                                    {Dataspace::SRGB, 142671872},
-                                                    {Dataspace::SCRGB, 411107328},
-                                                    {Dataspace::JFIF, 0x8c20000},
-                                                    {Dataspace::BT601_625, 281149440},
-                                                    {Dataspace::BT601_525, 281280512},
-                                                    {Dataspace::BT709, 281083904},
-                                                    {Dataspace::DCI_P3, 155844608},
-                                                    {Dataspace::DISPLAY_P3, 143261696},
-                                                    {Dataspace::ADOBE_RGB, 151715840},
-                                                    {Dataspace::BT2020_PQ, 163971072},
-                                                    {Dataspace::BT2020_ITU, 281411584},
-                                                    {Dataspace::BT2020_ITU_HLG, 302383104},
-                                                    {Dataspace::BT2020_HLG, 168165376},
-                                                    {Dataspace::DISPLAY_BT2020, 142999552},
-                                                    {Dataspace::BT709_FULL_RANGE, 146866176},
-                                                    {Dataspace::JPEG_R, 0x1005}};
+    const std::pair<Dataspace, int32_t> values[] = {
+            {Dataspace::SRGB, 142671872},           {Dataspace::JFIF, 0x8c20000},
+            {Dataspace::BT601_625, 281149440},      {Dataspace::DISPLAY_P3, 143261696},
+            {Dataspace::BT2020_ITU_HLG, 302383104}, {Dataspace::JPEG_R, 0x1005}};
     for (const auto& [dataspace, value] : values) {
         EXPECT_EQ(static_cast<int32_t>(dataspace), value) << toString(dataspace);
     }

@@ -205,19 +205,6 @@ TEST_F(CallsTest, RequestsThatDoNotDecodeReachNobody) {
     EXPECT_EQ(Send(IWorker::TRANSACTION_fill, huge, &reply), STATUS_NO_MEMORY);
 }
 
-TEST_F(CallsTest, VersionAndHash) {
-    EXPECT_EQ(IWorker::version, 3);
-    EXPECT_EQ(IWorker::hash, "0123abcd");
-    for (int round = 0; round < 2; round++) {  // the second answer is the remembered one
-        int32_t version = 0;
-        std::string hash;
-        ASSERT_TRUE(proxy->getInterfaceVersion(&version).isOk());
-        ASSERT_TRUE(proxy->getInterfaceHash(&hash).isOk());
-        EXPECT_EQ(version, 3);
-        EXPECT_EQ(hash, "0123abcd");
-    }
-}
-
 TEST_F(CallsTest, FromBinder) {
     EXPECT_EQ(IWorker::fromBinder(worker->asBinder()), worker);
     EXPECT_EQ(IWorker::fromBinder(ndk::SpAIBinder()), nullptr);

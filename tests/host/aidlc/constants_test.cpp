@@ -26,26 +26,22 @@ TEST_P(LongValueTest, HasTheValue) {
                 HasSubstr(std::string(" X = ") + GetParam().value + ",\n"));
 }
 
-INSTANTIATE_TEST_SUITE_P(Literals, LongValueTest,
-                         testing::Values(Value{"2147483648", "2147483648L"},
-                                         Value{"0xffffffff", "-1L"},
-                                         Value{"0xffffffffL", "4294967295L"},
-                                         Value{"0xFFFFFFFFF", "68719476735L"},
-                                         Value{"0xffffffffffffffff", "-1L"},
-                                         Value{"0x8000000000000000", "-9223372036854775807L - 1"}));
-
-INSTANTIATE_TEST_SUITE_P(Operators, LongValueTest,
-                         testing::Values(Value{"1 | 2 ^ 3 & 2", "1L"},  // & before ^ before |
-                                         Value{"1 << 2 + 1", "8L"},     // + before <<
-                                         Value{"2 + 3 * 4", "14L"},     // * before +
-                                         Value{"10 - 4 - 3", "3L"},     // from the left
-                                         Value{"-8 >> 1", "-4L"},       // keeps the sign
-                                         Value{"-~-+5", "-4L"},         // inner first: ~(-5) is 4
-                                         Value{"0xf << 28",
-                                               "-268435456L"},  // an int loses the upper bits
-                                         Value{"0xffffL << 48", "-281474976710656L"},
-                                         Value{"1L << 63", "-9223372036854775807L - 1"},
-                                         Value{"2147483647L + 1", "2147483648L"}));
+INSTANTIATE_TEST_SUITE_P(
+        All, LongValueTest,
+        testing::Values(Value{"2147483648", "2147483648L"}, Value{"0xffffffff", "-1L"},
+                        Value{"0xffffffffL", "4294967295L"}, Value{"0xFFFFFFFFF", "68719476735L"},
+                        Value{"0xffffffffffffffff", "-1L"},
+                        Value{"0x8000000000000000", "-9223372036854775807L - 1"},
+                        Value{"1 | 2 ^ 3 & 2", "1L"},       // & before ^ before |
+                        Value{"1 << 2 + 1", "8L"},          // + before <<
+                        Value{"2 + 3 * 4", "14L"},          // * before +
+                        Value{"10 - 4 - 3", "3L"},          // from the left
+                        Value{"-8 >> 1", "-4L"},            // keeps the sign
+                        Value{"-~-+5", "-4L"},              // inner first: ~(-5) is 4
+                        Value{"0xf << 28", "-268435456L"},  // an int loses the upper bits
+                        Value{"0xffffL << 48", "-281474976710656L"},
+                        Value{"1L << 63", "-9223372036854775807L - 1"},
+                        Value{"2147483647L + 1", "2147483648L"}));
 
 TEST(ConstantsTest, EnumeratorsReferToEachOther) {
     Sources sources;

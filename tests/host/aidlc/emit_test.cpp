@@ -25,14 +25,6 @@ TEST(EmitTest, DeprecationNoteIsOnEveryDeclarationOfTheMethod) {
     }
 }
 
-TEST(EmitTest, InterfaceWithoutVersionHasNone) {
-    Sources sources;
-    sources.Add("a/IT.aidl", "interface IT { }");
-    ASSERT_THAT(sources.Messages("a/IT.aidl"), IsEmpty());
-    EXPECT_THAT(sources.Generated("include/aidl/a/IT.h"), Not(HasSubstr("ersion")));
-    EXPECT_THAT(sources.Generated("src/aidl/a/IT.cpp"), Not(HasSubstr("16777214")));
-}
-
 TEST(EmitTest, OnlyNamedFilesAreGenerated) {
     Sources sources;
     sources.Add("a/T.aidl", "import b.U;\nparcelable T { U u; }");

@@ -28,27 +28,24 @@ TEST_P(RuleTest, SaysWhatIsWrongAndWhere) {
 }
 
 INSTANTIATE_TEST_SUITE_P(
-        Types, RuleTest,
-        testing::Values(Case{"parcelable IT { Strin s; }",
-                             "2:17: unknown type 'Strin': import it or check the spelling"},
-                        Case{"parcelable IT { void v; }", "2:17: a field cannot be void"},
-                        Case{"parcelable IT { @nullable int v; }",
-                             "2:27: '@nullable' cannot be applied to int: it is never null"},
-                        Case{"parcelable IT { @utf8InCpp int v; }",
-                             "2:28: '@utf8InCpp' belongs to a String, not to int"},
-                        Case{"parcelable IT { List<int> v; }",
-                             "2:22: a List holds objects: write int[] instead"},
-                        Case{"parcelable IT { byte[1 << 21] v; }",
-                             "2:24: an array of 2097152 elements: the size is 1 to 1048576"},
-                        Case{"@VintfStability parcelable IT { P p; }",
-                             "2:33: 'P' is used by a @VintfStability type and must be one itself"},
-                        Case{"union IT {}", "2:7: union IT needs at least one member"},
-                        Case{"parcelable IT { @nullable IT[] more; }",
-                             "2:32: parcelable IT contains itself"}));
-
-INSTANTIATE_TEST_SUITE_P(
-        Defaults, RuleTest,
+        All, RuleTest,
         testing::Values(
+                Case{"parcelable IT { Strin s; }",
+                     "2:17: unknown type 'Strin': import it or check the spelling"},
+                Case{"parcelable IT { void v; }", "2:17: a field cannot be void"},
+                Case{"parcelable IT { @nullable int v; }",
+                     "2:27: '@nullable' cannot be applied to int: it is never null"},
+                Case{"parcelable IT { @utf8InCpp int v; }",
+                     "2:28: '@utf8InCpp' belongs to a String, not to int"},
+                Case{"parcelable IT { List<int> v; }",
+                     "2:22: a List holds objects: write int[] instead"},
+                Case{"parcelable IT { byte[1 << 21] v; }",
+                     "2:24: an array of 2097152 elements: the size is 1 to 1048576"},
+                Case{"@VintfStability parcelable IT { P p; }",
+                     "2:33: 'P' is used by a @VintfStability type and must be one itself"},
+                Case{"union IT {}", "2:7: union IT needs at least one member"},
+                Case{"parcelable IT { @nullable IT[] more; }",
+                     "2:32: parcelable IT contains itself"},
                 Case{"parcelable IT { byte b = 128; }", "2:26: the default 128 does not fit byte"},
                 Case{"parcelable IT { int i = 1L << 31; }",
                      "2:28: the default 2147483648 does not fit int"},
@@ -56,11 +53,7 @@ INSTANTIATE_TEST_SUITE_P(
                      "2:29: the default is not a constant of type boolean"},
                 Case{"parcelable IT { E e = E.TWO; }", "2:23: enum E has no enumerator 'TWO'"},
                 Case{"parcelable IT { int[2] i = {1}; }",
-                     "2:29: the default has 1 elements, the array 2"}));
-
-INSTANTIATE_TEST_SUITE_P(
-        Names, RuleTest,
-        testing::Values(
+                     "2:29: the default has 1 elements, the array 2"},
                 Case{"parcelable IT { int a; long a; }", "2:29: field 'a' is declared twice"},
                 Case{"interface IT { void f(); int f(int a); }",
                      "2:30: method 'f' is declared twice"},
@@ -68,11 +61,7 @@ INSTANTIATE_TEST_SUITE_P(
                      "2:21: 'class' is a C++ keyword and cannot name a field"},
                 Case{"parcelable IT { int descriptor; }",
                      "2:21: 'descriptor' is a member of every generated class and cannot name a "
-                     "field"}));
-
-INSTANTIATE_TEST_SUITE_P(
-        Methods, RuleTest,
-        testing::Values(
+                     "field"},
                 Case{"interface IT { void f(P p); }",
                      "2:23: argument 'p' is an array or a parcelable: say in, out or inout"},
                 Case{"interface IT { void f(out int i); }",

@@ -24,17 +24,13 @@ TEST_P(SyntaxErrorTest, NamesPlaceAndExpectation) {
     EXPECT_FALSE(sources.MadeFiles());
 }
 
-INSTANTIATE_TEST_SUITE_P(Lexer, SyntaxErrorTest,
-                         testing::Values(Case{"parcelable T { int a; /* open",
-                                              "2:23: comment is not closed: add \"*/\""},
-                                         Case{"parcelable T { String s = \"x;\n}",
-                                              "2:27: closing \" is missing on this line"},
-                                         Case{"parcelable T {\n\tint # a;\n}",
-                                              "3:6: unexpected character '#'"}));
-
 INSTANTIATE_TEST_SUITE_P(
-        Declarations, SyntaxErrorTest,
+        All, SyntaxErrorTest,
         testing::Values(
+                Case{"parcelable T { int a; /* open", "2:23: comment is not closed: add \"*/\""},
+                Case{"parcelable T { String s = \"x;\n}",
+                     "2:27: closing \" is missing on this line"},
+                Case{"parcelable T {\n\tint # a;\n}", "3:6: unexpected character '#'"},
                 Case{"",
                      "2:1: expected 'interface', 'parcelable', 'union' or 'enum', found end of "
                      "file"},
@@ -47,11 +43,7 @@ INSTANTIATE_TEST_SUITE_P(
                 Case{"interface T { void f() = 3; }",
                      "2:24: transaction numbers cannot be chosen: they follow the order of the "
                      "methods"},
-                Case{"parcelable T { int[][] a; }", "2:21: an array has one dimension only"}));
-
-INSTANTIATE_TEST_SUITE_P(
-        Annotations, SyntaxErrorTest,
-        testing::Values(
+                Case{"parcelable T { int[][] a; }", "2:21: an array has one dimension only"},
                 Case{"@Vintf parcelable T {}",
                      "2:1: unknown annotation '@Vintf': only VintfStability, Backing, nullable and "
                      "utf8InCpp are supported"},

@@ -22,9 +22,9 @@ HandleIntegers integersOf(const UniqueHandle& handle) {
 bool refused(const native_handle_t* raw) {
     UniqueHandle handle;
     BufferInfo info;
-    const int before = openDescriptors();
+    const int before = countOpenDescriptors();
     const Outcome outcome = duplicateBuffer(raw, &handle, &info);
-    EXPECT_EQ(openDescriptors() - before, outcome.ok() ? 1 : 0);
+    EXPECT_EQ(countOpenDescriptors() - before, outcome.ok() ? 1 : 0);
     EXPECT_EQ(outcome.ok(), outcome.reason.empty());
     return outcome.error == BufferError::kBadBuffer;
 }

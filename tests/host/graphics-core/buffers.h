@@ -1,12 +1,13 @@
 // Descriptions and handles that several tests use, and counts of what a process holds.
 #pragma once
 
-#include <dirent.h>
 #include <graphics_core/buffer_handle.h>
 #include <gtest/gtest.h>
 
 #include <fstream>
 #include <string>
+
+#include "tests/host/libhidlbase/open_descriptors.h"
 
 namespace graphics {
 
@@ -23,15 +24,6 @@ inline UniqueHandle create(const BufferDescription& description) {
 
 inline UniqueHandle createNv12() {
     return create(describe(kFormatYcbcr420, 640, 480));
-}
-
-// Descriptors that this process has open.
-inline int openDescriptors() {
-    DIR* folder = opendir("/proc/self/fd");
-    int count = 0;
-    while (readdir(folder) != nullptr) ++count;
-    closedir(folder);
-    return count;
 }
 
 // Mappings of buffers in this process.

@@ -44,17 +44,17 @@ class ImportedBuffersTest : public testing::Test {
 
 TEST_F(ImportedBuffersTest, ReleaseGivesEverythingBack) {
     const UniqueHandle raw = createNv12();
-    const int descriptors = openDescriptors();
+    const int descriptors = countOpenDescriptors();
     for (int i = 0; i < 10; ++i) {
         const native_handle_t* handle = import(raw);
         lock(handle);
         lock(handle);
-        EXPECT_EQ(openDescriptors(), descriptors + 1);
+        EXPECT_EQ(countOpenDescriptors(), descriptors + 1);
         EXPECT_EQ(bufferMappings(), 1);
         EXPECT_TRUE(mBuffers.release(handle).ok());
         EXPECT_EQ(mBuffers.release(handle).error, BufferError::kBadBuffer);
     }
-    EXPECT_EQ(openDescriptors(), descriptors);
+    EXPECT_EQ(countOpenDescriptors(), descriptors);
     EXPECT_EQ(bufferMappings(), 0);
 }
 
@@ -125,7 +125,7 @@ TEST_F(ImportedBuffersTest, TailCannotBeWritten) {
 TEST_F(ImportedBuffersTest, ThreadsUseOneRegistry) {
     const UniqueHandle raw = create(describe(kFormatBlob, 4096, 1));
     const native_handle_t* shared = import(raw);
-    const int descriptors = openDescriptors();
+    const int descriptors = countOpenDescriptors();
     std::vector<std::thread> threads;
     for (uint32_t t = 0; t < 4; ++t) {
         threads.emplace_back([&, t] {
@@ -140,7 +140,7 @@ TEST_F(ImportedBuffersTest, ThreadsUseOneRegistry) {
         });
     }
     for (std::thread& thread : threads) thread.join();
-    EXPECT_EQ(openDescriptors(), descriptors);
+    EXPECT_EQ(countOpenDescriptors(), descriptors);
     EXPECT_EQ(mBuffers.unlock(shared).error, BufferError::kBadBuffer) << "an unlock was lost";
 }
 

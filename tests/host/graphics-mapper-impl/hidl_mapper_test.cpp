@@ -81,7 +81,7 @@ class HidlMapperTest : public testing::Test {
 };
 
 TEST_F(HidlMapperTest, BufferLivesFromImportToFree) {
-    const int descriptors = openDescriptors();
+    const int descriptors = countOpenDescriptors();
     EXPECT_EQ(import(nullptr), Error::BAD_BUFFER);
     ASSERT_EQ(import(mRaw.get()), Error::NONE);
     EXPECT_NE(mBuffer, mRaw.get());
@@ -98,7 +98,7 @@ TEST_F(HidlMapperTest, BufferLivesFromImportToFree) {
     EXPECT_EQ(free(mBuffer), Error::NONE);
     EXPECT_EQ(free(mBuffer), Error::BAD_BUFFER);
     mBuffer = nullptr;
-    EXPECT_EQ(openDescriptors(), descriptors);
+    EXPECT_EQ(countOpenDescriptors(), descriptors);
     EXPECT_EQ(bufferMappings(), 0);
     char byte = 0;
     EXPECT_EQ(pread(mRaw->data[0], &byte, 1, 491'519), 1);

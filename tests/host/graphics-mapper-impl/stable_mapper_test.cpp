@@ -68,7 +68,7 @@ TEST_F(StableMapperTest, LocksAndUnlocks) {
 }
 
 TEST_F(StableMapperTest, LockTakesItsFenceWhateverItReturns) {
-    const int descriptors = openDescriptors();
+    const int descriptors = countOpenDescriptors();
     void* data = nullptr;
     const ARect whole = {0, 0, 0, 0};
     EXPECT_EQ(mMapper->lock(mBuffer, kRead, whole, eventfd(1, EFD_CLOEXEC), &data),
@@ -77,7 +77,7 @@ TEST_F(StableMapperTest, LockTakesItsFenceWhateverItReturns) {
               AIMAPPER_ERROR_BAD_VALUE);
     EXPECT_EQ(mMapper->lock(nullHandle(), kRead, whole, eventfd(0, EFD_CLOEXEC), &data),
               AIMAPPER_ERROR_BAD_BUFFER);
-    EXPECT_EQ(openDescriptors(), descriptors);
+    EXPECT_EQ(countOpenDescriptors(), descriptors);
 }
 
 TEST_F(StableMapperTest, TellsTheSizeOfMetadataOrANegativeErrorAndCopiesWhatFits) {

@@ -122,22 +122,6 @@ TEST(LocalBinder, KeepsTheImplementationAliveAndNotTheOtherWayRound) {
     EXPECT_EQ(weak.promote().get(), nullptr);
 }
 
-TEST(LocalBinder, CarriesAnExtension) {
-    ndk::SpAIBinder binder = ndk::SharedRefBase::make<Counter>()->asBinder();
-    ndk::SpAIBinder found;
-    bool ended = false;
-    {
-        ndk::SpAIBinder extension = ndk::SharedRefBase::make<Counter>(&ended)->asBinder();
-        ASSERT_EQ(AIBinder_setExtension(binder.get(), extension.get()), STATUS_OK);
-        EXPECT_EQ(AIBinder_getExtension(binder.get(), found.getR()), STATUS_OK);
-        EXPECT_EQ(found, extension);
-    }
-    found = nullptr;
-    EXPECT_FALSE(ended);
-    binder = nullptr;
-    EXPECT_TRUE(ended);
-}
-
 TEST(LocalBinderDeathTest, StabilityIsDeclaredOnce) {
     ndk::SpAIBinder binder = ndk::SharedRefBase::make<Counter>()->asBinder();
     AIBinder_markVintfStability(binder.get());

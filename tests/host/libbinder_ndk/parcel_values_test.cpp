@@ -175,23 +175,4 @@ TEST(ParcelPosition, MovesAnywhereButWritesOnlyInsideOrAtTheEnd) {
     EXPECT_EQ(parcel.size(), 8);
 }
 
-TEST(ParcelBytes, CanBeTakenAndPutBack) {
-    Parcel parcel;
-    AParcel_writeInt32(parcel.get(), 5);
-    AParcel_writeInt64(parcel.get(), 6);
-    uint8_t bytes[12];
-    ASSERT_EQ(AParcel_marshal(parcel.get(), bytes, 0, sizeof(bytes)), STATUS_OK);
-    EXPECT_EQ(AParcel_marshal(parcel.get(), bytes, 4, sizeof(bytes)), STATUS_BAD_VALUE);
-    Parcel other;
-    ASSERT_EQ(AParcel_unmarshal(other.get(), bytes, sizeof(bytes)), STATUS_OK);
-    int32_t small = 0;
-    int64_t large = 0;
-    EXPECT_EQ(AParcel_readInt32(other.get(), &small), STATUS_OK);
-    EXPECT_EQ(AParcel_readInt64(other.get(), &large), STATUS_OK);
-    EXPECT_EQ(small + large, 11);
-    AParcel_markSensitive(other.get());
-    EXPECT_EQ(AParcel_reset(other.get()), STATUS_OK);
-    EXPECT_EQ(other.size(), 0);
-}
-
 }  // namespace

@@ -2,7 +2,6 @@
 #include "tests/host/libbinder_ndk/peer_service.h"
 
 #include <android/binder_process.h>
-#include <dirent.h>
 #include <host_binder_trace.h>
 #include <unistd.h>
 
@@ -257,12 +256,4 @@ ndk::SpAIBinder getBinder(const ndk::SpAIBinder& peer, transaction_code_t code) 
         return ndk::AParcel_readNullableStrongBinder(out, &binder);
     });
     return binder;
-}
-
-int32_t countOpenDescriptors() {
-    int32_t count = 0;
-    DIR* folder = opendir("/proc/self/fd");
-    while (folder != nullptr && readdir(folder) != nullptr) ++count;
-    if (folder != nullptr) closedir(folder);
-    return count;
 }

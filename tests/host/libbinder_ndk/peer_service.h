@@ -9,6 +9,8 @@
 #include <thread>
 #include <vector>
 
+#include "tests/host/libhidlbase/open_descriptors.h"
+
 // What a peer does on request. Values are int32 unless said otherwise.
 enum PeerRequest : transaction_code_t {
     kAdd = FIRST_CALL_TRANSACTION,  // value -> value + 1
@@ -58,4 +60,3 @@ int32_t pingPong(const ndk::SpAIBinder& target, const ndk::SpAIBinder& back, int
                  binder_status_t* status = nullptr);
 binder_status_t hold(const ndk::SpAIBinder& peer, const ndk::SpAIBinder& object);
 ndk::SpAIBinder getBinder(const ndk::SpAIBinder& peer, transaction_code_t code);
-int32_t countOpenDescriptors();

@@ -100,12 +100,6 @@ TEST(Allocator, AllocatesWhatAClientDescribes) {
         ids.insert(info.id);
     }
     EXPECT_EQ(ids.size(), 3u);
-
-    bool supported = true;
-    BufferDescriptorInfo rgba = jpegInfo();
-    rgba.format = PixelFormat::RGBA_8888;
-    EXPECT_TRUE(allocator->isSupported(rgba, &supported).isOk());
-    EXPECT_FALSE(supported);
     std::string suffix;
     EXPECT_TRUE(allocator->getIMapperLibrarySuffix(&suffix).isOk());
     EXPECT_EQ(suffix, "zel");
@@ -145,8 +139,6 @@ TEST(Allocator, RefusesBadRequestsWithAReason) {
 
 TEST(AllocatorFaults, ShowWhatTheyPromise) {
     AllocationResult result;
-    expectError(startAllocator(AllocatorFault::kAllocateError)->allocate(descriptor(), 1, &result),
-                AllocationError::NO_RESOURCES);
     expectError(startAllocator(AllocatorFault::kAllocateError)->allocate2(jpegInfo(), 1, &result),
                 AllocationError::NO_RESOURCES);
 
@@ -161,12 +153,8 @@ TEST(AllocatorFaults, ShowWhatTheyPromise) {
     EXPECT_EQ(result.buffers.size(), 2u);
 
     BufferInfo info;
-    const auto liar = startAllocator(AllocatorFault::kBadHandle);
-    for (const int32_t format : {kFormatYcbcr420, kFormatRaw10}) {
-        ASSERT_TRUE(liar->allocate(descriptor(640, format), 1, &result).isOk());
-        EXPECT_EQ(check(result.buffers.at(0), &info), BufferError::kBadBuffer);
-    }
-    ASSERT_TRUE(liar->allocate2(jpegInfo(), 1, &result).isOk());
+    ASSERT_TRUE(
+            startAllocator(AllocatorFault::kBadHandle)->allocate2(jpegInfo(), 1, &result).isOk());
     EXPECT_EQ(check(result.buffers.at(0), &info), BufferError::kBadBuffer);
 }
 

@@ -1,37 +1,32 @@
 // The allocator's command line.
 #include <gtest/gtest.h>
-#include <stdio.h>
-#include <sys/wait.h>
 
 #include <string>
+#include <vector>
 
 #include "host/services/graphicsallocator/allocator_faults.h"
+#include "tests/end_to_end/subprocess.h"
 
 namespace graphics {
 namespace {
 
-struct Ended {
-    int status;
-    std::string output;
-};
+using end_to_end::Finished;
 
-Ended runAllocator(const std::string& environment, const std::string& arguments) {
-    const std::string command = "timeout 20 env -u STANDIN_BINDER_DIR " + environment +
-                                " " ALLOCATOR_PROGRAM " " + arguments + " 2>&1";
-    FILE* pipe = popen(command.c_str(), "r");
-    std::string output;
-    char part[256];
-    while (size_t count = fread(part, 1, sizeof(part), pipe)) output.append(part, count);
-    const int status = pclose(pipe);
-    return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, output};
+// Without STANDIN_BINDER_DIR unless `setting` sets it.
+Finished runAllocator(const std::vector<std::string>& arguments, const char* setting = nullptr) {
+    std::vector<std::string> words = {"env", "-u", "STANDIN_BINDER_DIR"};
+    if (setting != nullptr) words.push_back(setting);
+    words.push_back(ALLOCATOR_PROGRAM);
+    words.insert(words.end(), arguments.begin(), arguments.end());
+    return end_to_end::runProgram(words);
 }
 
 TEST(AllocatorProgram, ListsItsFaultsByTheNamesItTakes) {
-    const Ended help = runAllocator("", "--fault help");
+    const Finished help = runAllocator({"--fault", "help"});
     EXPECT_EQ(help.status, 0);
-    EXPECT_EQ(help.output, allocatorFaultHelp());
+    EXPECT_EQ(help.out, allocatorFaultHelp());
     for (const char* name : {"allocate-error", "allocate-none", "allocate-two", "bad-handle"}) {
-        EXPECT_NE(help.output.find(std::string("\n  ") + name + " "), std::string::npos);
+        EXPECT_NE(help.out.find(std::string("\n  ") + name + " "), std::string::npos);
         EXPECT_TRUE(allocatorFaultNamed(name).has_value());
     }
     EXPECT_FALSE(allocatorFaultNamed("help").has_value());
@@ -39,23 +34,23 @@ TEST(AllocatorProgram, ListsItsFaultsByTheNamesItTakes) {
 }
 
 TEST(AllocatorProgram, RefusesCommandLinesItDoesNotUnderstand) {
-    const Ended unknown = runAllocator("", "--fault no-such-fault");
+    const Finished unknown = runAllocator({"--fault", "no-such-fault"});
     EXPECT_EQ(unknown.status, 2);
-    EXPECT_NE(unknown.output.find("no fault 'no-such-fault'"), std::string::npos) << unknown.output;
-    EXPECT_EQ(runAllocator("", "--fault").status, 2);
-    EXPECT_EQ(runAllocator("", "--fault bad-handle --fault allocate-two").status, 2);
-    EXPECT_EQ(runAllocator("", "word").status, 2);
-    EXPECT_EQ(runAllocator("", "--help").status, 0);
+    EXPECT_NE(unknown.err.find("no fault 'no-such-fault'"), std::string::npos) << unknown.err;
+    EXPECT_EQ(runAllocator({"--fault"}).status, 2);
+    EXPECT_EQ(runAllocator({"--fault", "bad-handle", "--fault", "bad-handle"}).status, 2);
+    EXPECT_EQ(runAllocator({"word"}).status, 2);
+    EXPECT_EQ(runAllocator({"--help"}).status, 0);
 }
 
 TEST(AllocatorProgram, EndsWhenItCannotBeReached) {
-    const Ended alone = runAllocator("", "");
+    const Finished alone = runAllocator({});
     EXPECT_EQ(alone.status, 1);
-    EXPECT_NE(alone.output.find("STANDIN_BINDER_DIR is not set"), std::string::npos);
+    EXPECT_NE(alone.err.find("STANDIN_BINDER_DIR is not set"), std::string::npos);
 
-    const Ended unmanaged = runAllocator("STANDIN_BINDER_DIR=/nonexistent", "");
+    const Finished unmanaged = runAllocator({}, "STANDIN_BINDER_DIR=/nonexistent");
     EXPECT_EQ(unmanaged.status, 1);
-    EXPECT_NE(unmanaged.output.find("cannot register"), std::string::npos) << unmanaged.output;
+    EXPECT_NE(unmanaged.err.find("cannot register"), std::string::npos) << unmanaged.err;
 }
 
 }  // namespace

@@ -16,6 +16,7 @@
 
 #include "recording_client.h"
 #include "service.h"
+#include "tests/host/libbinder_ndk/test_bus.h"
 
 namespace offlinecamera {
 
@@ -39,16 +40,6 @@ class Process {
 
     /** In the child, right after fork: it shall not outlive the test. */
     static void DieWithParent() { prctl(PR_SET_PDEATHSIG, SIGKILL); }
-
-    static Process Start(const char* program) {
-        const pid_t pid = fork();
-        if (pid == 0) {
-            DieWithParent();
-            execl(program, program, nullptr);
-            _exit(127);
-        }
-        return Process(pid);
-    }
 
   private:
     pid_t mPid;
@@ -104,10 +95,10 @@ TEST(ClientDeath, SessionsOfKilledClientsAreLetGo) {
     ASSERT_NE(mkdtemp(folder), nullptr);
     setenv("STANDIN_BINDER_DIR", folder, 1);
     {
-        const Process manager = Process::Start(SERVICE_MANAGER_PROGRAM);
+        const Child manager({SERVICE_MANAGER_PROGRAM});
         const std::string socket = std::string(folder) + "/servicemanager";
-        for (int i = 0; i < kPatience && access(socket.c_str(), F_OK) != 0; ++i) usleep(50'000);
-        const Process service = Process::Start(SERVICE_PROGRAM);
+        ASSERT_TRUE(eventually([&] { return access(socket.c_str(), F_OK) == 0; }));
+        const Child service({SERVICE_PROGRAM});
         char outcome;
         {
             std::vector<Process> clients;

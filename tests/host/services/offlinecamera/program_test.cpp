@@ -1,8 +1,7 @@
 // The service's command line.
 #include <gmock/gmock.h>
 
-#include <cstdio>
-#include <string>
+#include "tests/end_to_end/subprocess.h"
 
 namespace offlinecamera {
 
@@ -10,50 +9,38 @@ using testing::HasSubstr;
 
 namespace {
 
-struct Outcome {
-    int status;
-    std::string output;  // standard output and standard error
-};
+using end_to_end::Finished;
 
-/** @param environment assignments for this run, which is ended after 30 s */
-Outcome RunService(const std::string& arguments, const std::string& environment = "") {
-    const std::string command =
-            environment + " timeout 30 " + SERVICE_PROGRAM + " " + arguments + " 2>&1 </dev/null";
-    FILE* pipe = popen(command.c_str(), "r");
-    Outcome run = {-1, {}};
-    if (pipe == nullptr) return run;
-    char buffer[4096];
-    size_t count;
-    while ((count = fread(buffer, 1, sizeof(buffer), pipe)) > 0) run.output.append(buffer, count);
-    const int status = pclose(pipe);
-    run.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-    return run;
+Finished RunService(std::vector<std::string> words,
+                    const end_to_end::Subprocess::Environment& environment = {}) {
+    words.insert(words.begin(), SERVICE_PROGRAM);
+    return end_to_end::runProgram(words, environment);
 }
 
 }  // namespace
 
 TEST(OfflineCameraServiceProgram, HelpAndMistakes) {
-    const Outcome help = RunService("--fault help");
+    const Finished help = RunService({"--fault", "help"});
     EXPECT_EQ(help.status, 0);
-    EXPECT_THAT(help.output, HasSubstr("late-result[=milliseconds]"));
-    EXPECT_THAT(RunService("--help").output, HasSubstr("--fault NAME[=ARG]"));
+    EXPECT_THAT(help.out, HasSubstr("late-result[=milliseconds]"));
+    EXPECT_THAT(RunService({"--help"}).out, HasSubstr("--fault NAME[=ARG]"));
 
-    const Outcome unknownFault = RunService("--fault sulk");
+    const Finished unknownFault = RunService({"--fault", "sulk"});
     EXPECT_EQ(unknownFault.status, 2);
-    EXPECT_THAT(unknownFault.output, HasSubstr("unknown fault 'sulk'"));
-    EXPECT_EQ(RunService("--fualt open-null").status, 2);
-    const Outcome word = RunService("open-null");
+    EXPECT_THAT(unknownFault.err, HasSubstr("unknown fault 'sulk'"));
+    EXPECT_EQ(RunService({"--fualt", "open-null"}).status, 2);
+    const Finished word = RunService({"open-null"});
     EXPECT_EQ(word.status, 2);
-    EXPECT_THAT(word.output, HasSubstr("unexpected argument 'open-null'"));
+    EXPECT_THAT(word.err, HasSubstr("unexpected argument 'open-null'"));
 }
 
 TEST(OfflineCameraServiceProgram, ItSaysWhatIsMissing) {
-    const Outcome noMapper = RunService("", "STANDIN_HAL_PATH=/nowhere");
+    const Finished noMapper = RunService({}, {{"STANDIN_HAL_PATH", "/nowhere"}});
     EXPECT_EQ(noMapper.status, 1);
-    EXPECT_THAT(noMapper.output, HasSubstr("no graphics mapper"));
-    const Outcome noManager = RunService("", "STANDIN_BINDER_DIR=/nowhere");
+    EXPECT_THAT(noMapper.err, HasSubstr("no graphics mapper"));
+    const Finished noManager = RunService({}, {{"STANDIN_BINDER_DIR", "/nowhere"}});
     EXPECT_EQ(noManager.status, 1);
-    EXPECT_THAT(noManager.output, HasSubstr("cannot register"));
+    EXPECT_THAT(noManager.err, HasSubstr("cannot register"));
 }
 
 }  // namespace offlinecamera
