@@ -1,9 +1,5 @@
 // The packed layout of metadata blocks, their sizes and copies.
 #include <gtest/gtest.h>
-#include <unistd.h>
-
-#include <cstdio>
-#include <string>
 
 #include "tests/host/libcamera_metadata/blocks.h"
 
@@ -77,23 +73,6 @@ TEST(Block, CheckedCopiesTakeUnalignedBytesAndRefuseBadOnes) {
                   nullptr)
                 << size;
     }
-}
-
-TEST(Block, DumpListsWhatIsInside) {
-    FILE* file = std::tmpfile();
-    ASSERT_NE(file, nullptr);
-    dump_indented_camera_metadata(makeSampleBlock().get(), fileno(file), 1, 2);
-    dump_camera_metadata(nullptr, fileno(file), 0);
-    char text[1024] = "";
-    const ssize_t size = pread(fileno(file), text, sizeof(text) - 1, 0);
-    std::fclose(file);
-    ASSERT_GT(size, 0);
-    EXPECT_EQ(std::string(text),
-              "  camera metadata: 3 of 10 entries, 32 of 80 bytes of data, version 1\n"
-              "    android.jpeg.gpsCoordinates (0x00070000): double[3] = 47.5 8.25 400\n"
-              "    android.jpeg.orientation (0x00070003): int32[1] = 90\n"
-              "    android.jpeg.gpsTimestamp (0x00070002): int64[1] = 1234567890123\n"
-              "camera metadata: none\n");
 }
 
 }  // namespace

@@ -130,6 +130,9 @@ TEST(Encoding, VendorMetadata) {
     std::string text;
     EXPECT_EQ(decodeString(type, bytes, &text), NO_ERROR);
     EXPECT_EQ(text, std::string("a\0b", 3));
+    EXPECT_FALSE(isStandardMetadataType(type));
+    EXPECT_TRUE(isStandardMetadataType(MetadataType_Smpte2094_10));
+    EXPECT_EQ(MetadataType_Smpte2094_10.value, 22);
 }
 
 }  // namespace
