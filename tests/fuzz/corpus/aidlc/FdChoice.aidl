@@ -1,0 +1,6 @@
+package standin.aidltest;
+
+union FdChoice {
+    boolean none;
+    ParcelFileDescriptor fd;
+}
