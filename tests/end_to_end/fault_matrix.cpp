@@ -99,7 +99,7 @@ std::string waitsOf(const std::string& log, double duration) {
         }
     }
     const std::string text = waits == 0 ? "none" : waits == 1 ? "5 s" : "5 s + 5 s";
-    return duration < waits * 5 + 20 ? text : text + ", then slow";
+    return duration < waits * 5 + 30 ? text : text + ", then slow";
 }
 
 void fillFromLog(const std::vector<LogLine>& log, Outcome* outcome) {
@@ -128,7 +128,8 @@ void fillFromLog(const std::vector<LogLine>& log, Outcome* outcome) {
         }
     }
     if (result.empty()) return;
-    outcome->request = (shutter.empty() ? "before the wait" : shutter) + ", " + result;
+    // A shutter that came before the wait has no line.
+    outcome->request = (shutter.empty() ? "yes" : shutter) + ", " + result;
 }
 
 void run(const Mode& mode, Row* row) {

@@ -1,0 +1,106 @@
+#!/bin/bash
+# Runs many sessions against one stand-in device and shows what its processes hold before and after.
+# usage: soak.sh FOLDER [SESSIONS], FOLDER being the programs'. Growth is status 1.
+set -euo pipefail
+
+readonly resident_bound=4096 # KiB per process: heap that an allocator keeps back for later
+readonly warm_up=(2 16) # rounds, and sessions at a time: every kind twice, every pool at its full size
+
+# --- Outside: the source files and the device. ---
+if [[ "${1:-}" != --inside ]]; then
+    [[ $# -le 2 && -x "${1:-}/deviceshell" && "${2:-200}" =~ ^[1-9][0-9]{0,5}$ ]] ||
+        { echo "usage: soak.sh FOLDER [SESSIONS], 1 to 999999 sessions" >&2 && exit 2; }
+    data="$(mktemp -d)"
+    trap 'rm -rf "$data"' EXIT
+    "$1/offlineframes" sources "$data" >"$data/made" 2>&1 || { cat "$data/made" >&2 && exit 1; }
+    cp "${BASH_SOURCE[0]}" "$data/soak.sh"
+    # One heap per process: a further one for a thread is a mapping too, and no leak.
+    MALLOC_ARENA_MAX=1 "$1/deviceshell" --die-with-parent --data "$data" --log "$data/tool.log" \
+        --device-log "$data/device.log" -- bash /data/vendor/camera/soak.sh --inside "${2:-200}"
+    exit
+fi
+
+# --- Inside the device. ---
+services=(servicemanager graphicsallocator offlinecameraservice)
+
+pid_of() {
+    local comm name
+    for comm in /proc/[0-9]*/comm; do
+        read -r name <"$comm" || continue
+        [[ "$name" != "${1:0:15}" ]] || { comm="${comm#/proc/}" && echo "${comm%/comm}" && return; }
+    done
+    echo "soak.sh: no process $1" >&2
+    return 1
+}
+
+# Descriptors, threads, mappings and resident KiB of a process, on one line.
+counts() {
+    local files=("/proc/$1/fd/"*) threads=("/proc/$1/task/"*) maps
+    mapfile -t maps <"/proc/$1/maps"
+    echo "${#files[@]} ${#threads[@]} ${#maps[@]} $(awk '/^VmRSS/ { print $2 }' "/proc/$1/status")"
+}
+
+# The kinds take turns. Some clients are killed at a moment that moves through a whole session.
+session() {
+    local tool=vexofflinecameratest modes=(B2Y Y2J MMF)
+    (($1 % 3)) || tool=vexofflinecameratest-planes
+    case $(($1 % 8)) in
+    0) "$tool" -t B2Y ;;
+    1) "$tool" -t Y2J ;;
+    2) "$tool" -t MMF ;;
+    3) "$tool" -t callback ;;
+    4) "$tool" -t Y2Y ;;
+    *) killed "0.$(printf %03d $((5 + $1 * 7 % 90)))" "$tool" -t "${modes[$1 % 3]}" ;;
+    esac >/dev/null || { echo "soak.sh: session $1 ended with status $?" >&2 && return 1; }
+}
+
+# Ends a command after so many seconds. The shell's own line about it is not shown.
+killed() {
+    { timeout -s KILL "$@" || [[ $? == 137 ]]; } 2>/dev/null
+}
+
+count_all() {
+    local pid
+    for pid in "${pids[@]}"; do counts "$pid"; done
+}
+
+# Services learn of a client's end after it has gone: waits, at most 10 s, until the first N counts
+# of each are no more than in the lines that follow.
+settle() {
+    local kinds="$1" deadline=$((SECONDS + 10)) now limits i k more
+    shift
+    until [[ "${more-1}" == 0 ]] || ((SECONDS >= deadline)); do
+        more=0
+        for i in "${!pids[@]}"; do
+            read -ra now < <(counts "${pids[i]}")
+            read -ra limits <<<"${@:i+1:1}"
+            for ((k = 0; k < kinds; ++k)); do ((now[k] <= limits[k])) || more=1; done
+        done
+    done
+}
+
+pids=()
+for service in "${services[@]}"; do pids+=("$(pid_of "$service")"); done
+mapfile -t idle < <(count_all)
+for ((round = 0; round < warm_up[0]; ++round)); do
+    sessions=()
+    for ((n = 0; n < warm_up[1]; ++n)); do session "$n" & sessions+=($!); done
+    for session in "${sessions[@]}"; do wait "$session"; done
+done
+settle 1 "${idle[@]}"
+mapfile -t before < <(count_all)
+for ((n = 0; n < $2; ++n)); do session "$n"; done
+settle 3 "${before[@]}"
+
+status=0
+printf '%-22s %18s %18s %18s %18s\n' "after $2 sessions" descriptors threads mappings "resident KiB"
+for i in "${!services[@]}"; do
+    read -ra old <<<"${before[i]}"
+    read -ra now < <(counts "${pids[i]}")
+    printf '%-22s %9s -> %5s %9s -> %5s %9s -> %5s %9s -> %5s\n' "${services[i]}" "${old[0]}" \
+        "${now[0]}" "${old[1]}" "${now[1]}" "${old[2]}" "${now[2]}" "${old[3]}" "${now[3]}"
+    ((now[0] <= old[0] && now[1] <= old[1] && now[2] <= old[2] &&
+        now[3] <= old[3] + resident_bound)) || status=1
+done
+((status == 0)) || echo "soak.sh: growth (resident memory may grow by $resident_bound KiB)" >&2
+exit $status
