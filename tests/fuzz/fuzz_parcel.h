@@ -67,7 +67,7 @@ inline void fillParcel(AParcel* parcel, FuzzInput input, const std::vector<AIBin
                                       binders.empty() ? nullptr : binders[which % binders.size()]);
         } else {
             const std::string bytes = input.bytes(input.take<uint16_t>());
-            uint8_t* place = parcel->grow(bytes.size());
+            uint8_t* place = bytes.empty() ? nullptr : parcel->grow(bytes.size());
             if (place != nullptr) memcpy(place, bytes.data(), bytes.size());
         }
     }

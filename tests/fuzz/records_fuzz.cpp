@@ -56,15 +56,17 @@ void readAs(unsigned which, const AParcel* parcel) {
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     FuzzInput input(data, size);
     const auto which = input.take<uint8_t>();
-    AParcel parcel;
-    fillParcel(&parcel, input, {});
-    // The seeds know the order of these: new ones go to the end.
-    readAs<OfflineRequestInfo, OfflineSessionConfigureInfo, OfflineCaptureResult,
-           OfflineBufferRequest, OfflineStreamBufferRet, OfflineFrameInfo, NotifyMsg, CaptureResult,
-           StreamBufferRet, StreamBuffersVal, StreamConfiguration, Stream, StreamBuffer,
-           BufferCache, BufferRequest, CameraBlob, CameraMetadata, ErrorMsg, ShutterMsg,
-           PhysicalCameraMetadata, AllocationResult, BufferDescriptorInfo, PlaneLayout, Smpte2086,
-           Cta861_3, ExtendableType>(which, &parcel);
+    {
+        AParcel parcel;
+        fillParcel(&parcel, input, {});
+        // The seeds know the order of these: new ones go to the end.
+        readAs<OfflineRequestInfo, OfflineSessionConfigureInfo, OfflineCaptureResult,
+               OfflineBufferRequest, OfflineStreamBufferRet, OfflineFrameInfo, NotifyMsg,
+               CaptureResult, StreamBufferRet, StreamBuffersVal, StreamConfiguration, Stream,
+               StreamBuffer, BufferCache, BufferRequest, CameraBlob, CameraMetadata, ErrorMsg,
+               ShutterMsg, PhysicalCameraMetadata, AllocationResult, BufferDescriptorInfo,
+               PlaneLayout, Smpte2086, Cta861_3, ExtendableType>(which, &parcel);
+    }
     requireNoDescriptorLeak();
     return 0;
 }
