@@ -67,7 +67,8 @@ graphics::AllocatorFault parseOptions(int argc, char** argv) {
 
 int main(int argc, char** argv) {
     const graphics::AllocatorFault fault = parseOptions(argc, argv);
-    if (getenv("STANDIN_BINDER_DIR") == nullptr) {
+    const char* folder = getenv("STANDIN_BINDER_DIR");
+    if (folder == nullptr || *folder == '\0') {
         fprintf(stderr, "%s: STANDIN_BINDER_DIR is not set: no other process could call\n",
                 kProgram);
         return EXIT_FAILURE;
