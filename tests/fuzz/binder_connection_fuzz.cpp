@@ -33,31 +33,74 @@ LocalBinder* servedObject() {
     return object->asLocal();
 }
 
-// The input's messages, each with its descriptors' count and its size in front; the magic number is
-// ours. What does not fit into the socket is left out.
-void sendMessages(int fd, FuzzInput input) {
-    while (input.left() > 0) {
-        const size_t count = input.take<uint8_t>() % 4;
-        std::string bytes = input.bytes(input.take<uint16_t>());
-        if (bytes.size() >= sizeof(FrameHeader)) memcpy(&bytes[0], &kFrameMagic, sizeof(uint32_t));
-        iovec part{&bytes[0], bytes.size()};
-        alignas(cmsghdr) char control[CMSG_SPACE(4 * sizeof(int))] = {};
-        msghdr message{};
-        message.msg_iov = &part;
-        message.msg_iovlen = 1;
-        if (count > 0) {
-            message.msg_control = control;
-            message.msg_controllen = CMSG_SPACE(count * sizeof(int));
-            cmsghdr* entry = CMSG_FIRSTHDR(&message);
-            entry->cmsg_level = SOL_SOCKET;
-            entry->cmsg_type = SCM_RIGHTS;
-            entry->cmsg_len = CMSG_LEN(count * sizeof(int));
-            const int descriptors[4] = {fd, fd, fd, fd};
-            memcpy(CMSG_DATA(entry), descriptors, count * sizeof(int));
-        }
-        if (!bytes.empty() && sendmsg(fd, &message, MSG_NOSIGNAL | MSG_DONTWAIT) < 0) break;
+// Whether the bytes are as many as their header announces, so that the reader does not wait for
+// more.
+bool isWhole(const std::string& bytes) {
+    FrameHeader header;
+    if (bytes.size() < sizeof(header)) return false;
+    memcpy(&header, bytes.data(), sizeof(header));
+    return bytes.size() == sizeof(header) + header.dataSize +
+                                   uint64_t{header.objectCount} * sizeof(uint32_t) +
+                                   uint64_t{header.referenceCount} * sizeof(ReferenceRecord);
+}
+
+bool sendBytes(int fd, const std::string& bytes, size_t descriptors) {
+    iovec part{const_cast<char*>(bytes.data()), bytes.size()};
+    alignas(cmsghdr) char control[CMSG_SPACE(4 * sizeof(int))] = {};
+    msghdr message{};
+    message.msg_iov = &part;
+    message.msg_iovlen = 1;
+    if (descriptors > 0) {
+        message.msg_control = control;
+        message.msg_controllen = CMSG_SPACE(descriptors * sizeof(int));
+        cmsghdr* entry = CMSG_FIRSTHDR(&message);
+        entry->cmsg_level = SOL_SOCKET;
+        entry->cmsg_type = SCM_RIGHTS;
+        entry->cmsg_len = CMSG_LEN(descriptors * sizeof(int));
+        const int all[4] = {fd, fd, fd, fd};
+        memcpy(CMSG_DATA(entry), all, descriptors * sizeof(int));
     }
-    shutdown(fd, SHUT_WR);
+    return sendmsg(fd, &message, MSG_NOSIGNAL | MSG_DONTWAIT) == static_cast<ssize_t>(bytes.size());
+}
+
+// The input's messages, each with its count of descriptors and its size in front. The magic number
+// is ours, and chain 1 is that of the call which the connection waits for. False if the reader may
+// wait for the rest of one.
+bool sendMessages(int fd, FuzzInput input, uint64_t chain) {
+    bool whole = true;
+    while (input.left() > 0) {
+        const size_t descriptors = input.take<uint8_t>() % 4;
+        std::string bytes = input.bytes(input.take<uint16_t>());
+        if (bytes.empty()) continue;
+        if (bytes.size() >= sizeof(FrameHeader)) {
+            FrameHeader header;
+            memcpy(&header, bytes.data(), sizeof(header));
+            header.magic = kFrameMagic;
+            if (header.chain == 1) header.chain = chain;
+            memcpy(&bytes[0], &header, sizeof(header));
+        }
+        whole = whole && isWhole(bytes);
+        if (!sendBytes(fd, bytes, descriptors)) return false;
+    }
+    return whole;
+}
+
+// Returns when everything sent before has been dealt with, or the connection has ended.
+void waitForReader(int fd) {
+    constexpr uint64_t kLastId = 0x6c617374;
+    FrameHeader last{};
+    last.magic = kFrameMagic;
+    last.kind = FrameKind::kAcquire;
+    last.id = kLastId;
+    if (!sendBytes(fd, std::string(reinterpret_cast<const char*>(&last), sizeof(last)), 0)) return;
+    FrameHeader answer{};
+    while (recv(fd, &answer, sizeof(answer), MSG_WAITALL) == sizeof(answer)) {
+        if (answer.kind == FrameKind::kReply && answer.id == kLastId) return;
+        std::string body(answer.dataSize + answer.objectCount * sizeof(uint32_t) +
+                                 answer.referenceCount * sizeof(ReferenceRecord),
+                         0);
+        if (!body.empty() && recv(fd, &body[0], body.size(), MSG_WAITALL) <= 0) return;
+    }
 }
 
 }  // namespace
@@ -68,8 +111,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     auto connection =
             std::make_shared<Connection>(ends[0], "peer", PeerCredentials{getpid(), getuid()});
     uint64_t number = 0;
-    static PeerObjects* const otherPeer = new PeerObjects;  // keeps the number from iteration to
-                                                            // iteration
+    // Holds the object, too, so that it keeps its number from input to input.
+    static PeerObjects* const otherPeer = new PeerObjects;
     ObjectTable& table = ObjectTable::instance();
     if (otherPeer->held.empty()) require(table.exportTo(otherPeer, servedObject(), &number));
     require(table.exportTo(connection->objects(), servedObject(), &number) && number == 1);
@@ -84,8 +127,11 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     });
     FrameHeader call;
     require(recv(ends[1], &call, sizeof(call), MSG_WAITALL) == sizeof(call));
-    sendMessages(ends[1], {data, size});
-    connection->runReader();
+    std::thread reader([connection]() { connection->runReader(); });
+    if (sendMessages(ends[1], {data, size}, call.chain)) waitForReader(ends[1]);
+    ThreadPool::instance().runQueued();  // answers, unless the connection has ended
+    shutdown(ends[1], SHUT_WR);
+    reader.join();
     ThreadPool::instance().runQueued();
     caller.join();
     close(ends[1]);

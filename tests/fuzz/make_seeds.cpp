@@ -15,6 +15,7 @@
 
 #include "fuzz_parcel.h"
 #include "host/services/offlinecamera/camera_metadata_blob.h"
+#include "host/tools/offlineframes/metadata_dump.h"
 #include "host/tools/offlineframes/picture_file.h"
 
 namespace {
@@ -142,8 +143,11 @@ void saveCalls() {
     require(ndk::AParcel_writeVector(&process, requests) == STATUS_OK);
     save("services/session", call(0, 0, configure) + call(0, 1, process) + call(0, 2, none));
     require(AParcel_writeString(&open, "x", 1) == STATUS_OK);
-    AParcel_writeStrongBinder(&open, nullptr);
-    save("services/open", call(1, 3, open) + call(1, 0, none));
+    const std::string client(1, static_cast<char>(kBinderPiece | 2 << kPieceShift));
+    const std::string opened = pieces(open) + client;
+    const std::string registered = char{kBytesPiece} + sized(bytesOf(int32_t{5})) + client;
+    save("services/open", std::string{1, 3, 0} + sized(opened) + std::string{1, 1, 0} +
+                                  sized(registered) + call(1, 0, none));
     BufferDescriptorInfo description;
     description.width = 16;
     description.height = 12;
@@ -155,11 +159,13 @@ void saveCalls() {
 }
 
 std::string message(hostbinder::FrameKind kind, uint64_t id, uint64_t target,
-                    const std::string& body = "", uint32_t references = 0, uint32_t fds = 0) {
+                    const std::string& body = "", uint32_t references = 0, uint32_t fds = 0,
+                    uint64_t chain = 0) {
     hostbinder::FrameHeader header{};
     header.kind = kind;
     header.id = id;
     header.target = target;
+    header.chain = chain;
     header.objectCount = references + fds;
     header.referenceCount = references;
     header.descriptorCount = fds;
@@ -185,6 +191,8 @@ void saveMessages() {
                                             message(FrameKind::kCall, 10, 1, ours, 1) +
                                             message(FrameKind::kCall, 11, 1, others, 1) +
                                             message(FrameKind::kCall, 12, 1, file, 0, 1));
+    save("binder_connection/nested", message(FrameKind::kCall, 9, 1, ours, 1, 0, 1) +
+                                             message(FrameKind::kReply, 1, 0, theirs, 1));
     save("binder_connection/reply", message(FrameKind::kReply, 1, 0, ours, 1));
     save("binder_connection/reply_theirs", message(FrameKind::kReply, 1, 0, theirs, 1));
     save("binder_connection/control",
@@ -195,6 +203,9 @@ void saveMessages() {
 void saveOthers() {
     const std::vector<uint8_t> blob = offlinecamera::MakeResultMetadata(90);
     save("metadata/orientation", std::string(blob.begin(), blob.end()));
+    const auto dump = offlineframes::makeMetadataDump();
+    require(dump.ok());
+    save("metadata/dump", std::string(dump.value().begin(), dump.value().end()));
     for (size_t i = 0; i < fuzzBuffers().size(); ++i) {
         graphics::HandleIntegers integers;
         require(graphics::readIntegers(fuzzBuffers()[i].get(), &integers));
