@@ -21,6 +21,7 @@ struct Expression {
     /** Literal as written, dotted name of a reference, or the operator. */
     std::string text;
     std::vector<std::unique_ptr<Expression>> operands;
+    int height = 1;     // of the tree below, this one included; bounded by the parser
     int64_t value = 0;  // resolved; defaults of integer fields only
 };
 

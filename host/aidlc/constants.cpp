@@ -9,6 +9,9 @@
 namespace aidlc {
 namespace {
 
+// Bounds the recursion through values that refer to others, however they are spread over enums.
+constexpr int kMaxDepth = 500;
+
 bool FitsInt(int64_t value) {
     return value >= std::numeric_limits<int32_t>::min() &&
            value <= std::numeric_limits<int32_t>::max();
@@ -34,6 +37,17 @@ std::nullopt_t ConstantEvaluator::Fail(const Position& position, const std::stri
 }
 
 std::optional<IntegerValue> ConstantEvaluator::Evaluate(const Expression& expression,
+                                                        const Document& document) {
+    if (mDepth >= kMaxDepth) {
+        return Fail(expression.position, "the value depends on too many others: write the number");
+    }
+    mDepth++;
+    const auto value = Dispatch(expression, document);
+    mDepth--;
+    return value;
+}
+
+std::optional<IntegerValue> ConstantEvaluator::Dispatch(const Expression& expression,
                                                         const Document& document) {
     switch (expression.kind) {
         case Expression::Kind::Integer:
@@ -205,6 +219,15 @@ bool ConstantEvaluator::EvaluateEnumerator(Declaration* declaration, size_t inde
     if (enumerator.valueExpression != nullptr) {
         value = Evaluate(*enumerator.valueExpression, *declaration->document);
     } else if (index > 0) {
+        // From the first unknown one on, so that a long enum is no deep recursion.
+        size_t first = index - 1;
+        while (first > 0 && declaration->enumerators[first].valueExpression == nullptr &&
+               declaration->enumerators[first].state == Enumerator::State::Unknown) {
+            first--;
+        }
+        while (first < index - 1) {
+            EvaluateEnumerator(declaration, first++);
+        }
         const bool known = EvaluateEnumerator(declaration, index - 1);
         const int64_t before = declaration->enumerators[index - 1].value;
         value.reset();

@@ -36,6 +36,7 @@ class ConstantEvaluator {
                                      Declaration** owner);
 
   private:
+    std::optional<IntegerValue> Dispatch(const Expression& expression, const Document& document);
     std::optional<IntegerValue> Literal(const Expression& expression);
     std::optional<IntegerValue> Reference(const Expression& expression, const Document& document);
     std::optional<IntegerValue> Unary(const Expression& expression, const Document& document);
@@ -47,6 +48,7 @@ class ConstantEvaluator {
 
     SourceTree* mTree;
     Diagnostics* mDiagnostics;
+    int mDepth = 0;  // of Evaluate() calls
 };
 
 }  // namespace aidlc

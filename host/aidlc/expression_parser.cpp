@@ -1,4 +1,6 @@
 // Parses constant expressions, binary operators by precedence.
+#include <algorithm>
+
 #include "parser.h"
 
 namespace aidlc {
@@ -11,8 +13,9 @@ const std::vector<std::vector<std::string>>& PrecedenceLevels() {
     return *levels;
 }
 
-// Bounds the recursion on hostile input.
+// Both bound recursion on hostile input: that of the parser, and that over the finished tree.
 constexpr int kMaxDepth = 64;
+constexpr int kMaxHeight = 128;
 
 std::unique_ptr<Expression> MakeExpression(Expression::Kind kind, const Token& token) {
     auto expression = std::make_unique<Expression>();
@@ -20,6 +23,11 @@ std::unique_ptr<Expression> MakeExpression(Expression::Kind kind, const Token& t
     expression->position = token.position;
     expression->text = token.text;
     return expression;
+}
+
+void AddOperand(Expression* expression, std::unique_ptr<Expression> operand) {
+    expression->height = std::max(expression->height, operand->height + 1);
+    expression->operands.push_back(std::move(operand));
 }
 
 }  // namespace
@@ -58,10 +66,7 @@ bool Parser::ParseBinary(size_t level, std::unique_ptr<Expression>* result) {
         return false;
     }
     bool more = true;
-    for (int count = 0; more; count++) {
-        if (count > kMaxDepth) {
-            return Fail("expression is too long");
-        }
+    while (more) {
         more = false;
         for (const std::string& symbol : PrecedenceLevels()[level]) {
             Token token = Next();
@@ -74,9 +79,12 @@ bool Parser::ParseBinary(size_t level, std::unique_ptr<Expression>* result) {
             if (!ParseBinary(level + 1, &right)) {
                 return false;
             }
-            binary->operands.push_back(std::move(*result));
-            binary->operands.push_back(std::move(right));
+            AddOperand(binary.get(), std::move(*result));
+            AddOperand(binary.get(), std::move(right));
             *result = std::move(binary);
+            if ((*result)->height > kMaxHeight) {
+                return Fail("expression is too long");
+            }
             more = true;
             break;
         }
@@ -96,7 +104,9 @@ bool Parser::ParseUnary(std::unique_ptr<Expression>* result) {
     mDepth++;
     const bool good = ParseUnary(&operand);
     mDepth--;
-    (*result)->operands.push_back(std::move(operand));
+    if (good) {
+        AddOperand(result->get(), std::move(operand));
+    }
     return good;
 }
 
@@ -140,7 +150,7 @@ bool Parser::ParseList(std::unique_ptr<Expression>* result) {
         if (!ParseExpression(&element)) {
             return false;
         }
-        (*result)->operands.push_back(std::move(element));
+        AddOperand(result->get(), std::move(element));
         if (!TakeIf(",") && !Next().Is("}")) {
             return Fail("expected ',' or '}' in a list, found " + Describe(Next()));
         }
