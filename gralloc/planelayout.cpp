@@ -1,10 +1,10 @@
 // The plane-layout query: how many rows a buffer's luma or raw plane has.
 
-#include <algorithm>
-#include <cstdlib>
-
 #include <aidl/android/hardware/graphics/allocator/BufferDescriptorInfo.h>
 #include <aidl/android/hardware/graphics/common/PlaneLayoutComponentType.h>
+
+#include <algorithm>
+#include <cstdlib>
 
 #include "clientlog.h"
 #include "offlinecamerazelinterface.h"
