@@ -12,6 +12,7 @@ struct CallContext {
     uid_t uid = 0;
     pid_t pid = 0;
     uint64_t chain = 0;  // 0: none (no call, or a oneway call)
+    int nesting = 0;     // incoming calls on this thread, this one included
 };
 
 // The current thread's.

@@ -2,16 +2,12 @@
 #include "connection.h"
 
 #include <android/binder_ibinder_platform.h>
-#include <sys/socket.h>
-#include <unistd.h>
 
 #include <cstdio>
 #include <utility>
 
 #include "call_context.h"
-#include "courier.h"
 #include "log.h"
-#include "reader_thread.h"
 #include "status_values.h"
 #include "trace.h"
 
@@ -20,6 +16,8 @@ namespace hostbinder {
 namespace {
 
 constexpr int kAcquireMilliseconds = 5000;
+constexpr int kPlatformMilliseconds = 10000;
+constexpr size_t kMaxHeld = 1024;
 
 std::string programName(pid_t pid) {
     char text[64] = "?";
@@ -45,53 +43,12 @@ Connection::Connection(int fd, std::string peerName, PeerCredentials peer)
     : mFd(fd),
       mPeerName(std::move(peerName)),
       mPeer(peer),
-      mPeerLabel(std::to_string(peer.pid) + "/" + programName(peer.pid)) {}
-
-Connection::~Connection() {
-    if (!mClosed) close(mFd);
-}
-
-void Connection::shutDown() {
-    // mFd may be closed already, but only by the reader, which then has set mOpen.
-    std::lock_guard<std::mutex> lock(mSendMutex);
-    if (!mClosed) ::shutdown(mFd, SHUT_RDWR);
-}
-
-binder_status_t Connection::send(OutgoingFrame* frame) {
-    std::lock_guard<std::mutex> lock(mSendMutex);
-    if (mClosed || !mOpen) return STATUS_DEAD_OBJECT;
-    switch (sendFrame(mFd, frame, SendWait::kBounded)) {
-        case SendResult::kSent:
-            return STATUS_OK;
-        case SendResult::kRefused:
-            return STATUS_FAILED_TRANSACTION;
-        default:
-            mOpen = false;
-            ::shutdown(mFd, SHUT_RDWR);
-            return STATUS_DEAD_OBJECT;
-    }
-}
-
-void Connection::sendControl(const FrameHeader& header) {
-    OutgoingFrame frame;
-    frame.header = header;
-    if (!isReaderThread()) {
-        send(&frame);
-        return;
-    }
-    std::unique_lock<std::mutex> lock(mSendMutex, std::try_to_lock);
-    if (lock.owns_lock()) {
-        if (mClosed) return;
-        SendResult result = sendFrame(mFd, &frame, SendWait::kNever);
-        if (result == SendResult::kBroken) ::shutdown(mFd, SHUT_RDWR);
-        if (result != SendResult::kWouldBlock) return;
-    }
-    Courier::frames().post([self = shared_from_this(), header]() { self->sendControl(header); });
-}
+      mPeerLabel(std::to_string(peer.pid) + "/" + programName(peer.pid)),
+      mSender(std::make_shared<FrameSender>(fd, mPeerLabel)) {}
 
 uint64_t Connection::hold(const std::vector<AIBinder*>& references) {
     std::lock_guard<std::mutex> lock(mMutex);
-    if (mEnded) return 0;
+    if (mEnded || mHeld.size() >= kMaxHeld) return 0;
     const uint64_t id = ++mLastId;
     mHeld[id] = references;
     return id;
@@ -118,10 +75,13 @@ binder_status_t Connection::sendMessage(OutgoingFrame* frame, AParcel* parcel) {
         if (frame->header.referencesId == 0) {
             releaseAll(heldForPeer);
             undoExports(this, *frame);
-            return STATUS_DEAD_OBJECT;
+            if (!isOpen()) return STATUS_DEAD_OBJECT;
+            BINDER_LOGE("message to %s not sent: it has not taken the references in %zu before",
+                        mPeerLabel.c_str(), kMaxHeld);
+            return STATUS_FAILED_TRANSACTION;
         }
     }
-    status = send(frame);
+    status = mSender->send(frame);
     if (status != STATUS_OK) {
         undoExports(this, *frame);
         releaseAll(takeHeld(frame->header.referencesId));
@@ -168,7 +128,7 @@ binder_status_t Connection::transact(uint64_t number, const AIBinder_Class* claz
         reply.status = expectReply(frame.header.id, waiter);
         if (reply.status == STATUS_OK) reply.status = sendMessage(&frame, in);
         if (reply.status == STATUS_OK) {
-            reply = waiter->wait();
+            awaitReply(waiter.get(), code, &reply);
         } else {
             takeWaiter(frame.header.id);
         }
@@ -180,6 +140,19 @@ binder_status_t Connection::transact(uint64_t number, const AIBinder_Class* claz
     return STATUS_OK;
 }
 
+void Connection::awaitReply(Waiter* waiter, transaction_code_t code, IncomingMessage* reply) {
+    // A thread that serves one peer does not wait for ever for what another's library answers
+    // itself.
+    const bool ownAnswer = code == kPingCode || code == kDescriptorCode || code == kExtensionCode;
+    const bool bounded = ownAnswer && callContext().handling;
+    const auto limit = bounded ? std::optional<int>(kPlatformMilliseconds) : std::nullopt;
+    if (waiter->wait(limit, reply)) return;
+    BINDER_LOGE("connection to %s ended: it did not say within %d ms what its object is",
+                mPeerLabel.c_str(), kPlatformMilliseconds);
+    shutDown();
+    waiter->wait(std::nullopt, reply);  // the end of the connection answers
+}
+
 bool Connection::acquire(uint64_t number) {
     FrameHeader header{};
     header.kind = FrameKind::kAcquire;
@@ -187,9 +160,9 @@ bool Connection::acquire(uint64_t number) {
     header.target = number;
     auto waiter = std::make_shared<Waiter>();
     if (expectReply(header.id, waiter) != STATUS_OK) return false;
-    sendControl(header);  // if that fails the connection ends, which answers the waiter
+    mSender->sendControl(header);  // if that fails the connection ends, which answers the waiter
     IncomingMessage reply;
-    if (!waiter->waitFor(kAcquireMilliseconds, &reply)) {
+    if (!waiter->wait(kAcquireMilliseconds, &reply)) {
         BINDER_LOGE("%s did not answer a request for an object within %d ms: connection dropped",
                     mPeerLabel.c_str(), kAcquireMilliseconds);
         shutDown();
@@ -203,7 +176,7 @@ void Connection::giveBack(uint64_t number, uint64_t count) {
     header.kind = FrameKind::kRelease;
     header.id = count;
     header.target = number;
-    sendControl(header);
+    mSender->sendControl(header);
 }
 
 void Connection::sendReply(uint64_t id, binder_status_t status, AParcel* out) {
@@ -219,14 +192,14 @@ void Connection::sendReply(uint64_t id, binder_status_t status, AParcel* out) {
     failure.kind = FrameKind::kReply;
     failure.id = id;
     failure.status = pruneStatus(status);
-    sendControl(failure);
+    mSender->sendControl(failure);
 }
 
 void Connection::sendReferencesTaken(uint64_t id) {
     FrameHeader header{};
     header.kind = FrameKind::kReferencesTaken;
     header.id = id;
-    sendControl(header);
+    mSender->sendControl(header);
 }
 
 }  // namespace hostbinder

@@ -11,6 +11,9 @@
 #include <unordered_map>
 #include <vector>
 
+#include "call_budget.h"
+#include "frame_sender.h"
+#include "log_throttle.h"
 #include "message.h"
 #include "object_table.h"
 #include "socket_address.h"
@@ -22,15 +25,14 @@ class Connection : public std::enable_shared_from_this<Connection> {
   public:
     // Takes ownership of the socket. peerName is the peer's socket name.
     Connection(int fd, std::string peerName, PeerCredentials peer);
-    ~Connection();
     Connection(const Connection&) = delete;
     Connection& operator=(const Connection&) = delete;
 
     // Reads until the connection ends, then cleans up. On a thread of its own.
     void runReader();
-    bool isOpen() const { return mOpen; }
+    bool isOpen() const { return mSender->isOpen(); }
     // Makes the reader end the connection.
-    void shutDown();
+    void shutDown() { mSender->shutDown(); }
 
     // Calls the peer's object. `in` is borrowed until the reply is here; *out is owned by the
     // caller (empty for a oneway call). clazz, for the trace, may be null.
@@ -51,16 +53,15 @@ class Connection : public std::enable_shared_from_this<Connection> {
     // "pid/program", for logs and the trace.
     const std::string& peerLabel() const { return mPeerLabel; }
     PeerObjects* objects() { return &mObjects; }  // to be used through the object table only
+    CallShare* calls() { return &mCalls; }        // to be used through the call budget only
 
   private:
     // Sends a message with the objects of a parcel.
     binder_status_t sendMessage(OutgoingFrame* frame, AParcel* parcel);
-    binder_status_t send(OutgoingFrame* frame);
-    // Sends a header alone. Never waits on the reader's thread.
-    void sendControl(const FrameHeader& header);
 
     bool handleFrame(IncomingFrame* frame, std::string* reason);
     bool handleCall(IncomingFrame* frame, std::string* reason);
+    void refuseCall(const IncomingMessage& message);
     bool handleReply(IncomingFrame* frame, std::string* reason);
     void handleAcquire(const FrameHeader& header);
     bool handleRelease(const FrameHeader& header, std::string* reason);
@@ -69,21 +70,23 @@ class Connection : public std::enable_shared_from_this<Connection> {
 
     binder_status_t expectReply(uint64_t id, const std::shared_ptr<Waiter>& waiter);
     std::shared_ptr<Waiter> takeWaiter(uint64_t id);
-    // Keeps references until the peer has taken them. 0 if the connection has ended.
+    void awaitReply(Waiter* waiter, transaction_code_t code, IncomingMessage* reply);
+    // Keeps references until the peer has taken them. 0 if the connection has ended, or the peer
+    // has not taken so many that it never will.
     uint64_t hold(const std::vector<AIBinder*>& references);
     std::vector<AIBinder*> takeHeld(uint64_t id);
 
-    const int mFd;
+    const int mFd;  // the sender's
     const std::string mPeerName;
     const PeerCredentials mPeer;
     const std::string mPeerLabel;
-    std::atomic<bool> mOpen{true};
+    const std::shared_ptr<FrameSender> mSender;
     std::atomic<uint64_t> mLastId{0};
     PeerObjects mObjects;
+    CallShare mCalls;
+    LogThrottle mRefusals;  // the reader's
 
-    std::mutex mSendMutex;  // one frame at a time; guards mClosed
-    bool mClosed = false;   // mFd is closed
-    std::mutex mMutex;      // guards what follows
+    std::mutex mMutex;  // guards what follows
     bool mEnded = false;
     std::unordered_map<uint64_t, std::shared_ptr<Waiter>> mWaiters;
     std::unordered_map<uint64_t, std::vector<AIBinder*>> mHeld;

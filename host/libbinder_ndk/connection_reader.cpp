@@ -1,7 +1,4 @@
 // A connection's incoming side: what the reader thread does with each frame, and with the end.
-#include <sys/socket.h>
-#include <unistd.h>
-
 #include <utility>
 
 #include "connection.h"
@@ -72,6 +69,10 @@ bool Connection::handleCall(IncomingFrame* frame, std::string* reason) {
     }
     auto call = std::make_unique<IncomingCall>(shared_from_this(), target);
     if (!decodeMessage(frame, shared_from_this(), call->message(), reason)) return false;
+    if (!call->charge()) {
+        refuseCall(*call->message());
+        return true;
+    }
     const bool oneway = call->isOneway();
     const uint64_t chain = frame->header.chain;
     std::unique_ptr<Work> work = std::move(call);
@@ -81,6 +82,17 @@ bool Connection::handleCall(IncomingFrame* frame, std::string* reason) {
         ThreadPool::instance().submit(std::move(work));
     }
     return true;
+}
+
+void Connection::refuseCall(const IncomingMessage& message) {
+    if (uint64_t count = mRefusals.due()) {
+        BINDER_LOGE("%s has too many calls waiting here: %llu refused", mPeerLabel.c_str(),
+                    static_cast<unsigned long long>(count));
+    }
+    if (message.header.referencesId != 0) sendReferencesTaken(message.header.referencesId);
+    if ((message.header.flags & FLAG_ONEWAY) == 0) {
+        sendReply(message.header.id, STATUS_FAILED_TRANSACTION, nullptr);
+    }
 }
 
 bool Connection::handleReply(IncomingFrame* frame, std::string* reason) {
@@ -106,7 +118,7 @@ void Connection::handleAcquire(const FrameHeader& header) {
     reply.status = ObjectTable::instance().acquire(&mObjects, header.target)
                            ? STATUS_OK
                            : STATUS_NAME_NOT_FOUND;
-    sendControl(reply);
+    mSender->sendControl(reply);
 }
 
 bool Connection::handleRelease(const FrameHeader& header, std::string* reason) {
@@ -129,14 +141,9 @@ void Connection::handleReferencesTaken(uint64_t id) {
 }
 
 void Connection::finish() {
-    mOpen = false;
-    ::shutdown(mFd, SHUT_RDWR);  // ends a send that waits
+    mSender->shutDown();  // ends a send that waits
     Endpoint::instance().forget(this);
-    {
-        std::lock_guard<std::mutex> lock(mSendMutex);
-        close(mFd);
-        mClosed = true;
-    }
+    mSender->close();
     std::vector<LocalBinder*> dropped;
     std::vector<ProxyBinder*> orphans;
     ObjectTable::instance().closePeer(&mObjects, &dropped, &orphans);

@@ -7,11 +7,6 @@
 
 namespace hostbinder {
 
-Courier& Courier::frames() {
-    static Courier* const courier = new Courier("binder-frames");
-    return *courier;
-}
-
 Courier& Courier::releases() {
     static Courier* const courier = new Courier("binder-release");
     return *courier;

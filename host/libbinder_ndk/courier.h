@@ -10,9 +10,8 @@ namespace hostbinder {
 
 class Courier {
   public:
-    // Small frames for which a socket had no room. Each live as long as the process.
-    static Courier& frames();
-    // References to be released: that may run any code of the program.
+    // References to be released: that may run any code of the program. Lives as long as the
+    // process.
     static Courier& releases();
 
     void post(std::function<void()> errand);

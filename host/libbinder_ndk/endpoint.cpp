@@ -23,7 +23,6 @@ namespace hostbinder {
 
 namespace {
 
-constexpr int kGreetingSeconds = 5;
 constexpr auto kConnectLimit = std::chrono::seconds(5);
 
 bool isOpen(const std::shared_ptr<Connection>& connection) {
@@ -41,10 +40,8 @@ void sendGreeting(int fd, FrameKind kind, const std::string& data, binder_status
 }
 
 bool receiveGreeting(int fd, FrameKind kind, IncomingFrame* frame) {
-    setReceiveTimeout(fd, kGreetingSeconds);
     std::string reason;
-    ReceiveResult result = receiveFrame(fd, frame, &reason);
-    setReceiveTimeout(fd, 0);
+    ReceiveResult result = receiveFrame(fd, frame, &reason, ReceiveWait::kBounded);
     if (result == ReceiveResult::kFrame && frame->header.kind != kind) reason = "no greeting";
     if (!reason.empty()) BINDER_LOGE("connection refused: %s", reason.c_str());
     return result == ReceiveResult::kFrame && reason.empty();
@@ -142,6 +139,11 @@ std::shared_ptr<Connection> Endpoint::admit(int fd, const std::string& name,
             sendGreeting(fd, FrameKind::kHelloReply, "", STATUS_WOULD_BLOCK);
             return nullptr;
         }
+        if (isOpen(peer.connection) && peer.connection->peer().pid != credentials.pid) {
+            BINDER_LOGE("connection of process %d refused: its name %s is that of process %d",
+                        credentials.pid, name.c_str(), peer.connection->peer().pid);
+            return nullptr;
+        }
         // A peer with the smaller name connects again only if it has lost the old connection.
         replaced = std::exchange(peer.connection, connection);
         sendGreeting(fd, FrameKind::kHelloReply, "", STATUS_OK);
@@ -151,10 +153,9 @@ std::shared_ptr<Connection> Endpoint::admit(int fd, const std::string& name,
     return connection;
 }
 
-void Endpoint::serveAccepted(int fd) {
-    PeerCredentials credentials;
+void Endpoint::serveAccepted(int fd, const PeerCredentials& credentials) {
     IncomingFrame hello;
-    if (!checkPeer(fd, &credentials) || !receiveGreeting(fd, FrameKind::kHello, &hello)) {
+    if (!receiveGreeting(fd, FrameKind::kHello, &hello)) {
         close(fd);
         return;
     }

@@ -9,6 +9,7 @@
 #include <unordered_map>
 
 #include "ibinder.h"
+#include "log_throttle.h"
 #include "socket_address.h"
 
 namespace hostbinder {
@@ -46,8 +47,10 @@ class Endpoint {
     Endpoint();
     bool listenLocked();
     void acceptLoop(int listener);
-    void serveAccepted(int fd);
-    // Answers the peer's greeting. Null if the connection in the other direction is to be used.
+    void startServing(int fd);
+    void serveAccepted(int fd, const PeerCredentials& credentials);
+    // Answers the peer's greeting. Null if the connection in the other direction is to be used, or
+    // the name is another process's.
     std::shared_ptr<Connection> admit(int fd, const std::string& name,
                                       const PeerCredentials& credentials);
     enum class Greeting { kAccepted, kBusy, kFailed };
@@ -61,6 +64,8 @@ class Endpoint {
     bool mListening = false;
     bool mListenFailed = false;
     std::unordered_map<std::string, Peer> mPeers;
+
+    LogThrottle mRefused;  // the accepting thread's
 };
 
 }  // namespace hostbinder

@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "connection_places.h"
 #include "endpoint.h"
 #include "log.h"
 #include "threads.h"
@@ -80,18 +81,42 @@ binder_status_t Endpoint::becomeServiceManager() {
 }
 
 void Endpoint::acceptLoop(int listener) {
+    LogThrottle full;
     while (true) {
         const int fd = accept4(listener, nullptr, nullptr, SOCK_CLOEXEC);
         if (fd >= 0) {
-            if (!startThread("binder-reader", [this, fd]() { serveAccepted(fd); })) close(fd);
+            startServing(fd);
         } else if (errno == EMFILE || errno == ENFILE || errno == ENOMEM || errno == ENOBUFS) {
-            BINDER_LOGE("cannot accept a connection: %s", strerror(errno));
+            const int error = errno;
+            if (full.due() > 0) BINDER_LOGE("cannot accept a connection: %s", strerror(error));
             usleep(50 * 1000);  // the connection still waits; give descriptors time to go
         } else if (errno != EINTR && errno != ECONNABORTED) {
             BINDER_LOGE("no more connections are accepted: %s", strerror(errno));
             return;
         }
     }
+}
+
+void Endpoint::startServing(int fd) {
+    PeerCredentials peer;
+    if (!checkPeer(fd, &peer)) {
+        close(fd);
+        return;
+    }
+    std::shared_ptr<ConnectionPlaces::Place> place = ConnectionPlaces::instance().take(peer.pid);
+    if (place == nullptr) {
+        if (const uint64_t count = mRefused.due()) {
+            BINDER_LOGE(
+                    "connection of process %d refused (%llu of late): %zu connections of a "
+                    "process, %zu of all at most",
+                    peer.pid, static_cast<unsigned long long>(count), ConnectionPlaces::kPerProcess,
+                    ConnectionPlaces::kAll);
+        }
+        close(fd);
+        return;
+    }
+    const auto serve = [this, fd, peer, place]() { serveAccepted(fd, peer); };
+    if (!startThread("binder-reader", serve)) close(fd);
 }
 
 }  // namespace hostbinder

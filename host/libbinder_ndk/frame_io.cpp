@@ -6,7 +6,9 @@
 #include <sys/uio.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <cstring>
 
 #include "log.h"
@@ -15,7 +17,8 @@ namespace hostbinder {
 
 namespace {
 
-constexpr int kSendMilliseconds = 5000;
+constexpr std::chrono::milliseconds kSendLimit{5000};
+constexpr std::chrono::milliseconds kReceiveLimit{10000};
 constexpr size_t kControlSize = CMSG_SPACE(kMaxDescriptors * sizeof(int));
 
 void attachDescriptors(const std::vector<int>& descriptors, char* control, msghdr* message) {
@@ -44,18 +47,33 @@ void advance(msghdr* message, size_t sent) {
     }
 }
 
-bool waitUntilWritable(int fd) {
-    pollfd waiting{fd, POLLOUT, 0};
-    int ready = 0;
-    do {
-        ready = poll(&waiting, 1, kSendMilliseconds);
-    } while (ready < 0 && errno == EINTR);
-    if (ready == 0) BINDER_LOGE("peer has read nothing for %d ms", kSendMilliseconds);
-    return ready > 0;
-}
+// How long one frame may take as a whole: a peer that lets a little through from time to time must
+// not hold a thread for ever. Time counts from the first wait on.
+class FrameTimer {
+  public:
+    explicit FrameTimer(std::chrono::milliseconds limit) : mLimit(limit) {}
+
+    // False, with errno ETIMEDOUT, if the time is over.
+    bool waitUntil(int fd, short ready) {
+        const auto now = std::chrono::steady_clock::now();
+        if (mEnd == Time()) mEnd = now + mLimit;
+        const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(mEnd - now);
+        pollfd waiting{fd, ready, 0};
+        const int count = poll(&waiting, 1, static_cast<int>(std::max<int64_t>(left.count(), 0)));
+        if (count == 0) errno = ETIMEDOUT;
+        return count > 0 || (count < 0 && errno == EINTR);
+    }
+
+  private:
+    using Time = std::chrono::steady_clock::time_point;
+
+    const std::chrono::milliseconds mLimit;
+    Time mEnd;
+};
 
 SendResult sendAll(int fd, msghdr* message, SendWait wait) {
     bool begun = false;
+    FrameTimer timer(kSendLimit);
     while (message->msg_iovlen > 0) {
         const ssize_t sent = sendmsg(fd, message, MSG_NOSIGNAL | MSG_DONTWAIT);
         if (sent >= 0) {
@@ -65,7 +83,7 @@ SendResult sendAll(int fd, msghdr* message, SendWait wait) {
             advance(message, static_cast<size_t>(sent));
         } else if (errno == EAGAIN) {
             if (!begun && wait == SendWait::kNever) return SendResult::kWouldBlock;
-            if (!waitUntilWritable(fd)) return SendResult::kBroken;
+            if (!timer.waitUntil(fd, POLLOUT)) return SendResult::kUnread;
         } else if (!begun && (errno == ETOOMANYREFS || errno == EBADF || errno == ENOBUFS)) {
             BINDER_LOGE("message cannot be sent: %s", strerror(errno));
             return SendResult::kRefused;
@@ -94,32 +112,66 @@ void collectDescriptors(msghdr* message, IncomingFrame* frame) {
     if ((message->msg_flags & MSG_CTRUNC) != 0) frame->descriptorsLost = true;
 }
 
-// Reads exactly `size` bytes. Sets *got to what came before the end or an error.
-bool receiveBytes(int fd, void* bytes, size_t size, IncomingFrame* frame, size_t* got) {
-    alignas(cmsghdr) char control[kControlSize];
-    *got = 0;
-    while (*got < size) {
-        iovec place{static_cast<char*>(bytes) + *got, size - *got};
-        msghdr message{};
-        message.msg_iov = &place;
-        message.msg_iovlen = 1;
-        message.msg_control = control;
-        message.msg_controllen = sizeof(control);
-        const ssize_t received = recvmsg(fd, &message, MSG_CMSG_CLOEXEC);
-        if (received < 0 && errno == EINTR) continue;
-        if (received <= 0) {
-            if (received == 0) errno = 0;
-            return false;
+// Reads one frame's parts.
+class FrameReader {
+  public:
+    FrameReader(int fd, IncomingFrame* frame, ReceiveWait wait)
+        : mFd(fd), mFrame(frame), mTimed(wait == ReceiveWait::kBounded) {}
+
+    // Reads exactly `size` bytes. Sets *got to what came before the end or an error.
+    bool read(void* bytes, size_t size, size_t* got) {
+        *got = 0;
+        while (*got < size) {
+            const ssize_t received = readSome(static_cast<char*>(bytes) + *got, size - *got);
+            if (received <= 0) {
+                if (received == 0) errno = 0;
+                return false;
+            }
+            *got += static_cast<size_t>(received);
         }
-        collectDescriptors(&message, frame);
-        *got += static_cast<size_t>(received);
+        return true;
     }
-    return true;
-}
+
+  private:
+    ssize_t readSome(char* bytes, size_t size) {
+        alignas(cmsghdr) char control[kControlSize];
+        while (true) {
+            iovec place{bytes, size};
+            msghdr message{};
+            message.msg_iov = &place;
+            message.msg_iovlen = 1;
+            message.msg_control = control;
+            message.msg_controllen = sizeof(control);
+            const ssize_t received =
+                    recvmsg(mFd, &message, MSG_CMSG_CLOEXEC | (mTimed ? MSG_DONTWAIT : 0));
+            if (received >= 0) {
+                collectDescriptors(&message, mFrame);
+                mTimed = true;
+                return received;
+            }
+            if (errno == EAGAIN && !mTimer.waitUntil(mFd, POLLIN)) return -1;
+            if (errno != EAGAIN && errno != EINTR) return -1;
+        }
+    }
+
+    const int mFd;
+    IncomingFrame* const mFrame;
+    bool mTimed;
+    FrameTimer mTimer{kReceiveLimit};
+};
 
 std::string interruption(const char* part) {
     return std::string("ended within a message's ") + part +
            (errno == 0 ? "" : std::string(": ") + strerror(errno));
+}
+
+bool carriesParcel(FrameKind kind) {
+    return kind == FrameKind::kCall || kind == FrameKind::kReply;
+}
+
+uint32_t maxDataSize(FrameKind kind) {
+    if (kind == FrameKind::kHello) return kMaxSocketName;
+    return carriesParcel(kind) ? kMaxParcelBytes : 0;
 }
 
 bool checkHeader(const FrameHeader& header, std::string* reason) {
@@ -134,6 +186,10 @@ bool checkHeader(const FrameHeader& header, std::string* reason) {
                header.descriptorCount > kMaxDescriptors ||
                header.referenceCount + header.descriptorCount != header.objectCount) {
         *reason = "counts of objects and descriptors do not fit the message";
+    } else if (header.dataSize > maxDataSize(header.kind) ||
+               (header.objectCount > 0 && !carriesParcel(header.kind))) {
+        *reason = "message of kind " + std::to_string(static_cast<uint32_t>(header.kind)) +
+                  " has content that its kind does not";
     } else {
         return true;
     }
@@ -185,9 +241,10 @@ ReferenceRecord IncomingFrame::referenceAt(size_t index) const {
     return record;
 }
 
-ReceiveResult receiveFrame(int fd, IncomingFrame* frame, std::string* reason) {
+ReceiveResult receiveFrame(int fd, IncomingFrame* frame, std::string* reason, ReceiveWait wait) {
+    FrameReader reader(fd, frame, wait);
     size_t got = 0;
-    if (!receiveBytes(fd, &frame->header, sizeof(FrameHeader), frame, &got)) {
+    if (!reader.read(&frame->header, sizeof(FrameHeader), &got)) {
         if (got == 0 && (errno == 0 || errno == ECONNRESET)) return ReceiveResult::kEnd;
         *reason = interruption("header");
         return ReceiveResult::kBroken;
@@ -203,7 +260,7 @@ ReceiveResult receiveFrame(int fd, IncomingFrame* frame, std::string* reason) {
             *reason = "no memory for a message of " + std::to_string(size) + " bytes";
             return ReceiveResult::kBroken;
         }
-        if (!receiveBytes(fd, frame->body.get(), size, frame, &got)) {
+        if (!reader.read(frame->body.get(), size, &got)) {
             *reason = interruption("body");
             return ReceiveResult::kBroken;
         }

@@ -25,12 +25,13 @@ enum class SendResult {
     kSent,
     kWouldBlock,  // nothing was sent
     kRefused,     // nothing was sent; the connection is as before
+    kUnread,      // the peer has not read in time; the connection cannot be used any more
     kBroken,      // the connection cannot be used any more
 };
 
 enum class SendWait { kNever, kBounded };
 
-// Sends the whole frame. kBounded waits up to 5 s for a peer that does not read. Logs why it fails.
+// Sends the whole frame. kBounded gives the peer 5 s to read. Logs errors.
 SendResult sendFrame(int fd, OutgoingFrame* frame, SendWait wait);
 
 struct FreeBlock {
@@ -59,7 +60,14 @@ enum class ReceiveResult {
     kBroken,  // *reason says why
 };
 
-// Waits for one frame and checks all sizes and counts in it before it reads or allocates.
-ReceiveResult receiveFrame(int fd, IncomingFrame* frame, std::string* reason);
+enum class ReceiveWait {
+    kAny,      // as long as it takes for a frame to begin
+    kBounded,  // up to 10 s
+};
+
+// Waits for one frame and checks all sizes and counts in it before it reads or allocates. Once it
+// has begun, its end must come within 10 s.
+ReceiveResult receiveFrame(int fd, IncomingFrame* frame, std::string* reason,
+                           ReceiveWait wait = ReceiveWait::kAny);
 
 }  // namespace hostbinder

@@ -1,6 +1,7 @@
 // Turning parcels into frames and frames into parcels.
 #include "message.h"
 
+#include <chrono>
 #include <cstring>
 #include <utility>
 
@@ -13,8 +14,11 @@ namespace hostbinder {
 
 namespace {
 
-bool makeReference(AIBinder* binder, Connection* connection, ReferenceRecord* record,
-                   std::vector<AIBinder*>* heldForPeer) {
+// Of one message's references to third processes, each of which has a limit of its own.
+constexpr std::chrono::seconds kResolveLimit{5};
+
+binder_status_t makeReference(AIBinder* binder, Connection* connection, ReferenceRecord* record,
+                              std::vector<AIBinder*>* heldForPeer) {
     *record = {};
     if (LocalBinder* local = binder->asLocal()) {
         record->owner = ReferenceOwner::kSender;
@@ -25,7 +29,7 @@ bool makeReference(AIBinder* binder, Connection* connection, ReferenceRecord* re
     record->number = proxy->number();
     if (proxy->connection().get() == connection) {
         record->owner = ReferenceOwner::kReceiver;
-        return true;
+        return STATUS_OK;
     }
     record->owner = ReferenceOwner::kOther;
     // Without a connection the object never was reachable: nobody has the empty name.
@@ -33,7 +37,7 @@ bool makeReference(AIBinder* binder, Connection* connection, ReferenceRecord* re
     memcpy(record->name, name.data(), name.size());
     binder->incStrong();
     heldForPeer->push_back(binder);
-    return true;
+    return STATUS_OK;
 }
 
 // Puts one object into the frame's tables and the place there into its record.
@@ -43,9 +47,8 @@ binder_status_t encodeObject(const ParcelObject& object, uint8_t* bytes, Connect
     memcpy(&record, bytes + object.offset, sizeof(record));
     if (object.binder != nullptr) {
         ReferenceRecord reference;
-        if (!makeReference(object.binder, connection, &reference, heldForPeer)) {
-            return STATUS_DEAD_OBJECT;
-        }
+        binder_status_t status = makeReference(object.binder, connection, &reference, heldForPeer);
+        if (status != STATUS_OK) return status;
         record.handle = frame->references.size();
         frame->references.push_back(reference);
     } else {
@@ -186,7 +189,13 @@ bool decodeMessage(IncomingFrame* frame, const std::shared_ptr<Connection>& conn
 }
 
 void resolveReferences(IncomingMessage* message, Connection* connection) {
+    const auto limit = std::chrono::steady_clock::now() + kResolveLimit;
     for (const UnresolvedReference& reference : message->unresolved) {
+        if (message->status == STATUS_OK && std::chrono::steady_clock::now() > limit) {
+            BINDER_LOGE("message from %s refused: it refers to processes that do not answer",
+                        connection->peerLabel().c_str());
+            message->status = STATUS_FAILED_TRANSACTION;
+        }
         if (message->status != STATUS_OK) break;
         message->parcel->objects()[reference.objectIndex].binder =
                 Endpoint::instance().resolve(reference.owner, reference.number);

@@ -1,6 +1,7 @@
 // The table of objects that are known across processes.
 #include "object_table.h"
 
+#include "log.h"
 #include "wire_format.h"
 
 namespace hostbinder {
@@ -10,16 +11,20 @@ ObjectTable& ObjectTable::instance() {
     return *table;
 }
 
-bool ObjectTable::exportTo(PeerObjects* peer, LocalBinder* binder, uint64_t* number) {
+binder_status_t ObjectTable::exportTo(PeerObjects* peer, LocalBinder* binder, uint64_t* number) {
     std::lock_guard<std::mutex> lock(mMutex);
-    if (!peer->open) return false;
+    if (!peer->open) return STATUS_DEAD_OBJECT;
+    if (peer->held.size() >= kMaxHeld && peer->held.count(binder->exportedNumber) == 0) {
+        BINDER_LOGE("a peer holds %zu objects: it gets no further one", kMaxHeld);
+        return STATUS_FAILED_TRANSACTION;
+    }
     if (binder->exportedNumber == 0) binder->exportedNumber = ++mLastNumber;
     *number = binder->exportedNumber;
     auto entry = mExported.try_emplace(*number, Exported{binder, 0});
     if (entry.second) binder->incStrong();
     ++entry.first->second.references;
     ++peer->held[*number];
-    return true;
+    return STATUS_OK;
 }
 
 LocalBinder* ObjectTable::dropReferencesLocked(uint64_t number, uint64_t count) {
@@ -48,7 +53,7 @@ bool ObjectTable::acquire(PeerObjects* peer, uint64_t number) {
     std::lock_guard<std::mutex> lock(mMutex);
     if (number == kContextObject) return mContextObject != nullptr;
     auto entry = mExported.find(number);
-    if (!peer->open || entry == mExported.end()) return false;
+    if (!peer->open || entry == mExported.end() || peer->held.size() >= kMaxHeld) return false;
     ++entry->second.references;
     ++peer->held[number];
     return true;

@@ -33,8 +33,12 @@ class ObjectTable {
     // Numbers and pointers in and out; every LocalBinder*, ProxyBinder* returned is an owned strong
     // reference. Nothing is released inside the table, because that may run any code.
 
-    // Counts one reference that goes to the peer. False if the connection has ended.
-    bool exportTo(PeerObjects* peer, LocalBinder* binder, uint64_t* number);
+    // Objects that one peer may hold.
+    static constexpr size_t kMaxHeld = 8192;
+
+    // Counts one reference that goes to the peer. STATUS_DEAD_OBJECT if the connection has ended,
+    // STATUS_FAILED_TRANSACTION (with a log line) if the peer holds too many objects.
+    binder_status_t exportTo(PeerObjects* peer, LocalBinder* binder, uint64_t* number);
     // The peer gives back references. False if it does not hold that many. *dropped is a reference
     // for the caller to release, or null.
     bool giveBack(PeerObjects* peer, uint64_t number, uint64_t count, LocalBinder** dropped);

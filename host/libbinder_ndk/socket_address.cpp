@@ -23,31 +23,51 @@ namespace {
 constexpr int kConnectSeconds = 5;
 constexpr int kBacklog = 128;
 
-const char* readSocketFolder() {
-    const char* folder = getenv("STANDIN_BINDER_DIR");
-    if (folder == nullptr || folder[0] == '\0') return nullptr;
+// Empty, or why sockets in the folder are not safe from other users.
+std::string problemOf(const char* folder) {
     struct stat info;
-    if (stat(folder, &info) != 0) {
-        BINDER_LOGE("STANDIN_BINDER_DIR=%s: %s", folder, strerror(errno));
-    } else if (!S_ISDIR(info.st_mode) || (info.st_mode & 077) != 0) {
-        BINDER_LOGW("STANDIN_BINDER_DIR=%s: should be a folder with mode 0700", folder);
+    if (stat(folder, &info) != 0) return strerror(errno);
+    if (!S_ISDIR(info.st_mode)) return "not a folder";
+    if (info.st_uid != geteuid()) {
+        return "belongs to user " + std::to_string(info.st_uid) + ", not to this one, " +
+               std::to_string(geteuid());
     }
-    return strdup(folder);  // the environment may change
+    return (info.st_mode & 077) == 0 ? "" : "open to other users: chmod 0700 it";
 }
 
-bool makeAddress(const std::string& name, sockaddr_un* address) {
+struct Folder {
+    const char* path = nullptr;
+    bool usable = false;
+};
+
+Folder readFolder() {
+    const char* folder = getenv("STANDIN_BINDER_DIR");
+    if (folder == nullptr || folder[0] == '\0') return {};
+    const std::string problem = problemOf(folder);
+    if (!problem.empty()) BINDER_LOGE("STANDIN_BINDER_DIR=%s: %s", folder, problem.c_str());
+    return {strdup(folder), problem.empty()};  // a copy: the environment may change
+}
+
+const Folder& folder() {
+    static const Folder* const read = new Folder(readFolder());
+    return *read;
+}
+
+// 0 or -errno.
+int makeAddress(const std::string& name, sockaddr_un* address) {
+    if (!folder().usable) return -EPERM;
     const std::string path = socketPath(name);
     if (path.size() >= sizeof(address->sun_path)) {
         BINDER_LOGE(
                 "%s: socket path of %zu characters is too long (%zu at most); "
                 "set STANDIN_BINDER_DIR to a shorter folder",
                 path.c_str(), path.size(), sizeof(address->sun_path) - 1);
-        return false;
+        return -ENAMETOOLONG;
     }
     *address = {};
     address->sun_family = AF_UNIX;
     memcpy(address->sun_path, path.c_str(), path.size() + 1);
-    return true;
+    return 0;
 }
 
 int openSocket() {
@@ -63,8 +83,7 @@ int closeAndReport(int fd, int error) {
 }  // namespace
 
 const char* socketFolder() {
-    static const char* const folder = readSocketFolder();
-    return folder;
+    return folder().path;
 }
 
 bool isSocketName(const std::string& name) {
@@ -90,7 +109,10 @@ std::string socketPath(const std::string& name) {
 
 int connectSocket(const std::string& name) {
     sockaddr_un address;
-    if (!makeAddress(name, &address)) return -ENAMETOOLONG;
+    if (const int error = makeAddress(name, &address); error != 0) return error;
+    struct stat info;
+    if (lstat(address.sun_path, &info) != 0) return -errno;
+    if (!S_ISSOCK(info.st_mode)) return -ENOTSOCK;
     const int fd = openSocket();
     if (fd < 0) return fd;
     // Bounds the wait for a place in the listener's queue.
@@ -104,7 +126,7 @@ int connectSocket(const std::string& name) {
 
 int listenSocket(const std::string& name) {
     sockaddr_un address;
-    if (!makeAddress(name, &address)) return -ENAMETOOLONG;
+    if (const int error = makeAddress(name, &address); error != 0) return error;
     const int fd = openSocket();
     if (fd < 0) return fd;
     if (bind(fd, reinterpret_cast<sockaddr*>(&address), sizeof(address)) != 0 ||
@@ -128,11 +150,6 @@ bool checkPeer(int fd, PeerCredentials* credentials) {
     credentials->pid = peer.pid;
     credentials->uid = peer.uid;
     return true;
-}
-
-void setReceiveTimeout(int fd, int seconds) {
-    const timeval limit{seconds, 0};
-    setsockopt(fd, SOL_SOCKET, SO_RCVTIMEO, &limit, sizeof(limit));
 }
 
 }  // namespace hostbinder

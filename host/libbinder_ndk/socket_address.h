@@ -7,7 +7,9 @@
 
 namespace hostbinder {
 
-// Null if there is no folder: everything then stays inside the process. Read once.
+// Null if there is no folder: everything then stays inside the process. Read once. A folder that is
+// not this user's own, with mode 0700, is refused: the log says why, and every socket in it is
+// EPERM.
 const char* socketFolder();
 
 // Letters, digits, '-', '_' and '.', at most kMaxSocketName of them, not beginning with '.'.
@@ -17,7 +19,8 @@ bool isSocketName(const std::string& name);
 // never names another process.
 std::string newSocketName();
 
-// Close-on-exec stream sockets. -errno on failure; ECONNREFUSED and ENOENT: nobody listens.
+// Close-on-exec stream sockets. -errno on failure; ECONNREFUSED and ENOENT: nobody listens,
+// ENOTSOCK: something else, such as a link, has the name.
 int connectSocket(const std::string& name);
 int listenSocket(const std::string& name);
 std::string socketPath(const std::string& name);
@@ -28,8 +31,5 @@ struct PeerCredentials {
 };
 // False (with a log line) unless the peer runs as the same user.
 bool checkPeer(int fd, PeerCredentials* credentials);
-
-// How long a receive may wait for the next byte; 0: for ever.
-void setReceiveTimeout(int fd, int seconds);
 
 }  // namespace hostbinder

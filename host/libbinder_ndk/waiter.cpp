@@ -4,7 +4,7 @@
 #include <sys/random.h>
 #include <unistd.h>
 
-#include <atomic>
+#include <array>
 #include <chrono>
 #include <utility>
 
@@ -29,12 +29,18 @@ bool Waiter::offer(std::unique_ptr<Work>* work) {
     return true;
 }
 
-IncomingMessage Waiter::wait() {
+bool Waiter::wait(std::optional<int> milliseconds, IncomingMessage* reply) {
+    const auto limit =
+            std::chrono::steady_clock::now() + std::chrono::milliseconds(milliseconds.value_or(0));
+    const auto ready = [this]() { return mDone || !mWork.empty(); };
     std::unique_lock<std::mutex> lock(mMutex);
     while (true) {
-        // As long as the callee takes: a call has no time limit. The end of its process ends it.
-        mChanged.wait(lock, [this]() { return mDone || !mWork.empty(); });
-        if (mDone) return std::move(mReply);
+        if (!milliseconds) {
+            mChanged.wait(lock, ready);
+        } else if (!mChanged.wait_until(lock, limit, ready)) {
+            return false;
+        }
+        if (mDone) break;
         std::unique_ptr<Work> work = std::move(mWork.front());
         mWork.pop_front();
         lock.unlock();
@@ -42,12 +48,6 @@ IncomingMessage Waiter::wait() {
         work.reset();
         lock.lock();
     }
-}
-
-bool Waiter::waitFor(int milliseconds, IncomingMessage* reply) {
-    std::unique_lock<std::mutex> lock(mMutex);
-    const auto limit = std::chrono::steady_clock::now() + std::chrono::milliseconds(milliseconds);
-    if (!mChanged.wait_until(lock, limit, [this]() { return mDone; })) return false;
     *reply = std::move(mReply);
     return true;
 }
@@ -71,13 +71,33 @@ ChainTable& chainTable() {
     return *table;
 }
 
-uint64_t firstChain() {
-    uint64_t random = 0;
-    if (getrandom(&random, sizeof(random), 0) != sizeof(random)) {
-        random = static_cast<uint64_t>(getpid()) << 32;
+// Numbers that nobody can guess, so that only who takes part in a chain can call its threads.
+class ChainNumbers {
+  public:
+    uint64_t next() {
+        std::lock_guard<std::mutex> lock(mMutex);
+        uint64_t number = 0;
+        while (number == 0) {
+            if (mLeft == 0) refill();
+            number = mNumbers[--mLeft];
+        }
+        return number;
     }
-    return random;
-}
+
+  private:
+    void refill() {
+        mLeft = mNumbers.size();
+        const size_t bytes = mLeft * sizeof(mNumbers[0]);
+        if (getrandom(mNumbers.data(), bytes, 0) == static_cast<ssize_t>(bytes)) return;
+        for (uint64_t& number : mNumbers)
+            number = (static_cast<uint64_t>(getpid()) << 32) + ++mCount;
+    }
+
+    std::mutex mMutex;                    // guards what follows
+    std::array<uint64_t, 32> mNumbers{};  // so many at once are never interrupted
+    size_t mLeft = 0;
+    uint64_t mCount = 0;
+};
 
 }  // namespace
 
@@ -107,9 +127,8 @@ bool offerToChain(uint64_t chain, std::unique_ptr<Work>* work) {
 }
 
 uint64_t newChain() {
-    static std::atomic<uint64_t>* const next = new std::atomic<uint64_t>(firstChain());
-    uint64_t chain = next->fetch_add(1);
-    return chain != 0 ? chain : next->fetch_add(1);
+    static ChainNumbers* const numbers = new ChainNumbers;
+    return numbers->next();
 }
 
 }  // namespace hostbinder

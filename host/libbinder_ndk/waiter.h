@@ -7,6 +7,7 @@
 #include <deque>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <unordered_map>
 #include <vector>
 
@@ -21,10 +22,9 @@ class Waiter {
     void deliver(IncomingMessage reply);
     // False if the wait is over; then the work is still the caller's.
     bool offer(std::unique_ptr<Work>* work);
-    // Serves offered work until the reply is here.
-    IncomingMessage wait();
-    // The same without serving, for at most `milliseconds`; false if they are over.
-    bool waitFor(int milliseconds, IncomingMessage* reply);
+    // Serves offered work until the reply is here: as long as the callee takes, since the end of
+    // its process ends the wait, too. With a limit, false once so many milliseconds are over.
+    bool wait(std::optional<int> milliseconds, IncomingMessage* reply);
 
     // Hands work that came too late for this thread to the pool.
     void passOnLeftWork();

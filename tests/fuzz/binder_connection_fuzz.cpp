@@ -114,8 +114,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     // Holds the object, too, so that it keeps its number from input to input.
     static PeerObjects* const otherPeer = new PeerObjects;
     ObjectTable& table = ObjectTable::instance();
-    if (otherPeer->held.empty()) require(table.exportTo(otherPeer, servedObject(), &number));
-    require(table.exportTo(connection->objects(), servedObject(), &number) && number == 1);
+    if (otherPeer->held.empty())
+        require(table.exportTo(otherPeer, servedObject(), &number) == STATUS_OK);
+    require(table.exportTo(connection->objects(), servedObject(), &number) == STATUS_OK);
+    require(number == 1);
 
     std::thread caller([connection]() {
         AParcel request;

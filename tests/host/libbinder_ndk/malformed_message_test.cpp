@@ -64,6 +64,7 @@ TEST_F(MalformedMessage, WithABadHeader) {
     expectRefused("greeting", bytesOf(frameHeader(FrameKind::kHello)));
     expectRefused("size", bytesOf(frameHeader(FrameKind::kCall, hostbinder::kMaxParcelBytes + 1)));
     expectRefused("largest size", bytesOf(frameHeader(FrameKind::kCall, UINT32_MAX)));
+    expectRefused("content without a parcel", bytesOf(frameHeader(FrameKind::kAcquire, 8)));
     FrameHeader objects = frameHeader(FrameKind::kCall, 24);
     objects.objectCount = 2;
     objects.referenceCount = 2;

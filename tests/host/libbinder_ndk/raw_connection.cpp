@@ -111,12 +111,21 @@ FrameHeader RawConnection::receive(std::string* body) {
     FrameHeader header{};
     EXPECT_EQ(recv(mFd, &header, sizeof(header), MSG_WAITALL),
               static_cast<ssize_t>(sizeof(header)));
-    std::string data(header.dataSize, '\0');
+    std::string data(header.dataSize + header.objectCount * sizeof(uint32_t) +
+                             header.referenceCount * sizeof(hostbinder::ReferenceRecord),
+                     '\0');
     if (!data.empty()) {
         EXPECT_EQ(recv(mFd, &data[0], data.size(), MSG_WAITALL), static_cast<ssize_t>(data.size()));
     }
     if (body != nullptr) *body = data;
     return header;
+}
+
+bool RawConnection::sendUntilClosed(const std::string& bytes, size_t count) {
+    for (size_t i = 0; i < count; ++i) {
+        if (::send(mFd, bytes.data(), bytes.size(), MSG_NOSIGNAL) < 0) return true;
+    }
+    return false;
 }
 
 void RawConnection::endSending() {

@@ -34,7 +34,9 @@ class RawConnection {
     bool acquire(uint64_t number);
     // The descriptors go with the first byte.
     void send(const std::string& bytes, const std::vector<int>& fds = {});
-    // The next frame, with its body in *body if that is given.
+    // Sends the same up to `count` times. True if the peer ends the connection meanwhile.
+    bool sendUntilClosed(const std::string& bytes, size_t count);
+    // The next frame, with its body (data, offsets, references) in *body if that is given.
     hostbinder::FrameHeader receive(std::string* body = nullptr);
     void endSending();
     // Whether the peer closes the connection without sending anything more.

@@ -125,8 +125,22 @@ TEST_F(OwnFolder, WithoutAServiceManagerAddsNothing) {
     EXPECT_EQ(startPeerHere().wait(), 3);
 }
 
+TEST_F(OwnFolder, OpenToOthersIsRefused) {
+    ASSERT_EQ(chmod(mFolder.c_str(), 0750), 0);
+    EXPECT_EQ(startManager().wait(), 1);
+    EXPECT_EQ(startPeerHere().wait(), 3);
+}
+
+TEST_F(OwnFolder, WithALinkInPlaceOfASocketIsRefused) {
+    const std::string elsewhere = busFolder() + "/servicemanager";
+    ASSERT_EQ(symlink(elsewhere.c_str(), (mFolder + "/servicemanager").c_str()), 0);
+    EXPECT_EQ(startPeerHere().wait(), 3);
+}
+
 TEST_F(OwnFolder, WithTooLongAPathIsRefused) {
-    mEnvironment = {"STANDIN_BINDER_DIR=" + mFolder + "/" + std::string(100, 'x')};
+    const std::string folder = mFolder + "/" + std::string(100, 'x');
+    ASSERT_EQ(mkdir(folder.c_str(), 0700), 0);
+    mEnvironment = {"STANDIN_BINDER_DIR=" + folder};
     EXPECT_EQ(startManager().wait(), 1);
     EXPECT_EQ(startPeerHere().wait(), 3);
 }

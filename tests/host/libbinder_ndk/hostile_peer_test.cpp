@@ -1,0 +1,258 @@
+// Peers that speak the wire format well and mean harm: each is refused, others are served on, and
+// nothing stays behind.
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include "tests/host/libbinder_ndk/peer_service.h"
+#include "tests/host/libbinder_ndk/raw_connection.h"
+#include "tests/host/libbinder_ndk/test_bus.h"
+#include "tests/support/process_counts.h"
+
+namespace {
+
+using hostbinder::FrameHeader;
+using hostbinder::FrameKind;
+using hostbinder::ObjectRecord;
+using hostbinder::ReferenceOwner;
+using hostbinder::ReferenceRecord;
+
+constexpr uint64_t kFirstObject = 1;
+
+// The beginning of a request to an object of that interface.
+std::string interfaceHeader(const std::string& descriptor) {
+    ndk::ScopedAParcel parcel(AParcel_create());
+    for (int32_t word : {int32_t{INT32_MIN}, int32_t{-1}, int32_t{0x53595354}}) {
+        AParcel_writeInt32(parcel.get(), word);
+    }
+    ndk::AParcel_writeString(parcel.get(), descriptor);
+    std::string bytes(static_cast<size_t>(AParcel_getDataSize(parcel.get())), '\0');
+    AParcel_marshal(parcel.get(), reinterpret_cast<uint8_t*>(&bytes[0]), 0, bytes.size());
+    return bytes;
+}
+
+FrameHeader callHeader(uint64_t id, uint32_t code, size_t dataSize) {
+    FrameHeader call = frameHeader(FrameKind::kCall, static_cast<uint32_t>(dataSize));
+    call.id = id;
+    call.target = kFirstObject;
+    call.code = code;
+    return call;
+}
+
+// A call of kCall with an object of the sender's.
+std::string callWithObject(uint64_t id, uint64_t number, uint64_t chain) {
+    std::string body = interfaceHeader("test.IPeer");
+    const auto offset = static_cast<uint32_t>(body.size());
+    appendBytes(&body, ObjectRecord{hostbinder::kBinderHandle, 0, 0, 0});
+    for (int32_t word : {int32_t{hostbinder::kStabilitySystem}, 1}) appendBytes(&body, word);
+    FrameHeader call = callHeader(id, kCall, body.size());
+    call.chain = chain;
+    call.objectCount = call.referenceCount = 1;
+    appendBytes(&body, offset);
+    appendBytes(&body, ReferenceRecord{ReferenceOwner::kSender, 0, number, {}});
+    return bytesOf(call, body);
+}
+
+class HostilePeer : public testing::Test {
+  protected:
+    void start(const std::vector<std::string>& options = {}) {
+        mPeer = std::make_unique<Peer>(startPeer(options));
+        mSocket = peerSocket(mPeer->process.pid());
+        mBefore = countsOf(mPeer->process.pid());
+    }
+    // Served, and back to the descriptors and threads of before. Pool threads stay.
+    void expectUnharmed(size_t poolThreads = 16) {
+        EXPECT_EQ(add(mPeer->binder, 1), 2);
+        EXPECT_TRUE(eventually([&]() {
+            const ProcessCounts now = countsOf(mPeer->process.pid());
+            return now.descriptors <= mBefore.descriptors &&
+                   now.threads <= mBefore.threads + poolThreads;
+        }));
+    }
+
+    std::unique_ptr<Peer> mPeer;
+    std::string mSocket;
+    ProcessCounts mBefore;
+};
+
+TEST_F(HostilePeer, ThatFloodsWithCallsIsRefusedBeyondItsShare) {
+    start({"--late-pool"});
+    constexpr size_t kSize = 256 * 1024;
+    constexpr int kAccepted = 7;  // in 2 MiB, with what each call takes besides
+    constexpr int kCalls = 20;
+    RawConnection flood(mSocket);
+    ASSERT_TRUE(flood.greet());
+    ASSERT_TRUE(flood.acquire(kFirstObject));
+    for (uint64_t id = 1; id <= kCalls; ++id) {
+        flood.send(bytesOf(callHeader(id, kAdd, kSize), std::string(kSize, '\0')));
+    }
+    for (uint64_t id = kAccepted + 1; id <= kCalls; ++id) {
+        const FrameHeader refusal = flood.receive();
+        EXPECT_EQ(refusal.id, id);
+        EXPECT_EQ(refusal.status, STATUS_FAILED_TRANSACTION);
+    }
+    RawConnection other(mSocket);
+    ASSERT_TRUE(other.greet() && other.acquire(kFirstObject));
+    other.send(bytesOf(callHeader(1, hostbinder::kPingCode, kSize), std::string(kSize, '\0')));
+    mPeer->process.nudge();
+    EXPECT_EQ(other.receive().status, STATUS_OK);
+    for (int i = 0; i < kAccepted; ++i) EXPECT_EQ(flood.receive().status, STATUS_BAD_TYPE);
+    flood.send(bytesOf(callHeader(99, hostbinder::kPingCode, kSize), std::string(kSize, '\0')));
+    EXPECT_EQ(flood.receive().status, STATUS_OK) << "its share is free again";
+}
+
+TEST_F(HostilePeer, OnewayCallsTakeHalfOfTheShare) {
+    start();
+    int ends[2];
+    ASSERT_EQ(pipe2(ends, O_CLOEXEC), 0);
+    const ndk::ScopedFileDescriptor entered(open("/dev/null", O_WRONLY | O_CLOEXEC));
+    const auto oneway = [&](transaction_code_t code,
+                            const std::function<binder_status_t(AParcel*)>& write) {
+        EXPECT_EQ(callPeer(mPeer->binder, code, write, nullptr, FLAG_ONEWAY), STATUS_OK);
+    };
+    oneway(kBlock, [&](AParcel* in) {
+        AParcel_writeParcelFileDescriptor(in, entered.get());
+        return AParcel_writeParcelFileDescriptor(in, ends[0]);
+    });
+    const std::vector<uint8_t> filler(256 * 1024);
+    for (int32_t i = 0; i < 20; ++i) {
+        oneway(kRecord, [&](AParcel* in) {
+            AParcel_writeInt32(in, i);
+            return ndk::AParcel_writeVector(in, filler);
+        });
+    }
+    EXPECT_EQ(add(mPeer->binder, 1), 2) << "calls that somebody waits for still find room";
+    ASSERT_EQ(write(ends[1], "x", 1), 1);
+    std::vector<int32_t> records;
+    EXPECT_TRUE(eventually([&]() {
+        callPeer(mPeer->binder, kRecords, nullptr,
+                 [&](const AParcel* out) { return ndk::AParcel_readVector(out, &records); });
+        return records.size() == 3;
+    }));
+    EXPECT_EQ(records, (std::vector<int32_t>{0, 1, 2}));
+    close(ends[0]);
+    close(ends[1]);
+}
+
+TEST_F(HostilePeer, WhoseCallsBackNestWithoutEndIsRefused) {
+    start();
+    {
+        RawConnection nesting(mSocket);
+        ASSERT_TRUE(nesting.greet());
+        ASSERT_TRUE(nesting.acquire(kFirstObject));
+        // Each call has a new object, whose class the peer asks for; the answer is the next call.
+        int depth = 0;
+        FrameHeader answer{};
+        do {
+            ++depth;
+            nesting.send(callWithObject(100, 1000 + static_cast<uint64_t>(depth), 7));
+            do {
+                answer = nesting.receive();
+            } while (answer.kind == FrameKind::kRelease);
+        } while (answer.kind == FrameKind::kCall && depth < 1000);
+        EXPECT_EQ(answer.kind, FrameKind::kReply);
+        EXPECT_EQ(answer.status, STATUS_FAILED_TRANSACTION);
+        EXPECT_EQ(depth, 65);
+    }
+    expectUnharmed();
+}
+
+TEST_F(HostilePeer, ThatReadsNoAnswersLosesItsConnection) {
+    start();
+    const size_t many = 1000 * 1000;
+    RawConnection asking(mSocket);
+    ASSERT_TRUE(asking.greet());
+    EXPECT_TRUE(asking.sendUntilClosed(bytesOf(frameHeader(FrameKind::kAcquire)), many));
+    RawConnection calling(mSocket);
+    ASSERT_TRUE(calling.greet());
+    ASSERT_TRUE(calling.acquire(kFirstObject));
+    EXPECT_TRUE(calling.sendUntilClosed(bytesOf(callHeader(1, hostbinder::kPingCode, 0)), many));
+    expectUnharmed();
+}
+
+TEST_F(HostilePeer, ThatStopsWithinAMessageLosesItsConnection) {
+    start();
+    RawConnection silent(mSocket);
+    RawConnection greeting(mSocket);
+    RawConnection calling(mSocket);
+    greeting.send(bytesOf(frameHeader(FrameKind::kHello, 8)));
+    ASSERT_TRUE(calling.greet());
+    calling.send(bytesOf(callHeader(1, kAdd, 8)), {STDERR_FILENO});
+    for (RawConnection* connection : {&silent, &greeting, &calling}) {
+        EXPECT_TRUE(connection->isClosed());
+    }
+    expectUnharmed();
+}
+
+TEST_F(HostilePeer, GetsOnlySoManyConnections) {
+    start();
+    {
+        std::vector<std::unique_ptr<RawConnection>> connections;
+        for (int i = 0; i < 31; ++i) {
+            connections.push_back(std::make_unique<RawConnection>(mSocket));
+            ASSERT_TRUE(connections.back()->greet());
+        }
+        // One more has a place, or is the one that this process has besides.
+        RawConnection last(mSocket);
+        EXPECT_TRUE(RawConnection(mSocket).isClosed());
+        EXPECT_EQ(add(mPeer->binder, 1), 2);
+    }
+    expectUnharmed();
+}
+
+TEST_F(HostilePeer, CannotTakeTheNameOfAnother) {
+    start();
+    ASSERT_EQ(hold(mPeer->binder, newPeerObject()), STATUS_OK);  // gives this process a socket
+    const std::string path = peerSocket(getpid());
+    ASSERT_NE(path, "");
+    const pid_t child = fork();
+    ASSERT_GE(child, 0);
+    if (child == 0) {
+        RawConnection thief(mSocket);
+        thief.sendHello(path.substr(path.rfind('/') + 1));
+        _exit(thief.isClosed() ? 0 : 1);
+    }
+    int status = -1;
+    ASSERT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_EQ(add(mPeer->binder, 1), 2) << "the connection of the name's owner stays";
+}
+
+TEST_F(HostilePeer, ThatKeepsEveryObjectGetsNoMore) {
+    start();
+    {
+        RawConnection hoarder(mSocket);
+        ASSERT_TRUE(hoarder.greet());
+        ASSERT_TRUE(hoarder.acquire(kFirstObject));
+        const std::string header = interfaceHeader("test.IPeer");
+        int32_t status = STATUS_OK;
+        int objects = 1;
+        while (status == STATUS_OK && objects < 20000) {
+            hoarder.send(bytesOf(callHeader(1, kNewObject, header.size()), header));
+            status = hoarder.receive().status;
+            if (status == STATUS_OK) ++objects;
+        }
+        EXPECT_EQ(status, STATUS_FAILED_TRANSACTION);
+        EXPECT_EQ(objects, 8192);
+    }
+    EXPECT_TRUE(eventually([&]() { return askPeer(mPeer->binder, kLiveObjects) == 1; }));
+}
+
+TEST_F(HostilePeer, ThatTakesNoReferenceGetsNoMore) {
+    start();
+    ASSERT_EQ(hold(mPeer->binder, newPeerObject()), STATUS_OK);  // one of a third process
+    RawConnection untaking(mSocket);
+    ASSERT_TRUE(untaking.greet());
+    ASSERT_TRUE(untaking.acquire(kFirstObject));
+    const std::string header = interfaceHeader("test.IPeer");
+    FrameHeader answer{};
+    int answers = 0;
+    do {
+        untaking.send(bytesOf(callHeader(1, kGetHeld, header.size()), header));
+        answer = untaking.receive();
+    } while (answer.referencesId != 0 && ++answers < 5000);
+    EXPECT_EQ(answers, 1024);
+    EXPECT_EQ(answer.status, STATUS_FAILED_TRANSACTION);
+}
+
+}  // namespace
