@@ -21,24 +21,32 @@ lock_out() {
 
 unlock_out() { exec 9>&-; }
 
-listed_packages() { sed -e 's/#.*//' -e '/^[[:space:]]*$/d' "$root/scripts/packages.txt"; }
+# listed_packages COMMAND: the names in the list, without those marked for another command.
+listed_packages() {
+    local name only
+    while read -r name only; do
+        [[ -z "$name" || "$name" == \#* ]] && continue
+        [[ -n "$only" && "$only" != "$1" ]] || echo "$name"
+    done <"$root/scripts/packages.txt"
+}
 
 missing_packages() {
     local names name installed
-    mapfile -t names < <(listed_packages)
+    mapfile -t names < <(listed_packages "$1")
     installed="$(dpkg-query -W -f '${Package}=${db:Status-Status}\n' "${names[@]}" 2>/dev/null || true)"
     for name in "${names[@]}"; do
         grep -qxF "$name=installed" <<<"$installed" || printf '%s ' "$name"
     done
 }
 
-# Installs what the list names and this machine lacks. A stamp named after the list's checksum
-# lets later calls skip the question.
+# install_packages COMMAND: installs what the list names for it and this machine lacks. A stamp
+# named after the list's checksum lets later calls skip the question.
 install_packages() {
-    local stamp missing
-    stamp="$out/.packages-$(sha256sum <"$root/scripts/packages.txt" | cut -c 1-16)"
+    local sum stamp missing
+    sum="$(sha256sum <"$root/scripts/packages.txt" | cut -c 1-16)"
+    stamp="$out/.packages-$sum-$1"
     [[ -e "$stamp" ]] && return
-    missing="$(missing_packages)"
+    missing="$(missing_packages "$1")"
     if [[ -n "$missing" ]]; then
         local as_root=()
         if [[ "$(id -u)" != 0 ]]; then
@@ -56,7 +64,7 @@ install_packages() {
                 "${as_root[@]}" install -y --no-install-recommends $missing >&2; } ||
             refuse "could not install $missing"
     fi
-    rm -f "$out"/.packages-*
+    find "$out" -maxdepth 1 -name '.packages-*' ! -name ".packages-$sum*" -delete
     touch "$stamp"
 }
 

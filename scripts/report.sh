@@ -20,11 +20,15 @@ picture_of() {
     fi
 }
 
-# report_files FOLDER BEFORE: names what is new or changed since the list BEFORE was made; their
-# number is left in $wrote.
+# written_files FOLDER BEFORE: what is new or changed since the list BEFORE was made, as lines of
+# such a list.
+written_files() { LC_ALL=C comm -13 <(echo "$2") <(list_files "$1"); }
+
+# report_files FOLDER WRITTEN: names what the list WRITTEN holds; their number is left in $wrote.
 wrote=0
 report_files() {
     local folder="$1" path size note
+    [[ -n "$2" ]] || return 0
     while IFS=$'\t' read -r path _ size; do
         wrote=$((wrote + 1))
         case "$path" in
@@ -35,7 +39,7 @@ report_files() {
             ;;
         *) say "wrote $(here "$folder/$path") ($size bytes)" ;;
         esac
-    done < <(LC_ALL=C comm -13 <(echo "$2") <(list_files "$folder"))
+    done <<<"$2"
 }
 
 # report_outcome STATUS: which signal ended the tool, and the last error that it logged.
@@ -57,5 +61,33 @@ report_unfilled_inputs() {
     if grep -q 'LoadOffineSource.*: open input file' "$out/run.log"; then
         say "the input frames were left empty: nothing answers the tool's plane-layout query," \
             "so it read no row of its source files (--planes provides the answer)"
+    fi
+}
+
+# start_page COMMAND...: begins the report of the run, whose facts ./run holds in its variables; it
+# is made beside the pictures.
+page_maker=""
+start_page() {
+    local path word told=()
+    for word in "${options[@]}"; do
+        [[ "$word" == -- ]] || told+=("--option=$word")
+    done
+    while IFS=$'\t' read -r path _; do
+        [[ -z "$path" ]] || told+=("--dump=$data/$path")
+    done <<<"$written"
+    rm -f "$out/report.html" "$out/report.json"
+    "$out/build/bin/runreport" --html="$out/report.html" --json="$out/report.json" \
+        --started="$started" --ended="$ended" --status="$status" "${told[@]}" \
+        --log="$out/run.log" --device-log="$out/device.log" --trace="$out/trace.log" \
+        --data="$data" --explanations="$root/docs/device.md" -- "$@" >&2 &
+    page_maker=$!
+}
+
+# A report that could not be made changes no status: the run is what counts.
+finish_page() {
+    if wait "$page_maker"; then
+        say "report: $(here "$out/report.html")"
+    else
+        say "no report of this run could be written"
     fi
 }

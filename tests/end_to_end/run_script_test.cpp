@@ -26,6 +26,7 @@ class RunScript : public ::testing::Test {
         m_root = mkdtemp(name.data());
         fs::copy(PROJECT_FOLDER "/run", m_root + "/run");
         fs::copy(PROJECT_FOLDER "/scripts", m_root + "/scripts");
+        fs::copy(PROJECT_FOLDER "/docs", m_root + "/docs");
         fs::create_directories(m_root + "/out/build");
         fs::create_directory_symlink(fs::path(DEVICESHELL).parent_path(),
                                      m_root + "/out/build/bin");

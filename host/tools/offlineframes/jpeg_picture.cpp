@@ -47,16 +47,28 @@ void begin(Decoder* decoder, const Bytes& bytes) {
     jpeg_save_markers(&decoder->info, JPEG_APP0 + 1, 0xFFFF);
 }
 
+// Sets the output's size from the header's.
+void reduce(Decoder* decoder, uint32_t leastWidth) {
+    jpeg_decompress_struct& info = decoder->info;
+    info.scale_num = info.scale_denom = 8;
+    while (leastWidth != 0 && info.scale_num > 1 &&
+           uint64_t{info.image_width} * (info.scale_num - 1) >= uint64_t{leastWidth} * 8) {
+        --info.scale_num;
+    }
+    jpeg_calc_output_dimensions(&info);
+}
+
 // After it the picture's size and markers are known. False: see message.
-bool readHeader(Decoder* decoder) {
+bool readHeader(Decoder* decoder, uint32_t leastWidth) {
     if (setjmp(decoder->escape) != 0) return false;
     jpeg_read_header(&decoder->info, TRUE);
     decoder->info.out_color_space = JCS_RGB;
     decoder->info.dct_method = JDCT_ISLOW;
+    reduce(decoder, leastWidth);
     return true;
 }
 
-// Fills width x height x 3 bytes. False: see message.
+// Fills output width x height x 3 bytes. False: see message.
 bool readPixels(Decoder* decoder, uint8_t* rgb) {
     if (setjmp(decoder->escape) != 0) return false;
     jpeg_start_decompress(&decoder->info);
@@ -79,10 +91,10 @@ int orientationOf(const Decoder& decoder) {
 
 }  // namespace
 
-Result<JpegPicture> decodeJpeg(const Bytes& bytes, const std::string& name) {
+Result<JpegPicture> decodeJpeg(const Bytes& bytes, const std::string& name, uint32_t leastWidth) {
     Decoder decoder = {};
     begin(&decoder, bytes);
-    if (!readHeader(&decoder)) {
+    if (!readHeader(&decoder, leastWidth)) {
         jpeg_destroy_decompress(&decoder.info);
         return Failure{name + ": damaged JPEG: " + decoder.message};
     }
@@ -95,7 +107,9 @@ Result<JpegPicture> decodeJpeg(const Bytes& bytes, const std::string& name) {
     }
     JpegPicture jpeg;
     jpeg.orientation = orientationOf(decoder);  // the markers are gone once the pixels are read
-    jpeg.picture = Picture(width, height);
+    jpeg.width = width;
+    jpeg.height = height;
+    jpeg.picture = Picture(decoder.info.output_width, decoder.info.output_height);
     const bool ok = readPixels(&decoder, jpeg.picture.rgb.data());
     if (ok) jpeg.jpegBytes = bytes.size() - decoder.info.src->bytes_in_buffer;
     jpeg_destroy_decompress(&decoder.info);

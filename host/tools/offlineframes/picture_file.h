@@ -28,10 +28,15 @@ Result<Bytes> encodePng(const Picture& picture, const std::string& name);
 // ends before its end marker is an error.
 struct JpegPicture {
     Picture picture;       // as stored: orientation not yet applied
+    uint32_t width = 0;    // of the whole picture, pixels
+    uint32_t height = 0;   // likewise
     int orientation = 1;   // EXIF 1 to 8
     size_t jpegBytes = 0;  // up to and with the end marker
 };
-Result<JpegPicture> decodeJpeg(const Bytes& bytes, const std::string& name);
+// With `leastWidth`, `picture` is reduced in eighths while it stays at least that wide; that costs
+// a fraction of the time.
+Result<JpegPicture> decodeJpeg(const Bytes& bytes, const std::string& name,
+                               uint32_t leastWidth = 0);
 
 // PPM (binary, P6, 8 or 16 bits), in ppm_picture.cpp.
 Result<Picture> decodePpm(const Bytes& bytes, const std::string& name);
