@@ -1,0 +1,112 @@
+// docs/device.md explains what the sources say, all of it and nothing else.
+
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <regex>
+#include <set>
+#include <sstream>
+
+#include "host/tools/explanations/explanations.h"
+#include "tests/device_build/log_texts.h"
+
+namespace device_build {
+namespace {
+
+namespace fs = std::filesystem;
+using explanations::Explanation;
+using explanations::MatchesLine;
+
+std::string ReadText(const fs::path& path) {
+    std::ifstream file(path);
+    EXPECT_TRUE(file) << path;
+    return std::string(std::istreambuf_iterator<char>(file), {});
+}
+
+// The page in two: what is the tool's own, and what is the stand-in device's.
+struct Page {
+    std::vector<Explanation> statuses;
+    std::vector<Explanation> tool;
+    std::vector<Explanation> standIn;
+};
+
+Page ReadPage() {
+    const std::string text = ReadText(fs::path(PROJECT_FOLDER) / "docs/device.md");
+    const size_t border = text.find("\n## Lines of the stand-in device");
+    std::istringstream statuses(text), tool(text.substr(0, border)), standIn(text.substr(border));
+    return {explanations::ReadExitStatuses(statuses), explanations::ReadExplanations(tool),
+            explanations::ReadExplanations(standIn)};
+}
+
+TEST(DevicePage, EveryEntryHasCauseAndCureAndStandsOnce) {
+    const Page page = ReadPage();
+    std::set<std::string> lines;
+    for (const std::vector<Explanation>* section : {&page.statuses, &page.tool, &page.standIn}) {
+        EXPECT_FALSE(section->empty());
+        for (const Explanation& entry : *section) {
+            EXPECT_FALSE(entry.cause.empty()) << entry.line;
+            EXPECT_FALSE(entry.cure.empty()) << entry.line;
+            EXPECT_TRUE(lines.insert(entry.line).second) << entry.line << ": twice";
+        }
+    }
+}
+
+// An entry may be about one value of a text: "reason …" is explained by each reason.
+TEST(DevicePage, EveryErrorAndWarningOfTheToolHasAnEntryAndEveryEntryItsText) {
+    const std::vector<Explanation> entries = ReadPage().tool;
+    const std::vector<LogText> texts = ReadLogTexts(PROJECT_FOLDER);
+    for (const LogText& text : texts) {
+        const bool explained = std::any_of(
+                entries.begin(), entries.end(),
+                [&](const Explanation& entry) { return MatchesLine(text.text, entry.line); });
+        if (text.priority == 'E' || text.priority == 'W') {
+            EXPECT_TRUE(explained) << text.place << ": " << text.text;
+        }
+    }
+    for (const Explanation& entry : entries) {
+        EXPECT_TRUE(std::any_of(
+                texts.begin(), texts.end(),
+                [&](const LogText& text) { return MatchesLine(text.text, entry.line); }))
+                << entry.line << ": no text of the sources";
+    }
+}
+
+// Those are put together from pieces, which must stand in some source or script.
+TEST(DevicePage, EveryEntryOfTheStandInDeviceIsMadeOfTextsOfItsSources) {
+    const fs::path project = PROJECT_FOLDER;
+    std::string sources = ReadText(project / "run");
+    for (const char* folder : {"host", "scripts"}) {
+        for (const auto& entry : fs::recursive_directory_iterator(project / folder)) {
+            if (entry.path().extension() == ".cpp" || entry.path().extension() == ".sh") {
+                sources += ReadText(entry.path());
+            }
+        }
+    }
+    sources = std::regex_replace(sources, std::regex("\" ?\\\\?\n *\""), "");
+    for (const Explanation& entry : ReadPage().standIn) {
+        const std::string line = std::regex_replace(entry.line, std::regex("…|: "), "\n");
+        std::istringstream pieces(line);
+        for (std::string piece; std::getline(pieces, piece);) {
+            EXPECT_NE(sources.find(piece), std::string::npos) << entry.line << ": " << piece;
+        }
+    }
+}
+
+TEST(DevicePage, EveryErrorOfTheFaultMatrixIsExplained) {
+    const Page page = ReadPage();
+    std::vector<Explanation> all = page.tool;
+    all.insert(all.end(), page.standIn.begin(), page.standIn.end());
+    const std::string matrix = ReadText(fs::path(PROJECT_FOLDER) / "docs/faults.md");
+    static const std::regex& error = *new std::regex("`E ([^`]*)`");
+    const std::sregex_iterator first(matrix.begin(), matrix.end(), error), last;
+    EXPECT_NE(first, last);
+    for (std::sregex_iterator found = first; found != last; ++found) {
+        EXPECT_NE(Explain(all, (*found)[1].str()), nullptr) << (*found)[1];
+    }
+}
+
+}  // namespace
+}  // namespace device_build
