@@ -7,6 +7,7 @@
 #include <charconv>
 
 #include "faults.h"
+#include "shell.h"
 
 namespace deviceshell {
 
@@ -67,10 +68,11 @@ bool addFault(const Options& options, const std::string& fault, const std::strin
 }  // namespace
 
 std::optional<DevicePlan> makePlan(const Options& options, const std::string& folder,
-                                   std::string* error) {
+                                   ShellKind shell, std::string* error) {
     DevicePlan plan;
     plan.verbose = options.verbose;
-    plan.command = options.command;
+    plan.shell = options.command.empty() ? shell : ShellKind::None;
+    plan.command = options.command.empty() ? shellCommand() : options.command;
     std::string path;
     if (!findProgram(folder, kServiceManager, &path, error)) return std::nullopt;
     plan.programs.push_back({{path}, ""});
@@ -116,9 +118,9 @@ std::optional<std::string> listFaults(const std::string& folder, std::string* er
 std::vector<std::string> encodePlan(const DevicePlan& plan) {
     const DeviceDescriptors& numbers = plan.descriptors;
     std::vector<std::string> words = {kInsideWord};
-    for (const int number :
-         {numbers.status, numbers.control, numbers.log, numbers.deviceLog, numbers.trace,
-          plan.verbose ? 1 : 0, static_cast<int>(plan.programs.size())}) {
+    for (const int number : {numbers.status, numbers.control, numbers.log, numbers.deviceLog,
+                             numbers.trace, plan.verbose ? 1 : 0, static_cast<int>(plan.shell),
+                             static_cast<int>(plan.programs.size())}) {
         words.push_back(std::to_string(number));
     }
     for (const DeviceProgram& program : plan.programs) {
@@ -177,6 +179,9 @@ std::optional<DevicePlan> decodePlan(const std::vector<std::string>& words) {
         *number = reader.number();
     }
     plan.verbose = reader.number() != 0;
+    const int shell = reader.number();
+    if (shell < 0 || shell > static_cast<int>(ShellKind::Terminal)) return std::nullopt;
+    plan.shell = static_cast<ShellKind>(shell);
     const int programs = reader.number();
     for (int i = 0; i < programs && !reader.failed(); ++i) {
         DeviceProgram program;

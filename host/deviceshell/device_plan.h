@@ -24,18 +24,23 @@ struct DeviceDescriptors {
     int trace = -1;      // binder trace of the command; -1: none
 };
 
+// Whether the command is a shell that this program chose, and for whom.
+enum class ShellKind { None, Script, Terminal };
+
 struct DevicePlan {
     DeviceDescriptors descriptors;
     bool verbose = false;
+    ShellKind shell = ShellKind::None;
     std::vector<DeviceProgram> programs;  // the service manager first
     std::vector<std::string> command;
 };
 
 // Decides the programs from the options: those of this system lie in `binaryFolder`. Faults go to
 // the program whose list has them. Nothing, with a sentence in `error` that names it, when a
-// program is missing or no program knows a fault.
+// program is missing or no program knows a fault. Without a command, the command is a shell of
+// this kind.
 std::optional<DevicePlan> makePlan(const Options& options, const std::string& binaryFolder,
-                                   std::string* error);
+                                   ShellKind shell, std::string* error);
 
 // The printed fault lists of both programs. Nothing, with a sentence in `error`, when a program is
 // missing or does not answer.

@@ -13,6 +13,7 @@
 #include "options.h"
 #include "outside.h"
 #include "process.h"
+#include "shell.h"
 
 namespace {
 
@@ -53,8 +54,11 @@ int run(const std::vector<std::string>& arguments, const std::string& self) {
     }
     if (!deviceshell::resolvePaths(&*options, &error)) return refuse(error);
     const std::optional<deviceshell::DevicePlan> plan =
-            deviceshell::makePlan(*options, binaryFolder, &error);
+            deviceshell::makePlan(*options, binaryFolder, deviceshell::shellKindHere(), &error);
     if (!plan) return refuse(error);
+    if (plan->shell == deviceshell::ShellKind::Terminal && !deviceshell::mayUseTerminal()) {
+        return refuse("a shell in the background cannot use the terminal; give a COMMAND");
+    }
     return deviceshell::runOutside(*options, *plan, self);
 }
 

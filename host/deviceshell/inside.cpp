@@ -6,6 +6,7 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <signal.h>
+#include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
 #include <sys/resource.h>
@@ -14,19 +15,18 @@
 #include <time.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <map>
 
 #include "process.h"
 #include "readiness.h"
 #include "sandbox.h"
+#include "shell.h"
 
 namespace deviceshell {
 
 namespace {
 
 constexpr int kNoDevice = 125;
-constexpr rlim_t kMaxDescriptors = 32768;
 constexpr int kStopSeconds = 2;  // for the programs to end by themselves after SIGTERM
 
 using Deadline = timespec;
@@ -91,12 +91,6 @@ bool Device::prepare() {
     // A command that dies must not leave a core file in the user's folder.
     const rlimit none = {0, 0};
     setrlimit(RLIMIT_CORE, &none);
-    // As many descriptors as a device's first process allows, if the workstation does, too.
-    rlimit descriptors = {};
-    if (getrlimit(RLIMIT_NOFILE, &descriptors) == 0) {
-        descriptors.rlim_cur = std::min(descriptors.rlim_max, kMaxDescriptors);
-        setrlimit(RLIMIT_NOFILE, &descriptors);
-    }
 
     sigset_t all;
     sigfillset(&all);
@@ -226,6 +220,14 @@ int Device::runCommand() {
                             {"PATH", std::string(kBinaryFolder) + ":" + (path ? path : "/bin")},
                             {"STANDIN_LOG_FD", std::to_string(m_numbers.log)}};
     start.keepOpen = {m_numbers.log};
+    if (m_plan.shell != ShellKind::None) {
+        for (const auto& variable : shellEnvironment()) start.setEnvironment.push_back(variable);
+        start.unsetEnvironment = {"ENV", "BASH_ENV"};
+    }
+    if (m_plan.shell == ShellKind::Terminal) {
+        fputs(kGreeting, stderr);
+        start.ownTerminal = true;
+    }
     if (m_plan.verbose) start.setEnvironment.emplace_back("STANDIN_LOG_ECHO", "1");
     if (m_numbers.trace >= 0) {
         start.setEnvironment.emplace_back("STANDIN_BINDER_TRACE_FD",

@@ -11,8 +11,11 @@
 namespace deviceshell {
 
 const char* const kHelp =
-        "usage: deviceshell [OPTIONS] [--] COMMAND [ARGUMENTS]\n"
-        "Brings a stand-in device up, runs COMMAND in it and takes the device down.\n"
+        "usage: deviceshell [OPTIONS] [--] [COMMAND [ARGUMENTS]]\n"
+        "Brings a stand-in device up, runs COMMAND in it and takes the device down. Without\n"
+        "COMMAND it runs a shell: at a terminal for you, else for the commands on standard\n"
+        "input. In a shell, 'service list', 'logcat -d' and 'trace -d' show the services, the\n"
+        "platform log of everything and the binder calls.\n"
         "\n"
         "  --data DIR         folder that the command sees as /data/vendor/camera\n"
         "                     (without it: an empty one that is gone afterwards)\n"
@@ -72,8 +75,6 @@ bool setFlag(const std::string& word, Options* options) {
 bool checkCombination(const Options& options, std::string* error) {
     if (options.withoutService && !options.serviceProgram.empty()) {
         *error = "--no-service and --service exclude each other";
-    } else if (options.command.empty() && !options.help && !asksForFaultList(options)) {
-        *error = "no command given; try 'deviceshell --help'";
     }
     return error->empty();
 }

@@ -20,12 +20,12 @@ struct Options {
     bool verbose = false;
     bool dieWithParent = false;
     bool help = false;
-    std::vector<std::string> command;  // program and arguments; empty with help or --fault help
+    std::vector<std::string> command;  // program and arguments; empty: a shell
 };
 
 // Reads the arguments that follow the program's name. Options end at the first other word or at
-// "--". Nothing, with a sentence in `error`, when an option is unknown, misses its value, excludes
-// another one, or no command is given. Touches no file.
+// "--". Nothing, with a sentence in `error`, when an option is unknown, misses its value or
+// excludes another one. Touches no file.
 std::optional<Options> parseOptions(const std::vector<std::string>& arguments, std::string* error);
 
 // Checks that the folder and the program the options name are there, and makes their paths

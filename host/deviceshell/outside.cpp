@@ -8,6 +8,7 @@
 #include <signal.h>
 #include <stdlib.h>
 #include <string.h>
+#include <sys/mman.h>
 #include <sys/prctl.h>
 #include <sys/signalfd.h>
 #include <sys/wait.h>
@@ -15,6 +16,7 @@
 
 #include "process.h"
 #include "sandbox.h"
+#include "shell.h"
 
 namespace deviceshell {
 
@@ -32,13 +34,26 @@ int openLog(const std::string& path) {
     return number;
 }
 
-bool openFiles(const Options& options, DeviceDescriptors* numbers) {
-    numbers->log = openLog(options.logFile);
+// A log without a file, for a shell to read through the descriptor; -1 with a complaint.
+int openMemory(const char* name) {
+    const int number = memfd_create(name, MFD_CLOEXEC);
+    if (number >= 0 && fcntl(number, F_SETFL, O_APPEND) == 0) return number;
+    complain(std::string("cannot keep the ") + name + ": " + strerror(errno));
+    return -1;
+}
+
+// A shell has everything at hand: one log of all programs, as on a device, and the trace.
+bool openFiles(const Options& options, bool forShell, DeviceDescriptors* numbers) {
+    const bool keepLog = forShell && options.logFile.empty();
+    numbers->log = keepLog ? openMemory("log") : openLog(options.logFile);
     if (numbers->log < 0) return false;
-    numbers->deviceLog = openLog(options.deviceLogFile);
+    numbers->deviceLog = keepLog && options.deviceLogFile.empty()
+                                 ? fcntl(numbers->log, F_DUPFD_CLOEXEC, 0)
+                                 : openLog(options.deviceLogFile);
     if (numbers->deviceLog < 0) return false;
-    if (options.traceFile.empty()) return true;
-    numbers->trace = openLog(options.traceFile);
+    const bool keepTrace = forShell && options.traceFile.empty();
+    if (!keepTrace && options.traceFile.empty()) return true;
+    numbers->trace = keepTrace ? openMemory("trace") : openLog(options.traceFile);
     return numbers->trace >= 0;
 }
 
@@ -142,7 +157,9 @@ int takeStatus(int statusEnd, int lastSignal) {
 
 int runOutside(const Options& options, DevicePlan plan, const std::string& self) {
     DeviceDescriptors& numbers = plan.descriptors;
-    if (!openFiles(options, &numbers)) return kUsage;
+    if (!openFiles(options, plan.shell != ShellKind::None, &numbers)) return kUsage;
+    std::optional<LentTerminal> lent;
+    if (plan.shell == ShellKind::Terminal) lent.emplace();
     int statusEnds[2];
     int controlEnds[2];
     const sigset_t watched = watchedSignals();

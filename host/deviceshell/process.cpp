@@ -11,6 +11,8 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "shell.h"
+
 namespace deviceshell {
 
 namespace {
@@ -19,6 +21,7 @@ constexpr size_t kMaxOutput = 1 << 20;
 
 [[noreturn]] void becomeProgram(const ProgramStart& start) {
     if (start.ownGroup) setpgid(0, 0);
+    if (start.ownTerminal) takeTerminal();
     const int wanted[3] = {start.input, start.output, start.error};
     for (int number = 0; number < 3; ++number) {
         if (wanted[number] >= 0) dup2(wanted[number], number);

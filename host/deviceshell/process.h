@@ -19,6 +19,7 @@ struct ProgramStart {
     int output = -1;
     int error = -1;
     unsigned limitSeconds = 0;  // SIGALRM ends the program after this time; 0: no limit
+    bool ownTerminal = false;   // own process group, which gets the terminal of descriptor 0
     bool ownGroup = false;      // own process group: the terminal's signals do not reach it
 };
 

@@ -24,6 +24,8 @@ class ProxyBinder final : public AIBinder {
                              binder_flags_t flags) override;
     // The first class with the right descriptor stays.
     bool associateClass(const AIBinder_Class* clazz) override;
+    // Asks the object for its interface's name.
+    binder_status_t readDescriptor(std::string* descriptor);
     // Sets the class without asking the object for its descriptor.
     void assumeClass(const AIBinder_Class* clazz) { mClass = clazz; }
 
@@ -40,7 +42,6 @@ class ProxyBinder final : public AIBinder {
 
   private:
     void onLastStrongReference() override;
-    binder_status_t readDescriptor(std::string* descriptor);
 
     const std::shared_ptr<Connection> mConnection;
     const uint64_t mNumber;

@@ -8,8 +8,10 @@
 #include <string>
 #include <vector>
 
+#include "ibinder.h"
 #include "local_registry.h"
 #include "log.h"
+#include "proxy_binder.h"
 #include "service_manager_client.h"
 
 namespace hostbinder {
@@ -134,5 +136,20 @@ binder_status_t AServiceManager_forEachService(void* context,
         names = hostbinder::LocalRegistry::instance().names();
     }
     for (const std::string& name : names) callback(name.c_str(), context);
+    return STATUS_OK;
+}
+
+binder_status_t AServiceManager_readInterface(const char* instance, void* context,
+                                              void (*callback)(const char*, void*)) {
+    const ndk::SpAIBinder binder = hostbinder::checkService(instance);
+    if (binder.get() == nullptr) return STATUS_NAME_NOT_FOUND;
+    std::string descriptor;
+    if (hostbinder::ProxyBinder* const proxy = binder.get()->asProxy()) {
+        const binder_status_t status = proxy->readDescriptor(&descriptor);
+        if (status != STATUS_OK) return status;
+    } else {
+        descriptor = binder.get()->clazz()->descriptor;
+    }
+    callback(descriptor.c_str(), context);
     return STATUS_OK;
 }

@@ -115,6 +115,15 @@ bool Subprocess::waitForOutput(const std::string& text) {
     return true;
 }
 
+bool Subprocess::waitForNext(const std::string& text) {
+    size_t found = 0;
+    while ((found = m_texts[0].find(text, m_seen)) == std::string::npos) {
+        if (!readSome()) return false;
+    }
+    m_seen = found + text.size();
+    return true;
+}
+
 void Subprocess::type(const std::string& keys) {
     if (write(m_ends[0], keys.data(), keys.size()) < 0) return;
 }

@@ -37,6 +37,10 @@ class Subprocess {
     // Reads on until standard output holds the text; false when it ends first or time is over.
     bool waitForOutput(const std::string& text);
 
+    // Reads on until standard output holds the text after what was there at the call before this
+    // one; false as above. For a dialogue in which the same text comes again.
+    bool waitForNext(const std::string& text);
+
     // Types at the terminal.
     void type(const std::string& keys);
 
@@ -50,6 +54,7 @@ class Subprocess {
     pid_t m_pid = -1;
     int m_ends[2] = {-1, -1};  // standard output (or the terminal) and standard error
     std::string m_texts[2];
+    size_t m_seen = 0;  // of standard output, by waitForNext()
     timespec m_deadline = {};
 };
 

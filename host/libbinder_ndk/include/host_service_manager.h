@@ -23,6 +23,13 @@ bool AServiceManager_isValidServiceName(const char* instance);
 binder_status_t AServiceManager_forEachService(void* context, void (*callback)(const char* instance,
                                                                                void* context));
 
+// Calls back, before returning, with the interface descriptor of a registered service, as the
+// service itself tells it. STATUS_NAME_NOT_FOUND if nothing has that name; otherwise the status of
+// asking the service.
+binder_status_t AServiceManager_readInterface(const char* instance, void* context,
+                                              void (*callback)(const char* descriptor,
+                                                               void* context));
+
 // Makes this process the service manager: binder (a reference is taken) answers under the fixed
 // socket $STANDIN_BINDER_DIR/servicemanager from now on. To be called before any other use of the
 // library. STATUS_ALREADY_EXISTS if another service manager listens there, STATUS_NO_INIT if the
