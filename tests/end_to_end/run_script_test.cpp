@@ -1,13 +1,9 @@
 // ./run in a copy of the project whose build is this one: its options, report and files.
 
+#include "tests/end_to_end/run_script.h"
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <stdlib.h>
-
-#include <filesystem>
-#include <fstream>
-
-#include "tests/end_to_end/device_run.h"
 
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
@@ -19,32 +15,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-class RunScript : public ::testing::Test {
-  protected:
-    RunScript() {
-        std::string name = ::testing::TempDir() + "run script-XXXXXX";
-        m_root = mkdtemp(name.data());
-        fs::copy(PROJECT_FOLDER "/run", m_root + "/run");
-        fs::copy(PROJECT_FOLDER "/scripts", m_root + "/scripts");
-        fs::copy(PROJECT_FOLDER "/docs", m_root + "/docs");
-        fs::create_directories(m_root + "/out/build");
-        fs::create_directory_symlink(fs::path(DEVICESHELL).parent_path(),
-                                     m_root + "/out/build/bin");
-        // Everything is built already.
-        std::ofstream(m_root + "/out/build/build.ninja")
-                << "build host/all: phony\nbuild driver/all: phony\n";
-    }
-    ~RunScript() override { fs::remove_all(m_root); }
-
-    Finished run(const std::vector<std::string>& arguments) {
-        std::vector<std::string> words = {m_root + "/run"};
-        words.insert(words.end(), arguments.begin(), arguments.end());
-        return runProgram(words, crashSettings());
-    }
-
-    std::string m_root;
-};
-
 TEST_F(RunScript, RefusesWrongOptionsBeforeAnythingStarts) {
     const struct {
         std::vector<std::string> arguments;
@@ -53,6 +23,7 @@ TEST_F(RunScript, RefusesWrongOptionsBeforeAnythingStarts) {
                  {{"--planes", "--fault"}, "--fault"},
                  {{"--data", "/no/such folder", "-t", "B2Y"}, "/no/such folder"},
                  {{"--data=/no/such", "-t", "B2Y"}, "/no/such"},
+                 {{"--shell", "-t", "B2Y"}, "--shell"},
                  {{"--service", "/etc/passwd", "-t", "B2Y"}, "/etc/passwd"},
                  {{"--fault", "no-such-fault", "-t", "B2Y"}, "no-such-fault"}};
     for (const auto& wrong : cases) {
@@ -105,6 +76,17 @@ TEST_F(RunScript, UsesAnotherDataFolder) {
     EXPECT_EQ(finished.status, 0) << finished.err;
     EXPECT_TRUE(fs::exists(m_root + "/my data/offlinecameratest/mmf_fd.yuv"));
     EXPECT_FALSE(fs::exists(m_root + "/out/camera"));
+}
+
+TEST_F(RunScript, OpensAShellOnTheDevice) {
+    const Finished finished =
+            runProgram({"sh", "-c",
+                        "echo 'vexofflinecameratest -t B2Y; service list; exit 3' | \"$0\" --shell",
+                        m_root + "/run"},
+                       crashSettings());
+    EXPECT_EQ(finished.status, 3) << finished.err;
+    EXPECT_THAT(finished.out, StartsWith("cmd: -t=B2Y\nopMode: B2Y=0\nret: =0\nFound 2 services:"));
+    EXPECT_THAT(finished.err, HasSubstr("Scanline[0].yuv (18874368 bytes), "));
 }
 
 TEST_F(RunScript, EndsWithTheToolsSignal) {

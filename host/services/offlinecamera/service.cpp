@@ -85,20 +85,12 @@ ndk::ScopedAStatus OfflineCameraService::openOfflineSession(
     session->reset();
     if (mFaults->GivesNoSession()) return ndk::ScopedAStatus::ok();
     if (callback == nullptr) return Refuse("openOfflineSession", kIllegalArgument, "no callback");
-    if (clientName.size() > OfflineCameraSession::kMaxNameBytes) {
-        return Refuse("openOfflineSession", kIllegalArgument,
-                      "client name of " + std::to_string(clientName.size()) + " bytes: at most " +
-                              std::to_string(OfflineCameraSession::kMaxNameBytes));
-    }
-    SessionSlots::Slot slot = mSlots->Take(AIBinder_getCallingPid());
-    if (slot == nullptr) {
+    if (!mSlots->Take()) {
         return Refuse("openOfflineSession", kNoResources,
-                      "too many sessions are open: " + std::to_string(SessionSlots::kMaxOfAClient) +
-                              " of a client, " + std::to_string(SessionSlots::kMaxSessions) +
-                              " of all at most");
+                      std::to_string(SessionSlots::kMaxSessions) + " sessions are open");
     }
     auto opened = ndk::SharedRefBase::make<OfflineCameraSession>(clientName, callback, mMapper,
-                                                                 mFaults, std::move(slot));
+                                                                 mFaults, mSlots);
     if (!opened->WatchClient()) {
         return Refuse("openOfflineSession", kIllegalArgument, "the client is dead");
     }

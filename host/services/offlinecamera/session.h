@@ -2,9 +2,8 @@
 #pragma once
 
 #include <aidl/vendor/zel/hardware/camera/offlinecamera/BnOfflineCameraSession.h>
-#include <sys/types.h>
 
-#include <map>
+#include <atomic>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -16,23 +15,16 @@
 
 namespace offlinecamera {
 
-/** Counts sessions, which cost a thread each. */
-class SessionSlots : public std::enable_shared_from_this<SessionSlots> {
+/** Counts open sessions. */
+class SessionSlots {
   public:
-    static constexpr size_t kMaxSessions = 16;
-    static constexpr size_t kMaxOfAClient = 8;
+    static constexpr int kMaxSessions = 16;
 
-    /** A slot is free again when the last copy of this is gone. */
-    using Slot = std::shared_ptr<const void>;
-
-    /** @return null if the client's process, or all together, have too many */
-    Slot Take(pid_t client);
+    bool Take();
+    void Free() { --mTaken; }
 
   private:
-    void Free(pid_t client);
-
-    std::mutex mLock;
-    std::map<pid_t, size_t> mTaken;  // sessions of each process that has any
+    std::atomic<int> mTaken{0};
 };
 
 /**
@@ -44,12 +36,12 @@ class OfflineCameraSession
       public DeathListener {
   public:
     static constexpr size_t kMaxRequestsInFlight = 16;
-    static constexpr size_t kMaxNameBytes = 128;  // of clients and cameras
 
-    /** Its thread holds the slot: a client that keeps the thread in a callback keeps the slot. */
+    /** Holds a slot that was taken, and frees it at its end. */
     OfflineCameraSession(std::string clientName, std::shared_ptr<IOfflineCameraCallback> client,
                          ::android::sp<ImportedBuffer::IMapper> mapper,
-                         std::shared_ptr<const FaultInjector> faults, SessionSlots::Slot slot);
+                         std::shared_ptr<const FaultInjector> faults,
+                         std::shared_ptr<SessionSlots> slots);
     ~OfflineCameraSession() override;
 
     /** @return whether the client is alive; call it once, right after construction */
@@ -76,6 +68,7 @@ class OfflineCameraSession
     const std::shared_ptr<IOfflineCameraCallback> mClient;
     const ::android::sp<ImportedBuffer::IMapper> mMapper;
     const std::shared_ptr<const FaultInjector> mFaults;
+    const std::shared_ptr<SessionSlots> mSlots;
     DeathWatch mDeathWatch;
 
     std::mutex mLock;  // guards what follows, except the worker, which guards itself

@@ -77,10 +77,12 @@ Picture scaleColumns(const Picture& in, const std::vector<Taps>& rows) {
 
 }  // namespace
 
+double coveringScale(const Picture& photo, PictureSize size) {
+    return std::max(double(size.width) / photo.width, double(size.height) / photo.height);
+}
+
 Picture fitPicture(const Picture& photo, PictureSize size) {
-    // Source pixels per output pixel; the smaller ratio covers the frame.
-    const double step =
-            std::min(double(photo.width) / size.width, double(photo.height) / size.height);
+    const double step = 1 / coveringScale(photo, size);  // source pixels per output pixel
     const double startX = (photo.width - size.width * step) / 2;
     const double startY = (photo.height - size.height * step) / 2;
     return scaleColumns(scaleRows(photo, makeTaps(photo.width, size.width, startX, step)),

@@ -10,6 +10,9 @@ namespace offlineframes {
 // triangle filter, widened when the photo shrinks so that fine detail is averaged and not aliased.
 Picture fitPicture(const Picture& photo, PictureSize size);
 
+// What fitPicture() scales by: output pixels per pixel of `photo`.
+double coveringScale(const Picture& photo, PictureSize size);
+
 // The middle `size` pixels of `picture`, on an even offset. `size` must not be larger.
 Picture centreCrop(const Picture& picture, PictureSize size);
 

@@ -15,7 +15,6 @@
 namespace offlineframes {
 namespace {
 
-constexpr PictureSize kRawSize = {4096, 3072};
 constexpr PictureSize kYuvSize = {4000, 3000};
 constexpr PictureSize kFaceSize = {640, 480};
 
@@ -25,9 +24,9 @@ class Scene {
     explicit Scene(const std::optional<Picture>& photo) : mPhoto(photo) {}
 
     Bytes raw() {
-        const FrameGeometry geometry = allocatorGeometry(FrameFormat::kRaw10, kRawSize);
+        const FrameGeometry geometry = allocatorGeometry(FrameFormat::kRaw10, kSensorSize);
         if (mPhoto) return encodeRaw10(sensor(), geometry, {}, std::nullopt);
-        return encodeRaw10(sensor(), geometry, {}, chartOnSensor(kRawSize));
+        return encodeRaw10(sensor(), geometry, {}, chartOnSensor(kSensorSize));
     }
     Bytes yuv() {
         return encodeNv12(centreCrop(sensor(), kYuvSize),
@@ -42,8 +41,8 @@ class Scene {
   private:
     const Picture& sensor() {
         if (mSensor.rgb.empty()) {
-            mSensor = mPhoto ? fitPicture(*mPhoto, kRawSize)
-                             : drawSensorChart(chartOnSensor(kRawSize));
+            mSensor = mPhoto ? fitPicture(*mPhoto, kSensorSize)
+                             : drawSensorChart(chartOnSensor(kSensorSize));
         }
         return mSensor;
     }

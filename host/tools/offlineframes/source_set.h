@@ -4,10 +4,14 @@
 #include <optional>
 #include <string>
 
+#include "frame_geometry.h"
 #include "picture.h"
 #include "result.h"
 
 namespace offlineframes {
+
+// The RAW10 frame, which shows most of the scene.
+inline constexpr PictureSize kSensorSize = {4096, 3072};
 
 // Makes those of these that do not exist under `folder`, folders included:
 //   offlinecameratest/4096_3072_RAW10.raw, offlinecameratest/4000_3000_NV12.yuv,

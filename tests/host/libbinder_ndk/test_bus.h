@@ -4,10 +4,12 @@
 #include <android/binder_auto_utils.h>
 #include <sys/types.h>
 
+#include <functional>
 #include <string>
 #include <vector>
 
-#include "tests/support/eventually.h"
+// Asks until `condition` holds; false if it does not within 20 s.
+bool eventually(const std::function<bool()>& condition);
 
 // A child process, ended with the object.
 class Child {

@@ -13,7 +13,6 @@
 #include "camera_metadata_blob.h"
 #include "refusal.h"
 #include "session_fixture.h"
-#include "tests/support/eventually.h"
 
 namespace offlinecamera {
 
@@ -288,21 +287,18 @@ TEST_F(SessionTest, TheDeathOfTheClientEndsTheSession) {
 
 TEST_F(SessionTest, SessionsAreLimitedAndLetGoInEveryWay) {
     Open();
-    constexpr size_t kMost = SessionSlots::kMaxOfAClient;
-    std::vector<std::shared_ptr<IOfflineCameraSession>> others(kMost);
+    std::vector<std::shared_ptr<IOfflineCameraSession>> others(SessionSlots::kMaxSessions);
     const auto open = [&](size_t i) {
         return mService->openOfflineSession("other", mClient, &others[i]).getServiceSpecificError();
     };
-    // A session's thread, which has the slot, ends by itself.
-    const auto eventuallyOpens = [&](size_t i) { return eventually([&] { return open(i) == 0; }); };
-    for (size_t i = 0; i + 1 < kMost; ++i) ASSERT_EQ(open(i), 0);
-    EXPECT_EQ(open(kMost - 1), kNoResources);
+    for (size_t i = 0; i + 1 < others.size(); ++i) ASSERT_EQ(open(i), 0);
+    EXPECT_EQ(open(15), kNoResources);
     EXPECT_TRUE(others[0]->closeOfflineSession().isOk());
-    EXPECT_EQ(open(kMost - 1), 0);
+    EXPECT_EQ(open(15), 0);
     others[1].reset();
-    EXPECT_TRUE(eventuallyOpens(1));
+    EXPECT_EQ(open(1), 0);
     static_cast<OfflineCameraSession*>(others[2].get())->OnClientDied();
-    EXPECT_TRUE(eventuallyOpens(2));
+    EXPECT_EQ(open(2), 0);
     EXPECT_EQ(open(0), kNoResources);
 }
 

@@ -1,0 +1,94 @@
+// ./run --source: the tool's frames show a person's own picture, and nothing else is touched.
+
+#include <gmock/gmock.h>
+
+#include "host/tools/offlineframes/compare.h"
+#include "host/tools/offlineframes/picture_file.h"
+#include "host/tools/offlineframes/resample.h"
+#include "tests/end_to_end/run_script.h"
+#include "tests/host/tools/offlineframes/test_support.h"
+
+using offlineframes::Picture;
+using ::testing::AllOf;
+using ::testing::HasSubstr;
+using ::testing::Not;
+
+namespace end_to_end {
+namespace {
+
+namespace fs = std::filesystem;
+
+class OwnPhoto : public RunScript {
+  protected:
+    std::string folder() const { return m_root + "/out/camera-from-photo"; }
+
+    std::string save(const std::string& name, const offlineframes::Bytes& bytes) const {
+        EXPECT_TRUE(offlineframes::writeFile(m_root + "/" + name, bytes,
+                                             offlineframes::Existing::kReplace)
+                            .ok());
+        return m_root + "/" + name;
+    }
+
+    // The one picture that the run said it made.
+    Picture madePicture(const Finished& finished) const {
+        const size_t begin = finished.err.find(m_root + "/out/pictures/");
+        const size_t end = finished.err.find(".png", begin);
+        if (begin == std::string::npos || end == std::string::npos) return Picture();
+        const auto read = offlineframes::readPicture(finished.err.substr(begin, end + 4 - begin));
+        return read.ok() ? read.value() : Picture();
+    }
+};
+
+// A turned phone picture: 200 x 300 as seen, so its middle band fills the frames.
+TEST_F(OwnPhoto, FillsTheFramesOfEveryModeUpright) {
+    const auto jpeg = offlineframes::jpegBytes(offlineframes::gradientPicture(300, 200), 90);
+    const std::string path = save("my photo.jpg", jpeg);
+    const Picture upright = offlineframes::decodePicture(jpeg, path).value();
+    const Picture expected = offlineframes::centreCrop(
+            offlineframes::fitPicture(upright, {4096, 3072}), {4000, 3000});
+    for (const char* mode : {"B2Y", "Y2J", "MMF"}) {
+        const Finished finished = run({"--source", path, "--planes", "-t", mode});
+        EXPECT_EQ(finished.status, 0) << finished.err;
+        EXPECT_THAT(finished.err, HasSubstr("my photo.jpg: 200 x 300 as seen upright"));
+        const auto compared = offlineframes::comparePictures(madePicture(finished), expected);
+        ASSERT_TRUE(compared.ok()) << mode << ": " << compared.error() << finished.err;
+        EXPECT_GT(compared.value().psnr, 35) << mode;
+    }
+    EXPECT_FALSE(fs::exists(m_root + "/out/camera"));
+}
+
+TEST_F(OwnPhoto, ReplacesOnlyTheFramesOfTheRunBefore) {
+    const auto png = offlineframes::encodePng(offlineframes::gradientPicture(40, 30), "p").value();
+    const Finished first = run({"--source=" + save("one", png), "-t", "B2Y"});
+    EXPECT_THAT(first.err, HasSubstr("left empty"));
+    const std::string raw = folder() + "/offlinecameratest/4096_3072_RAW10.raw";
+    const std::string before = readFile(raw);
+    std::ofstream(folder() + "/offlinecameratest/notes.txt") << "mine";
+
+    const auto grey = offlineframes::ppmBytes(offlineframes::flatPicture(10, 10, {99, 99, 99}));
+    EXPECT_EQ(run({"--source", save("two", grey), "-t", "Y2Y"}).status, 0);
+    const std::string after = readFile(raw);
+    EXPECT_NE(after, before);
+    EXPECT_EQ(readFile(folder() + "/offlinecameratest/notes.txt"), "mine");
+
+    const Finished bad = run({"--source", save("not a picture", {1, 2, 3}), "-t", "Y2Y"});
+    EXPECT_EQ(bad.status, 2);
+    EXPECT_THAT(bad.err, AllOf(HasSubstr("--source"), HasSubstr("not a picture: is not a PNG")));
+    EXPECT_EQ(readFile(raw), after);
+    EXPECT_FALSE(fs::exists(folder() + ".new"));
+}
+
+TEST_F(OwnPhoto, LeavesADataFolderOfTheUsersAlone) {
+    fs::create_directory(m_root + "/mine");
+    const std::string photo = save("photo", {});
+    const Finished both = run({"--data", m_root + "/mine", "--source", photo, "-t", "B2Y"});
+    EXPECT_EQ(both.status, 2);
+    EXPECT_THAT(both.err, AllOf(HasSubstr("exclude each other"), HasSubstr("sources " + m_root)));
+    EXPECT_TRUE(fs::is_empty(m_root + "/mine"));
+    const Finished missing = run({"--source", m_root + "/no photo", "-t", "B2Y"});
+    EXPECT_EQ(missing.status, 2);
+    EXPECT_THAT(missing.err, HasSubstr("/no photo: no picture"));
+}
+
+}  // namespace
+}  // namespace end_to_end

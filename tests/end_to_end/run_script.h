@@ -1,0 +1,43 @@
+// ./run in a copy of the project whose build is this one.
+#pragma once
+
+#include <gtest/gtest.h>
+#include <stdlib.h>
+
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <vector>
+
+#include "tests/end_to_end/device_run.h"
+
+namespace end_to_end {
+
+class RunScript : public ::testing::Test {
+  protected:
+    RunScript() {
+        std::string name = ::testing::TempDir() + "run script-XXXXXX";
+        m_root = mkdtemp(name.data());
+        std::filesystem::copy(PROJECT_FOLDER "/run", m_root + "/run");
+        std::filesystem::copy(PROJECT_FOLDER "/scripts", m_root + "/scripts");
+        std::filesystem::copy(PROJECT_FOLDER "/docs", m_root + "/docs");
+        std::filesystem::create_directories(m_root + "/out/build");
+        std::filesystem::create_directory_symlink(std::filesystem::path(DEVICESHELL).parent_path(),
+                                                  m_root + "/out/build/bin");
+        // Everything is built already.
+        std::ofstream(m_root + "/out/build/build.ninja")
+                << "build host/all: phony\nbuild driver/all: phony\n"
+                   "build examples/all: phony\n";
+    }
+    ~RunScript() override { std::filesystem::remove_all(m_root); }
+
+    Finished run(const std::vector<std::string>& arguments) {
+        std::vector<std::string> words = {m_root + "/run"};
+        words.insert(words.end(), arguments.begin(), arguments.end());
+        return runProgram(words, crashSettings());
+    }
+
+    std::string m_root;
+};
+
+}  // namespace end_to_end
