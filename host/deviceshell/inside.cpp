@@ -15,6 +15,7 @@
 #include <time.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <map>
 
 #include "process.h"
@@ -27,6 +28,7 @@ namespace deviceshell {
 namespace {
 
 constexpr int kNoDevice = 125;
+constexpr rlim_t kMaxDescriptors = 32768;
 constexpr int kStopSeconds = 2;  // for the programs to end by themselves after SIGTERM
 
 using Deadline = timespec;
@@ -91,6 +93,12 @@ bool Device::prepare() {
     // A command that dies must not leave a core file in the user's folder.
     const rlimit none = {0, 0};
     setrlimit(RLIMIT_CORE, &none);
+    // As many descriptors as a device's first process allows, if the workstation does, too.
+    rlimit descriptors = {};
+    if (getrlimit(RLIMIT_NOFILE, &descriptors) == 0) {
+        descriptors.rlim_cur = std::min(descriptors.rlim_max, kMaxDescriptors);
+        setrlimit(RLIMIT_NOFILE, &descriptors);
+    }
 
     sigset_t all;
     sigfillset(&all);

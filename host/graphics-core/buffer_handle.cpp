@@ -1,8 +1,10 @@
 // Creation, check and duplication of buffer handles.
 #include <fcntl.h>
 #include <graphics_core/buffer_handle.h>
+#include <linux/magic.h>
 #include <sys/mman.h>
 #include <sys/stat.h>
+#include <sys/vfs.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -50,9 +52,13 @@ bool hasCanonicalName(const HandleIntegers& integers) {
 Outcome checkMemory(const HandleIntegers& integers, int fd) {
     const int seals = fcntl(fd, F_GET_SEALS);
     struct stat status = {};
-    if (seals < 0 || fstat(fd, &status) != 0 || !S_ISREG(status.st_mode)) {
+    struct statfs system = {};
+    if (seals < 0 || fstat(fd, &status) != 0 || !S_ISREG(status.st_mode) ||
+        fstatfs(fd, &system) != 0) {
         return badBuffer("descriptor " + std::to_string(fd) + " is not a memory file");
     }
+    // The seal does not keep huge pages, of which there are few, from being taken out again.
+    if (system.f_type != TMPFS_MAGIC) return badBuffer("the memory file is not one of small pages");
     if ((seals & F_SEAL_SHRINK) == 0) {
         return badBuffer("the memory file is not sealed against shrinking");
     }

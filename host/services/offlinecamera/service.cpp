@@ -85,12 +85,20 @@ ndk::ScopedAStatus OfflineCameraService::openOfflineSession(
     session->reset();
     if (mFaults->GivesNoSession()) return ndk::ScopedAStatus::ok();
     if (callback == nullptr) return Refuse("openOfflineSession", kIllegalArgument, "no callback");
-    if (!mSlots->Take()) {
+    if (clientName.size() > OfflineCameraSession::kMaxNameBytes) {
+        return Refuse("openOfflineSession", kIllegalArgument,
+                      "client name of " + std::to_string(clientName.size()) + " bytes: at most " +
+                              std::to_string(OfflineCameraSession::kMaxNameBytes));
+    }
+    SessionSlots::Slot slot = mSlots->Take(AIBinder_getCallingPid());
+    if (slot == nullptr) {
         return Refuse("openOfflineSession", kNoResources,
-                      std::to_string(SessionSlots::kMaxSessions) + " sessions are open");
+                      "too many sessions are open: " + std::to_string(SessionSlots::kMaxOfAClient) +
+                              " of a client, " + std::to_string(SessionSlots::kMaxSessions) +
+                              " of all at most");
     }
     auto opened = ndk::SharedRefBase::make<OfflineCameraSession>(clientName, callback, mMapper,
-                                                                 mFaults, mSlots);
+                                                                 mFaults, std::move(slot));
     if (!opened->WatchClient()) {
         return Refuse("openOfflineSession", kIllegalArgument, "the client is dead");
     }

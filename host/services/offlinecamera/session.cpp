@@ -23,32 +23,44 @@ constexpr char kEndedText[] = "the session has ended";
 
 SessionWorker::Work MakeWork(const std::shared_ptr<IOfflineCameraCallback>& client,
                              const ::android::sp<ImportedBuffer::IMapper>& mapper,
-                             const std::shared_ptr<const FaultInjector>& faults) {
+                             const std::shared_ptr<const FaultInjector>& faults,
+                             SessionSlots::Slot slot) {
     auto runner = std::make_shared<FrameRunner>(client, mapper, faults);
-    return [runner](Request& request, const StopSignal& stop) { runner->Run(request, stop); };
+    return [runner, slot = std::move(slot)](Request& request, const StopSignal& stop) {
+        runner->Run(request, stop);
+    };
 }
 
 }  // namespace
 
-bool SessionSlots::Take() {
-    int taken = mTaken.load();
-    while (taken < kMaxSessions) {
-        if (mTaken.compare_exchange_weak(taken, taken + 1)) return true;
+SessionSlots::Slot SessionSlots::Take(pid_t client) {
+    std::lock_guard<std::mutex> guard(mLock);
+    size_t all = 0;
+    for (const auto& entry : mTaken) all += entry.second;
+    const auto own = mTaken.find(client);
+    if (all >= kMaxSessions || (own != mTaken.end() && own->second >= kMaxOfAClient)) {
+        return nullptr;
     }
-    return false;
+    ++mTaken[client];
+    return {this, [self = shared_from_this(), client](const void*) { self->Free(client); }};
+}
+
+void SessionSlots::Free(pid_t client) {
+    std::lock_guard<std::mutex> guard(mLock);
+    const auto own = mTaken.find(client);
+    if (--own->second == 0) mTaken.erase(own);
 }
 
 OfflineCameraSession::OfflineCameraSession(std::string clientName,
                                            std::shared_ptr<IOfflineCameraCallback> client,
                                            ::android::sp<ImportedBuffer::IMapper> mapper,
                                            std::shared_ptr<const FaultInjector> faults,
-                                           std::shared_ptr<SessionSlots> slots)
+                                           SessionSlots::Slot slot)
     : mClientName(std::move(clientName)),
       mClient(std::move(client)),
       mMapper(std::move(mapper)),
       mFaults(std::move(faults)),
-      mSlots(std::move(slots)),
-      mWorker(MakeWork(mClient, mMapper, mFaults)) {}
+      mWorker(MakeWork(mClient, mMapper, mFaults, std::move(slot))) {}
 
 OfflineCameraSession::~OfflineCameraSession() {
     // Runs on whatever thread let go last, which may have to serve the callback that the worker is
@@ -64,6 +76,11 @@ bool OfflineCameraSession::WatchClient() {
 ndk::ScopedAStatus OfflineCameraSession::configureOfflineStreams(
         const OfflineSessionConfigureInfo& info) {
     if (auto status = mFaults->AtConfigure(); !status.isOk()) return status;
+    if (info.cameraId.size() > kMaxNameBytes) {
+        return Refuse(kConfigure, kIllegalArgument,
+                      "camera id of " + std::to_string(info.cameraId.size()) + " bytes: at most " +
+                              std::to_string(kMaxNameBytes));
+    }
     auto streams = std::make_shared<StreamSet>();
     const std::string problem = MakeStreamSet(info, streams.get());
     if (!problem.empty()) return Refuse(kConfigure, kIllegalArgument, problem);
@@ -144,7 +161,6 @@ bool OfflineCameraSession::BeginEnd(const char* reason) {
     if (mEnded) return false;
     mEnded = true;
     mStreams = nullptr;
-    mSlots->Free();
     __android_log_print(ANDROID_LOG_INFO, kLogTag, "session %s: %s", mClientName.c_str(), reason);
     return true;
 }

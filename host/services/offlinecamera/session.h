@@ -2,8 +2,9 @@
 #pragma once
 
 #include <aidl/vendor/zel/hardware/camera/offlinecamera/BnOfflineCameraSession.h>
+#include <sys/types.h>
 
-#include <atomic>
+#include <map>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -15,16 +16,23 @@
 
 namespace offlinecamera {
 
-/** Counts open sessions. */
-class SessionSlots {
+/** Counts sessions, which cost a thread each. */
+class SessionSlots : public std::enable_shared_from_this<SessionSlots> {
   public:
-    static constexpr int kMaxSessions = 16;
+    static constexpr size_t kMaxSessions = 16;
+    static constexpr size_t kMaxOfAClient = 8;
 
-    bool Take();
-    void Free() { --mTaken; }
+    /** A slot is free again when the last copy of this is gone. */
+    using Slot = std::shared_ptr<const void>;
+
+    /** @return null if the client's process, or all together, have too many */
+    Slot Take(pid_t client);
 
   private:
-    std::atomic<int> mTaken{0};
+    void Free(pid_t client);
+
+    std::mutex mLock;
+    std::map<pid_t, size_t> mTaken;  // sessions of each process that has any
 };
 
 /**
@@ -36,12 +44,12 @@ class OfflineCameraSession
       public DeathListener {
   public:
     static constexpr size_t kMaxRequestsInFlight = 16;
+    static constexpr size_t kMaxNameBytes = 128;  // of clients and cameras
 
-    /** Holds a slot that was taken, and frees it at its end. */
+    /** Its thread holds the slot: a client that keeps the thread in a callback keeps the slot. */
     OfflineCameraSession(std::string clientName, std::shared_ptr<IOfflineCameraCallback> client,
                          ::android::sp<ImportedBuffer::IMapper> mapper,
-                         std::shared_ptr<const FaultInjector> faults,
-                         std::shared_ptr<SessionSlots> slots);
+                         std::shared_ptr<const FaultInjector> faults, SessionSlots::Slot slot);
     ~OfflineCameraSession() override;
 
     /** @return whether the client is alive; call it once, right after construction */
@@ -68,7 +76,6 @@ class OfflineCameraSession
     const std::shared_ptr<IOfflineCameraCallback> mClient;
     const ::android::sp<ImportedBuffer::IMapper> mMapper;
     const std::shared_ptr<const FaultInjector> mFaults;
-    const std::shared_ptr<SessionSlots> mSlots;
     DeathWatch mDeathWatch;
 
     std::mutex mLock;  // guards what follows, except the worker, which guards itself

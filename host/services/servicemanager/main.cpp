@@ -1,6 +1,7 @@
 // The service manager process: answers under $STANDIN_BINDER_DIR/servicemanager until it is ended.
 #include <android/binder_parcel_utils.h>
 #include <android/binder_process.h>
+#include <android/log.h>
 #include <host_binder_trace.h>
 #include <host_service_manager.h>
 
@@ -19,23 +20,28 @@ binder_status_t checkService(const AParcel* in, AParcel* out) {
     return ndk::AParcel_writeNullableStrongBinder(out, ServiceTable::instance().find(name));
 }
 
+ndk::ScopedAStatus answerTo(binder_status_t added, const std::string& name) {
+    if (added == STATUS_OK) return ndk::ScopedAStatus::ok();
+    const char* problem = added == STATUS_BAD_VALUE   ? "the name or the object is not valid"
+                          : added == STATUS_NO_MEMORY ? "there are too many services"
+                                                      : "the object is dead";
+    __android_log_print(ANDROID_LOG_ERROR, "servicemanager",
+                        "service '%.127s' of process %d refused: %s", name.c_str(),
+                        AIBinder_getCallingPid(), problem);
+    if (added == STATUS_BAD_VALUE) {
+        return ndk::ScopedAStatus::fromExceptionCode(EX_ILLEGAL_ARGUMENT);
+    }
+    return ndk::ScopedAStatus::fromExceptionCodeWithMessage(EX_ILLEGAL_STATE, problem);
+}
+
 binder_status_t addService(const AParcel* in, AParcel* out) {
     std::string name;
     ndk::SpAIBinder binder;
     binder_status_t status = ndk::AParcel_readString(in, &name);
     if (status == STATUS_OK) status = ndk::AParcel_readNullableStrongBinder(in, &binder);
     if (status != STATUS_OK) return status;
-    status = ServiceTable::instance().add(name, binder);
-    ndk::ScopedAStatus answer;
-    if (status == STATUS_OK) {
-        answer = ndk::ScopedAStatus::ok();
-    } else if (status == STATUS_BAD_VALUE) {
-        answer = ndk::ScopedAStatus::fromExceptionCode(EX_ILLEGAL_ARGUMENT);
-    } else {
-        answer = ndk::ScopedAStatus::fromExceptionCodeWithMessage(EX_ILLEGAL_STATE,
-                                                                  "the object is dead");
-    }
-    return AParcel_writeStatusHeader(out, answer.get());
+    status = ServiceTable::instance().add(name, binder, AIBinder_getCallingPid());
+    return AParcel_writeStatusHeader(out, answerTo(status, name).get());
 }
 
 binder_status_t listServices(AParcel* out) {

@@ -4,6 +4,7 @@
 #include <android/log.h>
 #include <host_service_manager.h>
 
+#include <algorithm>
 #include <memory>
 #include <utility>
 
@@ -14,34 +15,50 @@ ServiceTable& ServiceTable::instance() {
 
 ServiceTable::ServiceTable()
     : mDeathRecipient(AIBinder_DeathRecipient_new([](void* cookie) {
-          ServiceTable::instance().removeDead(*static_cast<Registration*>(cookie));
+          ServiceTable::instance().removeDead(static_cast<Registration*>(cookie));
       })) {
     AIBinder_DeathRecipient_setOnUnlinked(
             mDeathRecipient.get(), [](void* cookie) { delete static_cast<Registration*>(cookie); });
 }
 
-binder_status_t ServiceTable::add(const std::string& name, const ndk::SpAIBinder& binder) {
+bool ServiceTable::hasRoomLocked(const std::string& name, pid_t process) const {
+    const auto found = mServices.find(name);
+    const bool isNew = found == mServices.end();
+    if (isNew && mServices.size() >= kMaxServices) return false;
+    if (!isNew && found->second.process == process) return true;
+    const auto added =
+            std::count_if(mServices.begin(), mServices.end(),
+                          [process](const auto& entry) { return entry.second.process == process; });
+    return static_cast<size_t>(added) < kMaxOfAProcess;
+}
+
+binder_status_t ServiceTable::add(const std::string& name, const ndk::SpAIBinder& binder,
+                                  pid_t process) {
     if (!AServiceManager_isValidServiceName(name.c_str()) || binder.get() == nullptr) {
         return STATUS_BAD_VALUE;
     }
-    ndk::SpAIBinder replaced;  // released after the lock
+    Service replaced;  // released after the lock
     std::lock_guard<std::mutex> lock(mMutex);
-    auto registration = std::make_unique<Registration>(Registration{name, binder.get()});
+    if (!hasRoomLocked(name, process)) return STATUS_NO_MEMORY;
+    auto registration = std::make_unique<Registration>(Registration{name});
     binder_status_t status =
             AIBinder_linkToDeath(binder.get(), mDeathRecipient.get(), registration.get());
     if (status != STATUS_OK) return status;
-    (void)registration.release();  // the link's now
-    replaced = mServices[name];
-    mServices[name] = binder;
+    Service& place = mServices[name];
+    replaced = std::exchange(place, {binder, process, registration.release()});
+    if (replaced.current != nullptr) {
+        AIBinder_unlinkToDeath(replaced.binder.get(), mDeathRecipient.get(),
+                               const_cast<Registration*>(replaced.current));
+    }
     __android_log_print(ANDROID_LOG_INFO, "servicemanager", "service '%s' of process %d added",
-                        name.c_str(), AIBinder_getCallingPid());
+                        name.c_str(), process);
     return STATUS_OK;
 }
 
 ndk::SpAIBinder ServiceTable::find(const std::string& name) {
     std::lock_guard<std::mutex> lock(mMutex);
     auto found = mServices.find(name);
-    return found == mServices.end() ? ndk::SpAIBinder() : found->second;
+    return found == mServices.end() ? ndk::SpAIBinder() : found->second.binder;
 }
 
 std::vector<std::string> ServiceTable::names() {
@@ -51,14 +68,14 @@ std::vector<std::string> ServiceTable::names() {
     return names;
 }
 
-void ServiceTable::removeDead(const Registration& registration) {
-    ndk::SpAIBinder removed;  // released after the lock
+void ServiceTable::removeDead(const Registration* registration) {
+    Service removed;  // released after the lock
     std::lock_guard<std::mutex> lock(mMutex);
-    auto found = mServices.find(registration.name);
+    auto found = mServices.find(registration->name);
     // The name may belong to a new object by now.
-    if (found == mServices.end() || found->second.get() != registration.binder) return;
-    removed = found->second;
+    if (found == mServices.end() || found->second.current != registration) return;
+    removed = std::move(found->second);
     mServices.erase(found);
     __android_log_print(ANDROID_LOG_INFO, "servicemanager", "service '%s' died",
-                        registration.name.c_str());
+                        registration->name.c_str());
 }

@@ -29,10 +29,10 @@ bool refused(const native_handle_t* raw) {
     return outcome.error == BufferError::kBadBuffer;
 }
 
-// Whether an otherwise good handle of 491,520 bytes is refused with `fd` (taken over) in place of
-// its descriptor. It says `fd`'s own inode, so that only the descriptor itself can be at fault.
-bool refusedWith(int fd) {
-    const UniqueHandle handle = createNv12();
+// Whether an otherwise good handle (of 491,520 bytes unless given) is refused with `fd` (taken
+// over) in place of its descriptor. It says `fd`'s own inode, so that only the descriptor itself
+// can be at fault.
+bool refusedWith(int fd, const UniqueHandle& handle = createNv12()) {
     close(handle->data[0]);
     handle->data[0] = fd;
     struct stat status = {};
@@ -48,6 +48,14 @@ int memoryFile(off_t size, int seals) {
     EXPECT_EQ(ftruncate(fd, size), 0);
     EXPECT_EQ(fcntl(fd, F_ADD_SEALS, seals), 0);
     return fd;
+}
+
+TEST(BufferHandle, FileOfHugePagesIsRefused) {
+    constexpr off_t kSize = 2 * 1024 * 1024;
+    const int fd = memfd_create("test", MFD_CLOEXEC | MFD_ALLOW_SEALING | MFD_HUGETLB);
+    if (fd < 0 || ftruncate(fd, kSize) != 0) GTEST_SKIP() << "no huge pages of 2 MiB here";
+    EXPECT_EQ(fcntl(fd, F_ADD_SEALS, F_SEAL_SHRINK), 0);
+    EXPECT_TRUE(refusedWith(fd, create(describe(kFormatBlob, kSize, 1))));
 }
 
 TEST(BufferHandle, NewBufferIsSealedAndCloseOnExec) {

@@ -8,11 +8,9 @@
 #include <signal.h>
 #include <sys/prctl.h>
 #include <sys/wait.h>
-#include <time.h>
 #include <unistd.h>
 
 #include <cerrno>
-#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -48,16 +46,6 @@ struct Bus {
 };
 
 }  // namespace
-
-bool eventually(const std::function<bool()>& condition) {
-    const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(20);
-    while (!condition()) {
-        if (std::chrono::steady_clock::now() > limit) return false;
-        const timespec pause{0, 1000000};
-        nanosleep(&pause, nullptr);
-    }
-    return true;
-}
 
 Child::Child(const std::vector<std::string>& command, const std::vector<std::string>& environment) {
     int input[2];

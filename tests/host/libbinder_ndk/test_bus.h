@@ -4,12 +4,10 @@
 #include <android/binder_auto_utils.h>
 #include <sys/types.h>
 
-#include <functional>
 #include <string>
 #include <vector>
 
-// Asks until `condition` holds; false if it does not within 20 s.
-bool eventually(const std::function<bool()>& condition);
+#include "tests/support/eventually.h"
 
 // A child process, ended with the object.
 class Child {

@@ -102,7 +102,7 @@ TEST(ClientDeath, SessionsOfKilledClientsAreLetGo) {
         char outcome;
         {
             std::vector<Process> clients;
-            for (int i = 0; i < SessionSlots::kMaxSessions; ++i) {
+            for (size_t i = 0; i < SessionSlots::kMaxSessions; ++i) {
                 clients.push_back(StartClient("S", &outcome));
                 ASSERT_EQ(outcome, 'S') << i;
             }
@@ -110,7 +110,7 @@ TEST(ClientDeath, SessionsOfKilledClientsAreLetGo) {
             EXPECT_EQ(outcome, 'R');
         }
         std::vector<Process> successors;
-        for (int i = 0; i < SessionSlots::kMaxSessions; ++i) {
+        for (size_t i = 0; i < SessionSlots::kMaxSessions; ++i) {
             successors.push_back(StartClient("S", &outcome));
             ASSERT_EQ(outcome, 'S') << i;
         }

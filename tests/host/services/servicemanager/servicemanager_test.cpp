@@ -82,6 +82,23 @@ TEST(ServiceManager, RefusesADeadService) {
     EXPECT_TRUE(eventually([&]() { return check(name).get() == nullptr; }));
 }
 
+TEST(ServiceManager, TakesOnlySoManyServicesOfAProcess) {
+    Peer other = startPeer();
+    const size_t before = listServices().size();
+    {
+        Peer peer = startPeer();
+        binder_exception_t last = EX_NONE;
+        for (int i = 0; last == EX_NONE && i < 3000; ++i) {
+            last = AServiceManager_addService(peer.binder.get(), newServiceName().c_str());
+        }
+        EXPECT_EQ(last, EX_TRANSACTION_FAILED);
+        EXPECT_LE(listServices().size() - before, 257u);
+        EXPECT_EQ(add(startPeer().binder, 1), 2) << "another process still adds its own";
+    }
+    EXPECT_TRUE(eventually([&]() { return listServices().size() == before; }));
+    EXPECT_EQ(AServiceManager_addService(other.binder.get(), newServiceName().c_str()), EX_NONE);
+}
+
 // A folder of its own for service managers that the test starts.
 class OwnFolder : public testing::Test {
   protected:
