@@ -36,12 +36,13 @@ std::vector<fs::path> FilesBelow(const fs::path& folder, const std::vector<std::
 
 // What the first group of the pattern matches in the lines of the files.
 std::set<std::string> Matches(const std::vector<fs::path>& files, const std::string& pattern) {
+    const std::regex expression(pattern);
     std::set<std::string> found;
     for (const fs::path& path : files) {
         std::ifstream file(Project() / path);
         for (std::string line; std::getline(file, line);) {
             std::smatch match;
-            if (std::regex_search(line, match, std::regex(pattern))) {
+            if (std::regex_search(line, match, expression)) {
                 found.insert(match[1]);
             }
         }
