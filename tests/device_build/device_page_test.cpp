@@ -63,7 +63,7 @@ TEST(DevicePage, EveryErrorAndWarningOfTheToolHasAnEntryAndEveryEntryItsText) {
                 entries.begin(), entries.end(),
                 [&](const Explanation& entry) { return MatchesLine(text.text, entry.line); });
         if (text.priority == 'E' || text.priority == 'W') {
-            EXPECT_TRUE(explained) << text.place << ": " << text.text;
+            EXPECT_TRUE(explained) << text.place << ": " << text.text << ": no entry";
         }
     }
     for (const Explanation& entry : entries) {
