@@ -75,7 +75,8 @@ start_page() {
     while IFS=$'\t' read -r path _; do
         [[ -z "$path" ]] || told+=("--dump=$data/$path")
     done <<<"$written"
-    rm -f "$out/report.html" "$out/report.json"
+    # Nobody shall take an older run's report for this one's.
+    rm -f "$out/report.html" "$out/report.json" || true
     "$out/build/bin/runreport" --html="$out/report.html" --json="$out/report.json" \
         --started="$started" --ended="$ended" --status="$status" "${told[@]}" \
         --log="$out/run.log" --device-log="$out/device.log" --trace="$out/trace.log" \

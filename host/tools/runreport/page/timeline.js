@@ -269,7 +269,8 @@ function timelinePart(report) {
   if (!report.phases.length) return "";
   const timeline = new Timeline(report);
   const plot = make("div", {class: "plot"}, timeline.svg);
-  new ResizeObserver(() => requestAnimationFrame(() => timeline.draw())).observe(plot);
+  queueMicrotask(() => timeline.draw());  // when the page is whole
+  addEventListener("resize", () => timeline.draw());
   return make("section", {id: "timeline"},
     make("div", {class: "section-head"}, make("h2", {}, "Timeline"),
       make("span", {class: "muted"}, "drag over a stretch, or click a step’s name, to look closer"),
