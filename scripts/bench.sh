@@ -33,7 +33,7 @@ bench_report() {
     for program in imaging loading binder run; do
         say "measuring: $program"
         printed="$1/bench/$program.txt"
-        "$1/bench/${program}_bench" >"$printed" || { say "${program}_bench failed"; return 1; }
+        "$1/bench/${program}_bench" >"$printed" || { complain "${program}_bench failed"; return 1; }
         files+=("$printed")
     done
     {

@@ -3,12 +3,20 @@
 
 root="$(cd "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")/.." && pwd)"
 out="$root/out"
+source "$root/scripts/terminal.sh"
 
-say() { printf '%s: %s\n' "${0##*/}" "$*" >&2; }
+# tell COLOUR TEXT...: one line; the colour, which may be empty, is one of scripts/terminal.sh.
+tell() {
+    progress_ends
+    printf '%s: %s%s%s\n' "${0##*/}" "$1" "${*:2}" "${1:+$plain}" >&2
+}
+
+say() { tell "" "$@"; }
+complain() { tell "$red" "$@"; }
 
 # Usage errors and missing things: one sentence, status 2.
 refuse() {
-    say "$*"
+    complain "$@"
     exit 2
 }
 
@@ -16,7 +24,11 @@ refuse() {
 lock_out() {
     mkdir -p "$out"
     exec 9>"$out/.lock"
-    flock 9
+    if ! flock -n 9; then
+        progress "${0##*/}: waits for another ./run or ./check to install and build"
+        flock -w 3600 9 || refuse "another ./run or ./check has been building for an hour"
+        progress_ends
+    fi
 }
 
 unlock_out() { exec 9>&-; }
@@ -76,10 +88,10 @@ build() {
     if [[ ! -e "$folder/build.ninja" ]]; then
         say "configuring $folder"
         cmake -G Ninja -S "$root" -B "$folder" -DSANITIZE="$sanitize" >&2 ||
-            { say "configuring failed"; return 1; }
+            { complain "configuring failed"; return 1; }
     fi
     if [[ "$(ninja -C "$folder" -n "$@" 2>/dev/null | tail -n 1)" != *"no work to do"* ]]; then
         say "building $folder"
-        ninja -C "$folder" "$@" >&2 || { say "building failed"; return 1; }
+        ninja -C "$folder" "$@" >&2 || { complain "building failed"; return 1; }
     fi
 }

@@ -8,14 +8,14 @@ report_faults() {
     build "$1" "" host/all driver/all fault_matrix || return 1
     unlock_out
     say "about 150 runs, most of them wait: some 20 s"
-    "$1/tests/fault_matrix" "$fresh" || { say "fault_matrix failed"; return 1; }
+    "$1/tests/fault_matrix" "$fresh" || { complain "fault_matrix failed"; return 1; }
     if [[ "${2:-}" == --accept ]]; then
         cp "$fresh" "$committed"
         say "replaced docs/faults.md"
     elif diff -u --label docs/faults.md --label "now (out/faults.md)" "$committed" "$fresh"; then
-        say "docs/faults.md holds"
+        tell "$green" "docs/faults.md holds"
     else
-        say "the tool does otherwise than docs/faults.md says; if that is right: ./check faults --accept"
+        complain "the tool does otherwise than docs/faults.md says; if that is right: ./check faults --accept"
         return 1
     fi
 }

@@ -8,7 +8,7 @@ fuzz_all() {
     if [[ ! -e "$folder/build.ninja" ]]; then
         say "configuring $folder"
         cmake -G Ninja -S "$root" -B "$folder" -DSANITIZE=address -DFUZZ=ON >&2 ||
-            { say "configuring failed"; return 1; }
+            { complain "configuring failed"; return 1; }
     fi
     build "$folder" address fuzzers || return 1
     unlock_out
@@ -19,12 +19,15 @@ fuzz_all() {
     for program in "$folder"/fuzz/*_fuzz; do
         name="$(basename "$program" _fuzz)"
         log="$folder/fuzzed/$name.log"
+        progress "$name: $seconds s"
         cp -r "$root/tests/fuzz/corpus/$name" "$folder/fuzzed/$name"
         if "${layout[@]}" "$program" -max_total_time="$seconds" -timeout=10 -max_len=8192 \
             -artifact_prefix="$folder/fuzzed/found/$name-" "$folder/fuzzed/$name" >"$log" 2>&1; then
+            progress_ends
             printf '%-20s %s\n' "$name" "$(grep -a '^Done ' "$log")"
         else
             status=1
+            progress_ends
             printf '%-20s FAILED, see %s\n' "$name" "$log"
             grep -aE 'runtime error|ERROR: |Test unit written' "$log" || true
         fi

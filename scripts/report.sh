@@ -35,9 +35,11 @@ report_files() {
         *.yuv | *.raw | *.jpg)
             note=""
             [[ "$path" != *.jpg ]] || note=" (as stored: viewers turn the JPEG as its EXIF says)"
-            say "wrote $(here "$folder/$path") ($size bytes), $(picture_of "$folder/$path")$note"
+            progress "${0##*/}: makes a picture of ${path##*/}"
+            tell "$green" "wrote $(here "$folder/$path") ($size bytes)," \
+                "$(picture_of "$folder/$path")$note"
             ;;
-        *) say "wrote $(here "$folder/$path") ($size bytes)" ;;
+        *) tell "$green" "wrote $(here "$folder/$path") ($size bytes)" ;;
         esac
     done <<<"$2"
 }
@@ -49,17 +51,17 @@ report_outcome() {
     last="$(grep ' E ' "$out/run.log" | tail -n 1 || true)"
     last="the last one of $errors errors in $(here "$out/run.log"): ${last#* E }"
     if ((number >= 1 && number <= 64)); then
-        say "the tool was ended by signal $number ($(kill -l "$number"))"
+        complain "the tool was ended by signal $number ($(kill -l "$number"))"
     elif grep -q ': OpenOfflineSession$' "$out/run.log" && [[ "$wrote" == 0 ]]; then
-        say "no file was written"
+        complain "no file was written"
     fi
-    [[ "$errors" == 0 ]] || say "$last"
+    [[ "$errors" == 0 ]] || complain "$last"
 }
 
 # One line when the tool opened a source file, which without plane layouts has no effect.
 report_unfilled_inputs() {
     if grep -q 'LoadOffineSource.*: open input file' "$out/run.log"; then
-        say "the input frames were left empty: nothing answers the tool's plane-layout query," \
+        tell "$yellow" "the input frames were left empty: nothing answers the tool's plane-layout query," \
             "so it read no row of its source files (--planes provides the answer)"
     fi
 }
@@ -86,9 +88,10 @@ start_page() {
 
 # A report that could not be made changes no status: the run is what counts.
 finish_page() {
+    progress "${0##*/}: writes the report"
     if wait "$page_maker"; then
         say "report: $(here "$out/report.html")"
     else
-        say "no report of this run could be written"
+        complain "no report of this run could be written"
     fi
 }

@@ -14,6 +14,7 @@ if [[ "${1:-}" != --inside ]]; then
     trap 'rm -rf "$data"' EXIT
     "$1/offlineframes" sources "$data" >"$data/made" 2>&1 || { cat "$data/made" >&2 && exit 1; }
     cp "${BASH_SOURCE[0]}" "$data/soak.sh"
+    cp "$(dirname "${BASH_SOURCE[0]}")/terminal.sh" "$data"
     # One heap per process: a further one for a thread is a mapping too, and no leak.
     MALLOC_ARENA_MAX=1 "$1/deviceshell" --die-with-parent --data "$data" --log "$data/tool.log" \
         --device-log "$data/device.log" -- bash /data/vendor/camera/soak.sh --inside "${2:-200}"
@@ -21,6 +22,7 @@ if [[ "${1:-}" != --inside ]]; then
 fi
 
 # --- Inside the device. ---
+source "${BASH_SOURCE[0]%/*}/terminal.sh"
 services=(servicemanager graphicsallocator offlinecameraservice)
 
 pid_of() {
@@ -82,6 +84,7 @@ settle() {
 pids=()
 for service in "${services[@]}"; do pids+=("$(pid_of "$service")"); done
 mapfile -t idle < <(count_all)
+progress "warming up"
 for ((round = 0; round < warm_up[0]; ++round)); do
     sessions=()
     for ((n = 0; n < warm_up[1]; ++n)); do session "$n" & sessions+=($!); done
@@ -89,7 +92,11 @@ for ((round = 0; round < warm_up[0]; ++round)); do
 done
 settle 1 "${idle[@]}"
 mapfile -t before < <(count_all)
-for ((n = 0; n < $2; ++n)); do session "$n"; done
+for ((n = 0; n < $2; ++n)); do
+    progress "session $((n + 1)) of $2"
+    session "$n"
+done
+progress_ends
 settle 3 "${before[@]}"
 
 status=0

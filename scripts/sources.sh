@@ -7,7 +7,9 @@ photo_data="$out/camera-from-photo"
 fill_data() {
     local made
     mkdir -p "$1"
+    progress "${0##*/}: makes missing source files"
     made="$("$bin/offlineframes" sources "$1" 2>&1)" || refuse "no source files in $1: $made"
+    progress_ends
     grep -v -e ': exists, kept$' -e '^$' <<<"$made" >&2 || true
 }
 
@@ -15,6 +17,7 @@ fill_data() {
 fill_data_from() {
     local fresh="$photo_data.new" made file
     rm -rf "$fresh"
+    progress "${0##*/}: makes source files from ${1##*/}"
     made="$("$bin/offlineframes" sources "$fresh" --from "$1" 2>&1)" ||
         { rm -rf "$fresh" && refuse "--source: ${made#offlineframes: }"; }
     mkdir -p "$photo_data"/{offlinecameratest,metadata}

@@ -9,6 +9,7 @@
 #include <stdlib.h>
 #include <string.h>
 #include <sys/wait.h>
+#include <terminal/terminal.h>
 #include <unistd.h>
 
 #include "shell.h"
@@ -91,7 +92,7 @@ std::optional<ProgramOutput> readProgram(const std::vector<std::string>& argv) {
 }
 
 void complain(const std::string& sentence) {
-    const std::string line = "deviceshell: " + sentence + "\n";
+    const std::string line = "deviceshell: " + terminal::red(sentence) + "\n";
     // One write, so that lines of several processes do not mix.
     if (write(STDERR_FILENO, line.data(), line.size()) < 0) return;
 }

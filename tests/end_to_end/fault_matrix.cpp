@@ -4,12 +4,14 @@
 #include <gtest/gtest.h>
 #include <stdio.h>
 #include <string.h>
+#include <terminal/terminal.h>
 
 #include <atomic>
 #include <chrono>
 #include <filesystem>
 #include <fstream>
 #include <functional>
+#include <mutex>
 #include <sstream>
 #include <thread>
 
@@ -176,11 +178,17 @@ void runAll(std::vector<std::vector<Row>>* tables) {
         for (Row& row : (*tables)[i]) jobs.push_back({&kModes[i], &row});
     }
     std::atomic<size_t> next = 0;
+    std::mutex lock;
+    size_t done = 0;
+    terminal::Progress progress;
     std::vector<std::thread> workers;
     for (size_t i = 0; i < kWorkers; ++i) {
         workers.emplace_back([&] {
             for (size_t job = next++; job < jobs.size(); job = next++) {
                 run(*jobs[job].first, jobs[job].second);
+                const std::lock_guard<std::mutex> guard(lock);
+                progress.show("run " + std::to_string(++done) + " of " +
+                              std::to_string(jobs.size()));
             }
         });
     }

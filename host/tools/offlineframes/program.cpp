@@ -1,6 +1,7 @@
 // Chooses the command, prints what it reports.
 
 #include <stdio.h>
+#include <terminal/terminal.h>
 
 #include <algorithm>
 
@@ -41,7 +42,7 @@ const Command* findCommand(const std::string& name) {
 }
 
 int fail(const std::string& text, int status) {
-    fprintf(stderr, "offlineframes: %s\n", text.c_str());
+    fprintf(stderr, "offlineframes: %s\n", terminal::red(text).c_str());
     return status;
 }
 
@@ -55,6 +56,13 @@ int print(const std::string& text) {
         return fail("cannot write to standard output", 1);
     }
     return 0;
+}
+
+// Frames are large: most commands take about a second.
+Result<Report> runCommand(const Command& command, const CommandLine& line) {
+    terminal::Progress progress;
+    progress.show(std::string("offlineframes: ") + command.spec().name + " ...");
+    return command.run(line);
 }
 
 bool asksForHelp(const std::string& word) {
@@ -75,7 +83,7 @@ int runProgram(const std::vector<std::string>& words) {
     const std::string name = std::string(spec.name) + " ";
     const std::string prefix = std::string(spec.name) + ": ";
     if (!line.ok()) return misuse(prefix + line.error(), name);
-    const Result<Report> report = command->run(line.value());
+    const Result<Report> report = runCommand(*command, line.value());
     if (!report.ok()) {
         return report.failure().misuse ? misuse(prefix + report.error(), name)
                                        : fail(report.error(), 1);

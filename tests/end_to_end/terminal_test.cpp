@@ -1,0 +1,70 @@
+// What people see on a terminal, and that nothing of it is seen elsewhere.
+
+#include <gmock/gmock.h>
+
+#include "tests/end_to_end/run_script.h"
+
+using ::testing::AllOf;
+using ::testing::HasSubstr;
+using ::testing::Not;
+
+namespace end_to_end {
+namespace {
+
+const char kEscape[] = "\033[";
+
+class Terminal : public RunScript {
+  protected:
+    // The screen after a program has run at a terminal of this kind.
+    Finished show(const std::vector<std::string>& words, const char* kind, const char* noColor) {
+        Subprocess::Environment environment = crashSettings();
+        environment.emplace_back("TERM", kind);
+        environment.emplace_back("NO_COLOR", noColor);
+        return Subprocess(words, environment, Subprocess::Input::Terminal).finish();
+    }
+};
+
+TEST_F(Terminal, ShowsErrorsInRedUnlessAskedNotTo) {
+    const std::vector<std::string> programs[] = {{m_root + "/run", "--bogus"},
+                                                 {PROJECT_FOLDER "/check", "bogus"},
+                                                 {DEVICESHELL, "--bogus"},
+                                                 {OFFLINEFRAMES, "bogus"}};
+    for (const std::vector<std::string>& words : programs) {
+        SCOPED_TRACE(words[0]);
+        EXPECT_THAT(show(words, "xterm", "").out,
+                    AllOf(HasSubstr("\033[31m"), HasSubstr("bogus"), HasSubstr("\033[0m")));
+        const std::string plain[] = {show(words, "xterm", "1").out, show(words, "dumb", "").out,
+                                     runProgram(words, {{"NO_COLOR", ""}}).err};
+        for (const std::string& text : plain) {
+            EXPECT_THAT(text, AllOf(HasSubstr("bogus"), Not(HasSubstr(kEscape))));
+        }
+    }
+}
+
+// The time-out of the shutter is long enough to be told.
+TEST_F(Terminal, TellsWhatTheToolWaitsForAndTakesItAway) {
+    const std::vector<std::string> words = {m_root + "/run", "--fault", "no-shutter", "-t", "B2Y"};
+    const Finished coloured = show(words, "xterm", "");
+    EXPECT_EQ(coloured.status, 0) << coloured.out;
+    const std::string waits = "run: the tool waits for the shutter, 2 s";
+    EXPECT_THAT(coloured.out, AllOf(HasSubstr(waits), HasSubstr("makes missing source files"),
+                                    HasSubstr("\033[32mwrote "),
+                                    HasSubstr("\033[33mthe input frames were left empty")));
+    // What follows the last line of progress begins on a line that was blanked.
+    const size_t last = coloured.out.rfind("the tool waits");
+    EXPECT_THAT(coloured.out.substr(last), HasSubstr("\r" + std::string(78, ' ') + "\r"));
+    EXPECT_EQ(coloured.out.find('\n', last),
+              coloured.out.find("\n", coloured.out.find("wrote", last)));
+
+    const Finished plain = show(words, "xterm", "1");
+    EXPECT_THAT(plain.out, AllOf(HasSubstr(waits), Not(HasSubstr(kEscape))));
+}
+
+TEST_F(Terminal, LeavesFilesAndPipesFree) {
+    const Finished finished = run({"-t", "B2Y"});
+    EXPECT_THAT(finished.err, AllOf(HasSubstr("wrote "), Not(HasSubstr(kEscape)),
+                                    Not(HasSubstr("\r")), Not(HasSubstr("makes "))));
+}
+
+}  // namespace
+}  // namespace end_to_end
