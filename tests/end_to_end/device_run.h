@@ -40,6 +40,9 @@ class DeviceRun {
     // deviceshell's options, appended.
     DeviceRun& with(const std::vector<std::string>& options);
 
+    // Seconds that a run may take.
+    DeviceRun& within(int seconds);
+
     // Runs "vexofflinecameratest ARGUMENTS" or another command. A test fails here when the run
     // does not end in time or a sanitizer reported something in any process.
     RunResult tool(const std::vector<std::string>& arguments);
@@ -53,6 +56,7 @@ class DeviceRun {
   private:
     std::string m_folder;
     std::vector<std::string> m_options;
+    int m_patience = kPatience;
 };
 
 // Lines of a log file of the stand-in device.

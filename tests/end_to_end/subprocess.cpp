@@ -45,9 +45,9 @@ int openTerminal(std::string* name) {
 }  // namespace
 
 Subprocess::Subprocess(const std::vector<std::string>& argv, const Environment& environment,
-                       Input input) {
+                       Input input, int patience) {
     clock_gettime(CLOCK_MONOTONIC, &m_deadline);
-    m_deadline.tv_sec += kPatience;
+    m_deadline.tv_sec += patience;
     int outputs[2] = {-1, -1};
     int errors[2] = {-1, -1};
     std::string terminal;
@@ -144,8 +144,8 @@ Finished Subprocess::finish() {
 }
 
 Finished runProgram(const std::vector<std::string>& argv,
-                    const Subprocess::Environment& environment) {
-    return Subprocess(argv, environment).finish();
+                    const Subprocess::Environment& environment, int patience) {
+    return Subprocess(argv, environment, Subprocess::Input::Empty, patience).finish();
 }
 
 std::vector<std::string> processesWith(const std::string& text) {

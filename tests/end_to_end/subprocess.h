@@ -10,7 +10,8 @@
 
 namespace end_to_end {
 
-// How long a test waits for anything, in seconds. It only decides how soon a fault is reported.
+// How long a test waits for anything, in seconds, unless it says otherwise. It only decides how
+// soon a fault is reported.
 constexpr int kPatience = 50;
 
 struct Finished {
@@ -27,7 +28,7 @@ class Subprocess {
     // Starts the program; argv[0] is looked for in PATH. With a terminal, all three of its
     // standard descriptors are that terminal, it leads the session, and `out` is the screen.
     explicit Subprocess(const std::vector<std::string>& argv, const Environment& environment = {},
-                        Input input = Input::Empty);
+                        Input input = Input::Empty, int patience = kPatience);
     ~Subprocess();  // kills the program if it still runs
     Subprocess(const Subprocess&) = delete;
     Subprocess& operator=(const Subprocess&) = delete;
@@ -60,7 +61,7 @@ class Subprocess {
 
 // Starts and finishes.
 Finished runProgram(const std::vector<std::string>& argv,
-                    const Subprocess::Environment& environment = {});
+                    const Subprocess::Environment& environment = {}, int patience = kPatience);
 
 // Command lines of running processes that contain the text; the asking process is left out.
 std::vector<std::string> processesWith(const std::string& text);

@@ -1,0 +1,91 @@
+// What the processes of a stand-in device hold, as seen from inside it.
+
+#include "tests/end_to_end/device_state.h"
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <filesystem>
+#include <fstream>
+#include <regex>
+#include <thread>
+
+#include "tests/end_to_end/device_run.h"
+
+namespace end_to_end {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr auto kPatienceForIdle = std::chrono::seconds(10);
+
+// "socket:[123]" is a socket; other names stay.
+std::map<std::string, int> descriptorsOf(const fs::path& process) {
+    std::map<std::string, int> counts;
+    std::error_code error;
+    for (const auto& entry : fs::directory_iterator(process / "fd", error)) {
+        const std::string target = fs::read_symlink(entry.path(), error);
+        ++counts[target.substr(0, target.find(":["))];
+    }
+    return counts;
+}
+
+// Each service listens and is connected to the service manager, which listens, too.
+bool hasOnlyIdleSockets(const DeviceState& state) {
+    size_t services = 0, servicesAtRest = 0, managersSockets = 0;
+    for (const auto& [name, descriptors] : state) {
+        const auto sockets = descriptors.find("socket");
+        const size_t count =
+                sockets == descriptors.end() ? 0 : static_cast<size_t>(sockets->second);
+        if (name.rfind("servicemanager ", 0) == 0) managersSockets = count;
+        if (name.rfind("graphicsallocat ", 0) != 0 && name.rfind("offlinecamerase ", 0) != 0)
+            continue;
+        ++services;
+        servicesAtRest += count == 2;
+    }
+    return services == 2 && servicesAtRest == services && managersSockets == 1 + services;
+}
+
+int linesWith(const std::string& text, const char* pattern) {
+    const std::regex wanted(pattern);
+    return static_cast<int>(std::distance(std::sregex_iterator(text.begin(), text.end(), wanted),
+                                          std::sregex_iterator()));
+}
+
+bool everySessionHasEnded() {
+    const std::string log = readFile("/data/vendor/camera/device.log");
+    return linesWith(log, "session \\S+: camera ") <=
+           linesWith(log, "session \\S+: (closed|released|client died)\n");
+}
+
+}  // namespace
+
+DeviceState deviceState() {
+    DeviceState state;
+    for (const auto& entry : fs::directory_iterator("/proc")) {
+        const std::string id = entry.path().filename();
+        if (id.find_first_not_of("0123456789") != std::string::npos) continue;
+        std::ifstream file(entry.path() / "comm");
+        std::string name;
+        std::getline(file, name);
+        if (id != std::to_string(getpid())) state[name + " " + id] = descriptorsOf(entry.path());
+    }
+    return state;
+}
+
+DeviceState idleDeviceState() {
+    const auto limit = std::chrono::steady_clock::now() + kPatienceForIdle;
+    DeviceState state = deviceState();
+    bool idle = false;
+    while (!(idle = hasOnlyIdleSockets(state) && everySessionHasEnded()) &&
+           std::chrono::steady_clock::now() < limit) {
+        std::this_thread::yield();
+        state = deviceState();
+    }
+    EXPECT_TRUE(idle) << "connections or sessions are left: " << ::testing::PrintToString(state);
+    return state;
+}
+
+}  // namespace end_to_end
