@@ -1,15 +1,17 @@
 #!/bin/bash
 # Runs many sessions against one stand-in device and shows what its processes hold before and after.
-# usage: soak.sh FOLDER [SESSIONS], FOLDER being the programs'. Growth is status 1.
+# usage: soak.sh FOLDER [SESSIONS [PROGRAM]], FOLDER being the programs'. Growth is status 1.
+# With a program, "PROGRAM N" takes the place of session N, one at a time.
 set -euo pipefail
 
 readonly resident_bound=4096 # KiB per process: heap that an allocator keeps back for later
-readonly warm_up=(2 16) # rounds, and sessions at a time: every kind twice, every pool at its full size
+warm_up=(2 16) # rounds, and sessions at a time: every kind twice, every pool at its full size
+[[ -z "${3:-}" ]] || warm_up=(20 1)
 
 # --- Outside: the source files and the device. ---
 if [[ "${1:-}" != --inside ]]; then
-    [[ $# -le 2 && -x "${1:-}/deviceshell" && "${2:-200}" =~ ^[1-9][0-9]{0,5}$ ]] ||
-        { echo "usage: soak.sh FOLDER [SESSIONS], 1 to 999999 sessions" >&2 && exit 2; }
+    [[ $# -le 3 && -x "${1:-}/deviceshell" && "${2:-200}" =~ ^[1-9][0-9]{0,5}$ ]] ||
+        { echo "usage: soak.sh FOLDER [SESSIONS [PROGRAM]], 1 to 999999 sessions" >&2 && exit 2; }
     data="$(mktemp -d)"
     trap 'rm -rf "$data"' EXIT
     "$1/offlineframes" sources "$data" >"$data/made" 2>&1 || { cat "$data/made" >&2 && exit 1; }
@@ -17,12 +19,16 @@ if [[ "${1:-}" != --inside ]]; then
     cp "$(dirname "${BASH_SOURCE[0]}")/terminal.sh" "$data"
     # One heap per process: a further one for a thread is a mapping too, and no leak.
     MALLOC_ARENA_MAX=1 "$1/deviceshell" --die-with-parent --data "$data" --log "$data/tool.log" \
-        --device-log "$data/device.log" -- bash /data/vendor/camera/soak.sh --inside "${2:-200}"
-    exit
+        --device-log "$data/device.log" -- bash /data/vendor/camera/soak.sh --inside \
+        "${2:-200}" "${3:-}" && exit
+    status=$?
+    tail -n 20 "$data/device.log" >&2
+    exit $status
 fi
 
 # --- Inside the device. ---
 source "${BASH_SOURCE[0]%/*}/terminal.sh"
+readonly program="${3:-}"
 services=(servicemanager graphicsallocator offlinecameraservice)
 
 pid_of() {
@@ -44,6 +50,10 @@ counts() {
 
 # The kinds take turns. Some clients are killed at a moment that moves through a whole session.
 session() {
+    if [[ -n "$program" ]]; then
+        "$program" "$1"
+        return
+    fi
     local tool=vexofflinecameratest modes=(B2Y Y2J MMF)
     (($1 % 3)) || tool=vexofflinecameratest-planes
     case $(($1 % 8)) in
@@ -87,7 +97,7 @@ mapfile -t idle < <(count_all)
 progress "warming up"
 for ((round = 0; round < warm_up[0]; ++round)); do
     sessions=()
-    for ((n = 0; n < warm_up[1]; ++n)); do session "$n" & sessions+=($!); done
+    for ((n = round; n < round + warm_up[1]; ++n)); do session "$n" & sessions+=($!); done
     for session in "${sessions[@]}"; do wait "$session"; done
 done
 settle 1 "${idle[@]}"
