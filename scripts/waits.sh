@@ -29,7 +29,7 @@ with_waits_told() {
     teller=$!
     trap 'kill "$teller" 2>/dev/null || true' EXIT
     "$@" || status=$?
-    kill "$teller"
+    kill "$teller" 2>/dev/null || true # a Ctrl-C has ended it already
     wait "$teller" 2>/dev/null || true
     trap - EXIT
     progress_ends

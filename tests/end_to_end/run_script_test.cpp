@@ -50,6 +50,7 @@ TEST_F(RunScript, LeavesEverythingAfterItsOptionsToTheTool) {
     EXPECT_EQ(unknown.out, "");
     EXPECT_THAT(unknown.err, HasSubstr("vexofflinecameratest: "));
     EXPECT_THAT(run({"--help"}).out, StartsWith("usage: ./run"));
+    EXPECT_THAT(run({"--fault", "help"}).out, HasSubstr("no-shutter"));
 }
 
 TEST_F(RunScript, ReportsDumpsAndPictures) {
@@ -87,6 +88,11 @@ TEST_F(RunScript, OpensAShellOnTheDevice) {
     EXPECT_EQ(finished.status, 3) << finished.err;
     EXPECT_THAT(finished.out, StartsWith("cmd: -t=B2Y\nopMode: B2Y=0\nret: =0\nFound 2 services:"));
     EXPECT_THAT(finished.err, HasSubstr("Scanline[0].yuv (18874368 bytes), "));
+}
+
+TEST_F(RunScript, LeavesTheAllocatorOut) {
+    EXPECT_EQ(run({"--no-allocator", "-t", "callback"}).status, 0);
+    EXPECT_THAT(readFile(m_root + "/out/run.log"), HasSubstr("zelAllocator getService failed"));
 }
 
 TEST_F(RunScript, EndsWithTheToolsSignal) {

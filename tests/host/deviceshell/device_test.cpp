@@ -198,10 +198,11 @@ TEST_F(Deviceshell, ReportsAServiceThatDoesNotStart) {
     EXPECT_THAT(fileText("device.log"), HasSubstr("cannot start"));
 }
 
-TEST_F(Deviceshell, ListsTheFaultsOfBothPrograms) {
+TEST_F(Deviceshell, ListsItsOptionsAndTheFaultsOfBothPrograms) {
     const Finished run = runProgram({DEVICESHELL, "--fault", "help"});
     EXPECT_EQ(run.status, 0) << run.err;
     EXPECT_THAT(run.out, AllOf(HasSubstr("no-shutter"), HasSubstr("allocate-error")));
+    EXPECT_THAT(runProgram({DEVICESHELL, "--help"}).out, HasSubstr("usage: deviceshell"));
 }
 
 }  // namespace

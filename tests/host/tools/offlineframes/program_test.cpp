@@ -111,5 +111,36 @@ TEST(Program, PacksViewsAndComparesAPhoto) {
     EXPECT_THAT(run({"compare", photo, other}).errors, HasSubstr("128x64 and 64x64"));
 }
 
+// What an option adds shows in the file that the command writes.
+TEST(Program, OptionsChangeWhatIsMade) {
+    const TestFolder folder;
+    const std::string ppm = folder.file("photo.ppm", ppmBytes(gradientPicture(64, 48)));
+    const std::string jpeg = folder.file("photo.jpg", jpegBytes(gradientPicture(64, 48), 90));
+    const std::string made = folder.file("made", {1});
+    const auto make = [&](std::vector<std::string> words) {
+        words.insert(words.end(), {"--force", made});
+        const Outcome result = run(words);
+        EXPECT_EQ(result.status, 0) << result.errors;
+        return readFile(made).value();
+    };
+    const Bytes raw = make({"pack", "--size", "64x48", ppm});
+    EXPECT_EQ(raw, make({"pack", "--size", "64x48", "--format", "raw10", ppm}));
+    const Bytes noisy = make({"pack", "--size", "64x48", "--noise", "4", ppm});
+    EXPECT_NE(noisy, raw);
+    EXPECT_EQ(noisy, make({"pack", "--size", "64x48", "--noise", "4", "--seed", "1", ppm}));
+    EXPECT_NE(noisy, make({"pack", "--size", "64x48", "--noise", "4", "--seed", "2", ppm}));
+
+    const std::string frame = folder.file("frame.raw", raw);
+    std::vector<std::string> view = {"view",     "--format", "raw10",       "--size", "64x48",
+                                     "--stride", "128",      "--scanlines", "48",     frame};
+    const Bytes developed = make(view);
+    view.push_back("--mosaic");
+    EXPECT_NE(make(view), developed);
+    EXPECT_NE(make({"view", jpeg}), make({"view", "--as-stored", jpeg}));
+    const std::string level = folder.file("level.jpg", jpegBytes(gradientPicture(64, 48), 0));
+    EXPECT_EQ(run({"compare", level, jpeg}).status, 1);  // 64 x 48 and 48 x 64
+    EXPECT_EQ(run({"compare", "--as-stored", level, jpeg}).status, 0);
+}
+
 }  // namespace
 }  // namespace offlineframes
