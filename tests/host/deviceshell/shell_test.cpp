@@ -100,12 +100,12 @@ TEST_F(ShellAtTerminal, CtrlCEndsTheCommandAndNotTheDevice) {
 // The caller's shell goes on with its terminal, although the device's shell was killed.
 TEST(ShellInAScript, GivesTheTerminalBack) {
     Subprocess caller({"bash", "-c",
-                       DEVICESHELL " --no-service --no-allocator; read line; "
+                       DEVICESHELL " --no-service --no-allocator; echo back; read line; "
                                    "echo \"read $line, $(stty -a | grep -o -- '[-]*icanon')\""},
                       {{"TERM", "vt100"}}, Subprocess::Input::Terminal);
     ASSERT_TRUE(caller.waitForNext("$ "));
     caller.type("kill -9 $$\r");
-    ASSERT_TRUE(caller.waitForNext("kill -9 $$\r\n"));
+    ASSERT_TRUE(caller.waitForNext("\nback"));
     caller.type("words\r");
     EXPECT_TRUE(caller.waitForNext("read words, icanon"));
     EXPECT_EQ(caller.finish().status, 0);
