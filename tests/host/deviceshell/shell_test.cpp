@@ -105,7 +105,7 @@ TEST(ShellInAScript, GivesTheTerminalBack) {
                       {{"TERM", "vt100"}}, Subprocess::Input::Terminal);
     ASSERT_TRUE(caller.waitForNext("$ "));
     caller.type("kill -9 $$\r");
-    ASSERT_TRUE(caller.waitForNext("\nback"));
+    ASSERT_TRUE(caller.waitForNext("back\r\n"));
     caller.type("words\r");
     EXPECT_TRUE(caller.waitForNext("read words, icanon"));
     EXPECT_EQ(caller.finish().status, 0);
