@@ -84,6 +84,12 @@ class Timeline {
     this.draw();
   }
 
+  // From the tool's first line on to where it begins to exit.
+  showTool() {
+    const steps = this.report.phases.filter((phase) => phase.name !== "device" && phase.name !== "exit");
+    if (steps.length) this.show(steps[0].startUs, steps[steps.length - 1].endUs);
+  }
+
   zoom(factor) {
     const middle = (this.from + this.to) / 2;
     const half = (this.to - this.from) * factor / 2;
@@ -149,7 +155,7 @@ class Timeline {
                                     width, height: rowHeight - 10, rx: 2}), text);
   }
 
-  // Behind the last bar, or before the first where there is no room; a detail where both fit.
+  // Behind the last bar, before the first or on it, wherever there is room; a detail where both fit.
   barText(row, text, y) {
     const detail = row.steps.length === 1 ? row.steps[0].detail : "";
     const end = Math.max(this.scale.x(row.steps[row.steps.length - 1].endUs), this.scale.x(row.steps[0].startUs) + 3);
@@ -164,7 +170,8 @@ class Timeline {
     if (start - reach(text.length) > this.scale.left) {
       return makeSvg("text", {x: start - 7, y: y + 17, "text-anchor": "end"}, text);
     }
-    return "";
+    if (row.steps.some((step) => step.waits)) return "";  // hatched: nothing could be read on it
+    return makeSvg("text", {class: "on-bar", x: Math.max(start, this.scale.left) + 7, y: y + 17}, text);
   }
 
   markRow(row, y) {
@@ -277,6 +284,7 @@ function timelinePart(report) {
       make("span", {class: "spring"}),
       make("button", {onclick: () => timeline.zoom(0.5), "aria-label": "zoom in"}, "+"),
       make("button", {onclick: () => timeline.zoom(2), "aria-label": "zoom out"}, "−"),
+      make("button", {onclick: () => timeline.showTool()}, "Tool only"),
       make("button", {onclick: () => timeline.show(0, timeline.end)}, "Whole run")),
     plot, timelineLegend(),
     make("details", {}, make("summary", {}, `Table of ${plural(report.phases.length, "step")}`),
