@@ -14,9 +14,9 @@
 
 namespace {
 
-using bench::AgainstMark;
 using bench::Frame;
 using bench::Number;
+using bench::PrintComparison;
 using bench::Subject;
 using imaging::Execution;
 using imaging::FastestInstructionSet;
@@ -43,22 +43,6 @@ void Renew(Frame& frame, Memory memory) {
     frame.picture.MakeFresh();
 }
 
-void PrintRows(const char* title, const std::vector<Subject>& subjects,
-               const std::vector<double>& times, size_t measure, const std::vector<double>& marks) {
-    printf("### %s\n\n", title);
-    bench::Table table({"", "ms", "ratio", "mark", ""});
-    for (size_t i = 0; i < subjects.size(); ++i) {
-        const double ratio = times[i] / times[measure];
-        std::vector<std::string> row = {subjects[i].name, Number(times[i], 2)};
-        const std::vector<std::string> against =
-                marks[i] > 0 ? AgainstMark(ratio, marks[i])
-                             : std::vector<std::string>{Number(ratio, 2), "", ""};
-        row.insert(row.end(), against.begin(), against.end());
-        table.Add(row);
-    }
-    table.Print();
-}
-
 void BayerToYuv(Frame& frame, Memory memory) {
     const auto renew = [&] { Renew(frame, memory); };
     std::vector<uint8_t> copy(frame.picture.Layout().size, 1);
@@ -72,9 +56,9 @@ void BayerToYuv(Frame& frame, Memory memory) {
             {"B2Y, two threads",
              [&] { Require(imaging::RawToNv12(frame.Raw(), frame.Picture(), On(2))); }, renew},
     };
-    PrintRows(memory == Memory::kWarm ? "B2Y beside the plain loop, buffers in use"
-                                      : "B2Y beside the plain loop, fresh buffers",
-              subjects, MedianTimes(subjects, kRounds), 1, {0, 0, 0.45, 0.25});
+    PrintComparison(memory == Memory::kWarm ? "B2Y beside the plain loop, buffers in use"
+                                            : "B2Y beside the plain loop, fresh buffers",
+                    subjects, MedianTimes(subjects, kRounds), 1, {0, 0, 0.45, 0.25});
 }
 
 void MultiFrame(Frame& frame, Memory memory, uint32_t threads) {
@@ -100,7 +84,7 @@ void MultiFrame(Frame& frame, Memory memory, uint32_t threads) {
     const std::string title = std::string("MMF beside B2Y, ") +
                               (memory == Memory::kWarm ? "buffers in use, " : "fresh buffers, ") +
                               std::to_string(threads) + (threads == 1 ? " thread" : " threads");
-    PrintRows(title.c_str(), subjects, MedianTimes(subjects, kRounds), 0, {0, 1.5});
+    PrintComparison(title, subjects, MedianTimes(subjects, kRounds), 0, {0, 1.5});
 }
 
 void YuvToJpeg(Frame& frame) {
@@ -118,8 +102,8 @@ void YuvToJpeg(Frame& frame) {
             {"Y2J, one thread", [&] { encode(1); }},
             {"Y2J, two threads", [&] { encode(2); }},
     };
-    PrintRows("Y2J beside libjpeg-turbo", subjects, MedianTimes(subjects, kRounds), 0,
-              {0, 1.05, 0.6});
+    PrintComparison("Y2J beside libjpeg-turbo", subjects, MedianTimes(subjects, kRounds), 0,
+                    {0, 1.05, 0.6});
     const size_t plain = bench::EncodePlainJpeg(planes, imaging::kJpegQuality, blob.Data(), bytes);
     printf("Files: %zu bytes, libjpeg-turbo's alone %zu.\n\n", size, plain);
 }

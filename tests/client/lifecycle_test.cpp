@@ -88,6 +88,12 @@ TEST_F(Lifecycle, DiesAtTheFirstCallThroughAnEmptyReference) {
     EXPECT_DEATH(alone->registerClient(0), "");
     EXPECT_DEATH(alone->OpenOfflineSession("test"), "");
     OfflineCameraClientAccess::Destroy(alone);
+
+    native_handle* const recorded = native_handle_create(0, 0);
+    access.allocatedHandles().insert(recorded);
+    access.wrapper().reset();
+    EXPECT_DEATH(access.freeBuffer(recorded), "");
+    native_handle_delete(recorded);
 }
 
 TEST_F(Lifecycle, DestructionFreesInputBuffersOnly) {

@@ -70,9 +70,7 @@ class ResultCallbacks : public ClientTest {
     ClientFrameInfo& Record() { return access.resultFrameInfos().at(3); }
 };
 
-// A delivery of messages waits for nobody, not even for the waiting thread's lock.
-TEST_F(ResultCallbacks, NotifyReplacesMessagesWithoutTheLock) {
-    const std::lock_guard<std::mutex> lock(access.resultLock());
+TEST_F(ResultCallbacks, NotifyReplacesMessages) {
     EXPECT_TRUE(access.callback()->notify({Shutter(1), Shutter(2)}).isOk());
     EXPECT_TRUE(access.callback()->notify({Shutter(3)}).isOk());
     ExpectIllegalArgument(access.callback()->notify({}));
@@ -99,13 +97,15 @@ TEST_F(ResultCallbacks, EachDeliveryWakesTheWaitingThread) {
     }
 }
 
-TEST_F(ResultCallbacks, NotifyNeedsAClient) {
+// Only notify() looks whether there is a client.
+TEST_F(ResultCallbacks, WithoutAClient) {
     const auto orphan = ::ndk::SharedRefBase::make<OfflineCameraClientAccess::CallBacks>(nullptr);
     ExpectIllegalArgument(orphan->notify({Shutter(1)}));
+    ExpectIllegalArgument(orphan->processCaptureResult({}));
+    EXPECT_DEATH(orphan->processCaptureResult(std::vector<OfflineCaptureResult>(1)), "");
 }
 
-TEST_F(ResultCallbacks, AnEmptyDeliveryTakesNoLock) {
-    const std::lock_guard<std::mutex> lock(access.resultLock());
+TEST_F(ResultCallbacks, AnEmptyDeliveryIsRefused) {
     ExpectIllegalArgument(access.callback()->processCaptureResult({}));
     EXPECT_EQ(log.take(), (Lines{"I processCaptureResult: callback capture result"}));
 }

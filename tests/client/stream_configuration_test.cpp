@@ -121,6 +121,8 @@ TEST_F(StreamConfiguration, RefusesNull) {
     EXPECT_EQ(access.ConfigureOfflineStreamsInfo(nullptr), 4);
     EXPECT_THAT(access.inputStreams(), IsEmpty());
     EXPECT_EQ(log.take(), (Lines{"E streamConfig is NULL"}));
+    access.opMode() = 2;  // without streams, which is no failure
+    EXPECT_EQ(access.ConfigureOfflineStreamsInfo(&access.configureInfo()), 0);
 }
 
 TEST_F(StreamConfiguration, OverwritesAStreamAndFixesThreeFields) {

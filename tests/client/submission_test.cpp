@@ -1,5 +1,6 @@
 // Submission, the two waits, and the whole log of a run.
 
+#include <chrono>
 #include <mutex>
 #include <string>
 #include <thread>
@@ -42,8 +43,8 @@ class Submission : public ClientTest {
     }
 
     // Returns when the line is there and its thread has gone to wait with the lock released.
-    void AwaitWaiting(const std::string& line) {
-        EXPECT_TRUE(log.waitFor(line)) << line;
+    void AwaitWaiting(const std::string& line, int times = 1) {
+        EXPECT_TRUE(log.waitFor(line, times)) << line;
         const std::lock_guard<std::mutex> lock(access.resultLock());
     }
 };
@@ -71,41 +72,52 @@ TEST_F(Submission, RunsThroughAndLogsEveryStep) {
 
     std::thread service([this] {
         AwaitWaiting("IsShutterReceivedLocked frameNumber is 7");
+        SendShutter(8);
+        AwaitWaiting("IsShutterReceivedLocked frameNumber is 7", 2);
         SendShutter(7);
         AwaitWaiting("WaitForResult wait_for condtion trigger");
+        SendResult(8, 1);
+        AwaitWaiting("WaitForResult wait_for condtion trigger", 2);
         SendResult(7, 1);
     });
     client.WaitCaptureResultCompleted();
     service.join();
-    EXPECT_EQ(log.take(),
-              (Lines{"I WaitCaptureResultCompleted result frameNum is 7",
-                     "I WaitForShutter frame 7 time 5000",
-                     "I IsShutterReceivedLocked frameNumber is 7",
-                     "I notify: callback notify",
-                     "I WaitForShutter frame 7 received 1",
-                     "I WaitForResult result timeout_ms 5000",
-                     "I WaitForResult wait_for condtion trigger",
-                     "I processCaptureResult: callback capture result",
-                     "I ProcessOfflineResult 1",
-                     "I ProcessOfflineResult: outframeinfo numPartialMetadata 0 frame numbrer 7 "
-                     "buffer size 1 ",
-                     "I GetResultFrameInfo: result.end() numPartialMetadata 0",
-                     "I GetResultFrameInfo: result.end() pMetadata (nil)",
-                     "I GetResultFrameInfo: result.end() ",
-                     "I ProcessOfflineResult: inframeinfo numPartialMetadata 0 frame numbrer 7 "
-                     "buffer size 0 ",
-                     "I ProcessOfflineResult: result notifty",
-                     "I WaitForResult wait_for condtion trigger",
+    Lines expected{"I WaitCaptureResultCompleted result frameNum is 7",
+                   "I WaitForShutter frame 7 time 5000",
+                   "I IsShutterReceivedLocked frameNumber is 7",
+                   "I notify: callback notify",
+                   "I IsShutterReceivedLocked frameNumber is 7",
+                   "I notify: callback notify",
+                   "I WaitForShutter frame 7 received 1",
+                   "I WaitForResult result timeout_ms 5000"};
+    for (const int frame : {8, 7}) {
+        const Lines delivery{
+                "I WaitForResult wait_for condtion trigger",
+                "I processCaptureResult: callback capture result",
+                "I ProcessOfflineResult 1",
+                Format("I ProcessOfflineResult: outframeinfo numPartialMetadata 0 frame numbrer %d "
+                       "buffer size 1 ",
+                       frame),
+                "I GetResultFrameInfo: result.end() numPartialMetadata 0",
+                "I GetResultFrameInfo: result.end() pMetadata (nil)",
+                "I GetResultFrameInfo: result.end() ",
+                Format("I ProcessOfflineResult: inframeinfo numPartialMetadata 0 frame numbrer %d "
+                       "buffer size 0 ",
+                       frame),
+                "I ProcessOfflineResult: result notifty"};
+        expected.insert(expected.end(), delivery.begin(), delivery.end());
+    }
+    expected.insert(expected.end(),
+                    {"I WaitForResult wait_for condtion trigger",
                      "I ContainsTheSameBuffers result streamId  1 bufferId  1",
                      "I ContainsTheSameBuffers request streamId  1 bufferId  1",
-                     "I IsResultReceivedLocked sucessfully",
-                     "I WaitForResult received is 1",
+                     "I IsResultReceivedLocked sucessfully", "I WaitForResult received is 1",
                      "I WaitCaptureResultCompleted status is 0",
                      "I result completed outputResult->second.buffers.size 1",
                      Format("I result completed importedBuf %p", output),
                      Format("I result completed buffer %p", memory),
-                     "I imageSize 0 bufferSize  4096",
-                     Format("I freeBuffer %p", output)}));
+                     "I imageSize 0 bufferSize  4096", Format("I freeBuffer %p", output)});
+    EXPECT_EQ(log.take(), expected);
     EXPECT_THAT(data.dumps(), ElementsAre("OfflineAidl_CameraId_2_Frame_7_B2Y_Stride[64]_"
                                           "Scanline[0].yuv"));
 }
@@ -140,7 +152,9 @@ TEST_F(Submission, TimesOutOnAnotherFramesShutterAndOtherBuffers) {
     };
     ASSERT_EQ(client.ProcessOfflineRequest(), 0);
     log.take();
+    const auto begin = std::chrono::steady_clock::now();
     client.WaitCaptureResultCompleted();
+    EXPECT_GE(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds(2 * 5000));
     const Lines refused{"I ContainsTheSameBuffers result streamId  1 bufferId  2",
                         "I ContainsTheSameBuffers request streamId  1 bufferId  1",
                         "W IsResultReceivedLocked failed"};

@@ -17,6 +17,7 @@
 using namespace ::vendor::zel::hardware::camera::offlinecamera::implementation;
 using ::aidl::android::hardware::graphics::common::BufferUsage;
 using ::aidl::android::hardware::graphics::common::PixelFormat;
+using ::testing::Contains;
 using ::testing::Each;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
@@ -142,6 +143,13 @@ TEST_F(PlaneLayout, RoundsPackedSamplesDown) {
                             "pixel_increment/step - 1",
                             "I stride_pixel - 4096, stride_bytes - 5121, scanlines - 3072, size - "
                             "0"));
+}
+
+TEST_F(PlaneLayout, DividesInSinglePrecision) {
+    planes[0].strideBytes = (1 << 24) + 1;
+    Query();
+    EXPECT_THAT(log.take(), Contains("I stride_pixel - 16777216, stride_bytes - 16777217, "
+                                     "scanlines - 3072, size - 0"));
 }
 
 TEST_F(PlaneLayout, TakesTheLastPlaneOfLumaOrRawAlone) {

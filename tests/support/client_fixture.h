@@ -43,6 +43,7 @@ struct OfflineCameraClientAccess {
     auto& offlineSession() { return client->m_offlineSession; }
     auto& callback() { return client->m_callback; }
     auto& streamConfigName() { return client->m_streamConfigName; }
+    auto& bufferLock() { return client->m_callback->m_bufferLock; }
     auto& resultLock() { return client->m_resultLock; }
     auto& resultCondition() { return client->m_resultCondition; }
     auto& inputStreams() { return client->m_inputStreams; }

@@ -9,8 +9,8 @@
 #include <condition_variable>
 #include <cstdarg>
 #include <cstdio>
-#include <iterator>
 #include <mutex>
+#include <utility>
 
 namespace test {
 
@@ -27,6 +27,7 @@ struct Collected {
     std::condition_variable changed;
     std::vector<Line> lines;
     size_t taken = 0;
+    std::vector<std::pair<std::string, std::function<void()>>> looks;  // by a line's start
 };
 
 // Never destroyed: the tool's objects log from exit handlers, too.
@@ -38,9 +39,14 @@ Collected& TheLog() {
 void Collect(const __android_logger_data* data, const char* message) {
     constexpr char kPriorities[] = "??VDIWEF";
     Collected& log = TheLog();
-    const std::lock_guard<std::mutex> lock(log.lock);
+    std::unique_lock<std::mutex> lock(log.lock);
     log.lines.push_back({data->tag, message, kPriorities[data->priority]});
     log.changed.notify_all();
+    const auto looks = log.looks;
+    lock.unlock();
+    for (const auto& [start, look] : looks) {
+        if (std::string(message).rfind(start, 0) == 0) look();
+    }
 }
 
 }  // namespace
@@ -62,6 +68,7 @@ LogCapture::LogCapture() {
     const std::lock_guard<std::mutex> lock(log.lock);
     log.lines.clear();
     log.taken = 0;
+    log.looks.clear();
 }
 
 std::vector<std::string> LogCapture::take(const std::string& tag) {
@@ -77,12 +84,18 @@ std::vector<std::string> LogCapture::take(const std::string& tag) {
     return lines;
 }
 
-bool LogCapture::waitFor(const std::string& text) {
+void LogCapture::atLine(const std::string& start, std::function<void()> look) {
+    Collected& log = TheLog();
+    const std::lock_guard<std::mutex> lock(log.lock);
+    log.looks.emplace_back(start, std::move(look));
+}
+
+bool LogCapture::waitFor(const std::string& text, int times) {
     Collected& log = TheLog();
     std::unique_lock<std::mutex> lock(log.lock);
     return log.changed.wait_for(lock, std::chrono::minutes(1), [&] {
-        return std::any_of(log.lines.begin(), log.lines.end(),
-                           [&](const Line& line) { return line.text == text; });
+        return std::count_if(log.lines.begin(), log.lines.end(),
+                             [&](const Line& line) { return line.text == text; }) >= times;
     });
 }
 

@@ -1,6 +1,7 @@
 // The platform log of this process, as tests look at it.
 #pragma once
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -17,8 +18,12 @@ class LogCapture {
     // The lines under the tag since the last call, such as "E Failed to load mapper.zel.so".
     std::vector<std::string> take(const std::string& tag = "OfflineCameraClient");
 
-    // Waits until a line with this text has come; false after a minute.
-    bool waitFor(const std::string& text);
+    // Waits until so many lines with this text have come; false after a minute.
+    bool waitFor(const std::string& text, int times = 1);
+
+    // Calls `look`, which must not log, on the thread of each line that begins with `start`, while
+    // that thread stands at the line.
+    void atLine(const std::string& start, std::function<void()> look);
 };
 
 }  // namespace test

@@ -131,7 +131,7 @@ Return<void> MemoryMapper::get(void* buffer, const MetadataType& type, get_cb cb
     calls->push_back("getIMapperLibrarySuffix");
     if (!suffix.has_value()) return ::ndk::ScopedAStatus::fromStatus(STATUS_FAILED_TRANSACTION);
     *out = *suffix;
-    return ::ndk::ScopedAStatus::ok();
+    return ::ndk::ScopedAStatus::fromStatus(suffixFails ? STATUS_FAILED_TRANSACTION : STATUS_OK);
 }
 
 }  // namespace test

@@ -74,7 +74,8 @@ class FakeAllocator : public ::aidl::android::hardware::graphics::allocator::BnA
     size_t buffers = 1;        // given by allocate, whatever is asked for
     bool emptyHandles = false;
     int32_t stride = 64;
-    std::optional<std::string> suffix;  // none: getIMapperLibrarySuffix fails
+    std::optional<std::string> suffix;  // none: getIMapperLibrarySuffix leaves its answer alone
+    bool suffixFails = false;           // in spite of its answer
     int lastDescriptor = -1;            // number that the last allocation gave away
 
     ::ndk::ScopedAStatus allocate(const std::vector<uint8_t>& descriptor, int32_t count,
