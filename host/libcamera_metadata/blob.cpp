@@ -7,8 +7,6 @@
 using namespace host::metadata;
 
 const size_t camera_metadata_type_size[NUM_TYPES] = {1, 4, 4, 8, 8, 8};
-const char* camera_metadata_type_names[NUM_TYPES] = {"byte",  "int32",  "float",
-                                                     "int64", "double", "rational"};
 
 namespace {
 
@@ -53,22 +51,11 @@ size_t calculate_camera_metadata_entry_data_size(uint8_t type, size_t data_count
 
 camera_metadata_t* allocate_camera_metadata(size_t entry_capacity, size_t data_capacity) {
     const size_t size = calculate_camera_metadata_size(entry_capacity, data_capacity);
-    if (size > UINT32_MAX) return nullptr;
-    void* block = std::calloc(1, size);
-    if (block == nullptr) return nullptr;
-    return place_camera_metadata(block, size, entry_capacity, data_capacity);
-}
-
-camera_metadata_t* place_camera_metadata(void* dst, size_t dst_size, size_t entry_capacity,
-                                         size_t data_capacity) {
-    const size_t size = calculate_camera_metadata_size(entry_capacity, data_capacity);
     size_t start = 0;
-    if (dst == nullptr || size > dst_size || size > UINT32_MAX) return nullptr;
-    if (reinterpret_cast<uintptr_t>(dst) % kBlockAlignment != 0) return nullptr;
-    if (!dataStart(entry_capacity, &start)) return nullptr;
+    if (size > UINT32_MAX || !dataStart(entry_capacity, &start)) return nullptr;
+    auto* block = static_cast<camera_metadata_t*>(std::calloc(1, size));
+    if (block == nullptr) return nullptr;
 
-    auto* block = static_cast<camera_metadata_t*>(dst);
-    *block = camera_metadata{};
     block->size = static_cast<uint32_t>(size);
     block->version = kVersion;
     block->entry_capacity = static_cast<uint32_t>(entry_capacity);
@@ -90,27 +77,10 @@ size_t get_camera_metadata_size(const camera_metadata_t* metadata) {
     return size;
 }
 
-size_t get_camera_metadata_compact_size(const camera_metadata_t* metadata) {
-    if (metadata == nullptr) return kError;
-    return calculate_camera_metadata_size(metadata->entry_count, metadata->data_count);
-}
-
 size_t get_camera_metadata_entry_count(const camera_metadata_t* metadata) {
     return metadata->entry_count;
 }
 
-size_t get_camera_metadata_entry_capacity(const camera_metadata_t* metadata) {
-    return metadata->entry_capacity;
-}
-
 size_t get_camera_metadata_data_count(const camera_metadata_t* metadata) {
     return metadata->data_count;
-}
-
-size_t get_camera_metadata_data_capacity(const camera_metadata_t* metadata) {
-    return metadata->data_capacity;
-}
-
-size_t get_camera_metadata_alignment(void) {
-    return kBlockAlignment;
 }

@@ -41,18 +41,6 @@ int describeEntry(const camera_metadata_t* block, size_t index, camera_metadata_
     return kOk;
 }
 
-// The entry for someone who may write to the block.
-int asWritable(int result, const camera_metadata_ro_entry_t& source,
-               camera_metadata_entry_t* entry) {
-    if (result != kOk) return result;
-    entry->index = source.index;
-    entry->tag = source.tag;
-    entry->type = source.type;
-    entry->count = source.count;
-    entry->data.u8 = const_cast<uint8_t*>(source.data.u8);
-    return kOk;
-}
-
 }  // namespace
 
 int add_camera_metadata_entry(camera_metadata_t* dst, uint32_t tag, const void* data,
@@ -94,24 +82,10 @@ int get_camera_metadata_ro_entry(const camera_metadata_t* src, size_t index,
     return describeEntry(src, index, entry);
 }
 
-int get_camera_metadata_entry(camera_metadata_t* src, size_t index,
-                              camera_metadata_entry_t* entry) {
-    if (entry == nullptr) return kError;
-    camera_metadata_ro_entry_t found;
-    return asWritable(describeEntry(src, index, &found), found, entry);
-}
-
 int find_camera_metadata_ro_entry(const camera_metadata_t* src, uint32_t tag,
                                   camera_metadata_ro_entry_t* entry) {
     if (src == nullptr || entry == nullptr) return kError;
     const BufferEntry* found = findTag(src, tag);
     if (found == nullptr) return -ENOENT;
     return describeEntry(src, static_cast<size_t>(found - entriesOf(src)), entry);
-}
-
-int find_camera_metadata_entry(camera_metadata_t* src, uint32_t tag,
-                               camera_metadata_entry_t* entry) {
-    if (entry == nullptr) return kError;
-    camera_metadata_ro_entry_t found;
-    return asWritable(find_camera_metadata_ro_entry(src, tag, &found), found, entry);
 }

@@ -67,8 +67,7 @@ inline size_t dataSizeOf(const BufferEntry& entry) {
     return calculate_camera_metadata_entry_data_size(entry.type, entry.count);
 }
 
-// Whether the data of `entry` lies in the block's used data. Entries of a checked block may share
-// data, so an edit of one can leave another without.
+// Whether the data of `entry` lies in the block's used data.
 inline bool hasData(const camera_metadata_t* block, const BufferEntry& entry) {
     return uint64_t{entry.data.offset} + dataSizeOf(entry) <= block->data_count;
 }

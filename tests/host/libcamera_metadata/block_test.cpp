@@ -1,4 +1,4 @@
-// The packed layout of metadata blocks, their sizes and copies.
+// The packed layout of metadata blocks and their sizes.
 #include <gtest/gtest.h>
 
 #include "tests/host/libcamera_metadata/blocks.h"
@@ -35,44 +35,6 @@ TEST(Block, SizesAreRoundedUpAndNeverWrap) {
     EXPECT_EQ(calculate_camera_metadata_entry_data_size(TYPE_DOUBLE, SIZE_MAX / 4), SIZE_MAX);
     EXPECT_EQ(allocate_camera_metadata(SIZE_MAX, 0), nullptr);
     EXPECT_EQ(allocate_camera_metadata(0, size_t{1} << 32), nullptr);
-}
-
-TEST(Block, PlacementNeedsRoomAndAlignment) {
-    alignas(8) uint8_t storage[96 + 1];
-    EXPECT_NE(place_camera_metadata(storage, 96, 2, 16), nullptr);
-    EXPECT_EQ(place_camera_metadata(storage, 95, 2, 16), nullptr);
-    EXPECT_EQ(place_camera_metadata(storage + 1, 96, 2, 16), nullptr);
-}
-
-TEST(Block, ClonesAreCompactAndIndependent) {
-    Block block = makeSampleBlock();
-    const Block clone(clone_camera_metadata(block.get()));
-    ASSERT_NE(clone, nullptr);
-    EXPECT_EQ(get_camera_metadata_size(clone.get()), 48u + 3 * 16 + 32);
-    EXPECT_EQ(get_camera_metadata_size(clone.get()), get_camera_metadata_compact_size(block.get()));
-    EXPECT_EQ(validate_camera_metadata_structure(clone.get(), nullptr), 0);
-    block.reset();
-    camera_metadata_ro_entry_t entry;
-    ASSERT_EQ(find_camera_metadata_ro_entry(clone.get(), ANDROID_JPEG_GPS_TIMESTAMP, &entry), 0);
-    EXPECT_EQ(entry.data.i64[0], 1234567890123);
-}
-
-TEST(Block, CheckedCopiesTakeUnalignedBytesAndRefuseBadOnes) {
-    std::vector<uint8_t> bytes = bytesOf(makeSampleBlock());
-    std::vector<uint8_t> shifted(1);
-    shifted.insert(shifted.end(), bytes.begin(), bytes.end());
-    const auto* source = reinterpret_cast<const camera_metadata_t*>(shifted.data() + 1);
-    const Block copy(allocate_copy_camera_metadata_checked(source, bytes.size()));
-    ASSERT_NE(copy, nullptr);
-    EXPECT_EQ(bytesOf(copy), bytes);
-    for (size_t size = 0; size < bytes.size(); ++size) {
-        // A copy of exactly that many bytes, so that reading more is seen by a sanitizer.
-        const std::vector<uint8_t> cut(bytes.begin(), bytes.begin() + static_cast<long>(size));
-        EXPECT_EQ(allocate_copy_camera_metadata_checked(
-                          reinterpret_cast<const camera_metadata_t*>(cut.data()), size),
-                  nullptr)
-                << size;
-    }
 }
 
 }  // namespace

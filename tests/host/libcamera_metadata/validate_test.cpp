@@ -88,12 +88,10 @@ TEST(Validate, AnyDamagedByteNeverLeadsOutOfTheBlock) {
             const auto* block = reinterpret_cast<const camera_metadata_t*>(bytes.data());
             if (validate(bytes) != 0) continue;
             ++accepted;
-            // Whatever passes can be walked and copied; a sanitizer sees a read outside.
-            const Block copy(clone_camera_metadata(block));
-            ASSERT_NE(copy, nullptr);
-            for (size_t e = 0; e < get_camera_metadata_entry_count(copy.get()); ++e) {
+            // Whatever passes can be walked; a sanitizer sees a read outside.
+            for (size_t e = 0; e < get_camera_metadata_entry_count(block); ++e) {
                 camera_metadata_ro_entry_t entry;
-                ASSERT_EQ(get_camera_metadata_ro_entry(copy.get(), e, &entry), 0);
+                ASSERT_EQ(get_camera_metadata_ro_entry(block, e, &entry), 0);
                 const size_t size = entry.count * camera_metadata_type_size[entry.type];
                 const std::vector<uint8_t> value(entry.data.u8, entry.data.u8 + size);
                 EXPECT_EQ(value.size(), size);

@@ -68,19 +68,13 @@ enum {
     CAMERA_METADATA_VALIDATION_SHIFTED = 2,  // well formed, but not where it can be used in place
 };
 
-// Bytes of one element, and name, of each type.
+// Bytes of one element of each type.
 extern const size_t camera_metadata_type_size[NUM_TYPES];
-extern const char* camera_metadata_type_names[NUM_TYPES];
 
 // ---- Blocks. Capacities and counts are in entries and in bytes of data.
 
 // An empty block, to be freed with free_camera_metadata(). Null without memory, or above 4 GiB.
 camera_metadata_t* allocate_camera_metadata(size_t entry_capacity, size_t data_capacity);
-
-// An empty block in `dst` (8-aligned, `dst_size` bytes, stays the caller's). Null if it does not
-// fit.
-camera_metadata_t* place_camera_metadata(void* dst, size_t dst_size, size_t entry_capacity,
-                                         size_t data_capacity);
 
 // Null is allowed.
 void free_camera_metadata(camera_metadata_t* metadata);
@@ -96,38 +90,14 @@ size_t calculate_camera_metadata_entry_data_size(uint8_t type, size_t data_count
 // only and checks nothing.
 size_t get_camera_metadata_size(const camera_metadata_t* metadata);
 
-// Size in bytes of a copy without unused capacity. 1 for null.
-size_t get_camera_metadata_compact_size(const camera_metadata_t* metadata);
-
 size_t get_camera_metadata_entry_count(const camera_metadata_t* metadata);
-size_t get_camera_metadata_entry_capacity(const camera_metadata_t* metadata);
 size_t get_camera_metadata_data_count(const camera_metadata_t* metadata);
-size_t get_camera_metadata_data_capacity(const camera_metadata_t* metadata);
-
-// 8: what the address of a block must be a multiple of.
-size_t get_camera_metadata_alignment(void);
 
 // Checks every size, offset and type of a block from outside. `expected_size` is the number of
 // bytes that are there (null: trust the block's own size). 0, or CAMERA_METADATA_VALIDATION_...;
 // the reason of an error is logged.
 int validate_camera_metadata_structure(const camera_metadata_t* metadata,
                                        const size_t* expected_size);
-
-// ---- Copies
-
-// A copy without unused capacity in `dst` (8-aligned). Null if it does not fit.
-camera_metadata_t* copy_camera_metadata(void* dst, size_t dst_size, const camera_metadata_t* src);
-
-// The same in a new block, to be freed with free_camera_metadata().
-camera_metadata_t* clone_camera_metadata(const camera_metadata_t* src);
-
-// A byte for byte copy of `src_size` bytes that need no alignment, to be freed with
-// free_camera_metadata(). Null if the copy is not valid.
-camera_metadata_t* allocate_copy_camera_metadata_checked(const camera_metadata_t* src,
-                                                         size_t src_size);
-
-// Adds all entries of `src`, tags that are in `dst` already included. 0, or 1 without room.
-int append_camera_metadata(camera_metadata_t* dst, const camera_metadata_t* src);
 
 // ---- Entries. 0 on success, else 1 unless another number is given.
 
@@ -137,44 +107,17 @@ int add_camera_metadata_entry(camera_metadata_t* dst, uint32_t tag, const void* 
                               size_t data_count);
 
 // The entry at `index`, from 0.
-int get_camera_metadata_entry(camera_metadata_t* src, size_t index, camera_metadata_entry_t* entry);
 int get_camera_metadata_ro_entry(const camera_metadata_t* src, size_t index,
                                  camera_metadata_ro_entry_t* entry);
 
 // The first entry of `tag`; -ENOENT if there is none.
-int find_camera_metadata_entry(camera_metadata_t* src, uint32_t tag,
-                               camera_metadata_entry_t* entry);
 int find_camera_metadata_ro_entry(const camera_metadata_t* src, uint32_t tag,
                                   camera_metadata_ro_entry_t* entry);
 
-// Replaces the elements of an entry, which keeps its index. `updated_entry` may be null.
-int update_camera_metadata_entry(camera_metadata_t* dst, size_t index, const void* data,
-                                 size_t data_count, camera_metadata_entry_t* updated_entry);
-
-// Later entries move down by one.
-int delete_camera_metadata_entry(camera_metadata_t* dst, size_t index);
-
-// Orders the entries by tag, which makes later searches faster.
-int sort_camera_metadata(camera_metadata_t* dst);
-
 // ---- Tags
-
-// "android.jpeg"; null for an unknown section.
-const char* get_camera_metadata_section_name(uint32_t tag);
-
-// "orientation"; null for an unknown tag.
-const char* get_camera_metadata_tag_name(uint32_t tag);
 
 // TYPE_...; -1 for an unknown tag.
 int get_camera_metadata_tag_type(uint32_t tag);
-
-// ---- For people
-
-// Writes a readable listing to `fd`. `verbosity` 0: entries without values; 1: up to 16 values of
-// each; 2: all of them. Every line starts with `indentation` spaces.
-void dump_camera_metadata(const camera_metadata_t* metadata, int fd, int verbosity);
-void dump_indented_camera_metadata(const camera_metadata_t* metadata, int fd, int verbosity,
-                                   int indentation);
 
 #ifdef __cplusplus
 }
