@@ -93,6 +93,16 @@ std::optional<IntegerValue> ConstantEvaluator::Literal(const Expression& express
     return IntegerValue{static_cast<int32_t>(static_cast<uint32_t>(magnitude)), false};
 }
 
+std::optional<size_t> ConstantEvaluator::EnumeratorIndex(const Declaration& declaration,
+                                                         const std::string& name) {
+    const auto [index, isNew] = mIndexes.try_emplace(&declaration);
+    for (size_t i = 0; isNew && i < declaration.enumerators.size(); i++) {
+        index->second.emplace(declaration.enumerators[i].name, i);
+    }
+    const auto found = index->second.find(name);
+    return found != index->second.end() ? std::optional(found->second) : std::nullopt;
+}
+
 const Enumerator* ConstantEvaluator::FindEnumerator(const Expression& reference,
                                                     const Document& document, Declaration** owner) {
     const size_t dot = reference.text.rfind('.');
@@ -108,10 +118,8 @@ const Enumerator* ConstantEvaluator::FindEnumerator(const Expression& reference,
         Fail(reference.position, "unknown type '" + type + "': import it or check the spelling");
         return nullptr;
     }
-    for (size_t i = 0; i < (*owner)->enumerators.size(); i++) {
-        if ((*owner)->enumerators[i].name == name) {
-            return EvaluateEnumerator(*owner, i) ? &(*owner)->enumerators[i] : nullptr;
-        }
+    if (const auto index = EnumeratorIndex(**owner, name)) {
+        return EvaluateEnumerator(*owner, *index) ? &(*owner)->enumerators[*index] : nullptr;
     }
     Fail(reference.position, (*owner)->kind == Declaration::Kind::Enum
                                      ? "enum " + type + " has no enumerator '" + name + "'"

@@ -3,6 +3,8 @@
 
 #include <cstdint>
 #include <optional>
+#include <string_view>
+#include <unordered_map>
 
 #include "ast.h"
 #include "diagnostics.h"
@@ -44,10 +46,14 @@ class ConstantEvaluator {
     std::optional<IntegerValue> Shift(const Expression& expression, IntegerValue left,
                                       int64_t count);
     bool EvaluateEnumerator(Declaration* declaration, size_t index);
+    /** By name; of a name that is there twice, the first. Nothing if there is none. */
+    std::optional<size_t> EnumeratorIndex(const Declaration& declaration, const std::string& name);
     std::nullopt_t Fail(const Position& position, const std::string& message);
 
     SourceTree* mTree;
     Diagnostics* mDiagnostics;
+    // By enum; the names lie in its enumerators, which no longer change.
+    std::unordered_map<const Declaration*, std::unordered_map<std::string_view, size_t>> mIndexes;
     int mDepth = 0;  // of Evaluate() calls
 };
 
