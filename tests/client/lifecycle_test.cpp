@@ -35,6 +35,7 @@ TEST_F(Lifecycle, ConstructsInOrder) {
                    "E Gralloc Init failed, reason zelAidlMapper getInstance failed",
                    "I [AIDL] OfflineCameraClient constructor called"};
     EXPECT_EQ(ConstructAnother(), expected);
+    EXPECT_EQ(access.reservedBytes(), 80u);
 
     SetService(kServiceInstance, {});
     expected.insert(expected.begin() + 3, "E getService is NULL for offlinecameraservice");
@@ -78,6 +79,12 @@ TEST_F(Lifecycle, OpensAndClosesASession) {
     EXPECT_EQ(access.offlineSession(), around.session);
     EXPECT_EQ(log.take(),
               (Lines{"I OpenOfflineSession", "I CloseOfflineSession", "I CloseOfflineSession"}));
+
+    // So it does a failed opening, which then looks like one that worked.
+    around.service->fails = true;
+    client.OpenOfflineSession("offlincameratest");
+    EXPECT_EQ(access.offlineSession(), around.session);
+    EXPECT_EQ(log.take(), (Lines{"I OpenOfflineSession"}));
 }
 
 TEST_F(Lifecycle, DiesAtTheFirstCallThroughAnEmptyReference) {

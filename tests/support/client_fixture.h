@@ -43,6 +43,9 @@ struct OfflineCameraClientAccess {
     auto& offlineSession() { return client->m_offlineSession; }
     auto& callback() { return client->m_callback; }
     auto& streamConfigName() { return client->m_streamConfigName; }
+    size_t reservedBytes() {
+        return client->m_reservedList.capacity() * sizeof(client->m_reservedList[0]);
+    }
     auto& bufferLock() { return client->m_callback->m_bufferLock; }
     auto& resultLock() { return client->m_resultLock; }
     auto& resultCondition() { return client->m_resultCondition; }
