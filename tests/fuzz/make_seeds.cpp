@@ -10,13 +10,10 @@
 #include <aidlcommonsupport/NativeHandle.h>
 #include <imaging/jpeg.h>
 
-#include <filesystem>
-#include <fstream>
-
-#include "fuzz_parcel.h"
 #include "host/services/offlinecamera/camera_metadata_blob.h"
 #include "host/tools/offlineframes/metadata_dump.h"
 #include "host/tools/offlineframes/picture_file.h"
+#include "seed.h"
 
 namespace {
 
@@ -28,52 +25,7 @@ using namespace ::aidl::vendor::zel::hardware::camera::offlinecamera;
 std::string gFolder;
 
 void save(const std::string& name, const std::string& bytes) {
-    const std::filesystem::path path = gFolder + "/" + name;
-    std::filesystem::create_directories(path.parent_path());
-    std::ofstream(path, std::ios::binary) << bytes;
-}
-
-template <typename T>
-std::string bytesOf(const T& value) {
-    return std::string(reinterpret_cast<const char*>(&value), sizeof(value));
-}
-
-std::string sized(const std::string& bytes) {
-    return bytesOf(static_cast<uint16_t>(bytes.size())) + bytes;
-}
-
-// The parcel in the form that fillParcel() reads. Binders are the client, number 2.
-std::string pieces(const AParcel& parcel) {
-    const std::string bytes(reinterpret_cast<const char*>(parcel.data()), parcel.size());
-    std::string text;
-    size_t done = 0;
-    unsigned next = 0;
-    const auto copyUntil = [&](size_t end) {
-        if (end > done) text += char{kBytesPiece} + sized(bytes.substr(done, end - done));
-    };
-    for (const auto& object : parcel.objects()) {
-        copyUntil(object.offset);
-        done = object.offset + sizeof(hostbinder::ObjectRecord);
-        if (object.binder == nullptr) {
-            text += static_cast<char>(kDescriptorPiece | next++ % 2 << kPieceShift);
-        } else {
-            text += static_cast<char>(kBinderPiece | 2 << kPieceShift);
-            done += sizeof(int32_t);  // the stability level, which is written with the binder
-        }
-    }
-    copyUntil(bytes.size());
-    return text;
-}
-
-std::string call(char target, char code, const AParcel& parcel) {
-    return std::string{target, code, 0} + sized(pieces(parcel));
-}
-
-template <typename Record>
-std::string record(char index, const Record& value) {
-    AParcel parcel;
-    require(value.writeToParcel(&parcel) == STATUS_OK);
-    return index + pieces(parcel);
+    saveSeed(gFolder + "/" + name, bytes);
 }
 
 StreamBuffer buffer(int32_t stream, size_t which) {
@@ -84,30 +36,57 @@ StreamBuffer buffer(int32_t stream, size_t which) {
     return made;
 }
 
-OfflineSessionConfigureInfo configuration() {
+Stream stream(int32_t id, StreamType type, PixelFormat format) {
+    Stream made;
+    made.id = id;
+    made.streamType = type;
+    made.width = 16;
+    made.height = 12;
+    made.format = format;
+    made.usage = BufferUsage::CPU_READ_OFTEN;
+    made.bufferSize = format == PixelFormat::BLOB ? 2000 : 0;
+    return made;
+}
+
+// A session of 16 x 12 pictures: its formats, as the number of their buffers.
+struct Mode {
+    const char* name;
+    int32_t opMode;
+    size_t frames;
+    std::vector<size_t> inputs;
+    size_t output;
+};
+
+const Mode kModes[] = {
+        {"session", 0, 1, {0}, 1}, {"session_y2j", 1, 1, {1}, 2}, {"session_mmf", 3, 3, {0, 1}, 1}};
+
+OfflineSessionConfigureInfo configuration(const Mode& mode = kModes[0]) {
+    constexpr PixelFormat kFormats[] = {PixelFormat::RAW10, PixelFormat::YCBCR_420_888,
+                                        PixelFormat::BLOB};
     OfflineSessionConfigureInfo info;
     info.cameraId = "2";
-    for (const bool input : {true, false}) {
-        Stream stream;
-        stream.id = input ? 0 : 1;
-        stream.streamType = input ? StreamType::INPUT : StreamType::OUTPUT;
-        stream.width = 16;
-        stream.height = 12;
-        stream.format = input ? PixelFormat::RAW10 : PixelFormat::YCBCR_420_888;
-        stream.usage = BufferUsage::CPU_READ_OFTEN;
-        info.streams.push_back(stream);
+    info.opMode = mode.opMode;
+    int32_t id = 0;
+    for (const size_t input : mode.inputs) {
+        info.streams.push_back(stream(id++, StreamType::INPUT, kFormats[input]));
     }
+    info.streams.push_back(stream(id, StreamType::OUTPUT, kFormats[mode.output]));
     return info;
 }
 
-OfflineRequestInfo request() {
+OfflineRequestInfo request(const Mode& mode = kModes[0]) {
     OfflineRequestInfo info;
     info.frameNumber = -1;
-    OfflineFrameInfo frame;
-    frame.buffers.push_back(buffer(0, 0));
-    frame.metadata = offlinecamera::MakeResultMetadata(90);
-    info.inFrameInfos.push_back(std::move(frame));
-    info.outputBuffers.push_back(buffer(1, 1));
+    for (size_t f = 0; f < mode.frames; ++f) {
+        OfflineFrameInfo frame;
+        for (size_t i = 0; i < mode.inputs.size(); ++i) {
+            frame.buffers.push_back(buffer(static_cast<int32_t>(i), mode.inputs[i]));
+        }
+        frame.metadata = offlinecamera::MakeResultMetadata(90);
+        info.inFrameInfos.push_back(std::move(frame));
+    }
+    const auto output = static_cast<int32_t>(mode.inputs.size());
+    info.outputBuffers.push_back(buffer(output, mode.output));
     return info;
 }
 
@@ -136,12 +115,16 @@ void saveRecords() {
 }
 
 void saveCalls() {
-    AParcel configure, process, none, open, allocate;
-    require(ndk::AParcel_writeData(&configure, configuration()) == STATUS_OK);
-    std::vector<OfflineRequestInfo> requests;
-    requests.push_back(request());
-    require(ndk::AParcel_writeVector(&process, requests) == STATUS_OK);
-    save("services/session", call(0, 0, configure) + call(0, 1, process) + call(0, 2, none));
+    AParcel none, open, allocate;
+    for (const Mode& mode : kModes) {
+        AParcel configure, process;
+        require(ndk::AParcel_writeData(&configure, configuration(mode)) == STATUS_OK);
+        std::vector<OfflineRequestInfo> requests;
+        requests.push_back(request(mode));
+        require(ndk::AParcel_writeVector(&process, requests) == STATUS_OK);
+        save(std::string("services/") + mode.name,
+             call(0, 0, configure) + call(0, 1, process) + call(0, 2, none));
+    }
     require(AParcel_writeString(&open, "x", 1) == STATUS_OK);
     const std::string client(1, static_cast<char>(kBinderPiece | 2 << kPieceShift));
     const std::string opened = pieces(open) + client;
