@@ -81,6 +81,7 @@ OfflineRequestInfo request(const Mode& mode = kModes[0]) {
         OfflineFrameInfo frame;
         for (size_t i = 0; i < mode.inputs.size(); ++i) {
             frame.buffers.push_back(buffer(static_cast<int32_t>(i), mode.inputs[i]));
+            frame.buffers.back().bufferId = static_cast<int64_t>(f * mode.inputs.size() + i + 1);
         }
         frame.metadata = offlinecamera::MakeResultMetadata(90);
         info.inFrameInfos.push_back(std::move(frame));
