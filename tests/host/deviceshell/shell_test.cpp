@@ -143,6 +143,15 @@ TEST(ShellForAScript, HasServicesLogAndTraceAtHand) {
     EXPECT_THAT(trace, HasSubstr(".registerClient "));
 }
 
+// Without -d, logcat goes on until its reader has seen enough.
+TEST(ShellForAScript, FollowsTheLog) {
+    const Finished run = runScript(
+            "vexofflinecameratest -t callback >&2 & "
+            "logcat | grep -m 1 -o 'offline camera client exit'");
+    EXPECT_EQ(run.out, "offline camera client exit\n");
+    EXPECT_EQ(run.status, 0) << run.err;
+}
+
 TEST(ShellForAScript, RefusesWordsThatNobodyKnows) {
     const struct {
         const char* command;
