@@ -167,6 +167,7 @@ void Connection::finish() {
     }
     for (LocalBinder* binder : dropped) binder->decStrong();
     for (ProxyBinder* proxy : orphans) proxy->decStrong();
+    Endpoint::instance().cleanUpAfter(mPeerName);
 }
 
 }  // namespace hostbinder

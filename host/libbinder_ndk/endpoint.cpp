@@ -178,6 +178,14 @@ void Endpoint::forget(Connection* connection) {
     mChanged.notify_all();
 }
 
+void Endpoint::cleanUpAfter(const std::string& name) {
+    {
+        std::lock_guard<std::mutex> lock(mMutex);
+        if (mName != kServiceManagerSocket) return;
+    }
+    mDeadSockets.left(name);
+}
+
 AIBinder* Endpoint::resolve(const std::string& owner, uint64_t number) {
     ObjectTable& table = ObjectTable::instance();
     AIBinder* found = nullptr;

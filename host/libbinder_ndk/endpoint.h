@@ -8,6 +8,7 @@
 #include <string>
 #include <unordered_map>
 
+#include "dead_sockets.h"
 #include "ibinder.h"
 #include "log_throttle.h"
 #include "socket_address.h"
@@ -35,6 +36,9 @@ class Endpoint {
 
     // The connection has ended.
     void forget(Connection* connection);
+    // What a process that was killed left in the folder of sockets, once its connection is dealt
+    // with.
+    void cleanUpAfter(const std::string& name);
 
   private:
     using Clock = std::chrono::steady_clock;
@@ -65,7 +69,8 @@ class Endpoint {
     bool mListenFailed = false;
     std::unordered_map<std::string, Peer> mPeers;
 
-    LogThrottle mRefused;  // the accepting thread's
+    LogThrottle mRefused;      // the accepting thread's
+    DeadSockets mDeadSockets;  // the service manager's
 };
 
 }  // namespace hostbinder

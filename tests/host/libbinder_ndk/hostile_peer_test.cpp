@@ -171,7 +171,7 @@ TEST_F(HostilePeer, ThatReadsNoAnswersLosesItsConnection) {
     expectUnharmed();
 }
 
-TEST_F(HostilePeer, ThatStopsWithinAMessageLosesItsConnection) {
+TEST_F(HostilePeer, ThatOwesTheRestOrAnAnswerLosesItsConnection) {
     start();
     RawConnection silent(mSocket);
     RawConnection greeting(mSocket);
@@ -179,7 +179,12 @@ TEST_F(HostilePeer, ThatStopsWithinAMessageLosesItsConnection) {
     greeting.send(bytesOf(frameHeader(FrameKind::kHello, 8)));
     ASSERT_TRUE(calling.greet());
     calling.send(bytesOf(callHeader(1, kAdd, 8)), {STDERR_FILENO});
-    for (RawConnection* connection : {&silent, &greeting, &calling}) {
+    RawConnection asked(mSocket);
+    ASSERT_TRUE(asked.greet());
+    ASSERT_TRUE(asked.acquire(kFirstObject));
+    asked.send(callWithObject(1, 1000, 7));
+    EXPECT_EQ(asked.receive().code, hostbinder::kDescriptorCode) << "never answered";
+    for (RawConnection* connection : {&silent, &greeting, &calling, &asked}) {
         EXPECT_TRUE(connection->isClosed());
     }
     expectUnharmed();

@@ -57,6 +57,19 @@ TEST(ServiceManager, ForgetsAServiceThatDies) {
     EXPECT_THAT(listServices(), testing::Not(testing::Contains(name)));
 }
 
+TEST(ServiceManager, RemovesTheSocketsOfKilledProcesses) {
+    std::string killed;
+    {
+        Peer peer = startPeer();
+        killed = peerSocket(peer.process.pid());
+    }
+    // At the latest when the next one has gone.
+    EXPECT_TRUE(eventually([&]() {
+        startPeer();
+        return access(killed.c_str(), F_OK) != 0;
+    }));
+}
+
 TEST(ServiceManager, KeepsTheNewServiceWhenTheReplacedOneDies) {
     Peer old = startPeer();
     Peer current = startPeer();
