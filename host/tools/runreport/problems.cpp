@@ -16,9 +16,8 @@ namespace {
 
 using explanations::Explanation;
 
-// As sentences without Markdown's marks.
-std::string plainText(std::string text) {
-    text.erase(std::remove(text.begin(), text.end(), '`'), text.end());
+// Entries of the page may begin in the middle of a sentence.
+std::string sentence(std::string text) {
     if (!text.empty() && text[0] >= 'a' && text[0] <= 'z') text[0] += 'A' - 'a';
     return text;
 }
@@ -44,8 +43,8 @@ class Explainer {
   private:
     static void take(const Explanation* explanation, Problem* problem) {
         if (explanation == nullptr) return;
-        problem->cause = plainText(explanation->cause);
-        problem->cure = plainText(explanation->cure);
+        problem->cause = sentence(explanation->cause);
+        problem->cure = sentence(explanation->cure);
     }
 
     std::vector<Explanation> mLines;
@@ -83,7 +82,7 @@ Problem timeOut(const Phase& phase) {
         problem.text = "No shutter message came in time";
         problem.cause = "The service sent no shutter message with the frame number of the request.";
         problem.cure =
-                "Let the service call notify with a shutter of that frame when exposure starts; "
+                "Let the service call `notify` with a shutter of that frame when exposure starts; "
                 "the tool goes on and waits for the result all the same.";
     } else {
         problem.text = "No complete result came in time";
@@ -91,7 +90,7 @@ Problem timeOut(const Phase& phase) {
                 "The service sent no result for the frame, or one whose stream and buffer numbers "
                 "are not those of the request's output buffers.";
         problem.cure =
-                "Compare the lines ContainsTheSameBuffers of the log: each result buffer has to "
+                "Compare the lines `ContainsTheSameBuffers` of the log: each result buffer has to "
                 "name stream and buffer of the request, and all of them have to come.";
     }
     return problem;
@@ -104,7 +103,8 @@ void addPhases(Report* report) {
             Problem problem;
             problem.text = "The service gave no session";
             problem.cause =
-                    "It refused openOfflineSession or died in it. The tool logs a session that it "
+                    "It refused `openOfflineSession` or died in it. The tool logs a session that "
+                    "it "
                     "got and nothing without one.";
             problem.cure = "Read what the service logged at this moment, in the log below.";
             problem.timeUs = phase.endUs;
@@ -124,7 +124,7 @@ void addUnreadSources(Report* report) {
     problem.cause =
             "Nothing answered the tool's query for the plane layout of its buffers, so it opened "
             "its source files and read no row of them.";
-    problem.cure = "Run with --planes, which provides the answer.";
+    problem.cure = "Run with `--planes`, which provides the answer.";
     for (const Phase& phase : report->phases) {
         if (phase.name == "fill") problem.timeUs = phase.startUs;
     }

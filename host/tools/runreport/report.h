@@ -74,8 +74,8 @@ enum class Severity { kError, kWarning };
 struct Problem {
     Severity severity = Severity::kError;
     std::string text;
-    std::string cause;
-    std::string cure;
+    std::string cause;  // `words` in backticks are code
+    std::string cure;   // as cause
     std::string phase;  // in which it came first
     int64_t timeUs = 0;
     uint64_t count = 1;

@@ -50,6 +50,11 @@ function table(columns, rows) {
                                                                 String(column.value(row)))))))));
 }
 
+// What stands between backticks as code.
+function withCode(text) {
+    return text.split('`').map((part, index) => index % 2 ? make('code', {}, part) : part);
+}
+
 const count = (number) => Number(number).toLocaleString('en');
 const plural = (number, word) => `${count(number)} ${word}${number === 1 ? '' : 's'}`;
 const fileName = (path) => path.slice(path.lastIndexOf('/') + 1);

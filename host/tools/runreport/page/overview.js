@@ -81,7 +81,9 @@ function problemPart(problem) {
             explanation.length ?
                     make('dl', {},
                          explanation.map(
-                                 ([term, text]) => [make('dt', {}, term), make('dd', {}, text)])) :
+                                 ([
+                                     term, text
+                                 ]) => [make('dt', {}, term), make('dd', {}, withCode(text))])) :
                     '');
 }
 
