@@ -92,7 +92,8 @@ std::optional<ProgramOutput> readProgram(const std::vector<std::string>& argv) {
 }
 
 void complain(const std::string& sentence) {
-    const std::string line = "deviceshell: " + terminal::red(sentence) + "\n";
+    const std::string line =
+            terminal::blankedLine() + "deviceshell: " + terminal::red(sentence) + "\n";
     // One write, so that lines of several processes do not mix.
     if (write(STDERR_FILENO, line.data(), line.size()) < 0) return;
 }

@@ -7,6 +7,7 @@
 #include <string.h>
 #include <sys/socket.h>
 #include <sys/un.h>
+#include <terminal/terminal.h>
 #include <time.h>
 #include <unistd.h>
 
@@ -18,15 +19,23 @@ namespace {
 
 constexpr long kPollNanoseconds = 2'000'000;
 
-// Asks until the answer is yes or the time is over.
+// Asks until the answer is yes or the time is over. From the second second on, a person at a
+// terminal is told what it waits for.
 template <typename Question>
-bool poll(Question question) {
+bool poll(const std::string& awaited, Question question) {
     timespec now = {};
     clock_gettime(CLOCK_MONOTONIC, &now);
-    const time_t end = now.tv_sec + kStartSeconds;
+    const time_t begin = now.tv_sec;
+    time_t told = 1;
+    terminal::Progress progress;
     while (!question()) {
         clock_gettime(CLOCK_MONOTONIC, &now);
-        if (now.tv_sec > end) return false;
+        const time_t waited = now.tv_sec - begin;
+        if (waited > kStartSeconds) return false;
+        if (waited > told) {
+            told = waited;
+            progress.show("deviceshell: waits " + std::to_string(waited) + " s for " + awaited);
+        }
         const timespec pause = {0, kPollNanoseconds};
         nanosleep(&pause, nullptr);
     }
@@ -60,7 +69,8 @@ std::string seconds() {
 }  // namespace
 
 bool waitForServiceManager(const std::string& socketFolder) {
-    if (poll([&] { return accepts(socketFolder + "/servicemanager"); })) return true;
+    if (poll("the service manager", [&] { return accepts(socketFolder + "/servicemanager"); }))
+        return true;
     complain("the service manager did not answer within " + seconds());
     return false;
 }
@@ -68,7 +78,7 @@ bool waitForServiceManager(const std::string& socketFolder) {
 bool waitForServices(const std::vector<std::string>& names) {
     bool all = true;
     for (const std::string& name : names) {
-        if (poll([&] { return isRegistered(name); })) continue;
+        if (poll(name, [&] { return isRegistered(name); })) continue;
         complain("nobody registered " + name + " within " + seconds());
         all = false;
     }

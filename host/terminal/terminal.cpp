@@ -21,9 +21,8 @@ bool showsColours() {
     return isTerminal() && (!none || !*none);
 }
 
-// Blanks over the old line instead of an escape code: NO_COLOR leaves no codes at all.
 void replaceLine(const std::string& text) {
-    const std::string line = "\r" + std::string(kColumns, ' ') + "\r" + text.substr(0, kColumns);
+    const std::string line = blankedLine() + text.substr(0, kColumns);
     if (write(STDERR_FILENO, line.data(), line.size()) < 0) return;
 }
 
@@ -31,6 +30,11 @@ void replaceLine(const std::string& text) {
 
 std::string red(const std::string& text) {
     return showsColours() ? "\033[31m" + text + "\033[0m" : text;
+}
+
+// Blanks over the old line instead of an escape code: NO_COLOR leaves no codes at all.
+std::string blankedLine() {
+    return isTerminal() ? "\r" + std::string(kColumns, ' ') + "\r" : "";
 }
 
 Progress::~Progress() {

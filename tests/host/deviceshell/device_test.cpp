@@ -198,6 +198,18 @@ TEST_F(Deviceshell, ReportsAServiceThatDoesNotStart) {
     EXPECT_THAT(fileText("device.log"), HasSubstr("cannot start"));
 }
 
+TEST_F(Deviceshell, TellsAtATerminalWhichServiceItWaitsFor) {
+    const std::string program = m_folder + "/silent-service";
+    std::ofstream(program) << "#!/bin/sh\nexec sleep " + m_mark + "\n";
+    chmod(program.c_str(), 0755);
+    Subprocess device({DEVICESHELL, "--no-allocator", "--service", program, "true"},
+                      {{"TERM", "xterm"}}, Subprocess::Input::Terminal);
+    ASSERT_TRUE(device.waitForOutput("waits 2 s for vendor.zel.hardware.camera.offlinecamera"));
+    kill(device.pid(), SIGTERM);
+    EXPECT_EQ(device.finish().status, 128 + SIGTERM);
+    EXPECT_THAT(processesWith(m_mark), IsEmpty());
+}
+
 TEST_F(Deviceshell, ListsItsOptionsAndTheFaultsOfBothPrograms) {
     const Finished run = runProgram({DEVICESHELL, "--fault", "help"});
     EXPECT_EQ(run.status, 0) << run.err;

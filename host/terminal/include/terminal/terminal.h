@@ -10,6 +10,9 @@ namespace terminal {
 // The text in red where colours are shown, else as it is.
 std::string red(const std::string& text);
 
+// What takes a line of progress away, which another process may have left; empty where none shows.
+std::string blankedLine();
+
 // One line that show() replaces and the destructor takes away. Used by one thread at a time.
 class Progress {
   public:
