@@ -39,23 +39,26 @@ class OwnPhoto : public RunScript {
     }
 };
 
+class OwnPhotoInMode : public OwnPhoto, public ::testing::WithParamInterface<const char*> {};
+
 // A turned phone picture: 200 x 300 as seen, so its middle band fills the frames.
-TEST_F(OwnPhoto, FillsTheFramesOfEveryModeUpright) {
+TEST_P(OwnPhotoInMode, FillsTheFramesUpright) {
     const auto jpeg = offlineframes::jpegBytes(offlineframes::gradientPicture(300, 200), 90);
     const std::string path = save("my photo.jpg", jpeg);
     const Picture upright = offlineframes::decodePicture(jpeg, path).value();
     const Picture expected = offlineframes::centreCrop(
             offlineframes::fitPicture(upright, {4096, 3072}), {4000, 3000});
-    for (const char* mode : {"B2Y", "Y2J", "MMF"}) {
-        const Finished finished = run({"--source", path, "--planes", "-t", mode});
-        EXPECT_EQ(finished.status, 0) << finished.err;
-        EXPECT_THAT(finished.err, HasSubstr("my photo.jpg: 200 x 300 as seen upright"));
-        const auto compared = offlineframes::comparePictures(madePicture(finished), expected);
-        ASSERT_TRUE(compared.ok()) << mode << ": " << compared.error() << finished.err;
-        EXPECT_GT(compared.value().psnr, 35) << mode;
-    }
+    const Finished finished = run({"--source", path, "--planes", "-t", GetParam()});
+    EXPECT_EQ(finished.status, 0) << finished.err;
+    EXPECT_THAT(finished.err, HasSubstr("my photo.jpg: 200 x 300 as seen upright"));
+    const auto compared = offlineframes::comparePictures(madePicture(finished), expected);
+    ASSERT_TRUE(compared.ok()) << compared.error() << finished.err;
+    EXPECT_GT(compared.value().psnr, 35);
     EXPECT_FALSE(fs::exists(m_root + "/out/camera"));
 }
+
+INSTANTIATE_TEST_SUITE_P(Modes, OwnPhotoInMode, ::testing::Values("B2Y", "Y2J", "MMF"),
+                         [](const auto& info) { return std::string(info.param); });
 
 TEST_F(OwnPhoto, ReplacesOnlyTheFramesOfTheRunBefore) {
     const auto png = offlineframes::encodePng(offlineframes::gradientPicture(40, 30), "p").value();
