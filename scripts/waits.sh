@@ -7,8 +7,8 @@ tell_waits() {
     exec {never}<> <(:) # a pause is a read that gets nothing
     while ! read -rt 1 -u "$never"; do
         [[ "$(stat -c %Y "$1" 2>/dev/null || echo 0)" -ge "${started%.*}" ]] || continue
-        last="$(tail -n 20 "$1" | grep -aoE ': (WaitForShutter|WaitForResult|WaitCaptureResultCompleted) .*' |
-            tail -n 1 || true)"
+        last="$(tail -n 20 "$1" | grep -aoE ': Wait(For|Capture)[A-Za-z]* .*' | tail -n 1 ||
+            true)"
         case "$last" in
         ': WaitForShutter '*' time '*) what="the shutter" ;;
         ': WaitForResult result timeout_ms '* | *' condtion trigger') what="the result" ;;
