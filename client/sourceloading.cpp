@@ -72,7 +72,7 @@ int32_t OfflineCameraClient::LoadOffineSourceYUVFrame(const char* path, char* bu
     CLIENT_LOGI("%s: f_wxf_h %dx%d, stridexscanline %dx%d, f_uv_off %d,", __func__, width, height,
                 stride, scanline, uvFileOffset);
 
-    char* const chroma = buffer + static_cast<size_t>(stride) * scanline;
+    const size_t chroma = static_cast<size_t>(stride) * scanline;
     for (uint32_t row = 0; row < height; ++row) {
         const size_t rowOffset = static_cast<size_t>(row) * stride;
         size_t readSize =
@@ -86,7 +86,7 @@ int32_t OfflineCameraClient::LoadOffineSourceYUVFrame(const char* path, char* bu
         if (row >= height / 2) {
             continue;
         }
-        readSize = ReadRow(file, uvFileOffset, chroma + rowOffset, width);
+        readSize = ReadRow(file, uvFileOffset, buffer + chroma + rowOffset, width);
         if (readSize != width) {
             CLIENT_LOGE("readSize %lld is not same as width %lld, file position %d",
                         static_cast<long long>(readSize), static_cast<long long>(width),

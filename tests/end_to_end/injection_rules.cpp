@@ -19,7 +19,6 @@ const char kNoWrapper[] = "crash at the first buffer";
 const char kNotConfigured[] = "not configured";  // the streams were refused
 const char kNotBuilt[] = "not built";            // the last source was not loaded: nothing to send
 const char kRefused[] = "refused";               // the request was
-const char kCompleted[] = "completed";           // with shutter and result, dumped
 
 // Expectations that depend on which buffer the failing call is for, in the order of the calls: the
 // inputs, the output, and in MMF one that the service borrows.
@@ -150,12 +149,11 @@ std::string endOf(int status, const std::vector<std::string>& messages) {
     if (contains(messages, "ConfigureOfflineStreams, FAILED...")) return kNotConfigured;
     if (contains(messages, "ProcessOfflineRequest, FAILED...")) return kRefused;
     if (!contains(messages, "ProcessOfflineRequest sucessfully")) return kNotBuilt;
-    return contains(messages, "WaitCaptureResultCompleted status is 0") ? kCompleted : "timed out";
+    return contains(messages, "WaitCaptureResultCompleted status is 0") ? kCompleted : kTimedOut;
 }
 
-std::string judge(const std::string& mode, const std::string& call, int status,
+std::string judge(const std::string& mode, const std::string& call, const std::string& end,
                   const std::vector<std::string>& messages) {
-    const std::string end = endOf(status, messages);
     if (call == kDescriptorLimit) return judgeLimit(end);
     const size_t mark = call.rfind(" #");
     const int number = mark == std::string::npos ? 0 : atoi(call.c_str() + mark + 2);
