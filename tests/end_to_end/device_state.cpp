@@ -5,21 +5,18 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
-#include <chrono>
 #include <filesystem>
 #include <fstream>
 #include <regex>
-#include <thread>
 
 #include "tests/end_to_end/device_run.h"
+#include "tests/support/eventually.h"
 
 namespace end_to_end {
 
 namespace {
 
 namespace fs = std::filesystem;
-
-constexpr auto kPatienceForIdle = std::chrono::seconds(10);
 
 // "socket:[123]" is a socket; other names stay.
 std::map<std::string, int> descriptorsOf(const fs::path& process) {
@@ -60,8 +57,6 @@ bool everySessionHasEnded() {
            linesWith(log, "session \\S+: (closed|released|client died)\n");
 }
 
-}  // namespace
-
 DeviceState deviceState() {
     DeviceState state;
     for (const auto& entry : fs::directory_iterator("/proc")) {
@@ -75,16 +70,15 @@ DeviceState deviceState() {
     return state;
 }
 
+}  // namespace
+
 DeviceState idleDeviceState() {
-    const auto limit = std::chrono::steady_clock::now() + kPatienceForIdle;
-    DeviceState state = deviceState();
-    bool idle = false;
-    while (!(idle = hasOnlyIdleSockets(state) && everySessionHasEnded()) &&
-           std::chrono::steady_clock::now() < limit) {
-        std::this_thread::yield();
+    DeviceState state;
+    EXPECT_TRUE(eventually([&] {
         state = deviceState();
-    }
-    EXPECT_TRUE(idle) << "connections or sessions are left: " << ::testing::PrintToString(state);
+        return hasOnlyIdleSockets(state) && everySessionHasEnded();
+    })) << "connections or sessions are left: "
+        << ::testing::PrintToString(state);
     return state;
 }
 

@@ -9,9 +9,7 @@ namespace end_to_end {
 // By "NAME ID" of each process but this one: how many descriptors of which kind it has open.
 using DeviceState = std::map<std::string, std::map<std::string, int>>;
 
-DeviceState deviceState();
-
-// Waits, some seconds at most, until no service has a connection but the one to the service
+// Waits, for a bounded time, until no service has a connection but the one to the service
 // manager, and every session that was configured has ended. Services learn of a client's end after
 // it has gone. A failed expectation when that does not come.
 DeviceState idleDeviceState();
