@@ -53,7 +53,7 @@ int linesWith(const std::string& text, const char* pattern) {
 
 bool everySessionHasEnded() {
     const std::string log = readFile("/data/vendor/camera/device.log");
-    return linesWith(log, "session \\S+: camera ") <=
+    return linesWith(log, "session \\S+: opened\n") <=
            linesWith(log, "session \\S+: (closed|released|client died)\n");
 }
 

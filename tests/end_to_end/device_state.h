@@ -10,7 +10,7 @@ namespace end_to_end {
 using DeviceState = std::map<std::string, std::map<std::string, int>>;
 
 // Waits, for a bounded time, until no service has a connection but the one to the service
-// manager, and every session that was configured has ended. Services learn of a client's end after
+// manager, and every session that was opened has ended. Services learn of a client's end after
 // it has gone. A failed expectation when that does not come.
 DeviceState idleDeviceState();
 
