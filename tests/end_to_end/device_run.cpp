@@ -78,13 +78,17 @@ std::string RunResult::allOutput() const {
     return text + "device log:\n" + deviceLog;
 }
 
+void linkSources(const std::string& folder) {
+    for (const std::string file : kSourceFiles) {
+        fs::create_directories(fs::path(folder + "/" + file).parent_path());
+        fs::create_symlink(std::string(SOURCE_FOLDER) + "/" + file, folder + "/" + file);
+    }
+}
+
 DeviceRun::DeviceRun() {
     std::string name = ::testing::TempDir() + "device-run-XXXXXX";
     m_folder = mkdtemp(name.data());
-    for (const std::string file : kSourceFiles) {
-        fs::create_directories(fs::path(folder() + "/" + file).parent_path());
-        fs::create_symlink(std::string(SOURCE_FOLDER) + "/" + file, folder() + "/" + file);
-    }
+    linkSources(m_folder);
 }
 
 DeviceRun::~DeviceRun() {

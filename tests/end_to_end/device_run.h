@@ -59,6 +59,9 @@ class DeviceRun {
     int m_patience = kPatience;
 };
 
+// Makes links to the source files in a data folder, so that nobody has to make them.
+void linkSources(const std::string& folder);
+
 // Lines of a log file of the stand-in device.
 std::vector<LogLine> parseLog(const std::string& text);
 
