@@ -134,6 +134,10 @@ class ClientTest : public ::testing::Test {
             SetService(kServiceInstance, service->asBinder());
             SetDisplayMapperAnswer(nullptr);
         }
+        ~Surroundings() {  // nobody finds what points into them
+            SetService(kAllocatorInstance, {});
+            SetService(kServiceInstance, {});
+        }
         Calls calls;
         ::android::sp<MemoryMapper> mapper = new MemoryMapper(&calls);
         std::shared_ptr<FakeAllocator> allocator =
