@@ -8,6 +8,7 @@
 
 #include "call_context.h"
 #include "log.h"
+#include "secret_numbers.h"
 #include "status_values.h"
 #include "trace.h"
 
@@ -122,7 +123,7 @@ binder_status_t Connection::transact(uint64_t number, const AIBinder_Class* claz
         reply.status = sendMessage(&frame, in);
     } else {
         const uint64_t outer = callContext().chain;
-        frame.header.chain = outer != 0 ? outer : newChain();
+        frame.header.chain = outer != 0 ? outer : newSecretNumber();
         auto waiter = std::make_shared<Waiter>();
         ScopedChainWaiter inChain(frame.header.chain, waiter);
         reply.status = expectReply(frame.header.id, waiter);

@@ -2,6 +2,7 @@
 #include "object_table.h"
 
 #include "log.h"
+#include "secret_numbers.h"
 #include "wire_format.h"
 
 namespace hostbinder {
@@ -18,7 +19,7 @@ binder_status_t ObjectTable::exportTo(PeerObjects* peer, LocalBinder* binder, ui
         BINDER_LOGE("a peer holds %zu objects: it gets no further one", kMaxHeld);
         return STATUS_FAILED_TRANSACTION;
     }
-    if (binder->exportedNumber == 0) binder->exportedNumber = ++mLastNumber;
+    if (binder->exportedNumber == 0) binder->exportedNumber = newSecretNumber();
     *number = binder->exportedNumber;
     auto entry = mExported.try_emplace(*number, Exported{binder, 0});
     if (entry.second) binder->incStrong();

@@ -73,7 +73,6 @@ class ObjectTable {
 
     std::mutex mMutex;  // guards everything, also in PeerObjects; nothing else is locked inside
     std::unordered_map<uint64_t, Exported> mExported;
-    uint64_t mLastNumber = 0;  // never used twice
     LocalBinder* mContextObject = nullptr;
 };
 

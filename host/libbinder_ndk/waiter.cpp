@@ -1,10 +1,6 @@
 // Waiting for replies, and finding the thread that waits in a call chain.
 #include "waiter.h"
 
-#include <sys/random.h>
-#include <unistd.h>
-
-#include <array>
 #include <chrono>
 #include <utility>
 
@@ -71,34 +67,6 @@ ChainTable& chainTable() {
     return *table;
 }
 
-// Numbers that nobody can guess, so that only who takes part in a chain can call its threads.
-class ChainNumbers {
-  public:
-    uint64_t next() {
-        std::lock_guard<std::mutex> lock(mMutex);
-        uint64_t number = 0;
-        while (number == 0) {
-            if (mLeft == 0) refill();
-            number = mNumbers[--mLeft];
-        }
-        return number;
-    }
-
-  private:
-    void refill() {
-        mLeft = mNumbers.size();
-        const size_t bytes = mLeft * sizeof(mNumbers[0]);
-        if (getrandom(mNumbers.data(), bytes, 0) == static_cast<ssize_t>(bytes)) return;
-        for (uint64_t& number : mNumbers)
-            number = (static_cast<uint64_t>(getpid()) << 32) + ++mCount;
-    }
-
-    std::mutex mMutex;                    // guards what follows
-    std::array<uint64_t, 32> mNumbers{};  // so many at once are never interrupted
-    size_t mLeft = 0;
-    uint64_t mCount = 0;
-};
-
 }  // namespace
 
 ScopedChainWaiter::ScopedChainWaiter(uint64_t chain, std::shared_ptr<Waiter> waiter)
@@ -124,11 +92,6 @@ bool offerToChain(uint64_t chain, std::unique_ptr<Work>* work) {
     std::lock_guard<std::mutex> lock(table.mutex);
     auto entry = table.chains.find(chain);
     return entry != table.chains.end() && entry->second.back()->offer(work);
-}
-
-uint64_t newChain() {
-    static ChainNumbers* const numbers = new ChainNumbers;
-    return numbers->next();
 }
 
 }  // namespace hostbinder

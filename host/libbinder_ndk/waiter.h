@@ -53,7 +53,4 @@ class ScopedChainWaiter {
 // Gives work to the innermost thread of this process that waits in the chain. False if none does.
 bool offerToChain(uint64_t chain, std::unique_ptr<Work>* work);
 
-// A number for a new chain, different in all processes.
-uint64_t newChain();
-
 }  // namespace hostbinder

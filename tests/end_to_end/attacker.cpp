@@ -243,7 +243,7 @@ void flood() {
     const auto call = [&] {
         std::shared_ptr<IOfflineCameraSession> session;
         const auto client = ndk::SharedRefBase::make<StuckClient>([] {});
-        for (int i = 0; i < 100; ++i) {
+        for (int i = 0; i < 30; ++i) {
             const auto status =
                     service->openOfflineSession(std::string(400 * 1024, 'x'), client, &session);
             require(!status.isOk(), "a name of 400 KiB was taken");
@@ -287,23 +287,25 @@ std::vector<std::string> sockets() {
     return paths;
 }
 
-std::string pings(size_t count) {
-    hostbinder::FrameHeader ping = frameHeader(FrameKind::kCall);
-    ping.target = 1;
-    ping.code = hostbinder::kPingCode;
-    std::string bytes;
-    while (count-- > 0) bytes += bytesOf(ping);
-    return bytes;
-}
-
+// Calls that nobody reads the answers of, to the camera service; questions to all.
 void readNothing() {
     std::vector<std::unique_ptr<RawConnection>> connections;
     for (const std::string& path : sockets()) {
         connections.push_back(std::make_unique<RawConnection>(path));
+        require(connections.back()->greet(), "no greeting");
+        const std::string question = bytesOf(frameHeader(FrameKind::kAcquire));
+        require(connections.back()->sendUntilClosed(question, 1000000), "answers pile up");
+    }
+    const uint64_t number = numberOf(camera()->asBinder());
+    for (const std::string& path : sockets()) {
+        connections.push_back(std::make_unique<RawConnection>(path));
         RawConnection& connection = *connections.back();
         require(connection.greet(), "no greeting");
-        if (!connection.acquire(1)) continue;  // the service manager has no such object
-        require(connection.sendUntilClosed(pings(100), 1000), "answers pile up without end");
+        if (!connection.acquire(number)) continue;
+        hostbinder::FrameHeader ping = frameHeader(FrameKind::kCall);
+        ping.target = number;
+        ping.code = hostbinder::kPingCode;
+        require(connection.sendUntilClosed(bytesOf(ping), 1000000), "answers pile up");
     }
     tellInPosition();
     for (;;) pause();

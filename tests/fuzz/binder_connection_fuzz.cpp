@@ -1,5 +1,5 @@
 // What a peer can send over a connection: arbitrary messages with descriptors, from a greeting that
-// was accepted on. The connection holds one object, number 1, and waits for the reply to call 1.
+// was accepted on. The connection holds one object and waits for the reply to call 1.
 #include <android/binder_auto_utils.h>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -63,22 +63,41 @@ bool sendBytes(int fd, const std::string& bytes, size_t descriptors) {
     return sendmsg(fd, &message, MSG_NOSIGNAL | MSG_DONTWAIT) == static_cast<ssize_t>(bytes.size());
 }
 
-// The input's messages, each with its count of descriptors and its size in front. The magic number
-// is ours, and chain 1 is that of the call which the connection waits for. False if the reader may
-// wait for the rest of one.
-bool sendMessages(int fd, FuzzInput input, uint64_t chain) {
+// What an input cannot know. Its own numbers for both are 1.
+struct Secrets {
+    uint64_t object;  // that the connection holds
+    uint64_t chain;   // of the call which the connection waits for
+};
+
+// Puts the secrets into a message, and our magic number.
+void fillIn(std::string* bytes, const Secrets& secrets) {
+    if (bytes->size() < sizeof(FrameHeader)) return;
+    FrameHeader header;
+    memcpy(&header, bytes->data(), sizeof(header));
+    header.magic = kFrameMagic;
+    if (header.chain == 1) header.chain = secrets.chain;
+    if (header.target == 1) header.target = secrets.object;
+    memcpy(&(*bytes)[0], &header, sizeof(header));
+    if (!isWhole(*bytes)) return;
+    for (size_t end = bytes->size(), i = 0; i < header.referenceCount; ++i) {
+        end -= sizeof(ReferenceRecord);
+        ReferenceRecord reference;
+        memcpy(&reference, bytes->data() + end, sizeof(reference));
+        if (reference.owner != ReferenceOwner::kReceiver || reference.number != 1) continue;
+        reference.number = secrets.object;
+        memcpy(&(*bytes)[end], &reference, sizeof(reference));
+    }
+}
+
+// The input's messages, each with its count of descriptors and its size in front. False if the
+// reader may wait for the rest of one.
+bool sendMessages(int fd, FuzzInput input, const Secrets& secrets) {
     bool whole = true;
     while (input.left() > 0) {
         const size_t descriptors = input.take<uint8_t>() % 4;
         std::string bytes = input.bytes(input.take<uint16_t>());
         if (bytes.empty()) continue;
-        if (bytes.size() >= sizeof(FrameHeader)) {
-            FrameHeader header;
-            memcpy(&header, bytes.data(), sizeof(header));
-            header.magic = kFrameMagic;
-            if (header.chain == 1) header.chain = chain;
-            memcpy(&bytes[0], &header, sizeof(header));
-        }
+        fillIn(&bytes, secrets);
         whole = whole && isWhole(bytes);
         if (!sendBytes(fd, bytes, descriptors)) return false;
     }
@@ -117,7 +136,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     if (otherPeer->held.empty())
         require(table.exportTo(otherPeer, servedObject(), &number) == STATUS_OK);
     require(table.exportTo(connection->objects(), servedObject(), &number) == STATUS_OK);
-    require(number == 1);
 
     std::thread caller([connection]() {
         AParcel request;
@@ -130,7 +148,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     FrameHeader call;
     require(recv(ends[1], &call, sizeof(call), MSG_WAITALL) == sizeof(call));
     std::thread reader([connection]() { connection->runReader(); });
-    if (sendMessages(ends[1], {data, size}, call.chain)) waitForReader(ends[1]);
+    if (sendMessages(ends[1], {data, size}, {number, call.chain})) waitForReader(ends[1]);
     ThreadPool::instance().runQueued();  // answers, unless the connection has ended
     shutdown(ends[1], SHUT_WR);
     reader.join();

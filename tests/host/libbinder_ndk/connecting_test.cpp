@@ -17,15 +17,15 @@ using hostbinder::FrameKind;
 // object of that process, and stops where the peer has sent its greeting.
 class OtherProcess {
   public:
-    OtherProcess(const std::string& name, const std::string& peerSocketPath)
+    OtherProcess(const std::string& name, const Peer& peer)
         : mName(name),
-          mPeerSocket(peerSocketPath),
+          mPeerSocket(peerSocket(peer.process.pid())),
           mListener(listenAt(busFolder() + "/" + name)),
           mSender(mPeerSocket) {
         EXPECT_TRUE(mSender.greet());
-        EXPECT_TRUE(mSender.acquire(1));
+        EXPECT_TRUE(mSender.acquire(numberOf(peer.binder)));
         FrameHeader call = frameHeader(FrameKind::kCall, sizeof(hostbinder::ObjectRecord));
-        call.target = 1;
+        call.target = numberOf(peer.binder);
         call.objectCount = call.referenceCount = 1;
         std::string body;
         appendBytes(&body, hostbinder::ObjectRecord{hostbinder::kBinderHandle, 0, 0, 0});
@@ -71,7 +71,7 @@ class OtherProcess {
 // Names of processes begin with p.
 TEST(Connecting, AtTheSameTimeKeepsTheConnectionOfTheSmallerName) {
     Peer peer = startPeer();
-    OtherProcess smaller("a" + std::to_string(getpid()), peerSocket(peer.process.pid()));
+    OtherProcess smaller("a" + std::to_string(getpid()), peer);
     binder_status_t answer = -1;
     auto mine = smaller.connect(&answer);
     EXPECT_EQ(answer, STATUS_OK);
@@ -82,7 +82,7 @@ TEST(Connecting, AtTheSameTimeKeepsTheConnectionOfTheSmallerName) {
 
 TEST(Connecting, AtTheSameTimeTellsTheGreaterNameToWait) {
     Peer peer = startPeer();
-    OtherProcess greater("z" + std::to_string(getpid()), peerSocket(peer.process.pid()));
+    OtherProcess greater("z" + std::to_string(getpid()), peer);
     binder_status_t answer = -1;
     auto mine = greater.connect(&answer);
     EXPECT_EQ(answer, STATUS_WOULD_BLOCK);
@@ -95,7 +95,7 @@ TEST(Connecting, AtTheSameTimeTellsTheGreaterNameToWait) {
 
 TEST(Connecting, AgainAfterALossReplacesTheLostConnection) {
     Peer peer = startPeer();
-    OtherProcess smaller("a" + std::to_string(getpid()), peerSocket(peer.process.pid()));
+    OtherProcess smaller("a" + std::to_string(getpid()), peer);
     smaller.answer(STATUS_OK);
     OtherProcess::expectUsed(smaller.fromPeer());
     binder_status_t answer = -1;

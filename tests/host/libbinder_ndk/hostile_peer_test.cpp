@@ -18,7 +18,7 @@ using hostbinder::ObjectRecord;
 using hostbinder::ReferenceOwner;
 using hostbinder::ReferenceRecord;
 
-constexpr uint64_t kFirstObject = 1;
+uint64_t gObject = 0;  // number of the attacked peer's object
 
 // The beginning of a request to an object of that interface.
 std::string interfaceHeader(const std::string& descriptor) {
@@ -35,7 +35,7 @@ std::string interfaceHeader(const std::string& descriptor) {
 FrameHeader callHeader(uint64_t id, uint32_t code, size_t dataSize) {
     FrameHeader call = frameHeader(FrameKind::kCall, static_cast<uint32_t>(dataSize));
     call.id = id;
-    call.target = kFirstObject;
+    call.target = gObject;
     call.code = code;
     return call;
 }
@@ -59,6 +59,7 @@ class HostilePeer : public testing::Test {
     void start(const std::vector<std::string>& options = {}) {
         mPeer = std::make_unique<Peer>(startPeer(options));
         mSocket = peerSocket(mPeer->process.pid());
+        gObject = numberOf(mPeer->binder);
         mBefore = countsOf(mPeer->process.pid());
     }
     // Served, and back to the descriptors and threads of before. Pool threads stay.
@@ -83,7 +84,7 @@ TEST_F(HostilePeer, ThatFloodsWithCallsIsRefusedBeyondItsShare) {
     constexpr int kCalls = 20;
     RawConnection flood(mSocket);
     ASSERT_TRUE(flood.greet());
-    ASSERT_TRUE(flood.acquire(kFirstObject));
+    ASSERT_TRUE(flood.acquire(gObject));
     for (uint64_t id = 1; id <= kCalls; ++id) {
         flood.send(bytesOf(callHeader(id, kAdd, kSize), std::string(kSize, '\0')));
     }
@@ -93,7 +94,7 @@ TEST_F(HostilePeer, ThatFloodsWithCallsIsRefusedBeyondItsShare) {
         EXPECT_EQ(refusal.status, STATUS_FAILED_TRANSACTION);
     }
     RawConnection other(mSocket);
-    ASSERT_TRUE(other.greet() && other.acquire(kFirstObject));
+    ASSERT_TRUE(other.greet() && other.acquire(gObject));
     other.send(bytesOf(callHeader(1, hostbinder::kPingCode, kSize), std::string(kSize, '\0')));
     mPeer->process.nudge();
     EXPECT_EQ(other.receive().status, STATUS_OK);
@@ -140,7 +141,7 @@ TEST_F(HostilePeer, WhoseCallsBackNestWithoutEndIsRefused) {
     {
         RawConnection nesting(mSocket);
         ASSERT_TRUE(nesting.greet());
-        ASSERT_TRUE(nesting.acquire(kFirstObject));
+        ASSERT_TRUE(nesting.acquire(gObject));
         // Each call has a new object, whose class the peer asks for; the answer is the next call.
         int depth = 0;
         FrameHeader answer{};
@@ -166,8 +167,23 @@ TEST_F(HostilePeer, ThatReadsNoAnswersLosesItsConnection) {
     EXPECT_TRUE(asking.sendUntilClosed(bytesOf(frameHeader(FrameKind::kAcquire)), many));
     RawConnection calling(mSocket);
     ASSERT_TRUE(calling.greet());
-    ASSERT_TRUE(calling.acquire(kFirstObject));
+    ASSERT_TRUE(calling.acquire(gObject));
     EXPECT_TRUE(calling.sendUntilClosed(bytesOf(callHeader(1, hostbinder::kPingCode, 0)), many));
+    expectUnharmed();
+}
+
+TEST_F(HostilePeer, ThatReadsNoLargeAnswersLosesItsConnection) {
+    start();
+    constexpr uint32_t kSize = 64 * 1024;
+    std::string request = interfaceHeader("test.IPeer");
+    appendBytes(&request, kSize);
+    request.resize(request.size() + kSize);
+    RawConnection calling(mSocket);
+    ASSERT_TRUE(calling.greet());
+    ASSERT_TRUE(calling.acquire(gObject));
+    for (uint64_t id = 1; id <= 20; ++id) {
+        calling.send(bytesOf(callHeader(id, kEchoBytes, request.size()), request));
+    }
     expectUnharmed();
 }
 
@@ -181,7 +197,7 @@ TEST_F(HostilePeer, ThatOwesTheRestOrAnAnswerLosesItsConnection) {
     calling.send(bytesOf(callHeader(1, kAdd, 8)), {STDERR_FILENO});
     RawConnection asked(mSocket);
     ASSERT_TRUE(asked.greet());
-    ASSERT_TRUE(asked.acquire(kFirstObject));
+    ASSERT_TRUE(asked.acquire(gObject));
     asked.send(callWithObject(1, 1000, 7));
     EXPECT_EQ(asked.receive().code, hostbinder::kDescriptorCode) << "never answered";
     for (RawConnection* connection : {&silent, &greeting, &calling, &asked}) {
@@ -206,6 +222,16 @@ TEST_F(HostilePeer, GetsOnlySoManyConnections) {
     expectUnharmed();
 }
 
+TEST_F(HostilePeer, CannotGuessObjects) {
+    start();
+    RawConnection guessing(mSocket);
+    ASSERT_TRUE(guessing.greet());
+    for (uint64_t number = 1; number < 100; ++number) {
+        EXPECT_FALSE(guessing.acquire(number));
+        EXPECT_FALSE(guessing.acquire(gObject + number));
+    }
+}
+
 TEST_F(HostilePeer, CannotTakeTheNameOfAnother) {
     start();
     ASSERT_EQ(hold(mPeer->binder, newPeerObject()), STATUS_OK);  // gives this process a socket
@@ -228,7 +254,7 @@ TEST_F(HostilePeer, ThatKeepsEveryObjectGetsNoMore) {
     {
         RawConnection hoarder(mSocket);
         ASSERT_TRUE(hoarder.greet());
-        ASSERT_TRUE(hoarder.acquire(kFirstObject));
+        ASSERT_TRUE(hoarder.acquire(gObject));
         const std::string header = interfaceHeader("test.IPeer");
         int32_t status = STATUS_OK;
         int objects = 1;
@@ -248,7 +274,7 @@ TEST_F(HostilePeer, ThatTakesNoReferenceGetsNoMore) {
     ASSERT_EQ(hold(mPeer->binder, newPeerObject()), STATUS_OK);  // one of a third process
     RawConnection untaking(mSocket);
     ASSERT_TRUE(untaking.greet());
-    ASSERT_TRUE(untaking.acquire(kFirstObject));
+    ASSERT_TRUE(untaking.acquire(gObject));
     const std::string header = interfaceHeader("test.IPeer");
     FrameHeader answer{};
     int answers = 0;

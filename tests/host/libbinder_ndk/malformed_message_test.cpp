@@ -32,14 +32,14 @@ class MalformedMessage : public testing::Test {
         SCOPED_TRACE(what);
         RawConnection connection(mSocket);
         ASSERT_TRUE(connection.greet());
-        ASSERT_TRUE(connection.acquire(1));
+        ASSERT_TRUE(connection.acquire(mObject));
         connection.send(bytesOf(header, body), fds);
         EXPECT_TRUE(connection.isClosed());
         EXPECT_EQ(add(mPeer.binder, 1), 2);
     }
-    static FrameHeader callHeader(uint32_t dataSize) {
+    FrameHeader callHeader(uint32_t dataSize) const {
         FrameHeader header = frameHeader(FrameKind::kCall, dataSize);
-        header.target = 1;
+        header.target = mObject;
         header.code = kAdd;
         return header;
     }
@@ -53,6 +53,7 @@ class MalformedMessage : public testing::Test {
 
     Peer mPeer = startPeer();
     const std::string mSocket = peerSocket(mPeer.process.pid());
+    const uint64_t mObject = numberOf(mPeer.binder);
     int32_t mDescriptors = 0;
 };
 
@@ -104,7 +105,7 @@ TEST_F(MalformedMessage, WithOtherDescriptorsThanAnnounced) {
 
 TEST_F(MalformedMessage, ForWhatThePeerDoesNotKnow) {
     FrameHeader unknown = frameHeader(FrameKind::kCall);
-    unknown.target = 1;  // exists, but was never handed to this connection
+    unknown.target = mObject;  // exists, but was never handed to this connection
     expectRefused("object of another peer", bytesOf(unknown));
     unknown.target = hostbinder::kContextObject;
     expectRefused("context object", bytesOf(unknown));
@@ -112,7 +113,7 @@ TEST_F(MalformedMessage, ForWhatThePeerDoesNotKnow) {
     reply.id = 77;
     expectRefused("reply", bytesOf(reply));
     FrameHeader release = frameHeader(FrameKind::kRelease);
-    release.target = 1;
+    release.target = mObject;
     release.id = 1;
     expectRefused("release", bytesOf(release));
     release.id = 2;  // one more than the connection gets
@@ -153,7 +154,7 @@ TEST_F(MalformedMessage, WithObjectsThatOverlap) {
     for (uint32_t offset : {0u, 16u}) appendBytes(&body, offset);
     // References to the peer's own object: others it would give back before it hangs up.
     for (int i = 0; i < 2; ++i) {
-        appendBytes(&body, ReferenceRecord{ReferenceOwner::kReceiver, 0, 1, {}});
+        appendBytes(&body, ReferenceRecord{ReferenceOwner::kReceiver, 0, mObject, {}});
     }
     expectCallRefused("overlap", call, body);
 }

@@ -9,6 +9,8 @@
 #include <cerrno>
 #include <cstring>
 
+#include "host/libbinder_ndk/proxy_binder.h"
+
 using hostbinder::FrameHeader;
 using hostbinder::FrameKind;
 
@@ -51,6 +53,10 @@ int listenAt(const std::string& path) {
     EXPECT_EQ(bind(fd, reinterpret_cast<const sockaddr*>(&address), sizeof(address)), 0) << path;
     EXPECT_EQ(listen(fd, 8), 0);
     return fd;
+}
+
+uint64_t numberOf(const ndk::SpAIBinder& binder) {
+    return binder.get()->asProxy()->number();
 }
 
 RawConnection::RawConnection(const std::string& path) : mFd(newSocket()) {

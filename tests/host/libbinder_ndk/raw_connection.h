@@ -1,7 +1,7 @@
 // A connection that speaks the wire format by hand, so that it can say anything.
 #pragma once
 
-#include <android/binder_status.h>
+#include <android/binder_auto_utils.h>
 
 #include <string>
 #include <vector>
@@ -16,6 +16,9 @@ void appendBytes(std::string* bytes, const T& value) {
 }
 
 std::string bytesOf(const hostbinder::FrameHeader& header, const std::string& body = "");
+
+// The number that an object of another process has there.
+uint64_t numberOf(const ndk::SpAIBinder& binder);
 
 class RawConnection {
   public:
