@@ -37,6 +37,7 @@ using hostbinder::FrameKind;
 
 constexpr char kInstance[] =
         "vendor.zel.hardware.camera.offlinecamera.IOfflineCameraService/default";
+constexpr char kAllocator[] = "android.hardware.graphics.allocator.IAllocator/default";
 constexpr char kDump[] =
         "/data/vendor/camera/offlinecameratest/"
         "OfflineAidl_CameraId_2_Frame_1_B2Y_Stride[4096]_Scanline[3072].yuv";
@@ -287,25 +288,33 @@ std::vector<std::string> sockets() {
     return paths;
 }
 
-// Calls that nobody reads the answers of, to the camera service; questions to all.
+uint64_t numberOfService(const char* name) {
+    return numberOf(ndk::SpAIBinder(AServiceManager_checkService(name)));
+}
+
+// Questions for objects, and so many calls that every pool has all its threads: nobody reads the
+// answers.
 void readNothing() {
+    const uint64_t numbers[] = {hostbinder::kContextObject, numberOfService(kInstance),
+                                numberOfService(kAllocator)};
     std::vector<std::unique_ptr<RawConnection>> connections;
-    for (const std::string& path : sockets()) {
+    const auto connect = [&](const std::string& path) -> RawConnection& {
         connections.push_back(std::make_unique<RawConnection>(path));
         require(connections.back()->greet(), "no greeting");
-        const std::string question = bytesOf(frameHeader(FrameKind::kAcquire));
-        require(connections.back()->sendUntilClosed(question, 1000000), "answers pile up");
-    }
-    const uint64_t number = numberOf(camera()->asBinder());
+        return *connections.back();
+    };
+    constexpr size_t kMany = 1000000;
     for (const std::string& path : sockets()) {
-        connections.push_back(std::make_unique<RawConnection>(path));
-        RawConnection& connection = *connections.back();
-        require(connection.greet(), "no greeting");
-        if (!connection.acquire(number)) continue;
-        hostbinder::FrameHeader ping = frameHeader(FrameKind::kCall);
-        ping.target = number;
-        ping.code = hostbinder::kPingCode;
-        require(connection.sendUntilClosed(bytesOf(ping), 1000000), "answers pile up");
+        const std::string question = bytesOf(frameHeader(FrameKind::kAcquire));
+        require(connect(path).sendUntilClosed(question, kMany), "answers pile up");
+        for (const uint64_t number : numbers) {
+            RawConnection& connection = connect(path);
+            if (!connection.acquire(number)) continue;
+            hostbinder::FrameHeader ping = frameHeader(FrameKind::kCall);
+            ping.target = number;
+            ping.code = hostbinder::kPingCode;
+            require(connection.sendUntilClosed(bytesOf(ping), kMany), "answers pile up");
+        }
     }
     tellInPosition();
     for (;;) pause();
