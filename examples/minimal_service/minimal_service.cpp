@@ -5,44 +5,31 @@
 #include <android/binder_manager.h>
 #include <android/binder_process.h>
 #include <stdio.h>
-#include <string.h>
 
+#include <atomic>
+#include <chrono>
+#include <mutex>
 #include <thread>
 
-#include "imported_buffer.h"
+#include "frame.h"
 
-namespace camera = aidl::vendor::zel::hardware::camera::offlinecamera;
-namespace device = aidl::android::hardware::camera::device;
 using aidl::android::hardware::graphics::common::PixelFormat;
 using ndk::ScopedAStatus;
-using offlinecamera::ImportedBuffer;
 using Client = std::shared_ptr<camera::IOfflineCameraCallback>;
 
 namespace {
+
+constexpr int kMaxFrames = 4;  // a session works on so many at a time
 
 ScopedAStatus refuse(const std::string& why) {
     fprintf(stderr, "minimal_service: %s\n", why.c_str());  // goes to the device's log
     return ScopedAStatus::fromServiceSpecificErrorWithMessage(1, why.c_str());
 }
 
-// Four RAW10 pixels are five bytes; each of the first four holds the upper eight bits of one.
-void develop(const imaging::RawView& raw, const imaging::MutableNv12View& picture) {
-    const uint32_t left = (raw.width - picture.width) / 2, top = (raw.height - picture.height) / 2;
-    for (uint32_t y = 0; y < picture.height; ++y) {
-        const uint8_t* const from = raw.data + (y + top) * raw.strideBytes;
-        uint8_t* const to = picture.y + y * picture.strideBytes;
-        for (uint32_t x = 0; x < picture.width; ++x)
-            to[x] = from[(x + left) / 4 * 5 + (x + left) % 4];
-    }
-    for (uint32_t y = 0; y < picture.height / 2; ++y) {
-        memset(picture.uv + y * picture.strideBytes, 128, picture.width);  // grey
-    }
-}
-
+// Its calls come on any thread of the pool, several at once.
 class Session : public camera::BnOfflineCameraSession {
   public:
     explicit Session(Client client) : m_client(std::move(client)) {}
-    ~Session() override { finish(); }
 
     ScopedAStatus configureOfflineStreams(
             const camera::OfflineSessionConfigureInfo& info) override {
@@ -54,80 +41,64 @@ class Session : public camera::BnOfflineCameraSession {
         if (streams[1].width > streams[0].width || streams[1].height > streams[0].height) {
             return refuse("the picture cannot be larger than the mosaic");
         }
-        finish();
+        const std::lock_guard<std::mutex> lock(m_lock);
         m_streams = streams;
         return ScopedAStatus::ok();
     }
 
     ScopedAStatus processOfflineRequest(const std::vector<camera::OfflineRequestInfo>& requests,
                                         int32_t* frameNumber) override {
+        const std::lock_guard<std::mutex> lock(m_lock);
+        if (m_closed) return refuse("the session is closed");
         if (m_streams.empty() || requests.size() != 1 || requests[0].inFrameInfos.size() != 1) {
             return refuse("one request with one frame, after streams are configured");
         }
-        finish();  // the frame before
-        camera::OfflineCaptureResult result;
-        const std::string problem =
-                take(requests[0].inFrameInfos[0].buffers, 0, &m_input, &result.inFrameInfo) +
-                take(requests[0].outputBuffers, 1, &m_output, &result.outFrameInfo);
+        if (m_frames >= kMaxFrames) return refuse("too many frames are in work");
+        Frame frame{m_streams[0], m_streams[1], {}, {}, {}};
+        const std::string problem = take(requests[0], &frame);
         if (!problem.empty()) return refuse(problem);
         *frameNumber = requests[0].frameNumber == -1 ? m_nextFrame++ : requests[0].frameNumber;
-        result.frameNumber = *frameNumber;
-        // The client learns the frame number when this call returns, so the work waits for nobody.
-        m_worker = std::thread(&Session::work, this, std::move(result));
+        frame.result.frameNumber = *frameNumber;
+        ++m_frames;
+        // The client learns the number when this call returns, so nobody waits for the work; the
+        // session lives as long as that does.
+        std::thread(&Session::work, ref<Session>(), std::move(frame)).detach();
         return ScopedAStatus::ok();
     }
 
     ScopedAStatus closeOfflineSession() override {
-        finish();
-        m_streams.clear();
+        m_closed = true;
+        // A callback under way ends first. Where this call was made from within it, binder brings
+        // the call on the callback's thread, which has the lock and gets it again. And a client
+        // that stays in its callback holds nobody up.
+        if (m_sending.try_lock_for(std::chrono::seconds(1))) m_sending.unlock();
         return ScopedAStatus::ok();
     }
 
   private:
-    // Imports the one buffer of a stream, and notes for the result which one it was.
-    std::string take(const std::vector<device::StreamBuffer>& buffers, size_t stream,
-                     ImportedBuffer* imported, camera::OfflineFrameInfo* info) const {
-        if (buffers.size() != 1) return "one buffer for each stream; ";
-        info->buffers.resize(1);
-        info->buffers[0].streamId = buffers[0].streamId;
-        info->buffers[0].bufferId = buffers[0].bufferId;
-        info->numPartialMetadata = 1;
-        const auto mapper = ImportedBuffer::IMapper::getService();
-        if (mapper == nullptr) return "no graphics mapper; ";
-        *imported = ImportedBuffer();
-        return imported->Import(mapper, buffers[0].buffer, buffers[0].acquireFence,
-                                m_streams[stream]);
-    }
-
-    void work(camera::OfflineCaptureResult result) {
-        std::string problem;
-        {  // unlocked before the result: then the client reads the picture
-            offlinecamera::LockedBuffer mosaic, picture;
-            problem = mosaic.Lock(m_input, offlinecamera::Access::kRead);
-            if (problem.empty()) problem = picture.Lock(m_output, offlinecamera::Access::kWrite);
-            if (problem.empty()) develop(mosaic.Raw(m_streams[0]), picture.Nv12(m_streams[1]));
-        }
+    void work(Frame frame) {
+        const std::string problem = develop(frame);
         if (!problem.empty()) {
             refuse(problem);
-            result.outFrameInfo.buffers[0].status = device::BufferStatus::ERROR;
+            frame.result.outFrameInfo.buffers[0].status = device::BufferStatus::ERROR;
         }
         device::ShutterMsg shutter;
-        shutter.frameNumber = result.frameNumber;
-        m_client->notify({device::NotifyMsg(shutter)});
+        shutter.frameNumber = frame.result.frameNumber;
         std::vector<camera::OfflineCaptureResult> results;
-        results.push_back(std::move(result));
-        m_client->processCaptureResult(results);
-    }
-
-    void finish() {
-        if (m_worker.joinable()) m_worker.join();
+        results.push_back(std::move(frame.result));
+        const std::lock_guard<std::recursive_timed_mutex> lock(m_sending);
+        if (!m_closed) m_client->notify({device::NotifyMsg(shutter)});
+        if (!m_closed) m_client->processCaptureResult(results);
+        --m_frames;
     }
 
     const Client m_client;
+    std::mutex m_lock;  // guards the next two
     std::vector<device::Stream> m_streams;
-    ImportedBuffer m_input, m_output;
     int32_t m_nextFrame = 1;
-    std::thread m_worker;
+    std::atomic<int> m_frames{0};  // in work
+    std::atomic<bool> m_closed{false};
+    std::recursive_timed_mutex m_sending;  // held for the callbacks of one frame
 };
 
 class Service : public camera::BnOfflineCameraService {

@@ -281,7 +281,6 @@ function timelinePart(report) {
             make('details', {},
                  make('summary', {}, `Table of ${plural(report.phases.length, 'step')}`),
                  phaseTable(report)),
-            make('details', {},
-                 make('summary', {}, `Table of ${plural(report.calls.length, 'binder call')}`),
+            make('details', {}, make('summary', {}, callTableTitle(report.calls)),
                  callTable(report)));
 }

@@ -16,6 +16,12 @@ function phaseTable(report) {
             report.phases.map((phase) => ({...phase, failed: phase.end !== 'done'})));
 }
 
+// A browser is slow with more rows.
+const maxCallRows = 2000;
+
+const callTableTitle = (calls) => `Table of ${plural(calls.length, 'binder call')}` +
+        (calls.length > maxCallRows ? `, the first ${count(maxCallRows)} shown` : '');
+
 function callTable(report) {
     return table(
             [
@@ -29,5 +35,6 @@ function callTable(report) {
                 {title: 'Descriptors', number: true, value: (call) => count(call.descriptors)},
                 {title: 'Status', value: (call) => call.status},
             ],
-            report.calls.slice(0, 2000).map((call) => ({...call, failed: call.status !== 'OK'})));
+            report.calls.slice(0, maxCallRows)
+                    .map((call) => ({...call, failed: call.status !== 'OK'})));
 }

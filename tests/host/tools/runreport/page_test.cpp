@@ -165,7 +165,7 @@ TEST_F(AnyPage, LetsNothingThatItShowsActAsMarkup) {
                 ElementsAre(HasSubstr("a\"'&lt;b&gt;.yuv")));
 }
 
-TEST_F(AnyPage, StaysUsableWithAVeryLongLog) {
+TEST_F(AnyPage, StaysUsableWithAVeryLongLogAndTrace) {
     {
         std::ofstream log(path("run.log"));
         for (int line = 0; line < 60000; ++line) {
@@ -175,8 +175,12 @@ TEST_F(AnyPage, StaysUsableWithAVeryLongLog) {
             log << text;
         }
         log << "11-21 21:59:30.000000    24    24 I Tag: " << std::string(1000000, 'x');
+        std::ofstream trace(path("trace"));
+        for (int call = 0; call < 2001; ++call) {
+            trace << "21:58:30.000000 24 -> 2/peer a.B.c 0 bytes 0 fds 5 us OK\n";
+        }
     }
-    make({"--", "tool"});
+    make({"--trace=" + path("trace"), "--", "tool"});
     EXPECT_LT(fs::file_size(path("report.html")), 12u * 1024 * 1024);
     const Rendered page = render(path("report.html"));
     EXPECT_EQ(page.console, "");
@@ -184,6 +188,7 @@ TEST_F(AnyPage, StaysUsableWithAVeryLongLog) {
     EXPECT_THAT(textsBetween(page.main, "id=\"shown\">", "</span>"),
                 ElementsAre("40,001 lines of 40,001, 20,000 more in the files only"));
     EXPECT_THAT(problemWith(page, "line 30000"), HasSubstr("show in the log"));
+    EXPECT_THAT(page.main, HasSubstr("Table of 2,001 binder calls, the first 2,000 shown"));
     EXPECT_THAT(messages(render(path("report.html"), "text=xxx")), ElementsAre(HasSubstr("more]")));
 }
 
