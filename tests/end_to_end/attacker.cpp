@@ -165,6 +165,33 @@ void keepSessions() {
     for (;;) pause();
 }
 
+// Ends its session from within the session's own callback, where a service must not wait for it.
+void closeInCallback() {
+    std::shared_ptr<IOfflineCameraSession> session;
+    session = openSession([&] {
+        require(session->closeOfflineSession().isOk(), "a close in a callback was refused");
+        tellInPosition();
+    });
+    require(session->configureOfflineStreams(configuration()).isOk(), "configuration refused");
+    require(isTaken(*session, goodRequest()), "request refused");
+    for (;;) pause();
+}
+
+// Requests of one session from many threads; the session is over before they are.
+void requestAtOnce() {
+    const auto session = openSession([] {});
+    require(session->configureOfflineStreams(configuration()).isOk(), "configuration refused");
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 8; ++i) {
+        threads.emplace_back([&] {
+            for (int n = 0; n < 20; ++n) isTaken(*session, goodRequest());
+        });
+    }
+    require(session->closeOfflineSession().isOk(), "a close was refused");
+    for (std::thread& thread : threads) thread.join();
+    require(!isTaken(*session, goodRequest()), "a closed session took a request");
+}
+
 int memoryFile(off_t size) {
     const int fd = memfd_create("attacker", MFD_CLOEXEC | MFD_ALLOW_SEALING);
     require(ftruncate(fd, size) == 0, "ftruncate");
@@ -361,8 +388,9 @@ void sendGarbage() {
 
 using Attack = void (*)();
 constexpr Attack kAttacks[] = {
-        stopInCallback, keepSessions, passOtherDescriptors, askForTheAbsurd, flood,
-        addServices,    readNothing,  dieWithinMessages,    connectOften,    sendGarbage};
+        stopInCallback, keepSessions, passOtherDescriptors, askForTheAbsurd,
+        flood,          addServices,  readNothing,          dieWithinMessages,
+        connectOften,   sendGarbage,  closeInCallback,      requestAtOnce};
 
 void requireHonestClientServed() {
     std::error_code ignored;
