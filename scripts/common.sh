@@ -33,6 +33,17 @@ lock_out() {
 
 unlock_out() { exec 9>&-; }
 
+# One run at a time: logs, report, dumps and the frames of --source belong to it. Every process of a
+# run inherits the lock, so that the next one begins when the last of them has gone.
+lock_run() {
+    exec 8>"$out/.running"
+    flock -n 8 && return
+    say "waits for another ./run to end"
+    flock -w 3600 8 || refuse "another ./run has been going on for an hour"
+}
+
+unlock_run() { exec 8>&-; }
+
 # listed_packages COMMAND: the names in the list, without those marked for another command.
 listed_packages() {
     local name only

@@ -1,7 +1,10 @@
 # What ./run says after the tool has ended. Sourced after common.sh.
 
 # Every file below a folder with time and size, sorted: two lists differ where a file was written.
-list_files() { (cd "$1" && find . -type f -printf '%P\t%T@\t%s\n' | LC_ALL=C sort); }
+# Subfolders that may not be read count as empty.
+list_files() {
+    { find "$1" -type f -printf '%P\t%T@\t%s\n' 2>/dev/null || true; } | LC_ALL=C sort
+}
 
 # A path as the user would write it here.
 here() { printf '%s' "${1#"$PWD"/}"; }
@@ -50,7 +53,9 @@ report_outcome() {
     errors="$(grep -c ' E ' "$out/run.log" || true)"
     last="$(grep ' E ' "$out/run.log" | tail -n 1 || true)"
     last="the last one of $errors errors in $(here "$out/run.log"): ${last#* E }"
-    if ((number >= 1 && number <= 64)); then
+    if [[ ! -s "$out/run.log" ]]; then
+        : # the tool did not get as far as its log; who stopped it has said so
+    elif ((number >= 1 && number <= 64)); then
         complain "the tool was ended by signal $number ($(kill -l "$number"))"
     elif grep -q ': OpenOfflineSession$' "$out/run.log" && [[ "$wrote" == 0 ]]; then
         complain "no file was written"

@@ -1,11 +1,11 @@
 # What ./run shows at a terminal while the tool waits. Sourced after common.sh.
 
 # tell_waits LOG: tells which wait the tool is in, by the last lines of its log, from its first
-# second on. Runs until it is killed; lines of runs before $started do not count.
+# second on. Ends with ./run or when it is killed; lines of runs before $started do not count.
 tell_waits() {
     local never last what waited=0 seconds=0
     exec {never}<> <(:) # a pause is a read that gets nothing
-    while ! read -rt 1 -u "$never"; do
+    while ! read -rt 1 -u "$never" && kill -0 $$ 2>/dev/null; do
         [[ "$(stat -c %Y "$1" 2>/dev/null || echo 0)" -ge "${started%.*}" ]] || continue
         last="$(tail -n 20 "$1" | grep -aoE ': Wait(For|Capture)[A-Za-z]* .*' | tail -n 1 ||
             true)"

@@ -5,6 +5,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 using ::testing::Not;
@@ -32,6 +34,18 @@ TEST_F(RunScript, RefusesWrongOptionsBeforeAnythingStarts) {
         EXPECT_EQ(finished.out, "");
         EXPECT_THAT(finished.err, HasSubstr(wrong.named));
         EXPECT_FALSE(fs::exists(m_root + "/out/run.log")) << wrong.named;
+    }
+}
+
+TEST_F(RunScript, TheOtherCommandRefusesWrongWordsBeforeItBuilds) {
+    fs::copy(PROJECT_FOLDER "/check", m_root + "/check");
+    for (const char* words : {"bogus", "asan tsan", "soak many", "soak 5 words", "fuzz 0",
+                              "faults --reject", "faults --accept all"}) {
+        const Finished finished =
+                runProgram({"bash", "-c", "exec \"$0\" $1", m_root + "/check", words});
+        EXPECT_EQ(finished.status, 2) << words;
+        EXPECT_EQ(std::count(finished.err.begin(), finished.err.end(), '\n'), 1) << finished.err;
+        EXPECT_FALSE(fs::exists(m_root + "/out/.lock")) << words;
     }
 }
 
@@ -73,10 +87,14 @@ TEST_F(RunScript, ReportsDumpsAndPictures) {
 
 TEST_F(RunScript, UsesAnotherDataFolder) {
     fs::create_directory(m_root + "/my data");
+    const std::string unreadable = m_root + "/my data/lost+found";  // but for root
+    fs::create_directory(unreadable);
+    fs::permissions(unreadable, fs::perms::none);
     const Finished finished = run({"--data", m_root + "/my data", "-t", "Y2Y"});
     EXPECT_EQ(finished.status, 0) << finished.err;
     EXPECT_TRUE(fs::exists(m_root + "/my data/offlinecameratest/mmf_fd.yuv"));
     EXPECT_FALSE(fs::exists(m_root + "/out/camera"));
+    fs::remove(unreadable);
 }
 
 TEST_F(RunScript, OpensAShellOnTheDevice) {

@@ -1,6 +1,7 @@
 // What people see on a terminal, and that nothing of it is seen elsewhere.
 
 #include <gmock/gmock.h>
+#include <signal.h>
 
 #include "tests/end_to_end/run_script.h"
 
@@ -58,6 +59,27 @@ TEST_F(Terminal, TellsWhatTheToolWaitsForAndTakesItAway) {
 
     const Finished plain = show(words, "xterm", "1");
     EXPECT_THAT(plain.out, AllOf(HasSubstr(waits), Not(HasSubstr(kEscape))));
+}
+
+// The first one is killed while its tool waits, and leaves no process behind that holds up the
+// next. (The shell around it lives on, as its end would take everything at the terminal along.)
+TEST_F(Terminal, RunsOneAfterTheOther) {
+    Subprocess::Environment environment = crashSettings();
+    environment.emplace_back("TERM", "xterm");
+    const auto at = Subprocess::Input::Terminal;
+    Subprocess shell({"bash", "-c",
+                      "\"$0\" --fault no-shutter -t B2Y &"
+                      "trap 'kill -9 %1' USR1; wait; read line",
+                      m_root + "/run"},
+                     environment, at);
+    ASSERT_TRUE(shell.waitForOutput("the tool waits for the shutter"));
+    Subprocess next({m_root + "/run", "-t", "callback"}, environment, at);
+    ASSERT_TRUE(next.waitForOutput("waits for another ./run to end"));
+    kill(shell.pid(), SIGUSR1);
+    const Finished finished = next.finish();
+    EXPECT_EQ(finished.status, 0) << finished.out;
+    EXPECT_THAT(finished.out, HasSubstr("report: "));
+    EXPECT_THAT(readFile(m_root + "/out/run.log"), Not(HasSubstr("WaitForShutter")));
 }
 
 TEST_F(Terminal, LeavesFilesAndPipesFree) {
