@@ -53,13 +53,11 @@ bool addFault(const Options& options, const std::string& fault, const std::strin
                      options.serviceProgram;
             return false;
         }
-        if (!acceptsFault(path, fault)) {
-            *error = "--fault " + fault + ": not with this argument";
-            return false;
-        }
         program->argv.push_back("--fault");
         program->argv.push_back(fault);
-        return true;
+        const std::string refusal = refusalOfFaults(program->argv);
+        if (!refusal.empty()) *error = "--fault " + fault + ": refused by " + refusal;
+        return refusal.empty();
     }
     *error = "--fault " + fault + ": unknown; 'deviceshell --fault help' lists the names";
     return false;

@@ -33,11 +33,13 @@ bool knowsFault(const FaultList& list, const std::string& fault) {
     return std::find(list.names.begin(), list.names.end(), name) != list.names.end();
 }
 
-bool acceptsFault(const std::string& program, const std::string& fault) {
-    // The request for the list ends the program, but only after the fault before it was read.
-    const std::optional<ProgramOutput> output =
-            readProgram({program, "--fault", fault, "--fault", "help"});
-    return output && output->status == 0;
+std::string refusalOfFaults(std::vector<std::string> argv) {
+    // The request for the list ends the program, but only after the faults before it were read.
+    argv.insert(argv.end(), {"--fault", "help"});
+    const std::optional<ProgramOutput> output = readProgram(argv, ReadErrors::Too);
+    if (output && output->status == 0) return "";
+    const std::string said = output ? output->text.substr(0, output->text.find('\n')) : "";
+    return said.empty() ? argv[0] + ": no reason told" : said;
 }
 
 }  // namespace deviceshell

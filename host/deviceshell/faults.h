@@ -24,7 +24,8 @@ std::vector<std::string> faultNames(const std::string& text);
 // True when the list holds the fault "NAME" or "NAME=ARG".
 bool knowsFault(const FaultList& list, const std::string& fault);
 
-// True when the program takes the fault with its argument; else it has said why on standard error.
-bool acceptsFault(const std::string& program, const std::string& fault);
+// Starts a program with the faults it is to show, only to read them. Empty when it takes them
+// together and with their arguments, else its sentence, which begins with its name.
+std::string refusalOfFaults(std::vector<std::string> argv);
 
 }  // namespace deviceshell

@@ -62,24 +62,27 @@ class Device {
 
   private:
     struct Event {
-        enum Kind { TimedOut, ChildEnded, Signal, CallerGone } kind;
+        // TerminalSignal: the terminal's Ctrl-C, which a running command gets by itself.
+        enum Kind { TimedOut, ChildEnded, Signal, TerminalSignal, CallerGone } kind;
         pid_t pid;   // of ChildEnded
-        int number;  // wait status of ChildEnded, number of Signal
+        int number;  // wait status of ChildEnded, number of a signal
     };
 
     bool prepare();
     bool startPrograms(int* status);
     bool startProgram(const DeviceProgram& program);
     bool awaitAnswers(const std::vector<std::string>& names, int* status);
+    bool noteMissedStart(const Event& event, int* status);
     int runCommand();
     void stopPrograms();
     Event nextEvent(const Deadline* deadline);
+    int takeTerminalSignal();
     std::string labelOf(pid_t pid) const;
     void note(const std::string& sentence) const;
 
     const DevicePlan& m_plan;
     const DeviceDescriptors& m_numbers;
-    int m_childSignals = -1;
+    int m_signals = -1;
     int m_null = -1;
     bool m_stopping = false;
     std::map<pid_t, std::string> m_running;  // the programs by process, with their file names
@@ -103,14 +106,24 @@ bool Device::prepare() {
     sigset_t all;
     sigfillset(&all);
     sigprocmask(SIG_SETMASK, &all, nullptr);
-    sigset_t child;
-    sigemptyset(&child);
-    sigaddset(&child, SIGCHLD);
-    m_childSignals = signalfd(-1, &child, SFD_CLOEXEC | SFD_NONBLOCK);
+    sigset_t watched;
+    sigemptyset(&watched);
+    for (const int number : {SIGCHLD, SIGINT, SIGQUIT}) sigaddset(&watched, number);
+    m_signals = signalfd(-1, &watched, SFD_CLOEXEC | SFD_NONBLOCK);
     m_null = open("/dev/null", O_RDWR | O_CLOEXEC);
-    if (m_childSignals >= 0 && m_null >= 0) return true;
+    if (m_signals >= 0 && m_null >= 0) return true;
     complain(std::string("the device's first process cannot start: ") + strerror(errno));
     return false;
+}
+
+// Empties the signals' descriptor; the last of them that the terminal sent, or 0.
+int Device::takeTerminalSignal() {
+    int last = 0;
+    signalfd_siginfo signal = {};
+    while (read(m_signals, &signal, sizeof signal) == sizeof signal) {
+        if (signal.ssi_signo != SIGCHLD) last = static_cast<int>(signal.ssi_signo);
+    }
+    return last;
 }
 
 // Reports children that ended before anything else, so that none is missed.
@@ -126,13 +139,12 @@ Device::Event Device::nextEvent(const Deadline* deadline) {
             }
             return {Event::ChildEnded, pid, status};
         }
-        pollfd sources[2] = {{m_childSignals, POLLIN, 0}, {m_numbers.control, POLLIN, 0}};
+        pollfd sources[2] = {{m_signals, POLLIN, 0}, {m_numbers.control, POLLIN, 0}};
         const int ready = ::poll(sources, 2, deadline ? millisecondsUntil(*deadline) : -1);
         if (ready == 0) return {Event::TimedOut, -1, 0};
         if (sources[0].revents) {
-            signalfd_siginfo ignored;
-            while (read(m_childSignals, &ignored, sizeof ignored) > 0) {
-            }
+            const int number = takeTerminalSignal();
+            if (number != 0) return {Event::TerminalSignal, -1, number};
         }
         if (sources[1].revents) {
             unsigned char number = 0;
@@ -175,9 +187,6 @@ bool Device::startProgram(const DeviceProgram& program) {
 bool Device::awaitAnswers(const std::vector<std::string>& names, int* status) {
     const pid_t waiter = fork();
     if (waiter == 0) {
-        sigset_t none;
-        sigemptyset(&none);
-        sigprocmask(SIG_SETMASK, &none, nullptr);
         _exit((names.empty() ? waitForServiceManager(kBinderFolder) : waitForServices(names)) ? 0
                                                                                               : 1);
     }
@@ -187,24 +196,38 @@ bool Device::awaitAnswers(const std::vector<std::string>& names, int* status) {
     }
     // The waiter's own limit per name comes first; this one is for a waiter that got stuck.
     const Deadline deadline = after(kStartSeconds * static_cast<int>(names.size() + 2));
-    while (true) {
-        const Event event = nextEvent(&deadline);
-        if (event.kind == Event::ChildEnded && event.pid == waiter) {
-            return WIFEXITED(event.number) && WEXITSTATUS(event.number) == 0;
-        }
-        if (event.kind == Event::ChildEnded && !labelOf(event.pid).empty()) {
+    Event event = nextEvent(&deadline);
+    while (event.kind == Event::ChildEnded && event.pid != waiter && labelOf(event.pid).empty()) {
+        event = nextEvent(&deadline);
+    }
+    if (event.kind == Event::ChildEnded && event.pid == waiter) {
+        return WIFEXITED(event.number) && WEXITSTATUS(event.number) == 0;
+    }
+    kill(waiter, SIGKILL);  // it may just tell what it waits for
+    waitpid(waiter, nullptr, 0);
+    return noteMissedStart(event, status);
+}
+
+bool Device::noteMissedStart(const Event& event, int* status) {
+    switch (event.kind) {
+        case Event::ChildEnded:
             complain(labelOf(event.pid) + " " + describeEnd(event.number) +
                      " before it answered; the device log (--device-log) shows what it said");
             m_running.erase(event.pid);
-            return false;
-        }
-        if (event.kind == Event::TimedOut) {
+            break;
+        case Event::TimedOut:
             complain("the service manager stopped answering");
-            return false;
-        }
-        if (event.kind == Event::Signal) *status = 128 + event.number;
-        if (event.kind == Event::Signal || event.kind == Event::CallerGone) return false;
+            break;
+        case Event::Signal:
+        case Event::TerminalSignal:
+            complain("signal " + std::to_string(event.number) + " (" + strsignal(event.number) +
+                     ") came before the device was up; the command did not run");
+            *status = 128 + event.number;
+            break;
+        case Event::CallerGone:
+            break;
     }
+    return false;
 }
 
 bool Device::startPrograms(int* status) {

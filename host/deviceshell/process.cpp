@@ -68,12 +68,13 @@ std::string describeEnd(int waitStatus) {
     return "ended with status " + std::to_string(WEXITSTATUS(waitStatus));
 }
 
-std::optional<ProgramOutput> readProgram(const std::vector<std::string>& argv) {
+std::optional<ProgramOutput> readProgram(const std::vector<std::string>& argv, ReadErrors errors) {
     int ends[2];
     if (pipe2(ends, O_CLOEXEC) != 0) return std::nullopt;
     ProgramStart start;
     start.argv = argv;
     start.output = ends[1];
+    if (errors == ReadErrors::Too) start.error = ends[1];
     start.limitSeconds = 10;
     const pid_t pid = startProgram(start);
     close(ends[1]);

@@ -35,12 +35,15 @@ int shellStatus(int waitStatus);
 std::string describeEnd(int waitStatus);
 
 // Runs a program to its end and returns its standard output and exit status; its standard error
-// is the caller's. Nothing when it cannot be started, was ended by a signal or took over 10 s.
+// is read, too, or the caller's. Nothing when it cannot be started, was ended by a signal or took
+// over 10 s.
 struct ProgramOutput {
     int status = 0;
     std::string text;
 };
-std::optional<ProgramOutput> readProgram(const std::vector<std::string>& argv);
+enum class ReadErrors { Not, Too };
+std::optional<ProgramOutput> readProgram(const std::vector<std::string>& argv,
+                                         ReadErrors errors = ReadErrors::Not);
 
 // Writes one line "deviceshell: ..." to standard error.
 void complain(const std::string& sentence);

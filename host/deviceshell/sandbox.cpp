@@ -56,6 +56,15 @@ void mirrorFolder(const std::string& outside, const std::string& inside,
     }
 }
 
+// Programs may lie in the host's /dev/shm, say, which the device's own /dev hides: the folder below
+// /dev comes back as it is, so that a program finds its libraries, too.
+void showAgain(const std::string& program, std::vector<std::string>* arguments) {
+    const std::string dev = "/dev/";
+    if (program.compare(0, dev.size(), dev) != 0) return;
+    const std::string folder = program.substr(0, program.find('/', dev.size()));
+    arguments->insert(arguments->end(), {"--ro-bind", folder, folder});
+}
+
 }  // namespace
 
 std::vector<std::string> mirrorArguments(const std::string& hostRoot,
@@ -75,6 +84,8 @@ std::vector<std::string> sandboxArguments(const Options& options, const std::str
                      {"--proc", "/proc", "--dev", "/dev", "--ro-bind", binaryFolder, kBinaryFolder,
                       "--ro-bind-try", binaryFolder + "/../vendor/lib64/hw", kHalFolder, "--perms",
                       "0700", "--tmpfs", kBinderFolder});
+    showAgain(binaryFolder, &arguments);
+    showAgain(options.serviceProgram, &arguments);
     if (options.planes) {
         arguments.insert(arguments.end(),
                          {"--ro-bind", binaryFolder + "/vexofflinecameratest-planes",

@@ -143,7 +143,7 @@ void addEnding(const Explainer& explainer, Report* report) {
             problem.text = "The tool refused its arguments";
             break;
         case Ending::kSignal:
-            problem.text = "The tool was ended by " + run.signalName();
+            problem.text = "The run was ended by " + run.signalName();
             break;
         case Ending::kNoDevice:
             problem.text = "The run did not start";

@@ -45,6 +45,14 @@ class Deviceshell : public ::testing::Test {
         return bare({"sh", "-c", script}, options);
     }
 
+    // A script in place of the service.
+    std::string addService(const std::string& script) const {
+        const std::string path = m_folder + "/script-service";
+        std::ofstream(path) << "#!/bin/sh\n" << script << "\n";
+        chmod(path.c_str(), 0755);
+        return path;
+    }
+
     std::string fileText(const std::string& name) const {
         std::ostringstream text;
         text << std::ifstream(m_folder + "/" + name).rdbuf();
@@ -186,27 +194,37 @@ TEST_F(Deviceshell, CtrlCReachesTheCommandAtTheTerminal) {
     EXPECT_EQ(device.finish().status, 128 + SIGINT);
 }
 
+// /dev is the device's own, but for programs that lie in it.
+TEST_F(Deviceshell, FindsAServiceInSharedMemory) {
+    std::string folder = "/dev/shm/deviceshell-XXXXXX";
+    if (!mkdtemp(folder.data())) GTEST_SKIP() << "no folder in /dev/shm";
+    fs::copy(addService("echo found; exit 3"), folder + "/service");
+    const Finished run = runProgram({DEVICESHELL, "--service", folder + "/service", "--device-log",
+                                     m_folder + "/device.log", "true"});
+    fs::remove_all(folder);
+    EXPECT_EQ(run.status, 125);
+    EXPECT_THAT(fileText("device.log"), HasSubstr("found"));
+}
+
 TEST_F(Deviceshell, ReportsAServiceThatDoesNotStart) {
-    const std::string program = m_folder + "/broken-service";
-    std::ofstream(program) << "#!/bin/sh\necho cannot start\nexit 3\n";
-    chmod(program.c_str(), 0755);
+    const std::string program = addService("echo cannot start; exit 3");
     const Finished run = runProgram({DEVICESHELL, "--no-allocator", "--service", program,
                                      "--device-log", m_folder + "/device.log", "echo", "ran"});
     EXPECT_EQ(run.status, 125);
     EXPECT_EQ(run.out, "");
-    EXPECT_THAT(run.err, HasSubstr("broken-service ended with status 3"));
+    EXPECT_THAT(run.err, HasSubstr("script-service ended with status 3"));
     EXPECT_THAT(fileText("device.log"), HasSubstr("cannot start"));
 }
 
-TEST_F(Deviceshell, TellsAtATerminalWhichServiceItWaitsFor) {
-    const std::string program = m_folder + "/silent-service";
-    std::ofstream(program) << "#!/bin/sh\nexec sleep " + m_mark + "\n";
-    chmod(program.c_str(), 0755);
+TEST_F(Deviceshell, TellsAtATerminalWhichServiceItWaitsForAndStopsAtCtrlC) {
+    const std::string program = addService("exec sleep " + m_mark);
     Subprocess device({DEVICESHELL, "--no-allocator", "--service", program, "true"},
                       {{"TERM", "xterm"}}, Subprocess::Input::Terminal);
     ASSERT_TRUE(device.waitForOutput("waits 2 s for vendor.zel.hardware.camera.offlinecamera"));
-    kill(device.pid(), SIGTERM);
-    EXPECT_EQ(device.finish().status, 128 + SIGTERM);
+    device.type("\x03");
+    const Finished finished = device.finish();
+    EXPECT_EQ(finished.status, 128 + SIGINT);
+    EXPECT_THAT(finished.out, HasSubstr("signal 2 (Interrupt) came before the device was up"));
     EXPECT_THAT(processesWith(m_mark), IsEmpty());
 }
 

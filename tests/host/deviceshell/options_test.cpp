@@ -13,6 +13,7 @@
 #include "faults.h"
 #include "sandbox.h"
 
+using ::testing::AllOf;
 using ::testing::Contains;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
@@ -66,7 +67,8 @@ class Programs : public ::testing::Test {
 
     void addProgram(const std::string& name, const std::string& text) {
         const std::string path = m_folder + "/" + name;
-        std::ofstream(path) << "#!/bin/sh\ncase $2 in *=bad) exit 2;; esac\n"
+        std::ofstream(path) << "#!/bin/sh\ncase $* in *=bad*|*handle*handle*)\n"
+                               "echo NAME: not so >&2; exit 2;; esac\n"
                                "cat <<END\n"
                             << text << "\nEND\n";
         chmod(path.c_str(), 0755);
@@ -109,14 +111,19 @@ TEST_F(Programs, GetTheFaultsTheyKnow) {
 }
 
 TEST_F(Programs, RefuseFaultsThatNobodyCanShow) {
-    const Words refused[] = {{"--fault", "lendx", "true"},
-                             {"--fault", "lend=bad", "true"},
-                             {"--fault", "lend", "--no-service", "true"},
-                             {"--fault", "bad-handle", "--no-allocator", "true"},
-                             {"--fault", "lend", "--service", "/bin/cat", "true"}};
-    for (const Words& arguments : refused) {
-        EXPECT_TRUE(plannedFor(arguments).empty()) << ::testing::PrintToString(arguments);
-        EXPECT_THAT(m_error, HasSubstr("--fault " + arguments[1]));
+    const struct {
+        Words arguments;
+        const char* error;
+    } refused[] = {{{"--fault", "lendx"}, "lendx: unknown"},
+                   {{"--fault", "lend=bad"}, "lend=bad: refused by NAME: not so"},
+                   {{"--fault", "bad-handle", "--fault=bad-handle"}, "refused by NAME: not so"},
+                   {{"--fault", "lend", "--no-service"}, "its program is left out"},
+                   {{"--fault", "bad-handle", "--no-allocator"}, "its program is left out"},
+                   {{"--fault", "lend", "--service", "/bin/cat"}, "not of /bin/cat"}};
+    for (const auto& wrong : refused) {
+        EXPECT_TRUE(plannedFor(wrong.arguments).empty()) << wrong.error;
+        EXPECT_THAT(m_error,
+                    AllOf(HasSubstr("--fault " + wrong.arguments[1]), HasSubstr(wrong.error)));
     }
 }
 

@@ -121,7 +121,7 @@ TEST_F(RunPage, ShowsWhereARunCrashed) {
     EXPECT_THAT(verdict(page), HasSubstr("during “Open session”"));
     EXPECT_THAT(phases(page), ElementsAre("device", "start-up", "open"));
     EXPECT_THAT(problemWith(page, "getService is NULL"), HasSubstr("Cure"));
-    EXPECT_THAT(problemWith(page, "The tool was ended by"), HasSubstr("Cure"));
+    EXPECT_THAT(problemWith(page, "The run was ended by"), HasSubstr("Cure"));
     EXPECT_THAT(messages(page), ElementsAre("getService is NULL for offlinecameraservice"));
     EXPECT_THAT(page.main, HasSubstr("The tool wrote no file."));
 }
