@@ -4,6 +4,7 @@
 
 #include <errno.h>
 #include <fcntl.h>
+#include <signal.h>
 #include <stdio.h>
 #include <string.h>
 #include <sys/stat.h>
@@ -29,6 +30,26 @@ class Descriptor {
 
   private:
     int mFd;
+};
+
+// While it lives, signals that would end the process in the midst of a write wait, so that the
+// write's temporary file is gone first. For the calling thread; the program has no other then.
+class SignalsHeldBack {
+  public:
+    SignalsHeldBack() {
+        sigset_t ending;
+        sigemptyset(&ending);
+        for (const int number : {SIGHUP, SIGINT, SIGQUIT, SIGTERM, SIGXFSZ}) {
+            sigaddset(&ending, number);
+        }
+        pthread_sigmask(SIG_BLOCK, &ending, &mBefore);
+    }
+    ~SignalsHeldBack() { pthread_sigmask(SIG_SETMASK, &mBefore, nullptr); }
+    SignalsHeldBack(const SignalsHeldBack&) = delete;
+    SignalsHeldBack& operator=(const SignalsHeldBack&) = delete;
+
+  private:
+    sigset_t mBefore;
 };
 
 Failure systemFailure(const std::string& path, const char* step) {
@@ -119,6 +140,7 @@ Result<Done> checkWritable(const std::string& path, Existing existing) {
 Result<Done> writeFile(const std::string& path, const Bytes& bytes, Existing existing) {
     const Result<Done> check = checkWritable(path, existing);
     if (!check.ok()) return check;
+    const SignalsHeldBack signals;
     std::string temporary;
     Descriptor file(createTemporary(path, &temporary));
     if (file.get() < 0) return systemFailure(path, "cannot create");

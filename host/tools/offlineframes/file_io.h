@@ -21,7 +21,7 @@ enum class Existing { kKeep, kReplace };
 
 // Writes `bytes` to a temporary name beside `path` and renames it, so `path` holds either its old
 // content or all of the new. With kKeep an existing file is an error and stays as it is. Only a
-// regular file is ever replaced. Nothing is left behind on failure.
+// regular file is ever replaced. Nothing is left behind on failure, nor by Ctrl-C.
 Result<Done> writeFile(const std::string& path, const Bytes& bytes, Existing existing);
 
 // Fails when writeFile could not put a file at `path`, before the work of making it is done.

@@ -3,6 +3,8 @@
 #include "host/tools/offlineframes/file_io.h"
 
 #include <gmock/gmock.h>
+#include <signal.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -47,6 +49,19 @@ TEST(FileIo, KeepsOrReplacesAnExistingFileAsAsked) {
     EXPECT_THAT(readFile(path).value(), ElementsAre(4));
     // No temporary name is left.
     EXPECT_THAT(folder.names(), ElementsAre("frame.raw"));
+}
+
+// The limit's signal ends the process in the midst of the write, as a Ctrl-C may.
+TEST(FileIo, LeavesNothingWhenASignalEndsTheProgram) {
+    const TestFolder folder;
+    const auto writeBeyondTheLimit = [&] {
+        const rlimit limit = {10'000, 10'000};
+        setrlimit(RLIMIT_FSIZE, &limit);
+        static_cast<void>(writeFile(folder.path("frame"), Bytes(20'000), Existing::kKeep));
+        _exit(0);
+    };
+    EXPECT_EXIT(writeBeyondTheLimit(), testing::KilledBySignal(SIGXFSZ), "");
+    EXPECT_THAT(folder.names(), ElementsAre());
 }
 
 TEST(FileIo, ReplacesOnlyRegularFiles) {
