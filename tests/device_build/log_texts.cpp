@@ -28,10 +28,6 @@ std::string Joined(const std::string& literals) {
     return std::regex_replace(literals.substr(1, literals.size() - 2), std::regex("\"\\s*\""), "");
 }
 
-std::string WithoutConversions(const std::string& format) {
-    return std::regex_replace(format, std::regex("%[-+0 #.\\d]*(?:hh|h|ll|l|z)?[a-zA-Z]"), "…");
-}
-
 void ReadSource(const std::filesystem::path& path, std::vector<LogText>* texts) {
     static const std::regex& call = *new std::regex(
             "(?:(?:CLIENT|DRIVER)_LOG([DIWE])|PrintLine)\\(\\s*"
@@ -55,6 +51,10 @@ void ReadSource(const std::filesystem::path& path, std::vector<LogText>* texts) 
 }
 
 }  // namespace
+
+std::string WithoutConversions(const std::string& format) {
+    return std::regex_replace(format, std::regex("%[-+0 #.\\d]*(?:hh|h|ll|l|z)?[a-zA-Z]"), "…");
+}
 
 std::vector<LogText> ReadLogTexts(const std::string& project) {
     std::vector<LogText> texts;

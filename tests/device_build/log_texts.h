@@ -12,6 +12,9 @@ struct LogText {
     std::string place;
 };
 
+// A printf format with "…" in place of each conversion.
+std::string WithoutConversions(const std::string& format);
+
 // All of client/, driver/ and gralloc/ below `project`.
 std::vector<LogText> ReadLogTexts(const std::string& project);
 

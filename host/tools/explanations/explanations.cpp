@@ -52,6 +52,10 @@ class PageReader {
             m_inSection = m_statuses ? line == kStatusSection : IsLineSection(line);
             m_inEntry = false;
         } else if (m_inSection && StartsWith(line, "### ")) {
+            if (!m_inEntry || m_textSeen) {
+                m_group = m_entries.size();
+            }
+            m_textSeen = false;
             m_entries.push_back({std::string(Quoted(line)), "", ""});
             m_inEntry = true;
             m_paragraph = nullptr;
@@ -78,14 +82,19 @@ class PageReader {
         if (m_paragraph == nullptr) {
             return;
         }
-        std::string& text = m_entries.back().*m_paragraph;
-        text += text.empty() ? "" : " ";
-        text += Trimmed(line);
+        m_textSeen = true;
+        for (size_t i = m_group; i < m_entries.size(); ++i) {
+            std::string& text = m_entries[i].*m_paragraph;
+            text += text.empty() ? "" : " ";
+            text += Trimmed(line);
+        }
     }
 
     const bool m_statuses;
     bool m_inSection = false;
     bool m_inEntry = false;
+    bool m_textSeen = false;  // of the entries from m_group on, which share it
+    size_t m_group = 0;
     std::string Explanation::*m_paragraph = nullptr;  // the one being read; null between them
     std::vector<Explanation> m_entries;
 };

@@ -9,6 +9,7 @@
 //
 //     Cure: a paragraph.
 //
+// Headings that follow each other without a text between them share the text that comes next.
 // Everything else of the page is for readers only. No function here keeps state; any thread.
 #pragma once
 
