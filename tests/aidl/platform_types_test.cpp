@@ -50,22 +50,6 @@ size_t Offset(const Record& record, const Field& field) {
 }
 
 TEST(LayoutTest, Offsets) {
-    const Stream s;
-    EXPECT_EQ(Offset(s, s.format), 16u);
-    EXPECT_EQ(Offset(s, s.usage), 24u);
-    EXPECT_EQ(Offset(s, s.dataSpace), 32u);
-    EXPECT_EQ(Offset(s, s.physicalCameraId), 40u);
-    EXPECT_EQ(Offset(s, s.bufferSize), 64u);
-    EXPECT_EQ(Offset(s, s.groupId), 68u);
-    EXPECT_EQ(Offset(s, s.sensorPixelModesUsed), 72u);
-    EXPECT_EQ(Offset(s, s.dynamicRangeProfile), 96u);
-    EXPECT_EQ(Offset(s, s.useCase), 104u);
-    EXPECT_EQ(Offset(s, s.colorSpace), 112u);
-    const StreamBuffer b;
-    EXPECT_EQ(Offset(b, b.buffer), 16u);
-    EXPECT_EQ(Offset(b, b.status), 64u);
-    EXPECT_EQ(Offset(b, b.acquireFence), 72u);
-    EXPECT_EQ(Offset(b, b.releaseFence), 120u);
     const BufferDescriptorInfo d;
     EXPECT_EQ(Offset(d, d.width), 128u);
     EXPECT_EQ(Offset(d, d.format), 140u);

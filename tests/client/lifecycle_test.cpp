@@ -104,8 +104,7 @@ TEST_F(Lifecycle, DiesAtTheFirstCallThroughAnEmptyReference) {
 }
 
 TEST_F(Lifecycle, DestructionFreesInputBuffersOnly) {
-    Configure(0);
-    data.write("offlinecameratest/4096_3072_RAW10.raw", "");
+    ConfigureB2Y();
     ASSERT_EQ(client.ProcessOfflineRequest(), 0);
     native_handle* const input = Captured(0).importedBuf;
     native_handle* const output = Captured(1).importedBuf;

@@ -11,7 +11,6 @@
 
 #include "tests/support/client_fixture.h"
 
-using ::aidl::android::hardware::camera::device::ShutterMsg;
 using ::testing::ElementsAre;
 using ::testing::Pair;
 
@@ -31,14 +30,6 @@ class Locking : public ClientTest {
             held[line] += IsHeld(access.resultLock()) ? "results " : "";
             held[line] += IsHeld(*bufferLock) ? "buffers " : "";
         });
-    }
-    void DeliverResult(int32_t frameNumber) {
-        std::vector<OfflineCaptureResult> results(1);
-        results[0].frameNumber = frameNumber;
-        results[0].outFrameInfo.buffers.resize(1);
-        results[0].outFrameInfo.buffers[0].streamId = 1;
-        results[0].outFrameInfo.buffers[0].bufferId = 1;
-        EXPECT_TRUE(callback->processCaptureResult(results).isOk());
     }
 
     std::map<std::string, std::string> held;
@@ -62,13 +53,10 @@ TEST_F(Locking, EachLockIsHeldForItsOwnState) {
         std::vector<StreamBuffer> unknown(1);
         unknown[0].bufferId = 9;
         EXPECT_TRUE(callback->returnStreamBuffers(unknown).isOk());
-        ShutterMsg shutter;
-        shutter.frameNumber = 7;
-        EXPECT_TRUE(callback->notify({NotifyMsg::make<NotifyMsg::Tag::shutter>(shutter)}).isOk());
+        DeliverShutter(7);
         DeliverResult(7);
     };
-    Configure(0);
-    data.write("offlinecameratest/4096_3072_RAW10.raw", "");
+    ConfigureB2Y();
     ASSERT_EQ(client.ProcessOfflineRequest(), 0);
     client.WaitCaptureResultCompleted();
     Destroy();

@@ -16,7 +16,6 @@ using ::testing::IsEmpty;
 namespace test {
 namespace {
 
-const char kRawFile[] = "offlinecameratest/4096_3072_RAW10.raw";
 const char kFaceFile[] = "offlinecameratest/mmf_fd.yuv";
 const char kYuvFile[] = "offlinecameratest/4000_3000_NV12.yuv";
 
@@ -159,8 +158,7 @@ TEST_F(RequestBuilding, AShortYuvFrameEndsIt) {
 }
 
 TEST_F(RequestBuilding, GoesOnWithBuffersThatAreNotThere) {
-    Configure(0);
-    data.write(kRawFile, "");
+    ConfigureB2Y();
     around.mapper->errors["importBuffer"] = fake::Error::NO_RESOURCES;
     EXPECT_EQ(Build(), 0);
     const StreamBuffer& wire = access.offlineRequests().at(0).inFrameInfos.at(0).buffers.at(0);
@@ -179,8 +177,7 @@ TEST_F(RequestBuilding, GoesOnWithBuffersThatAreNotThere) {
 }
 
 TEST_F(RequestBuilding, AnUnknownAllocationSizeIsZero) {
-    Configure(0);
-    data.write(kRawFile, "");
+    ConfigureB2Y();
     around.mapper->metadata = {1, 2, 3};
     EXPECT_EQ(Build(), 0);
     EXPECT_EQ(Captured(1).bufferSize, 0u);

@@ -15,7 +15,6 @@
 #include "tests/support/client_fixture.h"
 
 using ::aidl::android::hardware::camera::device::BufferStatus;
-using ::aidl::android::hardware::camera::device::ShutterMsg;
 using ::testing::SizeIs;
 
 namespace test {
@@ -24,12 +23,6 @@ namespace {
 void ExpectIllegalArgument(const ::ndk::ScopedAStatus& status) {
     EXPECT_EQ(status.getServiceSpecificError(), 1);
     EXPECT_STREQ(status.getMessage(), "ILLEGAL_ARGUMENT");
-}
-
-NotifyMsg Shutter(int32_t frameNumber) {
-    ShutterMsg message;
-    message.frameNumber = frameNumber;
-    return NotifyMsg::make<NotifyMsg::Tag::shutter>(message);
 }
 
 // A result for frame 3 with these output buffer ids.

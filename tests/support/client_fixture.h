@@ -91,6 +91,14 @@ namespace test {
 using namespace ::vendor::zel::hardware::camera::offlinecamera::implementation;
 using Lines = std::vector<std::string>;
 
+constexpr char kRawFile[] = "offlinecameratest/4096_3072_RAW10.raw";
+
+inline NotifyMsg Shutter(int32_t frameNumber) {
+    ::aidl::android::hardware::camera::device::ShutterMsg message;
+    message.frameNumber = frameNumber;
+    return NotifyMsg::make<NotifyMsg::Tag::shutter>(message);
+}
+
 // The services are up and the client is constructed; its lines so far are taken.
 class ClientTest : public ::testing::Test {
   public:
@@ -110,6 +118,25 @@ class ClientTest : public ::testing::Test {
         client.OpenOfflineSession("test");
         ASSERT_EQ(client.ConfigureOfflineStreams("2"), 0);
         log.take();
+    }
+
+    // B2Y, with its source file in place.
+    void ConfigureB2Y() {
+        Configure(0);
+        data.write(kRawFile, "");
+    }
+
+    // Delivers a frame's only buffer, of stream 1, as the service would.
+    void DeliverResult(int32_t frameNumber, int64_t bufferId = 1) {
+        std::vector<OfflineCaptureResult> results(1);
+        results[0].frameNumber = frameNumber;
+        results[0].outFrameInfo.buffers.resize(1);
+        results[0].outFrameInfo.buffers[0].streamId = 1;
+        results[0].outFrameInfo.buffers[0].bufferId = bufferId;
+        EXPECT_TRUE(access.callback()->processCaptureResult(results).isOk());
+    }
+    void DeliverShutter(int32_t frameNumber) {
+        EXPECT_TRUE(access.callback()->notify({Shutter(frameNumber)}).isOk());
     }
 
     // From now on each buffer has so many scan lines, as with the gate of the plane layouts open.

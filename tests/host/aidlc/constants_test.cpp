@@ -1,4 +1,4 @@
-// Constant expressions: values, types and refusals, seen through the enumerators they define.
+// Constant expressions: values and types, seen through the enumerators they define.
 #include <gmock/gmock.h>
 
 #include "sources.h"
@@ -6,7 +6,6 @@
 namespace aidlc {
 namespace {
 
-using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 
@@ -54,44 +53,6 @@ TEST(ConstantsTest, EnumeratorsReferToEachOther) {
                 HasSubstr("    LATE = 17,\n    EARLY = 16,\n    NEXT = 17,\n    FULL = 8,\n"
                           "    AFTER = 9,\n"));
 }
-
-struct Refusal {
-    const char* enumText;
-    const char* message;
-};
-
-class RefusedConstantTest : public testing::TestWithParam<Refusal> {};
-
-TEST_P(RefusedConstantTest, SaysWhy) {
-    Sources sources;
-    sources.Add("a/T.aidl", GetParam().enumText);
-    EXPECT_THAT(sources.Messages("a/T.aidl"),
-                ElementsAre(std::string("a/T.aidl:") + GetParam().message));
-}
-
-INSTANTIATE_TEST_SUITE_P(
-        All, RefusedConstantTest,
-        testing::Values(
-                Refusal{"enum T { A = 128 }",
-                        "2:10: the value 128 of 'A' does not fit the enum's backing type byte"},
-                Refusal{"@Backing(type=\"long\") enum T { A = 0x7fffffffffffffff, B }",
-                        "2:56: no value is left for 'B'"},
-                Refusal{"enum T { A = 1 << 32 }",
-                        "2:16: a shift by 32 is outside 0..31: give the left side an L suffix for "
-                        "64 bits"},
-                Refusal{"enum T { A = 2147483647 + 1 }",
-                        "2:25: the result of '+' does not fit int"},
-                Refusal{"enum T { A = -0x80000000 }",
-                        "2:14: the negated value does not fit its type"},
-                Refusal{"enum T { A = 9223372036854775808 }",
-                        "2:14: '9223372036854775808' does not fit 64 bits"},
-                Refusal{"enum T { A = 12ab }", "2:14: '12ab' is not an integer constant"},
-                Refusal{"enum T { A = 010 }",
-                        "2:14: octal constants are not supported: write '010' in decimal or as "
-                        "0x..."},
-                Refusal{"enum T { A = \"x\" }", "2:14: an integer constant is expected here"},
-                Refusal{"enum T { A = B }", "2:14: enum T has no enumerator 'B'"},
-                Refusal{"enum T { A = A + 1 }", "2:10: the value of 'A' depends on itself"}));
 
 }  // namespace
 }  // namespace aidlc

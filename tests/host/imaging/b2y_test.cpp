@@ -1,10 +1,14 @@
-// The raw-to-YUV pipeline against predictions from its stated physics.
+// The pipeline against its naive twin: every sample of every frame, whatever the threads and the
+// instructions.
 #include <gmock/gmock.h>
 #include <imaging/b2y.h>
-#include <imaging/camera_physics.h>
-#include <imaging/demosaic.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <random>
 
 #include "frames.h"
+#include "naive_camera.h"
 
 namespace imaging {
 
@@ -12,89 +16,126 @@ using testing::HasSubstr;
 
 namespace {
 
-/** Reproducible texture with large steps. */
-uint16_t Texture(uint32_t x, uint32_t y) {
-    const uint32_t mixed = (x * 2654435761u) ^ (y * 40503u * 65537u);
-    return static_cast<uint16_t>((mixed >> 13) % 1024);
+using Frame = NaiveCamera::Frame;
+using Precision = NaiveCamera::Precision;
+
+/** Largest difference of any sample, and how it came about. */
+struct Difference {
+    int largest = 0;
+    std::string place;
+
+    void See(const char* plane, uint32_t x, uint32_t y, int expected, int actual) {
+        const int difference = std::abs(expected - actual);
+        if (difference <= largest) return;
+        largest = difference;
+        place = std::string(plane) + " at " + std::to_string(x) + "," + std::to_string(y) + ": " +
+                std::to_string(actual) + ", the twin has " + std::to_string(expected);
+    }
+};
+
+Difference Compare(const Nv12Picture& picture, const NaiveCamera& twin) {
+    Difference difference;
+    for (uint32_t y = 0; y < picture.height; ++y) {
+        for (uint32_t x = 0; x < picture.width; ++x) {
+            difference.See("Y", x, y, twin.Y(x, y), picture.Y(x, y));
+            if (x % 2 != 0 || y % 2 != 0) continue;
+            difference.See("Cb", x, y, twin.Cb(x, y), picture.Cb(x, y));
+            difference.See("Cr", x, y, twin.Cr(x, y), picture.Cr(x, y));
+        }
+    }
+    return difference;
+}
+
+void ExpectAgreement(const Frame& frame, const RawFrame::Pixels& pixels) {
+    RawFrame raw(frame.width, frame.height, pixels);
+    Nv12Picture picture(frame.outWidth, frame.outHeight);
+    ASSERT_EQ(RawToNv12(raw.View(), picture.View()), "");
+    const Difference stated = Compare(picture, {frame, pixels, Precision::kStated});
+    EXPECT_EQ(stated.largest, 0) << stated.place;
+    const Difference real = Compare(picture, {frame, pixels, Precision::kReal});
+    EXPECT_LE(real.largest, 1) << real.place;
+    for (size_t row = 0; row < frame.outHeight * 3 / 2; ++row) {
+        const auto padding = picture.bytes.begin() + (row * picture.Stride() + frame.outWidth);
+        EXPECT_EQ(std::count(padding, padding + 6, Nv12Picture::kUntouched), 6) << row;
+    }
+}
+
+/** Every level equally often, in an order without sense. */
+RawFrame::Pixels AllLevels(const Frame& frame, uint32_t seed) {
+    std::vector<uint16_t> codes(size_t{frame.width} * frame.height);
+    for (size_t i = 0; i < codes.size(); ++i) codes[i] = static_cast<uint16_t>(i % 1024);
+    std::shuffle(codes.begin(), codes.end(), std::mt19937(seed));
+    return [codes, width = frame.width](uint32_t x, uint32_t y) {
+        return codes[size_t{y} * width + x];
+    };
 }
 
 }  // namespace
 
-TEST(RawToNv12, FlatColoursComeOutAsPredicted) {
-    struct Flat {
-        uint16_t red, green, blue;  // raw codes
-        uint8_t y, cb, cr;
-    };
-    // Linear 0, 959 and, of the mixed one, 400, 172, 60 with tones 173, 117, 71:
-    // Y = 128.5, a tie in decimals that the integer coefficients send up; Cb = 95.6; Cr = 159.7.
-    const Flat flats[] = {
-            {64, 64, 64, 0, 128, 128},    {1023, 1023, 1023, 255, 128, 128},
-            {1023, 64, 64, 76, 85, 255},  {64, 1023, 64, 150, 44, 21},
-            {64, 64, 1023, 29, 255, 107}, {264, 236, 104, 129, 96, 160},
-    };
-    for (const Flat& flat : flats) {
-        RawFrame raw(8, 6, [&](uint32_t x, uint32_t y) {
-            const uint16_t codes[3] = {flat.red, flat.green, flat.blue};
-            return codes[static_cast<int>(MosaicChannel(x, y))];
+TEST(B2yTwin, NoiseOfAllLevels) {
+    const Frame frame = {180, 150, 176, 146};
+    ExpectAgreement(frame, AllLevels(frame, 1));
+    // The shadows, where the tone curve is steepest.
+    ExpectAgreement(frame, [all = AllLevels(frame, 2)](uint32_t x, uint32_t y) {
+        return static_cast<uint16_t>(50 + all(x, y) / 16);
+    });
+}
+
+TEST(B2yTwin, FlatFramesAndGradients) {
+    const Frame frame = {40, 24, 36, 20};
+    for (uint16_t code : {0, 63, 64, 65, 1022, 1023}) {
+        ExpectAgreement(frame, [code](uint32_t, uint32_t) { return code; });
+    }
+    const Frame wide = {1024, 6, 1024, 6};
+    ExpectAgreement(wide, [](uint32_t x, uint32_t) { return static_cast<uint16_t>(x); });
+}
+
+TEST(B2yTwin, OneHotOrDeadPixelAnywhere) {
+    // Small enough that corners, edges and the inside of every colour are all there.
+    const Frame frame = {12, 10, 12, 10};
+    for (uint32_t place = 0; place < 12 * 10; ++place) {
+        const auto isHere = [place](uint32_t x, uint32_t y) { return y * 12 + x == place; };
+        ExpectAgreement(frame, [&](uint32_t x, uint32_t y) {
+            return static_cast<uint16_t>(isHere(x, y) ? 1023 : 100);
         });
-        Nv12Picture picture(8, 6);
-        ASSERT_EQ(RawToNv12(raw.View(), picture.View()), "");
-        for (uint32_t y = 0; y < 6; ++y) {
-            for (uint32_t x = 0; x < 8; ++x) {
-                EXPECT_EQ(picture.Y(x, y), flat.y) << x << "," << y;
-                EXPECT_EQ(picture.Cb(x, y), flat.cb);
-                EXPECT_EQ(picture.Cr(x, y), flat.cr);
+        ExpectAgreement(frame, [&](uint32_t x, uint32_t y) {
+            return static_cast<uint16_t>(isHere(x, y) ? 0 : 400);
+        });
+    }
+}
+
+TEST(B2yTwin, EveryCropOfASmallFrame) {
+    // Widths on both sides of one and two vectors, down to the smallest.
+    for (uint32_t width : {4u, 36u, 68u}) {
+        for (uint32_t outWidth = 2; outWidth <= width; outWidth += 2) {
+            const Frame frame = {width, 14, outWidth, 2 + outWidth % 14};
+            ExpectAgreement(frame, AllLevels(frame, outWidth));
+        }
+    }
+    const Frame lowest = {8, 2, 8, 2};
+    ExpectAgreement(lowest, AllLevels(lowest, 3));
+}
+
+TEST(B2y, ThreadsInstructionsAndStripsLeaveNoTrace) {
+    // Two strips of rows and a bit, and one row pair more or less.
+    for (uint32_t outHeight : {254u, 256u, 258u, 262u}) {
+        const Frame frame = {268, 264, 266, outHeight};
+        RawFrame raw(frame.width, frame.height, AllLevels(frame, outHeight));
+        Nv12Picture plain(frame.outWidth, frame.outHeight);
+        ASSERT_EQ(RawToNv12Plain(raw.View(), plain.View()), "");
+        for (InstructionSet instructions : SupportedInstructionSets()) {
+            for (uint32_t threads : {0u, 1u, 2u, 3u, 64u}) {
+                Nv12Picture picture(frame.outWidth, frame.outHeight);
+                ASSERT_EQ(RawToNv12(raw.View(), picture.View(), {threads, instructions}), "");
+                EXPECT_EQ(picture.bytes, plain.bytes)
+                        << int(instructions) << " " << threads << " " << outHeight;
             }
         }
     }
 }
 
-TEST(RawToNv12, EdgesLookAsIfTheFrameWereMirroredAboutItsOutermostPixels) {
-    for (const auto& size : {std::pair(12u, 10u), std::pair(4u, 2u)}) {
-        const uint32_t width = size.first;
-        const uint32_t height = size.second;
-        constexpr uint32_t kBorder = 4;
-        RawFrame small(width, height, Texture);
-        RawFrame large(width + 2 * kBorder, height + 2 * kBorder, [&](uint32_t x, uint32_t y) {
-            return Texture(Mirror(int64_t{x} - kBorder, width),
-                           Mirror(int64_t{y} - kBorder, height));
-        });
-        Nv12Picture direct(width, height);
-        Nv12Picture inside(width, height);
-        ASSERT_EQ(RawToNv12(small.View(), direct.View()), "");
-        ASSERT_EQ(RawToNv12(large.View(), inside.View()), "");
-        EXPECT_EQ(direct.bytes, inside.bytes);
-    }
-    // Spelled out, since the frame above leans on the same function.
-    EXPECT_EQ(Mirror(-1, 8), 1u);
-    EXPECT_EQ(Mirror(-2, 8), 2u);
-    EXPECT_EQ(Mirror(8, 8), 6u);
-    EXPECT_EQ(Mirror(9, 8), 5u);
-    EXPECT_EQ(Mirror(-2, 2), 0u);
-}
-
-TEST(RawToNv12, CropTakesTheMiddleAndLeavesThePaddingAlone) {
-    RawFrame raw(16, 12, Texture);
-    Nv12Picture full(16, 12);
-    Nv12Picture cropped(8, 6);
-    ASSERT_EQ(RawToNv12(raw.View(), full.View()), "");
-    ASSERT_EQ(RawToNv12(raw.View(), cropped.View()), "");
-    for (uint32_t y = 0; y < 6; ++y) {
-        for (uint32_t x = 0; x < 8; ++x) {
-            EXPECT_EQ(cropped.Y(x, y), full.Y(x + 4, y + 2));
-            EXPECT_EQ(cropped.Cb(x, y), full.Cb(x + 4, y + 2));
-            EXPECT_EQ(cropped.Cr(x, y), full.Cr(x + 4, y + 2));
-        }
-    }
-    for (size_t row = 0; row < 9; ++row) {
-        for (size_t x = 8; x < cropped.Stride(); ++x) {
-            EXPECT_EQ(cropped.bytes[row * cropped.Stride() + x], Nv12Picture::kUntouched);
-        }
-    }
-}
-
-TEST(RawToNv12, ImpossibleSizesAreNamed) {
-    RawFrame raw(8, 6, Texture);
+TEST(B2y, ImpossibleSizesAreNamed) {
+    RawFrame raw(8, 6, [](uint32_t x, uint32_t) { return static_cast<uint16_t>(x); });
     Nv12Picture picture(8, 6);
     Nv12Picture wide(10, 6);
     EXPECT_THAT(RawToNv12(raw.View(), wide.View()), HasSubstr("10 x 6 is larger than"));

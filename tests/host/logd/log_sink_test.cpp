@@ -2,12 +2,14 @@
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <sys/mman.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
-#include <cerrno>
+#include <sstream>
 #include <string>
 #include <vector>
+
+#include "tests/end_to_end/device_run.h"
+#include "tests/end_to_end/subprocess.h"
 
 namespace {
 
@@ -20,65 +22,34 @@ using ::testing::IsEmpty;
 using ::testing::MatchesRegex;
 using ::testing::SizeIs;
 
-// A file in memory; "append" as the log is, so that writers do not overwrite each other.
-int makeFile() {
-    const int fd = memfd_create("log", 0);
-    fcntl(fd, F_SETFL, O_APPEND);
-    return fd;
-}
-
-std::vector<std::string> linesOf(int fd) {
-    std::string text;
-    char part[4096];
-    for (ssize_t size = 0;
-         (size = pread(fd, part, sizeof(part), static_cast<off_t>(text.size()))) > 0;) {
-        text.append(part, static_cast<size_t>(size));
-    }
+std::vector<std::string> linesOf(const std::string& text) {
     std::vector<std::string> lines;
-    for (size_t start = 0; start < text.size();) {
-        const size_t end = text.find('\n', start);
-        lines.push_back(text.substr(start, end - start));
-        start = end == std::string::npos ? text.size() : end + 1;
-    }
+    std::istringstream rest(text);
+    for (std::string line; std::getline(rest, line);) lines.push_back(line);
     return lines;
 }
 
 struct Outcome {
     int pid = -1;
-    int status = -1;                 // exit status; -1: did not exit
+    int status = -1;
     std::vector<std::string> log;    // lines on the log's descriptor
     std::vector<std::string> error;  // lines on standard error
 };
 
-// Runs the probe. `logFd`: "%" becomes the number of a descriptor, open for appending.
+// Runs the probe. `logFd`: "%" becomes the number of a descriptor, open for appending as the log is.
 Outcome runProbe(const char* what, std::string logFd, const char* echo) {
-    const int log = makeFile();
-    const int error = makeFile();
+    const int log = memfd_create("log", 0);
+    fcntl(log, F_SETFL, O_APPEND);
     if (logFd == "%") logFd = std::to_string(log);
-    const std::string fdVariable = "STANDIN_LOG_FD=" + logFd;
-    const std::string echoVariable = std::string("STANDIN_LOG_ECHO=") + echo;
-    std::vector<char*> environment;
-    if (!logFd.empty()) environment.push_back(const_cast<char*>(fdVariable.c_str()));
-    if (*echo != '\0') environment.push_back(const_cast<char*>(echoVariable.c_str()));
-    environment.push_back(nullptr);
-    char* const arguments[] = {const_cast<char*>(LOG_PROBE), const_cast<char*>(what), nullptr};
-
-    Outcome outcome;
-    outcome.pid = fork();
-    if (outcome.pid == 0) {
-        dup2(error, STDERR_FILENO);
-        execve(LOG_PROBE, arguments, environment.data());
-        _exit(127);
-    }
-    int status = 0;
-    while (waitpid(outcome.pid, &status, 0) < 0 && errno == EINTR) {
-    }
-    if (WIFEXITED(status)) outcome.status = WEXITSTATUS(status);
-    outcome.log = linesOf(log);
-    outcome.error = linesOf(error);
+    end_to_end::Subprocess::Environment environment;
+    if (!logFd.empty()) environment.emplace_back("STANDIN_LOG_FD", logFd);
+    if (*echo != '\0') environment.emplace_back("STANDIN_LOG_ECHO", echo);
+    end_to_end::Subprocess probe({LOG_PROBE, what}, environment);
+    const int pid = probe.pid();
+    const end_to_end::Finished finished = probe.finish();
+    const std::string written = end_to_end::readFile("/proc/self/fd/" + std::to_string(log));
     close(log);
-    close(error);
-    return outcome;
+    return {pid, finished.status, linesOf(written), linesOf(finished.err)};
 }
 
 const char* const kHead = "[01][0-9]-[0-3][0-9] [0-2][0-9]:[0-5][0-9]:[0-6][0-9]\\.[0-9]{6} ";

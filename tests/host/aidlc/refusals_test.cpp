@@ -1,4 +1,4 @@
-// What parses and still is no good AIDL: types, names, directions, imports.
+// Each fault of a source is reported once, with its place and what is expected or allowed there.
 #include <gmock/gmock.h>
 
 #include "sources.h"
@@ -11,13 +11,13 @@ using testing::IsEmpty;
 using testing::UnorderedElementsAre;
 
 struct Case {
-    const char* text;
-    const char* message;
+    const char* text;     // from line 2 on
+    const char* message;  // from the line number on
 };
 
-class RuleTest : public testing::TestWithParam<Case> {};
+class RefusalTest : public testing::TestWithParam<Case> {};
 
-TEST_P(RuleTest, SaysWhatIsWrongAndWhere) {
+TEST_P(RefusalTest, SaysWhatIsWrongAndWhere) {
     Sources sources;
     sources.Add("a/P.aidl", "parcelable P { int x; }");
     sources.Add("a/E.aidl", "enum E { ONE = 1 }");
@@ -28,7 +28,36 @@ TEST_P(RuleTest, SaysWhatIsWrongAndWhere) {
 }
 
 INSTANTIATE_TEST_SUITE_P(
-        All, RuleTest,
+        Syntax, RefusalTest,
+        testing::Values(
+                Case{"parcelable T { int a; /* open", "2:23: comment is not closed: add \"*/\""},
+                Case{"parcelable T { String s = \"x;\n}",
+                     "2:27: closing \" is missing on this line"},
+                Case{"parcelable T {\n\tint # a;\n}", "3:6: unexpected character '#'"},
+                Case{"",
+                     "2:1: expected 'interface', 'parcelable', 'union' or 'enum', found end of "
+                     "file"},
+                Case{"parcelable T { int a }", "2:22: expected ';' after a field, found '}'"},
+                Case{"parcelable T {} parcelable U {}",
+                     "2:17: expected the end of the file after its one type, found 'parcelable'"},
+                Case{"interface T { void f(in int a,); }", "2:31: expected an argument after ','"},
+                Case{"interface T { void f(@nullable in T t); }",
+                     "2:32: the direction 'in' stands before the annotations of a type"},
+                Case{"interface T { void f() = 3; }",
+                     "2:24: transaction numbers cannot be chosen: they follow the order of the "
+                     "methods"},
+                Case{"parcelable T { int[][] a; }", "2:21: an array has one dimension only"},
+                Case{"@Vintf parcelable T {}",
+                     "2:1: unknown annotation '@Vintf': only VintfStability, Backing, nullable and "
+                     "utf8InCpp are supported"},
+                Case{"@Backing(type=\"short\") enum T { A }",
+                     "2:15: an enum is backed by \"byte\", \"int\" or \"long\", not \"short\""},
+                Case{"parcelable T { @VintfStability int a; }",
+                     "2:32: '@VintfStability' and '@Backing' belong to the declaration of a "
+                     "type"}));
+
+INSTANTIATE_TEST_SUITE_P(
+        Rules, RefusalTest,
         testing::Values(
                 Case{"parcelable IT { Strin s; }",
                      "2:17: unknown type 'Strin': import it or check the spelling"},
@@ -70,6 +99,58 @@ INSTANTIATE_TEST_SUITE_P(
                      "2:23: oneway method 'f' must return void"},
                 Case{"oneway interface IT { void f(out P p); }",
                      "2:34: oneway method 'f' cannot have the out argument 'p'"}));
+
+INSTANTIATE_TEST_SUITE_P(
+        Constants, RefusalTest,
+        testing::Values(
+                Case{"enum IT { A = 128 }",
+                     "2:11: the value 128 of 'A' does not fit the enum's backing type byte"},
+                Case{"@Backing(type=\"long\") enum IT { A = 0x7fffffffffffffff, B }",
+                     "2:57: no value is left for 'B'"},
+                Case{"enum IT { A = 1 << 32 }",
+                     "2:17: a shift by 32 is outside 0..31: give the left side an L suffix for "
+                     "64 bits"},
+                Case{"enum IT { A = 2147483647 + 1 }", "2:26: the result of '+' does not fit int"},
+                Case{"enum IT { A = -0x80000000 }",
+                     "2:15: the negated value does not fit its type"},
+                Case{"enum IT { A = 9223372036854775808 }",
+                     "2:15: '9223372036854775808' does not fit 64 bits"},
+                Case{"enum IT { A = 12ab }", "2:15: '12ab' is not an integer constant"},
+                Case{"enum IT { A = 010 }",
+                     "2:15: octal constants are not supported: write '010' in decimal or as "
+                     "0x..."},
+                Case{"enum IT { A = \"x\" }", "2:15: an integer constant is expected here"},
+                Case{"enum IT { A = B }", "2:15: enum IT has no enumerator 'B'"},
+                Case{"enum IT { A = A + 1 }", "2:11: the value of 'A' depends on itself"}));
+
+TEST(SyntaxTest, PackageComesFirst) {
+    Sources sources;
+    sources.AddRaw("T.aidl", "parcelable T {}");
+    EXPECT_THAT(sources.Messages("T.aidl"),
+                ElementsAre("T.aidl:1:1: expected 'package' at the start of the file, found "
+                            "'parcelable'"));
+}
+
+TEST(SyntaxTest, CommentsBlanksAndTrailingCommasAreFree) {
+    Sources sources;
+    sources.Add("a/T.aidl", "// line\n/* block */ enum T {\n  A /* 1 */ = 1, // x\n  B,\n}\n");
+    EXPECT_THAT(sources.Messages("a/T.aidl"), IsEmpty());
+    EXPECT_TRUE(sources.MadeFiles());
+}
+
+TEST(SyntaxTest, EndlessNestingIsRefused) {
+    Sources sources;
+    sources.Add("a/T.aidl", "enum T { A = " + std::string(100000, '(') + "1");
+    EXPECT_THAT(sources.Messages("a/T.aidl"),
+                ElementsAre(testing::EndsWith("expression is nested too deeply")));
+    std::string sum = "1";
+    for (int i = 0; i < 100000; i++) {
+        sum += "+1";
+    }
+    sources.Add("a/U.aidl", "enum U { A = " + sum + " }");
+    EXPECT_THAT(sources.Messages("a/U.aidl"),
+                ElementsAre(testing::EndsWith("expression is too long")));
+}
 
 TEST(RulesTest, AllFaultsOfAFileAreReported) {
     Sources sources;
