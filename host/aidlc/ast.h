@@ -23,6 +23,7 @@ struct Expression {
     std::vector<std::unique_ptr<Expression>> operands;
     int height = 1;     // of the tree below, this one included; bounded by the parser
     int64_t value = 0;  // resolved; defaults of integer fields only
+    double number = 0;  // resolved; defaults of float and double fields only
 };
 
 enum class Builtin {
@@ -55,6 +56,7 @@ struct TypeReference {
     int64_t size = 0;                          // resolved; FixedArray only
 
     bool IsArray() const { return shape != Shape::Single; }
+    bool IsEnum() const;  // or an array of one
 };
 
 /** A field of a parcelable or a member of a union. */
@@ -110,6 +112,10 @@ struct Declaration {
 
     std::string CanonicalName() const { return package + "." + name; }
 };
+
+inline bool TypeReference::IsEnum() const {
+    return declaration != nullptr && declaration->kind == Declaration::Kind::Enum;
+}
 
 struct Import {
     std::string name;

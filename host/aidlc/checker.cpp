@@ -2,6 +2,8 @@
 // method_rules.cpp.
 #include "checker.h"
 
+#include <sstream>
+
 namespace aidlc {
 namespace {
 
@@ -70,6 +72,7 @@ void Checker::CheckAll() {
 void Checker::CheckDocument(Document* document) {
     Declaration& declaration = document->declaration;
     std::set<std::string> names;
+    CheckPackage(*document);
     CheckName(declaration.name, declaration.position, "type", &names);
     CheckImports(*document);
     switch (declaration.kind) {
@@ -82,6 +85,17 @@ void Checker::CheckDocument(Document* document) {
         default:
             CheckFields(&declaration);
             break;
+    }
+}
+
+void Checker::CheckPackage(const Document& document) {
+    std::istringstream parts(document.package);
+    for (std::string part; std::getline(parts, part, '.');) {
+        std::set<std::string> unseen;  // a part may come twice
+        CheckName(part, document.packagePosition, "part of a package", &unseen);
+        if (part == "std") {
+            Fail(document.packagePosition, "a package part 'std' would hide C++'s own: rename it");
+        }
     }
 }
 

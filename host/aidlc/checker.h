@@ -22,6 +22,7 @@ class Checker {
   private:
     // checker.cpp
     void CheckDocument(Document* document);
+    void CheckPackage(const Document& document);
     void CheckImports(const Document& document);
     void CheckEnum(Declaration* declaration);
     void CheckName(const std::string& name, const Position& position, const char* what,
@@ -32,9 +33,16 @@ class Checker {
     bool ResolveSize(const Document& document, TypeReference* type);
     void CheckNullable(const TypeReference& type);
     void CheckFields(Declaration* declaration);
+    void CheckSelfContainment(const Declaration& declaration);
+
+    // default_rules.cpp
     void CheckDefault(const Document& document, Field* field);
     void CheckScalarDefault(const Document& document, const TypeReference& type, Expression* value);
-    void CheckSelfContainment(const Declaration& declaration);
+    void CheckIntegerDefault(const Document& document, const TypeReference& type,
+                             Expression* value);
+    void CheckEnumDefault(const Document& document, const TypeReference& type,
+                          const Expression& value);
+    void RequireDefault(bool good, const Expression& value, const std::string& message);
 
     // method_rules.cpp
     void CheckInterface(Declaration* declaration);

@@ -5,6 +5,7 @@
 #include <limits>
 #include <vector>
 
+#include "literals.h"
 #include "text.h"
 
 namespace aidlc {
@@ -92,14 +93,8 @@ std::string ScalarDefault(const TypeReference& type, const Expression& value) {
         case Builtin::String:
             return Quote(value.text);
         default:
-            break;
+            return DecimalLiteral(value.number, type.builtin == Builtin::Float);
     }
-    if (value.kind == Expression::Kind::Unary) {
-        return value.text + ScalarDefault(type, *value.operands[0]);
-    }
-    const bool bare = value.kind == Expression::Kind::Integer;
-    return value.text + (bare ? ".0" : "") +
-           (type.builtin == Builtin::Float && value.text.back() != 'f' ? "f" : "");
 }
 
 std::string ListDefault(const Field& field) {

@@ -130,7 +130,7 @@ std::string DeprecationNote(const std::string& comment, bool* found) {
     bool gap = false;
     for (size_t i = start + mark.size(); i < comment.size() && comment[i] != '@'; i++) {
         const char c = comment[i];
-        if (c == '*' || c == ' ' || c == '\n' || c == '\t' || c == '\r' ||
+        if (c == '*' || static_cast<unsigned char>(c) <= ' ' ||
             (c == '/' && comment[i - 1] == '*')) {
             gap = true;
             continue;

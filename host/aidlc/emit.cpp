@@ -259,9 +259,10 @@ std::string MethodSignature(const Method& method, const std::string& name) {
 }
 
 std::string MethodDeclaration(const Method& method, const std::string& tail) {
-    const std::string mark = method.deprecated ? "__attribute__((deprecated(" +
-                                                         Quote(method.deprecationNote) + "))) "
-                                               : "";
+    const std::string mark =
+            method.deprecated
+                    ? "__attribute__((deprecated(" + Quote(Escape(method.deprecationNote)) + "))) "
+                    : "";
     return "    " + mark + MethodSignature(method, method.name) + tail + ";\n";
 }
 

@@ -89,7 +89,8 @@ std::shared_ptr<I$base$> I$base$::fromBinder(const ::ndk::SpAIBinder& binder) {
 
 binder_status_t I$base$::writeToParcel(AParcel* parcel,
                                        const std::shared_ptr<I$base$>& instance) {
-    const ::ndk::SpAIBinder binder = instance == nullptr ? ::ndk::SpAIBinder() : instance->asBinder();
+    const ::ndk::SpAIBinder binder =
+            instance == nullptr ? ::ndk::SpAIBinder() : instance->asBinder();
     return AParcel_writeStrongBinder(parcel, binder.get());
 }
 

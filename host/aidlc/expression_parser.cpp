@@ -134,9 +134,11 @@ bool Parser::ParsePrimary(std::unique_ptr<Expression>* result) {
             return TakeIf("{") ? ParseList(result)
                                : Fail("expected a constant value, found " + Describe(token));
     }
-    const bool isBoolean = token.Is("true") || token.Is("false");
-    *result = MakeExpression(isBoolean ? Expression::Kind::Boolean : Expression::Kind::Reference,
-                             token);
+    if (token.Is("true") || token.Is("false")) {
+        *result = MakeExpression(Expression::Kind::Boolean, Take());
+        return true;
+    }
+    *result = MakeExpression(Expression::Kind::Reference, token);
     Position position;
     return ParseQualifiedName("a constant", &(*result)->text, &position);
 }

@@ -120,10 +120,16 @@ class Lexer {
             isFloat = true;
             length += 1 + WordLength(length + 1);
         }
+        // The sign of an exponent is no part of a word.
+        const bool isHexadecimal = Peek(1) == 'x' || Peek(1) == 'X';
+        const char last = length > 0 ? Peek(length - 1) : '\0';
+        if (!isHexadecimal && (last == 'e' || last == 'E') &&
+            (Peek(length) == '-' || Peek(length) == '+')) {
+            length += 1 + WordLength(length + 1);
+        }
         token->text = Take(length);
-        const bool isHex =
-                token->text.size() > 1 && (token->text[1] == 'x' || token->text[1] == 'X');
-        isFloat = isFloat || (!isHex && token->text.find_first_of("fFeE") != std::string::npos);
+        isFloat = isFloat ||
+                  (!isHexadecimal && token->text.find_first_of("fFeE") != std::string::npos);
         token->kind = isFloat ? TokenKind::Float : TokenKind::Integer;
         return true;
     }

@@ -10,6 +10,13 @@ bool CanComeOut(const TypeReference& type) {
                                type.declaration->kind == Declaration::Kind::Union));
 }
 
+/** Whether C++ would take a method of this name for a constructor. */
+bool IsClassName(const Declaration& interface, const std::string& name) {
+    const std::string base = interface.name.substr(1);
+    return name == interface.name || name == interface.name + "Default" || name == "Bn" + base ||
+           name == "Bp" + base;
+}
+
 }  // namespace
 
 void Checker::CheckInterface(Declaration* declaration) {
@@ -44,6 +51,9 @@ void Checker::CheckInterface(Declaration* declaration) {
             Fail(method.position, "'" + method.name +
                                           "' is a member of every generated interface "
                                           "and cannot name a method");
+        } else if (IsClassName(*declaration, method.name)) {
+            Fail(method.position,
+                 "'" + method.name + "' is the name of a generated class and cannot name a method");
         }
         CheckMethod(*declaration->document, &method);
     }

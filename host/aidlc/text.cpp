@@ -65,12 +65,11 @@ std::string Quote(const std::string& text) {
     return "\"" + text + "\"";
 }
 
-std::string Indent(const std::string& text, const std::string& prefix) {
-    std::istringstream lines(text);
+std::string Escape(const std::string& text) {
     std::string result;
-    std::string line;
-    while (std::getline(lines, line)) {
-        result += (line.empty() || line[0] == '#' ? "" : prefix) + line + "\n";
+    for (const char c : text) {
+        result += c == '"' || c == '\\' ? "\\" : "";
+        result += c;
     }
     return result;
 }

@@ -22,7 +22,7 @@ std::string Join(const std::vector<std::string>& parts, const std::string& separ
 /** text as a C++ string literal, quotes included; escapes in text are kept. */
 std::string Quote(const std::string& text);
 
-/** prefix before every line of text but empty ones and preprocessor lines. */
-std::string Indent(const std::string& text, const std::string& prefix);
+/** text with a backslash before each quote and backslash: what Quote() takes. */
+std::string Escape(const std::string& text);
 
 }  // namespace aidlc

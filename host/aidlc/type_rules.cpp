@@ -1,6 +1,4 @@
-// Rules about the use of types: resolution, @nullable, fields and their defaults.
-#include <cstdlib>
-#include <limits>
+// Rules about the use of types: resolution, @nullable and fields.
 #include <utility>
 
 #include "checker.h"
@@ -31,24 +29,10 @@ Builtin BuiltinByName(const std::string& name) {
     return Builtin::None;
 }
 
-bool IsEnum(const TypeReference& type) {
-    return type.declaration != nullptr && type.declaration->kind == Declaration::Kind::Enum;
-}
-
-bool IsInteger(Builtin builtin) {
-    return builtin == Builtin::Byte || builtin == Builtin::Int || builtin == Builtin::Long;
-}
-
 bool IsPrimitive(Builtin builtin) {
-    return IsInteger(builtin) || builtin == Builtin::Boolean || builtin == Builtin::Char ||
-           builtin == Builtin::Float || builtin == Builtin::Double;
-}
-
-bool IsNumber(const Expression& value) {
-    if (value.kind == Expression::Kind::Unary && value.text != "~") {
-        return IsNumber(*value.operands[0]);
-    }
-    return value.kind == Expression::Kind::Float || value.kind == Expression::Kind::Integer;
+    return builtin == Builtin::Boolean || builtin == Builtin::Byte || builtin == Builtin::Char ||
+           builtin == Builtin::Int || builtin == Builtin::Long || builtin == Builtin::Float ||
+           builtin == Builtin::Double;
 }
 
 }  // namespace
@@ -78,7 +62,7 @@ bool Checker::Resolve(const Document& document, TypeReference* type) {
         Fail(type->position, "'@utf8InCpp' belongs to a String, not to " + type->name);
     }
     if (type->shape == TypeReference::Shape::List &&
-        (IsPrimitive(type->builtin) || IsEnum(*type))) {
+        (IsPrimitive(type->builtin) || type->IsEnum())) {
         Fail(type->position, "a List holds objects: write " + type->name + "[] instead");
     }
     CheckNullable(*type);
@@ -104,7 +88,8 @@ bool Checker::ResolveSize(const Document& document, TypeReference* type) {
 }
 
 void Checker::CheckNullable(const TypeReference& type) {
-    const bool isValue = IsPrimitive(type.builtin) || IsEnum(type) || type.builtin == Builtin::Void;
+    const bool isValue =
+            IsPrimitive(type.builtin) || type.IsEnum() || type.builtin == Builtin::Void;
     if (type.nullable && isValue && !type.IsArray()) {
         Fail(type.position, "'@nullable' cannot be applied to " + type.name + ": it is never null");
     }
@@ -122,6 +107,9 @@ void Checker::CheckFields(Declaration* declaration) {
             Fail(field.position, "'" + field.name +
                                          "' is a member of every generated class and "
                                          "cannot name a field");
+        } else if (field.name == declaration->name) {
+            Fail(field.position,
+                 "'" + field.name + "' is the name of the class and cannot name a field");
         }
         if (!Resolve(*declaration->document, &field.type)) {
             continue;
@@ -134,75 +122,6 @@ void Checker::CheckFields(Declaration* declaration) {
     }
     if (declaration->kind == Declaration::Kind::Union && declaration->fields.empty()) {
         Fail(declaration->position, "union " + declaration->name + " needs at least one member");
-    }
-}
-
-void Checker::CheckDefault(const Document& document, Field* field) {
-    Expression& value = *field->defaultValue;
-    const TypeReference& type = field->type;
-    if (type.nullable) {
-        Fail(value.position, "a @nullable field starts as null and takes no default");
-    } else if (!type.IsArray()) {
-        CheckScalarDefault(document, type, &value);
-    } else if (value.kind != Expression::Kind::List) {
-        Fail(value.position, "the default of an array is a list in braces");
-    } else if (type.shape == TypeReference::Shape::FixedArray &&
-               static_cast<int64_t>(value.operands.size()) != type.size) {
-        Fail(value.position, "the default has " + std::to_string(value.operands.size()) +
-                                     " elements, the array " + std::to_string(type.size));
-    } else {
-        for (const auto& element : value.operands) {
-            CheckScalarDefault(document, type, element.get());
-        }
-    }
-}
-
-void Checker::CheckScalarDefault(const Document& document, const TypeReference& type,
-                                 Expression* target) {
-    const Expression& value = *target;
-    if (IsEnum(type)) {
-        Declaration* owner = nullptr;
-        if (value.kind != Expression::Kind::Reference) {
-            Fail(value.position, "the default of an enum is one of its enumerators");
-        } else if (mConstants.FindEnumerator(value, document, &owner) != nullptr &&
-                   owner != type.declaration) {
-            Fail(value.position, "'" + value.text + "' is not of enum " + type.name);
-        }
-        return;
-    }
-    if (IsInteger(type.builtin)) {
-        const auto result = mConstants.Evaluate(value, document);
-        const int64_t limit = type.builtin == Builtin::Byte  ? std::numeric_limits<int8_t>::max()
-                              : type.builtin == Builtin::Int ? std::numeric_limits<int32_t>::max()
-                                                             : std::numeric_limits<int64_t>::max();
-        if (result && (result->value > limit || result->value < -limit - 1)) {
-            Fail(value.position,
-                 "the default " + std::to_string(result->value) + " does not fit " + type.name);
-        }
-        target->value = result ? result->value : 0;
-        return;
-    }
-    bool fits = false;
-    switch (type.builtin) {
-        case Builtin::Boolean:
-            fits = value.kind == Expression::Kind::Boolean;
-            break;
-        case Builtin::Char:
-            fits = value.kind == Expression::Kind::Character;
-            break;
-        case Builtin::String:
-            fits = value.kind == Expression::Kind::String;
-            break;
-        case Builtin::Float:
-        case Builtin::Double:
-            fits = IsNumber(value);
-            break;
-        default:
-            Fail(value.position, "a field of type " + type.name + " takes no default");
-            return;
-    }
-    if (!fits) {
-        Fail(value.position, "the default is not a constant of type " + type.name);
     }
 }
 

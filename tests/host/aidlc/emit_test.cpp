@@ -13,10 +13,10 @@ using testing::Not;
 TEST(EmitTest, DeprecationNoteIsOnEveryDeclarationOfTheMethod) {
     Sources sources;
     sources.Add("a/IT.aidl",
-                "interface IT {\n  /**\n   * Old.\n   *\n   * @deprecated use g,\n   *   it is "
-                "better.\n   * @param x what\n   */\n  void f(int x);\n  void g(int x);\n}");
+                "interface IT {\n  /**\n   * Old.\n   *\n   * @deprecated use \"g\",\n   *   it is "
+                "bet\\ter.\n   * @param x what\n   */\n  void f(int x);\n  void g(int x);\n}");
     ASSERT_THAT(sources.Messages("a/IT.aidl"), IsEmpty());
-    const std::string mark = "__attribute__((deprecated(\"use g, it is better.\"))) ";
+    const std::string mark = "__attribute__((deprecated(\"use \\\"g\\\", it is bet\\\\ter.\"))) ";
     EXPECT_THAT(sources.Generated("include/aidl/a/IT.h"),
                 HasSubstr("virtual " + mark + "::ndk::ScopedAStatus f(int32_t in_x) = 0;"));
     for (const char* file : {"include/aidl/a/BnT.h", "include/aidl/a/BpT.h"}) {

@@ -9,6 +9,7 @@
 #include <gmock/gmock.h>
 #include <sys/stat.h>
 
+#include <cmath>
 #include <limits>
 
 #include "parcels.h"
@@ -84,11 +85,16 @@ TEST(ParcelableTest, DefaultsAreThoseOfTheSource) {
     EXPECT_TRUE(d.flag);
     EXPECT_EQ(d.small, -3);
     EXPECT_EQ(d.letter, u'x');
+    EXPECT_EQ(d.quote, u'\'');
+    EXPECT_EQ(d.euro, u'\u20ac');
     EXPECT_EQ(d.number, 1048576);
     EXPECT_EQ(d.big, 78187493530);
     EXPECT_EQ(d.ratio, 0.5f);
+    EXPECT_THAT(d.ratios, ElementsAre(1.0f, 1.5f, -5.0f, 16777216.0f));
     EXPECT_EQ(d.fine, -2.0);
-    EXPECT_EQ(d.text, "two \"words\"\n");
+    EXPECT_THAT(d.fines, ElementsAre(1e300, 0.1, 0.0));
+    EXPECT_TRUE(std::signbit(d.fines[2]));
+    EXPECT_EQ(d.text, "two \"words\"\n\u20ac");
     EXPECT_EQ(d.level, Level::HIGH);
     EXPECT_EQ(d.wide, Wide::SECOND);
     EXPECT_THAT(d.numbers, ElementsAre(1, -2, 2147483647));

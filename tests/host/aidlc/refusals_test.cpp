@@ -79,7 +79,23 @@ INSTANTIATE_TEST_SUITE_P(
                 Case{"parcelable IT { int i = 1L << 31; }",
                      "2:28: the default 2147483648 does not fit int"},
                 Case{"parcelable IT { boolean b = 1; }",
-                     "2:29: the default is not a constant of type boolean"},
+                     "2:29: the default of a boolean is true or false"},
+                Case{"parcelable IT { boolean b = true.x; }",
+                     "2:33: expected ';' after a field, found '.'"},
+                Case{"parcelable IT { float f = 1e39; }",
+                     "2:27: the default is not a decimal number that fits float"},
+                Case{"parcelable IT { double[] d = {0, 0x10}; }",
+                     "2:34: the default is not a decimal number that fits double"},
+                Case{"parcelable IT { double d = 1L; }",
+                     "2:28: the default is not a decimal number that fits double"},
+                Case{"parcelable IT { double d = 1e; }",
+                     "2:28: the default is not a decimal number that fits double"},
+                Case{"parcelable IT { char c = 'ab'; }",
+                     "2:26: the default of a char is one ASCII character or one escape in single "
+                     "quotes: '\\n', '\\u20ac'"},
+                Case{"parcelable IT { String s = \"\\ud800\"; }",
+                     "2:28: the default of a String is text in double quotes, with the escapes "
+                     "\\b \\f \\n \\r \\t \\\\ \\\" \\' and \\uXXXX only"},
                 Case{"parcelable IT { E e = E.TWO; }", "2:23: enum E has no enumerator 'TWO'"},
                 Case{"parcelable IT { int[2] i = {1}; }",
                      "2:29: the default has 1 elements, the array 2"},
@@ -88,6 +104,10 @@ INSTANTIATE_TEST_SUITE_P(
                      "2:30: method 'f' is declared twice"},
                 Case{"parcelable IT { int class; }",
                      "2:21: 'class' is a C++ keyword and cannot name a field"},
+                Case{"parcelable IT { int IT; }",
+                     "2:21: 'IT' is the name of the class and cannot name a field"},
+                Case{"interface IT { void BpT(); }",
+                     "2:21: 'BpT' is the name of a generated class and cannot name a method"},
                 Case{"parcelable IT { int descriptor; }",
                      "2:21: 'descriptor' is a member of every generated class and cannot name a "
                      "field"},
@@ -184,6 +204,29 @@ TEST(RulesTest, InterfacesMayReferToEachOther) {
     sources.Add("a/ITwo.aidl", "interface ITwo { void set(IOne one, in a.P p); }");
     sources.Add("a/P.aidl", "parcelable P { @nullable ITwo two; }");
     EXPECT_THAT(sources.Messages("a/IOne.aidl"), IsEmpty());
+}
+
+TEST(RulesTest, PackagesAreNamespacesOfCpp) {
+    Sources sources;
+    sources.Add("a/new/T.aidl", "parcelable T {}");
+    EXPECT_THAT(sources.Messages("a/new/T.aidl"),
+                ElementsAre("a/new/T.aidl:1:9: 'new' is a C++ keyword and cannot name a part of a "
+                            "package"));
+    sources.Add("a/std/T.aidl", "parcelable T {}");
+    EXPECT_THAT(sources.Messages("a/std/T.aidl"),
+                ElementsAre("a/std/T.aidl:1:9: a package part 'std' would hide C++'s own: rename "
+                            "it"));
+}
+
+TEST(RulesTest, TwoTypesDoNotMakeOneFile) {
+    Sources sources;
+    sources.Add("a/Foo.aidl", "parcelable Foo {}");
+    sources.Add("a/IFoo.aidl", "interface IFoo {}");
+    EXPECT_THAT(sources.MessagesOfAll({"a/Foo.aidl", "a/Foo.aidl"}), IsEmpty());
+    EXPECT_THAT(sources.MessagesOfAll({"a/Foo.aidl", "a/IFoo.aidl"}),
+                ElementsAre("a/IFoo.aidl:2:11: a.Foo and a.IFoo both make include/aidl/a/BnFoo.h: "
+                            "rename one of them"));
+    EXPECT_FALSE(sources.MadeFiles());
 }
 
 TEST(RulesTest, FileLiesWhereItsNameSays) {

@@ -44,11 +44,15 @@ class Sources {
         ASSERT_TRUE(WriteFile(mRoot + "/" + path, text, &error)) << error;
     }
 
-    /** Compiles one of the files; the root is the only -I folder. Messages lose the root's name. */
-    std::vector<std::string> Messages(const std::string& path) {
+    std::vector<std::string> Messages(const std::string& path) { return MessagesOfAll({path}); }
+
+    /** Compiles some of the files; the root is the only -I folder. Messages lose its name. */
+    std::vector<std::string> MessagesOfAll(const std::vector<std::string>& paths) {
         Options options;
         options.roots = {mRoot};
-        options.files = {mRoot + "/" + path};
+        for (const std::string& path : paths) {
+            options.files.push_back(mRoot + "/" + path);
+        }
         Diagnostics diagnostics;
         mFiles = Compile(options, &diagnostics);
         std::vector<std::string> messages;
