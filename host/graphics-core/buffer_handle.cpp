@@ -62,6 +62,9 @@ Outcome checkMemory(const HandleIntegers& integers, int fd) {
     if ((seals & F_SEAL_SHRINK) == 0) {
         return badBuffer("the memory file is not sealed against shrinking");
     }
+    if ((seals & (F_SEAL_WRITE | F_SEAL_FUTURE_WRITE)) != 0) {
+        return badBuffer("the memory file is sealed against writing");
+    }
     if ((fcntl(fd, F_GETFL) & O_ACCMODE) != O_RDWR) {
         return badBuffer("the memory file is not open for reading and writing");
     }

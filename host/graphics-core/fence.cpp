@@ -2,17 +2,31 @@
 #include <graphics_core/fence.h>
 #include <poll.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <cstring>
 
 namespace graphics {
 
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+int millisecondsUntil(Clock::time_point deadline) {
+    const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now());
+    return static_cast<int>(std::max<int64_t>(left.count(), 0));
+}
+
+}  // namespace
+
 Outcome waitForFence(int fd, int timeoutMs) {
     if (fd < 0) return {};
+    const auto deadline = Clock::now() + std::chrono::milliseconds(timeoutMs);
     pollfd wait = {fd, POLLIN, 0};
     int ready;
     do {
-        ready = poll(&wait, 1, timeoutMs);
+        ready = poll(&wait, 1, millisecondsUntil(deadline));
     } while (ready < 0 && errno == EINTR);
     if (ready < 0) {
         return failure(BufferError::kNoResources, std::string("poll: ") + std::strerror(errno));

@@ -137,6 +137,9 @@ TEST(BufferHandle, OtherShapesAreRefused) {
 TEST(BufferHandle, OtherDescriptorsAreRefused) {
     EXPECT_FALSE(refusedWith(memoryFile(491'520, F_SEAL_SHRINK)));
     EXPECT_TRUE(refusedWith(memoryFile(491'520, F_SEAL_GROW))) << "not sealed against shrinking";
+    for (const int seal : {F_SEAL_WRITE, F_SEAL_FUTURE_WRITE}) {
+        EXPECT_TRUE(refusedWith(memoryFile(491'520, F_SEAL_SHRINK | seal))) << "never writable";
+    }
     EXPECT_TRUE(refusedWith(memoryFile(491'519, F_SEAL_SHRINK))) << "too short";
     EXPECT_TRUE(refusedWith(memoryFile(491'521, F_SEAL_SHRINK))) << "too long";
 

@@ -2,7 +2,9 @@
 #include <graphics_core/fence.h>
 #include <graphics_core/imported_buffers.h>
 #include <gtest/gtest.h>
+#include <signal.h>
 #include <sys/eventfd.h>
+#include <sys/time.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -103,6 +105,19 @@ TEST_F(ImportedBuffersTest, LockWaitsForItsFenceButNotForever) {
     close(ends[1]);  // can never signal
     EXPECT_EQ(lockError(handle, kRead, {}, ends[0]), BufferError::kBadValue);
     close(ends[0]);
+}
+
+TEST(Fence, SignalsDoNotProlongTheWait) {
+    struct sigaction ignore = {};
+    ignore.sa_handler = [](int) {};
+    ASSERT_EQ(sigaction(SIGALRM, &ignore, nullptr), 0);
+    const itimerval often = {{0, 1000}, {0, 1000}};
+    const int fence = eventfd(0, EFD_CLOEXEC);
+    ASSERT_EQ(setitimer(ITIMER_REAL, &often, nullptr), 0);
+    EXPECT_EQ(waitForFence(fence, 100).error, BufferError::kNoResources);
+    const itimerval never = {};
+    EXPECT_EQ(setitimer(ITIMER_REAL, &never, nullptr), 0);
+    close(fence);
 }
 
 TEST_F(ImportedBuffersTest, TailAfterTheBufferIsZeroAndLargeEnough) {

@@ -10,7 +10,7 @@
 namespace graphics {
 
 // The integers of a handle, in this order. Whoever gets a handle checks every one of them with
-// checkHandle() before using any.
+// checkBuffer() before using any.
 struct HandleIntegers {
     uint32_t magic;  // kHandleMagic
     uint32_t width;
@@ -51,7 +51,8 @@ Outcome createBuffer(const BufferDescription& description, UniqueHandle* out);
 
 // Compares integers with each other and with the memory file `fd` (borrowed): they must describe a
 // layout of exactly the file's size, and the file must be sealed against shrinking, or a mapping
-// of it could lose its memory. kBadBuffer otherwise, *out unchanged. Any thread.
+// of it could lose its memory, and not against writing. kBadBuffer otherwise, *out unchanged. Any
+// thread.
 Outcome checkBuffer(const HandleIntegers& integers, int fd, BufferInfo* out);
 
 // Checks a handle as above and gives a new one with a descriptor of its own (close-on-exec).
