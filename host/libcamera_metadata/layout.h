@@ -67,9 +67,9 @@ inline size_t dataSizeOf(const BufferEntry& entry) {
     return calculate_camera_metadata_entry_data_size(entry.type, entry.count);
 }
 
-// Whether the data of `entry` lies in the block's used data.
+// Whether the data of `entry` lies in the block's data section.
 inline bool hasData(const camera_metadata_t* block, const BufferEntry& entry) {
-    return uint64_t{entry.data.offset} + dataSizeOf(entry) <= block->data_count;
+    return uint64_t{entry.data.offset} + dataSizeOf(entry) <= block->data_capacity;
 }
 
 }  // namespace host::metadata

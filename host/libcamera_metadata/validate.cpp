@@ -36,6 +36,10 @@ bool checkHeader(const camera_metadata& header) {
         return invalid("%u bytes of data exceed their capacity of %u", header.data_count,
                        header.data_capacity);
     }
+    // Each value outside its entry takes a multiple of 8; the next one starts there.
+    if (header.data_count % kDataAlignment != 0) {
+        return invalid("%u bytes of data are not a multiple of 8", header.data_count);
+    }
     if (header.entries_start < sizeof(camera_metadata) ||
         header.entries_start % kEntryAlignment != 0) {
         return invalid("entries cannot start at %u", header.entries_start);
@@ -72,10 +76,9 @@ bool checkEntry(const camera_metadata& header, uint32_t index, const BufferEntry
             return invalid("entry %u (tag 0x%08x): data offset %u is not a multiple of 8", index,
                            entry.tag, entry.data.offset);
         }
-        // The bytes in use, not the capacity: compact copies keep no others.
-        if (uint64_t{entry.data.offset} + size > header.data_count) {
+        if (uint64_t{entry.data.offset} + size > header.data_capacity) {
             return invalid("entry %u (tag 0x%08x): %zu bytes of data at %u end behind %u", index,
-                           entry.tag, size, entry.data.offset, header.data_count);
+                           entry.tag, size, entry.data.offset, header.data_capacity);
         }
     } else if (entry.count == 0 && entry.data.offset != 0) {
         return invalid("entry %u (tag 0x%08x) is empty but has data offset %u", index, entry.tag,

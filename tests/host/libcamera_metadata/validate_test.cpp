@@ -43,15 +43,15 @@ INSTANTIATE_TEST_SUITE_P(
                 Damage{"entry_capacity_overflows", 16, 0x10000000 + 10},
                 Damage{"entries_inside_the_header", 20, 44}, Damage{"entries_unaligned", 20, 50},
                 Damage{"entries_start_overflows", 20, 0xfffffff0},
-                Damage{"more_data_than_capacity", 24, 88},
+                Damage{"more_data_than_capacity", 24, 88}, Damage{"next_value_unaligned", 24, 36},
                 Damage{"data_capacity_too_large", 28, 81},
                 Damage{"data_capacity_overflows", 28, 0xffffffff},
                 Damage{"data_starts_in_the_entries", 32, 200}, Damage{"data_unaligned", 32, 212},
                 Damage{"tag_in_no_section", kFirstEntry, 0x7ff0000},
-                Damage{"count_too_large", kFirstEntry + 4, 5},
+                Damage{"count_too_large", kFirstEntry + 4, 11},
                 Damage{"count_overflows", kFirstEntry + 4, 0xffffffff},
                 Damage{"empty_with_data", kFirstEntry + kEntrySize + 4, 0},
-                Damage{"offset_behind_the_data", kFirstEntry + 2 * kEntrySize + 8, 32},
+                Damage{"offset_behind_the_data", kFirstEntry + 2 * kEntrySize + 8, 80},
                 Damage{"offset_overflows", kFirstEntry + 2 * kEntrySize + 8, 0xfffffff8},
                 Damage{"type_not_its_tags", kFirstEntry + kEntrySize + 12, TYPE_FLOAT},
                 Damage{"type_unknown", kFirstEntry + kEntrySize + 12, NUM_TYPES}),
@@ -66,13 +66,16 @@ TEST(Validate, AcceptsShiftedBlocksAsSuch) {
     EXPECT_EQ(validate_camera_metadata_structure(block, &size), CAMERA_METADATA_VALIDATION_SHIFTED);
 }
 
-TEST(Validate, AcceptsVendorTagsAndBytesBehindTheBlock) {
+TEST(Validate, AcceptsVendorTagsSpareDataAndBytesBehindTheBlock) {
     std::vector<uint8_t> bytes = bytesOf(makeSampleBlock());
     // Tags that are in no table here may have any type: a vendor's, and most of the platform's.
     for (const uint32_t tag : {0x80000001u, 0x7000au, 0x10000u}) {
         setField<uint32_t>(bytes, kFirstEntry, tag);
         EXPECT_EQ(validate(bytes), 0) << std::hex << tag;
     }
+    // A value may lie in data that the header does not count as used.
+    setField<uint32_t>(bytes, kFirstEntry + 2 * kEntrySize + 8, 72);
+    EXPECT_EQ(validate(bytes), 0);
     // Bytes behind the block are no fault.
     bytes.resize(bytes.size() + 100);
     EXPECT_EQ(validate(bytes), 0);

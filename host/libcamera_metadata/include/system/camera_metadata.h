@@ -33,21 +33,6 @@ typedef struct camera_metadata_rational {
 } camera_metadata_rational_t;
 
 // One entry in place: `data` points into the block, `count` elements of `type`.
-typedef struct camera_metadata_entry {
-    size_t index;
-    uint32_t tag;
-    uint8_t type;
-    size_t count;
-    union {
-        uint8_t* u8;
-        int32_t* i32;
-        float* f;
-        int64_t* i64;
-        double* d;
-        camera_metadata_rational_t* r;
-    } data;
-} camera_metadata_entry_t;
-
 typedef struct camera_metadata_ro_entry {
     size_t index;
     uint32_t tag;
