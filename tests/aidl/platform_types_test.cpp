@@ -73,7 +73,7 @@ static_assert(static_cast<int>(PixelFormat::YV12) == 0x32315659);
 static_assert(static_cast<int64_t>(BufferUsage::CPU_READ_OFTEN) == 3);
 static_assert(static_cast<int64_t>(BufferUsage::CPU_WRITE_OFTEN) == 48);
 static_assert(static_cast<int64_t>(BufferUsage::FRONT_BUFFER) == 4294967296);
-static_assert(static_cast<int64_t>(BufferUsage::VENDOR_MASK) == 4026531840);
+static_assert(static_cast<int64_t>(BufferUsage::VENDOR_MASK) == -268435456);
 static_assert(static_cast<int64_t>(BufferUsage::VENDOR_MASK_HI) == -281474976710656);
 static_assert(static_cast<int64_t>(PlaneLayoutComponentType::RAW) == 0x100000);
 static_assert(static_cast<int64_t>(PlaneLayoutComponentType::A) == 1 << 30);

@@ -29,6 +29,7 @@ enum BufferUsage {
     GPU_MIPMAP_COMPLETE = 1 << 26,
     HW_IMAGE_ENCODER = 1 << 27,
     FRONT_BUFFER = 1L << 32,
-    VENDOR_MASK = 0xfL << 28,
+    // An int, so the upper half is all ones, too: version 4 has it so.
+    VENDOR_MASK = 0xf << 28,
     VENDOR_MASK_HI = 0xffffL << 48,
 }
