@@ -237,24 +237,9 @@ status_t encodeString(const details::MetadataType& type, const std::string& valu
 status_t decodeString(const details::MetadataType& type, const details::Bytes& in,
                       std::string* out);
 
-// Whether a type is a standard one; which enumerator a standard one is.
+// Whether a type is a standard one.
 bool isStandardMetadataType(const details::MetadataType& type);
-bool isStandardCompression(const details::ExtendableType& type);
-bool isStandardInterlaced(const details::ExtendableType& type);
-bool isStandardChromaSiting(const details::ExtendableType& type);
 bool isStandardPlaneLayoutComponentType(const details::ExtendableType& type);
-details::StandardMetadataType getStandardMetadataTypeValue(const details::MetadataType& type);
-details::Compression getStandardCompressionValue(const details::ExtendableType& type);
-details::Interlaced getStandardInterlacedValue(const details::ExtendableType& type);
-details::ChromaSiting getStandardChromaSitingValue(const details::ExtendableType& type);
-details::PlaneLayoutComponentType getStandardPlaneLayoutComponentTypeValue(
-        const details::ExtendableType& type);
-
-// For people: the enumerator of a standard type; name and value of another one.
-std::string getCompressionName(const details::ExtendableType& type);
-std::string getInterlacedName(const details::ExtendableType& type);
-std::string getChromaSitingName(const details::ExtendableType& type);
-std::string getPlaneLayoutComponentTypeName(const details::ExtendableType& type);
 
 }  // namespace gralloc4
 }  // namespace android
