@@ -56,7 +56,7 @@ Picture showNv12(const Bytes& bytes, const FrameGeometry& geometry) {
             const int cb = chroma[x & ~1u] - 128;
             const int cr = chroma[x | 1u] - 128;
             out[0] = toByte(base + 91881 * cr);               // 1.402
-            out[1] = toByte(base - 22554 * cb - 46802 * cr);  // 0.344136, 0.714136
+            out[1] = toByte(base - 22553 * cb - 46802 * cr);  // 0.344136, 0.714136
             out[2] = toByte(base + 116130 * cb);              // 1.772
         }
     }

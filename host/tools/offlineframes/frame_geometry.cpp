@@ -2,18 +2,13 @@
 
 #include "frame_geometry.h"
 
+#include <graphics_core/buffer_layout.h>
+
 #include "file_io.h"
 #include "picture.h"
 
 namespace offlineframes {
 namespace {
-
-constexpr uint32_t kRaw10RowAlignment = 64;
-constexpr uint32_t kNv12Alignment = 128;
-
-uint32_t roundUp(uint64_t value, uint32_t alignment) {
-    return static_cast<uint32_t>((value + alignment - 1) / alignment * alignment);
-}
 
 uint64_t raw10RowBytes(uint32_t width) {
     return (uint64_t{width} * 10 + 7) / 8;
@@ -59,11 +54,19 @@ std::string describe(const FrameGeometry& geometry) {
 }
 
 FrameGeometry allocatorGeometry(FrameFormat format, PictureSize size) {
-    if (format == FrameFormat::kRaw10) {
-        return {format, size, roundUp(raw10RowBytes(size.width), kRaw10RowAlignment), size.height};
+    graphics::BufferDescription description;
+    description.width = size.width;
+    description.height = size.height;
+    description.layerCount = 1;
+    description.format =
+            format == FrameFormat::kRaw10 ? graphics::kFormatRaw10 : graphics::kFormatYcbcr420;
+    graphics::BufferLayout layout;
+    FrameGeometry geometry = {format, size};
+    if (graphics::layOut(description, &layout).ok()) {
+        geometry.stride = layout.stride;
+        geometry.scanlines = layout.planes[0].scanlines;
     }
-    return {format, size, roundUp(size.width, kNv12Alignment),
-            roundUp(size.height, kNv12Alignment)};
+    return geometry;
 }
 
 PictureSize defaultSize(FrameFormat format) {

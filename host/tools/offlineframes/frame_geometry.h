@@ -37,7 +37,8 @@ bool operator==(const FrameGeometry& a, const FrameGeometry& b);
 // "raw10 4096x3072, stride 5120, 3072 scan lines"
 std::string describe(const FrameGeometry& geometry);
 
-// The stride and scan lines the stand-in's allocator chooses for a picture of this size.
+// The stride and scan lines the stand-in's allocator chooses for a picture of this size; both 0,
+// which frameBytes() refuses, when it has no such buffer.
 FrameGeometry allocatorGeometry(FrameFormat format, PictureSize size);
 
 // The sizes the test modes use: 4096x3072 RAW10, 4000x3000 NV12.

@@ -78,7 +78,8 @@ int runProgram(const std::vector<std::string>& words) {
     if (!command) return misuse("unknown command \"" + words[0] + "\"", "");
     const CommandSpec& spec = command->spec();
     const std::vector<std::string> rest(words.begin() + 1, words.end());
-    if (std::any_of(rest.begin(), rest.end(), asksForHelp)) return print(helpText(spec));
+    const auto optionsEnd = std::find(rest.begin(), rest.end(), "--");
+    if (std::any_of(rest.begin(), optionsEnd, asksForHelp)) return print(helpText(spec));
     const Result<CommandLine> line = readCommandLine(spec, rest);
     const std::string name = std::string(spec.name) + " ";
     const std::string prefix = std::string(spec.name) + ": ";

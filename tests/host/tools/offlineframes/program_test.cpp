@@ -46,6 +46,7 @@ TEST(Program, EndsWith2ForAWrongCommandLine) {
             {{}, "no command"},
             {{"paint"}, "\"paint\""},
             {{"pack", "chart"}, "missing OUTPUT"},
+            {{"pack", "--", "--help"}, "missing OUTPUT"},
             {{"pack", "--format", "raw12", "chart", out}, "raw12"},
             {{"pack", "--size", "642x480", "chart", out}, "multiple of 4"},
             {{"pack", "--size", "640x480", "--stride", "10", "chart", out}, "stride of at least"},
