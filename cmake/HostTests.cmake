@@ -19,7 +19,7 @@ include(GoogleTest)
 # Cases run as separate processes, in any order and in parallel. They find the HAL libraries of
 # this build through STANDIN_HAL_PATH.
 function(host_test name)
-    cmake_parse_arguments(TEST "NO_MAIN" "TIMEOUT" "SOURCES;LIBRARIES;ENVIRONMENT" ${ARGN})
+    cmake_parse_arguments(TEST "NO_MAIN" "TIMEOUT" "SOURCES;LIBRARIES" ${ARGN})
     if(NOT TEST_TIMEOUT)
         set(TEST_TIMEOUT 60)
     endif()
@@ -35,5 +35,5 @@ function(host_test name)
         TEST_PREFIX "${name}/"
         DISCOVERY_MODE PRE_TEST
         PROPERTIES TIMEOUT ${TEST_TIMEOUT}
-        ENVIRONMENT "STANDIN_HAL_PATH=${VENDOR_HAL_DIRECTORY};${TEST_ENVIRONMENT}")
+        ENVIRONMENT "STANDIN_HAL_PATH=${VENDOR_HAL_DIRECTORY}")
 endfunction()
