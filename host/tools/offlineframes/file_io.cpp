@@ -67,10 +67,12 @@ bool writeAll(int fd, const Bytes& bytes) {
     return true;
 }
 
-// Creates a new file beside `path`; its name is put in `name`.
+// Creates a new file in the folder of `path`; its name, which is short however long the other is,
+// is put in `name`.
 int createTemporary(const std::string& path, std::string* name) {
+    const std::string folder = path.substr(0, path.rfind('/') + 1);  // npos + 1 is 0
     for (int attempt = 0; attempt < 100; ++attempt) {
-        *name = path + ".part-" + std::to_string(getpid()) + "-" + std::to_string(attempt);
+        *name = folder + ".part-" + std::to_string(getpid()) + "-" + std::to_string(attempt);
         const int fd = open(name->c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
         if (fd >= 0 || errno != EEXIST) return fd;
     }

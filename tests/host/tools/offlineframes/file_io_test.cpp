@@ -3,6 +3,7 @@
 #include "host/tools/offlineframes/file_io.h"
 
 #include <gmock/gmock.h>
+#include <limits.h>
 #include <signal.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
@@ -62,6 +63,14 @@ TEST(FileIo, LeavesNothingWhenASignalEndsTheProgram) {
     };
     EXPECT_EXIT(writeBeyondTheLimit(), testing::KilledBySignal(SIGXFSZ), "");
     EXPECT_THAT(folder.names(), ElementsAre());
+}
+
+TEST(FileIo, NamesMayBeAsLongAsTheFileSystemAllows) {
+    const TestFolder folder;
+    const std::string name(NAME_MAX, 'n');
+    const Result<Done> written = writeFile(folder.path(name), {1}, Existing::kKeep);
+    EXPECT_TRUE(written.ok()) << written.error();
+    EXPECT_THAT(folder.names(), ElementsAre(name));
 }
 
 TEST(FileIo, ReplacesOnlyRegularFiles) {
