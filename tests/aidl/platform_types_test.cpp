@@ -66,20 +66,13 @@ TEST(LayoutTest, Defaults) {
     EXPECT_EQ(BufferDescriptorInfo().name, (std::array<uint8_t, 128>{}));
 }
 
-static_assert(static_cast<int>(PixelFormat::RAW10) == 37 &&
-              static_cast<int>(PixelFormat::BLOB) == 33);
-static_assert(static_cast<int>(PixelFormat::YCBCR_420_888) == 35);
 static_assert(static_cast<int>(PixelFormat::YV12) == 0x32315659);
-static_assert(static_cast<int64_t>(BufferUsage::CPU_READ_OFTEN) == 3);
 static_assert(static_cast<int64_t>(BufferUsage::CPU_WRITE_OFTEN) == 48);
 static_assert(static_cast<int64_t>(BufferUsage::FRONT_BUFFER) == 4294967296);
 static_assert(static_cast<int64_t>(BufferUsage::VENDOR_MASK) == -268435456);
 static_assert(static_cast<int64_t>(BufferUsage::VENDOR_MASK_HI) == -281474976710656);
-static_assert(static_cast<int64_t>(PlaneLayoutComponentType::RAW) == 0x100000);
 static_assert(static_cast<int64_t>(PlaneLayoutComponentType::A) == 1 << 30);
-static_assert(static_cast<int64_t>(StandardMetadataType::PLANE_LAYOUTS) == 15);
 static_assert(static_cast<int64_t>(StandardMetadataType::STRIDE) == 23);
-static_assert(static_cast<int>(CameraBlobId::JPEG) == 0xff);
 static_assert(static_cast<int>(AllocationError::UNSUPPORTED) == 2);
 
 TEST(DataspaceTest, NamedValuesAreMadeOfTheRightParts) {

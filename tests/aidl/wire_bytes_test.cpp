@@ -8,10 +8,10 @@
 #include <aidl/vendor/zel/hardware/camera/offlinecamera/OfflineRequestInfo.h>
 #include <aidl/vendor/zel/hardware/camera/offlinecamera/OfflineSessionConfigureInfo.h>
 #include <aidl/vendor/zel/hardware/camera/offlinecamera/OfflineStreamBufferRet.h>
-#include <android/binder_auto_utils.h>
 #include <gtest/gtest.h>
 
 #include "hex.h"
+#include "tests/host/aidlc/parcels.h"
 
 namespace aidl::vendor::zel::hardware::camera::offlinecamera {
 namespace {
@@ -83,15 +83,9 @@ const char* const kBuffer =
 template <typename Record>
 void ExpectBytes(const Record& record, const std::string& hex) {
     const Bytes expected = Hex(hex);
-    const ndk::ScopedAParcel written(AParcel_create());
-    ASSERT_EQ(record.writeToParcel(written.get()), STATUS_OK);
-    Bytes bytes(static_cast<size_t>(AParcel_getDataSize(written.get())));
-    ASSERT_EQ(AParcel_marshal(written.get(), bytes.data(), 0, bytes.size()), STATUS_OK);
-    EXPECT_EQ(ToHex(bytes), ToHex(expected));
+    EXPECT_EQ(ToHex(BytesOf(record)), ToHex(expected));
 
-    const ndk::ScopedAParcel read(AParcel_create());
-    ASSERT_EQ(AParcel_unmarshal(read.get(), expected.data(), expected.size()), STATUS_OK);
-    ASSERT_EQ(AParcel_setDataPosition(read.get(), 0), STATUS_OK);
+    const ndk::ScopedAParcel read = ParcelOf(expected);
     Record received;
     ASSERT_EQ(received.readFromParcel(read.get()), STATUS_OK);
     EXPECT_EQ(received, record) << received.toString();

@@ -3,31 +3,17 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
-#include <filesystem>
 #include <string>
 #include <vector>
 
 #include "host/aidlc/compile.h"
 #include "host/aidlc/files.h"
+#include "tests/support/temporary_folder.h"
 
 namespace aidlc {
 
 class Sources {
   public:
-    Sources() {
-        std::string pattern =
-                (std::filesystem::temp_directory_path() / "aidlc_test.XXXXXX").string();
-        EXPECT_NE(mkdtemp(pattern.data()), nullptr);
-        mRoot = pattern;
-    }
-    ~Sources() {
-        std::error_code ignored;
-        std::filesystem::remove_all(mRoot, ignored);
-    }
-    Sources(const Sources&) = delete;
-    Sources& operator=(const Sources&) = delete;
-
     const std::string& Root() const { return mRoot; }
 
     /** Writes a/b/Name.aidl with its package line already there, so that text starts in line 2. */
@@ -78,7 +64,8 @@ class Sources {
     bool MadeFiles() const { return !mFiles.empty(); }
 
   private:
-    std::string mRoot;
+    const TemporaryFolder mFolder{"aidlc"};
+    const std::string mRoot = mFolder.path();
     std::vector<GeneratedFile> mFiles;
 };
 

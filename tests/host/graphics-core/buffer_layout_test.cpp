@@ -1,4 +1,4 @@
-// Layouts: the numbers that source frames are made for, rounding, and what is refused.
+// Layouts: planes without gaps, rounding, and what is refused.
 #include <graphics_core/buffer_layout.h>
 #include <gtest/gtest.h>
 
@@ -33,17 +33,6 @@ void expectPlanesFill(const BufferLayout& layout) {
         end += plane.size;
     }
     EXPECT_EQ(layout.size, end);
-}
-
-TEST(BufferLayout, SizesOfTheTestModes) {
-    const BufferLayout raw = layoutOf(kFormatRaw10, 4096, 3072);
-    EXPECT_EQ(raw.stride, 5120u);
-    EXPECT_EQ(raw.size, 15'728'640u);
-
-    const BufferLayout full = layoutOf(kFormatYcbcr420, 4000, 3000);
-    EXPECT_EQ(full.stride, 4096u);
-    EXPECT_EQ(full.size, 18'874'368u);
-    EXPECT_EQ(layoutOf(kFormatYcbcr420, 640, 480).size, 491'520u);
 }
 
 TEST(BufferLayout, PlanesFillTheBufferAtEverySize) {

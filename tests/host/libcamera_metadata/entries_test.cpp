@@ -1,4 +1,4 @@
-// Adding and finding entries, and the tags they have.
+// Adding and finding entries.
 #include <gtest/gtest.h>
 
 #include <cerrno>
@@ -69,12 +69,6 @@ TEST(FindEntry, FindsTheFirstOfItsTagSortedOrNot) {
     EXPECT_EQ(
             find_camera_metadata_ro_entry(block.get(), ANDROID_JPEG_GPS_PROCESSING_METHOD, &entry),
             0);
-}
-
-TEST(Tags, NumbersAndTypes) {
-    EXPECT_EQ(ANDROID_JPEGR, 33);
-    EXPECT_EQ(get_camera_metadata_tag_type(ANDROID_JPEG_GPS_COORDINATES), TYPE_DOUBLE);
-    EXPECT_EQ(get_camera_metadata_tag_type(static_cast<uint32_t>(VENDOR_SECTION_START)), -1);
 }
 
 }  // namespace

@@ -2,15 +2,14 @@
 #include <android/log.h>
 #include <dlfcn.h>
 #include <gmock/gmock.h>
-#include <sys/stat.h>
-#include <unistd.h>
 #include <vndksupport/linker.h>
 
-#include <cstdio>
 #include <cstdlib>
-#include <filesystem>
+#include <fstream>
 #include <string>
 #include <vector>
+
+#include "tests/support/temporary_folder.h"
 
 namespace {
 
@@ -81,15 +80,11 @@ TEST_F(LinkerTest, WithoutASearchPathTheDevicesFolderIsUsed) {
 }
 
 TEST_F(LinkerTest, ADamagedLibraryIsNamedAndNotPassedOver) {
-    const std::string folder = ::testing::TempDir() + "damaged_sphal_" + std::to_string(getpid());
-    std::filesystem::create_directories(folder);
-    FILE* file = std::fopen((folder + "/answer.so").c_str(), "w");
-    std::fputs("not a library", file);
-    std::fclose(file);
-    search(kFolders + "/missing:" + folder + ":" + kFolders + "/2");
+    const TemporaryFolder folder("damaged_sphal");
+    std::ofstream(folder.path("answer.so")) << "not a library";
+    search(kFolders + "/missing:" + folder.path() + ":" + kFolders + "/2");
     EXPECT_EQ(openAndAsk(), 0);
-    EXPECT_THAT(logLines(), ElementsAre(HasSubstr(folder + "/answer.so")));
-    std::filesystem::remove_all(folder);
+    EXPECT_THAT(logLines(), ElementsAre(HasSubstr(folder.path("answer.so"))));
 }
 
 TEST_F(LinkerTest, OnlyPlainFileNamesAreOpened) {

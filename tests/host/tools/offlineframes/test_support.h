@@ -3,7 +3,6 @@
 
 #include <gtest/gtest.h>
 #include <imaging/jpeg.h>
-#include <stdlib.h>
 
 #include <algorithm>
 #include <cmath>
@@ -14,24 +13,14 @@
 #include "host/tools/offlineframes/file_io.h"
 #include "host/tools/offlineframes/frame_encoder.h"
 #include "host/tools/offlineframes/picture.h"
+#include "tests/support/temporary_folder.h"
 
 namespace offlineframes {
 
-// A folder of one test, removed at its end.
-class TestFolder {
+// A folder of one test with files in it.
+class TestFolder : public TemporaryFolder {
   public:
-    TestFolder() {
-        std::string pattern = testing::TempDir() + "offlineframes-XXXXXX";
-        const char* const made = mkdtemp(pattern.data());
-        if (!made) abort();
-        mPath = made;
-    }
-    ~TestFolder() {
-        std::error_code ignored;
-        std::filesystem::remove_all(mPath, ignored);
-    }
-
-    std::string path(const std::string& name) const { return mPath + "/" + name; }
+    TestFolder() : TemporaryFolder("offlineframes") {}
 
     // Writes `bytes` and gives the file's path.
     std::string file(const std::string& name, const Bytes& bytes) const {
@@ -41,15 +30,12 @@ class TestFolder {
     }
     std::vector<std::string> names() const {
         std::vector<std::string> names;
-        for (const auto& entry : std::filesystem::directory_iterator(mPath)) {
+        for (const auto& entry : std::filesystem::directory_iterator(path())) {
             names.push_back(entry.path().filename().string());
         }
         std::sort(names.begin(), names.end());
         return names;
     }
-
-  private:
-    std::string mPath;
 };
 
 // A smooth picture in which every place and channel differs: x to red, y to green.

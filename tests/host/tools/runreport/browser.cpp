@@ -3,12 +3,11 @@
 #include "browser.h"
 
 #include <gtest/gtest.h>
-#include <stdlib.h>
 
-#include <filesystem>
 #include <sstream>
 
 #include "tests/end_to_end/subprocess.h"
+#include "tests/support/temporary_folder.h"
 
 namespace runreport_page {
 
@@ -41,18 +40,13 @@ std::string linesWith(const std::string& text, const std::string& word) {
 }  // namespace
 
 Rendered render(const std::string& path, const std::string& fragment) {
-    std::string profile = ::testing::TempDir() + "browser-XXXXXX";
-    if (mkdtemp(profile.data()) == nullptr) {
-        ADD_FAILURE() << "no folder for the browser in " << ::testing::TempDir();
-        return {};
-    }
+    const TemporaryFolder profile("browser");
     const end_to_end::Finished finished = end_to_end::runProgram(
             {"chromium", "--headless", "--no-sandbox", "--disable-gpu", "--disable-quic",
              "--no-first-run", "--disable-background-networking", "--disable-component-update",
              "--disable-sync", "--disable-dev-shm-usage", "--enable-logging=stderr",
-             "--user-data-dir=" + profile, "--dump-dom", fileAddress(path) + "#" + fragment},
-            {{"HOME", profile}});
-    std::filesystem::remove_all(profile);
+             "--user-data-dir=" + profile.path(), "--dump-dom", fileAddress(path) + "#" + fragment},
+            {{"HOME", profile.path()}});
     EXPECT_EQ(finished.status, 0) << finished.err;
     const size_t start = finished.out.find("<main");
     const size_t end = finished.out.find("</main>");

@@ -6,6 +6,7 @@
 
 #include "tests/end_to_end/run_script.h"
 #include "tests/host/tools/runreport/browser.h"
+#include "tests/support/temporary_folder.h"
 
 namespace runreport_page {
 namespace {
@@ -129,13 +130,7 @@ TEST_F(RunPage, ShowsWhereARunCrashed) {
 // Reports of files that no run left.
 class AnyPage : public ::testing::Test {
   protected:
-    AnyPage() {
-        std::string name = ::testing::TempDir() + "any page-XXXXXX";
-        m_folder = mkdtemp(name.data());
-    }
-    ~AnyPage() override { fs::remove_all(m_folder); }
-
-    std::string path(const std::string& name) const { return m_folder + "/" + name; }
+    std::string path(const std::string& name) const { return m_folder.path(name); }
 
     void make(std::vector<std::string> words) const {
         words.insert(words.begin(), {RUNREPORT, "--html=" + path("report.html"),
@@ -145,7 +140,7 @@ class AnyPage : public ::testing::Test {
         EXPECT_EQ(made.status, 0) << made.err;
     }
 
-    std::string m_folder;
+    const TemporaryFolder m_folder{"any page"};
 };
 
 TEST_F(AnyPage, LetsNothingThatItShowsActAsMarkup) {
