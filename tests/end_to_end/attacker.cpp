@@ -3,7 +3,6 @@
 // usage: attacker N: the Nth attack, counted round and round. Status 1: something was let through,
 // or the honest client came to harm.
 
-#include <aidl/vendor/zel/hardware/camera/offlinecamera/BnOfflineCameraCallback.h>
 #include <aidl/vendor/zel/hardware/camera/offlinecamera/IOfflineCameraService.h>
 #include <android/binder_manager.h>
 #include <android/binder_process.h>
@@ -24,14 +23,13 @@
 #include "host/services/offlinecamera/stream_set.h"
 #include "tests/host/libbinder_ndk/raw_connection.h"
 #include "tests/host/services/offlinecamera/graphics.h"
+#include "tests/host/services/offlinecamera/quiet_client.h"
 
 namespace {
 
 namespace fs = std::filesystem;
 using namespace offlinecamera;
 using namespace ::aidl::vendor::zel::hardware::camera::offlinecamera;
-using ::aidl::android::hardware::camera::device::BufferRequestStatus;
-using ::aidl::android::hardware::camera::device::NotifyMsg;
 using ::aidl::android::hardware::camera::device::StreamBuffer;
 using hostbinder::FrameKind;
 
@@ -59,23 +57,12 @@ void require(bool condition, const std::string& what) {
 }
 
 // A client that stays in its first callback: for ever, or stopped as a whole.
-class StuckClient : public BnOfflineCameraCallback {
+class StuckClient : public QuietClient {
   public:
     explicit StuckClient(std::function<void()> getStuck) : mGetStuck(std::move(getStuck)) {}
     ndk::ScopedAStatus notify(const std::vector<NotifyMsg>&) override {
         mGetStuck();
         for (;;) pause();
-    }
-    ndk::ScopedAStatus processCaptureResult(const std::vector<OfflineCaptureResult>&) override {
-        return ndk::ScopedAStatus::ok();
-    }
-    ndk::ScopedAStatus requestStreamBuffers(const std::vector<OfflineBufferRequest>&,
-                                            std::vector<OfflineStreamBufferRet>*,
-                                            BufferRequestStatus*) override {
-        return ndk::ScopedAStatus::ok();
-    }
-    ndk::ScopedAStatus returnStreamBuffers(const std::vector<StreamBuffer>&) override {
-        return ndk::ScopedAStatus::ok();
     }
 
   private:
@@ -97,20 +84,8 @@ std::shared_ptr<IOfflineCameraSession> openSession(const std::function<void()>& 
     return status.isOk() ? session : nullptr;
 }
 
-Stream inputStream() {
-    return MakeStream(0, StreamType::INPUT, PixelFormat::RAW10, 16, 12);
-}
-
-Stream outputStream() {
-    return MakeStream(1, StreamType::OUTPUT, PixelFormat::YCBCR_420_888, 12, 8);
-}
-
 OfflineSessionConfigureInfo configuration() {
-    OfflineSessionConfigureInfo info;
-    info.cameraId = "2";
-    info.opMode = static_cast<int32_t>(OpMode::kB2Y);
-    info.streams = {inputStream(), outputStream()};
-    return info;
+    return Configuration(OpMode::kB2Y);
 }
 
 StreamBuffer buffer(const Stream& stream) {
@@ -125,8 +100,8 @@ OfflineRequestInfo goodRequest() {
     OfflineRequestInfo request;
     request.frameNumber = -1;
     request.inFrameInfos.resize(1);
-    request.inFrameInfos[0].buffers.push_back(buffer(inputStream()));
-    request.outputBuffers.push_back(buffer(outputStream()));
+    request.inFrameInfos[0].buffers.push_back(buffer(configuration().streams[0]));
+    request.outputBuffers.push_back(buffer(configuration().streams[1]));
     return request;
 }
 
@@ -249,7 +224,7 @@ void askForTheAbsurd() {
         require(!session->configureOfflineStreams(info).isOk(), "an absurd size was taken");
     }
     OfflineSessionConfigureInfo many = configuration();
-    many.streams.resize(5000, outputStream());
+    many.streams.resize(5000, many.streams[1]);
     require(!session->configureOfflineStreams(many).isOk(), "5000 streams were taken");
     require(session->configureOfflineStreams(configuration()).isOk(), "configuration refused");
     OfflineRequestInfo request = goodRequest();

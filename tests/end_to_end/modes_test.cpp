@@ -6,7 +6,6 @@
 #include "tests/end_to_end/device_run.h"
 #include "tests/end_to_end/log_matchers.h"
 
-using ::testing::Contains;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
@@ -163,41 +162,6 @@ INSTANTIATE_TEST_SUITE_P(All, StreamlessModes,
                                            StreamlessMode{"R2R", "opMode: R2R=5", 5}),
                          [](const auto& info) { return info.param.command; });
 
-TEST(SourceFiles, AMissingRawFrameEndsTheRunBeforeTheRequest) {
-    DeviceRun device;
-    device.removeSource("offlinecameratest/4096_3072_RAW10.raw");
-    const RunResult run = device.tool({"-t", "B2Y"});
-    EXPECT_EQ(run.status, 0);
-    EXPECT_THAT(run.messages(),
-                InOrder({"LoadOffineSourceRawFrame: fopen failed "
-                         "/data/vendor/camera/offlinecameratest/4096_3072_RAW10.raw,error code No "
-                         "such file or directory",
-                         "load source raw frame failed", "CloseOfflineSession"}))
-            << run.allOutput();
-    EXPECT_THAT(run.messages(), Not(Contains("ProcessOfflineRequest sucessfully")));
-    EXPECT_THAT(run.dumps, IsEmpty());
-}
-
-// A later load that succeeds hides an earlier failure.
-TEST(SourceFiles, AMissingRawFrameOfSeveralDoesNotStopTheRequest) {
-    DeviceRun device;
-    device.removeSource("offlinecameratest/4096_3072_RAW10.raw");
-    const RunResult run = device.tool({"-t", "MMF"});
-    EXPECT_THAT(run.messages(),
-                InOrder({"load source raw frame failed", "ProcessOfflineRequest sucessfully"}))
-            << run.allOutput();
-    EXPECT_EQ(run.dumps.size(), 1u);
-}
-
-TEST(SourceFiles, AMissingMetadataDumpIsNoError) {
-    DeviceRun device;
-    device.removeSource("metadata/original_dump.bin");
-    const RunResult run = device.tool({"-t", "B2Y"});
-    EXPECT_THAT(run.messages(), InOrder({"ProcessOfflineRequest sucessfully",
-                                         "WaitCaptureResultCompleted status is 0"}))
-            << run.allOutput();
-}
-
 // The second session of one device starts afresh and replaces the file.
 TEST(Runs, RepeatInOneDevice) {
     DeviceRun device;
@@ -207,38 +171,6 @@ TEST(Runs, RepeatInOneDevice) {
     EXPECT_THAT(run.dumps,
                 ElementsAre(Pair("OfflineAidl_CameraId_2_Frame_1_B2Y_Stride[4096]_Scanline[0].yuv",
                                  kNv12Bytes)));
-}
-
-// Counts are compared by waiting until they are as before: a service learns of a client's end
-// after the client has gone.
-const char kServicesKeepNothing[] = R"(
-descriptors() { ls /proc/$1/fd | wc -l; }
-for comm in /proc/[0-9]*/comm; do
-    read name < $comm
-    process=${comm#/proc/}
-    case $name in
-    offlinecamera*) service=${process%/comm} ;;
-    graphicsalloc*) allocator=${process%/comm} ;;
-    esac
-done
-serviceBefore=$(descriptors $service)
-allocatorBefore=$(descriptors $allocator)
-for test in "$@"; do vexofflinecameratest -t $test > /dev/null || exit 1; done
-until [ $(descriptors $service) -le $serviceBefore ]; do :; done
-until [ $(descriptors $allocator) -le $allocatorBefore ]; do :; done
-)";
-
-TEST(Runs, LeaveNoDescriptorsInTheServices) {
-    DeviceRun device;
-    EXPECT_EQ(device.command({"sh", "-c", kServicesKeepNothing, "sh", "MMF", "Y2J", "Y2Y",
-                              "callback", "B2Y"})
-                      .status,
-              0);
-    DeviceRun lending;
-    EXPECT_EQ(lending.with({"--fault", "lend=4"})
-                      .command({"sh", "-c", kServicesKeepNothing, "sh", "B2Y", "B2Y"})
-                      .status,
-              0);
 }
 
 }  // namespace

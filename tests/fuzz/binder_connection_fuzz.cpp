@@ -9,6 +9,7 @@
 #include "fuzz_parcel.h"
 #include "host/libbinder_ndk/connection.h"
 #include "host/libbinder_ndk/thread_pool.h"
+#include "tests/host/libbinder_ndk/send_bytes.h"
 
 using namespace hostbinder;
 
@@ -44,25 +45,6 @@ bool isWhole(const std::string& bytes) {
                                    uint64_t{header.referenceCount} * sizeof(ReferenceRecord);
 }
 
-bool sendBytes(int fd, const std::string& bytes, size_t descriptors) {
-    iovec part{const_cast<char*>(bytes.data()), bytes.size()};
-    alignas(cmsghdr) char control[CMSG_SPACE(4 * sizeof(int))] = {};
-    msghdr message{};
-    message.msg_iov = &part;
-    message.msg_iovlen = 1;
-    if (descriptors > 0) {
-        message.msg_control = control;
-        message.msg_controllen = CMSG_SPACE(descriptors * sizeof(int));
-        cmsghdr* entry = CMSG_FIRSTHDR(&message);
-        entry->cmsg_level = SOL_SOCKET;
-        entry->cmsg_type = SCM_RIGHTS;
-        entry->cmsg_len = CMSG_LEN(descriptors * sizeof(int));
-        const int all[4] = {fd, fd, fd, fd};
-        memcpy(CMSG_DATA(entry), all, descriptors * sizeof(int));
-    }
-    return sendmsg(fd, &message, MSG_NOSIGNAL | MSG_DONTWAIT) == static_cast<ssize_t>(bytes.size());
-}
-
 // What an input cannot know. Its own numbers for both are 1.
 struct Secrets {
     uint64_t object;  // that the connection holds
@@ -94,12 +76,12 @@ void fillIn(std::string* bytes, const Secrets& secrets) {
 bool sendMessages(int fd, FuzzInput input, const Secrets& secrets) {
     bool whole = true;
     while (input.left() > 0) {
-        const size_t descriptors = input.take<uint8_t>() % 4;
+        const std::vector<int> descriptors(input.take<uint8_t>() % 4, fd);
         std::string bytes = input.bytes(input.take<uint16_t>());
         if (bytes.empty()) continue;
         fillIn(&bytes, secrets);
         whole = whole && isWhole(bytes);
-        if (!sendBytes(fd, bytes, descriptors)) return false;
+        if (!sendBytes(fd, bytes, descriptors, MSG_DONTWAIT)) return false;
     }
     return whole;
 }
@@ -111,7 +93,8 @@ void waitForReader(int fd) {
     last.magic = kFrameMagic;
     last.kind = FrameKind::kAcquire;
     last.id = kLastId;
-    if (!sendBytes(fd, std::string(reinterpret_cast<const char*>(&last), sizeof(last)), 0)) return;
+    const std::string bytes(reinterpret_cast<const char*>(&last), sizeof(last));
+    if (!sendBytes(fd, bytes, {}, MSG_DONTWAIT)) return;
     FrameHeader answer{};
     while (recv(fd, &answer, sizeof(answer), MSG_WAITALL) == sizeof(answer)) {
         if (answer.kind == FrameKind::kReply && answer.id == kLastId) return;

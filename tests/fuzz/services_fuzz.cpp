@@ -1,32 +1,14 @@
 // Arbitrary transactions to local objects of the three vendor interfaces and the allocator.
-#include <aidl/vendor/zel/hardware/camera/offlinecamera/BnOfflineCameraCallback.h>
 #include <android/binder_auto_utils.h>
 
 #include "fuzz_parcel.h"
 #include "host/services/graphicsallocator/allocator.h"
 #include "host/services/offlinecamera/service.h"
+#include "tests/host/services/offlinecamera/quiet_client.h"
 
 namespace {
 
 using namespace ::aidl::vendor::zel::hardware::camera::offlinecamera;
-using namespace ::aidl::android::hardware::camera::device;
-using ndk::ScopedAStatus;
-
-class Client : public BnOfflineCameraCallback {
-    ScopedAStatus notify(const std::vector<NotifyMsg>&) override { return ScopedAStatus::ok(); }
-    ScopedAStatus processCaptureResult(const std::vector<OfflineCaptureResult>&) override {
-        return ScopedAStatus::ok();
-    }
-    ScopedAStatus requestStreamBuffers(const std::vector<OfflineBufferRequest>&,
-                                       std::vector<OfflineStreamBufferRet>*,
-                                       BufferRequestStatus* status) override {
-        *status = BufferRequestStatus::FAILED_UNKNOWN;
-        return ScopedAStatus::ok();
-    }
-    ScopedAStatus returnStreamBuffers(const std::vector<StreamBuffer>&) override {
-        return ScopedAStatus::ok();
-    }
-};
 
 constexpr size_t kMaxCalls = 8;
 
@@ -56,7 +38,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     require(*mapper != nullptr);
     const auto service = ndk::SharedRefBase::make<offlinecamera::OfflineCameraService>(
             *mapper, offlinecamera::FaultInjector());
-    const auto client = ndk::SharedRefBase::make<Client>();
+    const auto client = ndk::SharedRefBase::make<offlinecamera::QuietClient>();
     const auto allocator = ndk::SharedRefBase::make<graphics::Allocator>();
     std::shared_ptr<IOfflineCameraSession> session;
     require(service->openOfflineSession("fuzz", client, &session).isOk());

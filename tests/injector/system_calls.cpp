@@ -22,21 +22,6 @@ bool noDescriptor(const char* function, const std::string& subject = "") {
     return true;
 }
 
-int controlDescriptors(int fd, int command, long argument) {
-    const bool makes = command == F_DUPFD || command == F_DUPFD_CLOEXEC;
-    if (makes && noDescriptor("fcntl", "F_DUPFD")) return -1;
-    return static_cast<int>(syscall(SYS_fcntl, fd, command, argument));
-}
-
-void* map(void* address, size_t length, int protection, int flags, int fd, off_t offset) {
-    if (injector::fails(Kind::kMapping, "mmap")) {
-        errno = ENOMEM;
-        return MAP_FAILED;
-    }
-    return reinterpret_cast<void*>(
-            syscall(SYS_mmap, address, length, protection, flags, fd, offset));
-}
-
 // Closes the descriptors of a message and says that they did not fit, as the kernel does.
 void loseDescriptors(msghdr* message) {
     for (cmsghdr* entry = CMSG_FIRSTHDR(message); entry != nullptr;
@@ -50,12 +35,6 @@ void loseDescriptors(msghdr* message) {
     }
     message->msg_controllen = 0;
     message->msg_flags |= MSG_CTRUNC;
-}
-
-FILE* openFile(const char* symbol, const char* path, const char* mode) {
-    using Open = FILE* (*)(const char*, const char*);
-    if (noDescriptor("fopen", path)) return nullptr;
-    return injector::next<Open>(symbol)(path, mode);
 }
 
 }  // namespace
@@ -77,23 +56,15 @@ int fcntl(int fd, int command, ...) {
     va_start(arguments, command);
     const long argument = va_arg(arguments, long);
     va_end(arguments);
-    return controlDescriptors(fd, command, argument);
-}
-
-int fcntl64(int fd, int command, ...) {
-    va_list arguments;
-    va_start(arguments, command);
-    const long argument = va_arg(arguments, long);
-    va_end(arguments);
-    return controlDescriptors(fd, command, argument);
+    const bool makes = command == F_DUPFD || command == F_DUPFD_CLOEXEC;
+    if (makes && noDescriptor("fcntl", "F_DUPFD")) return -1;
+    return static_cast<int>(syscall(SYS_fcntl, fd, command, argument));
 }
 
 FILE* fopen(const char* path, const char* mode) {
-    return openFile("fopen", path, mode);
-}
-
-FILE* fopen64(const char* path, const char* mode) {
-    return openFile("fopen64", path, mode);
+    using Open = FILE* (*)(const char*, const char*);
+    if (noDescriptor("fopen", path)) return nullptr;
+    return injector::next<Open>("fopen")(path, mode);
 }
 
 ssize_t recvmsg(int fd, msghdr* message, int flags) {
@@ -106,12 +77,18 @@ ssize_t recvmsg(int fd, msghdr* message, int flags) {
 }
 
 void* mmap(void* address, size_t length, int protection, int flags, int fd, off_t offset) noexcept {
-    return map(address, length, protection, flags, fd, offset);
+    if (injector::fails(Kind::kMapping, "mmap")) {
+        errno = ENOMEM;
+        return MAP_FAILED;
+    }
+    return reinterpret_cast<void*>(
+            syscall(SYS_mmap, address, length, protection, flags, fd, offset));
 }
 
+// The same functions on a 64-bit system.
+int fcntl64(int fd, int command, ...) __attribute__((alias("fcntl")));
+FILE* fopen64(const char* path, const char* mode) __attribute__((alias("fopen")));
 void* mmap64(void* address, size_t length, int protection, int flags, int fd,
-             off64_t offset) noexcept {
-    return map(address, length, protection, flags, fd, offset);
-}
+             off64_t offset) noexcept __attribute__((alias("mmap")));
 
 }  // extern "C"

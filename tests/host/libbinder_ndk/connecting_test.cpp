@@ -21,9 +21,7 @@ class OtherProcess {
         : mName(name),
           mPeerSocket(peerSocket(peer.process.pid())),
           mListener(listenAt(busFolder() + "/" + name)),
-          mSender(mPeerSocket) {
-        EXPECT_TRUE(mSender.greet());
-        EXPECT_TRUE(mSender.acquire(numberOf(peer.binder)));
+          mSender(mPeerSocket, numberOf(peer.binder)) {
         FrameHeader call = frameHeader(FrameKind::kCall, sizeof(hostbinder::ObjectRecord));
         call.target = numberOf(peer.binder);
         call.objectCount = call.referenceCount = 1;

@@ -3,20 +3,17 @@
 #include <android/binder_manager.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <host_service_manager.h>
 
 #include <string>
 #include <thread>
-#include <vector>
+
+#include "tests/host/libbinder_ndk/list_services.h"
+#include "tests/host/libbinder_ndk/plain_class.h"
 
 namespace {
 
 ndk::SpAIBinder newService() {
-    static AIBinder_Class* const clazz = AIBinder_Class_define(
-            "test.IService", [](void*) -> void* { return nullptr; }, [](void*) {},
-            [](AIBinder*, transaction_code_t, const AParcel*, AParcel*) -> binder_status_t {
-                return STATUS_OK;
-            });
+    static AIBinder_Class* const clazz = newPlainClass("test.IService");
     return ndk::SpAIBinder(AIBinder_new(clazz, nullptr));
 }
 
@@ -34,6 +31,8 @@ TEST(LocalRegistry, KeepsServicesByName) {
     EXPECT_EQ(AServiceManager_addService(second.get(), "test.IService/a"), EX_NONE);
     EXPECT_EQ(check("test.IService/a"), second) << "the later one replaces";
     EXPECT_EQ(AIBinder_debugGetRefCount(first.get()), 1);
+    ASSERT_EQ(AServiceManager_addService(first.get(), "test.IOther/b"), EX_NONE);
+    EXPECT_THAT(listServices(), testing::IsSupersetOf({"test.IService/a", "test.IOther/b"}));
 }
 
 TEST(LocalRegistry, RefusesBadNamesAndNull) {
@@ -56,22 +55,6 @@ TEST(LocalRegistry, WaitsForAServiceThatComes) {
     });
     EXPECT_EQ(ndk::SpAIBinder(AServiceManager_waitForService("test.IService/late")), service);
     adder.join();
-}
-
-TEST(LocalRegistry, ListsInstancesOfAnInterface) {
-    ndk::SpAIBinder service = newService();
-    for (const char* name : {"test.IList/one", "test.IList/two", "test.IListOther/three"}) {
-        ASSERT_EQ(AServiceManager_addService(service.get(), name), EX_NONE);
-    }
-    std::vector<std::string> names;
-    auto collect = [](const char* name, void* context) {
-        static_cast<std::vector<std::string>*>(context)->push_back(name);
-    };
-    AServiceManager_forEachDeclaredInstance("test.IList", &names, collect);
-    EXPECT_EQ(names, (std::vector<std::string>{"one", "two"}));
-    names.clear();
-    EXPECT_EQ(AServiceManager_forEachService(&names, collect), STATUS_OK);
-    EXPECT_THAT(names, testing::Contains("test.IListOther/three"));
 }
 
 }  // namespace

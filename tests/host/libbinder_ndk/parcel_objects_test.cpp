@@ -6,15 +6,12 @@
 #include <unistd.h>
 
 #include "host/libbinder_ndk/wire_format.h"
+#include "tests/host/libbinder_ndk/plain_class.h"
 
 namespace {
 
 ndk::SpAIBinder newObject() {
-    static AIBinder_Class* const clazz = AIBinder_Class_define(
-            "test.IObject", [](void*) -> void* { return nullptr; }, [](void*) {},
-            [](AIBinder*, transaction_code_t, const AParcel*, AParcel*) -> binder_status_t {
-                return STATUS_OK;
-            });
+    static AIBinder_Class* const clazz = newPlainClass("test.IObject");
     return ndk::SpAIBinder(AIBinder_new(clazz, nullptr));
 }
 

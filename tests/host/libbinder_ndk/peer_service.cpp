@@ -147,8 +147,6 @@ binder_status_t handle(AIBinder*, transaction_code_t code, const AParcel* in, AP
         case kCaller:
             ndk::AParcel_writeData(out, static_cast<int32_t>(AIBinder_getCallingPid()));
             return ndk::AParcel_writeData(out, static_cast<int32_t>(AIBinder_getCallingUid()));
-        case kPoolStarted:
-            return ndk::AParcel_writeData(out, int32_t{ABinderProcess_isThreadPoolStarted()});
         case kFail:
             ndk::AParcel_readData(in, &value);
             return value;
@@ -214,6 +212,13 @@ int32_t askPeer(const ndk::SpAIBinder& binder, transaction_code_t code,
     });
     if (status != nullptr) *status = result;
     return answer;
+}
+
+std::vector<int32_t> recordsOf(const ndk::SpAIBinder& binder) {
+    std::vector<int32_t> records;
+    callPeer(binder, kRecords, nullptr,
+             [&](const AParcel* out) { return ndk::AParcel_readVector(out, &records); });
+    return records;
 }
 
 int32_t add(const ndk::SpAIBinder& binder, int32_t value, binder_status_t* status) {

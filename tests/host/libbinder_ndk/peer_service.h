@@ -29,7 +29,6 @@ enum PeerRequest : transaction_code_t {
     kRecords,                       // -> the list
     kCountFds,                      // -> how many descriptors the process has open
     kCaller,                        // -> pid and uid of the caller
-    kPoolStarted,                   // -> whether the pool runs
     kFail,                          // status: returned as transport status
     kPeerRequestEnd,
 };
@@ -52,6 +51,8 @@ binder_status_t callPeer(const ndk::SpAIBinder& binder, transaction_code_t code,
 int32_t askPeer(const ndk::SpAIBinder& binder, transaction_code_t code,
                 const std::function<binder_status_t(AParcel*)>& write = nullptr,
                 binder_status_t* status = nullptr);
+// The answer to kRecords.
+std::vector<int32_t> recordsOf(const ndk::SpAIBinder& binder);
 int32_t add(const ndk::SpAIBinder& binder, int32_t value, binder_status_t* status = nullptr);
 // Lets `via` call add() of `target`.
 int32_t callThrough(const ndk::SpAIBinder& via, const ndk::SpAIBinder& target, int32_t value,

@@ -10,6 +10,7 @@
 #include <cstring>
 
 #include "host/libbinder_ndk/proxy_binder.h"
+#include "tests/host/libbinder_ndk/send_bytes.h"
 
 using hostbinder::FrameHeader;
 using hostbinder::FrameKind;
@@ -65,6 +66,11 @@ RawConnection::RawConnection(const std::string& path) : mFd(newSocket()) {
             << path;
 }
 
+RawConnection::RawConnection(const std::string& path, uint64_t object) : RawConnection(path) {
+    EXPECT_TRUE(greet());
+    EXPECT_TRUE(acquire(object));
+}
+
 RawConnection::RawConnection(int listener)
     : mFd(accept4(listener, nullptr, nullptr, SOCK_CLOEXEC)) {
     EXPECT_GE(mFd, 0) << "nobody connects";
@@ -96,21 +102,7 @@ bool RawConnection::acquire(uint64_t number) {
 }
 
 void RawConnection::send(const std::string& bytes, const std::vector<int>& fds) {
-    iovec part{const_cast<char*>(bytes.data()), bytes.size()};
-    alignas(cmsghdr) char control[1100] = {};
-    msghdr message{};
-    message.msg_iov = &part;
-    message.msg_iovlen = 1;
-    if (!fds.empty()) {
-        message.msg_control = control;
-        message.msg_controllen = CMSG_SPACE(fds.size() * sizeof(int));
-        cmsghdr* entry = CMSG_FIRSTHDR(&message);
-        entry->cmsg_level = SOL_SOCKET;
-        entry->cmsg_type = SCM_RIGHTS;
-        entry->cmsg_len = CMSG_LEN(fds.size() * sizeof(int));
-        memcpy(CMSG_DATA(entry), fds.data(), fds.size() * sizeof(int));
-    }
-    EXPECT_EQ(sendmsg(mFd, &message, MSG_NOSIGNAL), static_cast<ssize_t>(bytes.size()));
+    EXPECT_TRUE(sendBytes(mFd, bytes, fds));
 }
 
 FrameHeader RawConnection::receive(std::string* body) {

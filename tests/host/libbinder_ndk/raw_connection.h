@@ -24,6 +24,8 @@ class RawConnection {
   public:
     // Connects to the socket with this path.
     explicit RawConnection(const std::string& path);
+    // The same, greets and gets the peer's object with the number.
+    RawConnection(const std::string& path, uint64_t object);
     // Waits for a connection on a listening socket.
     explicit RawConnection(int listener);
     ~RawConnection();

@@ -1,15 +1,14 @@
 // Calls between processes: values, descriptors, failures, callbacks.
-#include <android/binder_manager.h>
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/mman.h>
 #include <unistd.h>
 
-#include <future>
 #include <numeric>
 
 #include "host/libbinder_ndk/wire_format.h"
 #include "tests/host/libbinder_ndk/peer_service.h"
+#include "tests/host/libbinder_ndk/plain_class.h"
 #include "tests/host/libbinder_ndk/test_bus.h"
 
 namespace {
@@ -106,11 +105,7 @@ TEST(RemoteCall, ReturnsTheTransportStatusOfTheMethod) {
 TEST(RemoteCall, RefusesAnotherInterfacesHeader) {
     Peer peer = startPeer();
     // A class of the same name whose requests carry no header: the test writes its own.
-    AIBinder_Class* bare = AIBinder_Class_define(
-            "test.IPeer", [](void*) -> void* { return nullptr; }, [](void*) {},
-            [](AIBinder*, transaction_code_t, const AParcel*, AParcel*) -> binder_status_t {
-                return STATUS_OK;
-            });
+    AIBinder_Class* bare = newPlainClass("test.IPeer");
     AIBinder_Class_disableInterfaceTokenHeader(bare);
     ASSERT_TRUE(AIBinder_associateClass(peer.binder.get(), bare));
     for (const char* descriptor : {"test.IPeer", "test.IOther"}) {
@@ -129,11 +124,7 @@ TEST(RemoteCall, RefusesAnotherInterfacesHeader) {
 
 TEST(RemoteCall, RefusesAClassWithAnotherDescriptor) {
     Peer peer = startPeer();
-    AIBinder_Class* other = AIBinder_Class_define(
-            "test.IOther", [](void*) -> void* { return nullptr; }, [](void*) {},
-            [](AIBinder*, transaction_code_t, const AParcel*, AParcel*) -> binder_status_t {
-                return STATUS_OK;
-            });
+    AIBinder_Class* other = newPlainClass("test.IOther");
     EXPECT_FALSE(AIBinder_associateClass(peer.binder.get(), other));
     EXPECT_EQ(AIBinder_getClass(peer.binder.get()), nullptr);
     EXPECT_TRUE(AIBinder_associateClass(peer.binder.get(), peerClass()));
@@ -150,18 +141,6 @@ TEST(Callback, RunsOnTheWaitingThread) {
 TEST(Callback, NestsAsDeepAsTheCallsDo) {
     Peer peer = startPeer({"--max", "0"});
     EXPECT_EQ(pingPong(peer.binder, newPeerObject(), 12), 12);
-}
-
-TEST(ExitHandler, CanStillCall) {
-    Peer peer = startPeer();
-    const std::string name = newServiceName();
-    ASSERT_EQ(AServiceManager_addService(peer.binder.get(), name.c_str()), EX_NONE);
-    Child caller(peerCommand(newServiceName(), {"--call-at-exit", name}));
-    EXPECT_EQ(caller.wait(), 0);
-    std::vector<int32_t> records;
-    callPeer(peer.binder, kRecords, nullptr,
-             [&](const AParcel* out) { return ndk::AParcel_readVector(out, &records); });
-    EXPECT_EQ(records, std::vector<int32_t>{42});
 }
 
 }  // namespace

@@ -1,31 +1,16 @@
 // What happens when another process ends.
 #include <android/binder_manager.h>
 #include <android/binder_process.h>
-#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <signal.h>
-#include <unistd.h>
 
 #include <atomic>
-#include <future>
 
+#include "tests/host/libbinder_ndk/blocked_calls.h"
 #include "tests/host/libbinder_ndk/peer_service.h"
 #include "tests/host/libbinder_ndk/test_bus.h"
 
 namespace {
-
-struct Pipe {
-    Pipe() { EXPECT_EQ(pipe2(ends, O_CLOEXEC), 0); }
-    ~Pipe() {
-        close(ends[0]);
-        close(ends[1]);
-    }
-    bool awaitByte() {
-        char byte;
-        return read(ends[0], &byte, 1) == 1;
-    }
-    int ends[2] = {-1, -1};
-};
 
 struct DeathCounter {
     std::atomic<int> died{0};
@@ -48,17 +33,11 @@ struct DeathCounter {
 
 TEST(Death, EndsAPendingCall) {
     Peer peer = startPeer();
-    Pipe entered;
-    Pipe go;
-    auto pending = std::async(std::launch::async, [&]() {
-        return callPeer(peer.binder, kBlock, [&](AParcel* in) {
-            AParcel_writeParcelFileDescriptor(in, entered.ends[1]);
-            return AParcel_writeParcelFileDescriptor(in, go.ends[0]);
-        });
-    });
-    ASSERT_TRUE(entered.awaitByte());
+    BlockedCalls calls(peer.binder);
+    calls.start();
+    calls.awaitEntered(1);
     peer.process.signal(SIGKILL);
-    EXPECT_EQ(pending.get(), STATUS_DEAD_OBJECT);
+    calls.expectAllDone(STATUS_DEAD_OBJECT);
     EXPECT_FALSE(AIBinder_isAlive(peer.binder.get()));
 }
 

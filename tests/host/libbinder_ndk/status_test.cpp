@@ -4,17 +4,6 @@
 
 namespace {
 
-TEST(Status, KeepsCodesApart) {
-    auto dead = ndk::ScopedAStatus::fromStatus(STATUS_DEAD_OBJECT);
-    EXPECT_EQ(dead.getExceptionCode(), EX_TRANSACTION_FAILED);
-    EXPECT_EQ(dead.getStatus(), STATUS_DEAD_OBJECT);
-    auto specific = ndk::ScopedAStatus::fromServiceSpecificError(-5);
-    EXPECT_EQ(specific.getStatus(), STATUS_OK);
-    EXPECT_EQ(specific.getServiceSpecificError(), -5);
-    auto argument = ndk::ScopedAStatus::fromExceptionCodeWithMessage(EX_ILLEGAL_ARGUMENT, "why");
-    EXPECT_STREQ(argument.getMessage(), "why");
-}
-
 TEST(Status, PrunesUnknownCodes) {
     EXPECT_EQ(ndk::ScopedAStatus::fromStatus(-77777).getStatus(), STATUS_UNKNOWN_ERROR);
     EXPECT_EQ(ndk::ScopedAStatus::fromStatus(1).getStatus(), STATUS_UNKNOWN_ERROR);

@@ -7,6 +7,7 @@
 #include <sys/mman.h>
 
 #include "host/libbinder_ndk/parcel.h"
+#include "tests/host/libbinder_ndk/plain_class.h"
 
 namespace {
 
@@ -22,12 +23,7 @@ std::string hex(const AParcel* parcel) {
 }
 
 TEST(WireFormat, OfARequestWithEveryKindOfItem) {
-    AIBinder_Class* clazz = AIBinder_Class_define(
-            "a.IB", [](void*) -> void* { return nullptr; }, [](void*) {},
-            [](AIBinder*, transaction_code_t, const AParcel*, AParcel*) -> binder_status_t {
-                return STATUS_OK;
-            });
-    ndk::SpAIBinder object(AIBinder_new(clazz, nullptr));
+    ndk::SpAIBinder object(AIBinder_new(newPlainClass("a.IB"), nullptr));
     AIBinder_markVintfStability(object.get());
     ndk::ScopedAParcel parcel;
     ASSERT_EQ(AIBinder_prepareTransaction(object.get(), parcel.getR()), STATUS_OK);

@@ -22,8 +22,8 @@ using ::aidl::android::hardware::graphics::common::PixelFormat;
 using ::android::hardware::hidl_vec;
 using ::android::hardware::graphics::mapper::V4_0::IMapper;
 
-std::shared_ptr<IAllocator> startAllocator(AllocatorFault fault = AllocatorFault::kNone) {
-    const auto allocator = ::ndk::SharedRefBase::make<Allocator>(fault);
+std::shared_ptr<IAllocator> startAllocator() {
+    const auto allocator = ::ndk::SharedRefBase::make<Allocator>();
     EXPECT_EQ(AServiceManager_addService(allocator->asBinder().get(), Allocator::kInstance),
               EX_NONE);
     return IAllocator::fromBinder(
@@ -135,27 +135,6 @@ TEST(Allocator, RefusesBadRequestsWithAReason) {
     options.additionalOptions.resize(1);
     expectError(allocator->allocate2(options, 1, &result), AllocationError::UNSUPPORTED);
     EXPECT_EQ(result.stride, 4711) << "written in spite of an error";
-}
-
-TEST(AllocatorFaults, ShowWhatTheyPromise) {
-    AllocationResult result;
-    expectError(startAllocator(AllocatorFault::kAllocateError)->allocate2(jpegInfo(), 1, &result),
-                AllocationError::NO_RESOURCES);
-
-    ASSERT_TRUE(startAllocator(AllocatorFault::kAllocateNone)
-                        ->allocate(descriptor(), 1, &result)
-                        .isOk());
-    EXPECT_EQ(result.buffers.size(), 0u);
-
-    ASSERT_TRUE(startAllocator(AllocatorFault::kAllocateTwo)
-                        ->allocate(descriptor(), 1, &result)
-                        .isOk());
-    EXPECT_EQ(result.buffers.size(), 2u);
-
-    BufferInfo info;
-    ASSERT_TRUE(
-            startAllocator(AllocatorFault::kBadHandle)->allocate2(jpegInfo(), 1, &result).isOk());
-    EXPECT_EQ(check(result.buffers.at(0), &info), BufferError::kBadBuffer);
 }
 
 }  // namespace

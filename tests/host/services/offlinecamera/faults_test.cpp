@@ -107,13 +107,4 @@ TEST(FaultInjector, UnknownNamesAndBadArgumentsAreErrors) {
     EXPECT_EQ(faults.Add("lend=16"), "");
 }
 
-TEST(FaultInjector, HelpTellsEveryFaultOnALineThatBeginsWithItsName) {
-    const std::string help = "\n" + FaultInjector::Help();
-    for (const FaultName& fault : kFaultNames) {
-        EXPECT_THAT(help, HasSubstr(std::string("\n") + fault.name));
-        EXPECT_EQ(FaultInjector().Add(fault.name), "");
-    }
-    EXPECT_EQ(std::count(help.begin(), help.end(), '\n'), 1 + int64_t{std::size(kFaultNames)});
-}
-
 }  // namespace offlinecamera

@@ -33,6 +33,33 @@ Stream MakeStream(int32_t id, StreamType type, PixelFormat format, int32_t width
     return stream;
 }
 
+OfflineSessionConfigureInfo Configuration(OpMode mode) {
+    const auto raw = [](int32_t id) {
+        return MakeStream(id, StreamType::INPUT, PixelFormat::RAW10, kWidth, kHeight);
+    };
+    const auto yuv = [](int32_t id, StreamType type, int32_t width, int32_t height) {
+        return MakeStream(id, type, PixelFormat::YCBCR_420_888, width, height);
+    };
+    OfflineSessionConfigureInfo info;
+    info.cameraId = "2";
+    info.opMode = static_cast<int32_t>(mode);
+    switch (mode) {
+        case OpMode::kB2Y:
+            info.streams = {raw(0), yuv(1, StreamType::OUTPUT, 12, 8)};
+            break;
+        case OpMode::kY2J:
+            info.streams = {yuv(0, StreamType::INPUT, kWidth, kHeight),
+                            MakeStream(1, StreamType::OUTPUT, PixelFormat::BLOB, kWidth, kHeight,
+                                       kBlobSize)};
+            break;
+        case OpMode::kMMF:
+            info.streams = {raw(0), yuv(1, StreamType::INPUT, 8, 6),
+                            yuv(2, StreamType::OUTPUT, 12, 8)};
+            break;
+    }
+    return info;
+}
+
 NativeHandle Allocate(const Stream& stream, int32_t spare) {
     const bool blob = stream.format == PixelFormat::BLOB;
     graphics::BufferDescription description;

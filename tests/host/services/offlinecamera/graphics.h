@@ -1,4 +1,5 @@
-// Streams and buffers for tests, from the real allocator and mapper of the stand-in device.
+// Streams, configurations and buffers for tests, from the real allocator and mapper of the stand-in
+// device.
 #pragma once
 
 #include <aidl/android/hardware/camera/device/Stream.h>
@@ -8,6 +9,7 @@
 #include <functional>
 
 #include "imported_buffer.h"
+#include "stream_set.h"
 
 namespace offlinecamera {
 
@@ -21,6 +23,14 @@ using ::aidl::android::hardware::graphics::common::PixelFormat;
 
 Stream MakeStream(int32_t id, StreamType type, PixelFormat format, int32_t width, int32_t height,
                   int32_t bufferSize = 0);
+
+// Small frames with a crop: RAW10 and YUV inputs of 16 x 12, YUV outputs of 12 x 8.
+inline constexpr int32_t kWidth = 16;
+inline constexpr int32_t kHeight = 12;
+inline constexpr int32_t kBlobSize = 20000;
+
+/** The configurations that the tool sends, with small frames. */
+OfflineSessionConfigureInfo Configuration(OpMode mode);
 
 /** A buffer that fits the stream; a BLOB one is `spare` bytes longer than the stream's size. */
 NativeHandle Allocate(const Stream& stream, int32_t spare = 0);

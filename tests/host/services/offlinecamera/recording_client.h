@@ -1,7 +1,6 @@
 // A client that writes down, one line each, what the service tells it.
 #pragma once
 
-#include <aidl/vendor/zel/hardware/camera/offlinecamera/BnOfflineCameraCallback.h>
 #include <gmock/gmock.h>
 
 #include <condition_variable>
@@ -11,6 +10,7 @@
 #include <vector>
 
 #include "graphics.h"
+#include "quiet_client.h"
 
 namespace offlinecamera {
 
@@ -20,17 +20,9 @@ namespace offlinecamera {
  *   status ERROR, " parts N" unless 1), "lend S x N", "return S:B", "empty CALLBACK".
  * It lends buffers with ids from 101 on and answers empty lists with an error. Thread-safe.
  */
-class RecordingClient
-    : public ::aidl::vendor::zel::hardware::camera::offlinecamera::BnOfflineCameraCallback {
+class RecordingClient : public QuietClient {
   public:
-    using StreamBuffer = ::aidl::android::hardware::camera::device::StreamBuffer;
-    using NotifyMsg = ::aidl::android::hardware::camera::device::NotifyMsg;
-    using BufferRequestStatus = ::aidl::android::hardware::camera::device::BufferRequestStatus;
     using StreamBuffersVal = ::aidl::android::hardware::camera::device::StreamBuffersVal;
-    using Result = ::aidl::vendor::zel::hardware::camera::offlinecamera::OfflineCaptureResult;
-    using BufferRequest =
-            ::aidl::vendor::zel::hardware::camera::offlinecamera::OfflineBufferRequest;
-    using BufferRet = ::aidl::vendor::zel::hardware::camera::offlinecamera::OfflineStreamBufferRet;
 
     ndk::ScopedAStatus notify(const std::vector<NotifyMsg>& messages) override {
         if (messages.empty()) return Empty("notify");

@@ -1,11 +1,12 @@
 // Registrations, modes, and what a thousand sessions leave behind.
 #include "service.h"
 
-#include <filesystem>
+#include <unistd.h>
 
 #include "refusal.h"
 #include "session_fixture.h"
 #include "tests/host/graphics-core/buffers.h"
+#include "tests/support/process_counts.h"
 
 namespace offlinecamera {
 
@@ -15,14 +16,8 @@ namespace {
 
 using ServiceTest = SessionFixture;
 
-int CountThreads() {
-    const std::filesystem::directory_iterator folder("/proc/self/task");
-    return static_cast<int>(std::distance(begin(folder), end(folder)));
-}
-
 struct Belongings {
-    int descriptors = countOpenDescriptors();
-    int threads = CountThreads();
+    ProcessCounts counts = countsOf(getpid());
     int bufferMaps = graphics::bufferMappings();
 };
 
@@ -42,25 +37,9 @@ TEST_F(ServiceTest, AThousandSessionsLeaveNothingBehind) {
     const Belongings before;
     for (int i = 0; i < 1000; ++i) runOne(kSupportedOpModes[i % 3]);
     const Belongings after;
-    EXPECT_EQ(after.descriptors, before.descriptors);
-    EXPECT_EQ(after.threads, before.threads);
+    EXPECT_EQ(after.counts.descriptors, before.counts.descriptors);
+    EXPECT_EQ(after.counts.threads, before.counts.threads);
     EXPECT_EQ(after.bufferMaps, before.bufferMaps);
-}
-
-TEST_F(ServiceTest, RefusedRequestsLeaveNothingBehind) {
-    OpenAndConfigure(OpMode::kB2Y);
-    const auto refuseOne = [this] {
-        OfflineRequestInfo info = MakeInfo();
-        info.outputBuffers[0].buffer.ints.assign(2, 0);
-        EXPECT_NE(Process(std::move(info)), "1");
-    };
-    refuseOne();
-    const Belongings before;
-    for (int i = 0; i < 50; ++i) refuseOne();
-    const Belongings after;
-    EXPECT_EQ(after.descriptors, before.descriptors);
-    EXPECT_EQ(after.bufferMaps, before.bufferMaps);
-    Close();
 }
 
 TEST_F(ServiceTest, ClientsRegisterAndLeave) {

@@ -15,19 +15,11 @@ using ::aidl::android::hardware::camera::device::BufferStatus;
 using ::aidl::vendor::zel::hardware::camera::offlinecamera::IOfflineCameraSession;
 using ::aidl::vendor::zel::hardware::camera::offlinecamera::OfflineFrameInfo;
 
-// Small frames with a crop: RAW10 and YUV inputs of 16 x 12, YUV outputs of 12 x 8.
-inline constexpr int32_t kWidth = 16;
-inline constexpr int32_t kHeight = 12;
-inline constexpr int32_t kBlobSize = 20000;
-
 /** A mosaic that differs from frame to frame. */
 uint16_t MosaicPixel(int frame, uint32_t x, uint32_t y);
 
 /** Writes MosaicPixel into a RAW10 buffer, or waves into a YUV one. */
 void Fill(const NativeHandle& handle, const Stream& stream, int frame);
-
-/** The configurations that the tool sends, with small frames. */
-OfflineSessionConfigureInfo Configuration(OpMode mode);
 
 class SessionFixture : public testing::Test {
   protected:

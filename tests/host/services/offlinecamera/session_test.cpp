@@ -306,4 +306,19 @@ TEST_F(SessionTest, SessionsAreLimitedAndLetGoInEveryWay) {
     EXPECT_EQ(open(0), kNoResources);
 }
 
+TEST(SessionSlots, AreLimitedForAClientAndForAllTogether) {
+    const auto slots = std::make_shared<SessionSlots>();
+    std::vector<SessionSlots::Slot> taken;
+    for (pid_t client = 1; taken.size() < SessionSlots::kMaxSessions; ++client) {
+        for (size_t i = 0; i < SessionSlots::kMaxOfAClient; ++i) {
+            taken.push_back(slots->Take(client));
+            ASSERT_NE(taken.back(), nullptr);
+        }
+        EXPECT_EQ(slots->Take(client), nullptr);
+    }
+    EXPECT_EQ(slots->Take(99), nullptr);
+    taken.pop_back();
+    EXPECT_NE(slots->Take(99), nullptr);
+}
+
 }  // namespace offlinecamera

@@ -2,11 +2,11 @@
 #include <android/binder_manager.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <host_service_manager.h>
 #include <signal.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "tests/host/libbinder_ndk/list_services.h"
 #include "tests/host/libbinder_ndk/peer_service.h"
 #include "tests/host/libbinder_ndk/test_bus.h"
 
@@ -14,17 +14,6 @@ namespace {
 
 ndk::SpAIBinder check(const std::string& name) {
     return ndk::SpAIBinder(AServiceManager_checkService(name.c_str()));
-}
-
-std::vector<std::string> listServices() {
-    std::vector<std::string> names;
-    EXPECT_EQ(AServiceManager_forEachService(
-                      &names,
-                      [](const char* name, void* context) {
-                          static_cast<std::vector<std::string>*>(context)->push_back(name);
-                      }),
-              STATUS_OK);
-    return names;
 }
 
 TEST(ServiceManager, FindsAServiceOfThisProcessAsTheObjectItself) {
