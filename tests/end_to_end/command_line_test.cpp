@@ -115,5 +115,20 @@ TEST(CommandLineRuns, AMissingServiceEndsTheRunByASignal) {
     }
 }
 
+TEST(CommandLineRuns, AMissingAllocatorIsLoggedAndHarmsOnlyBuffers) {
+    DeviceRun callbackDevice;
+    const RunResult callback = callbackDevice.with({"--no-allocator"}).tool({"-t", "callback"});
+    EXPECT_EQ(callback.status, 0);
+    EXPECT_THAT(callback.messages(),
+                InOrder({"Gralloc Init failed, reason zelAllocator getService failed",
+                         "[AIDL] registerClient clientId 0"}));
+
+    DeviceRun device;
+    const RunResult run = device.with({"--no-allocator"}).tool({"-t", "B2Y"});
+    EXPECT_GT(run.status, 128) << run.allOutput();
+    EXPECT_THAT(run.messages(), InOrder({"ConfigureOfflineStreams sucessfully"}));
+    EXPECT_THAT(run.dumps, IsEmpty());
+}
+
 }  // namespace
 }  // namespace end_to_end

@@ -207,4 +207,54 @@ TEST_F(HostilePeer, ThatTakesNoReferenceGetsNoMore) {
     EXPECT_EQ(answer.status, STATUS_FAILED_TRANSACTION);
 }
 
+TEST_F(HostilePeer, ThatReadsNoAnswersLosesItsConnection) {
+    start();
+    const size_t many = 1000 * 1000;
+    RawConnection asking(mSocket);
+    ASSERT_TRUE(asking.greet());
+    EXPECT_TRUE(asking.sendUntilClosed(bytesOf(frameHeader(FrameKind::kAcquire)), many));
+    RawConnection calling(mSocket, gObject);
+    EXPECT_TRUE(calling.sendUntilClosed(bytesOf(callHeader(1, hostbinder::kPingCode, 0)), many));
+    expectUnharmed();
+}
+
+TEST_F(HostilePeer, ThatReadsNoLargeAnswersLosesItsConnection) {
+    start();
+    constexpr uint32_t kSize = 64 * 1024;
+    std::string request = interfaceHeader("test.IPeer");
+    appendBytes(&request, kSize);
+    request.resize(request.size() + kSize);
+    RawConnection calling(mSocket, gObject);
+    for (uint64_t id = 1; id <= 20; ++id) {
+        calling.send(bytesOf(callHeader(id, kEchoBytes, request.size()), request));
+    }
+    expectUnharmed();
+}
+
+TEST_F(HostilePeer, GetsOnlySoManyConnections) {
+    start();
+    {
+        std::vector<std::unique_ptr<RawConnection>> connections;
+        for (int i = 0; i < 31; ++i) {
+            connections.push_back(std::make_unique<RawConnection>(mSocket));
+            ASSERT_TRUE(connections.back()->greet());
+        }
+        // One more has a place, or is the one that this process has besides.
+        RawConnection last(mSocket);
+        EXPECT_TRUE(RawConnection(mSocket).isClosed());
+        EXPECT_EQ(add(mPeer->binder, 1), 2);
+    }
+    expectUnharmed();
+}
+
+TEST_F(HostilePeer, CannotGuessObjects) {
+    start();
+    RawConnection guessing(mSocket);
+    ASSERT_TRUE(guessing.greet());
+    for (uint64_t number = 1; number < 100; ++number) {
+        EXPECT_FALSE(guessing.acquire(number));
+        EXPECT_FALSE(guessing.acquire(gObject + number));
+    }
+}
+
 }  // namespace

@@ -146,4 +146,33 @@ TEST(ParcelPosition, MovesAnywhereButWritesOnlyInsideOrAtTheEnd) {
     EXPECT_EQ(parcel.size(), 8);
 }
 
+TEST(ParcelValues, ScalarsTakeFourOrEightBytes) {
+    expectRoundTrip(true, 4);
+    expectRoundTrip(int8_t{-128}, 4);
+    expectRoundTrip(uint8_t{255}, 4);
+    expectRoundTrip(u'\uffff', 4);
+    expectRoundTrip(std::numeric_limits<int32_t>::min(), 4);
+    expectRoundTrip(std::numeric_limits<uint32_t>::max(), 4);
+    expectRoundTrip(std::numeric_limits<int64_t>::min(), 8);
+    expectRoundTrip(std::numeric_limits<uint64_t>::max(), 8);
+    expectRoundTrip(1.5f, 4);
+    expectRoundTrip(-2.25, 8);
+    expectRoundTrip(Small::kLow, 4);
+    expectRoundTrip(Large::kValue, 8);
+}
+
+TEST(ParcelValues, NullableValuesMayBeAbsent) {
+    expectRoundTrip(std::optional<std::string>(), 4);
+    expectRoundTrip(std::optional<std::string>("ab"), 12);
+    expectRoundTrip(std::optional<Pair>(), 4);
+    expectRoundTrip(std::optional<Pair>(Pair{3, "y"}), 16);
+    expectRoundTrip(std::optional<std::vector<int32_t>>(), 4);
+    expectRoundTrip(std::optional<std::vector<int32_t>>({{7}}), 8);
+    expectRoundTrip(std::optional<std::vector<std::optional<std::string>>>({{std::nullopt, "z"}}),
+                    4 + 4 + 8);
+    expectRoundTrip(std::optional<std::vector<std::optional<Pair>>>({{Pair{1, ""}, std::nullopt}}),
+                    4 + 16 + 4);
+    expectRoundTrip(std::optional<std::array<int32_t, 2>>(), 4);
+}
+
 }  // namespace

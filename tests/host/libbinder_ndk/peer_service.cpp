@@ -147,6 +147,8 @@ binder_status_t handle(AIBinder*, transaction_code_t code, const AParcel* in, AP
         case kCaller:
             ndk::AParcel_writeData(out, static_cast<int32_t>(AIBinder_getCallingPid()));
             return ndk::AParcel_writeData(out, static_cast<int32_t>(AIBinder_getCallingUid()));
+        case kPoolStarted:
+            return ndk::AParcel_writeData(out, int32_t{ABinderProcess_isThreadPoolStarted()});
         case kFail:
             ndk::AParcel_readData(in, &value);
             return value;

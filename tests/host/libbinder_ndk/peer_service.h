@@ -29,6 +29,7 @@ enum PeerRequest : transaction_code_t {
     kRecords,                       // -> the list
     kCountFds,                      // -> how many descriptors the process has open
     kCaller,                        // -> pid and uid of the caller
+    kPoolStarted,                   // -> whether the pool runs
     kFail,                          // status: returned as transport status
     kPeerRequestEnd,
 };

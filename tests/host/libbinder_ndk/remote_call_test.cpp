@@ -1,4 +1,5 @@
 // Calls between processes: values, descriptors, failures, callbacks.
+#include <android/binder_manager.h>
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/mman.h>
@@ -141,6 +142,15 @@ TEST(Callback, RunsOnTheWaitingThread) {
 TEST(Callback, NestsAsDeepAsTheCallsDo) {
     Peer peer = startPeer({"--max", "0"});
     EXPECT_EQ(pingPong(peer.binder, newPeerObject(), 12), 12);
+}
+
+TEST(ExitHandler, CanStillCall) {
+    Peer peer = startPeer();
+    const std::string name = newServiceName();
+    ASSERT_EQ(AServiceManager_addService(peer.binder.get(), name.c_str()), EX_NONE);
+    Child caller(peerCommand(newServiceName(), {"--call-at-exit", name}));
+    EXPECT_EQ(caller.wait(), 0);
+    EXPECT_EQ(recordsOf(peer.binder), std::vector<int32_t>{42});
 }
 
 }  // namespace

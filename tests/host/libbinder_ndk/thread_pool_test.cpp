@@ -1,5 +1,7 @@
 // Which threads serve calls, and in which order.
+#include <android/binder_process.h>
 #include <gtest/gtest.h>
+#include <poll.h>
 
 #include <future>
 #include <numeric>
@@ -62,6 +64,40 @@ TEST(Callers, OnManyThreadsGetTheirOwnAnswers) {
     }
     for (auto& caller : callers) EXPECT_TRUE(caller.get());
     EXPECT_TRUE(eventually([&]() { return askPeer(peer.binder, kLiveObjects) == 1; }));
+}
+
+TEST(ThreadPool, QueuesCallsUntilItIsStarted) {
+    Peer peer = startPeer({"--late-pool"});
+    // The peer says whether the pool ran when it served the call; its class is asked for first.
+    auto started =
+            std::async(std::launch::async, [&]() { return askPeer(peer.binder, kPoolStarted); });
+    EXPECT_EQ(started.wait_for(std::chrono::milliseconds(100)), std::future_status::timeout);
+    peer.process.nudge();
+    EXPECT_EQ(started.get(), 1);
+}
+
+TEST(Polling, ServesCallsOnTheThreadThatAsks) {
+    if (ABinderProcess_isThreadPoolStarted()) GTEST_SKIP() << "an earlier test started the pool";
+    Peer peer = startPeer();
+    int calls = -1;
+    ASSERT_EQ(ABinderProcess_setupPolling(&calls), STATUS_OK);
+    ndk::SpAIBinder own = newPeerObject();
+    // A oneway call begins no chain: the call back waits for a thread of this process.
+    ASSERT_EQ(callPeer(
+                      peer.binder, kCall,
+                      [&](AParcel* in) {
+                          AParcel_writeStrongBinder(in, own.get());
+                          return ndk::AParcel_writeData(in, 5);
+                      },
+                      nullptr, FLAG_ONEWAY),
+              STATUS_OK);
+    pollfd waiting{calls, POLLIN, 0};
+    for (const char* call : {"for the descriptor", "of the method"}) {
+        ASSERT_EQ(poll(&waiting, 1, 20000), 1) << call;
+        EXPECT_EQ(ABinderProcess_handlePolledCommands(), STATUS_OK);
+    }
+    EXPECT_EQ(lastAddThread(), std::this_thread::get_id());
+    EXPECT_EQ(poll(&waiting, 1, 0), 0) << "nothing waits any more";
 }
 
 }  // namespace
