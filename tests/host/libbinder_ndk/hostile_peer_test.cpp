@@ -165,12 +165,14 @@ TEST_F(HostilePeer, CannotTakeTheNameOfAnother) {
     const pid_t child = fork();
     ASSERT_GE(child, 0);
     if (child == 0) {
+        alarm(30);  // a lock that another thread held at the fork is never free here
         RawConnection thief(mSocket);
         thief.sendHello(path.substr(path.rfind('/') + 1));
         _exit(thief.isClosed() ? 0 : 1);
     }
     int status = -1;
     ASSERT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_EQ(status, 0) << "the thief is refused";
     EXPECT_EQ(add(mPeer->binder, 1), 2) << "the connection of the name's owner stays";
 }
 
