@@ -14,14 +14,18 @@ endforeach()
 enable_testing()
 include(GoogleTest)
 
-# host_test(NAME SOURCES file... LIBRARIES target... [TIMEOUT seconds] [NO_MAIN])
+# host_test(NAME SOURCES file... LIBRARIES target... [TIMEOUT seconds] [PROCESSORS n] [NO_MAIN])
 #
+# A case counts as n of the cases that run at the same time (1).
 # Cases run as separate processes, in any order and in parallel. They find the HAL libraries of
 # this build through STANDIN_HAL_PATH.
 function(host_test name)
-    cmake_parse_arguments(TEST "NO_MAIN" "TIMEOUT" "SOURCES;LIBRARIES" ${ARGN})
+    cmake_parse_arguments(TEST "NO_MAIN" "TIMEOUT;PROCESSORS" "SOURCES;LIBRARIES" ${ARGN})
     if(NOT TEST_TIMEOUT)
         set(TEST_TIMEOUT 60)
+    endif()
+    if(NOT TEST_PROCESSORS)
+        set(TEST_PROCESSORS 1)
     endif()
     add_executable(${name} ${TEST_SOURCES})
     set_target_properties(${name} PROPERTIES
@@ -34,6 +38,6 @@ function(host_test name)
     gtest_discover_tests(${name}
         TEST_PREFIX "${name}/"
         DISCOVERY_MODE PRE_TEST
-        PROPERTIES TIMEOUT ${TEST_TIMEOUT}
+        PROPERTIES TIMEOUT ${TEST_TIMEOUT} PROCESSORS ${TEST_PROCESSORS}
         ENVIRONMENT "STANDIN_HAL_PATH=${VENDOR_HAL_DIRECTORY}")
 endfunction()
