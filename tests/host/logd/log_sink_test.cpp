@@ -36,7 +36,7 @@ struct Outcome {
     std::vector<std::string> error;  // lines on standard error
 };
 
-// Runs the probe. `logFd`: "%" becomes the number of a descriptor, open for appending as the log is.
+// Runs the probe. In `logFd`, "%" becomes the number of a descriptor, which appends as the log's.
 Outcome runProbe(const char* what, std::string logFd, const char* echo) {
     const int log = memfd_create("log", 0);
     fcntl(log, F_SETFL, O_APPEND);
