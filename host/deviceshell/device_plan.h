@@ -18,7 +18,7 @@ struct DeviceProgram {
 // Numbers of descriptors that the inside inherits.
 struct DeviceDescriptors {
     int status = -1;     // write end; the command's shell status goes here as one int
-    int control = -1;    // read end; each byte is the number of a signal for the command
+    int control = -1;    // socket; see control.h
     int log = -1;        // platform log of the command
     int deviceLog = -1;  // platform log and output of the programs
     int trace = -1;      // binder trace of the command; -1: none

@@ -18,6 +18,7 @@
 #include <algorithm>
 #include <map>
 
+#include "control.h"
 #include "process.h"
 #include "readiness.h"
 #include "sandbox.h"
@@ -55,7 +56,7 @@ class Device {
     int run() {
         if (!prepare()) return kNoDevice;
         int status = kNoDevice;
-        if (startPrograms(&status)) status = runCommand();
+        if (awaitCaller(&status) && startPrograms(&status)) status = runCommand();
         stopPrograms();
         return status;
     }
@@ -69,11 +70,13 @@ class Device {
     };
 
     bool prepare();
+    bool awaitCaller(int* status);
     bool startPrograms(int* status);
     bool startProgram(const DeviceProgram& program);
     bool awaitAnswers(const std::vector<std::string>& names, int* status);
     bool noteMissedStart(const Event& event, int* status);
     int runCommand();
+    pid_t startCommand(ProgramStart start);
     void stopPrograms();
     Event nextEvent(const Deadline* deadline);
     int takeTerminalSignal();
@@ -230,6 +233,14 @@ bool Device::noteMissedStart(const Event& event, int* status) {
     return false;
 }
 
+// For as long as the caller lives, which answers at once.
+bool Device::awaitCaller(int* status) {
+    if (write(m_numbers.control, &kHere, 1) != 1) return false;
+    const Event event = nextEvent(nullptr);
+    return (event.kind == Event::Signal && event.number == kStart) ||
+           noteMissedStart(event, status);
+}
+
 bool Device::startPrograms(int* status) {
     std::vector<std::string> names;
     bool managerAnswers = false;
@@ -240,6 +251,23 @@ bool Device::startPrograms(int* status) {
         if (!program.serviceName.empty()) names.push_back(program.serviceName);
     }
     return names.empty() || awaitAnswers(names, status);
+}
+
+// What the terminal sent before there was a command reached this process alone: the command gets
+// it as its first signal, together with those that reached it since.
+pid_t Device::startCommand(ProgramStart start) {
+    int gate[2];
+    if (pipe2(gate, O_CLOEXEC) != 0) return -1;
+    start.startSignal = gate[0];
+    const pid_t command = deviceshell::startProgram(start);
+    if (command > 0) {
+        const int early = takeTerminalSignal();
+        if (early != 0) kill(command, early);
+        if (write(gate[1], "", 1) != 1) kill(command, SIGKILL);
+    }
+    close(gate[0]);
+    close(gate[1]);
+    return command;
 }
 
 int Device::runCommand() {
@@ -265,7 +293,7 @@ int Device::runCommand() {
                                           std::to_string(m_numbers.trace));
         start.keepOpen.push_back(m_numbers.trace);
     }
-    const pid_t command = deviceshell::startProgram(start);
+    const pid_t command = startCommand(start);
     if (command < 0) {
         complain(m_plan.command[0] + ": " + strerror(errno));
         return kNoDevice;

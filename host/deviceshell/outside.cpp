@@ -11,9 +11,11 @@
 #include <sys/mman.h>
 #include <sys/prctl.h>
 #include <sys/signalfd.h>
+#include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "control.h"
 #include "process.h"
 #include "sandbox.h"
 #include "shell.h"
@@ -100,11 +102,12 @@ class Watch {
     int untilEnd() {
         int status = 0;
         while (waitpid(m_sandbox, &status, WNOHANG) == 0) {
-            pollfd source = {m_signals, POLLIN, 0};
-            const int ready = poll(&source, 1, m_limited ? kGraceMilliseconds : -1);
+            pollfd sources[2] = {{m_signals, POLLIN, 0}, {m_here ? -1 : m_control, POLLIN, 0}};
+            const int ready = poll(sources, 2, m_limited ? kGraceMilliseconds : -1);
             if (ready == 0) escalate();
             signalfd_siginfo signal = {};
             while (read(m_signals, &signal, sizeof signal) == sizeof signal) take(signal);
+            if (sources[1].revents) letStart();
         }
         return m_last;
     }
@@ -113,12 +116,19 @@ class Watch {
     void take(const signalfd_siginfo& signal) {
         const int number = static_cast<int>(signal.ssi_signo);
         if (number == SIGCHLD) return;
-        // What the terminal sends goes to the command, too; only a hang-up must end it.
+        // What the terminal sends goes to the command, too, as soon as somebody is there to take
+        // it; only a hang-up must end it.
         const bool fromTerminal = signal.ssi_code == SI_KERNEL;
-        if (fromTerminal && number != SIGHUP) return;
+        if (fromTerminal && number != SIGHUP && m_here) return;
         m_last = number;
         m_limited = true;
         passOn(number);
+    }
+
+    void letStart() {
+        unsigned char byte = 0;
+        if (read(m_control, &byte, 1) == 1) passOn(kStart);
+        m_here = true;  // or gone
     }
 
     void passOn(int number) const {
@@ -139,6 +149,7 @@ class Watch {
     const int m_signals;
     const int m_control;
     int m_last = 0;
+    bool m_here = false;  // the first process has said so
     bool m_limited = false;
     bool m_killed = false;
 };
@@ -165,7 +176,8 @@ int runOutside(const Options& options, DevicePlan plan, const std::string& self)
     const sigset_t watched = watchedSignals();
     sigprocmask(SIG_BLOCK, &watched, nullptr);
     const int signals = signalfd(-1, &watched, SFD_CLOEXEC | SFD_NONBLOCK);
-    if (signals < 0 || pipe2(statusEnds, O_CLOEXEC) != 0 || pipe2(controlEnds, O_CLOEXEC) != 0) {
+    if (signals < 0 || pipe2(statusEnds, O_CLOEXEC) != 0 ||
+        socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, controlEnds) != 0) {
         complain(std::string("cannot start the device: ") + strerror(errno));
         return kNoDevice;
     }

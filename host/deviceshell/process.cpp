@@ -34,6 +34,8 @@ constexpr size_t kMaxOutput = 1 << 20;
     for (const auto& [name, value] : start.setEnvironment) {
         setenv(name.c_str(), value.c_str(), 1);
     }
+    char byte = 0;
+    if (start.startSignal >= 0 && read(start.startSignal, &byte, 1) != 1) _exit(126);
     sigset_t none;
     sigemptyset(&none);
     sigprocmask(SIG_SETMASK, &none, nullptr);

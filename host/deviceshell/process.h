@@ -18,6 +18,7 @@ struct ProgramStart {
     int input = -1;             // become descriptors 0, 1 and 2; -1: inherited
     int output = -1;
     int error = -1;
+    int startSignal = -1;       // the program waits for a byte from here; -1: it does not wait
     unsigned limitSeconds = 0;  // SIGALRM ends the program after this time; 0: no limit
     bool ownTerminal = false;   // own process group, which gets the terminal of descriptor 0
     bool ownGroup = false;      // own process group: the terminal's signals do not reach it

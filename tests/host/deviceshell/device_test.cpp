@@ -194,6 +194,23 @@ TEST_F(Deviceshell, CtrlCReachesTheCommandAtTheTerminal) {
     EXPECT_EQ(device.finish().status, 128 + SIGINT);
 }
 
+// A bubblewrap that starts nothing until the terminal has shown the Ctrl-C.
+TEST_F(Deviceshell, CtrlCIsNotLostBeforeTheFirstProcessIsThere) {
+    std::ofstream(m_folder + "/bwrap") << "#!/bin/sh\n"
+                                          "echo early; until [ -e \"$0.go\" ]; do :; done\n"
+                                          "PATH=${PATH#*:}; exec bwrap \"$@\"\n";
+    chmod((m_folder + "/bwrap").c_str(), 0755);
+    Subprocess device(shell("echo ran"), {{"PATH", m_folder + ":" + getenv("PATH")}},
+                      Subprocess::Input::Terminal);
+    ASSERT_TRUE(device.waitForOutput("early"));
+    device.type("\x03");
+    ASSERT_TRUE(device.waitForOutput("^C"));
+    std::ofstream(m_folder + "/bwrap.go").close();
+    const Finished finished = device.finish();
+    EXPECT_EQ(finished.status, 128 + SIGINT);
+    EXPECT_THAT(finished.out, Not(HasSubstr("ran\r\n")));
+}
+
 // /dev is the device's own, but for programs that lie in it.
 TEST_F(Deviceshell, FindsAServiceInSharedMemory) {
     std::string folder = "/dev/shm/deviceshell-XXXXXX";
