@@ -77,11 +77,11 @@ page_maker=""
 start_page() {
     local path word told=()
     for word in "${options[@]}"; do
-        [[ "$word" == -- ]] || told+=("--option=$word")
+        [[ "$word" == -- || "$word" == --shell ]] || told+=("--option=$word")
     done
     while IFS=$'\t' read -r path _; do
         [[ -z "$path" ]] || told+=("--dump=$data/$path")
-    done <<<"$written"
+    done <<<"$dumps"
     # Nobody shall take an older run's report for this one's.
     rm -f "$out/report.html" "$out/report.json" || true
     "$out/build/bin/runreport" --html="$out/report.html" --json="$out/report.json" \

@@ -116,9 +116,10 @@ std::optional<std::string> listFaults(const std::string& folder, std::string* er
 std::vector<std::string> encodePlan(const DevicePlan& plan) {
     const DeviceDescriptors& numbers = plan.descriptors;
     std::vector<std::string> words = {kInsideWord};
-    for (const int number : {numbers.status, numbers.control, numbers.log, numbers.deviceLog,
-                             numbers.trace, plan.verbose ? 1 : 0, static_cast<int>(plan.shell),
-                             static_cast<int>(plan.programs.size())}) {
+    for (const int number :
+         {numbers.status, numbers.control, numbers.log, numbers.deviceLog, numbers.trace,
+          numbers.runRecord, plan.verbose ? 1 : 0, static_cast<int>(plan.shell),
+          static_cast<int>(plan.programs.size())}) {
         words.push_back(std::to_string(number));
     }
     for (const DeviceProgram& program : plan.programs) {
@@ -172,8 +173,8 @@ std::optional<DevicePlan> decodePlan(const std::vector<std::string>& words) {
     if (reader.word() != kInsideWord) return std::nullopt;
     DevicePlan plan;
     DeviceDescriptors& numbers = plan.descriptors;
-    for (int* number :
-         {&numbers.status, &numbers.control, &numbers.log, &numbers.deviceLog, &numbers.trace}) {
+    for (int* number : {&numbers.status, &numbers.control, &numbers.log, &numbers.deviceLog,
+                        &numbers.trace, &numbers.runRecord}) {
         *number = reader.number();
     }
     plan.verbose = reader.number() != 0;

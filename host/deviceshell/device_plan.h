@@ -22,6 +22,9 @@ struct DeviceDescriptors {
     int log = -1;        // platform log of the command
     int deviceLog = -1;  // platform log and output of the programs
     int trace = -1;      // binder trace of the command; -1: none
+    int runRecord = -1;  // see recorded_run.cpp; -1: none
+
+    std::vector<int> all() const { return {status, control, log, deviceLog, trace, runRecord}; }
 };
 
 // Whether the command is a shell that this program chose, and for whom.

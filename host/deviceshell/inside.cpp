@@ -76,6 +76,7 @@ class Device {
     bool awaitAnswers(const std::vector<std::string>& names, int* status);
     bool noteMissedStart(const Event& event, int* status);
     int runCommand();
+    ProgramStart commandStart() const;
     pid_t startCommand(ProgramStart start);
     void stopPrograms();
     Event nextEvent(const Deadline* deadline);
@@ -92,8 +93,7 @@ class Device {
 };
 
 bool Device::prepare() {
-    for (const int number : {m_numbers.status, m_numbers.control, m_numbers.log,
-                             m_numbers.deviceLog, m_numbers.trace}) {
+    for (const int number : m_numbers.all()) {
         if (number >= 0) fcntl(number, F_SETFD, FD_CLOEXEC);
     }
     // A command that dies must not leave a core file in the user's folder.
@@ -270,30 +270,37 @@ pid_t Device::startCommand(ProgramStart start) {
     return command;
 }
 
-int Device::runCommand() {
+// The command with its environment and descriptors.
+ProgramStart Device::commandStart() const {
     ProgramStart start;
     start.argv = m_plan.command;
     const char* const path = getenv("PATH");
+    std::string folders = kBinaryFolder;
+    if (m_numbers.runRecord >= 0) folders = folders + "/recorded:" + folders;
     // A device's getopt stops at the first plain word.
     start.setEnvironment = {{"POSIXLY_CORRECT", "1"},
-                            {"PATH", std::string(kBinaryFolder) + ":" + (path ? path : "/bin")},
+                            {"PATH", folders + ":" + (path ? path : "/bin")},
                             {"STANDIN_LOG_FD", std::to_string(m_numbers.log)}};
     start.keepOpen = {m_numbers.log};
     if (m_plan.shell != ShellKind::None) {
         for (const auto& variable : shellEnvironment()) start.setEnvironment.push_back(variable);
         start.unsetEnvironment = {"ENV", "BASH_ENV"};
     }
-    if (m_plan.shell == ShellKind::Terminal) {
-        fputs(kGreeting, stderr);
-        start.ownTerminal = true;
-    }
+    start.ownTerminal = m_plan.shell == ShellKind::Terminal;
     if (m_plan.verbose) start.setEnvironment.emplace_back("STANDIN_LOG_ECHO", "1");
-    if (m_numbers.trace >= 0) {
-        start.setEnvironment.emplace_back("STANDIN_BINDER_TRACE_FD",
-                                          std::to_string(m_numbers.trace));
-        start.keepOpen.push_back(m_numbers.trace);
+    const std::pair<const char*, int> optional[] = {{"STANDIN_BINDER_TRACE_FD", m_numbers.trace},
+                                                    {"STANDIN_RUN_RECORD_FD", m_numbers.runRecord}};
+    for (const auto& [name, number] : optional) {
+        if (number < 0) continue;
+        start.setEnvironment.emplace_back(name, std::to_string(number));
+        start.keepOpen.push_back(number);
     }
-    const pid_t command = startCommand(start);
+    return start;
+}
+
+int Device::runCommand() {
+    if (m_plan.shell == ShellKind::Terminal) fputs(kGreeting, stderr);
+    const pid_t command = startCommand(commandStart());
     if (command < 0) {
         complain(m_plan.command[0] + ": " + strerror(errno));
         return kNoDevice;

@@ -27,7 +27,10 @@ const char* const kHelp =
         "  --planes           vexofflinecameratest is the build that knows plane layouts\n"
         "  --log FILE         write the command's platform log to FILE\n"
         "  --device-log FILE  write the services' platform log and output to FILE\n"
+        "                     (those of a shell's device go to its --log without it)\n"
         "  --trace FILE       write one line per binder transaction of the command to FILE\n"
+        "  --run-record FILE  in a shell: write the command line, times and status of the last\n"
+        "                     run of vexofflinecameratest to FILE\n"
         "  -v                 show the command's platform log on standard error, too\n"
         "  --die-with-parent  end when the calling process ends\n"
         "  --help             show this help\n"
@@ -58,9 +61,13 @@ struct Value {
 };
 
 constexpr Value kValues[] = {
-        {"--data", &Options::dataFolder}, {"--service", &Options::serviceProgram},
-        {"--log", &Options::logFile},     {"--device-log", &Options::deviceLogFile},
-        {"--trace", &Options::traceFile}, {"--fault", nullptr},
+        {"--data", &Options::dataFolder},
+        {"--service", &Options::serviceProgram},
+        {"--log", &Options::logFile},
+        {"--device-log", &Options::deviceLogFile},
+        {"--trace", &Options::traceFile},
+        {"--run-record", &Options::runRecordFile},
+        {"--fault", nullptr},
 };
 
 bool setFlag(const std::string& word, Options* options) {
@@ -75,6 +82,9 @@ bool setFlag(const std::string& word, Options* options) {
 bool checkCombination(const Options& options, std::string* error) {
     if (options.withoutService && !options.serviceProgram.empty()) {
         *error = "--no-service and --service exclude each other";
+    }
+    if (!options.runRecordFile.empty() && !options.command.empty()) {
+        *error = "--run-record is for a shell and takes no COMMAND";
     }
     return error->empty();
 }

@@ -13,6 +13,7 @@ struct Options {
     std::string logFile;         // platform log of the command; empty: dropped
     std::string deviceLogFile;   // platform log and output of the services; empty: dropped
     std::string traceFile;       // binder trace of the command; empty: none
+    std::string runRecordFile;   // the last run of the tool in a shell; empty: not recorded
     std::vector<std::string> faults;  // NAME or NAME=ARG each
     bool withoutService = false;
     bool withoutAllocator = false;

@@ -49,10 +49,14 @@ bool openFiles(const Options& options, bool forShell, DeviceDescriptors* numbers
     const bool keepLog = forShell && options.logFile.empty();
     numbers->log = keepLog ? openMemory("log") : openLog(options.logFile);
     if (numbers->log < 0) return false;
-    numbers->deviceLog = keepLog && options.deviceLogFile.empty()
+    numbers->deviceLog = forShell && options.deviceLogFile.empty()
                                  ? fcntl(numbers->log, F_DUPFD_CLOEXEC, 0)
                                  : openLog(options.deviceLogFile);
     if (numbers->deviceLog < 0) return false;
+    if (!options.runRecordFile.empty() &&
+        (numbers->runRecord = openLog(options.runRecordFile)) < 0) {
+        return false;
+    }
     const bool keepTrace = forShell && options.traceFile.empty();
     if (!keepTrace && options.traceFile.empty()) return true;
     numbers->trace = keepTrace ? openMemory("trace") : openLog(options.traceFile);
@@ -76,11 +80,11 @@ pid_t startSandbox(const std::vector<std::string>& arguments, const DeviceDescri
     if (pid != 0) return pid;
     prctl(PR_SET_PDEATHSIG, SIGKILL);
     if (getppid() != parent) _exit(kNoDevice);
-    for (const int number :
-         {numbers.status, numbers.control, numbers.log, numbers.deviceLog, numbers.trace}) {
+    for (const int number : numbers.all()) {
         if (number >= 0) fcntl(number, F_SETFD, 0);
     }
-    for (const char* name : {"STANDIN_HAL_PATH", "STANDIN_LOG_ECHO", "STANDIN_BINDER_TRACE_FD"}) {
+    for (const char* name : {"STANDIN_HAL_PATH", "STANDIN_LOG_ECHO", "STANDIN_BINDER_TRACE_FD",
+                             "STANDIN_RUN_RECORD_FD"}) {
         unsetenv(name);
     }
     setenv("STANDIN_BINDER_DIR", kBinderFolder, 1);

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 
+using ::testing::AllOf;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 using ::testing::Not;
@@ -97,13 +98,25 @@ TEST_F(RunScript, UsesAnotherDataFolder) {
     fs::remove(unreadable);
 }
 
-TEST_F(RunScript, OpensAShellOnTheDevice) {
-    const Finished finished =
-            runProgram({"sh", "-c",
-                        "echo 'vexofflinecameratest -t B2Y; service list; exit 3' | \"$0\" --shell",
-                        m_root + "/run"},
-                       crashSettings());
+TEST_F(RunScript, OpensAShellOnTheDeviceAndReportsTheLastRunInIt) {
+    const auto shell = [&](const std::string& script, const std::string& options) {
+        return runProgram(
+                {"sh", "-c", "echo \"$1\" | \"$0\" --shell " + options, m_root + "/run", script},
+                crashSettings());
+    };
+    EXPECT_EQ(shell("service list", "--no-allocator").status, 0);
+    EXPECT_FALSE(fs::exists(m_root + "/out/report.json"));
+    const Finished finished = shell(
+            "vexofflinecameratest -t B2Y; service list; vexofflinecameratest -t Y2J; exit 3", "");
     EXPECT_EQ(finished.status, 3) << finished.err;
+    const std::string facts = readFile(m_root + "/out/report.json");
+    EXPECT_THAT(facts, AllOf(HasSubstr(R"("command":["vexofflinecameratest","-t","Y2J"])"),
+                             HasSubstr(R"("options":[])"), HasSubstr(R"("ending":"finished")"),
+                             HasSubstr(R"("name":"dump")"), HasSubstr(R"("from":"services")"),
+                             HasSubstr("Y2J_Width"), Not(HasSubstr("B2Y_Stride"))));
+    // A crash of the tool is its own, although the shell goes on.
+    EXPECT_EQ(shell("vexofflinecameratest -t callback; true", "--no-service").status, 0);
+    EXPECT_THAT(readFile(m_root + "/out/report.json"), HasSubstr(R"("ending":"signal")"));
     EXPECT_THAT(finished.out, StartsWith("cmd: -t=B2Y\nopMode: B2Y=0\nret: =0\nFound 2 services:"));
     EXPECT_THAT(finished.err, HasSubstr("Scanline[0].yuv (18874368 bytes), "));
 }

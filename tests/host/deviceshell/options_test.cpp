@@ -50,6 +50,7 @@ TEST(DeviceshellOptions, EndAtTheFirstPlainWord) {
 TEST(DeviceshellOptions, ErrorsNameTheirCause) {
     EXPECT_THAT(errorOf({"--datum", "d", "true"}), HasSubstr("--datum"));
     EXPECT_THAT(errorOf({"--log=", "true"}), HasSubstr("--log needs a value"));
+    EXPECT_THAT(errorOf({"--run-record", "r", "true"}), HasSubstr("--run-record"));
     EXPECT_THAT(errorOf({"--no-service", "--service", "s", "true"}), HasSubstr("--no-service"));
 }
 
@@ -146,10 +147,10 @@ TEST(DevicePlanWords, DamagedOnesAreRefused) {
                 << length << " words";
     }
     Words damaged = words;
-    damaged[8] = "9999999999";  // number of programs
+    damaged[9] = "9999999999";  // number of programs
     EXPECT_FALSE(decodePlan(damaged));
     damaged = words;
-    damaged[7] = "3";  // kind of shell
+    damaged[8] = "3";  // kind of shell
     EXPECT_FALSE(decodePlan(damaged));
 }
 
