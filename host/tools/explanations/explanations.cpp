@@ -1,4 +1,4 @@
-// Reads the explanations of docs/device.md and finds the one of a message.
+// Reads the explanations of a page and finds the one of a message.
 
 #include "explanations.h"
 
@@ -10,7 +10,7 @@ namespace {
 
 constexpr std::string_view kAnyText = "…";
 constexpr std::string_view kStatusSection = "## Exit statuses";
-constexpr std::string_view kLineSections[] = {"## Error lines", "## Lines of the stand-in device"};
+constexpr std::string_view kLineSection = "## Error lines";
 constexpr std::string_view kSignalStatus = "128 + n";
 
 bool StartsWith(std::string_view text, std::string_view start) {
@@ -33,15 +33,6 @@ std::string_view Quoted(std::string_view heading) {
     return first == last ? std::string_view() : heading.substr(first + 1, last - first - 1);
 }
 
-bool IsLineSection(std::string_view heading) {
-    for (const std::string_view section : kLineSections) {
-        if (heading == section) {
-            return true;
-        }
-    }
-    return false;
-}
-
 // Collects entries from one line of the page after the other.
 class PageReader {
   public:
@@ -49,7 +40,7 @@ class PageReader {
 
     void Take(std::string_view line) {
         if (StartsWith(line, "# ") || StartsWith(line, "## ")) {
-            m_inSection = m_statuses ? line == kStatusSection : IsLineSection(line);
+            m_inSection = m_statuses ? line == kStatusSection : line == kLineSection;
             m_inEntry = false;
         } else if (m_inSection && StartsWith(line, "### ")) {
             if (!m_inEntry || m_textSeen) {

@@ -1,7 +1,7 @@
-// Cause and cure of every line and status of a run, as docs/device.md explains them.
+// Cause and cure of every line and status of a run, as docs/device.md (the tool) and
+// docs/stand_in.md (the stand-in device) explain them.
 //
-// The page is Markdown. Below a heading "## Exit statuses", and below the two headings of lines,
-// "## Error lines" and "## Lines of the stand-in device", each entry is
+// The pages are Markdown. Below the headings "## Exit statuses" and "## Error lines" each entry is
 //
 //     ### `the line, with … for each value`
 //
@@ -10,7 +10,7 @@
 //     Cure: a paragraph.
 //
 // Headings that follow each other without a text between them share the text that comes next.
-// Everything else of the page is for readers only. No function here keeps state; any thread.
+// Everything else of a page is for readers only. No function here keeps state; any thread.
 #pragma once
 
 #include <iosfwd>
@@ -26,7 +26,7 @@ struct Explanation {
     std::string cure;   // as cause
 };
 
-// The entries of both sections of lines, in the page's order. A page without them gives none.
+// The entries of "Error lines", in the page's order. A page without them gives none.
 std::vector<Explanation> ReadExplanations(std::istream& page);
 
 // The entries of "Exit statuses": a number each, or "128 + n" for the statuses of signals.

@@ -49,7 +49,7 @@ Report makeReport(const Options& options) {
     report.calls = std::move(trace.calls);
     readFrames(options, &report);
     report.phases = makePhases(report);
-    findProblems(options.explanationsFile, &report);
+    findProblems(options.explanationsFiles, &report);
     return report;
 }
 

@@ -25,7 +25,8 @@ const char* const kHelp =
         "  --trace=FILE         the binder trace\n"
         "  --data=DIR           what the tool saw as /data/vendor/camera\n"
         "  --dump=FILE          a file that the run wrote; may be repeated\n"
-        "  --explanations=FILE  causes and cures of error lines: docs/device.md\n"
+        "  --explanations=FILE  causes and cures of error lines: docs/device.md and\n"
+        "                       docs/stand_in.md; may be repeated\n"
         "  --help               show this help\n"
         "\n"
         "Status 0 when the report was written, 1 when not, 2 for a usage error. Inputs that are\n"
@@ -41,13 +42,9 @@ struct Text {
     std::string Options::*member;
 };
 constexpr Text kTexts[] = {
-        {"--html", &Options::htmlFile},
-        {"--json", &Options::jsonFile},
-        {"--log", &Options::logFile},
-        {"--device-log", &Options::deviceLogFile},
-        {"--trace", &Options::traceFile},
-        {"--data", &Options::dataFolder},
-        {"--explanations", &Options::explanationsFile},
+        {"--html", &Options::htmlFile},   {"--json", &Options::jsonFile},
+        {"--log", &Options::logFile},     {"--device-log", &Options::deviceLogFile},
+        {"--trace", &Options::traceFile}, {"--data", &Options::dataFolder},
 };
 
 // Seconds with a fraction, whichever sign of the locale stands before it, as microseconds.
@@ -86,6 +83,8 @@ bool take(const std::string& name, const std::string& value, Options* options, T
     if (name == "--status") return readStatus(value, &options->run.status);
     if (name == "--option") {
         options->run.options.push_back(value);
+    } else if (name == "--explanations") {
+        options->explanationsFiles.push_back(value);
     } else if (name == "--dump") {
         options->dumps.push_back(value);
     } else {

@@ -18,7 +18,7 @@ struct Options {
     std::string deviceLogFile;
     std::string traceFile;
     std::string dataFolder;
-    std::string explanationsFile;
+    std::vector<std::string> explanationsFiles;
     std::vector<std::string> dumps;
     std::string htmlFile;
     std::string jsonFile;

@@ -24,13 +24,17 @@ std::string sentence(std::string text) {
 
 class Explainer {
   public:
-    Explainer(const std::string& path, std::vector<std::string>* missing) {
-        std::ifstream page(path);
-        mLines = explanations::ReadExplanations(page);
-        page.clear();
-        page.seekg(0);
-        mStatuses = explanations::ReadExitStatuses(page);
-        if (mLines.empty()) missing->push_back(path + ": no explanations of error lines in it");
+    Explainer(const std::vector<std::string>& paths, std::vector<std::string>* missing) {
+        for (const std::string& path : paths) {
+            std::ifstream page(path);
+            const std::vector<Explanation> lines = explanations::ReadExplanations(page);
+            if (lines.empty()) missing->push_back(path + ": no explanations of error lines in it");
+            mLines.insert(mLines.end(), lines.begin(), lines.end());
+            page.clear();
+            page.seekg(0);
+            const std::vector<Explanation> statuses = explanations::ReadExitStatuses(page);
+            mStatuses.insert(mStatuses.end(), statuses.begin(), statuses.end());
+        }
     }
 
     void explainLine(Problem* problem) const {
@@ -157,8 +161,8 @@ void addEnding(const Explainer& explainer, Report* report) {
 
 }  // namespace
 
-void findProblems(const std::string& explanationsPath, Report* report) {
-    const Explainer explainer(explanationsPath, &report->missing);
+void findProblems(const std::vector<std::string>& explanations, Report* report) {
+    const Explainer explainer(explanations, &report->missing);
     addErrorLines(explainer, report);
     addPhases(report);
     addUnreadSources(report);

@@ -13,9 +13,9 @@ inline constexpr size_t kMaxProblems = 200;
 /**
  * Every different error line once, waits that timed out, a session that was not opened, inputs
  * left empty, the signal or status that ended the run; in order of time. Causes and cures come
- * from the page at `explanationsPath`; when it cannot be read they are absent and report->missing
- * says so. Needs the rest of the report.
+ * from the pages at `explanations`; those of a page that cannot be read are absent, and
+ * report->missing says so. Needs the rest of the report.
  */
-void findProblems(const std::string& explanationsPath, Report* report);
+void findProblems(const std::vector<std::string>& explanations, Report* report);
 
 }  // namespace runreport

@@ -35,7 +35,7 @@ Not part of it.
 Cure: do `this`.
 ### `no … of id …`
 Cure: a cure alone.
-## Lines of the stand-in device
+## Error lines
 ### `…: gone`
 ### `… has left`
 Cause: it went.

@@ -135,7 +135,8 @@ class AnyPage : public ::testing::Test {
     void make(std::vector<std::string> words) const {
         words.insert(words.begin(), {RUNREPORT, "--html=" + path("report.html"),
                                      "--json=" + path("report.json"), "--log=" + path("run.log"),
-                                     "--explanations=" PROJECT_FOLDER "/docs/device.md"});
+                                     "--explanations=" PROJECT_FOLDER "/docs/device.md",
+                                     "--explanations=" PROJECT_FOLDER "/docs/stand_in.md"});
         const auto made = end_to_end::runProgram(words);
         EXPECT_EQ(made.status, 0) << made.err;
     }

@@ -1,4 +1,4 @@
-// docs/device.md explains what the sources say, all of it and nothing else.
+// docs/device.md and docs/stand_in.md explain what the sources say, all of it and nothing else.
 
 #include <gmock/gmock.h>
 
@@ -27,25 +27,25 @@ std::string ReadText(const fs::path& path) {
     return std::string(std::istreambuf_iterator<char>(file), {});
 }
 
-// The page in two: what is the tool's own, and what is the stand-in device's.
-struct Page {
+// What is the tool's own, and what is the stand-in device's.
+struct Pages {
     std::vector<Explanation> statuses;
     std::vector<Explanation> tool;
     std::vector<Explanation> standIn;
 };
 
-Page ReadPage() {
-    const std::string text = ReadText(fs::path(PROJECT_FOLDER) / "docs/device.md");
-    const size_t border = text.find("\n## Lines of the stand-in device");
-    std::istringstream statuses(text), tool(text.substr(0, border)), standIn(text.substr(border));
+Pages ReadPages() {
+    const std::string device = ReadText(fs::path(PROJECT_FOLDER) / "docs/device.md");
+    std::istringstream statuses(device), tool(device);
+    std::ifstream standIn(fs::path(PROJECT_FOLDER) / "docs/stand_in.md");
     return {explanations::ReadExitStatuses(statuses), explanations::ReadExplanations(tool),
             explanations::ReadExplanations(standIn)};
 }
 
-TEST(DevicePage, EveryEntryHasCauseAndCureAndStandsOnce) {
-    const Page page = ReadPage();
+TEST(ErrorPages, EveryEntryHasCauseAndCureAndStandsOnce) {
+    const Pages pages = ReadPages();
     std::set<std::string> lines;
-    for (const std::vector<Explanation>* section : {&page.statuses, &page.tool, &page.standIn}) {
+    for (const std::vector<Explanation>* section : {&pages.statuses, &pages.tool, &pages.standIn}) {
         EXPECT_FALSE(section->empty());
         for (const Explanation& entry : *section) {
             EXPECT_FALSE(entry.cause.empty()) << entry.line;
@@ -56,8 +56,8 @@ TEST(DevicePage, EveryEntryHasCauseAndCureAndStandsOnce) {
 }
 
 // An entry may be about one value of a text: "reason …" is explained by each reason.
-TEST(DevicePage, EveryErrorAndWarningOfTheToolHasAnEntryAndEveryEntryItsText) {
-    const std::vector<Explanation> entries = ReadPage().tool;
+TEST(ErrorPages, EveryErrorAndWarningOfTheToolHasAnEntryAndEveryEntryItsText) {
+    const std::vector<Explanation> entries = ReadPages().tool;
     const std::vector<LogText> texts = ReadLogTexts(PROJECT_FOLDER);
     for (const LogText& text : texts) {
         const bool explained = std::any_of(
@@ -90,8 +90,8 @@ std::string ReadStandInSources() {
 }
 
 // The entry is one of the texts, or, where these are put together elsewhere, of pieces of sources.
-TEST(DevicePage, EveryErrorAndWarningOfTheStandInDeviceHasAnEntryAndEveryEntryItsText) {
-    const std::vector<Explanation> entries = ReadPage().standIn;
+TEST(ErrorPages, EveryErrorAndWarningOfTheStandInDeviceHasAnEntryAndEveryEntryItsText) {
+    const std::vector<Explanation> entries = ReadPages().standIn;
     const std::vector<LogText> texts = ReadStandInTexts(PROJECT_FOLDER);
     for (const LogText& text : texts) {
         EXPECT_TRUE(std::any_of(
@@ -113,10 +113,10 @@ TEST(DevicePage, EveryErrorAndWarningOfTheStandInDeviceHasAnEntryAndEveryEntryIt
     }
 }
 
-TEST(DevicePage, EveryErrorOfTheFaultMatrixIsExplained) {
-    const Page page = ReadPage();
-    std::vector<Explanation> all = page.tool;
-    all.insert(all.end(), page.standIn.begin(), page.standIn.end());
+TEST(ErrorPages, EveryErrorOfTheFaultMatrixIsExplained) {
+    const Pages pages = ReadPages();
+    std::vector<Explanation> all = pages.tool;
+    all.insert(all.end(), pages.standIn.begin(), pages.standIn.end());
     const std::string matrix = ReadText(fs::path(PROJECT_FOLDER) / "docs/faults.md");
     static const std::regex& error = *new std::regex("`E ([^`]*)`");
     const std::sregex_iterator first(matrix.begin(), matrix.end(), error), last;
