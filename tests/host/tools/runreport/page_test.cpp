@@ -188,6 +188,39 @@ TEST_F(AnyPage, StaysUsableWithAVeryLongLogAndTrace) {
     EXPECT_THAT(messages(render(path("report.html"), "text=xxx")), ElementsAre(HasSubstr("more]")));
 }
 
+// A hand for the timeline of a run of one second: it notes the numbers of the axis at each step.
+constexpr char kHand[] = R"(<script>
+const svg = document.querySelector('#timeline svg');
+const button = (name) => [...document.querySelectorAll('#timeline button')].find(
+        (one) => (one.getAttribute('aria-label') || one.textContent) === name);
+const note = () => document.getElementById('page').append(make('p', {class: 'axis'},
+        [...svg.querySelectorAll(':scope > text')].map((text) => text.textContent).join(' ')));
+svg.setPointerCapture = () => {};  // there is no real pointer to capture
+const point = (type, part) => {
+    const {left, width} = svg.getBoundingClientRect();
+    const names = width < 600 ? 110 : 140;
+    svg.dispatchEvent(new PointerEvent(
+            type, {button: 0, clientX: left + names + part * (width - 12 - names)}));
+};
+const drag = (from, to) => { point('pointerdown', from); point('pointerup', to); };
+queueMicrotask(() => {
+    note(); button('zoom in').click(); note(); button('zoom out').click(); note();
+    drag(0.8, 0.4); note(); svg.dispatchEvent(new MouseEvent('dblclick')); note();
+});
+</script>)";
+
+TEST_F(AnyPage, ShowsTheStretchOfTimeThatAHandChooses) {
+    std::ofstream(path("run.log")) << "11-21 21:58:30.041711    24    24 I T: a line\n";
+    make({"--started=1000", "--ended=1001", "--", "tool"});
+    std::ofstream(path("report.html"), std::ios::app) << kHand;
+    const Rendered page = render(path("report.html"));
+    EXPECT_EQ(page.console, "");
+    const std::string whole = "0 200 ms 400 ms 600 ms 800 ms";
+    EXPECT_THAT(textsBetween(page.main, "<p class=\"axis\">", "</p>"),
+                ElementsAre(whole, "300 ms 400 ms 500 ms 600 ms 700 ms", whole,
+                            "400 ms 500 ms 600 ms 700 ms", whole));
+}
+
 TEST_F(AnyPage, NamesWhatItCouldNotRead) {
     fs::create_directory(path("trace"));
     make({"--trace=" + path("trace"), "--dump=" + path("gone.jpg"), "--", "tool"});
