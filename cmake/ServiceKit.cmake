@@ -3,9 +3,8 @@
 
 add_library(offline_camera_service_kit INTERFACE)
 target_link_libraries(offline_camera_service_kit INTERFACE
-    offlinecamera_buffers  # brings the AIDL package, the mapper and the binder NDK
-    camera_metadata
-    standin_log            # the program's log goes where the device's does
+    offlinecamera_requests  # brings the AIDL package, the mapper and the binder NDK
+    standin_log             # the program's log goes where the device's does
     Threads::Threads)
 target_compile_features(offline_camera_service_kit INTERFACE cxx_std_17)
 target_compile_options(offline_camera_service_kit INTERFACE
@@ -15,7 +14,9 @@ target_link_options(offline_camera_service_kit INTERFACE
 
 export(TARGETS
     offline_camera_service_kit
+    offlinecamera_requests
     offlinecamera_buffers
+    imaging
     vendor.zel.hardware.camera.offlinecamera-V1-ndk
     android.hardware.camera.device-V2-ndk
     android.hardware.camera.metadata-V2-ndk
@@ -29,6 +30,7 @@ if(NOT CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
     message(FATAL_ERROR "the kit is for clang with libc++: -DCMAKE_CXX_COMPILER=clang++-14")
 endif()
 find_package(Threads REQUIRED)
+find_package(JPEG REQUIRED)
 include(@CMAKE_SOURCE_DIR@/cmake/DebianAndroid.cmake)
 include(${CMAKE_CURRENT_LIST_DIR}/OfflineCameraServiceKitTargets.cmake)
 ]])

@@ -6,112 +6,97 @@
 #include <android/binder_process.h>
 #include <stdio.h>
 
-#include <atomic>
-#include <chrono>
 #include <mutex>
-#include <thread>
 
-#include "frame.h"
+#include "develop.h"
+#include "frame_messages.h"
+#include "refusal.h"
+#include "session_worker.h"
 
-using aidl::android::hardware::graphics::common::PixelFormat;
+using namespace aidl::vendor::zel::hardware::camera::offlinecamera;
+using namespace offlinecamera;  // the kit
 using ndk::ScopedAStatus;
-using Client = std::shared_ptr<camera::IOfflineCameraCallback>;
+using Client = std::shared_ptr<IOfflineCameraCallback>;
 
 namespace {
 
-constexpr int kMaxFrames = 4;  // a session works on so many at a time
+constexpr size_t kMaxFrames = 4;  // a session works on so many at a time
 
-ScopedAStatus refuse(const std::string& why) {
-    fprintf(stderr, "minimal_service: %s\n", why.c_str());  // goes to the device's log
-    return ScopedAStatus::fromServiceSpecificErrorWithMessage(1, why.c_str());
+// On the session's own thread. After the session's end nothing is sent.
+void work(const Client& client, const Request& request, const StopSignal& stop) {
+    const std::string problem = develop(request);
+    if (!problem.empty()) LogProblem("no picture: " + problem);
+    if (!stop.Stopped()) client->notify({MakeShutter(request.frameNumber, 0)});
+    std::vector<OfflineCaptureResult> results;
+    results.push_back(
+            MakeResult(request, problem.empty() ? BufferStatus::OK : BufferStatus::ERROR));
+    if (!stop.Stopped()) client->processCaptureResult(results);
 }
 
 // Its calls come on any thread of the pool, several at once.
-class Session : public camera::BnOfflineCameraSession {
+class Session : public BnOfflineCameraSession {
   public:
-    explicit Session(Client client) : m_client(std::move(client)) {}
+    explicit Session(const Client& client)
+        : m_worker([client](const Request& request, const StopSignal& stop) {
+              work(client, request, stop);
+          }) {}
 
-    ScopedAStatus configureOfflineStreams(
-            const camera::OfflineSessionConfigureInfo& info) override {
-        const std::vector<device::Stream>& streams = info.streams;
-        if (info.opMode != 0 || streams.size() != 2 || streams[0].format != PixelFormat::RAW10 ||
-            streams[1].format != PixelFormat::YCBCR_420_888) {
-            return refuse("op mode 0 only, with one RAW10 and one YCBCR_420_888 stream");
-        }
-        if (streams[1].width > streams[0].width || streams[1].height > streams[0].height) {
-            return refuse("the picture cannot be larger than the mosaic");
-        }
+    ScopedAStatus configureOfflineStreams(const OfflineSessionConfigureInfo& info) override {
+        const auto streams = std::make_shared<StreamSet>();
+        const std::string problem =
+                info.opMode == 0 ? MakeStreamSet(info, streams.get()) : "op mode 0 only";
+        if (!problem.empty()) return Refuse("configureOfflineStreams", kIllegalArgument, problem);
         const std::lock_guard<std::mutex> lock(m_lock);
         m_streams = streams;
         return ScopedAStatus::ok();
     }
 
-    ScopedAStatus processOfflineRequest(const std::vector<camera::OfflineRequestInfo>& requests,
+    ScopedAStatus processOfflineRequest(const std::vector<OfflineRequestInfo>& infos,
                                         int32_t* frameNumber) override {
+        const auto refuse = [](const std::string& problem) {
+            return Refuse("processOfflineRequest", kIllegalArgument, problem);
+        };
         const std::lock_guard<std::mutex> lock(m_lock);
         if (m_closed) return refuse("the session is closed");
-        if (m_streams.empty() || requests.size() != 1 || requests[0].inFrameInfos.size() != 1) {
-            return refuse("one request with one frame, after streams are configured");
+        if (m_streams == nullptr || infos.size() != 1) {
+            return refuse("one request, after streams are configured");
         }
-        if (m_frames >= kMaxFrames) return refuse("too many frames are in work");
-        Frame frame{m_streams[0], m_streams[1], {}, {}, {}};
-        const std::string problem = take(requests[0], &frame);
+        if (m_worker.FramesInFlight().size() >= kMaxFrames) return refuse("too many frames");
+        std::vector<Request> requests(1);
+        const auto mapper = ImportedBuffer::IMapper::getService();
+        const std::string problem = MakeRequest(infos[0], m_streams, mapper, &requests[0]);
         if (!problem.empty()) return refuse(problem);
-        *frameNumber = requests[0].frameNumber == -1 ? m_nextFrame++ : requests[0].frameNumber;
-        frame.result.frameNumber = *frameNumber;
-        ++m_frames;
-        // The client learns the number when this call returns, so nobody waits for the work; the
-        // session lives as long as that does.
-        std::thread(&Session::work, ref<Session>(), std::move(frame)).detach();
+        if (requests[0].frameNumber == -1) requests[0].frameNumber = m_nextFrame++;
+        *frameNumber = requests[0].frameNumber;
+        m_worker.Enqueue(std::move(requests));  // the client learns the number when this returns
         return ScopedAStatus::ok();
     }
 
     ScopedAStatus closeOfflineSession() override {
+        const std::lock_guard<std::mutex> lock(m_lock);
         m_closed = true;
-        // A callback under way ends first. Where this call was made from within it, binder brings
-        // the call on the callback's thread, which has the lock and gets it again. And a client
-        // that stays in its callback holds nobody up.
-        if (m_sending.try_lock_for(std::chrono::seconds(1))) m_sending.unlock();
+        m_worker.Stop(std::chrono::seconds(1));  // a client may stay in its callback for long
         return ScopedAStatus::ok();
     }
 
   private:
-    void work(Frame frame) {
-        const std::string problem = develop(frame);
-        if (!problem.empty()) {
-            refuse(problem);
-            frame.result.outFrameInfo.buffers[0].status = device::BufferStatus::ERROR;
-        }
-        device::ShutterMsg shutter;
-        shutter.frameNumber = frame.result.frameNumber;
-        std::vector<camera::OfflineCaptureResult> results;
-        results.push_back(std::move(frame.result));
-        const std::lock_guard<std::recursive_timed_mutex> lock(m_sending);
-        if (!m_closed) m_client->notify({device::NotifyMsg(shutter)});
-        if (!m_closed) m_client->processCaptureResult(results);
-        --m_frames;
-    }
-
-    const Client m_client;
-    std::mutex m_lock;  // guards the next two
-    std::vector<device::Stream> m_streams;
+    std::mutex m_lock;  // guards what follows
+    std::shared_ptr<const StreamSet> m_streams;
     int32_t m_nextFrame = 1;
-    std::atomic<int> m_frames{0};  // in work
-    std::atomic<bool> m_closed{false};
-    std::recursive_timed_mutex m_sending;  // held for the callbacks of one frame
+    bool m_closed = false;
+    SessionWorker m_worker;
 };
 
-class Service : public camera::BnOfflineCameraService {
+class Service : public BnOfflineCameraService {
     ScopedAStatus getSupportedOpModes(std::vector<int32_t>* modes) override {
         *modes = {0};
         return ScopedAStatus::ok();
     }
     ScopedAStatus registerClient(int32_t, const Client&) override { return ScopedAStatus::ok(); }
     ScopedAStatus unregisterClient(int32_t) override { return ScopedAStatus::ok(); }
-    ScopedAStatus openOfflineSession(
-            const std::string&, const Client& client,
-            std::shared_ptr<camera::IOfflineCameraSession>* session) override {
-        if (client == nullptr) return refuse("a session needs a callback");
+    ScopedAStatus openOfflineSession(const std::string&, const Client& client,
+                                     std::shared_ptr<IOfflineCameraSession>* session) override {
+        if (client == nullptr) return Refuse("openOfflineSession", kIllegalArgument, "no callback");
         *session = ndk::SharedRefBase::make<Session>(client);
         return ScopedAStatus::ok();
     }
@@ -120,7 +105,7 @@ class Service : public camera::BnOfflineCameraService {
 }  // namespace
 
 int main() {
-    const std::string name = std::string(camera::IOfflineCameraService::descriptor) + "/default";
+    const std::string name = std::string(IOfflineCameraService::descriptor) + "/default";
     const auto service = ndk::SharedRefBase::make<Service>();
     if (AServiceManager_addService(service->asBinder().get(), name.c_str()) != EX_NONE) {
         fprintf(stderr, "minimal_service: cannot register %s\n", name.c_str());

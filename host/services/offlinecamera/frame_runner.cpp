@@ -5,17 +5,12 @@
 
 #include <ctime>
 
-#include "camera_metadata_blob.h"
+#include "frame_messages.h"
 #include "refusal.h"
 
 namespace offlinecamera {
 
 namespace {
-
-using ::aidl::android::hardware::camera::device::BufferStatus;
-using ::aidl::android::hardware::camera::device::ErrorCode;
-using ::aidl::android::hardware::camera::device::ErrorMsg;
-using ::aidl::android::hardware::camera::device::ShutterMsg;
 
 // From the call to the shutter. It lets the answer of processOfflineRequest, with the frame number
 // in it, go first.
@@ -25,46 +20,6 @@ int64_t Nanoseconds() {
     timespec now = {};
     clock_gettime(CLOCK_MONOTONIC, &now);
     return int64_t{now.tv_sec} * 1'000'000'000 + now.tv_nsec;
-}
-
-NotifyMsg MakeShutter(int32_t frameNumber, int64_t timestamp) {
-    ShutterMsg shutter;
-    shutter.frameNumber = frameNumber;
-    shutter.timestamp = timestamp;
-    shutter.readoutTimestamp = timestamp;
-    return NotifyMsg(shutter);
-}
-
-NotifyMsg MakeError(int32_t frameNumber) {
-    ErrorMsg error;
-    error.frameNumber = frameNumber;
-    error.errorStreamId = -1;
-    error.errorCode = ErrorCode::ERROR_REQUEST;
-    return NotifyMsg(error);
-}
-
-StreamBuffer Describe(const RequestBuffer& buffer, BufferStatus status) {
-    StreamBuffer description;
-    description.streamId = buffer.stream->id;
-    description.bufferId = buffer.bufferId;
-    description.status = status;
-    return description;
-}
-
-OfflineCaptureResult MakeResult(const Request& request, BufferStatus status) {
-    OfflineCaptureResult result;
-    result.frameNumber = request.frameNumber;
-    for (const RequestBuffer& buffer : request.outputs) {
-        result.outFrameInfo.buffers.push_back(Describe(buffer, status));
-    }
-    result.outFrameInfo.numPartialMetadata = 1;
-    result.outFrameInfo.metadata = MakeResultMetadata(request.orientation);
-    for (const auto& frame : request.inputs) {
-        for (const RequestBuffer& buffer : frame) {
-            result.inFrameInfo.buffers.push_back(Describe(buffer, BufferStatus::OK));
-        }
-    }
-    return result;
 }
 
 }  // namespace

@@ -72,6 +72,7 @@ ImportedBuffer& ImportedBuffer::operator=(ImportedBuffer&& other) noexcept {
 
 std::string ImportedBuffer::Import(const ::android::sp<IMapper>& mapper, const NativeHandle& handle,
                                    const NativeHandle& acquireFence, const Stream& stream) {
+    if (mapper == nullptr) return "there is no graphics mapper";
     if (::android::isAidlNativeHandleEmpty(handle)) {
         return "the buffer handle is empty: was the buffer allocated?";
     }

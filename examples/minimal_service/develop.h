@@ -1,0 +1,34 @@
+// The picture that the service makes of a request. A service of another mode differs here.
+#pragma once
+
+#include <string.h>
+
+#include "request.h"
+
+// The middle of the mosaic. Four RAW10 pixels are five bytes; each of the first four holds the
+// upper eight bits of one.
+inline void develop(const imaging::RawView& raw, const imaging::MutableNv12View& picture) {
+    const uint32_t left = (raw.width - picture.width) / 2, top = (raw.height - picture.height) / 2;
+    for (uint32_t y = 0; y < picture.height; ++y) {
+        const uint8_t* const from = raw.data + (y + top) * raw.strideBytes;
+        uint8_t* const to = picture.y + y * picture.strideBytes;
+        for (uint32_t x = 0; x < picture.width; ++x)
+            to[x] = from[(x + left) / 4 * 5 + (x + left) % 4];
+    }
+    for (uint32_t y = 0; y < picture.height / 2; ++y) {
+        memset(picture.uv + y * picture.strideBytes, 128, picture.width);  // grey
+    }
+}
+
+// Leaves the buffers unlocked: a client that gets the result reads the picture. Gives the problem.
+inline std::string develop(const offlinecamera::Request& request) {
+    const offlinecamera::RequestBuffer& from = request.inputs[0][0];
+    offlinecamera::LockedBuffer mosaic;
+    std::string problem = mosaic.Lock(from.buffer, offlinecamera::Access::kRead);
+    for (const offlinecamera::RequestBuffer& to : request.outputs) {
+        offlinecamera::LockedBuffer picture;
+        if (problem.empty()) problem = picture.Lock(to.buffer, offlinecamera::Access::kWrite);
+        if (problem.empty()) develop(mosaic.Raw(*from.stream), picture.Nv12(*to.stream));
+    }
+    return problem;
+}
