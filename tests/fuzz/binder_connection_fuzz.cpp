@@ -86,6 +86,16 @@ bool sendMessages(int fd, FuzzInput input, const Secrets& secrets) {
     return whole;
 }
 
+// All the bytes; false at the connection's end. The fuzzer's own timer interrupts waits.
+bool receiveAll(int fd, void* bytes, size_t size) {
+    for (size_t got = 0; got < size;) {
+        const ssize_t count = recv(fd, static_cast<char*>(bytes) + got, size - got, 0);
+        if (count == 0 || (count < 0 && errno != EINTR)) return false;
+        if (count > 0) got += static_cast<size_t>(count);
+    }
+    return true;
+}
+
 // Returns when everything sent before has been dealt with, or the connection has ended.
 void waitForReader(int fd) {
     constexpr uint64_t kLastId = 0x6c617374;
@@ -96,12 +106,12 @@ void waitForReader(int fd) {
     const std::string bytes(reinterpret_cast<const char*>(&last), sizeof(last));
     if (!sendBytes(fd, bytes, {}, MSG_DONTWAIT)) return;
     FrameHeader answer{};
-    while (recv(fd, &answer, sizeof(answer), MSG_WAITALL) == sizeof(answer)) {
+    while (receiveAll(fd, &answer, sizeof(answer))) {
         if (answer.kind == FrameKind::kReply && answer.id == kLastId) return;
         std::string body(answer.dataSize + answer.objectCount * sizeof(uint32_t) +
                                  answer.referenceCount * sizeof(ReferenceRecord),
                          0);
-        if (!body.empty() && recv(fd, &body[0], body.size(), MSG_WAITALL) <= 0) return;
+        if (!receiveAll(fd, body.data(), body.size())) return;
     }
 }
 
@@ -129,7 +139,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         AParcel_delete(reply);
     });
     FrameHeader call;
-    require(recv(ends[1], &call, sizeof(call), MSG_WAITALL) == sizeof(call));
+    require(receiveAll(ends[1], &call, sizeof(call)));
     std::thread reader([connection]() { connection->runReader(); });
     if (sendMessages(ends[1], {data, size}, {number, call.chain})) waitForReader(ends[1]);
     ThreadPool::instance().runQueued();  // answers, unless the connection has ended

@@ -2,8 +2,10 @@
 #pragma once
 
 #include <algorithm>
+#include <cerrno>
 #include <cstddef>
 #include <cstdint>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <string>
@@ -38,9 +40,12 @@ class FuzzInput {
     size_t mSize;
 };
 
-// Ends the process, which is how a fuzzer learns of a broken promise.
-inline void require(bool promise) {
-    if (!promise) abort();
+// Ends the process, which is how a fuzzer learns of a broken promise. Says where it stands.
+inline void require(bool promise, const char* file = __builtin_FILE(),
+                    int line = __builtin_LINE()) {
+    if (promise) return;
+    fprintf(stderr, "%s:%d: promise broken, errno %d\n", file, line, errno);
+    abort();
 }
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size);
