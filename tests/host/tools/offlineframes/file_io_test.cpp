@@ -14,6 +14,7 @@
 namespace offlineframes {
 namespace {
 
+using testing::AllOf;
 using testing::ElementsAre;
 using testing::HasSubstr;
 
@@ -31,10 +32,8 @@ TEST(FileIo, RefusesWhatIsNotAReadableFileNamingIt) {
             {"empty", "is empty"},
     };
     for (const auto& c : cases) {
-        const Result<Bytes> read = readFile(folder.path(c.name));
-        ASSERT_FALSE(read.ok()) << c.name;
-        EXPECT_THAT(read.error(), HasSubstr(folder.path(c.name)));
-        EXPECT_THAT(read.error(), HasSubstr(c.reason));
+        EXPECT_THAT(errorOf(readFile(folder.path(c.name))),
+                    AllOf(HasSubstr(folder.path(c.name)), HasSubstr(c.reason)));
     }
 }
 
@@ -42,9 +41,7 @@ TEST(FileIo, KeepsOrReplacesAnExistingFileAsAsked) {
     const TestFolder folder;
     const std::string path = folder.path("frame.raw");
     ASSERT_TRUE(writeFile(path, {1, 2, 3}, Existing::kKeep).ok());
-    const Result<Done> again = writeFile(path, {4}, Existing::kKeep);
-    ASSERT_FALSE(again.ok());
-    EXPECT_THAT(again.error(), HasSubstr("--force"));
+    EXPECT_THAT(errorOf(writeFile(path, {4}, Existing::kKeep)), HasSubstr("--force"));
     EXPECT_THAT(readFile(path).value(), ElementsAre(1, 2, 3));
     ASSERT_TRUE(writeFile(path, {4}, Existing::kReplace).ok());
     EXPECT_THAT(readFile(path).value(), ElementsAre(4));
@@ -68,8 +65,7 @@ TEST(FileIo, LeavesNothingWhenASignalEndsTheProgram) {
 TEST(FileIo, NamesMayBeAsLongAsTheFileSystemAllows) {
     const TestFolder folder;
     const std::string name(NAME_MAX, 'n');
-    const Result<Done> written = writeFile(folder.path(name), {1}, Existing::kKeep);
-    EXPECT_TRUE(written.ok()) << written.error();
+    valueOf(writeFile(folder.path(name), {1}, Existing::kKeep));
     EXPECT_THAT(folder.names(), ElementsAre(name));
 }
 
@@ -78,9 +74,8 @@ TEST(FileIo, ReplacesOnlyRegularFiles) {
     ASSERT_EQ(symlink("/dev/null", folder.path("link").c_str()), 0);
     ASSERT_EQ(mkdir(folder.path("folder").c_str(), 0700), 0);
     for (const char* name : {"link", "folder"}) {
-        const Result<Done> written = writeFile(folder.path(name), {1}, Existing::kReplace);
-        ASSERT_FALSE(written.ok()) << name;
-        EXPECT_THAT(written.error(), HasSubstr("not a regular file"));
+        EXPECT_THAT(errorOf(writeFile(folder.path(name), {1}, Existing::kReplace)),
+                    HasSubstr("not a regular file"));
     }
     EXPECT_THAT(folder.names(), ElementsAre("folder", "link"));
 }

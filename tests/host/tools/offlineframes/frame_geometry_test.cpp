@@ -4,6 +4,8 @@
 
 #include <gmock/gmock.h>
 
+#include "test_support.h"
+
 namespace offlineframes {
 namespace {
 
@@ -25,9 +27,7 @@ TEST(FrameGeometry, PadsAndCountsAsTheAllocatorDoes) {
         const FrameGeometry geometry = allocatorGeometry(c.format, c.size);
         EXPECT_EQ(geometry.stride, c.stride);
         EXPECT_EQ(geometry.scanlines, c.scanlines);
-        const Result<size_t> bytes = frameBytes(geometry);
-        ASSERT_TRUE(bytes.ok()) << bytes.error();
-        EXPECT_EQ(bytes.value(), c.bytes);
+        EXPECT_EQ(valueOf(frameBytes(geometry)), c.bytes);
     }
 }
 
@@ -46,10 +46,8 @@ TEST(FrameGeometry, RefusesWhatCannotBeAFrameAndSaysWhy) {
             {{FrameFormat::kNv12, {640, 480}, 4294967294, 4294967294}, "larger than"},
     };
     for (const auto& c : cases) {
-        const Result<size_t> bytes = frameBytes(c.geometry);
-        ASSERT_FALSE(bytes.ok()) << describe(c.geometry);
-        EXPECT_THAT(bytes.error(), HasSubstr(c.reason));
-        EXPECT_THAT(bytes.error(), HasSubstr(describe(c.geometry)));
+        EXPECT_THAT(errorOf(frameBytes(c.geometry)),
+                    testing::AllOf(HasSubstr(c.reason), HasSubstr(describe(c.geometry))));
     }
 }
 

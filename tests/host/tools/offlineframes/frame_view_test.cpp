@@ -17,9 +17,7 @@ const char* const kJpegDump = "OfflineAidl_CameraId_2_Frame_1_Y2J_Width[64]_Heig
 
 FrameGeometry resolved(const std::string& name, FrameFormat format, const ViewRequest& request,
                        uint64_t bytes) {
-    const Result<FrameGeometry> geometry = resolveGeometry(name, format, request, bytes);
-    EXPECT_TRUE(geometry.ok()) << geometry.error();
-    return geometry.ok() ? geometry.value() : FrameGeometry();
+    return valueOf(resolveGeometry(name, format, request, bytes));
 }
 
 TEST(ResolveGeometry, TakesPaddingFromTheNameAndTheUsualPictureInIt) {
@@ -59,8 +57,7 @@ TEST(ResolveGeometry, UsesThePaddedSizeOfUnknownFrames) {
 
 TEST(ResolveGeometry, SaysExpectedAndFoundBytesAndWhatFits) {
     const auto error = [](const std::string& name, FrameFormat format, uint64_t bytes) {
-        const Result<FrameGeometry> geometry = resolveGeometry(name, format, {}, bytes);
-        return geometry.ok() ? "no error" : geometry.error();
+        return errorOf(resolveGeometry(name, format, {}, bytes));
     };
     EXPECT_THAT(error("4000_3000_NV12.yuv", FrameFormat::kNv12, 18000000),
                 AllOf(HasSubstr("expected 18874368"), HasSubstr("found 18000000"),
@@ -87,15 +84,12 @@ TEST(ViewFile, DevelopsRawOrShowsItsMosaic) {
             "x.raw", encodeRaw10(flatPicture(128, 64, {255, 255, 255}), geometry, {}, {}));
     ViewRequest request;
     request.size = geometry.size;
-    const Result<View> colour = viewFile(path, request);
-    ASSERT_TRUE(colour.ok()) << colour.error();
-    EXPECT_EQ(colour.value().picture.pixel(64, 32)[0], 255);
+    EXPECT_EQ(valueOf(viewFile(path, request)).picture.pixel(64, 32)[0], 255);
     request.mosaic = true;
-    const Result<View> mosaic = viewFile(path, request);
-    ASSERT_TRUE(mosaic.ok()) << mosaic.error();
-    EXPECT_EQ(mosaic.value().picture.pixel(0, 0)[0], (64 + 480) / 4);  // red
-    EXPECT_EQ(mosaic.value().picture.pixel(1, 0)[2], 255);             // green
-    EXPECT_EQ(mosaic.value().picture.pixel(1, 1)[1], (64 + 639) / 4);  // blue
+    const Picture mosaic = valueOf(viewFile(path, request)).picture;
+    EXPECT_EQ(mosaic.pixel(0, 0)[0], (64 + 480) / 4);  // red
+    EXPECT_EQ(mosaic.pixel(1, 0)[2], 255);             // green
+    EXPECT_EQ(mosaic.pixel(1, 1)[1], (64 + 639) / 4);  // blue
 }
 
 TEST(ViewFile, ShowsAJpegDumpWithWhatFollowsIt) {
@@ -104,20 +98,17 @@ TEST(ViewFile, ShowsAJpegDumpWithWhatFollowsIt) {
     const size_t length = dump.size();
     dump.resize(64 * 48 * 4 + 20000, 0xA5);
     const std::string path = folder.file(kJpegDump, dump);
-    const Result<View> upright = viewFile(path, {});
-    ASSERT_TRUE(upright.ok()) << upright.error();
-    EXPECT_EQ(upright.value().picture.width, 48u);
-    EXPECT_THAT(upright.value().description, HasSubstr(std::to_string(length) + " of the file's " +
-                                                       std::to_string(dump.size())));
-    EXPECT_THAT(upright.value().description, testing::Not(HasSubstr("the name says")));
+    const View upright = valueOf(viewFile(path, {}));
+    EXPECT_EQ(upright.picture.width, 48u);
+    EXPECT_THAT(upright.description, HasSubstr(std::to_string(length) + " of the file's " +
+                                               std::to_string(dump.size())));
+    EXPECT_THAT(upright.description, testing::Not(HasSubstr("the name says")));
     ViewRequest asStored;
     asStored.asStored = true;
-    EXPECT_EQ(viewFile(path, asStored).value().picture.width, 64u);
+    EXPECT_EQ(valueOf(viewFile(path, asStored)).picture.width, 64u);
     // A JPEG of another size than the name's is shown, with a note.
-    const Result<View> other =
-            viewFile(folder.file(kJpegDump, jpegBytes(gradientPicture(32, 16), 0)), {});
-    ASSERT_TRUE(other.ok()) << other.error();
-    EXPECT_THAT(other.value().description, HasSubstr("the name says 64x48"));
+    folder.file(kJpegDump, jpegBytes(gradientPicture(32, 16), 0));
+    EXPECT_THAT(valueOf(viewFile(path, {})).description, HasSubstr("the name says 64x48"));
 }
 
 TEST(ViewFile, RefusesWhatItCannotTellOrUse) {
@@ -144,9 +135,8 @@ TEST(ViewFile, RefusesWhatItCannotTellOrUse) {
             {folder.path("absent.yuv"), {}, "No such file"},
     };
     for (const auto& c : cases) {
-        const Result<View> view = viewFile(c.path, c.request);
-        ASSERT_FALSE(view.ok()) << c.path;
-        EXPECT_THAT(view.error(), AllOf(HasSubstr(c.path), HasSubstr(c.reason)));
+        EXPECT_THAT(errorOf(viewFile(c.path, c.request)),
+                    AllOf(HasSubstr(c.path), HasSubstr(c.reason)));
     }
 }
 

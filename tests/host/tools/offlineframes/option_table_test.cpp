@@ -4,6 +4,8 @@
 
 #include <gmock/gmock.h>
 
+#include "test_support.h"
+
 namespace offlineframes {
 namespace {
 
@@ -18,9 +20,7 @@ const CommandSpec kSpec = {"do",
                             {"--force", nullptr, "a switch"}}};
 
 CommandLine read(const std::vector<std::string>& words) {
-    const Result<CommandLine> line = readCommandLine(kSpec, words);
-    EXPECT_TRUE(line.ok()) << line.error();
-    return line.ok() ? line.value() : CommandLine();
+    return valueOf(readCommandLine(kSpec, words));
 }
 
 TEST(CommandLineReader, TakesOptionsInBothFormsAndAnyOrder) {

@@ -19,21 +19,17 @@ Bytes bytesOf(const std::string& text) {
 
 TEST(Png, ComesBackAsItWasWritten) {
     const Picture picture = gradientPicture(37, 21);
-    const Result<Bytes> png = encodePng(picture, "x");
-    ASSERT_TRUE(png.ok()) << png.error();
-    const Result<Picture> read = decodePicture(png.value(), "x");
-    ASSERT_TRUE(read.ok()) << read.error();
-    EXPECT_EQ(read.value().width, 37u);
-    EXPECT_EQ(read.value().rgb, picture.rgb);
+    const Picture read = valueOf(decodePicture(valueOf(encodePng(picture, "x")), "x"));
+    EXPECT_EQ(read.width, 37u);
+    EXPECT_EQ(read.rgb, picture.rgb);
 }
 
 TEST(Png, CutShortOrDamagedIsAnErrorThatNamesTheFile) {
     const Bytes png = encodePng(gradientPicture(37, 21), "x").value();
     for (size_t length = 8; length < png.size() - 12; length += 7) {
         const Bytes cut(png.begin(), png.begin() + static_cast<ptrdiff_t>(length));
-        const Result<Picture> read = decodePicture(cut, "photo.png");
-        ASSERT_FALSE(read.ok()) << length;
-        EXPECT_THAT(read.error(), HasSubstr("photo.png: damaged PNG"));
+        ASSERT_THAT(errorOf(decodePicture(cut, "photo.png")), HasSubstr("photo.png: damaged PNG"))
+                << length;
     }
     Bytes damaged = png;
     damaged[png.size() / 2] ^= 0x55;
@@ -42,17 +38,15 @@ TEST(Png, CutShortOrDamagedIsAnErrorThatNamesTheFile) {
 
 TEST(Jpeg, EndsAtItsEndMarkerWhateverFollows) {
     const Bytes clean = jpegBytes(gradientPicture(64, 48), 0);
-    const Result<JpegPicture> expected = decodeJpeg(clean, "x");
-    ASSERT_TRUE(expected.ok()) << expected.error();
-    EXPECT_EQ(expected.value().jpegBytes, clean.size());
+    const JpegPicture expected = valueOf(decodeJpeg(clean, "x"));
+    EXPECT_EQ(expected.jpegBytes, clean.size());
     // Zeros, another end marker, a whole second picture.
     for (const Bytes& junk : {Bytes(5000, 0), Bytes{0xFF, 0xD9, 0xFF, 0xD9}, clean}) {
         Bytes longer = clean;
         longer.insert(longer.end(), junk.begin(), junk.end());
-        const Result<JpegPicture> read = decodeJpeg(longer, "x");
-        ASSERT_TRUE(read.ok()) << read.error();
-        EXPECT_EQ(read.value().jpegBytes, clean.size());
-        EXPECT_EQ(read.value().picture.rgb, expected.value().picture.rgb);
+        const JpegPicture read = valueOf(decodeJpeg(longer, "x"));
+        EXPECT_EQ(read.jpegBytes, clean.size());
+        EXPECT_EQ(read.picture.rgb, expected.picture.rgb);
     }
 }
 
@@ -60,9 +54,8 @@ TEST(Jpeg, WithoutItsEndOrWithDamageIsAnError) {
     const Bytes clean = jpegBytes(gradientPicture(64, 48), 0);
     for (size_t length = 3; length + 2 <= clean.size(); length += 11) {
         const Bytes cut(clean.begin(), clean.begin() + static_cast<ptrdiff_t>(length));
-        const Result<JpegPicture> read = decodeJpeg(cut, "dump.jpg");
-        ASSERT_FALSE(read.ok()) << length;
-        EXPECT_THAT(read.error(), HasSubstr("dump.jpg: damaged JPEG"));
+        ASSERT_THAT(errorOf(decodeJpeg(cut, "dump.jpg")), HasSubstr("dump.jpg: damaged JPEG"))
+                << length;
     }
 }
 
@@ -72,15 +65,13 @@ TEST(Orientation, EveryValuePutsTheStoredPixelsInPlace) {
     const char* const upright[8] = {"ABCDEF", "CBAFED", "FEDCBA", "DEFABC",
                                     "ADBECF", "DAEBFC", "FCEBDA", "CFBEAD"};
     Picture stored(3, 2);
-    for (size_t i = 0; i < stored.rgb.size(); ++i)
-        stored.rgb[i] = static_cast<uint8_t>('A' + i / 3);
+    for (size_t i = 0; i < 18; ++i) stored.rgb[i] = static_cast<uint8_t>('A' + i / 3);
     for (int orientation = 1; orientation <= 8; ++orientation) {
         const Picture turned = makeUpright(stored, orientation);
         EXPECT_EQ(turned.width, orientation < 5 ? 3u : 2u);
         std::string letters;
-        for (size_t i = 0; i < turned.rgb.size(); i += 3) {
+        for (size_t i = 0; i < turned.rgb.size(); i += 3)
             letters += static_cast<char>(turned.rgb[i]);
-        }
         EXPECT_EQ(letters, upright[orientation - 1]) << orientation;
     }
 }
@@ -112,13 +103,12 @@ TEST(Orientation, IsReadInBothByteOrdersAndDamageMeansUpright) {
 }
 
 TEST(Ppm, ReadsCommentsAndBothDepths) {
-    const Result<Picture> bytes = decodePicture(bytesOf("P6 # a\n2 1 #b\n255\nABCDEF"), "x");
-    ASSERT_TRUE(bytes.ok()) << bytes.error();
-    EXPECT_THAT(bytes.value().rgb, ElementsAre('A', 'B', 'C', 'D', 'E', 'F'));
-    const Result<Picture> words =
-            decodePicture(bytesOf(std::string("P6\n1 1\n1000\n\0\0\1\xF4\x03\xE8", 18)), "x");
-    ASSERT_TRUE(words.ok()) << words.error();
-    EXPECT_THAT(words.value().rgb, ElementsAre(0, 128, 255));  // of 0, 500 and 1000
+    const auto pixels = [](const std::string& file) {
+        return valueOf(decodePicture(bytesOf(file), "x")).rgb;
+    };
+    EXPECT_THAT(pixels("P6 # a\n2 1 #b\n255\nABCDEF"), ElementsAre('A', 'B', 'C', 'D', 'E', 'F'));
+    EXPECT_THAT(pixels(std::string("P6\n1 1\n1000\n\0\0\1\xF4\x03\xE8", 18)),
+                ElementsAre(0, 128, 255));  // of 0, 500 and 1000
 }
 
 TEST(Ppm, RefusesBadHeadersAndShortFiles) {

@@ -8,6 +8,7 @@
 #include <cmath>
 #include <filesystem>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "host/tools/offlineframes/file_io.h"
@@ -24,8 +25,7 @@ class TestFolder : public TemporaryFolder {
 
     // Writes `bytes` and gives the file's path.
     std::string file(const std::string& name, const Bytes& bytes) const {
-        const Result<Done> written = writeFile(path(name), bytes, Existing::kReplace);
-        EXPECT_TRUE(written.ok());
+        EXPECT_TRUE(writeFile(path(name), bytes, Existing::kReplace).ok());
         return path(name);
     }
     std::vector<std::string> names() const {
@@ -37,6 +37,19 @@ class TestFolder : public TemporaryFolder {
         return names;
     }
 };
+
+// The value of what must have worked; where it has not, a failure that says why.
+template <class T>
+T valueOf(Result<T> result) {
+    EXPECT_TRUE(result.ok()) << result.error();
+    return result.ok() ? std::move(result).value() : T();
+}
+
+// Why something was refused.
+template <class T>
+std::string errorOf(const Result<T>& result) {
+    return result.ok() ? "no error" : result.error();
+}
 
 // A smooth picture in which every place and channel differs: x to red, y to green.
 inline Picture gradientPicture(uint32_t width, uint32_t height) {
@@ -54,11 +67,8 @@ inline Picture gradientPicture(uint32_t width, uint32_t height) {
 
 inline Picture flatPicture(uint32_t width, uint32_t height, Colour colour) {
     Picture picture(width, height);
-    for (size_t i = 0; i < picture.rgb.size(); i += 3) {
-        picture.rgb[i] = colour.r;
-        picture.rgb[i + 1] = colour.g;
-        picture.rgb[i + 2] = colour.b;
-    }
+    const uint8_t channels[] = {colour.r, colour.g, colour.b};
+    for (size_t i = 0; i < picture.rgb.size(); ++i) picture.rgb[i] = channels[i % 3];
     return picture;
 }
 
@@ -77,10 +87,9 @@ inline Bytes jpegBytes(const Picture& picture, int orientationDegrees) {
     const Bytes nv12 = encodeNv12(picture, {FrameFormat::kNv12, {w, h}, w, h}, {});
     Bytes jpeg(size_t{w} * h * 3 + 4096);
     size_t size = 0;
-    const std::string problem =
-            imaging::EncodeJpeg({nv12.data(), nv12.data() + size_t{w} * h, w, h, w},
-                                {95, orientationDegrees}, jpeg.data(), jpeg.size(), &size);
-    EXPECT_EQ(problem, "");
+    const imaging::Nv12View view = {nv12.data(), nv12.data() + size_t{w} * h, w, h, w};
+    EXPECT_EQ(imaging::EncodeJpeg(view, {95, orientationDegrees}, jpeg.data(), jpeg.size(), &size),
+              "");
     jpeg.resize(size);
     return jpeg;
 }
