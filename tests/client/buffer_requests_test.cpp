@@ -1,16 +1,8 @@
 // Buffers lent to the service, and the comparison of a result's buffers with a request's.
 
-#include <cstdint>
-#include <utility>
-#include <vector>
-
 #include "tests/support/client_fixture.h"
 
 using ::aidl::android::hardware::camera::device::StreamBuffersVal;
-using ::testing::Contains;
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
-using ::testing::SizeIs;
 
 namespace test {
 namespace {

@@ -3,13 +3,8 @@
 #include <android/log.h>
 
 #include <cstdlib>
-#include <memory>
-#include <string>
 
 #include "tests/support/client_fixture.h"
-
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 
 namespace test {
 namespace {

@@ -5,13 +5,10 @@
 #include <future>
 #include <map>
 #include <mutex>
-#include <string>
 #include <thread>
-#include <vector>
 
 #include "tests/support/client_fixture.h"
 
-using ::testing::ElementsAre;
 using ::testing::Pair;
 
 namespace test {

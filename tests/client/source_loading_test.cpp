@@ -1,20 +1,16 @@
 // Source files: what is read of them, and each way in which one is wrong.
 
-#include <string>
-#include <vector>
-
 #include "tests/support/client_fixture.h"
 
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 using ::testing::StartsWith;
 
 namespace test {
 namespace {
 
-const std::string kFolder = "offlinecameratest/";
-const std::string kYuvPath = "/data/vendor/camera/offlinecameratest/mmf_fd.yuv";
-const std::string kRawPath = "/data/vendor/camera/offlinecameratest/4096_3072_RAW10.raw";
+const std::string kYuvFile = "offlinecameratest/mmf_fd.yuv";
+const std::string kYuvPath = "/data/vendor/camera/" + kYuvFile;
+const std::string kRawPath = std::string("/data/vendor/camera/") + kRawFile;
+const char kMetadataFile[] = "metadata/original_dump.bin";
 
 // Bytes that differ from their neighbours in every direction.
 std::string Pattern(size_t bytes) {
@@ -22,6 +18,8 @@ std::string Pattern(size_t bytes) {
     for (size_t i = 0; i < bytes; ++i) pattern[i] = static_cast<char>(1 + i % 251);
     return pattern;
 }
+
+const std::string kMetadataRead = "I LoadOffineInputMetadata: read meta from dump bin, bin size: ";
 
 class SourceLoading : public ::testing::Test {
   public:
@@ -43,94 +41,81 @@ class SourceLoading : public ::testing::Test {
     std::string buffer = std::string(256, '\0');
 };
 
-const std::string kYuvOpen = "I LoadOffineSourceYUVFrame: open input file " + kYuvPath;
-const std::string kRawOpen = "I LoadOffineSourceRawFrame: open input file " + kRawPath;
+const std::string kYuv = "LoadOffineSourceYUVFrame: ";
+const std::string kRaw = "LoadOffineSourceRawFrame: ";
+const std::string kYuvOpen = "I " + kYuv + "open input file " + kYuvPath;
+const std::string kRawOpen = "I " + kRaw + "open input file " + kRawPath;
 
 TEST_F(SourceLoading, ReadsNv12WithHalfOfAnOddHeightRoundedDown) {
     const std::string file = Pattern(6 * 5 + 6 * 2 + 10);
-    data.write(kFolder + "mmf_fd.yuv", file);
+    data.write(kYuvFile, file);
     EXPECT_EQ(LoadYuv(6, 5), 0);
     EXPECT_EQ(buffer, file.substr(0, 42) + std::string(256 - 42, '\0'));
-    EXPECT_EQ(log.take(), (Lines{kYuvOpen,
-                                 "I LoadOffineSourceYUVFrame: f_wxf_h 6x5, "
-                                 "stridexscanline 6x5, f_uv_off 30,"}));
+    EXPECT_EQ(log.take(),
+              (Lines{kYuvOpen, "I " + kYuv + "f_wxf_h 6x5, stridexscanline 6x5, f_uv_off 30,"}));
 }
 
 TEST_F(SourceLoading, ReportsWhereNv12ComesShort) {
-    const std::string geometry =
-            "I LoadOffineSourceYUVFrame: f_wxf_h 8x4, stridexscanline 8x4, f_uv_off 32,";
-    data.write(kFolder + "mmf_fd.yuv", Pattern(8 * 4 + 8 * 2 - 1));
+    const std::string geometry = "I " + kYuv + "f_wxf_h 8x4, stridexscanline 8x4, f_uv_off 32,";
+    data.write(kYuvFile, Pattern(8 * 4 + 8 * 2 - 1));
     EXPECT_EQ(LoadYuv(8, 4), 1);
     EXPECT_EQ(log.take(),
               (Lines{kYuvOpen, geometry, "E readSize 7 is not same as width 8, file position 40"}));
 
-    data.write(kFolder + "mmf_fd.yuv", Pattern(3));
+    data.write(kYuvFile, Pattern(3));
     EXPECT_EQ(LoadYuv(8, 4), 1);
     EXPECT_EQ(log.take(), (Lines{kYuvOpen, geometry, "E readSize 3 is not same as width 8"}));
 }
 
 TEST_F(SourceLoading, ReadsRawRowsAndNothingBehindThem) {
     const std::string file = Pattern(5 * 10 + 20);
-    data.write(kFolder + "4096_3072_RAW10.raw", file);
+    data.write(kRawFile, file);
     EXPECT_EQ(LoadRaw(10, 5), 0);
     EXPECT_EQ(buffer, file.substr(0, 50) + std::string(256 - 50, '\0'));
     EXPECT_EQ(LoadRaw(10, 8), 1);
     EXPECT_EQ(buffer.substr(0, 70), file);
     EXPECT_EQ(log.take(),
-              (Lines{kRawOpen,
-                     "I LoadOffineSourceRawFrame: f_wxf_h 10x5, stridexscanline 10x5, f_off 0,",
-                     kRawOpen,
-                     "I LoadOffineSourceRawFrame: f_wxf_h 10x8, stridexscanline 10x8, f_off 0,",
+              (Lines{kRawOpen, "I " + kRaw + "f_wxf_h 10x5, stridexscanline 10x5, f_off 0,",
+                     kRawOpen, "I " + kRaw + "f_wxf_h 10x8, stridexscanline 10x8, f_off 0,",
                      "E readSize 0 is not same as width 10"}));
 }
 
 // As without plane layouts: the file must be there, but may be anything.
 TEST_F(SourceLoading, OpensTheFileForNoRows) {
-    data.write(kFolder + "mmf_fd.yuv", "");
-    data.write(kFolder + "4096_3072_RAW10.raw", "");
+    data.write(kYuvFile, "");
+    data.write(kRawFile, "");
     EXPECT_EQ(LoadYuv(640, 0), 0);
     EXPECT_EQ(LoadRaw(5120, 0), 0);
     EXPECT_EQ(log.take(),
-              (Lines{kYuvOpen,
-                     "I LoadOffineSourceYUVFrame: f_wxf_h 640x0, stridexscanline 640x0, f_uv_off "
-                     "0,",
-                     kRawOpen,
-                     "I LoadOffineSourceRawFrame: f_wxf_h 5120x0, stridexscanline 5120x0, f_off "
-                     "0,"}));
+              (Lines{kYuvOpen, "I " + kYuv + "f_wxf_h 640x0, stridexscanline 640x0, f_uv_off 0,",
+                     kRawOpen, "I " + kRaw + "f_wxf_h 5120x0, stridexscanline 5120x0, f_off 0,"}));
 }
 
 TEST_F(SourceLoading, ReportsMissingFrames) {
     EXPECT_EQ(LoadYuv(8, 4), 5);
     EXPECT_EQ(LoadRaw(10, 5), 5);
-    EXPECT_EQ(log.take(), (Lines{kYuvOpen,
-                                 "E LoadOffineSourceYUVFrame: fopen failed " + kYuvPath +
-                                         ",error code No such file or directory",
-                                 kRawOpen,
-                                 "E LoadOffineSourceRawFrame: fopen failed " + kRawPath +
-                                         ",error code No such file or directory"}));
+    const std::string reason = ",error code No such file or directory";
+    EXPECT_EQ(log.take(), (Lines{kYuvOpen, "E " + kYuv + "fopen failed " + kYuvPath + reason,  //
+                                 kRawOpen, "E " + kRaw + "fopen failed " + kRawPath + reason}));
 }
 
 TEST_F(SourceLoading, LeavesMetadataAloneWithoutADump) {
     EXPECT_THAT(LoadMetadata(), ElementsAre(9));
     EXPECT_EQ(log.take(), (Lines{"I allocate input metadata (nil)"}));
 
-    data.write("metadata/original_dump.bin", "abcd");
+    data.write(kMetadataFile, "abcd");
     data.failStat();
     EXPECT_THAT(LoadMetadata(), ElementsAre(9));
-    EXPECT_EQ(log.take(), (Lines{"I LoadOffineInputMetadata: read meta from dump bin, bin size: 0.",
-                                 "I allocate input metadata (nil)"}));
+    EXPECT_EQ(log.take(), (Lines{kMetadataRead + "0.", "I allocate input metadata (nil)"}));
 }
 
 TEST_F(SourceLoading, TakesAsMuchMetadataAsTheDumpsFirstWordSays) {
     using namespace std::string_literals;
     const auto load = [this](const std::string& dump) {
-        data.write("metadata/original_dump.bin", dump);
+        data.write(kMetadataFile, dump);
         const std::vector<uint8_t> metadata = LoadMetadata();
-        EXPECT_THAT(log.take(),
-                    ElementsAre(Format("I LoadOffineInputMetadata: read meta from dump bin, bin "
-                                       "size: %zu.",
-                                       dump.size()),
-                                StartsWith("I allocate input metadata 0x")));
+        EXPECT_THAT(log.take(), ElementsAre(kMetadataRead + std::to_string(dump.size()) + ".",
+                                            StartsWith("I allocate input metadata 0x")));
         return std::string(metadata.begin(), metadata.end());
     };
     EXPECT_EQ(load("\x06\0\0\0XYZ"s), "\x06\0\0\0XY"s);

@@ -2,14 +2,9 @@
 
 #include <chrono>
 #include <mutex>
-#include <string>
 #include <thread>
-#include <vector>
 
 #include "tests/support/client_fixture.h"
-
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 
 namespace test {
 namespace {
@@ -77,29 +72,26 @@ TEST_F(Submission, WaitsForItsOwnFrameDumpsItAndLogsEveryStep) {
     });
     client.WaitCaptureResultCompleted();
     service.join();
-    Lines expected{"I WaitCaptureResultCompleted result frameNum is 7",
-                   "I WaitForShutter frame 7 time 5000",
-                   "I IsShutterReceivedLocked frameNumber is 7",
-                   "I notify: callback notify",
-                   "I IsShutterReceivedLocked frameNumber is 7",
-                   "I notify: callback notify",
-                   "I WaitForShutter frame 7 received 1",
-                   "I WaitForResult result timeout_ms 5000"};
-    for (const int frame : {8, 7}) {
-        const Lines delivery = DeliveryOf(frame);
-        expected.insert(expected.end(), delivery.begin(), delivery.end());
-    }
-    expected.insert(expected.end(),
-                    {"I WaitForResult wait_for condtion trigger",
-                     "I ContainsTheSameBuffers result streamId  1 bufferId  1",
-                     "I ContainsTheSameBuffers request streamId  1 bufferId  1",
-                     "I IsResultReceivedLocked sucessfully", "I WaitForResult received is 1",
-                     "I WaitCaptureResultCompleted status is 0",
-                     "I result completed outputResult->second.buffers.size 1",
-                     Format("I result completed importedBuf %p", output),
-                     Format("I result completed buffer %p", memory),
-                     "I imageSize 0 bufferSize  4096", Format("I freeBuffer %p", output)});
-    EXPECT_EQ(log.take(), expected);
+    const Lines shutter{"I WaitCaptureResultCompleted result frameNum is 7",
+                        "I WaitForShutter frame 7 time 5000",
+                        "I IsShutterReceivedLocked frameNumber is 7",
+                        "I notify: callback notify",
+                        "I IsShutterReceivedLocked frameNumber is 7",
+                        "I notify: callback notify",
+                        "I WaitForShutter frame 7 received 1",
+                        "I WaitForResult result timeout_ms 5000"};
+    const Lines result{"I WaitForResult wait_for condtion trigger",
+                       "I ContainsTheSameBuffers result streamId  1 bufferId  1",
+                       "I ContainsTheSameBuffers request streamId  1 bufferId  1",
+                       "I IsResultReceivedLocked sucessfully",
+                       "I WaitForResult received is 1",
+                       "I WaitCaptureResultCompleted status is 0",
+                       "I result completed outputResult->second.buffers.size 1",
+                       Format("I result completed importedBuf %p", output),
+                       Format("I result completed buffer %p", memory),
+                       "I imageSize 0 bufferSize  4096",
+                       Format("I freeBuffer %p", output)};
+    EXPECT_EQ(log.take(), Joined({shutter, DeliveryOf(8), DeliveryOf(7), result}));
     EXPECT_THAT(data.dumps(), ElementsAre("OfflineAidl_CameraId_2_Frame_7_B2Y_Stride[64]_"
                                           "Scanline[0].yuv"));
 }
@@ -137,23 +129,18 @@ TEST_F(Submission, TimesOutOnAnotherFramesShutterAndOtherBuffers) {
     const auto begin = std::chrono::steady_clock::now();
     client.WaitCaptureResultCompleted();
     EXPECT_GE(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds(2 * 5000));
+    const Lines shutter{"I WaitCaptureResultCompleted result frameNum is 7",
+                        "I WaitForShutter frame 7 time 5000",
+                        "I IsShutterReceivedLocked frameNumber is 7",
+                        "I IsShutterReceivedLocked frameNumber is 7",
+                        "I WaitForShutter frame 7 received 0",
+                        "I WaitForResult result timeout_ms 5000"};
     const Lines refused{"I ContainsTheSameBuffers result streamId  1 bufferId  2",
                         "I ContainsTheSameBuffers request streamId  1 bufferId  1",
                         "W IsResultReceivedLocked failed"};
-    Lines expected{"I WaitCaptureResultCompleted result frameNum is 7",
-                   "I WaitForShutter frame 7 time 5000",
-                   "I IsShutterReceivedLocked frameNumber is 7",
-                   "I IsShutterReceivedLocked frameNumber is 7",
-                   "I WaitForShutter frame 7 received 0",
-                   "I WaitForResult result timeout_ms 5000"};
-    expected.insert(expected.end(), refused.begin(), refused.end());
-    for (int check = 0; check < 2; ++check) {
-        expected.push_back("I WaitForResult wait_for condtion trigger");
-        expected.insert(expected.end(), refused.begin(), refused.end());
-    }
-    expected.push_back("I WaitForResult received is 0");
-    expected.push_back("I WaitCaptureResultCompleted status is -110");
-    EXPECT_EQ(log.take(), expected);
+    const Lines again{"I WaitForResult wait_for condtion trigger"};
+    const Lines end{"I WaitForResult received is 0", "I WaitCaptureResultCompleted status is -110"};
+    EXPECT_EQ(log.take(), Joined({shutter, refused, again, refused, again, refused, end}));
     EXPECT_THAT(data.dumps(), IsEmpty());
     EXPECT_EQ(access.allocatedHandles().size(), 2u);
 }
@@ -169,10 +156,8 @@ TEST_F(Submission, NumbersOnlyRequestsWithoutANumber) {
     };
     log.take();
     ASSERT_EQ(client.ProcessOfflineRequest(), 0);
-    Lines lines = log.take();
-    lines.erase(lines.begin(), lines.end() - 2);
-    EXPECT_EQ(lines, (Lines{"I request id frameNumber:7 return frameNumber 8",
-                            "I request id frameNumber:8 return frameNumber 8"}));
+    EXPECT_EQ(LastLines(2), (Lines{"I request id frameNumber:7 return frameNumber 8",
+                                   "I request id frameNumber:8 return frameNumber 8"}));
 }
 
 TEST_F(Submission, FailsWithTheSession) {
@@ -183,10 +168,8 @@ TEST_F(Submission, FailsWithTheSession) {
         access.offlineRequests().clear();
         log.take();
         EXPECT_EQ(client.ProcessOfflineRequest(), 1);
-        Lines lines = log.take();
-        lines.erase(lines.begin(), lines.end() - 2);
-        EXPECT_EQ(lines, (Lines{"E ProcessOfflineRequest, FAILED...",
-                                "I request id frameNumber:0 return frameNumber 0"}));
+        EXPECT_EQ(LastLines(2), (Lines{"E ProcessOfflineRequest, FAILED...",
+                                       "I request id frameNumber:0 return frameNumber 0"}));
     }
 }
 

@@ -2,11 +2,7 @@
 
 #include <android/log.h>
 
-#include <algorithm>
-#include <cstdint>
 #include <cstdlib>
-#include <string>
-#include <vector>
 
 #include "tests/support/client_fixture.h"
 
@@ -24,9 +20,6 @@ extern "C" void __wrap_ABinderProcess_startThreadPool() {
 
 namespace test {
 namespace {
-
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 
 class Driver : public ClientTest {
   public:
@@ -46,7 +39,7 @@ class Driver : public ClientTest {
 };
 
 TEST_F(Driver, RunsOneOfflineTest) {
-    data.write("offlinecameratest/4096_3072_RAW10.raw", "");
+    data.write(kRawFile, "");
     around.session->onProcess = [this](const auto&) {
         std::vector<OfflineCaptureResult> results(1);
         results[0].frameNumber = 7;
@@ -74,9 +67,7 @@ TEST_F(Driver, RunsOneOfflineTest) {
 
 TEST_F(Driver, TheCallbackCommandRegistersAndNothingElse) {
     Run("callback", [this] {
-        const Lines lines = log.take();
-        ASSERT_GE(lines.size(), 3u);
-        EXPECT_EQ(Lines(lines.end() - 3, lines.end()),
+        EXPECT_EQ(LastLines(3),
                   (Lines{"I pool of 6", "I pool started", "I [AIDL] registerClient clientId 0"}));
         EXPECT_THAT(around.service->clientIds, ElementsAre(0));
         EXPECT_THAT(around.service->clientNames, IsEmpty());

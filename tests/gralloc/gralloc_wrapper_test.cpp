@@ -2,13 +2,9 @@
 
 #include <fcntl.h>
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <unistd.h>
 
 #include <map>
-#include <memory>
-#include <string>
-#include <vector>
 
 #include "gralloc/offlinecameragrallocwrapper.h"
 #include "tests/support/log_capture.h"

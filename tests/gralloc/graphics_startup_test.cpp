@@ -2,15 +2,11 @@
 // A mapper that was loaded stays with its process, so each case needs a process of its own.
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <host_mapper_registry.h>
 
 #include <cstdlib>
-#include <memory>
 #include <ostream>
-#include <string>
 #include <utility>
-#include <vector>
 
 #include "gralloc/graphicsstartup.h"
 #include "tests/support/fake_services.h"

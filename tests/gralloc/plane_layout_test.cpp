@@ -1,13 +1,10 @@
 // The plane-layout query: its gates, its lines, and which plane gives the scan lines.
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <algorithm>
 #include <csignal>
 #include <initializer_list>
-#include <string>
-#include <vector>
 
 #include "gralloc/offlinecamerazelinterface.h"
 #include "tests/support/fake_display_mapper.h"

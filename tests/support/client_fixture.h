@@ -2,9 +2,10 @@
 #pragma once
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstring>
+#include <initializer_list>
 #include <memory>
 #include <new>
 #include <string>
@@ -89,6 +90,10 @@ struct OfflineCameraClientAccess {
 namespace test {
 
 using namespace ::vendor::zel::hardware::camera::offlinecamera::implementation;
+using ::testing::Contains;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+using ::testing::SizeIs;
 using Lines = std::vector<std::string>;
 
 constexpr char kRawFile[] = "offlinecameratest/4096_3072_RAW10.raw";
@@ -97,6 +102,12 @@ inline NotifyMsg Shutter(int32_t frameNumber) {
     ::aidl::android::hardware::camera::device::ShutterMsg message;
     message.frameNumber = frameNumber;
     return NotifyMsg::make<NotifyMsg::Tag::shutter>(message);
+}
+
+inline Lines Joined(std::initializer_list<Lines> parts) {
+    Lines all;
+    for (const Lines& part : parts) all.insert(all.end(), part.begin(), part.end());
+    return all;
 }
 
 // The services are up and the client is constructed; its lines so far are taken.
@@ -137,6 +148,14 @@ class ClientTest : public ::testing::Test {
     }
     void DeliverShutter(int32_t frameNumber) {
         EXPECT_TRUE(access.callback()->notify({Shutter(frameNumber)}).isOk());
+    }
+
+    // So many lines at the end of the client's log, which is taken.
+    Lines LastLines(size_t count) {
+        Lines lines = log.take();
+        EXPECT_GE(lines.size(), count);
+        lines.erase(lines.begin(), lines.end() - std::min(count, lines.size()));
+        return lines;
     }
 
     // From now on each buffer has so many scan lines, as with the gate of the plane layouts open.

@@ -8,7 +8,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
@@ -59,16 +58,12 @@ int __wrap_stat(const char* path, struct stat* info) {
 namespace test {
 
 DataFolder::DataFolder() {
-    std::string folder = ::testing::TempDir() + "offlinecamera.XXXXXX";
-    EXPECT_NE(mkdtemp(folder.data()), nullptr) << folder << ": " << strerror(errno);
-    std::filesystem::create_directory(folder + "/offlinecameratest");
-    std::filesystem::create_directory(folder + "/metadata");
-    gFolder = folder;
-    gStatFails = false;
+    gFolder = mFolder.path();
+    std::filesystem::create_directory(gFolder + "/offlinecameratest");
+    std::filesystem::create_directory(gFolder + "/metadata");
 }
 
 DataFolder::~DataFolder() {
-    remove();
     gFolder.clear();
     gStatFails = false;
 }

@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+#include "tests/support/temporary_folder.h"
+
 namespace test {
 
 // While it lives, the tool's fopen() and stat() of paths below /data/vendor/camera go to a new
@@ -12,8 +14,6 @@ class DataFolder {
   public:
     DataFolder();
     ~DataFolder();
-    DataFolder(const DataFolder&) = delete;
-    DataFolder& operator=(const DataFolder&) = delete;
 
     // Paths are relative to /data/vendor/camera, such as "offlinecameratest/mmf_fd.yuv".
     void write(const std::string& path, const std::string& bytes);
@@ -27,6 +27,9 @@ class DataFolder {
 
     // From now on the tool's stat() fails.
     void failStat();
+
+  private:
+    const TemporaryFolder mFolder{"offlinecamera"};
 };
 
 }  // namespace test
