@@ -86,14 +86,7 @@ void linkSources(const std::string& folder) {
 }
 
 DeviceRun::DeviceRun() {
-    std::string name = ::testing::TempDir() + "device-run-XXXXXX";
-    m_folder = mkdtemp(name.data());
-    linkSources(m_folder);
-}
-
-DeviceRun::~DeviceRun() {
-    std::error_code ignored;
-    fs::remove_all(m_folder, ignored);
+    linkSources(folder());
 }
 
 DeviceRun& DeviceRun::with(const std::vector<std::string>& options) {

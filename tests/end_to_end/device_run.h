@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "tests/end_to_end/subprocess.h"
+#include "tests/support/temporary_folder.h"
 
 namespace end_to_end {
 
@@ -33,9 +34,6 @@ struct RunResult {
 class DeviceRun {
   public:
     DeviceRun();
-    ~DeviceRun();
-    DeviceRun(const DeviceRun&) = delete;
-    DeviceRun& operator=(const DeviceRun&) = delete;
 
     // deviceshell's options, appended.
     DeviceRun& with(const std::vector<std::string>& options);
@@ -49,12 +47,12 @@ class DeviceRun {
     RunResult command(const std::vector<std::string>& words);
 
     // Folder on the host that the run sees as /data/vendor/camera, and paths in it.
-    std::string folder() const { return m_folder; }
+    std::string folder() const { return m_folder.path(); }
     std::string dumpPath(const std::string& name) const;
     void removeSource(const std::string& path);  // relative to folder()
 
   private:
-    std::string m_folder;
+    const TemporaryFolder m_folder{"device-run"};
     std::vector<std::string> m_options;
     int m_patience = kPatience;
 };

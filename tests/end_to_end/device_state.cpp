@@ -8,7 +8,6 @@
 #include <filesystem>
 #include <fstream>
 #include <regex>
-#include <utility>
 
 #include "tests/end_to_end/device_run.h"
 #include "tests/support/eventually.h"

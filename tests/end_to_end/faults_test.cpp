@@ -2,7 +2,6 @@
 // fault comes to in the end is in docs/faults.md.
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "tests/end_to_end/device_run.h"
 #include "tests/end_to_end/log_matchers.h"

@@ -1,7 +1,6 @@
 // Each operation mode, as the tool stands and with plane layouts: its log and its dumps.
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "tests/end_to_end/device_run.h"
 #include "tests/end_to_end/log_matchers.h"
@@ -18,12 +17,20 @@ namespace {
 constexpr uint64_t kNv12Bytes = 4096ULL * 3072 * 3 / 2;
 constexpr uint64_t kSmallJpegBytes = 4000ULL * 3000 * 4;
 
+const std::string kDumpStart = "OfflineAidl_CameraId_2_Frame_1_";
+const std::string kData = "/data/vendor/camera/offlinecameratest/";
+const std::string kRaw =
+        "LoadOffineSourceRawFrame: open input file " + kData + "4096_3072_RAW10.raw";
+const std::string kYuv =
+        "LoadOffineSourceYUVFrame: open input file " + kData + "4000_3000_NV12.yuv";
+const std::string kFace = "LoadOffineSourceYUVFrame: open input file " + kData + "mmf_fd.yuv";
+
 struct Mode {
-    const char* command;
-    const char* label;
+    std::string command;
+    int number;
     bool planes;
-    const char* dump;
-    uint64_t bytes;                        // of the dump
+    std::string dump;  // the end of its name
+    uint64_t bytes;
     std::vector<std::string> sourceLines;  // of the loaders, in order
 };
 
@@ -39,9 +46,10 @@ TEST_P(Modes, DumpOneFrame) {
     if (mode.planes) device.with({"--planes"});
     const RunResult run = device.tool({"-t", mode.command});
     EXPECT_EQ(run.status, 0) << run.allOutput();
-    EXPECT_EQ(run.out, std::string("cmd: -t=") + mode.command + "\n" + mode.label + "\nret: =0\n");
+    EXPECT_EQ(run.out, "cmd: -t=" + mode.command + "\nopMode: " + mode.command + "=" +
+                               std::to_string(mode.number) + "\nret: =0\n");
     EXPECT_EQ(run.err, "");
-    EXPECT_THAT(run.dumps, ElementsAre(Pair(mode.dump, mode.bytes)));
+    EXPECT_THAT(run.dumps, ElementsAre(Pair(kDumpStart + mode.dump, mode.bytes)));
     EXPECT_THAT(run.messages(), InOrder(mode.sourceLines));
     EXPECT_THAT(
             run.messages(),
@@ -56,121 +64,62 @@ TEST_P(Modes, DumpOneFrame) {
                      "main: offline camera client exit",
                      "[AIDL] OfflineCameraClient destructor called"}))
             << run.allOutput();
-    for (const LogLine& line : run.log) {
-        EXPECT_NE(line.priority, 'E') << line.message;
-    }
+    for (const LogLine& line : run.log) EXPECT_NE(line.priority, 'E') << line.message;
     EXPECT_THAT(run.deviceLog, Not(HasSubstr("was ended by signal")));
 }
 
-const char kRaw[] =
-        "LoadOffineSourceRawFrame: open input file "
-        "/data/vendor/camera/offlinecameratest/4096_3072_RAW10.raw";
-const char kYuv[] =
-        "LoadOffineSourceYUVFrame: open input file "
-        "/data/vendor/camera/offlinecameratest/4000_3000_NV12.yuv";
-const char kFace[] =
-        "LoadOffineSourceYUVFrame: open input file "
-        "/data/vendor/camera/offlinecameratest/mmf_fd.yuv";
+const std::vector<std::string> kRawUnread = {
+        kRaw, "LoadOffineSourceRawFrame: f_wxf_h 5120x0, stridexscanline 5120x0, f_off 0,"};
+const std::vector<std::string> kRawRead = {
+        "LoadOffineInputMetadata: read meta from dump bin, bin size: 120.", kRaw,
+        "LoadOffineSourceRawFrame: f_wxf_h 5120x3072, stridexscanline 5120x3072, f_off 0,"};
+const std::vector<std::string> kFaceRead = {
+        kFace,
+        "LoadOffineSourceYUVFrame: f_wxf_h 640x512, stridexscanline 640x512, f_uv_off 327680,"};
+// The picture of an empty frame is a JPEG below the tool's least size.
+const std::vector<std::string> kYuvUnread = {kYuv, "imageSize 48000000 bufferSize  24000000"};
+const std::vector<std::string> kAllOfMmf = {kRaw, kFace, kRaw, kFace, kRaw, kFace};
 
-INSTANTIATE_TEST_SUITE_P(
-        AsTheToolStands, Modes,
-        ::testing::Values(Mode{"B2Y",
-                               "opMode: B2Y=0",
-                               false,
-                               "OfflineAidl_CameraId_2_Frame_1_B2Y_Stride[4096]_Scanline[0].yuv",
-                               kNv12Bytes,
-                               {kRaw,
-                                "LoadOffineSourceRawFrame: f_wxf_h 5120x0, stridexscanline 5120x0, "
-                                "f_off 0,"}},
-                          // The picture of an empty frame is a JPEG below the tool's least size.
-                          Mode{"Y2J",
-                               "opMode: Y2J=1",
-                               false,
-                               "OfflineAidl_CameraId_2_Frame_1_Y2J_Width[4000]_Height[3000].jpg",
-                               kSmallJpegBytes,
-                               {kYuv, "imageSize 48000000 bufferSize  24000000"}},
-                          Mode{"MMF",
-                               "opMode: MMF=3",
-                               false,
-                               "OfflineAidl_CameraId_2_Frame_1_MMF_Stride[4096]_Scanline[0].yuv",
-                               kNv12Bytes,
-                               {kRaw, kFace, kRaw, kFace, kRaw, kFace}}),
-        [](const auto& info) { return info.param.command; });
+const Mode kModes[] = {
+        {"B2Y", 0, false, "B2Y_Stride[4096]_Scanline[0].yuv", kNv12Bytes, kRawUnread},
+        {"Y2J", 1, false, "Y2J_Width[4000]_Height[3000].jpg", kSmallJpegBytes, kYuvUnread},
+        {"MMF", 3, false, "MMF_Stride[4096]_Scanline[0].yuv", kNv12Bytes, kAllOfMmf},
+        {"B2Y", 0, true, "B2Y_Stride[4096]_Scanline[3072].yuv", kNv12Bytes, kRawRead},
+        {"MMF", 3, true, "MMF_Stride[4096]_Scanline[3072].yuv", kNv12Bytes, kFaceRead}};
 
-INSTANTIATE_TEST_SUITE_P(
-        WithPlanes, Modes,
-        ::testing::Values(
-                Mode{"B2Y",
-                     "opMode: B2Y=0",
-                     true,
-                     "OfflineAidl_CameraId_2_Frame_1_B2Y_Stride[4096]_Scanline[3072].yuv",
-                     kNv12Bytes,
-                     {"LoadOffineInputMetadata: read meta from dump bin, bin size: 120.", kRaw,
-                      "LoadOffineSourceRawFrame: f_wxf_h 5120x3072, stridexscanline 5120x3072, "
-                      "f_off 0,"}},
-                Mode{"MMF",
-                     "opMode: MMF=3",
-                     true,
-                     "OfflineAidl_CameraId_2_Frame_1_MMF_Stride[4096]_Scanline[3072].yuv",
-                     kNv12Bytes,
-                     {kFace,
-                      "LoadOffineSourceYUVFrame: f_wxf_h 640x512, stridexscanline 640x512, "
-                      "f_uv_off 327680,"}}),
-        [](const auto& info) { return info.param.command; });
+INSTANTIATE_TEST_SUITE_P(All, Modes, ::testing::ValuesIn(kModes), [](const auto& info) {
+    return info.param.command + (info.param.planes ? "WithPlanes" : "");
+});
 
-struct StreamlessMode {
-    const char* command;
-    const char* label;
-    int number;
-};
+TEST(StreamlessModes, AreRefusedByTheServiceAndStillClosed) {
+    const std::tuple<const char*, const char*, int> cases[] = {
+            {"Y2Y", "Y2Y=2", 2}, {"QLL", "MMF=4", 4}, {"R2R", "R2R=5", 5}};
+    for (const auto& [command, label, mode] : cases) {
+        const std::string number = std::to_string(mode);
+        DeviceRun device;
+        const RunResult run = device.tool({"-t", command});
+        EXPECT_EQ(run.status, 0) << run.allOutput();
+        EXPECT_EQ(run.out,
+                  std::string("cmd: -t=") + command + "\nopMode: " + label + "\nret: =0\n");
+        EXPECT_THAT(run.dumps, IsEmpty());
 
-void PrintTo(const StreamlessMode& mode, std::ostream* stream) {
-    *stream << mode.label;
-}
-
-class StreamlessModes : public ::testing::TestWithParam<StreamlessMode> {};
-
-TEST_P(StreamlessModes, AreRefusedByTheServiceAndStillClosed) {
-    const StreamlessMode& mode = GetParam();
-    const std::string number = std::to_string(mode.number);
-    DeviceRun device;
-    const RunResult run = device.tool({"-t", mode.command});
-    EXPECT_EQ(run.status, 0) << run.allOutput();
-    EXPECT_EQ(run.out, std::string("cmd: -t=") + mode.command + "\n" + mode.label + "\nret: =0\n");
-    EXPECT_THAT(run.dumps, IsEmpty());
-
-    std::vector<std::string> lines;
-    bool started = false;
-    for (const LogLine& line : run.log) {
-        started |= line.message == "main: offline camera client opMode " + number;
-        // The service may let go of the callback before or after the process has ended.
-        if (line.message == "[AIDL]OfflineCameraCallBacks destructor called") continue;
-        if (started) lines.push_back(std::string(1, line.priority) + " " + line.message);
-    }
-    EXPECT_THAT(lines,
+        std::vector<std::string> lines;
+        bool started = false;
+        for (const LogLine& line : run.log) {
+            started |= line.message == "main: offline camera client opMode " + number;
+            // The service may let go of the callback before or after the process has ended.
+            if (line.message == "[AIDL]OfflineCameraCallBacks destructor called") continue;
+            if (started) lines.push_back(std::string(1, line.priority) + " " + line.message);
+        }
+        EXPECT_THAT(
+                lines,
                 ElementsAre("I main: offline camera client opMode " + number,
                             "I [AIDL] setOpMode opMode " + number, "I OpenOfflineSession",
                             "E invalid op mode " + number, "I stream size:0, sizeof(Stream):120",
                             "E ConfigureOfflineStreams, FAILED...", "I CloseOfflineSession",
                             "I main: offline camera client exit",
                             "I [AIDL] OfflineCameraClient destructor called"));
-}
-
-INSTANTIATE_TEST_SUITE_P(All, StreamlessModes,
-                         ::testing::Values(StreamlessMode{"Y2Y", "opMode: Y2Y=2", 2},
-                                           StreamlessMode{"QLL", "opMode: MMF=4", 4},
-                                           StreamlessMode{"R2R", "opMode: R2R=5", 5}),
-                         [](const auto& info) { return info.param.command; });
-
-// The second session of one device starts afresh and replaces the file.
-TEST(Runs, RepeatInOneDevice) {
-    DeviceRun device;
-    const RunResult run = device.command(
-            {"sh", "-c", "vexofflinecameratest -t B2Y && vexofflinecameratest -t B2Y"});
-    EXPECT_EQ(run.status, 0) << run.allOutput();
-    EXPECT_THAT(run.dumps,
-                ElementsAre(Pair("OfflineAidl_CameraId_2_Frame_1_B2Y_Stride[4096]_Scanline[0].yuv",
-                                 kNv12Bytes)));
+    }
 }
 
 }  // namespace

@@ -1,10 +1,8 @@
 // With plane layouts the dumps are the chart of the source files: right size, place and colours.
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <stdlib.h>
 
-#include <algorithm>
 #include <cmath>
 
 #include "host/tools/offlineframes/chart.h"

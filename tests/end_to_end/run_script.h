@@ -2,7 +2,6 @@
 #pragma once
 
 #include <gtest/gtest.h>
-#include <stdlib.h>
 
 #include <filesystem>
 #include <fstream>
@@ -16,8 +15,6 @@ namespace end_to_end {
 class RunScript : public ::testing::Test {
   protected:
     RunScript() {
-        std::string name = ::testing::TempDir() + "run script-XXXXXX";
-        m_root = mkdtemp(name.data());
         std::filesystem::copy(PROJECT_FOLDER "/run", m_root + "/run");
         std::filesystem::copy(PROJECT_FOLDER "/scripts", m_root + "/scripts");
         std::filesystem::copy(PROJECT_FOLDER "/docs", m_root + "/docs");
@@ -29,15 +26,14 @@ class RunScript : public ::testing::Test {
                 << "build host/all: phony\nbuild driver/all: phony\n"
                    "build examples/all: phony\n";
     }
-    ~RunScript() override { std::filesystem::remove_all(m_root); }
-
     Finished run(const std::vector<std::string>& arguments) {
         std::vector<std::string> words = {m_root + "/run"};
         words.insert(words.end(), arguments.begin(), arguments.end());
         return runProgram(words, crashSettings());
     }
 
-    std::string m_root;
+    const TemporaryFolder m_folder{"run script"};
+    const std::string m_root = m_folder.path();
 };
 
 }  // namespace end_to_end

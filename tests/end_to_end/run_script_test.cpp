@@ -3,7 +3,6 @@
 #include "tests/end_to_end/run_script.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <algorithm>
 
