@@ -1,8 +1,8 @@
 // Bytes as a test writes them down.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
-#include <cstdlib>
 #include <string>
 #include <vector>
 
@@ -10,17 +10,11 @@ using Bytes = std::vector<uint8_t>;
 
 /** "01 00" or "0100": two digits a byte; blanks are skipped. */
 inline Bytes Hex(const std::string& text) {
+    std::string digits = text;
+    digits.erase(std::remove(digits.begin(), digits.end(), ' '), digits.end());
     Bytes bytes;
-    std::string digits;
-    for (const char c : text) {
-        if (c == ' ') {
-            continue;
-        }
-        digits += c;
-        if (digits.size() == 2) {
-            bytes.push_back(static_cast<uint8_t>(std::strtoul(digits.c_str(), nullptr, 16)));
-            digits.clear();
-        }
+    for (size_t i = 0; i < digits.size(); i += 2) {
+        bytes.push_back(static_cast<uint8_t>(std::stoul(digits.substr(i, 2), nullptr, 16)));
     }
     return bytes;
 }

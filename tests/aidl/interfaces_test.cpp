@@ -39,6 +39,12 @@ binder_status_t Record(AIBinder* binder, transaction_code_t code, const AParcel*
     return AParcel_appendFrom(reply.get(), out, 0, AParcel_getDataSize(reply.get()));
 }
 
+/** The code and the bytes of a call that has just been made and must have worked. */
+std::string Sent(const FarSide& far, const ndk::ScopedAStatus& status) {
+    EXPECT_TRUE(status.isOk()) << status;
+    return std::to_string(far.code) + ": " + ToHex(far.body);
+}
+
 /** A proxy whose far side records calls. Same descriptor, another class: as in another process. */
 template <typename Interface>
 std::shared_ptr<Interface> Proxy(FarSide* far) {
@@ -58,14 +64,10 @@ TEST(ServiceTest, NamesCodesVersion) {
     const std::shared_ptr<I> service = Proxy<I>(&far);
     far.reply = Hex("00000000 02000000 00000000 05000000");
     std::vector<int32_t> modes;
-    ASSERT_TRUE(service->getSupportedOpModes(&modes).isOk());
-    EXPECT_EQ(far.code, 1u);
+    EXPECT_EQ(Sent(far, service->getSupportedOpModes(&modes)), "1: ");
     EXPECT_THAT(modes, ElementsAre(0, 5));
-    ASSERT_TRUE(service->registerClient(1, nullptr).isOk());
-    EXPECT_EQ(far.code, 2u);
-    ASSERT_TRUE(service->unregisterClient(-2).isOk());
-    EXPECT_EQ(far.code, 3u);
-    EXPECT_EQ(ToHex(far.body), "feffffff");
+    EXPECT_EQ(Sent(far, service->registerClient(1, nullptr)).substr(0, 11), "2: 01000000");
+    EXPECT_EQ(Sent(far, service->unregisterClient(-2)), "3: feffffff");
 }
 
 TEST(SessionTest, NamesCodesBytes) {
@@ -74,20 +76,14 @@ TEST(SessionTest, NamesCodesBytes) {
 
     FarSide far;
     const std::shared_ptr<I> session = Proxy<I>(&far);
-    ASSERT_TRUE(session->configureOfflineStreams({}).isOk());
-    EXPECT_EQ(far.code, 1u);
     // There, 24 bytes: empty string of 8, no stream, mode 0, no byte.
-    EXPECT_EQ(ToHex(far.body), ToHex(Hex("01000000 18000000 00000000 00000000"
-                                         "00000000 00000000 00000000")));
+    EXPECT_EQ(Sent(far, session->configureOfflineStreams({})),
+              "1: 01000000 18000000 00000000 00000000 00000000 00000000 00000000");
     far.reply = Hex("00000000 2a000000");
     int32_t frame = 0;
-    ASSERT_TRUE(session->processOfflineRequest({}, &frame).isOk());
-    EXPECT_EQ(far.code, 2u);
-    EXPECT_EQ(ToHex(far.body), "00000000");
+    EXPECT_EQ(Sent(far, session->processOfflineRequest({}, &frame)), "2: 00000000");
     EXPECT_EQ(frame, 42);
-    ASSERT_TRUE(session->closeOfflineSession().isOk());
-    EXPECT_EQ(far.code, 3u);
-    EXPECT_TRUE(far.body.empty());
+    EXPECT_EQ(Sent(far, session->closeOfflineSession()), "3: ");
 
     // A failed call leaves the result alone; a reply that ends early is a transport failure.
     far.reply = Hex("f8ffffff 00000000 00000000 00000000 07000000");
@@ -103,23 +99,18 @@ TEST(CallbackTest, NamesCodesBytes) {
 
     FarSide far;
     const std::shared_ptr<I> callback = Proxy<I>(&far);
-    ASSERT_TRUE(callback->notify({NotifyMsg()}).isOk());
-    EXPECT_EQ(far.code, 1u);
     // One message, there; member 0, there, 16 bytes, all zero.
-    EXPECT_EQ(ToHex(far.body), ToHex(Hex("01000000 01000000 00000000 01000000 10000000"
-                                         "00000000 00000000 00000000")));
-    ASSERT_TRUE(callback->processCaptureResult({}).isOk());
-    EXPECT_EQ(far.code, 2u);
-    ASSERT_TRUE(callback->returnStreamBuffers({}).isOk());
-    EXPECT_EQ(far.code, 4u);
+    EXPECT_EQ(Sent(far, callback->notify({NotifyMsg()})),
+              "1: 01000000 01000000 00000000 01000000 10000000 00000000 00000000 00000000");
+    EXPECT_EQ(Sent(far, callback->processCaptureResult({})), "2: 00000000");
+    EXPECT_EQ(Sent(far, callback->returnStreamBuffers({})), "4: 00000000");
 
     // No request; the answers' vector has two elements already. Reply: OK, FAILED_PARTIAL, none.
     std::vector<OfflineStreamBufferRet> rets(2);
     far.reply = Hex("00000000 01000000 00000000");
     BufferRequestStatus status = BufferRequestStatus::OK;
-    ASSERT_TRUE(callback->requestStreamBuffers({}, &rets, &status).isOk());
-    EXPECT_EQ(far.code, 3u);
-    EXPECT_EQ(ToHex(far.body), "00000000 02000000");
+    EXPECT_EQ(Sent(far, callback->requestStreamBuffers({}, &rets, &status)),
+              "3: 00000000 02000000");
     EXPECT_EQ(status, BufferRequestStatus::FAILED_PARTIAL);
     EXPECT_TRUE(rets.empty());
 }
@@ -162,12 +153,10 @@ TEST(VersionTest, EveryInterfaceAnswers) {
     const auto callback = Proxy<IOfflineCameraCallback>(&far);
     far.reply = Hex("00000000 01000000");
     int32_t version = 0;
-    ASSERT_TRUE(callback->getInterfaceVersion(&version).isOk());
-    EXPECT_EQ(far.code, 0x00ffffffu);
+    EXPECT_EQ(Sent(far, callback->getInterfaceVersion(&version)), "16777215: ");
     far.reply = Hex("00000000 01000000 61000000");
     std::string hash;
-    ASSERT_TRUE(callback->getInterfaceHash(&hash).isOk());
-    EXPECT_EQ(far.code, 0x00fffffeu);
+    EXPECT_EQ(Sent(far, callback->getInterfaceHash(&hash)), "16777214: ");
     EXPECT_EQ(hash, "a");
 }
 

@@ -10,6 +10,7 @@
 #include <algorithm>
 
 #include "parcels.h"
+#include "tests/host/libbinder_ndk/plain_class.h"
 
 namespace aidl::standin::aidltest {
 namespace {
@@ -202,12 +203,7 @@ TEST_F(CallsTest, RequestsThatDoNotDecodeReachNobody) {
 TEST_F(CallsTest, FromBinder) {
     EXPECT_EQ(IWorker::fromBinder(worker->asBinder()), worker);
     EXPECT_EQ(IWorker::fromBinder(ndk::SpAIBinder()), nullptr);
-    static const AIBinder_Class* const stranger = AIBinder_Class_define(
-            "standin.Stranger", [](void*) -> void* { return nullptr; }, [](void*) {},
-            [](AIBinder*, transaction_code_t, const AParcel*, AParcel*) -> binder_status_t {
-                return STATUS_UNKNOWN_TRANSACTION;
-            });
-    const ndk::SpAIBinder strange(AIBinder_new(stranger, nullptr));
+    const ndk::SpAIBinder strange(AIBinder_new(newPlainClass("standin.Stranger"), nullptr));
     EXPECT_EQ(IWorker::fromBinder(strange), nullptr);
 }
 

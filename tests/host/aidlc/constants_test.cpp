@@ -9,38 +9,34 @@ namespace {
 using testing::HasSubstr;
 using testing::IsEmpty;
 
-struct Value {
-    const char* expression;
-    const char* value;  // as it stands in C++
-};
-
-class LongValueTest : public testing::TestWithParam<Value> {};
-
-TEST_P(LongValueTest, HasTheValue) {
-    Sources sources;
-    sources.Add("a/T.aidl", std::string("@Backing(type=\"long\") enum T { X = ") +
-                                    GetParam().expression + " }");
-    ASSERT_THAT(sources.Messages("a/T.aidl"), IsEmpty());
-    EXPECT_THAT(sources.Generated("include/aidl/a/T.h"),
-                HasSubstr(std::string(" X = ") + GetParam().value + ",\n"));
+TEST(ConstantsTest, HaveTheirValues) {
+    const std::pair<const char*, const char*> cases[] = {
+            {"2147483648", "2147483648L"},
+            {"0xffffffff", "-1L"},
+            {"0xffffffffL", "4294967295L"},
+            {"0xFFFFFFFFF", "68719476735L"},
+            {"0xffffffffffffffff", "-1L"},
+            {"0x8000000000000000", "-9223372036854775807L - 1"},
+            {"1 | 2 ^ 3 & 2", "1L"},       // & before ^ before |
+            {"1 << 2 + 1", "8L"},          // + before <<
+            {"2 + 3 * 4", "14L"},          // * before +
+            {"10 - 4 - 3", "3L"},          // from the left
+            {"-8 >> 1", "-4L"},            // keeps the sign
+            {"-~-+5", "-4L"},              // inner first: ~(-5) is 4
+            {"0xf << 28", "-268435456L"},  // an int loses the upper bits
+            {"0xffffL << 48", "-281474976710656L"},
+            {"1L << 63", "-9223372036854775807L - 1"},
+            {"2147483647L + 1", "2147483648L"},
+    };
+    for (const auto& [expression, value] : cases) {
+        Sources sources;
+        sources.Add("a/T.aidl",
+                    std::string("@Backing(type=\"long\") enum T { X = ") + expression + " }");
+        ASSERT_THAT(sources.Messages("a/T.aidl"), IsEmpty());
+        EXPECT_THAT(sources.Generated("include/aidl/a/T.h"),
+                    HasSubstr(std::string(" X = ") + value + ",\n"));
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(
-        All, LongValueTest,
-        testing::Values(Value{"2147483648", "2147483648L"}, Value{"0xffffffff", "-1L"},
-                        Value{"0xffffffffL", "4294967295L"}, Value{"0xFFFFFFFFF", "68719476735L"},
-                        Value{"0xffffffffffffffff", "-1L"},
-                        Value{"0x8000000000000000", "-9223372036854775807L - 1"},
-                        Value{"1 | 2 ^ 3 & 2", "1L"},       // & before ^ before |
-                        Value{"1 << 2 + 1", "8L"},          // + before <<
-                        Value{"2 + 3 * 4", "14L"},          // * before +
-                        Value{"10 - 4 - 3", "3L"},          // from the left
-                        Value{"-8 >> 1", "-4L"},            // keeps the sign
-                        Value{"-~-+5", "-4L"},              // inner first: ~(-5) is 4
-                        Value{"0xf << 28", "-268435456L"},  // an int loses the upper bits
-                        Value{"0xffffL << 48", "-281474976710656L"},
-                        Value{"1L << 63", "-9223372036854775807L - 1"},
-                        Value{"2147483647L + 1", "2147483648L"}));
 
 TEST(ConstantsTest, EnumeratorsReferToEachOther) {
     Sources sources;

@@ -13,32 +13,32 @@ using ::android::NO_ERROR;
 using ::android::hardware::graphics::common::V1_2::PixelFormat;
 using ::android::hardware::graphics::mapper::V4_0::IMapper;
 
-TEST(Encoding, NumbersHaveTheWidthOfTheirType) {
+template <typename Encode, typename Value>
+Bytes encoded(Encode encode, const Value& value) {
     Bytes bytes = {1, 2, 3};  // replaced
-    ASSERT_EQ(encodeAllocationSize(18874368, &bytes), NO_ERROR);
-    EXPECT_EQ(bytes, HandWritten().standardHeader(10).number<uint64_t>(18874368).bytes());
-    ASSERT_EQ(encodePixelFormatRequested(PixelFormat::RAW10, &bytes), NO_ERROR);
-    EXPECT_EQ(bytes, HandWritten().standardHeader(6).number<int32_t>(0x25).bytes());
-    ASSERT_EQ(encodePixelFormatFourCC(0x3231564e, &bytes), NO_ERROR);
-    EXPECT_EQ(bytes, HandWritten().standardHeader(7).number<uint32_t>(0x3231564e).bytes());
-    ASSERT_EQ(encodeUsage(uint64_t{1} << 63, &bytes), NO_ERROR);
-    EXPECT_EQ(bytes, HandWritten().standardHeader(9).number(uint64_t{1} << 63).bytes());
-    ASSERT_EQ(encodeDataspace(static_cast<Dataspace>(0x8C20000), &bytes), NO_ERROR);
-    EXPECT_EQ(bytes, HandWritten().standardHeader(17).number<int32_t>(0x8C20000).bytes());
-    ASSERT_EQ(encodeBlendMode(BlendMode::COVERAGE, &bytes), NO_ERROR);
-    EXPECT_EQ(bytes, HandWritten().standardHeader(18).number<int32_t>(3).bytes());
+    EXPECT_EQ(encode(value, &bytes), NO_ERROR);
+    return bytes;
+}
+
+TEST(Encoding, NumbersHaveTheWidthOfTheirType) {
+    const auto header = [](int64_t type) { return HandWritten().standardHeader(type); };
+    EXPECT_EQ(encoded(encodeAllocationSize, 18874368), header(10).number<uint64_t>(18874368));
+    EXPECT_EQ(encoded(encodePixelFormatRequested, PixelFormat::RAW10),
+              header(6).number<int32_t>(0x25));
+    EXPECT_EQ(encoded(encodePixelFormatFourCC, 0x3231564e), header(7).number<uint32_t>(0x3231564e));
+    EXPECT_EQ(encoded(encodeUsage, uint64_t{1} << 63), header(9).number(uint64_t{1} << 63));
+    EXPECT_EQ(encoded(encodeDataspace, static_cast<Dataspace>(0x8C20000)),
+              header(17).number<int32_t>(0x8C20000));
+    EXPECT_EQ(encoded(encodeBlendMode, BlendMode::COVERAGE), header(18).number<int32_t>(3));
 }
 
 TEST(Encoding, TextAndExtendableTypes) {
-    Bytes bytes;
-    ASSERT_EQ(encodeName("preview", &bytes), NO_ERROR);
-    EXPECT_EQ(bytes, HandWritten().standardHeader(2).text("preview").bytes());
-    ASSERT_EQ(encodeChromaSiting(ChromaSiting_SitedInterstitial, &bytes), NO_ERROR);
-    EXPECT_EQ(bytes, HandWritten()
-                             .standardHeader(14)
-                             .text("android.hardware.graphics.common.ChromaSiting")
-                             .number<int64_t>(2)
-                             .bytes());
+    EXPECT_EQ(encoded(encodeName, "preview"), HandWritten().standardHeader(2).text("preview"));
+    EXPECT_EQ(encoded(encodeChromaSiting, ChromaSiting_SitedInterstitial),
+              HandWritten()
+                      .standardHeader(14)
+                      .text("android.hardware.graphics.common.ChromaSiting")
+                      .number<int64_t>(2));
 }
 
 TEST(Encoding, PlaneLayouts) {
@@ -55,27 +55,25 @@ TEST(Encoding, PlaneLayouts) {
         expected.number(value);
     }
 
-    Bytes bytes;
-    ASSERT_EQ(encodePlaneLayouts(sampleLayouts(), &bytes), NO_ERROR);
-    EXPECT_EQ(bytes, expected.bytes());
+    Bytes bytes = encoded(encodePlaneLayouts, sampleLayouts());
+    EXPECT_EQ(bytes, expected);
 
     std::vector<PlaneLayout> planes;
     ASSERT_EQ(decodePlaneLayouts(bytes, &planes), NO_ERROR);
     EXPECT_EQ(planes, sampleLayouts());
 
-    ASSERT_EQ(encodePlaneLayouts({}, &bytes), NO_ERROR);
+    bytes = encoded(encodePlaneLayouts, std::vector<PlaneLayout>());
     EXPECT_EQ(decodePlaneLayouts(bytes, &planes), NO_ERROR);
     EXPECT_TRUE(planes.empty());
 }
 
 TEST(Encoding, Crop) {
     const Rect rect = {-1, 2, 640, 480};
-    Bytes bytes;
-    ASSERT_EQ(encodeCrop({rect, Rect()}, &bytes), NO_ERROR);
+    const Bytes bytes = encoded(encodeCrop, std::vector<Rect>{rect, Rect()});
     HandWritten expected;
     expected.standardHeader(16).number<int64_t>(2);
     for (const int32_t value : {-1, 2, 640, 480, 0, 0, 0, 0}) expected.number(value);
-    EXPECT_EQ(bytes, expected.bytes());
+    EXPECT_EQ(bytes, expected);
     std::vector<Rect> crop;
     ASSERT_EQ(decodeCrop(bytes, &crop), NO_ERROR);
     EXPECT_EQ(crop, (std::vector<Rect>{rect, Rect()}));
@@ -90,18 +88,12 @@ TEST(Encoding, BufferDescriptorInfoHasNoHeader) {
     info.format = PixelFormat::RAW10;
     info.usage = 0x33;
     info.reservedSize = 64;
-    Bytes bytes;
-    ASSERT_EQ(encodeBufferDescriptorInfo(info, &bytes), NO_ERROR);
-    EXPECT_EQ(bytes.size(), 40u + 6);
-    EXPECT_EQ(bytes, HandWritten()
-                             .text("source")
-                             .number<uint32_t>(4096)
-                             .number<uint32_t>(3072)
-                             .number<uint32_t>(1)
-                             .number<int32_t>(37)
-                             .number<uint64_t>(0x33)
-                             .number<uint64_t>(64)
-                             .bytes());
+    const Bytes bytes = encoded(encodeBufferDescriptorInfo, info);
+    HandWritten expected;
+    expected.text("source");
+    for (const uint32_t word : {4096, 3072, 1, 37}) expected.number(word);
+    for (const uint64_t number : {0x33, 64}) expected.number(number);
+    EXPECT_EQ(bytes, expected);
     IMapper::BufferDescriptorInfo decoded{};
     ASSERT_EQ(decodeBufferDescriptorInfo(bytes, &decoded), NO_ERROR);
     EXPECT_EQ(decoded.name, "source");
@@ -114,7 +106,7 @@ TEST(Encoding, VendorMetadata) {
     const IMapper::MetadataType type = {"vendor.example", 5};
     Bytes bytes;
     ASSERT_EQ(encodeDouble(type, -0.5, &bytes), NO_ERROR);
-    EXPECT_EQ(bytes, HandWritten().text("vendor.example").number<int64_t>(5).number(-0.5).bytes());
+    EXPECT_EQ(bytes, HandWritten().text("vendor.example").number<int64_t>(5).number(-0.5));
     double number = 0;
     EXPECT_EQ(decodeDouble(type, bytes, &number), NO_ERROR);
     EXPECT_EQ(number, -0.5);

@@ -66,8 +66,7 @@ TEST(Decode, AnotherTypeIsRefused) {
     const Bytes longerName = HandWritten()
                                      .text("android.hardware.graphics.common.StandardMetadataType2")
                                      .number<int64_t>(3)
-                                     .number<uint64_t>(640)
-                                     .bytes();
+                                     .number<uint64_t>(640);
     EXPECT_EQ(decodeWidth(longerName, &value), BAD_VALUE);
 }
 
@@ -78,17 +77,17 @@ TEST(Decode, ImpossibleCountsAreRefusedBeforeAnyAllocation) {
         planes.standardHeader(15).number(count);
         for (int i = 0; i < 9; ++i) planes.number<int64_t>(0);  // one plane without components
         std::vector<PlaneLayout> out;
-        EXPECT_EQ(decodePlaneLayouts(planes.bytes(), &out), BAD_VALUE) << count;
+        EXPECT_EQ(decodePlaneLayouts(planes, &out), BAD_VALUE) << count;
 
         HandWritten components;
         components.standardHeader(15).number<int64_t>(1).number(count);
         for (int i = 0; i < 8; ++i) components.number<int64_t>(0);
-        EXPECT_EQ(decodePlaneLayouts(components.bytes(), &out), BAD_VALUE) << count;
+        EXPECT_EQ(decodePlaneLayouts(components, &out), BAD_VALUE) << count;
 
         HandWritten name;
         name.standardHeader(2).number(count).number<uint8_t>('a');
         std::string text;
-        EXPECT_EQ(decodeName(name.bytes(), &text), BAD_VALUE) << count;
+        EXPECT_EQ(decodeName(name, &text), BAD_VALUE) << count;
     }
 }
 

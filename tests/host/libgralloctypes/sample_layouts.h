@@ -28,7 +28,7 @@ class HandWritten {
     HandWritten& standardHeader(int64_t type) {
         return text("android.hardware.graphics.common.StandardMetadataType").number(type);
     }
-    Bytes bytes() const { return mBytes; }
+    operator Bytes() const { return mBytes; }
 
   private:
     std::vector<uint8_t> mBytes;
