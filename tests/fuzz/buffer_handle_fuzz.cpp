@@ -4,8 +4,6 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
-#include <algorithm>
-
 #include "fuzz_input.h"
 
 using namespace graphics;

@@ -1,8 +1,6 @@
 // Metadata blobs: what passes the check never leads outside of its block.
 #include <system/camera_metadata.h>
 
-#include <vector>
-
 #include "fuzz_input.h"
 #include "host/services/offlinecamera/camera_metadata_blob.h"
 

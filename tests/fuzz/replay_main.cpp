@@ -1,5 +1,4 @@
 // Runs a fuzz target once for every file of the folder that is its argument.
-#include <algorithm>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>

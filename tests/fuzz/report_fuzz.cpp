@@ -2,8 +2,6 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
-#include <string>
-
 #include "fuzz_input.h"
 #include "host/tools/runreport/make_report.h"
 #include "host/tools/runreport/report_json.h"

@@ -6,7 +6,6 @@
 
 #include <cstdlib>
 #include <fstream>
-#include <string>
 #include <vector>
 
 #include "tests/support/temporary_folder.h"

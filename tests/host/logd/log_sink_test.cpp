@@ -5,8 +5,6 @@
 #include <unistd.h>
 
 #include <sstream>
-#include <string>
-#include <vector>
 
 #include "tests/end_to_end/device_run.h"
 #include "tests/end_to_end/subprocess.h"

@@ -81,7 +81,6 @@ TEST_F(FaultTest, ReorderedBuffersShowWithSeveralOutputs) {
     ASSERT_TRUE(mSession->configureOfflineStreams(mConfiguration).isOk());
     EXPECT_EQ(Process(MakeInfo()), "1");
     EXPECT_THAT(mClient->WaitForEvents(2), ElementsAre(kShutter, "result 1 out 5:2 1:1 in 0:1"));
-    Close();
 }
 
 TEST_F(FaultTest, SmallJpegShowsTheCornerOfALargePicture) {

@@ -52,7 +52,6 @@ TEST_F(ServiceTest, ClientsRegisterAndLeave) {
     EXPECT_FALSE(mService->unregisterClient(0).isOk());
     for (int32_t id = 0; id < 64; ++id) EXPECT_TRUE(mService->registerClient(id, mClient).isOk());
     EXPECT_EQ(mService->registerClient(64, mClient).getServiceSpecificError(), kNoResources);
-    Close();
 }
 
 TEST_F(ServiceTest, ModesAreToldAndACallbackIsNeeded) {
@@ -64,7 +63,6 @@ TEST_F(ServiceTest, ModesAreToldAndACallbackIsNeeded) {
     EXPECT_EQ(mService->openOfflineSession("test", nullptr, &session).getServiceSpecificError(),
               kIllegalArgument);
     EXPECT_EQ(session, nullptr);
-    Close();
 }
 
 }  // namespace offlinecamera

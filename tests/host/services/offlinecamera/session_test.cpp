@@ -4,7 +4,6 @@
 
 #include <imaging/b2y.h>
 #include <imaging/jpeg.h>
-#include <imaging/raw10.h>
 #include <sys/eventfd.h>
 #include <system/camera_metadata.h>
 
@@ -13,6 +12,7 @@
 #include "camera_metadata_blob.h"
 #include "refusal.h"
 #include "session_fixture.h"
+#include "tests/host/imaging/frames.h"
 #include "tests/support/eventually.h"
 
 namespace offlinecamera {
@@ -44,18 +44,11 @@ std::vector<uint8_t> Pixels(const NativeHandle& handle, const Stream& stream) {
 }
 
 /** What a mosaic given by a function becomes at 12 x 8. */
-std::vector<uint8_t> Developed(const std::function<int(uint32_t, uint32_t)>& mosaic) {
-    const size_t stride = imaging::Raw10RowBytes(kWidth);
-    std::vector<uint8_t> raw(stride * kHeight);
-    for (uint32_t y = 0; y < kHeight; ++y) {
-        std::vector<uint16_t> row(kWidth);
-        for (uint32_t x = 0; x < kWidth; ++x) row[x] = static_cast<uint16_t>(mosaic(x, y));
-        imaging::PackRaw10Row(row.data(), kWidth, &raw[y * stride]);
-    }
-    std::vector<uint8_t> out(12 * 12);
-    const imaging::MutableNv12View view = {out.data(), out.data() + 12 * 8, 12, 8, 12};
-    EXPECT_EQ(imaging::RawToNv12({raw.data(), kWidth, kHeight, stride}, view), "");
-    return Pixels(view);
+std::vector<uint8_t> Developed(const imaging::RawFrame::Pixels& mosaic) {
+    imaging::RawFrame raw(kWidth, kHeight, mosaic);
+    imaging::Nv12Picture picture(12, 8);
+    EXPECT_EQ(imaging::RawToNv12(raw.View(), picture.View()), "");
+    return Pixels(picture.View());
 }
 
 std::vector<uint8_t> Orientation(int32_t degrees) {
@@ -75,7 +68,6 @@ TEST_F(SessionTest, B2YDevelopsTheMosaic) {
     EXPECT_THAT(mClient->WaitForEvents(2), ElementsAre("shutter 1", "result 1 out 1:1 in 0:1"));
     EXPECT_EQ(Pixels(Handle(1, 1), mConfiguration.streams[1]),
               Developed([](uint32_t x, uint32_t y) { return MosaicPixel(0, x, y); }));
-    Close();
 }
 
 TEST_F(SessionTest, MmfDevelopsTheAverageAndBorrowsItsScratchBuffer) {
@@ -84,11 +76,10 @@ TEST_F(SessionTest, MmfDevelopsTheAverageAndBorrowsItsScratchBuffer) {
     EXPECT_THAT(mClient->WaitForEvents(4),
                 ElementsAre("shutter 1", "lend 0 x 1", "return 0:101",
                             "result 1 out 2:1 in 0:1 1:2 0:3 1:4 0:5 1:6"));
-    EXPECT_EQ(
-            Pixels(Handle(2, 1), mConfiguration.streams[2]), Developed([](uint32_t x, uint32_t y) {
-                return (MosaicPixel(0, x, y) + MosaicPixel(1, x, y) + MosaicPixel(2, x, y) + 1) / 3;
-            }));
-    Close();
+    const auto average = [](uint32_t x, uint32_t y) {
+        return (MosaicPixel(0, x, y) + MosaicPixel(1, x, y) + MosaicPixel(2, x, y) + 1) / 3;
+    };
+    EXPECT_EQ(Pixels(Handle(2, 1), mConfiguration.streams[2]), Developed(average));
 }
 
 TEST_F(SessionTest, Y2JWritesAJpegFileAndATrailerAtTheEndOfTheStreamsSize) {
@@ -119,7 +110,6 @@ TEST_F(SessionTest, Y2JWritesAJpegFileAndATrailerAtTheEndOfTheStreamsSize) {
         ASSERT_EQ(trailer[1], static_cast<int32_t>(expectedSize));
         EXPECT_EQ(std::vector<uint8_t>(buffer.Data(), buffer.Data() + expectedSize), expected);
     });
-    Close();
 }
 
 TEST_F(SessionTest, APipelineFailureIsToldAsErrorAndBrokenBuffers) {
@@ -131,7 +121,6 @@ TEST_F(SessionTest, APipelineFailureIsToldAsErrorAndBrokenBuffers) {
     EXPECT_EQ(Process(MakeInfo()), "1");
     EXPECT_THAT(mClient->WaitForEvents(3),
                 ElementsAre("shutter 1", "error 1", "result 1 out 1:1! in 0:1"));
-    Close();
 }
 
 TEST_F(SessionTest, AClientThatLendsBadlyGetsAnErrorAndItsBuffersBack) {
@@ -146,7 +135,6 @@ TEST_F(SessionTest, AClientThatLendsBadlyGetsAnErrorAndItsBuffersBack) {
                             "result 1 out 2:1! in 0:1 1:2 0:3 1:4 0:5 1:6",  //
                             "shutter 2", "lend 0 x 1", "error 2",
                             "result 2 out 2:1! in 0:1 1:2 0:3 1:4 0:5 1:6"));
-    Close();
 }
 
 TEST_F(SessionTest, AnInputIsReadAfterItsAcquireFence) {
@@ -182,7 +170,6 @@ TEST_F(SessionTest, FrameNumbersCountFromOneAndGivenOnesAreKept) {
     EXPECT_TRUE(mSession->processOfflineRequest(two, &frameNumber).isOk());
     EXPECT_EQ(frameNumber, 21);
     mClient->WaitForEvents(10);
-    Close();
 }
 
 TEST_F(SessionTest, BadRequestsAreRefusedByNameAndNothingIsDelivered) {
@@ -241,7 +228,6 @@ TEST_F(SessionTest, ABlobBufferShorterThanItsStreamIsRefused) {
     shorter.bufferSize -= 1;
     info.outputBuffers[0].buffer = Allocate(shorter);
     EXPECT_THAT(Process(std::move(info)), HasSubstr("the stream needs 20000 x 1"));
-    Close();
 }
 
 TEST_F(SessionTest, CallsThatDoNotFitTheSessionsStateAreRefused) {

@@ -1,7 +1,6 @@
 // The service manager process: names, replacement, death, and several of them in one folder.
 #include <android/binder_manager.h>
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <signal.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -9,6 +8,7 @@
 #include "tests/host/libbinder_ndk/list_services.h"
 #include "tests/host/libbinder_ndk/peer_service.h"
 #include "tests/host/libbinder_ndk/test_bus.h"
+#include "tests/support/temporary_folder.h"
 
 namespace {
 
@@ -104,24 +104,14 @@ TEST(ServiceManager, TakesOnlySoManyServicesOfAProcess) {
 // A folder of its own for service managers that the test starts.
 class OwnFolder : public testing::Test {
   protected:
-    void SetUp() override {
-        char path[] = "/tmp/servicemanager-test-XXXXXX";
-        ASSERT_NE(mkdtemp(path), nullptr);
-        mFolder = path;
-        mEnvironment = {"STANDIN_BINDER_DIR=" + mFolder};
-        busFolder();
-    }
-    void TearDown() override {
-        const std::string remove = "rm -rf '" + mFolder + "'";
-        EXPECT_EQ(system(remove.c_str()), 0);
-    }
+    void SetUp() override { busFolder(); }
     Child startManager() { return Child({SERVICEMANAGER_PROGRAM}, mEnvironment); }
     Child startPeerHere() { return Child(peerCommand(newServiceName()), mEnvironment); }
     bool answersAPeer() {
         return eventually([&]() { return startPeerHere().waitForLine(); });
     }
-    std::string mFolder;
-    std::vector<std::string> mEnvironment;
+    const TemporaryFolder mFolder{"servicemanager"};
+    std::vector<std::string> mEnvironment = {"STANDIN_BINDER_DIR=" + mFolder.path()};
 };
 
 TEST_F(OwnFolder, AcceptsOneServiceManagerAtATime) {
@@ -140,19 +130,19 @@ TEST_F(OwnFolder, WithoutAServiceManagerAddsNothing) {
 }
 
 TEST_F(OwnFolder, OpenToOthersIsRefused) {
-    ASSERT_EQ(chmod(mFolder.c_str(), 0750), 0);
+    ASSERT_EQ(chmod(mFolder.path().c_str(), 0750), 0);
     EXPECT_EQ(startManager().wait(), 1);
     EXPECT_EQ(startPeerHere().wait(), 3);
 }
 
 TEST_F(OwnFolder, WithALinkInPlaceOfASocketIsRefused) {
     const std::string elsewhere = busFolder() + "/servicemanager";
-    ASSERT_EQ(symlink(elsewhere.c_str(), (mFolder + "/servicemanager").c_str()), 0);
+    ASSERT_EQ(symlink(elsewhere.c_str(), mFolder.path("servicemanager").c_str()), 0);
     EXPECT_EQ(startPeerHere().wait(), 3);
 }
 
 TEST_F(OwnFolder, WithTooLongAPathIsRefused) {
-    const std::string folder = mFolder + "/" + std::string(100, 'x');
+    const std::string folder = mFolder.path(std::string(100, 'x'));
     ASSERT_EQ(mkdir(folder.c_str(), 0700), 0);
     mEnvironment = {"STANDIN_BINDER_DIR=" + folder};
     EXPECT_EQ(startManager().wait(), 1);
