@@ -9,6 +9,7 @@
 #include "call_context.h"
 #include "log.h"
 #include "secret_numbers.h"
+#include "silent_processes.h"
 #include "status_values.h"
 #include "trace.h"
 
@@ -146,12 +147,28 @@ void Connection::awaitReply(Waiter* waiter, transaction_code_t code, IncomingMes
     // itself.
     const bool ownAnswer = code == kPingCode || code == kDescriptorCode || code == kExtensionCode;
     const bool bounded = ownAnswer && callContext().handling;
-    const auto limit = bounded ? std::optional<int>(kPlatformMilliseconds) : std::nullopt;
-    if (waiter->wait(limit, reply)) return;
-    BINDER_LOGE("connection to %s ended: it did not say within %d ms what its object is",
-                mPeerLabel.c_str(), kPlatformMilliseconds);
-    shutDown();
+    if (!bounded) {
+        waiter->wait(std::nullopt, reply);
+        return;
+    }
+    if (awaitInTime(waiter, kPlatformMilliseconds, "what its object is", reply)) return;
     waiter->wait(std::nullopt, reply);  // the end of the connection answers
+}
+
+bool Connection::awaitInTime(Waiter* waiter, int milliseconds, const char* question,
+                             IncomingMessage* reply) {
+    const bool silentBefore = SilentProcesses::instance().mustNotWaitFor(mPeer.pid);
+    if (waiter->wait(silentBefore ? 0 : milliseconds, reply)) return true;
+    if (silentBefore) {
+        BINDER_LOGE("connection to %s ended: it did not say at once, after a silence before, %s",
+                    mPeerLabel.c_str(), question);
+    } else {
+        BINDER_LOGE("connection to %s ended: it did not say within %d ms %s", mPeerLabel.c_str(),
+                    milliseconds, question);
+        SilentProcesses::instance().add(mPeer.pid);
+    }
+    shutDown();
+    return false;
 }
 
 bool Connection::acquire(uint64_t number) {
@@ -163,13 +180,8 @@ bool Connection::acquire(uint64_t number) {
     if (expectReply(header.id, waiter) != STATUS_OK) return false;
     mSender->sendControl(header);  // if that fails the connection ends, which answers the waiter
     IncomingMessage reply;
-    if (!waiter->wait(kAcquireMilliseconds, &reply)) {
-        BINDER_LOGE("%s did not answer a request for an object within %d ms: connection dropped",
-                    mPeerLabel.c_str(), kAcquireMilliseconds);
-        shutDown();
-        return false;
-    }
-    return reply.status == STATUS_OK;
+    return awaitInTime(waiter.get(), kAcquireMilliseconds, "whether it has an object", &reply) &&
+           reply.status == STATUS_OK;
 }
 
 void Connection::giveBack(uint64_t number, uint64_t count) {

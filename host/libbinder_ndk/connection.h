@@ -13,7 +13,6 @@
 
 #include "call_budget.h"
 #include "frame_sender.h"
-#include "log_throttle.h"
 #include "message.h"
 #include "object_table.h"
 #include "socket_address.h"
@@ -71,6 +70,9 @@ class Connection : public std::enable_shared_from_this<Connection> {
     binder_status_t expectReply(uint64_t id, const std::shared_ptr<Waiter>& waiter);
     std::shared_ptr<Waiter> takeWaiter(uint64_t id);
     void awaitReply(Waiter* waiter, transaction_code_t code, IncomingMessage* reply);
+    // False, and the connection ends, if there is no answer in time.
+    bool awaitInTime(Waiter* waiter, int milliseconds, const char* question,
+                     IncomingMessage* reply);
     // Keeps references until the peer has taken them. 0 if the connection has ended, or the peer
     // has not taken so many that it never will.
     uint64_t hold(const std::vector<AIBinder*>& references);
@@ -84,7 +86,6 @@ class Connection : public std::enable_shared_from_this<Connection> {
     std::atomic<uint64_t> mLastId{0};
     PeerObjects mObjects;
     CallShare mCalls;
-    LogThrottle mRefusals;  // the reader's
 
     std::mutex mMutex;  // guards what follows
     bool mEnded = false;

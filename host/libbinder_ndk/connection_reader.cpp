@@ -1,4 +1,7 @@
 // A connection's incoming side: what the reader thread does with each frame, and with the end.
+#include <sys/syscall.h>
+#include <unistd.h>
+
 #include <utility>
 
 #include "connection.h"
@@ -25,12 +28,14 @@ void markReaderThread(bool isReader) {
 void Connection::runReader() {
     markReaderThread(true);
     std::string reason;
+    const auto process = static_cast<int>(syscall(SYS_pidfd_open, mPeer.pid, 0));
     while (reason.empty()) {
         IncomingFrame frame;
-        ReceiveResult result = receiveFrame(mFd, &frame, &reason);
+        ReceiveResult result = receiveFrame(mFd, &frame, &reason, ReceiveWait::kAny, process);
         if (result == ReceiveResult::kEnd) break;
         if (result == ReceiveResult::kFrame) handleFrame(&frame, &reason);
     }
+    if (process >= 0) close(process);
     if (!reason.empty()) {
         BINDER_LOGE("connection to %s ended: %s", mPeerLabel.c_str(), reason.c_str());
     }
@@ -85,10 +90,7 @@ bool Connection::handleCall(IncomingFrame* frame, std::string* reason) {
 }
 
 void Connection::refuseCall(const IncomingMessage& message) {
-    if (uint64_t count = mRefusals.due()) {
-        BINDER_LOGE("%s has too many calls waiting here: %llu refused", mPeerLabel.c_str(),
-                    static_cast<unsigned long long>(count));
-    }
+    BINDER_LOGE("%s has too many calls waiting here: one more refused", mPeerLabel.c_str());
     if (message.header.referencesId != 0) sendReferencesTaken(message.header.referencesId);
     if ((message.header.flags & FLAG_ONEWAY) == 0) {
         sendReply(message.header.id, STATUS_FAILED_TRANSACTION, nullptr);

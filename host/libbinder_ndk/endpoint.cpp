@@ -17,6 +17,7 @@
 #include "frame_io.h"
 #include "log.h"
 #include "object_table.h"
+#include "silent_processes.h"
 #include "threads.h"
 
 namespace hostbinder {
@@ -39,12 +40,27 @@ void sendGreeting(int fd, FrameKind kind, const std::string& data, binder_status
     sendFrame(fd, &frame, SendWait::kNever);
 }
 
-bool receiveGreeting(int fd, FrameKind kind, IncomingFrame* frame) {
+// Logs what is wrong, if anything is.
+ReceiveResult receiveGreeting(int fd, FrameKind kind, IncomingFrame* frame) {
     std::string reason;
     ReceiveResult result = receiveFrame(fd, frame, &reason, ReceiveWait::kBounded);
-    if (result == ReceiveResult::kFrame && frame->header.kind != kind) reason = "no greeting";
+    if (result == ReceiveResult::kFrame && frame->header.kind != kind) {
+        reason = "no greeting";
+        result = ReceiveResult::kBroken;
+    }
     if (!reason.empty()) BINDER_LOGE("connection refused: %s", reason.c_str());
-    return result == ReceiveResult::kFrame && reason.empty();
+    return result;
+}
+
+// Greets over a new socket. Does not wait for a process that was silent before.
+bool exchangeGreetings(int fd, const std::string& ownName, IncomingFrame* answer,
+                       PeerCredentials* peer) {
+    SilentProcesses& silent = SilentProcesses::instance();
+    if (!checkPeer(fd, peer) || silent.mustNotWaitFor(peer->pid)) return false;
+    sendGreeting(fd, FrameKind::kHello, ownName, STATUS_OK);
+    const ReceiveResult received = receiveGreeting(fd, FrameKind::kHelloReply, answer);
+    if (received == ReceiveResult::kLate) silent.add(peer->pid);
+    return received == ReceiveResult::kFrame;
 }
 
 std::shared_ptr<Connection> startReader(std::shared_ptr<Connection> connection) {
@@ -72,8 +88,7 @@ Endpoint::Greeting Endpoint::greet(const std::string& name,
     }
     PeerCredentials credentials;
     IncomingFrame answer;
-    sendGreeting(fd, FrameKind::kHello, mName, STATUS_OK);
-    if (!checkPeer(fd, &credentials) || !receiveGreeting(fd, FrameKind::kHelloReply, &answer)) {
+    if (!exchangeGreetings(fd, mName, &answer, &credentials)) {
         close(fd);
         return Greeting::kFailed;
     }
@@ -90,13 +105,14 @@ std::shared_ptr<Connection> Endpoint::connectTo(const std::string& name) {
     const auto limit = Clock::now() + kConnectLimit;
     std::unique_lock<std::mutex> lock(mMutex);
     if (name == mName) return nullptr;  // never to itself
-    while (true) {
+    for (bool tried = false;; tried = true) {
         Peer& peer = mPeers[name];
         if (isOpen(peer.connection)) return peer.connection;
         if (peer.connecting) {
             mChanged.wait(lock);  // the other thread's attempt is bounded
             continue;
         }
+        if (tried && Clock::now() > limit) break;
         peer.connecting = true;
         lock.unlock();
         std::shared_ptr<Connection> connection;
@@ -105,13 +121,11 @@ std::shared_ptr<Connection> Endpoint::connectTo(const std::string& name) {
         if (connection != nullptr || greeting != Greeting::kBusy) return connection;
         lock.lock();
         // Busy: the peer's own attempt is under way, or it has yet to see a lost connection.
-        if (Clock::now() > limit) {
-            BINDER_LOGE("no connection to %s: it stays busy", name.c_str());
-            return nullptr;
-        }
-        mChanged.wait_for(lock, std::chrono::milliseconds(10),
-                          [&]() { return isOpen(mPeers[name].connection); });
+        mChanged.wait_for(lock, std::chrono::milliseconds(10));
     }
+    mPeers.erase(name);
+    BINDER_LOGE("no connection to %s: it stays busy", name.c_str());
+    return nullptr;
 }
 
 std::shared_ptr<Connection> Endpoint::finishConnecting(const std::string& name, Greeting greeting,
@@ -155,7 +169,7 @@ std::shared_ptr<Connection> Endpoint::admit(int fd, const std::string& name,
 
 void Endpoint::serveAccepted(int fd, const PeerCredentials& credentials) {
     IncomingFrame hello;
-    if (!receiveGreeting(fd, FrameKind::kHello, &hello)) {
+    if (receiveGreeting(fd, FrameKind::kHello, &hello) != ReceiveResult::kFrame) {
         close(fd);
         return;
     }

@@ -10,7 +10,6 @@
 
 #include "dead_sockets.h"
 #include "ibinder.h"
-#include "log_throttle.h"
 #include "socket_address.h"
 
 namespace hostbinder {
@@ -69,7 +68,6 @@ class Endpoint {
     bool mListenFailed = false;
     std::unordered_map<std::string, Peer> mPeers;
 
-    LogThrottle mRefused;      // the accepting thread's
     DeadSockets mDeadSockets;  // the service manager's
 };
 

@@ -81,14 +81,12 @@ binder_status_t Endpoint::becomeServiceManager() {
 }
 
 void Endpoint::acceptLoop(int listener) {
-    LogThrottle full;
     while (true) {
         const int fd = accept4(listener, nullptr, nullptr, SOCK_CLOEXEC);
         if (fd >= 0) {
             startServing(fd);
         } else if (errno == EMFILE || errno == ENFILE || errno == ENOMEM || errno == ENOBUFS) {
-            const int error = errno;
-            if (full.due() > 0) BINDER_LOGE("cannot accept a connection: %s", strerror(error));
+            BINDER_LOGE("cannot accept a connection: %s", strerror(errno));
             usleep(50 * 1000);  // the connection still waits; give descriptors time to go
         } else if (errno != EINTR && errno != ECONNABORTED) {
             BINDER_LOGE("no more connections are accepted: %s", strerror(errno));
@@ -105,13 +103,10 @@ void Endpoint::startServing(int fd) {
     }
     std::shared_ptr<ConnectionPlaces::Place> place = ConnectionPlaces::instance().take(peer.pid);
     if (place == nullptr) {
-        if (const uint64_t count = mRefused.due()) {
-            BINDER_LOGE(
-                    "connection of process %d refused (%llu of late): %zu connections of a "
-                    "process, %zu of all at most",
-                    peer.pid, static_cast<unsigned long long>(count), ConnectionPlaces::kPerProcess,
-                    ConnectionPlaces::kAll);
-        }
+        BINDER_LOGE(
+                "connection of process %d refused: %zu connections of a process, %zu of all at "
+                "most",
+                peer.pid, ConnectionPlaces::kPerProcess, ConnectionPlaces::kAll);
         close(fd);
         return;
     }

@@ -12,6 +12,7 @@
 #include <cstring>
 
 #include "log.h"
+#include "received_descriptor.h"
 
 namespace hostbinder {
 
@@ -115,8 +116,16 @@ void collectDescriptors(msghdr* message, IncomingFrame* frame) {
 // Reads one frame's parts.
 class FrameReader {
   public:
-    FrameReader(int fd, IncomingFrame* frame, ReceiveWait wait)
-        : mFd(fd), mFrame(frame), mTimed(wait == ReceiveWait::kBounded) {}
+    FrameReader(int fd, IncomingFrame* frame) : mFd(fd), mFrame(frame) {}
+
+    // Waits, for as long as it takes, until there is something to read or an end to be noticed.
+    // False if the process ends first.
+    bool waitForBeginning(int process) const {
+        pollfd sources[] = {{mFd, POLLIN, 0}, {process, POLLIN, 0}};
+        while (poll(sources, 2, -1) < 0 && errno == EINTR) {
+        }
+        return sources[0].revents != 0 || sources[1].revents == 0;
+    }
 
     // Reads exactly `size` bytes. Sets *got to what came before the end or an error.
     bool read(void* bytes, size_t size, size_t* got) {
@@ -142,11 +151,9 @@ class FrameReader {
             message.msg_iovlen = 1;
             message.msg_control = control;
             message.msg_controllen = sizeof(control);
-            const ssize_t received =
-                    recvmsg(mFd, &message, MSG_CMSG_CLOEXEC | (mTimed ? MSG_DONTWAIT : 0));
+            const ssize_t received = recvmsg(mFd, &message, MSG_CMSG_CLOEXEC | MSG_DONTWAIT);
             if (received >= 0) {
                 collectDescriptors(&message, mFrame);
-                mTimed = true;
                 return received;
             }
             if (errno == EAGAIN && !mTimer.waitUntil(mFd, POLLIN)) return -1;
@@ -156,13 +163,15 @@ class FrameReader {
 
     const int mFd;
     IncomingFrame* const mFrame;
-    bool mTimed;
     FrameTimer mTimer{kReceiveLimit};
 };
 
-std::string interruption(const char* part) {
-    return std::string("ended within a message's ") + part +
-           (errno == 0 ? "" : std::string(": ") + strerror(errno));
+// What errno, 0 for the connection's end, says about a message of which a part is missing.
+ReceiveResult broken(const char* part, std::string* reason) {
+    const int error = errno;
+    *reason = std::string("ended within a message's ") + part;
+    if (error != 0) *reason += std::string(": ") + strerror(error);
+    return error == ETIMEDOUT ? ReceiveResult::kLate : ReceiveResult::kBroken;
 }
 
 bool carriesParcel(FrameKind kind) {
@@ -221,7 +230,7 @@ SendResult sendFrame(int fd, OutgoingFrame* frame, SendWait wait) {
 
 IncomingFrame::~IncomingFrame() {
     for (int fd : descriptors) {
-        if (fd >= 0) close(fd);
+        if (fd >= 0) closeReceived(fd);
     }
 }
 
@@ -241,13 +250,14 @@ ReferenceRecord IncomingFrame::referenceAt(size_t index) const {
     return record;
 }
 
-ReceiveResult receiveFrame(int fd, IncomingFrame* frame, std::string* reason, ReceiveWait wait) {
-    FrameReader reader(fd, frame, wait);
+ReceiveResult receiveFrame(int fd, IncomingFrame* frame, std::string* reason, ReceiveWait wait,
+                           int process) {
+    FrameReader reader(fd, frame);
+    if (wait == ReceiveWait::kAny && !reader.waitForBeginning(process)) return ReceiveResult::kEnd;
     size_t got = 0;
     if (!reader.read(&frame->header, sizeof(FrameHeader), &got)) {
         if (got == 0 && (errno == 0 || errno == ECONNRESET)) return ReceiveResult::kEnd;
-        *reason = interruption("header");
-        return ReceiveResult::kBroken;
+        return broken("header", reason);
     }
     const FrameHeader& header = frame->header;
     if (!checkHeader(header, reason)) return ReceiveResult::kBroken;
@@ -261,8 +271,7 @@ ReceiveResult receiveFrame(int fd, IncomingFrame* frame, std::string* reason, Re
             return ReceiveResult::kBroken;
         }
         if (!reader.read(frame->body.get(), size, &got)) {
-            *reason = interruption("body");
-            return ReceiveResult::kBroken;
+            return broken("body", reason);
         }
     }
     if (!frame->descriptorsLost && frame->descriptors.size() != header.descriptorCount) {

@@ -56,7 +56,8 @@ struct IncomingFrame {
 
 enum class ReceiveResult {
     kFrame,
-    kEnd,     // the peer closed the connection between two frames
+    kEnd,     // the peer closed the connection between two frames, or its process has ended
+    kLate,    // it takes too long; *reason says so
     kBroken,  // *reason says why
 };
 
@@ -66,8 +67,10 @@ enum class ReceiveWait {
 };
 
 // Waits for one frame and checks all sizes and counts in it before it reads or allocates. Once it
-// has begun, its end must come within 10 s.
+// has begun, its end must come within 10 s. `process`: a descriptor of the peer's process, or -1.
+// With its end the wait for a frame is over: somebody else may hold the peer's end of the socket
+// open, as a process does that is sent it in a message.
 ReceiveResult receiveFrame(int fd, IncomingFrame* frame, std::string* reason,
-                           ReceiveWait wait = ReceiveWait::kAny);
+                           ReceiveWait wait = ReceiveWait::kAny, int process = -1);
 
 }  // namespace hostbinder

@@ -33,20 +33,20 @@ void IncomingCall::discharge() {
 }
 
 binder_status_t IncomingCall::serve(AParcel* out) {
-    resolveReferences(&mMessage, mConnection.get());
-    if (mMessage.status != STATUS_OK) return mMessage.status;
     CallContext context;
     context.handling = true;
     context.uid = mConnection->peer().uid;
     context.pid = mConnection->peer().pid;
     context.chain = isOneway() ? 0 : mMessage.header.chain;
     context.nesting = callContext().nesting + 1;
+    ScopedCallContext scope(context);
+    resolveReferences(&mMessage, mConnection.get());
+    if (mMessage.status != STATUS_OK) return mMessage.status;
     if (context.nesting > kMaxNesting) {
         BINDER_LOGE("call from %s refused: it is nested in %d others",
                     mConnection->peerLabel().c_str(), kMaxNesting);
         return STATUS_FAILED_TRANSACTION;
     }
-    ScopedCallContext scope(context);
     return mTarget->handle(mMessage.header.code, mMessage.parcel.get(), out);
 }
 

@@ -9,6 +9,8 @@
 #include <cstdlib>
 #include <limits>
 
+#include "received_descriptor.h"
+
 using hostbinder::kBinderHandle;
 using hostbinder::kBinderNull;
 using hostbinder::kDescriptor;
@@ -26,7 +28,7 @@ bool startsBefore(const ParcelObject& object, size_t offset) {
 
 void dropObject(const ParcelObject& object) {
     if (object.binder != nullptr) AIBinder_decStrong(object.binder);
-    if (object.fd >= 0) close(object.fd);
+    if (object.fd >= 0) hostbinder::closeReceived(object.fd);
 }
 
 }  // namespace

@@ -13,6 +13,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "call_context.h"
 #include "log.h"
 #include "wire_format.h"
 
@@ -70,8 +71,8 @@ int makeAddress(const std::string& name, sockaddr_un* address) {
     return 0;
 }
 
-int openSocket() {
-    const int fd = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+int openSocket(int flags) {
+    const int fd = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | flags, 0);
     return fd < 0 ? -errno : fd;
 }
 
@@ -113,9 +114,9 @@ int connectSocket(const std::string& name) {
     struct stat info;
     if (lstat(address.sun_path, &info) != 0) return -errno;
     if (!S_ISSOCK(info.st_mode)) return -ENOTSOCK;
-    const int fd = openSocket();
+    // A thread that serves one peer does not wait for another's queue to have a place.
+    const int fd = openSocket(callContext().handling ? SOCK_NONBLOCK : 0);
     if (fd < 0) return fd;
-    // Bounds the wait for a place in the listener's queue.
     const timeval limit{kConnectSeconds, 0};
     setsockopt(fd, SOL_SOCKET, SO_SNDTIMEO, &limit, sizeof(limit));
     if (connect(fd, reinterpret_cast<sockaddr*>(&address), sizeof(address)) != 0) {
@@ -127,7 +128,7 @@ int connectSocket(const std::string& name) {
 int listenSocket(const std::string& name) {
     sockaddr_un address;
     if (const int error = makeAddress(name, &address); error != 0) return error;
-    const int fd = openSocket();
+    const int fd = openSocket(0);
     if (fd < 0) return fd;
     if (bind(fd, reinterpret_cast<sockaddr*>(&address), sizeof(address)) != 0 ||
         listen(fd, kBacklog) != 0) {

@@ -37,6 +37,8 @@ bool Waiter::wait(std::optional<int> milliseconds, IncomingMessage* reply) {
             return false;
         }
         if (mDone) break;
+        // Work that never ends does not make the wait longer.
+        if (milliseconds && std::chrono::steady_clock::now() > limit) return false;
         std::unique_ptr<Work> work = std::move(mWork.front());
         mWork.pop_front();
         lock.unlock();

@@ -7,9 +7,11 @@
 #include <android/binder_manager.h>
 #include <android/binder_process.h>
 #include <fcntl.h>
+#include <netinet/in.h>
 #include <signal.h>
 #include <sys/mman.h>
 #include <sys/socket.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -216,6 +218,22 @@ void passOtherDescriptors() {
     require(isTaken(*session, std::move(fenced)), "a fence was refused");
 }
 
+// The client's ends of its own connections, in requests that wait while it stays in a callback: if
+// it dies, its connections are open still, in the service's own hands.
+void leaveOwnSockets() {
+    const auto session = openSession(tellInPosition);
+    require(session->configureOfflineStreams(configuration()).isOk(), "configuration refused");
+    require(isTaken(*session, goodRequest()), "request refused");
+    for (int fd = 3; fd < 100; ++fd) {
+        struct stat status = {};
+        if (fstat(fd, &status) != 0 || !S_ISSOCK(status.st_mode)) continue;
+        OfflineRequestInfo request = goodRequest();
+        request.inFrameInfos[0].buffers[0].acquireFence.fds.emplace_back(dup(fd));
+        isTaken(*session, std::move(request));
+    }
+    for (;;) pause();
+}
+
 void askForTheAbsurd() {
     const auto session = openSession([] {});
     for (const int32_t side : {INT32_MIN, -2, 0, 1, 1 << 30, INT32_MAX}) {
@@ -322,6 +340,83 @@ void readNothing() {
     for (;;) pause();
 }
 
+// The ends of a connection, of which the first waits for the second to read before it is closed.
+std::vector<int> lingeringSockets() {
+    const int listener = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    const int sending = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    sockaddr_in address = {};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    socklen_t size = sizeof address;
+    auto* const bound = reinterpret_cast<sockaddr*>(&address);
+    require(bind(listener, bound, size) == 0 && listen(listener, 1) == 0, "listen");
+    require(getsockname(listener, bound, &size) == 0, "getsockname");
+    require(connect(sending, bound, size) == 0, "connect");
+    const int receiving = accept4(listener, nullptr, nullptr, SOCK_CLOEXEC);
+    close(listener);
+    const std::string unread(1 << 20, 'x');
+    while (send(sending, unread.data(), unread.size(), MSG_DONTWAIT) > 0) {
+    }
+    const linger forHours = {1, 30000};
+    require(setsockopt(sending, SOL_SOCKET, SO_LINGER, &forHours, sizeof forHours) == 0, "linger");
+    return {sending, receiving};
+}
+
+void sendLingeringSockets() {
+    std::string body;
+    for (uint64_t i = 0; i < 2; ++i) {
+        appendBytes(&body, hostbinder::ObjectRecord{hostbinder::kDescriptor, 0, i, 0});
+    }
+    hostbinder::FrameHeader ping =
+            frameHeader(FrameKind::kCall, 2 * sizeof(hostbinder::ObjectRecord));
+    for (uint32_t i = 0; i < 2; ++i)
+        appendBytes(&body, i * uint32_t{sizeof(hostbinder::ObjectRecord)});
+    ping.code = hostbinder::kPingCode;
+    ping.objectCount = ping.descriptorCount = 2;
+    for (const char* name : {kInstance, kAllocator}) {
+        ping.target = numberOfService(name);
+        for (const std::string& path : sockets()) {
+            RawConnection connection(path);
+            if (!connection.greet() || !connection.acquire(ping.target)) continue;
+            for (int i = 0; i < 12; ++i) {  // more than the service has threads
+                const std::vector<int> ends = lingeringSockets();
+                connection.send(bytesOf(ping, body), ends);
+                for (const int end : ends) close(end);
+            }
+        }
+    }
+}
+
+// Clients whose callback objects never say what they are: more at a time than there are threads.
+void registerUnknown() {
+    hostbinder::FrameHeader call = frameHeader(FrameKind::kCall);
+    call.target = numberOfService(kInstance);
+    call.code = FIRST_CALL_TRANSACTION + 1;
+    call.objectCount = call.referenceCount = 1;
+    ndk::ScopedAParcel parcel;
+    AIBinder_prepareTransaction(camera()->asBinder().get(), parcel.getR());
+    AParcel_writeInt32(parcel.get(), 1);
+    std::string body(static_cast<size_t>(AParcel_getDataSize(parcel.get())), '\0');
+    AParcel_marshal(parcel.get(), reinterpret_cast<uint8_t*>(&body[0]), 0, body.size());
+    const auto offset = static_cast<uint32_t>(body.size());
+    appendBytes(&body, hostbinder::ObjectRecord{hostbinder::kBinderHandle, 0, 0, 0});
+    appendBytes(&body, int32_t{hostbinder::kStabilitySystem});
+    call.dataSize = static_cast<uint32_t>(body.size());
+    appendBytes(&body, offset);
+    appendBytes(&body, hostbinder::ReferenceRecord{hostbinder::ReferenceOwner::kSender, 0, 9, {}});
+    std::vector<std::unique_ptr<RawConnection>> connections;
+    for (const std::string& path : sockets()) {
+        for (int i = 0; i < 24; ++i) {
+            connections.push_back(std::make_unique<RawConnection>(path));
+            RawConnection& connection = *connections.back();
+            if (!connection.greet() || !connection.acquire(call.target)) break;
+            for (int n = 0; n < 20; ++n) connection.send(bytesOf(call, body));
+        }
+    }
+    tellInPosition();
+    for (;;) pause();
+}
+
 void dieWithinMessages() {
     for (const std::string& path : sockets()) {
         RawConnection greeting(path);
@@ -363,9 +458,10 @@ void sendGarbage() {
 
 using Attack = void (*)();
 constexpr Attack kAttacks[] = {
-        stopInCallback, keepSessions, passOtherDescriptors, askForTheAbsurd,
-        flood,          addServices,  readNothing,          dieWithinMessages,
-        connectOften,   sendGarbage,  closeInCallback,      requestAtOnce};
+        stopInCallback,  keepSessions,    passOtherDescriptors, askForTheAbsurd,
+        flood,           addServices,     readNothing,          dieWithinMessages,
+        connectOften,    sendGarbage,     closeInCallback,      requestAtOnce,
+        leaveOwnSockets, registerUnknown, sendLingeringSockets};
 
 void requireHonestClientServed() {
     std::error_code ignored;

@@ -3,10 +3,10 @@
 
 #include <aidl/android/hardware/graphics/allocator/AllocationError.h>
 #include <aidlcommonsupport/NativeHandle.h>
-#include <android/log.h>
 #include <gralloctypes/Gralloc4.h>
 #include <graphics_core/from_aidl.h>
 #include <graphics_core/from_hidl.h>
+#include <log_throttle.h>
 
 namespace graphics {
 
@@ -23,8 +23,11 @@ AllocationError toAllocationError(BufferError error) {
 }
 
 ScopedAStatus refuse(const Outcome& outcome) {
-    __android_log_print(ANDROID_LOG_ERROR, "GraphicsAllocator", "allocate: %s",
-                        outcome.reason.c_str());
+    static auto* const throttle = new standin_log::LogThrottle;
+    if (throttle->mayWrite("GraphicsAllocator")) {
+        __android_log_print(ANDROID_LOG_ERROR, "GraphicsAllocator", "allocate: %s",
+                            outcome.reason.c_str());
+    }
     return ScopedAStatus::fromServiceSpecificErrorWithMessage(
             static_cast<int32_t>(toAllocationError(outcome.error)), outcome.reason.c_str());
 }

@@ -1,7 +1,7 @@
 // Refusals: log line and status.
 #include "refusal.h"
 
-#include <android/log.h>
+#include <log_throttle.h>
 
 namespace offlinecamera {
 
@@ -11,6 +11,8 @@ ndk::ScopedAStatus Refuse(const char* operation, ServiceError error, const std::
 }
 
 void LogProblem(const std::string& problem) {
+    static auto* const throttle = new standin_log::LogThrottle;
+    if (!throttle->mayWrite(kLogTag)) return;
     __android_log_write(ANDROID_LOG_ERROR, kLogTag, problem.c_str());
 }
 

@@ -1,9 +1,9 @@
 // The service manager process: answers under $STANDIN_BINDER_DIR/servicemanager until it is ended.
 #include <android/binder_parcel_utils.h>
 #include <android/binder_process.h>
-#include <android/log.h>
 #include <host_binder_trace.h>
 #include <host_service_manager.h>
+#include <log_throttle.h>
 
 #include <cstdio>
 
@@ -25,9 +25,12 @@ ndk::ScopedAStatus answerTo(binder_status_t added, const std::string& name) {
     const char* problem = added == STATUS_BAD_VALUE   ? "the name or the object is not valid"
                           : added == STATUS_NO_MEMORY ? "there are too many services"
                                                       : "the object is dead";
-    __android_log_print(ANDROID_LOG_ERROR, "servicemanager",
-                        "service '%.127s' of process %d refused: %s", name.c_str(),
-                        AIBinder_getCallingPid(), problem);
+    static auto* const throttle = new standin_log::LogThrottle;
+    if (throttle->mayWrite("servicemanager")) {
+        __android_log_print(ANDROID_LOG_ERROR, "servicemanager",
+                            "service '%.127s' of process %d refused: %s", name.c_str(),
+                            AIBinder_getCallingPid(), problem);
+    }
     if (added == STATUS_BAD_VALUE) {
         return ndk::ScopedAStatus::fromExceptionCode(EX_ILLEGAL_ARGUMENT);
     }

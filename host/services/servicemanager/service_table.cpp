@@ -1,8 +1,8 @@
 // Registering, finding and forgetting services.
 #include "service_table.h"
 
-#include <android/log.h>
 #include <host_service_manager.h>
+#include <log_throttle.h>
 
 #include <algorithm>
 #include <memory>
@@ -50,8 +50,14 @@ binder_status_t ServiceTable::add(const std::string& name, const ndk::SpAIBinder
         AIBinder_unlinkToDeath(replaced.binder.get(), mDeathRecipient.get(),
                                const_cast<Registration*>(replaced.current));
     }
-    __android_log_print(ANDROID_LOG_INFO, "servicemanager", "service '%s' of process %d added",
-                        name.c_str(), process);
+    static auto* const throttle = new standin_log::LogThrottle;
+    if (!throttle->mayWrite("servicemanager")) return STATUS_OK;
+    const bool replaces = replaced.current != nullptr && replaced.process != process;
+    __android_log_print(
+            ANDROID_LOG_INFO, "servicemanager", "service '%s' of process %d added%s", name.c_str(),
+            process,
+            replaces ? (" instead of that of process " + std::to_string(replaced.process)).c_str()
+                     : "");
     return STATUS_OK;
 }
 

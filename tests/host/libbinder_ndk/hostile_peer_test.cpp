@@ -4,6 +4,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "host/libbinder_ndk/waiter.h"
 #include "tests/host/libbinder_ndk/blocked_calls.h"
 #include "tests/host/libbinder_ndk/peer_service.h"
 #include "tests/host/libbinder_ndk/raw_connection.h"
@@ -155,6 +156,21 @@ TEST_F(HostilePeer, ThatOwesTheRestOrAnAnswerLosesItsConnection) {
         EXPECT_TRUE(connection->isClosed());
     }
     expectUnharmed();
+}
+
+TEST_F(HostilePeer, ThatCallsBackWithoutEndIsNotWaitedForAnyLonger) {
+    struct Endless final : public hostbinder::Work {
+        explicit Endless(hostbinder::Waiter* to) : waiter(to) {}
+        void run() override {
+            std::unique_ptr<Work> next = std::make_unique<Endless>(waiter);
+            EXPECT_TRUE(waiter->offer(&next));
+        }
+        hostbinder::Waiter* const waiter;
+    };
+    hostbinder::Waiter waiter;
+    Endless(&waiter).run();
+    hostbinder::IncomingMessage reply;
+    EXPECT_FALSE(waiter.wait(10, &reply));
 }
 
 TEST_F(HostilePeer, CannotTakeTheNameOfAnother) {
