@@ -8,7 +8,7 @@ source "$root/scripts/terminal.sh"
 # tell COLOUR TEXT...: one line; the colour, which may be empty, is one of scripts/terminal.sh.
 tell() {
     progress_ends
-    printf '%s: %s%s%s\n' "${0##*/}" "$1" "${*:2}" "${1:+$plain}" >&2
+    printf '%s: %s%s%s\n' "${0##*/}" "$1" "${*:2}" "${1:+$plain}" >&2 || true # nobody may listen
 }
 
 say() { tell "" "$@"; }
@@ -22,7 +22,8 @@ refuse() {
 
 # One at a time: installs and builds of two calls would get in each other's way.
 lock_out() {
-    mkdir -p "$out"
+    { mkdir -p "$out" && : >>"$out/.lock"; } 2>/dev/null ||
+        refuse "cannot write in $out: clone the project to a place of your own"
     exec 9>"$out/.lock"
     if ! flock -n 9; then
         progress "${0##*/}: waits for another ./run or ./check to install and build"
@@ -96,6 +97,9 @@ install_packages() {
 build() {
     local folder="$1" sanitize="$2"
     shift 2
+    # CMake stops at some of them, and with the others ninja builds everything each time.
+    [[ "$root" != *[\'\"\&\;\*\<\>\|^\`\?\\]* ]] ||
+        refuse "the path $root has one of ' \" & ; * < > | ^ \` ? \\ in it: move the project"
     if [[ ! -e "$folder/build.ninja" ]]; then
         say "configuring $folder"
         cmake -G Ninja -S "$root" -B "$folder" -DSANITIZE="$sanitize" >&2 ||

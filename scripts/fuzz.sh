@@ -13,12 +13,12 @@ fuzz_all() {
     unlock_out
     if setarch -R true 2>/dev/null; then layout=(setarch -R); fi
     export STANDIN_HAL_PATH="$folder/vendor/lib64/hw"
-    rm -rf "$folder/fuzzed"
-    mkdir -p "$folder/fuzzed/found"
+    mkdir -p "$folder/fuzzed/found" # what was found earlier stays
     for program in "$folder"/fuzz/*_fuzz; do
         name="$(basename "$program" _fuzz)"
         log="$folder/fuzzed/$name.log"
         progress "$name: $seconds s"
+        rm -rf "${folder:?}/fuzzed/$name"
         cp -r "$root/tests/fuzz/corpus/$name" "$folder/fuzzed/$name"
         if "${layout[@]}" "$program" -max_total_time="$seconds" -timeout=10 -max_len=8192 \
             -artifact_prefix="$folder/fuzzed/found/$name-" "$folder/fuzzed/$name" >"$log" 2>&1; then

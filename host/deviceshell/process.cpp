@@ -12,6 +12,8 @@
 #include <terminal/terminal.h>
 #include <unistd.h>
 
+#include <sstream>
+
 #include "shell.h"
 
 namespace deviceshell {
@@ -19,6 +21,17 @@ namespace deviceshell {
 namespace {
 
 constexpr size_t kMaxOutput = 1 << 20;
+
+// After execvp(), which calls a folder of PATH that it may not search "permission denied", too.
+bool isInPath(const std::string& name) {
+    if (name.find('/') != std::string::npos) return true;
+    const char* const path = getenv("PATH");
+    std::istringstream folders(path ? path : "");
+    for (std::string folder; std::getline(folders, folder, ':');) {
+        if (access((folder + "/" + name).c_str(), F_OK) == 0) return true;
+    }
+    return false;
+}
 
 [[noreturn]] void becomeProgram(const ProgramStart& start) {
     if (start.ownGroup) setpgid(0, 0);
@@ -45,9 +58,9 @@ constexpr size_t kMaxOutput = 1 << 20;
     for (const std::string& word : start.argv) argv.push_back(const_cast<char*>(word.c_str()));
     argv.push_back(nullptr);
     execvp(argv[0], argv.data());
-    const int status = errno == ENOENT ? 127 : 126;
-    complain(start.argv[0] + ": " + strerror(errno));
-    _exit(status);
+    const int error = errno == EACCES && !isInPath(start.argv[0]) ? ENOENT : errno;
+    complain(start.argv[0] + ": " + strerror(error));
+    _exit(error == ENOENT ? 127 : 126);
 }
 
 }  // namespace
