@@ -7,8 +7,36 @@
 #include <memory>
 #include <mutex>
 #include <unordered_map>
+#include <vector>
 
 namespace hostbinder {
+
+class Connection;
+class ConnectionPlaces;
+
+// A place that is taken, free again with the object's end. Of use to the thread that serves the
+// connection.
+class ConnectionPlace {
+  public:
+    // `socket` is borrowed until leaveSocket().
+    ConnectionPlace(ConnectionPlaces* places, pid_t pid, int socket)
+        : mPlaces(places), mPid(pid), mSocket(socket) {}
+    ~ConnectionPlace();
+    ConnectionPlace(const ConnectionPlace&) = delete;
+    ConnectionPlace& operator=(const ConnectionPlace&) = delete;
+
+    void leaveSocket();
+    void giveTo(const std::shared_ptr<Connection>& connection);
+
+  private:
+    friend class ConnectionPlaces;
+    void shutDownLocked();
+
+    ConnectionPlaces* const mPlaces;
+    const pid_t mPid;
+    int mSocket;  // -1: not used any more; with mConnection guarded by the places
+    std::weak_ptr<Connection> mConnection;
+};
 
 class ConnectionPlaces {
   public:
@@ -16,31 +44,21 @@ class ConnectionPlaces {
     static constexpr size_t kPerProcess = 32;
     static constexpr size_t kAll = 256;
 
-    // A place that is taken, free again with the object's end.
-    class Place {
-      public:
-        Place(ConnectionPlaces* places, pid_t pid) : mPlaces(places), mPid(pid) {}
-        ~Place() { mPlaces->free(mPid); }
-        Place(const Place&) = delete;
-        Place& operator=(const Place&) = delete;
-
-      private:
-        ConnectionPlaces* const mPlaces;
-        const pid_t mPid;
-    };
-
     // Lives as long as the process.
     static ConnectionPlaces& instance();
 
-    // Null if the peer process, or all together, have too many.
-    std::shared_ptr<Place> take(pid_t pid);
+    // Null if the peer process has too many. If all together have, a process with several more than
+    // this one loses its last connection; null if there is none.
+    std::shared_ptr<ConnectionPlace> take(pid_t pid, int socket);
 
   private:
-    void free(pid_t pid);
+    friend class ConnectionPlace;
+    bool makeRoomLocked(size_t own);
+    void leave(ConnectionPlace* place);
 
-    std::mutex mMutex;  // guards what follows
+    std::mutex mMutex;  // guards what follows, also in places
     size_t mTaken = 0;
-    std::unordered_map<pid_t, size_t> mByProcess;
+    std::unordered_map<pid_t, std::vector<ConnectionPlace*>> mByProcess;
 };
 
 }  // namespace hostbinder

@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "connection.h"
+#include "connection_places.h"
 #include "frame_io.h"
 #include "log.h"
 #include "object_table.h"
@@ -61,6 +62,26 @@ bool exchangeGreetings(int fd, const std::string& ownName, IncomingFrame* answer
     const ReceiveResult received = receiveGreeting(fd, FrameKind::kHelloReply, answer);
     if (received == ReceiveResult::kLate) silent.add(peer->pid);
     return received == ReceiveResult::kFrame;
+}
+
+// Whether the peer may call itself so: a name that begins with its number, or that no other process
+// listens under.
+bool mayHaveName(const std::string& name, const PeerCredentials& peer) {
+    if (!isSocketName(name)) {
+        BINDER_LOGE("connection of process %d refused: its name is not valid", peer.pid);
+        return false;
+    }
+    if (name.find("p" + std::to_string(peer.pid) + "-") == 0) return true;
+    const int fd = connectSocket(name);
+    if (fd < 0) return true;
+    PeerCredentials owner;
+    const bool owned = checkPeer(fd, &owner) && owner.pid == peer.pid;
+    close(fd);
+    if (!owned) {
+        BINDER_LOGE("connection of process %d refused: its name %s is that of process %d", peer.pid,
+                    name.c_str(), owner.pid);
+    }
+    return owned;
 }
 
 std::shared_ptr<Connection> startReader(std::shared_ptr<Connection> connection) {
@@ -167,20 +188,20 @@ std::shared_ptr<Connection> Endpoint::admit(int fd, const std::string& name,
     return connection;
 }
 
-void Endpoint::serveAccepted(int fd, const PeerCredentials& credentials) {
+void Endpoint::serveAccepted(int fd, const PeerCredentials& credentials, ConnectionPlace* place) {
     IncomingFrame hello;
-    if (receiveGreeting(fd, FrameKind::kHello, &hello) != ReceiveResult::kFrame) {
-        close(fd);
-        return;
-    }
-    const std::string name(reinterpret_cast<const char*>(hello.body.get()), hello.header.dataSize);
-    if (!isSocketName(name)) {
-        BINDER_LOGE("connection of process %d refused: its name is not valid", credentials.pid);
+    const bool greeted = receiveGreeting(fd, FrameKind::kHello, &hello) == ReceiveResult::kFrame;
+    const auto* const bytes = reinterpret_cast<const char*>(hello.body.get());
+    const std::string name(bytes, greeted ? hello.header.dataSize : 0);
+    place->leaveSocket();
+    if (!greeted || !mayHaveName(name, credentials)) {
         close(fd);
         return;
     }
     std::shared_ptr<Connection> connection = admit(fd, name, credentials);
-    if (connection != nullptr) connection->runReader();
+    if (connection == nullptr) return;
+    place->giveTo(connection);
+    connection->runReader();
 }
 
 void Endpoint::forget(Connection* connection) {

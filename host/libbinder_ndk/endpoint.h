@@ -15,6 +15,7 @@
 namespace hostbinder {
 
 class Connection;
+class ConnectionPlace;
 
 class Endpoint {
   public:
@@ -51,7 +52,7 @@ class Endpoint {
     bool listenLocked();
     void acceptLoop(int listener);
     void startServing(int fd);
-    void serveAccepted(int fd, const PeerCredentials& credentials);
+    void serveAccepted(int fd, const PeerCredentials& credentials, ConnectionPlace* place);
     // Answers the peer's greeting. Null if the connection in the other direction is to be used, or
     // the name is another process's.
     std::shared_ptr<Connection> admit(int fd, const std::string& name,

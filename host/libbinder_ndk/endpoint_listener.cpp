@@ -1,4 +1,6 @@
 // This process's own socket: opened when others may need it, removed when the process ends.
+#include <fcntl.h>
+#include <sys/file.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -24,8 +26,17 @@ void removeSocket() {
     if (getpid() == gSocketOwner) unlink(gSocketPath->c_str());
 }
 
+// Whether no other service manager lives here. Its lock on the folder ends with the process.
+bool lockFolder() {
+    const int folder = open(socketFolder(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (folder < 0 || flock(folder, LOCK_EX | LOCK_NB) == 0) return true;
+    close(folder);
+    return false;
+}
+
 // A socket of a service manager that is gone may lie in the way.
 int listenAsServiceManager() {
+    if (!lockFolder()) return -EADDRINUSE;
     int listener = listenSocket(kServiceManagerSocket);
     if (listener != -EADDRINUSE) return listener;
     const int probe = connectSocket(kServiceManagerSocket);
@@ -101,7 +112,7 @@ void Endpoint::startServing(int fd) {
         close(fd);
         return;
     }
-    std::shared_ptr<ConnectionPlaces::Place> place = ConnectionPlaces::instance().take(peer.pid);
+    std::shared_ptr<ConnectionPlace> place = ConnectionPlaces::instance().take(peer.pid, fd);
     if (place == nullptr) {
         BINDER_LOGE(
                 "connection of process %d refused: %zu connections of a process, %zu of all at "
@@ -110,8 +121,10 @@ void Endpoint::startServing(int fd) {
         close(fd);
         return;
     }
-    const auto serve = [this, fd, peer, place]() { serveAccepted(fd, peer); };
-    if (!startThread("binder-reader", serve)) close(fd);
+    const auto serve = [this, fd, peer, place]() { serveAccepted(fd, peer, place.get()); };
+    if (startThread("binder-reader", serve)) return;
+    place->leaveSocket();
+    close(fd);
 }
 
 }  // namespace hostbinder

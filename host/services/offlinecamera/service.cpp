@@ -11,7 +11,7 @@ namespace offlinecamera {
 
 namespace {
 
-constexpr size_t kMaxClients = 64;
+constexpr size_t kMaxClientsOfAProcess = 16;
 
 }  // namespace
 
@@ -57,21 +57,31 @@ ndk::ScopedAStatus OfflineCameraService::registerClient(
         return Refuse("registerClient", kIllegalArgument, "the client is dead");
     }
     std::lock_guard<std::mutex> guard(mLock);
-    for (auto client = mClients.begin(); client != mClients.end();) {
-        client = client->second->Dead() ? mClients.erase(client) : std::next(client);
-    }
-    if (mClients.size() >= kMaxClients && mClients.count(clientId) == 0) {
+    ForgetDeadLocked();
+    auto& clients = mClients[AIBinder_getCallingPid()];
+    if (clients.size() >= kMaxClientsOfAProcess && clients.count(clientId) == 0) {
         return Refuse("registerClient", kNoResources,
-                      "there are " + std::to_string(kMaxClients) + " clients already");
+                      "the process has " + std::to_string(clients.size()) + " clients already");
     }
-    mClients[clientId] = std::move(registration);
+    clients[clientId] = std::move(registration);
     __android_log_print(ANDROID_LOG_INFO, kLogTag, "client %d registered", clientId);
     return ndk::ScopedAStatus::ok();
 }
 
+void OfflineCameraService::ForgetDeadLocked() {
+    for (auto process = mClients.begin(); process != mClients.end();) {
+        auto& clients = process->second;
+        for (auto client = clients.begin(); client != clients.end();) {
+            client = client->second->Dead() ? clients.erase(client) : std::next(client);
+        }
+        process = clients.empty() ? mClients.erase(process) : std::next(process);
+    }
+}
+
 ndk::ScopedAStatus OfflineCameraService::unregisterClient(int32_t clientId) {
     std::lock_guard<std::mutex> guard(mLock);
-    if (mClients.erase(clientId) == 0) {
+    const auto clients = mClients.find(AIBinder_getCallingPid());
+    if (clients == mClients.end() || clients->second.erase(clientId) == 0) {
         return Refuse("unregisterClient", kIllegalArgument,
                       "client " + std::to_string(clientId) + " is not registered");
     }
@@ -93,12 +103,14 @@ ndk::ScopedAStatus OfflineCameraService::openOfflineSession(
     SessionSlots::Slot slot = mSlots->Take(AIBinder_getCallingPid());
     if (slot == nullptr) {
         return Refuse("openOfflineSession", kNoResources,
-                      "too many sessions are open: " + std::to_string(SessionSlots::kMaxOfAClient) +
-                              " of a client, " + std::to_string(SessionSlots::kMaxSessions) +
-                              " of all at most");
+                      "too many sessions are open: " + std::to_string(SessionSlots::kMaxSessions) +
+                              " at most, and of one client half of what the others leave");
     }
     auto opened = ndk::SharedRefBase::make<OfflineCameraSession>(clientName, callback, mMapper,
                                                                  mFaults, std::move(slot));
+    if (!opened->HasThread()) {
+        return Refuse("openOfflineSession", kNoResources, "the system has no thread for it");
+    }
     if (!opened->WatchClient()) {
         return Refuse("openOfflineSession", kIllegalArgument, "the client is dead");
     }

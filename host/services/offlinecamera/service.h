@@ -2,6 +2,7 @@
 #pragma once
 
 #include <aidl/vendor/zel/hardware/camera/offlinecamera/BnOfflineCameraService.h>
+#include <sys/types.h>
 
 #include <map>
 #include <memory>
@@ -38,12 +39,15 @@ class OfflineCameraService
   private:
     class Registration;
 
+    void ForgetDeadLocked();
+
     const ::android::sp<ImportedBuffer::IMapper> mMapper;
     const std::shared_ptr<const FaultInjector> mFaults;
     const std::shared_ptr<SessionSlots> mSlots;
 
     std::mutex mLock;
-    std::map<int32_t, std::shared_ptr<Registration>> mClients;  // dead ones go with the next call
+    // By process and its number for the client; dead ones go with the next call.
+    std::map<pid_t, std::map<int32_t, std::shared_ptr<Registration>>> mClients;
 };
 
 }  // namespace offlinecamera

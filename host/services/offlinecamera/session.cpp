@@ -38,9 +38,9 @@ SessionSlots::Slot SessionSlots::Take(pid_t client) {
     size_t all = 0;
     for (const auto& entry : mTaken) all += entry.second;
     const auto own = mTaken.find(client);
-    if (all >= kMaxSessions || (own != mTaken.end() && own->second >= kMaxOfAClient)) {
-        return nullptr;
-    }
+    const size_t ofClient = own == mTaken.end() ? 0 : own->second;
+    const size_t left = kMaxSessions - (all - ofClient);
+    if (all >= kMaxSessions || (ofClient > 0 && ofClient >= left / 2)) return nullptr;
     ++mTaken[client];
     return {this, [self = shared_from_this(), client](const void*) { self->Free(client); }};
 }

@@ -20,7 +20,7 @@ namespace offlinecamera {
 class SessionSlots : public std::enable_shared_from_this<SessionSlots> {
   public:
     static constexpr size_t kMaxSessions = 16;
-    static constexpr size_t kMaxOfAClient = 8;
+    static constexpr size_t kMaxOfAClient = kMaxSessions / 2;  // and half of what others leave
 
     /** A slot is free again when the last copy of this is gone. */
     using Slot = std::shared_ptr<const void>;
@@ -51,6 +51,9 @@ class OfflineCameraSession
                          ::android::sp<ImportedBuffer::IMapper> mapper,
                          std::shared_ptr<const FaultInjector> faults, SessionSlots::Slot slot);
     ~OfflineCameraSession() override;
+
+    /** @return whether it has a thread to work on requests; without one it is of no use */
+    bool HasThread() const { return mWorker.Started(); }
 
     /** @return whether the client is alive; call it once, right after construction */
     bool WatchClient();

@@ -4,6 +4,7 @@
 #include <condition_variable>
 #include <deque>
 #include <mutex>
+#include <utility>
 
 namespace offlinecamera {
 
@@ -27,15 +28,32 @@ struct SessionWorker::State final : StopSignal {
     }
 };
 
-SessionWorker::SessionWorker(Work work)
-    : mState(std::make_shared<State>()),
-      mThread([state = mState, work = std::move(work)]() mutable {
-          Run(state, work);
-          work = nullptr;  // what it holds is gone before the end is told
-          std::lock_guard<std::mutex> guard(state->lock);
-          state->ended = true;
-          state->changed.notify_all();
-      }) {}
+struct SessionWorker::Start {
+    std::shared_ptr<State> state;
+    Work work;
+};
+
+// A std::thread would end the service where the system has no further thread.
+SessionWorker::SessionWorker(Work work) : mState(std::make_shared<State>()) {
+    auto start = std::make_unique<Start>(Start{mState, std::move(work)});
+    mStarted = mOurs = pthread_create(&mThread, nullptr, RunThread, start.get()) == 0;
+    if (mStarted) {
+        (void)start.release();  // the thread's now
+    } else {
+        mState->stopping = mState->ended = true;
+    }
+}
+
+void* SessionWorker::RunThread(void* argument) {
+    std::unique_ptr<Start> start(static_cast<Start*>(argument));
+    const std::shared_ptr<State> state = start->state;
+    Run(state, start->work);
+    start = nullptr;  // what the work holds is gone before the end is told
+    std::lock_guard<std::mutex> guard(state->lock);
+    state->ended = true;
+    state->changed.notify_all();
+    return nullptr;
+}
 
 SessionWorker::~SessionWorker() {
     Stop(std::chrono::milliseconds(0));
@@ -87,14 +105,14 @@ bool SessionWorker::Stop(std::chrono::milliseconds limit) {
         mState->stopping = true;
         dropped.swap(mState->queue);
         mState->changed.notify_all();
-        if (!mThread.joinable()) return mState->ended;
-        const bool own = std::this_thread::get_id() == mThread.get_id();
+        if (!std::exchange(mOurs, false)) return mState->ended;
+        const bool own = pthread_equal(pthread_self(), mThread) != 0;
         ended = !own && mState->changed.wait_for(guard, limit, [this] { return mState->ended; });
     }
     if (ended) {
-        mThread.join();
+        pthread_join(mThread, nullptr);
     } else {
-        mThread.detach();
+        pthread_detach(mThread);
     }
     return ended;
 }

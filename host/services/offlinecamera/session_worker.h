@@ -1,10 +1,11 @@
 // The one thread of a session: requests run one after the other, in the order they came.
 #pragma once
 
+#include <pthread.h>
+
 #include <chrono>
 #include <functional>
 #include <memory>
-#include <thread>
 #include <vector>
 
 #include "request.h"
@@ -27,8 +28,11 @@ class SessionWorker {
   public:
     using Work = std::function<void(Request& request, const StopSignal& stop)>;
 
-    /** Starts the thread. `work` runs on it and is destroyed with it. */
+    /** Starts the thread. `work` runs on it and is destroyed with it. Without a thread, which the
+     * system may refuse, the worker is stopped from the beginning. */
     explicit SessionWorker(Work work);
+
+    bool Started() const { return mStarted; }
 
     /** Stops without waiting. */
     ~SessionWorker();
@@ -56,10 +60,14 @@ class SessionWorker {
 
   private:
     struct State;
+    struct Start;
+    static void* RunThread(void* start);
     static void Run(const std::shared_ptr<State>& state, const Work& work);
 
     const std::shared_ptr<State> mState;
-    std::thread mThread;
+    pthread_t mThread{};
+    bool mStarted = false;
+    bool mOurs = false;  // neither joined nor detached yet
 };
 
 }  // namespace offlinecamera

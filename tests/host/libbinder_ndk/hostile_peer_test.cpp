@@ -1,6 +1,8 @@
 // Peers that speak the wire format well and mean harm: each is refused, others are served on, and
 // nothing stays behind.
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <signal.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -189,6 +191,9 @@ TEST_F(HostilePeer, CannotTakeTheNameOfAnother) {
     int status = -1;
     ASSERT_EQ(waitpid(child, &status, 0), child);
     EXPECT_EQ(status, 0) << "the thief is refused";
+    RawConnection manager(mSocket);
+    manager.sendHello("servicemanager");
+    EXPECT_TRUE(manager.isClosed()) << "whoever has the name listens under it";
     EXPECT_EQ(add(mPeer->binder, 1), 2) << "the connection of the name's owner stays";
 }
 
@@ -262,6 +267,40 @@ TEST_F(HostilePeer, GetsOnlySoManyConnections) {
         EXPECT_TRUE(RawConnection(mSocket).isClosed());
         EXPECT_EQ(add(mPeer->binder, 1), 2);
     }
+    expectUnharmed();
+}
+
+TEST_F(HostilePeer, ThatComesInManyProcessesLeavesAPlaceForAnother) {
+    start();
+    Peer other = startPeer();
+    int ready[2];
+    ASSERT_EQ(pipe2(ready, O_CLOEXEC), 0);
+    std::vector<pid_t> crowd(9);  // of 32 connections each, where 256 have a place
+    for (pid_t& child : crowd) {
+        child = fork();
+        ASSERT_GE(child, 0);
+        if (child != 0) continue;
+        alarm(60);
+        std::vector<std::unique_ptr<RawConnection>> connections;
+        for (int i = 0; i < 32; ++i) {
+            connections.push_back(std::make_unique<RawConnection>(mSocket));
+            if (i % 2 == 0)
+                connections.back()->sendHello("p" + std::to_string(getpid()) + "-" +
+                                              std::to_string(i));
+        }
+        if (write(ready[1], "x", 1) != 1) _exit(1);
+        for (;;) pause();
+    }
+    close(ready[1]);
+    char byte;
+    for (size_t i = 0; i < crowd.size(); ++i) ASSERT_EQ(read(ready[0], &byte, 1), 1);
+    close(ready[0]);
+    EXPECT_EQ(callThrough(other.binder, mPeer->binder, 1), 2) << "it has to connect for this";
+    for (const pid_t child : crowd) {
+        kill(child, SIGKILL);
+        waitpid(child, nullptr, 0);
+    }
+    other.process.signal(SIGKILL);
     expectUnharmed();
 }
 

@@ -3,6 +3,7 @@
 
 #include <unistd.h>
 
+#include "host/libbinder_ndk/call_context.h"
 #include "refusal.h"
 #include "session_fixture.h"
 #include "tests/host/graphics-core/buffers.h"
@@ -50,8 +51,28 @@ TEST_F(ServiceTest, ClientsRegisterAndLeave) {
     EXPECT_TRUE(mService->registerClient(0, mClient).isOk());
     EXPECT_TRUE(mService->unregisterClient(0).isOk());
     EXPECT_FALSE(mService->unregisterClient(0).isOk());
-    for (int32_t id = 0; id < 64; ++id) EXPECT_TRUE(mService->registerClient(id, mClient).isOk());
-    EXPECT_EQ(mService->registerClient(64, mClient).getServiceSpecificError(), kNoResources);
+    for (int32_t id = 0; id < 16; ++id) EXPECT_TRUE(mService->registerClient(id, mClient).isOk());
+    EXPECT_EQ(mService->registerClient(16, mClient).getServiceSpecificError(), kNoResources);
+
+    hostbinder::CallContext ofAnotherProcess;
+    ofAnotherProcess.handling = true;
+    const hostbinder::ScopedCallContext scope(ofAnotherProcess);
+    EXPECT_FALSE(mService->unregisterClient(0).isOk()) << "each process has its own numbers";
+    EXPECT_TRUE(mService->registerClient(16, mClient).isOk());
+}
+
+TEST_F(ServiceTest, ASessionWithoutAThreadIsRefused) {
+    Open();
+    pthread_attr_t usual, tooLarge;
+    ASSERT_EQ(pthread_getattr_default_np(&usual), 0);
+    ASSERT_EQ(pthread_attr_init(&tooLarge), 0);
+    ASSERT_EQ(pthread_attr_setstacksize(&tooLarge, size_t{1} << 50), 0);
+    ASSERT_EQ(pthread_setattr_default_np(&tooLarge), 0);
+    std::shared_ptr<IOfflineCameraSession> session;
+    EXPECT_EQ(mService->openOfflineSession("test", mClient, &session).getServiceSpecificError(),
+              kNoResources);
+    ASSERT_EQ(pthread_setattr_default_np(&usual), 0);
+    EXPECT_TRUE(mService->openOfflineSession("test", mClient, &session).isOk());
 }
 
 TEST_F(ServiceTest, ModesAreToldAndACallbackIsNeeded) {

@@ -292,11 +292,13 @@ TEST_F(SessionTest, SessionsAreLimitedAndLetGoInEveryWay) {
     EXPECT_EQ(open(0), kNoResources);
 }
 
-TEST(SessionSlots, AreLimitedForAClientAndForAllTogether) {
+TEST(SessionSlots, AreLimitedForAllTogetherAndForAClientToHalfOfWhatOthersLeave) {
     const auto slots = std::make_shared<SessionSlots>();
     std::vector<SessionSlots::Slot> taken;
-    for (pid_t client = 1; taken.size() < SessionSlots::kMaxSessions; ++client) {
-        for (size_t i = 0; i < SessionSlots::kMaxOfAClient; ++i) {
+    pid_t client = 0;
+    for (const size_t most : {8, 4, 2, 1, 1}) {
+        ++client;
+        for (size_t i = 0; i < most; ++i) {
             taken.push_back(slots->Take(client));
             ASSERT_NE(taken.back(), nullptr);
         }

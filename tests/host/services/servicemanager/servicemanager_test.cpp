@@ -1,7 +1,9 @@
 // The service manager process: names, replacement, death, and several of them in one folder.
 #include <android/binder_manager.h>
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <signal.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -121,6 +123,11 @@ TEST_F(OwnFolder, AcceptsOneServiceManagerAtATime) {
     first.signal(SIGKILL);
     first.wait();
     EXPECT_EQ(startPeerHere().wait(), 3) << "a socket without a process refuses at once";
+    // As another one would that is about to take over.
+    const int folder = open(mFolder.path().c_str(), O_RDONLY | O_CLOEXEC);
+    ASSERT_EQ(flock(folder, LOCK_EX), 0);
+    EXPECT_EQ(startManager().wait(), 1);
+    close(folder);
     Child next = startManager();
     EXPECT_TRUE(answersAPeer()) << "the dead one's socket is taken over";
 }
