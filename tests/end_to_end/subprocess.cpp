@@ -8,6 +8,7 @@
 #include <signal.h>
 #include <stdlib.h>
 #include <sys/ioctl.h>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <time.h>
 #include <unistd.h>
@@ -16,22 +17,31 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <map>
 
 namespace end_to_end {
 
 namespace {
 
-[[noreturn]] void execute(const std::vector<std::string>& argv,
-                          const Subprocess::Environment& environment) {
-    for (const auto& [name, value] : environment) setenv(name.c_str(), value.c_str(), 1);
-    // A caller in a shell's background ignores these.
-    signal(SIGINT, SIG_DFL);
-    signal(SIGQUIT, SIG_DFL);
-    std::vector<char*> words;
-    for (const std::string& word : argv) words.push_back(const_cast<char*>(word.c_str()));
-    words.push_back(nullptr);
-    execvp(words[0], words.data());
-    _exit(127);
+// As execve() takes them.
+std::vector<char*> pointers(const std::vector<std::string>& words) {
+    std::vector<char*> all;
+    for (const std::string& word : words) all.push_back(const_cast<char*>(word.c_str()));
+    all.push_back(nullptr);
+    return all;
+}
+
+// This process's variables, but for those that are given.
+std::vector<std::string> variablesWith(const Subprocess::Environment& given) {
+    std::map<std::string, std::string> variables(given.begin(), given.end());
+    for (char** entry = environ; *entry != nullptr; ++entry) {
+        const std::string text = *entry;
+        const size_t end = text.find('=');
+        if (end != std::string::npos) variables.emplace(text.substr(0, end), text.substr(end + 1));
+    }
+    std::vector<std::string> texts;
+    for (const auto& [name, value] : variables) texts.push_back(name + "=" + value);
+    return texts;
 }
 
 // Opens a terminal and returns its master end; its name goes to `name`.
@@ -48,6 +58,7 @@ Subprocess::Subprocess(const std::vector<std::string>& argv, const Environment& 
                        Input input, int patience) {
     clock_gettime(CLOCK_MONOTONIC, &m_deadline);
     m_deadline.tv_sec += patience;
+    int inputs[2] = {-1, -1};
     int outputs[2] = {-1, -1};
     int errors[2] = {-1, -1};
     std::string terminal;
@@ -55,25 +66,36 @@ Subprocess::Subprocess(const std::vector<std::string>& argv, const Environment& 
         m_ends[0] = openTerminal(&terminal);
         if (m_ends[0] < 0) return;
     } else {
-        if (pipe2(outputs, O_CLOEXEC) != 0 || pipe2(errors, O_CLOEXEC) != 0) return;
+        int* const third = input == Input::Pipe ? inputs : errors;
+        if (pipe2(outputs, O_CLOEXEC) != 0 || pipe2(third, O_CLOEXEC) != 0) return;
+        m_input = inputs[1];
         m_ends[0] = outputs[0];
         m_ends[1] = errors[0];
     }
+    // Everything is made before the fork: another thread may hold the allocator's lock.
+    const std::vector<char*> words = pointers(argv);
+    const std::vector<std::string> texts = variablesWith(environment);
+    const std::vector<char*> variables = pointers(texts);
     m_pid = fork();
     if (m_pid == 0) {
         if (input == Input::Terminal) {
             setsid();
-            outputs[1] = errors[1] = open(terminal.c_str(), O_RDWR | O_CLOEXEC);
+            inputs[0] = outputs[1] = errors[1] = open(terminal.c_str(), O_RDWR | O_CLOEXEC);
             ioctl(outputs[1], TIOCSCTTY, 0);
         }
-        dup2(input == Input::Terminal ? outputs[1] : open("/dev/null", O_RDONLY), 0);
+        if (input == Input::Empty) inputs[0] = open("/dev/null", O_RDONLY);
+        if (input == Input::Pipe) prctl(PR_SET_PDEATHSIG, SIGKILL);
+        dup2(inputs[0], 0);
         dup2(outputs[1], 1);
-        dup2(errors[1], 2);
-        execute(argv, environment);
+        if (errors[1] >= 0) dup2(errors[1], 2);
+        // A caller in a shell's background ignores these.
+        signal(SIGINT, SIG_DFL);
+        signal(SIGQUIT, SIG_DFL);
+        execvpe(words[0], words.data(), variables.data());
+        _exit(127);
     }
-    if (input == Input::Empty) {
-        close(outputs[1]);
-        close(errors[1]);
+    for (const int end : {inputs[0], outputs[1], errors[1]}) {
+        if (end >= 0) close(end);
     }
 }
 
@@ -82,7 +104,7 @@ Subprocess::~Subprocess() {
         kill(m_pid, SIGKILL);
         waitpid(m_pid, nullptr, 0);
     }
-    for (const int end : m_ends) {
+    for (const int end : {m_input, m_ends[0], m_ends[1]}) {
         if (end >= 0) close(end);
     }
 }
@@ -125,7 +147,7 @@ bool Subprocess::waitForNext(const std::string& text) {
 }
 
 void Subprocess::type(const std::string& keys) {
-    if (write(m_ends[0], keys.data(), keys.size()) < 0) return;
+    if (write(m_input >= 0 ? m_input : m_ends[0], keys.data(), keys.size()) < 0) return;
 }
 
 Finished Subprocess::finish() {

@@ -23,10 +23,11 @@ struct Finished {
 class Subprocess {
   public:
     using Environment = std::vector<std::pair<std::string, std::string>>;
-    enum class Input { Empty, Terminal };
+    enum class Input { Empty, Pipe, Terminal };
 
     // Starts the program; argv[0] is looked for in PATH. With a terminal, all three of its
-    // standard descriptors are that terminal, it leads the session, and `out` is the screen.
+    // standard descriptors are that terminal, it leads the session, and `out` is the screen. With
+    // a pipe, it ends with this thread, and its standard error is this process's.
     explicit Subprocess(const std::vector<std::string>& argv, const Environment& environment = {},
                         Input input = Input::Empty, int patience = kPatience);
     ~Subprocess();  // kills the program if it still runs
@@ -42,7 +43,7 @@ class Subprocess {
     // one; false as above. For a dialogue in which the same text comes again.
     bool waitForNext(const std::string& text);
 
-    // Types at the terminal.
+    // Types at the terminal, or writes into the pipe.
     void type(const std::string& keys);
 
     // Waits until the program has ended and nobody holds its output open any more, which includes
@@ -53,6 +54,7 @@ class Subprocess {
     bool readSome();  // false when both ends are closed or time is over
 
     pid_t m_pid = -1;
+    int m_input = -1;          // the pipe's end
     int m_ends[2] = {-1, -1};  // standard output (or the terminal) and standard error
     std::string m_texts[2];
     size_t m_seen = 0;  // of standard output, by waitForNext()

@@ -24,13 +24,11 @@ class BlockedCalls {
         }
     }
     binder_status_t call(binder_flags_t flags) {
-        return callPeer(
-                mPeer, kBlock,
-                [this](AParcel* in) {
-                    AParcel_writeParcelFileDescriptor(in, mEntered[1]);
-                    return AParcel_writeParcelFileDescriptor(in, mGo[0]);
-                },
-                nullptr, flags);
+        const auto write = [this](AParcel* in) {
+            AParcel_writeParcelFileDescriptor(in, mEntered[1]);
+            return AParcel_writeParcelFileDescriptor(in, mGo[0]);
+        };
+        return callPeer(mPeer, kBlock, write, nullptr, flags);
     }
     void start() {
         mCalls.push_back(std::async(std::launch::async, [this]() { return call(0); }));

@@ -2,9 +2,7 @@
 #include <android/binder_auto_utils.h>
 #include <android/binder_manager.h>
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
-#include <string>
 #include <thread>
 
 #include "tests/host/libbinder_ndk/list_services.h"

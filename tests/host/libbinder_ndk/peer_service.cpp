@@ -27,21 +27,17 @@ State& state() {
     return *shared;
 }
 
-binder_status_t echoFds(const AParcel* in, AParcel* out) {
-    std::vector<ndk::ScopedFileDescriptor> fds;
-    binder_status_t status = ndk::AParcel_readVector(in, &fds);
-    return status == STATUS_OK ? ndk::AParcel_writeVector(out, fds) : status;
-}
-
-binder_status_t echoBytes(const AParcel* in, AParcel* out) {
-    std::vector<uint8_t> bytes;
-    binder_status_t status = ndk::AParcel_readVector(in, &bytes);
-    return status == STATUS_OK ? ndk::AParcel_writeVector(out, bytes) : status;
+// The answer is the argument.
+template <typename T>
+binder_status_t echo(const AParcel* in, AParcel* out) {
+    std::vector<T> values;
+    const binder_status_t status = ndk::AParcel_readVector(in, &values);
+    return status == STATUS_OK ? ndk::AParcel_writeVector(out, values) : status;
 }
 
 binder_status_t holdBinder(const AParcel* in) {
     ndk::SpAIBinder binder;
-    binder_status_t status = ndk::AParcel_readNullableStrongBinder(in, &binder);
+    const binder_status_t status = reads(&binder)(in);
     std::lock_guard<std::mutex> lock(state().mutex);
     std::swap(state().held, binder);
     return status;
@@ -50,30 +46,26 @@ binder_status_t holdBinder(const AParcel* in) {
 binder_status_t callBinder(const AParcel* in, AParcel* out) {
     ndk::SpAIBinder target;
     int32_t value = 0;
-    binder_status_t status = ndk::AParcel_readRequiredStrongBinder(in, &target);
-    if (status == STATUS_OK) status = ndk::AParcel_readData(in, &value);
+    binder_status_t status = reads(&target, &value)(in);
     if (status != STATUS_OK) return status;
     const int32_t answer = add(target, value, &status);
-    return status == STATUS_OK ? ndk::AParcel_writeData(out, answer) : status;
+    return status == STATUS_OK ? writes(answer)(out) : status;
 }
 
 binder_status_t playPingPong(const AParcel* in, AParcel* out) {
     ndk::SpAIBinder other;
     ndk::SpAIBinder self;
     int32_t depth = 0;
-    binder_status_t status = ndk::AParcel_readRequiredStrongBinder(in, &other);
-    if (status == STATUS_OK) status = ndk::AParcel_readRequiredStrongBinder(in, &self);
-    if (status == STATUS_OK) status = ndk::AParcel_readData(in, &depth);
+    binder_status_t status = reads(&other, &self, &depth)(in);
     int32_t answer = 0;
     if (status == STATUS_OK && depth > 1) answer = pingPong(other, self, depth - 1, &status);
-    return status == STATUS_OK ? ndk::AParcel_writeData(out, answer + 1) : status;
+    return status == STATUS_OK ? writes(answer + 1)(out) : status;
 }
 
 binder_status_t block(const AParcel* in) {
     ndk::ScopedFileDescriptor entered;
     ndk::ScopedFileDescriptor go;
-    binder_status_t status = ndk::AParcel_readData(in, &entered);
-    if (status == STATUS_OK) status = ndk::AParcel_readData(in, &go);
+    const binder_status_t status = reads(&entered, &go)(in);
     if (status != STATUS_OK) return status;
     {
         std::lock_guard<std::mutex> lock(state().mutex);
@@ -92,7 +84,7 @@ binder_status_t handleObjects(transaction_code_t code, const AParcel* in, AParce
             return holdBinder(in);
         case kGetHeld: {
             std::lock_guard<std::mutex> lock(state().mutex);
-            return ndk::AParcel_writeNullableStrongBinder(out, state().held);
+            return writes(state().held)(out);
         }
         case kDrop: {
             ndk::SpAIBinder dropped;
@@ -105,9 +97,9 @@ binder_status_t handleObjects(transaction_code_t code, const AParcel* in, AParce
         case kPingPong:
             return playPingPong(in, out);
         case kNewObject:
-            return ndk::AParcel_writeRequiredStrongBinder(out, newPeerObject());
+            return writes(newPeerObject())(out);
         case kLiveObjects:
-            return ndk::AParcel_writeData(out, livePeerObjects());
+            return writes(livePeerObjects())(out);
         default:
             return STATUS_UNKNOWN_TRANSACTION;
     }
@@ -117,40 +109,40 @@ binder_status_t handle(AIBinder*, transaction_code_t code, const AParcel* in, AP
     int32_t value = 0;
     switch (code) {
         case kAdd: {
-            binder_status_t status = ndk::AParcel_readData(in, &value);
+            const binder_status_t status = reads(&value)(in);
             std::lock_guard<std::mutex> lock(state().mutex);
             state().addThread = std::this_thread::get_id();
-            return status == STATUS_OK ? ndk::AParcel_writeData(out, value + 1) : status;
+            return status == STATUS_OK ? writes(value + 1)(out) : status;
         }
         case kEchoFds:
-            return echoFds(in, out);
+            return echo<ndk::ScopedFileDescriptor>(in, out);
         case kEchoBytes:
-            return echoBytes(in, out);
+            return echo<uint8_t>(in, out);
         case kBlock:
             return block(in);
         case kMostBlocked: {
             std::lock_guard<std::mutex> lock(state().mutex);
-            return ndk::AParcel_writeData(out, static_cast<int32_t>(state().mostBlocked));
+            return writes(state().mostBlocked)(out);
         }
         case kRecord: {
-            binder_status_t status = ndk::AParcel_readData(in, &value);
+            const binder_status_t status = reads(&value)(in);
             std::lock_guard<std::mutex> lock(state().mutex);
             state().records.push_back(value);
             return status;
         }
         case kRecords: {
             std::lock_guard<std::mutex> lock(state().mutex);
-            return ndk::AParcel_writeVector(out, state().records);
+            return writes(state().records)(out);
         }
         case kCountFds:
-            return ndk::AParcel_writeData(out, countOpenDescriptors());
+            return writes(countOpenDescriptors())(out);
         case kCaller:
-            ndk::AParcel_writeData(out, static_cast<int32_t>(AIBinder_getCallingPid()));
-            return ndk::AParcel_writeData(out, static_cast<int32_t>(AIBinder_getCallingUid()));
+            return writes(int32_t{AIBinder_getCallingPid()},
+                          uint32_t{AIBinder_getCallingUid()})(out);
         case kPoolStarted:
-            return ndk::AParcel_writeData(out, int32_t{ABinderProcess_isThreadPoolStarted()});
+            return writes(int32_t{ABinderProcess_isThreadPoolStarted()})(out);
         case kFail:
-            ndk::AParcel_readData(in, &value);
+            reads (&value)(in);
             return value;
         default:
             return handleObjects(code, in, out);
@@ -209,58 +201,38 @@ binder_status_t callPeer(const ndk::SpAIBinder& binder, transaction_code_t code,
 int32_t askPeer(const ndk::SpAIBinder& binder, transaction_code_t code,
                 const std::function<binder_status_t(AParcel*)>& write, binder_status_t* status) {
     int32_t answer = -1;
-    binder_status_t result = callPeer(binder, code, write, [&](const AParcel* out) {
-        return ndk::AParcel_readData(out, &answer);
-    });
+    const binder_status_t result = callPeer(binder, code, write, reads(&answer));
     if (status != nullptr) *status = result;
     return answer;
 }
 
 std::vector<int32_t> recordsOf(const ndk::SpAIBinder& binder) {
     std::vector<int32_t> records;
-    callPeer(binder, kRecords, nullptr,
-             [&](const AParcel* out) { return ndk::AParcel_readVector(out, &records); });
+    callPeer(binder, kRecords, nullptr, reads(&records));
     return records;
 }
 
 int32_t add(const ndk::SpAIBinder& binder, int32_t value, binder_status_t* status) {
-    return askPeer(
-            binder, kAdd, [value](AParcel* in) { return ndk::AParcel_writeData(in, value); },
-            status);
+    return askPeer(binder, kAdd, writes(value), status);
 }
 
 int32_t callThrough(const ndk::SpAIBinder& via, const ndk::SpAIBinder& target, int32_t value,
                     binder_status_t* status) {
-    return askPeer(
-            via, kCall,
-            [&](AParcel* in) {
-                AParcel_writeStrongBinder(in, target.get());
-                return ndk::AParcel_writeData(in, value);
-            },
-            status);
+    return askPeer(via, kCall, writes(target, value), status);
 }
 
 int32_t pingPong(const ndk::SpAIBinder& target, const ndk::SpAIBinder& back, int32_t depth,
                  binder_status_t* status) {
-    return askPeer(
-            target, kPingPong,
-            [&](AParcel* in) {
-                AParcel_writeStrongBinder(in, back.get());
-                AParcel_writeStrongBinder(in, target.get());
-                return ndk::AParcel_writeData(in, depth);
-            },
-            status);
+    return askPeer(target, kPingPong, writes(back, target, depth), status);
 }
 
-binder_status_t hold(const ndk::SpAIBinder& peer, const ndk::SpAIBinder& object) {
-    return callPeer(peer, kHold,
-                    [&](AParcel* in) { return AParcel_writeStrongBinder(in, object.get()); });
+binder_status_t hold(const ndk::SpAIBinder& peer, const ndk::SpAIBinder& object,
+                     binder_flags_t flags) {
+    return callPeer(peer, kHold, writes(object), nullptr, flags);
 }
 
 ndk::SpAIBinder getBinder(const ndk::SpAIBinder& peer, transaction_code_t code) {
     ndk::SpAIBinder binder;
-    callPeer(peer, code, nullptr, [&](const AParcel* out) {
-        return ndk::AParcel_readNullableStrongBinder(out, &binder);
-    });
+    callPeer(peer, code, nullptr, reads(&binder));
     return binder;
 }

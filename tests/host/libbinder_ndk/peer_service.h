@@ -42,6 +42,26 @@ ndk::SpAIBinder newPeerObject();
 int livePeerObjects();
 std::thread::id lastAddThread();
 
+// Arguments and answers of a call, one after the other; binders may be null.
+template <typename... Values>
+auto writes(const Values&... values) {
+    return [&](AParcel* parcel) {
+        binder_status_t status = STATUS_OK;
+        ((status = status == STATUS_OK ? ndk::AParcel_writeNullableData(parcel, values) : status),
+         ...);
+        return status;
+    };
+}
+template <typename... Values>
+auto reads(Values*... values) {
+    return [=](const AParcel* parcel) {
+        binder_status_t status = STATUS_OK;
+        ((status = status == STATUS_OK ? ndk::AParcel_readNullableData(parcel, values) : status),
+         ...);
+        return status;
+    };
+}
+
 // One call: the arguments that `write` adds, and the answer that `read` takes.
 binder_status_t callPeer(const ndk::SpAIBinder& binder, transaction_code_t code,
                          const std::function<binder_status_t(AParcel*)>& write = nullptr,
@@ -60,5 +80,6 @@ int32_t callThrough(const ndk::SpAIBinder& via, const ndk::SpAIBinder& target, i
                     binder_status_t* status = nullptr);
 int32_t pingPong(const ndk::SpAIBinder& target, const ndk::SpAIBinder& back, int32_t depth,
                  binder_status_t* status = nullptr);
-binder_status_t hold(const ndk::SpAIBinder& peer, const ndk::SpAIBinder& object);
+binder_status_t hold(const ndk::SpAIBinder& peer, const ndk::SpAIBinder& object,
+                     binder_flags_t flags = 0);
 ndk::SpAIBinder getBinder(const ndk::SpAIBinder& peer, transaction_code_t code);

@@ -7,7 +7,6 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstring>
 
 #include "host/libbinder_ndk/proxy_binder.h"
 #include "tests/host/libbinder_ndk/send_bytes.h"

@@ -29,16 +29,12 @@ std::string textOf(const ndk::ScopedFileDescriptor& fd) {
 binder_status_t echoFds(const ndk::SpAIBinder& peer,
                         const std::vector<ndk::ScopedFileDescriptor>& fds,
                         std::vector<ndk::ScopedFileDescriptor>* back) {
-    return callPeer(
-            peer, kEchoFds, [&](AParcel* in) { return ndk::AParcel_writeVector(in, fds); },
-            [&](const AParcel* out) { return ndk::AParcel_readVector(out, back); });
+    return callPeer(peer, kEchoFds, writes(fds), reads(back));
 }
 
 binder_status_t echoBytes(const ndk::SpAIBinder& peer, const std::vector<uint8_t>& bytes,
                           std::vector<uint8_t>* back) {
-    return callPeer(
-            peer, kEchoBytes, [&](AParcel* in) { return ndk::AParcel_writeVector(in, bytes); },
-            [&](const AParcel* out) { return ndk::AParcel_readVector(out, back); });
+    return callPeer(peer, kEchoBytes, writes(bytes), reads(back));
 }
 
 TEST(RemoteCall, TellsTheCalleeWhoCalls) {
@@ -46,15 +42,10 @@ TEST(RemoteCall, TellsTheCalleeWhoCalls) {
     EXPECT_TRUE(AIBinder_isRemote(peer.binder.get()));
     EXPECT_EQ(AIBinder_ping(peer.binder.get()), STATUS_OK);
     int32_t pid = 0;
-    int32_t uid = 0;
-    ASSERT_EQ(callPeer(peer.binder, kCaller, nullptr,
-                       [&](const AParcel* out) {
-                           ndk::AParcel_readData(out, &pid);
-                           return ndk::AParcel_readData(out, &uid);
-                       }),
-              STATUS_OK);
+    uint32_t uid = 0;
+    ASSERT_EQ(callPeer(peer.binder, kCaller, nullptr, reads(&pid, &uid)), STATUS_OK);
     EXPECT_EQ(pid, getpid());
-    EXPECT_EQ(uid, static_cast<int32_t>(getuid()));
+    EXPECT_EQ(uid, getuid());
 }
 
 TEST(RemoteCall, PassesDescriptorsBothWays) {
@@ -93,9 +84,8 @@ TEST(RemoteCall, LimitsDescriptorsAndSize) {
 
 TEST(RemoteCall, ReturnsTheTransportStatusOfTheMethod) {
     Peer peer = startPeer();
-    auto failWith = [&](int32_t status) {
-        return callPeer(peer.binder, kFail,
-                        [=](AParcel* in) { return ndk::AParcel_writeData(in, status); });
+    const auto failWith = [&](int32_t status) {
+        return callPeer(peer.binder, kFail, writes(status));
     };
     EXPECT_EQ(failWith(STATUS_WOULD_BLOCK), STATUS_WOULD_BLOCK);
     EXPECT_EQ(failWith(STATUS_BAD_INDEX), STATUS_BAD_INDEX);

@@ -109,10 +109,7 @@ TEST(StoppedPeer, DoesNotHoldUpItsCallersForEver) {
     const std::vector<uint8_t> bytes(256 * 1024);
     binder_status_t status = STATUS_OK;
     for (int i = 0; status == STATUS_OK && i < 100; ++i) {
-        status = callPeer(
-                peer.binder, kEchoBytes,
-                [&](AParcel* in) { return ndk::AParcel_writeVector(in, bytes); }, nullptr,
-                FLAG_ONEWAY);
+        status = callPeer(peer.binder, kEchoBytes, writes(bytes), nullptr, FLAG_ONEWAY);
     }
     EXPECT_EQ(status, STATUS_DEAD_OBJECT);
 }

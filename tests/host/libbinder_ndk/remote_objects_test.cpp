@@ -23,20 +23,12 @@ TEST(RemoteObject, ComesBackAsTheLocalObject) {
     EXPECT_EQ(getBinder(peer.binder, kGetHeld).get(), nullptr);
 }
 
-TEST(RemoteObject, LivesAsLongAsAPeerHoldsIt) {
+TEST(RemoteObject, LivesAsLongAsThePeerThatHoldsIt) {
     Peer peer = startPeer();
     const int before = settledObjects();
     ASSERT_EQ(hold(peer.binder, newPeerObject()), STATUS_OK);
-    EXPECT_EQ(livePeerObjects(), before + 1);
     EXPECT_EQ(add(getBinder(peer.binder, kGetHeld), 1), 2);
-    ASSERT_EQ(callPeer(peer.binder, kDrop), STATUS_OK);
-    EXPECT_TRUE(eventually([&]() { return livePeerObjects() == before; }));
-}
-
-TEST(RemoteObject, EndsWithTheConnectionOfThePeerThatHoldsIt) {
-    Peer peer = startPeer();
-    const int before = settledObjects();
-    ASSERT_EQ(hold(peer.binder, newPeerObject()), STATUS_OK);
+    EXPECT_EQ(livePeerObjects(), before + 1);
     peer.process.signal(SIGKILL);
     EXPECT_TRUE(eventually([&]() { return livePeerObjects() == before; }));
 }
@@ -60,13 +52,9 @@ TEST(RemoteObject, OfAMessageThatIsNotSentIsNotKept) {
     Peer peer = startPeer();
     ndk::ScopedFileDescriptor file(memfd_create("test", MFD_CLOEXEC));
     const int before = settledObjects();
-    EXPECT_EQ(callPeer(peer.binder, kHold,
-                       [&](AParcel* in) {
-                           AParcel_writeStrongBinder(in, newPeerObject().get());
-                           std::vector<ndk::ScopedFileDescriptor> tooMany;
-                           for (int i = 0; i < 254; ++i) tooMany.push_back(file.dup());
-                           return ndk::AParcel_writeVector(in, tooMany);
-                       }),
+    std::vector<ndk::ScopedFileDescriptor> tooMany;
+    for (int i = 0; i < 254; ++i) tooMany.push_back(file.dup());
+    EXPECT_EQ(callPeer(peer.binder, kHold, writes(newPeerObject(), tooMany)),
               STATUS_FAILED_TRANSACTION);
     EXPECT_EQ(livePeerObjects(), before);
 }
@@ -93,11 +81,7 @@ TEST(ThirdProcess, GetsAnObjectByAOnewayCallThoughTheSenderForgetsItAtOnce) {
     Peer holder = startPeer();
     for (int i = 0; i < 20; ++i) {
         ndk::SpAIBinder object = getBinder(owner.binder, kNewObject);
-        ASSERT_EQ(callPeer(
-                          holder.binder, kHold,
-                          [&](AParcel* in) { return AParcel_writeStrongBinder(in, object.get()); },
-                          nullptr, FLAG_ONEWAY),
-                  STATUS_OK);
+        ASSERT_EQ(hold(holder.binder, object, FLAG_ONEWAY), STATUS_OK);
         object = nullptr;
         ASSERT_TRUE(
                 eventually([&]() { return getBinder(holder.binder, kGetHeld).get() != nullptr; }));
@@ -131,11 +115,7 @@ TEST(ManyCalls, LeaveNoDescriptorsAndObjectsBehind) {
         std::vector<ndk::ScopedFileDescriptor> fds;
         fds.push_back(file.dup());
         std::vector<ndk::ScopedFileDescriptor> back;
-        ASSERT_EQ(callPeer(
-                          peer.binder, kEchoFds,
-                          [&](AParcel* in) { return ndk::AParcel_writeVector(in, fds); },
-                          [&](const AParcel* out) { return ndk::AParcel_readVector(out, &back); }),
-                  STATUS_OK);
+        ASSERT_EQ(callPeer(peer.binder, kEchoFds, writes(fds), reads(&back)), STATUS_OK);
         ASSERT_EQ(hold(peer.binder, newPeerObject()), STATUS_OK);
         ASSERT_NE(getBinder(peer.binder, kNewObject).get(), nullptr);
     }

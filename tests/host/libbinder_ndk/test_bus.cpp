@@ -2,118 +2,59 @@
 #include "tests/host/libbinder_ndk/test_bus.h"
 
 #include <android/binder_manager.h>
-#include <dirent.h>
-#include <fcntl.h>
 #include <host_service_manager.h>
 #include <signal.h>
-#include <sys/prctl.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 
 namespace {
+
+using end_to_end::Subprocess;
+
+constexpr int kPatienceOfATest = 600;
 
 [[noreturn]] void fail(const char* what) {
     fprintf(stderr, "test set-up failed: %s: %s\n", what, strerror(errno));
     abort();
 }
 
+std::string makeFolder() {
+    char path[] = "/tmp/binder-test-XXXXXX";
+    if (mkdtemp(path) == nullptr) fail("mkdtemp");
+    setenv("STANDIN_BINDER_DIR", path, 1);
+    atexit([]() {
+        std::error_code ignored;
+        std::filesystem::remove_all(busFolder(), ignored);
+    });
+    return path;
+}
+
 struct Bus {
-    std::string folder;
-    Child serviceManager;
+    const std::string folder = makeFolder();
+    Child serviceManager{{SERVICEMANAGER_PROGRAM}};
 
     Bus() {
-        char path[] = "/tmp/binder-test-XXXXXX";
-        if (mkdtemp(path) == nullptr) fail("mkdtemp");
-        folder = path;
-        setenv("STANDIN_BINDER_DIR", path, 1);
-        new (&serviceManager) Child({SERVICEMANAGER_PROGRAM});
-        if (!eventually([]() {
-                return AServiceManager_forEachService(nullptr, [](const char*, void*) {}) ==
-                       STATUS_OK;
-            })) {
-            fail("service manager");
-        }
-        atexit([]() {
-            const std::string remove = "rm -rf '" + busFolder() + "'";
-            if (system(remove.c_str()) != 0) perror("rm");
-        });
+        const auto answers = []() {
+            return AServiceManager_forEachService(nullptr, [](const char*, void*) {}) == STATUS_OK;
+        };
+        if (!eventually(answers)) fail("service manager");
     }
 };
 
 }  // namespace
 
-Child::Child(const std::vector<std::string>& command, const std::vector<std::string>& environment) {
-    int input[2];
-    int output[2];
-    if (pipe2(input, O_CLOEXEC) != 0 || pipe2(output, O_CLOEXEC) != 0) fail("pipe");
-    std::vector<char*> arguments;
-    for (const std::string& word : command) arguments.push_back(const_cast<char*>(word.c_str()));
-    arguments.push_back(nullptr);
-    // Everything is made before the fork: another thread may hold the allocator's lock.
-    std::vector<char*> variables;
-    for (const std::string& entry : environment) {
-        variables.push_back(const_cast<char*>(entry.c_str()));
-    }
-    for (char** entry = environ; *entry != nullptr; ++entry) variables.push_back(*entry);
-    variables.push_back(nullptr);
-    mPid = fork();
-    if (mPid < 0) fail("fork");
-    if (mPid == 0) {
-        prctl(PR_SET_PDEATHSIG, SIGKILL);
-        dup2(input[0], STDIN_FILENO);
-        dup2(output[1], STDOUT_FILENO);
-        execve(arguments[0], arguments.data(), variables.data());
-        _exit(127);
-    }
-    close(input[0]);
-    close(output[1]);
-    mInput = input[1];
-    mOutput = output[0];
-}
-
-Child::~Child() {
-    if (mPid > 0) {
-        kill(mPid, SIGKILL);
-        wait();
-    }
-    if (mInput >= 0) close(mInput);
-    if (mOutput >= 0) close(mOutput);
-}
-
-Child::Child(Child&& other) noexcept
-    : mPid(other.mPid), mInput(other.mInput), mOutput(other.mOutput) {
-    other.mPid = other.mInput = other.mOutput = -1;
-}
-
-bool Child::waitForLine() {
-    char byte = 0;
-    while (read(mOutput, &byte, 1) == 1) {
-        if (byte == '\n') return true;
-    }
-    return false;
-}
-
-void Child::nudge() {
-    if (write(mInput, "x", 1) != 1) fail("write to child");
+Child::Child(const std::vector<std::string>& command, const Subprocess::Environment& environment)
+    : m_process(std::make_unique<Subprocess>(command, environment, Subprocess::Input::Pipe,
+                                             kPatienceOfATest)) {
+    if (pid() < 0) fail(command[0].c_str());
 }
 
 void Child::signal(int number) {
-    kill(mPid, number);
-}
-
-int Child::wait() {
-    int status = 0;
-    pid_t ended = -1;
-    do {
-        ended = waitpid(mPid, &status, 0);
-    } while (ended < 0 && errno == EINTR);
-    mPid = -1;
-    return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+    kill(pid(), number);
 }
 
 const std::string& busFolder() {
@@ -134,7 +75,7 @@ std::vector<std::string> peerCommand(const std::string& name,
 }
 
 Peer startPeer(const std::vector<std::string>& options,
-               const std::vector<std::string>& environment) {
+               const Subprocess::Environment& environment) {
     busFolder();
     const std::string name = newServiceName();
     Peer peer{Child(peerCommand(name, options), environment), nullptr};
@@ -145,15 +86,10 @@ Peer startPeer(const std::vector<std::string>& options,
 }
 
 std::string peerSocket(pid_t pid) {
-    const std::string prefix = "p" + std::to_string(pid) + "-";
-    std::string found;
-    DIR* folder = opendir(busFolder().c_str());
-    if (folder == nullptr) fail("opendir");
-    while (const dirent* entry = readdir(folder)) {
-        if (strncmp(entry->d_name, prefix.c_str(), prefix.size()) == 0) {
-            found = busFolder() + "/" + entry->d_name;
-        }
+    const std::string start = busFolder() + "/p" + std::to_string(pid) + "-";
+    for (const auto& entry : std::filesystem::directory_iterator(busFolder())) {
+        const std::string path = entry.path();
+        if (path.rfind(start, 0) == 0) return path;
     }
-    closedir(folder);
-    return found;
+    return "";
 }

@@ -4,35 +4,30 @@
 #include <android/binder_auto_utils.h>
 #include <sys/types.h>
 
+#include <memory>
 #include <string>
 #include <vector>
 
+#include "tests/end_to_end/subprocess.h"
 #include "tests/support/eventually.h"
 
-// A child process, ended with the object.
+// A child process, ended with the object. Its standard error is this process's.
 class Child {
   public:
-    Child() = default;
-    // environment: "NAME=value" entries on top of this process's own.
-    Child(const std::vector<std::string>& command,
-          const std::vector<std::string>& environment = {});
-    ~Child();
-    Child(Child&& other) noexcept;
-    Child& operator=(Child&&) = delete;
+    explicit Child(const std::vector<std::string>& command,
+                   const end_to_end::Subprocess::Environment& environment = {});
 
-    pid_t pid() const { return mPid; }
+    pid_t pid() const { return m_process->pid(); }
     // Waits for a line on the child's standard output; false if it ends without one.
-    bool waitForLine();
+    bool waitForLine() { return m_process->waitForNext("\n"); }
     // Writes a byte to the child's standard input.
-    void nudge();
+    void nudge() { m_process->type("x"); }
     void signal(int number);
     // Waits for the end; the exit status, or 128 + the signal.
-    int wait();
+    int wait() { return m_process->finish().status; }
 
   private:
-    pid_t mPid = -1;
-    int mInput = -1;
-    int mOutput = -1;
+    std::unique_ptr<end_to_end::Subprocess> m_process;
 };
 
 // A process that serves an object under a name.
@@ -46,7 +41,7 @@ const std::string& busFolder();
 
 // Starts a peer and waits for its service. options: see test_peer.cpp.
 Peer startPeer(const std::vector<std::string>& options = {},
-               const std::vector<std::string>& environment = {});
+               const end_to_end::Subprocess::Environment& environment = {});
 // The path of the peer's own socket.
 std::string peerSocket(pid_t pid);
 

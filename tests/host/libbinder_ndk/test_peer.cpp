@@ -19,9 +19,7 @@ const char* gCallAtExit = nullptr;
 
 void callAtExit() {
     ndk::SpAIBinder other(AServiceManager_checkService(gCallAtExit));
-    binder_status_t status =
-            callPeer(other, kRecord, [](AParcel* in) { return AParcel_writeInt32(in, 42); });
-    if (status != STATUS_OK) _exit(4);
+    if (callPeer(other, kRecord, writes(int32_t{42})) != STATUS_OK) _exit(4);
 }
 
 }  // namespace

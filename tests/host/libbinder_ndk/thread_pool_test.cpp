@@ -1,7 +1,5 @@
 // Which threads serve calls, and in which order.
-#include <android/binder_process.h>
 #include <gtest/gtest.h>
-#include <poll.h>
 
 #include <future>
 #include <numeric>
@@ -39,11 +37,7 @@ TEST(Oneway, CallsToOneObjectRunInOrder) {
     std::vector<int32_t> expected(200);
     std::iota(expected.begin(), expected.end(), 0);
     for (int32_t value : expected) {
-        ASSERT_EQ(callPeer(
-                          peer.binder, kRecord,
-                          [=](AParcel* in) { return ndk::AParcel_writeData(in, value); }, nullptr,
-                          FLAG_ONEWAY),
-                  STATUS_OK);
+        ASSERT_EQ(callPeer(peer.binder, kRecord, writes(value), nullptr, FLAG_ONEWAY), STATUS_OK);
     }
     EXPECT_TRUE(eventually([&]() { return recordsOf(peer.binder).size() == expected.size(); }));
     EXPECT_EQ(recordsOf(peer.binder), expected);
@@ -74,30 +68,6 @@ TEST(ThreadPool, QueuesCallsUntilItIsStarted) {
     EXPECT_EQ(started.wait_for(std::chrono::milliseconds(100)), std::future_status::timeout);
     peer.process.nudge();
     EXPECT_EQ(started.get(), 1);
-}
-
-TEST(Polling, ServesCallsOnTheThreadThatAsks) {
-    if (ABinderProcess_isThreadPoolStarted()) GTEST_SKIP() << "an earlier test started the pool";
-    Peer peer = startPeer();
-    int calls = -1;
-    ASSERT_EQ(ABinderProcess_setupPolling(&calls), STATUS_OK);
-    ndk::SpAIBinder own = newPeerObject();
-    // A oneway call begins no chain: the call back waits for a thread of this process.
-    ASSERT_EQ(callPeer(
-                      peer.binder, kCall,
-                      [&](AParcel* in) {
-                          AParcel_writeStrongBinder(in, own.get());
-                          return ndk::AParcel_writeData(in, 5);
-                      },
-                      nullptr, FLAG_ONEWAY),
-              STATUS_OK);
-    pollfd waiting{calls, POLLIN, 0};
-    for (const char* call : {"for the descriptor", "of the method"}) {
-        ASSERT_EQ(poll(&waiting, 1, 20000), 1) << call;
-        EXPECT_EQ(ABinderProcess_handlePolledCommands(), STATUS_OK);
-    }
-    EXPECT_EQ(lastAddThread(), std::this_thread::get_id());
-    EXPECT_EQ(poll(&waiting, 1, 0), 0) << "nothing waits any more";
 }
 
 }  // namespace

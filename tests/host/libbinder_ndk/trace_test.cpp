@@ -1,7 +1,6 @@
 // The trace of transactions.
 #include <fcntl.h>
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <sys/mman.h>
 #include <unistd.h>
 
@@ -13,10 +12,9 @@ namespace {
 TEST(Trace, HasOneLinePerTransactionWithNamesAndSizes) {
     const int trace = memfd_create("trace", 0);
     {
-        Peer peer = startPeer({}, {"STANDIN_BINDER_TRACE_FD=" + std::to_string(trace)});
+        Peer peer = startPeer({}, {{"STANDIN_BINDER_TRACE_FD", std::to_string(trace)}});
         ASSERT_EQ(add(peer.binder, 1), 2);
-        callPeer(peer.binder, kFail,
-                 [](AParcel* in) { return AParcel_writeInt32(in, STATUS_BAD_INDEX); });
+        callPeer(peer.binder, kFail, writes(int32_t{STATUS_BAD_INDEX}));
     }
     std::string text(10000, '\0');
     text.resize(static_cast<size_t>(pread(trace, &text[0], text.size(), 0)));

@@ -7,20 +7,10 @@
 #include <sys/mman.h>
 
 #include "host/libbinder_ndk/parcel.h"
+#include "tests/aidl/hex.h"
 #include "tests/host/libbinder_ndk/plain_class.h"
 
 namespace {
-
-std::string hex(const AParcel* parcel) {
-    std::string text;
-    char byte[3];
-    for (size_t i = 0; i < parcel->size(); ++i) {
-        if (i > 0 && i % 4 == 0) text += ' ';
-        snprintf(byte, sizeof(byte), "%02x", parcel->data()[i]);
-        text += byte;
-    }
-    return text;
-}
 
 TEST(WireFormat, OfARequestWithEveryKindOfItem) {
     ndk::SpAIBinder object(AIBinder_new(newPlainClass("a.IB"), nullptr));
@@ -40,7 +30,7 @@ TEST(WireFormat, OfARequestWithEveryKindOfItem) {
     AParcel_writeParcelFileDescriptor(p, file.get());
     AParcel_writeStatusHeader(
             p, ndk::ScopedAStatus::fromServiceSpecificErrorWithMessage(1, "A").get());
-    EXPECT_EQ(hex(p),
+    EXPECT_EQ(ToHex(Bytes(p->data(), p->data() + p->size())),
               "00000080 ffffffff 54535953 04000000 61002e00 49004200 00000000 "  // "a.IB"
               "feffffff "                                                        // byte
               "08070605 04030201 "                                               // long, at 32

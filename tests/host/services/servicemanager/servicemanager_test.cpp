@@ -113,7 +113,7 @@ class OwnFolder : public testing::Test {
         return eventually([&]() { return startPeerHere().waitForLine(); });
     }
     const TemporaryFolder mFolder{"servicemanager"};
-    std::vector<std::string> mEnvironment = {"STANDIN_BINDER_DIR=" + mFolder.path()};
+    end_to_end::Subprocess::Environment mEnvironment = {{"STANDIN_BINDER_DIR", mFolder.path()}};
 };
 
 TEST_F(OwnFolder, AcceptsOneServiceManagerAtATime) {
@@ -151,7 +151,7 @@ TEST_F(OwnFolder, WithALinkInPlaceOfASocketIsRefused) {
 TEST_F(OwnFolder, WithTooLongAPathIsRefused) {
     const std::string folder = mFolder.path(std::string(100, 'x'));
     ASSERT_EQ(mkdir(folder.c_str(), 0700), 0);
-    mEnvironment = {"STANDIN_BINDER_DIR=" + folder};
+    mEnvironment = {{"STANDIN_BINDER_DIR", folder}};
     EXPECT_EQ(startManager().wait(), 1);
     EXPECT_EQ(startPeerHere().wait(), 3);
 }
