@@ -28,15 +28,3 @@ bool ABinderProcess_isThreadPoolStarted(void) {
 void ABinderProcess_joinThreadPool(void) {
     ThreadPool::instance().join();
 }
-
-binder_status_t ABinderProcess_setupPolling(int* fd) {
-    const int pollFd = ThreadPool::instance().pollDescriptor();
-    if (pollFd < 0) return STATUS_NO_MEMORY;
-    *fd = pollFd;
-    return STATUS_OK;
-}
-
-binder_status_t ABinderProcess_handlePolledCommands(void) {
-    ThreadPool::instance().runQueued();
-    return STATUS_OK;
-}

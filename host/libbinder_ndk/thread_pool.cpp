@@ -1,14 +1,8 @@
 // The pool of threads that serve incoming calls.
 #include "thread_pool.h"
 
-#include <sys/eventfd.h>
-#include <unistd.h>
-
-#include <cerrno>
-#include <cstring>
 #include <utility>
 
-#include "log.h"
 #include "threads.h"
 
 namespace hostbinder {
@@ -21,12 +15,6 @@ ThreadPool& ThreadPool::instance() {
 void ThreadPool::submit(std::unique_ptr<Work> work) {
     std::unique_lock<std::mutex> lock(mMutex);
     mQueue.push_back(std::move(work));
-    if (mPollFd >= 0) {
-        const uint64_t one = 1;
-        if (write(mPollFd, &one, sizeof(one)) < 0) {
-            BINDER_LOGW("cannot signal waiting work: %s", strerror(errno));
-        }
-    }
     growLocked();
     lock.unlock();
     mWorkWaits.notify_one();  // outside: the woken thread needs the lock
@@ -89,18 +77,8 @@ void ThreadPool::serve() {
     }
 }
 
-int ThreadPool::pollDescriptor() {
-    std::lock_guard<std::mutex> lock(mMutex);
-    if (mPollFd < 0) mPollFd = eventfd(mQueue.empty() ? 0 : 1, EFD_CLOEXEC | EFD_NONBLOCK);
-    return mPollFd;
-}
-
 void ThreadPool::runQueued() {
     std::unique_lock<std::mutex> lock(mMutex);
-    uint64_t signalled = 0;
-    if (mPollFd >= 0 && read(mPollFd, &signalled, sizeof(signalled)) < 0 && errno != EAGAIN) {
-        BINDER_LOGW("cannot read the signal of waiting work: %s", strerror(errno));
-    }
     while (!mQueue.empty()) {
         std::unique_ptr<Work> work = std::move(mQueue.front());
         mQueue.pop_front();

@@ -25,8 +25,7 @@ class ThreadPool {
     bool setMaxThreads(uint32_t count);
     [[noreturn]] void join();
 
-    // A descriptor that is readable while work waits, -1 on failure; then the caller drains.
-    int pollDescriptor();
+    // Serves what waits now, on the calling thread.
     void runQueued();
 
   private:
@@ -43,7 +42,6 @@ class ThreadPool {
     uint32_t mExtraThreads = 0;  // started on demand, idle or not
     uint32_t mServing = 0;       // threads in serve()
     uint32_t mIdle = 0;          // of them, waiting for work
-    int mPollFd = -1;
 };
 
 }  // namespace hostbinder

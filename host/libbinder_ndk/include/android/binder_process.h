@@ -16,9 +16,4 @@ bool ABinderProcess_isThreadPoolStarted(void);
 // The calling thread serves calls and does not return.
 void ABinderProcess_joinThreadPool(void);
 
-// Serving calls from the caller's own event loop: the descriptor is readable while calls wait.
-// The library keeps the descriptor.
-__attribute__((weak)) binder_status_t ABinderProcess_setupPolling(int* fd) __INTRODUCED_IN(31);
-__attribute__((weak)) binder_status_t ABinderProcess_handlePolledCommands(void) __INTRODUCED_IN(31);
-
 __END_DECLS
