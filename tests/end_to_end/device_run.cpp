@@ -103,10 +103,6 @@ std::string DeviceRun::dumpPath(const std::string& name) const {
     return folder() + "/offlinecameratest/" + name;
 }
 
-void DeviceRun::removeSource(const std::string& path) {
-    fs::remove(folder() + "/" + path);
-}
-
 RunResult DeviceRun::tool(const std::vector<std::string>& arguments) {
     std::vector<std::string> words = {"vexofflinecameratest"};
     words.insert(words.end(), arguments.begin(), arguments.end());

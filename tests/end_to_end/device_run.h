@@ -49,7 +49,6 @@ class DeviceRun {
     // Folder on the host that the run sees as /data/vendor/camera, and paths in it.
     std::string folder() const { return m_folder.path(); }
     std::string dumpPath(const std::string& name) const;
-    void removeSource(const std::string& path);  // relative to folder()
 
   private:
     const TemporaryFolder m_folder{"device-run"};

@@ -3,14 +3,11 @@
 
 #include <gtest/gtest.h>
 #include <stdio.h>
-#include <string.h>
 #include <terminal/terminal.h>
 
 #include <atomic>
 #include <chrono>
-#include <filesystem>
 #include <fstream>
-#include <functional>
 #include <mutex>
 #include <sstream>
 #include <thread>
@@ -21,7 +18,6 @@
 namespace end_to_end {
 namespace {
 
-namespace fs = std::filesystem;
 using Clock = std::chrono::steady_clock;
 
 constexpr size_t kWorkers = RUNS_AT_A_TIME;  // most of them wait
@@ -53,100 +49,63 @@ const Mode kModes[] = {{"B2Y",
 struct Row {
     std::string fault;
     std::vector<std::string> options = {};
-    std::function<void(DeviceRun&)> prepare = [](DeviceRun&) {};
     std::string shell = "";  // run before the tool, in its process
     Outcome outcome = {};
 };
 
+// What happens to $f, a file in a folder of /data/vendor/camera. Source files are links.
+struct FileFault {
+    const char* name;
+    const char* commands;
+};
+
+const FileFault kSourceFaults[] = {
+        {"absent", "rm $f"},
+        {"empty", "rm $f; touch $f"},
+        {"one byte short", "cp $f new; mv new $f; truncate -s -1 $f"},
+        {"4096 bytes longer", "cp $f new; mv new $f; truncate -s +4096 $f"},
+        {"unreadable (a link to itself: permissions do not stop root)", "ln -sf $f $f"},
+        {"a directory", "rm $f; mkdir $f"}};
+
+// A blob begins with its size.
+const FileFault kMetadataFaults[] = {
+        {"absent", "rm $f"},
+        {"empty", "rm $f; touch $f"},
+        {"garbage (zeros, then text)",
+         "rm $f; printf '\\0\\0\\0\\0no camera metadata at all' > $f"},
+        {"its header claims 65536 bytes",
+         "cp $f new; mv new $f; printf '\\0\\0\\1\\0' | dd of=$f conv=notrunc status=none"},
+        {"its header claims 16777216 bytes",
+         "cp $f new; mv new $f; printf '\\0\\0\\0\\1' | dd of=$f conv=notrunc status=none"}};
+
+const FileFault kDumpFaults[] = {
+        {"an older, longer file of its name", "truncate -s 100000000 \"$f\""},
+        {"a directory of its name", "mkdir \"$f\""},
+        {"read-only directory",
+         "cd ..; rm -r offlinecameratest; ln -s " SOURCE_FOLDER "/offlinecameratest ."},
+        {"disk full (a link to /dev/full)", "ln -s /dev/full \"$f\""}};
+
 void run(const Mode& mode, Row* row) {
     DeviceRun device;
-    row->prepare(device);
     const Clock::time_point start = Clock::now();
     const RunResult result =
             device.with({"--planes"})
                     .with(row->options)
-                    .command({"sh", "-c", row->shell + "exec vexofflinecameratest -t \"$0\"",
+                    .command({"sh", "-ec", row->shell + "exec vexofflinecameratest -t \"$0\"",
                               mode.name});
     const std::chrono::duration<double> duration = Clock::now() - start;
     row->outcome = outcomeOf(device, result, duration.count());
 }
 
-// Replaces a data file, which is a link, by a copy of another size.
-void resize(const fs::path& path, int64_t change) {
-    const fs::path original = fs::read_symlink(path);
-    fs::remove(path);
-    fs::copy_file(original, path);
-    fs::resize_file(path, fs::file_size(path) + static_cast<uint64_t>(change));
-}
-
-void replace(const fs::path& path, const std::string& content) {
-    fs::remove(path);
-    std::ofstream(path, std::ios::binary) << content;
-}
-
-void addSourceFaults(const std::string& source, std::vector<Row>* rows) {
-    const std::vector<std::pair<const char*, std::function<void(const fs::path&)>>> faults = {
-            {"absent", [](const fs::path& path) { fs::remove(path); }},
-            {"empty", [](const fs::path& path) { replace(path, ""); }},
-            {"one byte short", [](const fs::path& path) { resize(path, -1); }},
-            {"4096 bytes longer", [](const fs::path& path) { resize(path, 4096); }},
-            {"unreadable (a link to itself: permissions do not stop root)",
-             [](const fs::path& path) {
-                 fs::remove(path);
-                 fs::create_symlink(path.filename(), path);
-             }},
-            {"a directory", [](const fs::path& path) {
-                 fs::remove(path);
-                 fs::create_directory(path);
-             }}};
-    for (const auto& [name, fault] : faults) {
-        rows->push_back(
-                {"source " + source + ": " + name, {}, [source, fault = fault](auto& device) {
-                     fault(device.folder() + "/offlinecameratest/" + source);
-                 }});
+template <size_t kCount>
+void addFileFaults(const std::string& what, const std::string& folder, const std::string& file,
+                   const FileFault (&faults)[kCount], std::vector<Row>* rows) {
+    for (const FileFault& fault : faults) {
+        rows->push_back({what + ": " + fault.name,
+                         {},
+                         "(cd /data/vendor/camera/" + folder + "; f='" + file + "'; " +
+                                 fault.commands + "); "});
     }
-}
-
-void addMetadataFaults(std::vector<Row>* rows) {
-    const auto add = [&](const char* name, const std::string& content) {
-        rows->push_back({std::string("metadata dump: ") + name, {}, [content](DeviceRun& device) {
-                             replace(device.folder() + "/metadata/original_dump.bin", content);
-                         }});
-    };
-    rows->push_back({"metadata dump: absent", {}, [](DeviceRun& device) {
-                         device.removeSource("metadata/original_dump.bin");
-                     }});
-    add("empty", "");
-    add("garbage (zeros, then text)", std::string(4, '\0') + "no camera metadata at all");
-    std::string blob = readFile(SOURCE_FOLDER "/metadata/original_dump.bin");
-    const uint32_t claimed = 65536;
-    memcpy(blob.data(), &claimed, sizeof claimed);  // a blob begins with its size
-    add("its header claims 65536 bytes", blob);
-    const uint32_t tooMuch = 16u << 20;
-    memcpy(blob.data(), &tooMuch, sizeof tooMuch);
-    add("its header claims 16777216 bytes", blob);
-}
-
-void addDumpFaults(const std::string& dump, std::vector<Row>* rows) {
-    rows->push_back({"dump: an older, longer file of its name", {}, [dump](DeviceRun& device) {
-                         replace(device.dumpPath(dump), "older");
-                         fs::resize_file(device.dumpPath(dump), 100'000'000);
-                     }});
-    rows->push_back({"dump: a directory of its name", {}, [dump](DeviceRun& device) {
-                         fs::create_directory(device.dumpPath(dump));
-                     }});
-    rows->push_back({"dump: read-only directory", {}, [](DeviceRun& device) {
-                         const std::string folder = device.folder() + "/offlinecameratest";
-                         fs::remove_all(folder);
-                         fs::create_directory_symlink(SOURCE_FOLDER "/offlinecameratest", folder);
-                     }});
-    rows->push_back({"dump: disk full (a link to /dev/full)", {}, [dump](DeviceRun& device) {
-                         fs::create_symlink("/dev/full", device.dumpPath(dump));
-                     }});
-    rows->push_back({"dump: files may not grow beyond 1 MiB",
-                     {},
-                     [](DeviceRun&) {},
-                     "trap '' XFSZ; ulimit -f 2048; "});
 }
 
 // Every name that `--fault help` lists, service's and allocator's.
@@ -166,9 +125,12 @@ std::vector<std::string> faultNames() {
 std::vector<Row> rowsOf(const Mode& mode) {
     std::vector<Row> rows = {{"(none)"}};
     for (const std::string& name : faultNames()) rows.push_back({name, {"--fault", name}});
-    for (const std::string& source : mode.sources) addSourceFaults(source, &rows);
-    addMetadataFaults(&rows);
-    addDumpFaults(mode.dump, &rows);
+    for (const std::string& source : mode.sources) {
+        addFileFaults("source " + source, "offlinecameratest", source, kSourceFaults, &rows);
+    }
+    addFileFaults("metadata dump", "metadata", "original_dump.bin", kMetadataFaults, &rows);
+    addFileFaults("dump", "offlinecameratest", mode.dump, kDumpFaults, &rows);
+    rows.push_back({"dump: files may not grow beyond 1 MiB", {}, "trap '' XFSZ; ulimit -f 2048; "});
     return rows;
 }
 
