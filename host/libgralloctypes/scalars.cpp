@@ -32,26 +32,13 @@ STANDARD_METADATA(BlendMode, const details::BlendMode&, details::BlendMode)
 
 #undef STANDARD_METADATA
 
-// The two functions for metadata of any type.
-#define ANY_METADATA(Name, Parameter, Value)                                           \
-    status_t encode##Name(const details::MetadataType& type, Parameter value,          \
-                          details::Bytes* out) {                                       \
-        return encodeMetadata<Value>(type, value, out);                                \
-    }                                                                                  \
-    status_t decode##Name(const details::MetadataType& type, const details::Bytes& in, \
-                          Value* out) {                                                \
-        return decodeMetadata<Value>(type, in, out);                                   \
-    }
+status_t encodeUint32(const details::MetadataType& type, uint32_t value, details::Bytes* out) {
+    return encodeMetadata<uint32_t>(type, value, out);
+}
 
-ANY_METADATA(Uint32, uint32_t, uint32_t)
-ANY_METADATA(Int32, int32_t, int32_t)
-ANY_METADATA(Uint64, uint64_t, uint64_t)
-ANY_METADATA(Int64, int64_t, int64_t)
-ANY_METADATA(Float, float, float)
-ANY_METADATA(Double, double, double)
-ANY_METADATA(String, const std::string&, std::string)
-
-#undef ANY_METADATA
+status_t decodeUint32(const details::MetadataType& type, const details::Bytes& in, uint32_t* out) {
+    return decodeMetadata<uint32_t>(type, in, out);
+}
 
 }  // namespace gralloc4
 }  // namespace android

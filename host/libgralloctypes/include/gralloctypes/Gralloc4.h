@@ -222,20 +222,6 @@ status_t decodeBufferDescriptorInfo(const details::Bytes& in, details::BufferDes
 // Metadata of any type, a vendor's too.
 status_t encodeUint32(const details::MetadataType& type, uint32_t value, details::Bytes* out);
 status_t decodeUint32(const details::MetadataType& type, const details::Bytes& in, uint32_t* out);
-status_t encodeInt32(const details::MetadataType& type, int32_t value, details::Bytes* out);
-status_t decodeInt32(const details::MetadataType& type, const details::Bytes& in, int32_t* out);
-status_t encodeUint64(const details::MetadataType& type, uint64_t value, details::Bytes* out);
-status_t decodeUint64(const details::MetadataType& type, const details::Bytes& in, uint64_t* out);
-status_t encodeInt64(const details::MetadataType& type, int64_t value, details::Bytes* out);
-status_t decodeInt64(const details::MetadataType& type, const details::Bytes& in, int64_t* out);
-status_t encodeFloat(const details::MetadataType& type, float value, details::Bytes* out);
-status_t decodeFloat(const details::MetadataType& type, const details::Bytes& in, float* out);
-status_t encodeDouble(const details::MetadataType& type, double value, details::Bytes* out);
-status_t decodeDouble(const details::MetadataType& type, const details::Bytes& in, double* out);
-status_t encodeString(const details::MetadataType& type, const std::string& value,
-                      details::Bytes* out);
-status_t decodeString(const details::MetadataType& type, const details::Bytes& in,
-                      std::string* out);
 
 // Whether a type is a standard one.
 bool isStandardMetadataType(const details::MetadataType& type);
