@@ -82,8 +82,8 @@ TEST_F(GraphicsStartup, AcceptsALibraryWithoutVersionSymbolFromAFailedAnswer) {
 }
 
 struct BadLibrary {
-    const char* suffix;
-    const char* line;
+    std::string suffix;
+    std::string line;
     bool stays;  // for a later start in the same process
 };
 
@@ -107,23 +107,16 @@ TEST_P(BadMapperLibrary, LeavesAnEmptyRecord) {
     EXPECT_NE(record->m_aiMapper, nullptr);
 }
 
+const std::string kVersion = "E IMapper version ";
+const std::string kNotKnown = " not equal to last known stable version 5, aborting IMapper init.";
+
 INSTANTIATE_TEST_SUITE_P(
         All, BadMapperLibrary,
-        ::testing::Values(
-                BadLibrary{"missing", "E Failed to load mapper.missing.so", false},
-                BadLibrary{"failing", "E AIMapper_loadIMapper failed 7", false},
-                BadLibrary{"table4",
-                           "E IMapper version 5 not equal to last known stable version 5, aborting "
-                           "IMapper init.",
-                           true},
-                BadLibrary{"table6",
-                           "E IMapper version 5 not equal to last known stable version 5, aborting "
-                           "IMapper init.",
-                           true},
-                BadLibrary{"library4",
-                           "E IMapper version 4 not equal to last known stable version 5, aborting "
-                           "IMapper init.",
-                           true}),
+        ::testing::Values(BadLibrary{"missing", "E Failed to load mapper.missing.so", false},
+                          BadLibrary{"failing", "E AIMapper_loadIMapper failed 7", false},
+                          BadLibrary{"table4", kVersion + "5" + kNotKnown, true},
+                          BadLibrary{"table6", kVersion + "5" + kNotKnown, true},
+                          BadLibrary{"library4", kVersion + "4" + kNotKnown, true}),
         [](const auto& info) { return info.param.suffix; });
 
 TEST_F(GraphicsStartup, DiesOfALibraryWithoutLoader) {
