@@ -125,12 +125,5 @@ TEST_F(RunScript, LeavesTheAllocatorOut) {
     EXPECT_THAT(readFile(m_root + "/out/run.log"), HasSubstr("zelAllocator getService failed"));
 }
 
-TEST_F(RunScript, EndsWithTheToolsSignal) {
-    const Finished finished = run({"--no-service", "-t", "callback"});
-    EXPECT_GT(finished.status, 128);
-    EXPECT_NE(finished.status, 255);
-    EXPECT_EQ(finished.out, "cmd: -t=callback\ncallback only mode=255\nret: =0\n");
-}
-
 }  // namespace
 }  // namespace end_to_end
