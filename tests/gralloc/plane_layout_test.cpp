@@ -29,9 +29,7 @@ constexpr uint32_t kRaw = 0x100000;
 
 ::mapper::PlaneEntry Plane(std::initializer_list<uint32_t> components, int32_t scanlines) {
     ::mapper::PlaneEntry plane{};
-    for (const uint32_t type : components) {
-        plane.components[plane.numComponents++].type = type;
-    }
+    for (const uint32_t type : components) plane.components[plane.numComponents++].type = type;
     plane.scanlines = scanlines;
     plane.sampleIncrementBits = 8;
     plane.strideBytes = 4096;

@@ -32,9 +32,7 @@ class Worker : public BnWorker {
     }
     ScopedAStatus fill(std::vector<int32_t>* numbers, Point* point,
                        std::vector<std::string>* words) override {
-        for (size_t i = 0; i < numbers->size(); i++) {
-            (*numbers)[i] = static_cast<int32_t>(i) * 10;
-        }
+        for (size_t i = 0; i < numbers->size(); i++) (*numbers)[i] = static_cast<int32_t>(i) * 10;
         point->x = 1;
         words->push_back("more");
         return ScopedAStatus::ok();
@@ -183,19 +181,13 @@ TEST_F(CallsTest, ErrorsArriveAndResultsStay) {
 }
 
 TEST_F(CallsTest, RequestsThatDoNotDecodeReachNobody) {
-    Bytes body;
-    AppendWord(&body, 1);
     ndk::ScopedAParcel reply;
-    EXPECT_EQ(Send(IWorker::TRANSACTION_add, body, &reply), STATUS_NOT_ENOUGH_DATA);
+    EXPECT_EQ(Send(IWorker::TRANSACTION_add, Words({1}), &reply), STATUS_NOT_ENOUGH_DATA);
     EXPECT_EQ(worker->calls, 0);
     EXPECT_EQ(reply.get(), nullptr);
 
-    Bytes negative;
-    AppendWord(&negative, -1);
-    EXPECT_EQ(Send(IWorker::TRANSACTION_fill, negative, &reply), STATUS_UNEXPECTED_NULL);
-    Bytes huge;
-    AppendWord(&huge, 1000001);
-    EXPECT_EQ(Send(IWorker::TRANSACTION_fill, huge, &reply), STATUS_NO_MEMORY);
+    EXPECT_EQ(Send(IWorker::TRANSACTION_fill, Words({-1}), &reply), STATUS_UNEXPECTED_NULL);
+    EXPECT_EQ(Send(IWorker::TRANSACTION_fill, Words({1000001}), &reply), STATUS_NO_MEMORY);
     static_assert(IWorker::TRANSACTION_add == 1 && IWorker::TRANSACTION_oldAdd == 11);
     EXPECT_EQ(Send(12, {}, &reply), STATUS_UNKNOWN_TRANSACTION);
 }

@@ -43,3 +43,9 @@ inline void AppendWord(Bytes* bytes, int32_t word) {
     bytes->resize(bytes->size() + sizeof(word));
     PutWord(bytes, bytes->size() - sizeof(word), word);
 }
+
+inline Bytes Words(std::initializer_list<int32_t> words) {
+    Bytes bytes;
+    for (const int32_t word : words) AppendWord(&bytes, word);
+    return bytes;
+}

@@ -135,9 +135,7 @@ TEST(ParcelableTest, EveryTruncationIsAnError) {
     const Bytes whole = BytesOf(MakeEverything());
     for (size_t length = 0; length < whole.size(); length++) {
         Everything received;
-        EXPECT_NE(Read(Bytes(whole.begin(), whole.begin() + static_cast<ptrdiff_t>(length)),
-                       &received),
-                  STATUS_OK)
+        EXPECT_NE(Read(Bytes(&whole[0], &whole[length]), &received), STATUS_OK)
                 << "of " << whole.size() << " bytes only " << length;
     }
 }
@@ -167,24 +165,18 @@ TEST(ParcelableTest, NoWordMakesTheReaderCrashOrAllocateWildly) {
             Bytes bytes = whole;
             PutWord(&bytes, offset, word);
             Everything received;
-            const binder_status_t status = Read(bytes, &received);
-            if (status == STATUS_OK) {
-                BytesOf(received);  // what was accepted can be sent on
-            }
+            // What was accepted can be sent on.
+            if (Read(bytes, &received) == STATUS_OK) BytesOf(received);
         }
     }
 }
 
 TEST(ParcelableTest, SizeWordIsChecked) {
     for (const int32_t size : {3, 0, -1, INT32_MIN}) {
-        Bytes bytes;
-        AppendWord(&bytes, size);
         Nothing nothing;
-        EXPECT_EQ(Read(bytes, &nothing), STATUS_BAD_VALUE) << size;
+        EXPECT_EQ(Read(Words({size}), &nothing), STATUS_BAD_VALUE) << size;
     }
-    Bytes bytes = {0, 0, 0, 0};
-    AppendWord(&bytes, INT32_MAX);  // start + size overflows
-    const ndk::ScopedAParcel parcel = ParcelOf(bytes);
+    const ndk::ScopedAParcel parcel = ParcelOf(Words({0, INT32_MAX}));  // start + size overflows
     ASSERT_EQ(AParcel_setDataPosition(parcel.get(), 4), STATUS_OK);
     Nothing nothing;
     EXPECT_EQ(nothing.readFromParcel(parcel.get()), STATUS_BAD_VALUE);
@@ -219,19 +211,11 @@ TEST(ParcelableTest, OlderAndNewerRecordsUnderstandEachOther) {
 
 TEST(ParcelableTest, NullWhereNoneMayBe) {
     // A record's text and a record inside a union, each null.
-    Bytes text;
-    for (const int32_t word : {12, 1, -1}) {
-        AppendWord(&text, word);
-    }
     RecordV1 record;
-    EXPECT_EQ(Read(text, &record), STATUS_UNEXPECTED_NULL);
-
-    Bytes member;
-    for (const int32_t word : {static_cast<int32_t>(Choice::point), 0}) {
-        AppendWord(&member, word);
-    }
+    EXPECT_EQ(Read(Words({12, 1, -1}), &record), STATUS_UNEXPECTED_NULL);
     Choice choice;
-    EXPECT_EQ(Read(member, &choice), STATUS_UNEXPECTED_NULL);
+    EXPECT_EQ(Read(Words({static_cast<int32_t>(Choice::point), 0}), &choice),
+              STATUS_UNEXPECTED_NULL);
     EXPECT_EQ(choice.getTag(), Choice::number) << "a failed read leaves the union as it was";
 }
 

@@ -129,9 +129,7 @@ TEST(SyntaxTest, EndlessNestingIsRefused) {
     EXPECT_THAT(sources.Messages("a/T.aidl"),
                 ElementsAre(testing::EndsWith("expression is nested too deeply")));
     std::string sum = "1";
-    for (int i = 0; i < 100000; i++) {
-        sum += "+1";
-    }
+    for (int i = 0; i < 100000; i++) sum += "+1";
     sources.Add("a/U.aidl", "enum U { A = " + sum + " }");
     EXPECT_THAT(sources.Messages("a/U.aidl"),
                 ElementsAre(testing::EndsWith("expression is too long")));

@@ -19,9 +19,7 @@ class Sources {
     /** Writes a/b/Name.aidl with its package line already there, so that text starts in line 2. */
     void Add(const std::string& path, const std::string& text) {
         std::string package = path.substr(0, path.rfind('/'));
-        for (char& c : package) {
-            c = c == '/' ? '.' : c;
-        }
+        for (char& c : package) c = c == '/' ? '.' : c;
         AddRaw(path, "package " + package + ";\n" + text);
     }
 
@@ -36,9 +34,7 @@ class Sources {
     std::vector<std::string> MessagesOfAll(const std::vector<std::string>& paths) {
         Options options;
         options.roots = {mRoot};
-        for (const std::string& path : paths) {
-            options.files.push_back(mRoot + "/" + path);
-        }
+        for (const std::string& path : paths) options.files.push_back(mRoot + "/" + path);
         Diagnostics diagnostics;
         mFiles = Compile(options, &diagnostics);
         std::vector<std::string> messages;
@@ -54,9 +50,7 @@ class Sources {
     /** Text of a file that the last Messages() made; empty if there is none. */
     std::string Generated(const std::string& path) const {
         for (const GeneratedFile& file : mFiles) {
-            if (file.path == path) {
-                return file.text;
-            }
+            if (file.path == path) return file.text;
         }
         return "";
     }

@@ -51,19 +51,16 @@ TEST(UnionTest, EveryMemberComesBack) {
         ASSERT_EQ(Read(bytes, &received), STATUS_OK) << sent.toString();
         EXPECT_EQ(received, sent) << received.toString();
         for (size_t length = 0; length < bytes.size(); length++) {
-            const Bytes part(bytes.begin(), bytes.begin() + static_cast<ptrdiff_t>(length));
-            EXPECT_NE(Read(part, &received), STATUS_OK) << sent.toString() << " " << length;
+            EXPECT_NE(Read(Bytes(&bytes[0], &bytes[length]), &received), STATUS_OK)
+                    << sent.toString() << " " << length;
         }
     }
 }
 
 TEST(UnionTest, UnknownTagIsABadValue) {
     for (const int32_t tag : {-1, 5, INT32_MAX}) {
-        Bytes bytes;
-        AppendWord(&bytes, tag);
-        AppendWord(&bytes, 0);
         Choice choice;
-        EXPECT_EQ(Read(bytes, &choice), STATUS_BAD_VALUE) << tag;
+        EXPECT_EQ(Read(Words({tag, 0}), &choice), STATUS_BAD_VALUE) << tag;
     }
 }
 
