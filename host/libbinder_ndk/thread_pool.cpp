@@ -22,15 +22,19 @@ void ThreadPool::submit(std::unique_ptr<Work> work) {
 
 void ThreadPool::growLocked() {
     // Without a serving thread nobody asked for calls to be served yet.
-    if (mServing > 0 && mQueue.size() > mIdle && mExtraThreads < mMaxThreads) {
+    if (mServing == 0) {
+        if (mStarted) startThreadLocked();  // start() had none
+    } else if (mQueue.size() > mIdle && mExtraThreads < mMaxThreads && startThreadLocked()) {
         ++mExtraThreads;
-        startThreadLocked();
     }
 }
 
-void ThreadPool::startThreadLocked() {
+// False if the system has none now; the next work tries again.
+bool ThreadPool::startThreadLocked() {
     ++mServing;
-    if (!startThread("binder", [this]() { serve(); })) --mServing;
+    if (startThread("binder", [this]() { serve(); })) return true;
+    --mServing;
+    return false;
 }
 
 void ThreadPool::start() {

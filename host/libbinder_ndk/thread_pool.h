@@ -31,7 +31,7 @@ class ThreadPool {
   private:
     ThreadPool() = default;
     [[noreturn]] void serve();
-    void startThreadLocked();
+    bool startThreadLocked();
     void growLocked();
 
     std::mutex mMutex;  // guards everything

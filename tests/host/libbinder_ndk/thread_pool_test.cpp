@@ -7,6 +7,7 @@
 #include "tests/host/libbinder_ndk/blocked_calls.h"
 #include "tests/host/libbinder_ndk/peer_service.h"
 #include "tests/host/libbinder_ndk/test_bus.h"
+#include "tests/support/no_threads.h"
 
 namespace {
 
@@ -68,6 +69,23 @@ TEST(ThreadPool, QueuesCallsUntilItIsStarted) {
     EXPECT_EQ(started.wait_for(std::chrono::milliseconds(100)), std::future_status::timeout);
     peer.process.nudge();
     EXPECT_EQ(started.get(), 1);
+}
+
+TEST(ThreadPool, StartsLaterWhatTheSystemRefusesAtFirst) {
+    if (ABinderProcess_isThreadPoolStarted()) GTEST_SKIP() << "an earlier test started the pool";
+    Peer peer = startPeer();
+    const ndk::SpAIBinder own = newPeerObject();
+    {
+        const NoThreads none;
+        ABinderProcess_startThreadPool();
+    }
+    // A oneway call begins no chain: the call back waits for a thread of this process's pool.
+    const auto write = [&](AParcel* in) {
+        AParcel_writeStrongBinder(in, own.get());
+        return ndk::AParcel_writeData(in, 5);
+    };
+    ASSERT_EQ(callPeer(peer.binder, kCall, write, nullptr, FLAG_ONEWAY), STATUS_OK);
+    EXPECT_TRUE(eventually([]() { return lastAddThread() != std::thread::id(); }));
 }
 
 }  // namespace

@@ -7,6 +7,7 @@
 #include "refusal.h"
 #include "session_fixture.h"
 #include "tests/host/graphics-core/buffers.h"
+#include "tests/support/no_threads.h"
 #include "tests/support/process_counts.h"
 
 namespace offlinecamera {
@@ -63,15 +64,12 @@ TEST_F(ServiceTest, ClientsRegisterAndLeave) {
 
 TEST_F(ServiceTest, ASessionWithoutAThreadIsRefused) {
     Open();
-    pthread_attr_t usual, tooLarge;
-    ASSERT_EQ(pthread_getattr_default_np(&usual), 0);
-    ASSERT_EQ(pthread_attr_init(&tooLarge), 0);
-    ASSERT_EQ(pthread_attr_setstacksize(&tooLarge, size_t{1} << 50), 0);
-    ASSERT_EQ(pthread_setattr_default_np(&tooLarge), 0);
     std::shared_ptr<IOfflineCameraSession> session;
-    EXPECT_EQ(mService->openOfflineSession("test", mClient, &session).getServiceSpecificError(),
-              kNoResources);
-    ASSERT_EQ(pthread_setattr_default_np(&usual), 0);
+    {
+        const NoThreads none;
+        EXPECT_EQ(mService->openOfflineSession("test", mClient, &session).getServiceSpecificError(),
+                  kNoResources);
+    }
     EXPECT_TRUE(mService->openOfflineSession("test", mClient, &session).isOk());
 }
 
