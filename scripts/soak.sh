@@ -7,7 +7,7 @@ set -euo pipefail
 
 readonly resident_bound=4096 # KiB per process: heap that an allocator keeps back for later
 warm_up=(2 16) # rounds, and sessions at a time: every kind twice, every pool at its full size
-[[ -z "${3:-}" ]] || warm_up=(15 1)
+[[ -z "${3:-}" ]] || warm_up=(14 1)
 
 # --- Outside: the source files and the devices. ---
 # on_device SESSIONS FAULT...

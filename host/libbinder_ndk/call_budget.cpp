@@ -8,6 +8,7 @@ namespace hostbinder {
 namespace {
 
 constexpr size_t kCallOverhead = 512;  // bytes for the call itself
+constexpr size_t kPeers = 8;           // that may take all of their share at a time
 
 static_assert(kMaxParcelBytes + kCallOverhead <= CallBudget::kBytes / 2, "any message fits alone");
 
@@ -44,18 +45,22 @@ CallShare CallBudget::costOf(const FrameHeader& header) {
     return cost;
 }
 
-bool CallBudget::take(CallShare* connection, const CallShare& cost) {
+bool CallBudget::take(pid_t peer, const CallShare& cost) {
     std::lock_guard<std::mutex> lock(mMutex);
-    if (!fits(*connection, cost, 1) || !fits(mProcess, cost, 2)) return false;
-    add(connection, cost);
-    add(&mProcess, cost);
+    const auto found = mByPeer.find(peer);
+    const CallShare used = found == mByPeer.end() ? CallShare() : found->second;
+    if (!fits(used, cost, 1) || !fits(mAll, cost, kPeers)) return false;
+    add(&mByPeer[peer], cost);
+    add(&mAll, cost);
     return true;
 }
 
-void CallBudget::giveBack(CallShare* connection, const CallShare& cost) {
+void CallBudget::giveBack(pid_t peer, const CallShare& cost) {
     std::lock_guard<std::mutex> lock(mMutex);
-    subtract(connection, cost);
-    subtract(&mProcess, cost);
+    const auto found = mByPeer.find(peer);
+    subtract(&found->second, cost);
+    if (found->second.bytes == 0) mByPeer.erase(found);
+    subtract(&mAll, cost);
 }
 
 }  // namespace hostbinder

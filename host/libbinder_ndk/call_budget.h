@@ -2,8 +2,11 @@
 // of a process: a peer that floods is refused, and other peers find room.
 #pragma once
 
+#include <sys/types.h>
+
 #include <cstddef>
 #include <mutex>
+#include <unordered_map>
 
 #include "wire_format.h"
 
@@ -18,8 +21,8 @@ struct CallShare {
 
 class CallBudget {
   public:
-    // Of one connection; all connections together have twice as much. Oneway calls, for which
-    // nobody waits, take at most half.
+    // Of one peer process, whatever connections it has; all together have eight times as much.
+    // Oneway calls, for which nobody waits, take at most half.
     static constexpr size_t kBytes = 2 * 1024 * 1024;
     static constexpr size_t kDescriptors = 2 * kMaxDescriptors;
 
@@ -28,13 +31,14 @@ class CallBudget {
 
     // The share of one call.
     static CallShare costOf(const FrameHeader& header);
-    // False if that is too much for the connection or for the process.
-    bool take(CallShare* connection, const CallShare& cost);
-    void giveBack(CallShare* connection, const CallShare& cost);
+    // False if that is too much for the peer or for all together.
+    bool take(pid_t peer, const CallShare& cost);
+    void giveBack(pid_t peer, const CallShare& cost);
 
   private:
-    std::mutex mMutex;  // guards the shares, also of connections
-    CallShare mProcess;
+    std::mutex mMutex;  // guards what follows
+    CallShare mAll;
+    std::unordered_map<pid_t, CallShare> mByPeer;  // without those that hold nothing
 };
 
 }  // namespace hostbinder

@@ -11,7 +11,6 @@
 #include <unordered_map>
 #include <vector>
 
-#include "call_budget.h"
 #include "frame_sender.h"
 #include "message.h"
 #include "object_table.h"
@@ -52,7 +51,6 @@ class Connection : public std::enable_shared_from_this<Connection> {
     // "pid/program", for logs and the trace.
     const std::string& peerLabel() const { return mPeerLabel; }
     PeerObjects* objects() { return &mObjects; }  // to be used through the object table only
-    CallShare* calls() { return &mCalls; }        // to be used through the call budget only
 
   private:
     // Sends a message with the objects of a parcel.
@@ -85,7 +83,6 @@ class Connection : public std::enable_shared_from_this<Connection> {
     const std::shared_ptr<FrameSender> mSender;
     std::atomic<uint64_t> mLastId{0};
     PeerObjects mObjects;
-    CallShare mCalls;
 
     std::mutex mMutex;  // guards what follows
     bool mEnded = false;

@@ -21,14 +21,14 @@ IncomingCall::~IncomingCall() {
 
 bool IncomingCall::charge() {
     const CallShare cost = CallBudget::costOf(mMessage.header);
-    if (!CallBudget::instance().take(mConnection->calls(), cost)) return false;
+    if (!CallBudget::instance().take(mConnection->peer().pid, cost)) return false;
     mCharge = cost;
     return true;
 }
 
 void IncomingCall::discharge() {
     if (mCharge.bytes == 0) return;
-    CallBudget::instance().giveBack(mConnection->calls(), mCharge);
+    CallBudget::instance().giveBack(mConnection->peer().pid, mCharge);
     mCharge = {};
 }
 

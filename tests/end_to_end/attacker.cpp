@@ -11,7 +11,6 @@
 #include <signal.h>
 #include <sys/mman.h>
 #include <sys/socket.h>
-#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -216,22 +215,10 @@ void passOtherDescriptors() {
     OfflineRequestInfo fenced = goodRequest();
     fenced.inFrameInfos[0].buffers[0].acquireFence.fds.emplace_back(pipeEnd());
     require(isTaken(*session, std::move(fenced)), "a fence was refused");
-}
-
-// The client's ends of its own connections, in requests that wait while it stays in a callback: if
-// it dies, its connections are open still, in the service's own hands.
-void leaveOwnSockets() {
-    const auto session = openSession(tellInPosition);
-    require(session->configureOfflineStreams(configuration()).isOk(), "configuration refused");
-    require(isTaken(*session, goodRequest()), "request refused");
-    for (int fd = 3; fd < 100; ++fd) {
-        struct stat status = {};
-        if (fstat(fd, &status) != 0 || !S_ISSOCK(status.st_mode)) continue;
-        OfflineRequestInfo request = goodRequest();
-        request.inFrameInfos[0].buffers[0].acquireFence.fds.emplace_back(dup(fd));
-        isTaken(*session, std::move(request));
-    }
-    for (;;) pause();
+    fenced = goodRequest();
+    fenced.inFrameInfos[0].buffers[0].acquireFence.fds.emplace_back(
+            socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+    require(!isTaken(*session, std::move(fenced)), "a socket was taken for a fence");
 }
 
 void askForTheAbsurd() {
@@ -458,10 +445,9 @@ void sendGarbage() {
 
 using Attack = void (*)();
 constexpr Attack kAttacks[] = {
-        stopInCallback,  keepSessions,    passOtherDescriptors, askForTheAbsurd,
-        flood,           addServices,     readNothing,          dieWithinMessages,
-        connectOften,    sendGarbage,     closeInCallback,      requestAtOnce,
-        leaveOwnSockets, registerUnknown, sendLingeringSockets};
+        stopInCallback,  keepSessions,  passOtherDescriptors, askForTheAbsurd,     flood,
+        addServices,     readNothing,   dieWithinMessages,    connectOften,        sendGarbage,
+        closeInCallback, requestAtOnce, registerUnknown,      sendLingeringSockets};
 
 void requireHonestClientServed() {
     std::error_code ignored;

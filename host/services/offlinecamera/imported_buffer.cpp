@@ -4,6 +4,7 @@
 #include <aidl/android/hardware/graphics/common/BufferUsage.h>
 #include <aidlcommonsupport/NativeHandle.h>
 #include <fcntl.h>
+#include <sys/socket.h>
 
 #include <utility>
 
@@ -26,6 +27,12 @@ std::string DupFence(const ImportedBuffer::NativeHandle& fence, ndk::ScopedFileD
                std::to_string(fence.ints.size()) + " integers: it is one descriptor or nothing";
     }
     if (fence.fds.empty()) return {};
+    // A socket may hold whoever closes it, or hold other descriptors, as those of its own client.
+    int type = 0;
+    socklen_t size = sizeof(type);
+    if (getsockopt(fence.fds[0].get(), SOL_SOCKET, SO_TYPE, &type, &size) == 0) {
+        return "acquire fence is a socket";
+    }
     out->set(fcntl(fence.fds[0].get(), F_DUPFD_CLOEXEC, 0));
     return out->get() < 0 ? "acquire fence cannot be duplicated" : "";
 }

@@ -86,6 +86,7 @@ TEST_F(HostilePeer, ThatFloodsWithCallsIsRefusedBeyondItsShare) {
     constexpr int kAccepted = 7;  // in 2 MiB, with what each call takes besides
     constexpr int kCalls = 20;
     RawConnection flood(mSocket, gObject);
+    RawConnection further(mSocket, gObject);
     for (uint64_t id = 1; id <= kCalls; ++id) {
         flood.send(bytesOf(callHeader(id, kAdd, kSize), std::string(kSize, '\0')));
     }
@@ -94,10 +95,14 @@ TEST_F(HostilePeer, ThatFloodsWithCallsIsRefusedBeyondItsShare) {
         EXPECT_EQ(refusal.id, id);
         EXPECT_EQ(refusal.status, STATUS_FAILED_TRANSACTION);
     }
-    RawConnection other(mSocket, gObject);
-    other.send(bytesOf(callHeader(1, hostbinder::kPingCode, kSize), std::string(kSize, '\0')));
+    further.send(bytesOf(callHeader(1, kAdd, kSize), std::string(kSize, '\0')));
+    EXPECT_EQ(further.receive().status, STATUS_FAILED_TRANSACTION) << "the share is its process's";
+    const Peer other = startPeer();
+    auto answer = std::async(std::launch::async,
+                             [&]() { return callThrough(other.binder, mPeer->binder, 1); });
+    EXPECT_EQ(answer.wait_for(std::chrono::milliseconds(100)), std::future_status::timeout);
     mPeer->process.nudge();
-    EXPECT_EQ(other.receive().status, STATUS_OK);
+    EXPECT_EQ(answer.get(), 2) << "another process has its own";
     for (int i = 0; i < kAccepted; ++i) EXPECT_EQ(flood.receive().status, STATUS_BAD_TYPE);
     flood.send(bytesOf(callHeader(99, hostbinder::kPingCode, kSize), std::string(kSize, '\0')));
     EXPECT_EQ(flood.receive().status, STATUS_OK) << "its share is free again";
@@ -157,6 +162,38 @@ TEST_F(HostilePeer, ThatOwesTheRestOrAnAnswerLosesItsConnection) {
     for (RawConnection* connection : {&silent, &greeting, &calling, &asked}) {
         EXPECT_TRUE(connection->isClosed());
     }
+    expectUnharmed();
+}
+
+TEST_F(HostilePeer, ThatLeavesItsOwnSocketInACallIsMissedWhenItDies) {
+    start();
+    int entered[2];
+    ASSERT_EQ(pipe2(entered, O_CLOEXEC), 0);
+    const pid_t child = fork();
+    ASSERT_GE(child, 0);
+    if (child == 0) {
+        alarm(30);
+        RawConnection connection(mSocket, gObject);
+        // The call ends when its second descriptor does, which is the child's end of the
+        // connection.
+        std::string body = interfaceHeader("test.IPeer");
+        std::vector<uint32_t> offsets;
+        for (uint64_t i = 0; i < 2; ++i) {
+            for (int32_t word : {1, 0}) appendBytes(&body, word);
+            offsets.push_back(static_cast<uint32_t>(body.size()));
+            appendBytes(&body, ObjectRecord{hostbinder::kDescriptor, 0, i, 0});
+        }
+        FrameHeader call = callHeader(1, kBlock, body.size());
+        call.objectCount = call.descriptorCount = 2;
+        for (const uint32_t offset : offsets) appendBytes(&body, offset);
+        connection.send(bytesOf(call, body), {entered[1], connection.descriptor()});
+        for (;;) pause();
+    }
+    char byte;
+    EXPECT_EQ(read(entered[0], &byte, 1), 1);
+    for (int end : entered) close(end);
+    kill(child, SIGKILL);
+    waitpid(child, nullptr, 0);
     expectUnharmed();
 }
 

@@ -44,6 +44,7 @@ class RawConnection {
     // The next frame, with its body (data, offsets, references) in *body if that is given.
     hostbinder::FrameHeader receive(std::string* body = nullptr);
     void endSending();
+    int descriptor() const { return mFd; }
     // Whether the peer closes the connection without sending anything more.
     bool isClosed();
 
