@@ -1,4 +1,5 @@
 // Which threads serve calls, and in which order.
+#include <android/binder_process.h>
 #include <gtest/gtest.h>
 
 #include <future>
