@@ -75,6 +75,8 @@ TEST_F(BufferRequests, NumbersBuffersThatCannotBeAllocated) {
                                  "I streamId 4, bufferStride 0, bufferScanline 0, buffer (nil) "
                                  "width 640, height 480",
                                  "I m_nextBufferId 1"}));
+    EXPECT_TRUE(Ask({Request(4, PixelFormat::YCBCR_420_888, 1)}).isOk());
+    EXPECT_EQ(Lent(0).at(0).bufferId, 2);
 }
 
 TEST_F(BufferRequests, RefusesEmptyListsAndMissingPlaces) {

@@ -89,7 +89,8 @@ TEST_F(OutputDump, WritesAsMuchAsTheTrailerOfAJpegAllows) {
     } cases[] = {{262152, Dataspace::JFIF, 262152},
                  {262151, Dataspace::JFIF, 1200000},
                  {262151, Dataspace::UNKNOWN, 200000},
-                 {300000, Dataspace::UNKNOWN, 300000}};
+                 {300000, Dataspace::UNKNOWN, 300000},
+                 {700000, Dataspace::UNKNOWN, 700000}};  // more than the span of 600000
     for (const auto& jpeg : cases) {
         const DataFolder fresh;
         native_handle* const handle = Prepare(33, 1200000);
