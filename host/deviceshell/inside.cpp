@@ -175,6 +175,9 @@ bool Device::startProgram(const DeviceProgram& program) {
     start.error = m_numbers.deviceLog;
     start.keepOpen = {m_numbers.deviceLog};
     start.ownGroup = true;
+    // Keeps the C library's allocator from raising this limit by itself: large blocks go back to
+    // the system as soon as they are free, also after a flood of large calls.
+    start.setEnvironment = {{"MALLOC_MMAP_THRESHOLD_", "1048576"}};
     const pid_t pid = deviceshell::startProgram(start);
     if (pid < 0) {
         complain(program.argv[0] + ": " + strerror(errno));
