@@ -15,6 +15,7 @@
 
 #include "call_context.h"
 #include "log.h"
+#include "silent_processes.h"
 #include "wire_format.h"
 
 namespace hostbinder {
@@ -114,13 +115,18 @@ int connectSocket(const std::string& name) {
     struct stat info;
     if (lstat(address.sun_path, &info) != 0) return -errno;
     if (!S_ISSOCK(info.st_mode)) return -ENOTSOCK;
-    // A thread that serves one peer does not wait for another's queue to have a place.
-    const int fd = openSocket(callContext().handling ? SOCK_NONBLOCK : 0);
+    // Bounds the wait for a place in the listener's queue. Who that is cannot be told: a caller
+    // that refers to one whose queue stays full lets no thread here wait so again.
+    SilentProcesses& silent = SilentProcesses::instance();
+    const pid_t caller = callContext().pid;
+    const int fd = openSocket(silent.mustNotWaitFor(caller) ? SOCK_NONBLOCK : 0);
     if (fd < 0) return fd;
     const timeval limit{kConnectSeconds, 0};
     setsockopt(fd, SOL_SOCKET, SO_SNDTIMEO, &limit, sizeof(limit));
     if (connect(fd, reinterpret_cast<sockaddr*>(&address), sizeof(address)) != 0) {
-        return closeAndReport(fd, errno);
+        const int error = errno;
+        if (error == EAGAIN) silent.add(caller);
+        return closeAndReport(fd, error);
     }
     return fd;
 }
