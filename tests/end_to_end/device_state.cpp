@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <regex>
@@ -45,6 +46,13 @@ bool hasOnlyIdleSockets(const DeviceState& state) {
     return services == 2 && servicesAtRest == services && managersSockets == 1 + services;
 }
 
+// A session whose client died may be at work for a moment longer.
+bool hasNoBuffers(const DeviceState& state) {
+    return std::all_of(state.begin(), state.end(), [](const auto& process) {
+        return process.second.count("/memfd:graphics_buffer (deleted)") == 0;
+    });
+}
+
 int linesWith(const std::string& text, const char* pattern) {
     const std::regex wanted(pattern);
     return static_cast<int>(std::distance(std::sregex_iterator(text.begin(), text.end(), wanted),
@@ -77,8 +85,9 @@ DeviceState idleDeviceState() {
     EXPECT_TRUE(eventually([&] {
         // Twice the same: a service manager that tidies has its folder open for a moment.
         const DeviceState earlier = std::exchange(state, deviceState());
-        return state == earlier && hasOnlyIdleSockets(state) && everySessionHasEnded();
-    })) << "connections or sessions are left: "
+        return state == earlier && hasOnlyIdleSockets(state) && hasNoBuffers(state) &&
+               everySessionHasEnded();
+    })) << "connections, sessions or buffers are left: "
         << ::testing::PrintToString(state);
     return state;
 }
