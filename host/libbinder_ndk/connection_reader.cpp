@@ -2,6 +2,7 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <utility>
 
 #include "connection.h"
@@ -28,7 +29,8 @@ void markReaderThread(bool isReader) {
 void Connection::runReader() {
     markReaderThread(true);
     std::string reason;
-    const auto process = static_cast<int>(syscall(SYS_pidfd_open, mPeer.pid, 0));
+    auto process = static_cast<int>(syscall(SYS_pidfd_open, mPeer.pid, 0));
+    if (process < 0 && errno == ESRCH) process = kEndedProcess;
     while (reason.empty()) {
         IncomingFrame frame;
         ReceiveResult result = receiveFrame(mFd, &frame, &reason, ReceiveWait::kAny, process);

@@ -122,9 +122,10 @@ class FrameReader {
     // False if the process ends first.
     bool waitForBeginning(int process) const {
         pollfd sources[] = {{mFd, POLLIN, 0}, {process, POLLIN, 0}};
-        while (poll(sources, 2, -1) < 0 && errno == EINTR) {
+        const bool ended = process == kEndedProcess;
+        while (poll(sources, 2, ended ? 0 : -1) < 0 && errno == EINTR) {
         }
-        return sources[0].revents != 0 || sources[1].revents == 0;
+        return sources[0].revents != 0 || (!ended && sources[1].revents == 0);
     }
 
     // Reads exactly `size` bytes. Sets *got to what came before the end or an error.

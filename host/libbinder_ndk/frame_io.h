@@ -66,10 +66,13 @@ enum class ReceiveWait {
     kBounded,  // up to 10 s
 };
 
+// For a peer's process that had ended before a descriptor of it could be had.
+constexpr int kEndedProcess = -2;
+
 // Waits for one frame and checks all sizes and counts in it before it reads or allocates. Once it
-// has begun, its end must come within 10 s. `process`: a descriptor of the peer's process, or -1.
-// With its end the wait for a frame is over: somebody else may hold the peer's end of the socket
-// open, as a process does that is sent it in a message.
+// has begun, its end must come within 10 s. `process`: a descriptor of the peer's process, -1 for
+// none, or kEndedProcess. With its end the wait for a frame is over: somebody else may hold the
+// peer's end of the socket open, as a process does that is sent it in a message.
 ReceiveResult receiveFrame(int fd, IncomingFrame* frame, std::string* reason,
                            ReceiveWait wait = ReceiveWait::kAny, int process = -1);
 

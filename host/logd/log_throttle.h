@@ -3,6 +3,7 @@
 
 #include <android/log.h>
 
+#include <cerrno>
 #include <chrono>
 #include <cstdint>
 #include <mutex>
@@ -15,8 +16,10 @@ class LogThrottle {
   public:
     static constexpr uint64_t kLinesPerSecond = 20;
 
-    // Whether one more line is to be written now. First writes how many before it were not.
+    // Whether one more line is to be written now. First writes how many before it were not. Leaves
+    // errno alone, of which the line may tell.
     bool mayWrite(const char* tag) {
+        const int error = errno;
         uint64_t leftOut = 0;
         {
             std::lock_guard<std::mutex> lock(mMutex);
@@ -36,6 +39,7 @@ class LogThrottle {
             __android_log_print(ANDROID_LOG_INFO, tag, "%llu lines like the next were left out",
                                 static_cast<unsigned long long>(leftOut));
         }
+        errno = error;
         return true;
     }
 

@@ -198,6 +198,24 @@ TEST_F(HostilePeer, ThatLeavesItsOwnSocketInACallIsMissedWhenItDies) {
     expectUnharmed();
 }
 
+TEST_F(HostilePeer, ThatDiedBeforeItWasServedIsMissedThoughItsSocketLives) {
+    start();
+    const pid_t peer = mPeer->process.pid();
+    kill(peer, SIGSTOP);
+    ASSERT_EQ(waitpid(peer, nullptr, WUNTRACED), peer);
+    RawConnection kept;
+    const pid_t child = fork();
+    ASSERT_GE(child, 0);
+    if (child == 0) {
+        kept.connectTo(mSocket);
+        kept.sendHello("raw" + std::to_string(getpid()));
+        _exit(0);
+    }
+    waitpid(child, nullptr, 0);
+    kill(peer, SIGCONT);
+    expectUnharmed();
+}
+
 TEST_F(HostilePeer, ThatCallsBackWithoutEndIsNotWaitedForAnyLonger) {
     struct Endless final : public hostbinder::Work {
         explicit Endless(hostbinder::Waiter* to) : waiter(to) {}

@@ -59,7 +59,13 @@ uint64_t numberOf(const ndk::SpAIBinder& binder) {
     return binder.get()->asProxy()->number();
 }
 
-RawConnection::RawConnection(const std::string& path) : mFd(newSocket()) {
+RawConnection::RawConnection() : mFd(newSocket()) {}
+
+RawConnection::RawConnection(const std::string& path) : RawConnection() {
+    connectTo(path);
+}
+
+void RawConnection::connectTo(const std::string& path) {
     const sockaddr_un address = addressOf(path);
     EXPECT_EQ(connect(mFd, reinterpret_cast<const sockaddr*>(&address), sizeof(address)), 0)
             << path;

@@ -22,6 +22,8 @@ uint64_t numberOf(const ndk::SpAIBinder& binder);
 
 class RawConnection {
   public:
+    // Not connected yet.
+    RawConnection();
     // Connects to the socket with this path.
     explicit RawConnection(const std::string& path);
     // The same, greets and gets the peer's object with the number.
@@ -32,6 +34,7 @@ class RawConnection {
     RawConnection(const RawConnection&) = delete;
     RawConnection& operator=(const RawConnection&) = delete;
 
+    void connectTo(const std::string& path);
     void sendHello(const std::string& name);
     // Sends a new name; true if the peer accepts the connection.
     bool greet();
