@@ -125,10 +125,12 @@ RunResult DeviceRun::command(const std::vector<std::string>& words) {
     result.err = finished.err;
     result.log = parseLog(readFile(log));
     result.deviceLog = readFile(deviceLog);
-    for (const auto& entry : fs::directory_iterator(folder() + "/offlinecameratest")) {
+    std::error_code missing;
+    for (const auto& entry : fs::directory_iterator(folder() + "/offlinecameratest", missing)) {
         if (entry.is_symlink() || !entry.is_regular_file()) continue;
         result.dumps[entry.path().filename()] = entry.file_size();
     }
+    EXPECT_FALSE(missing) << "no folder for dumps\n" << result.allOutput();
     EXPECT_NE(result.status, -1) << "the run did not end\n" << result.allOutput();
     expectNoSanitizerReport(result.err + result.deviceLog);
     return result;

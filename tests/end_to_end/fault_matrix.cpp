@@ -82,7 +82,7 @@ const FileFault kDumpFaults[] = {
         {"an older, longer file of its name", "truncate -s 100000000 \"$f\""},
         {"a directory of its name", "mkdir \"$f\""},
         {"read-only directory",
-         "cd ..; rm -r offlinecameratest; ln -s " SOURCE_FOLDER "/offlinecameratest ."},
+         "cd ..; rm -r offlinecameratest; ln -s '" SOURCE_FOLDER "/offlinecameratest' ."},
         {"disk full (a link to /dev/full)", "ln -s /dev/full \"$f\""}};
 
 void run(const Mode& mode, Row* row) {
