@@ -24,10 +24,11 @@ using offlineframes::Result;
 
 const std::string kDeviceFolder = "/data/vendor/camera/";
 
-// The host's path of a file that the tool named; empty when it is not below the device's folder.
+// The host's path of a file that the tool named; empty when it is not below the device's folder, or
+// when it is not known which folder that was.
 std::string hostPath(const std::string& path, const std::string& dataFolder) {
     if (path.compare(0, kDeviceFolder.size(), kDeviceFolder) != 0) return "";
-    if (path.find("/../") != std::string::npos) return "";
+    if (dataFolder.empty() || path.find("/../") != std::string::npos) return "";
     return dataFolder + "/" + path.substr(kDeviceFolder.size());
 }
 
