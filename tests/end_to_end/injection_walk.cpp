@@ -28,6 +28,8 @@ constexpr int kAtATime = 2;
 constexpr int kTries = 3;        // of a run whose result is late, which a busy machine may explain
 constexpr int kMostCalls = 200;  // beyond that, counting must have gone wrong
 
+constexpr char kInjector[] = "/data/vendor/camera/injector.so";
+
 // The search for leaks needs descriptors of its own.
 constexpr char kLimit[] =
         "ulimit -n $0 && export ASAN_OPTIONS=\"$ASAN_OPTIONS:detect_leaks=0\" && exec \"$@\"";
@@ -46,7 +48,7 @@ Finished runTool(const std::string& kind, const std::string& mode, int number) {
         const std::vector<std::string> limited = {"sh", "-c", kLimit, std::to_string(number)};
         words.insert(words.begin(), limited.begin(), limited.end());
     } else {
-        environment.push_back({"LD_PRELOAD", INJECTOR});
+        environment.push_back({"LD_PRELOAD", kInjector});
         environment.push_back({"STANDIN_INJECT", kind + ":" + std::to_string(number)});
     }
     return runProgram(words, environment);

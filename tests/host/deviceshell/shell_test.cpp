@@ -100,7 +100,7 @@ TEST_F(ShellAtTerminal, CtrlCEndsTheCommandAndNotTheDevice) {
 // The caller's shell goes on with its terminal, although the device's shell was killed.
 TEST(ShellInAScript, GivesTheTerminalBack) {
     Subprocess caller({"bash", "-c",
-                       DEVICESHELL " --no-service --no-allocator; echo back; read line; "
+                       "'" DEVICESHELL "' --no-service --no-allocator; echo back; read line; "
                                    "echo \"read $line, $(stty -a | grep -o -- '[-]*icanon')\""},
                       {{"TERM", "vt100"}}, Subprocess::Input::Terminal);
     ASSERT_TRUE(caller.waitForNext("$ "));
