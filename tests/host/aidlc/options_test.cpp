@@ -47,8 +47,7 @@ TEST(OptionsTest, RefusesBadCommandLines) {
 }
 
 int StatusOf(const std::string& arguments) {
-    const int status =
-            std::system(("'" AIDLC "' " + arguments + " >/dev/null 2>&1").c_str());
+    const int status = std::system(("'" AIDLC "' " + arguments + " >/dev/null 2>&1").c_str());
     return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
 

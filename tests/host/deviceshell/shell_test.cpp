@@ -101,7 +101,7 @@ TEST_F(ShellAtTerminal, CtrlCEndsTheCommandAndNotTheDevice) {
 TEST(ShellInAScript, GivesTheTerminalBack) {
     Subprocess caller({"bash", "-c",
                        "'" DEVICESHELL "' --no-service --no-allocator; echo back; read line; "
-                                   "echo \"read $line, $(stty -a | grep -o -- '[-]*icanon')\""},
+                       "echo \"read $line, $(stty -a | grep -o -- '[-]*icanon')\""},
                       {{"TERM", "vt100"}}, Subprocess::Input::Terminal);
     ASSERT_TRUE(caller.waitForNext("$ "));
     caller.type("kill -9 $$\r");
