@@ -14,13 +14,13 @@ endforeach()
 enable_testing()
 include(GoogleTest)
 
-# host_test(NAME SOURCES file... LIBRARIES target... [TIMEOUT seconds] [PROCESSORS n] [NO_MAIN])
+# host_test(NAME SOURCES file... LIBRARIES target... [TIMEOUT seconds] [PROCESSORS n])
 #
 # A case counts as n of the cases that run at the same time (1).
 # Cases run as separate processes, in any order and in parallel. They find the HAL libraries of
 # this build through STANDIN_HAL_PATH.
 function(host_test name)
-    cmake_parse_arguments(TEST "NO_MAIN" "TIMEOUT;PROCESSORS" "SOURCES;LIBRARIES" ${ARGN})
+    cmake_parse_arguments(TEST "" "TIMEOUT;PROCESSORS" "SOURCES;LIBRARIES" ${ARGN})
     if(NOT TEST_TIMEOUT)
         set(TEST_TIMEOUT 60)
     endif()
@@ -30,10 +30,7 @@ function(host_test name)
     add_executable(${name} ${TEST_SOURCES})
     set_target_properties(${name} PROPERTIES
         RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/tests)
-    target_link_libraries(${name} PRIVATE ${TEST_LIBRARIES} gmock)
-    if(NOT TEST_NO_MAIN)
-        target_link_libraries(${name} PRIVATE gmock_main)
-    endif()
+    target_link_libraries(${name} PRIVATE ${TEST_LIBRARIES} gmock gmock_main)
     target_include_directories(${name} PRIVATE ${CMAKE_SOURCE_DIR})
     gtest_discover_tests(${name}
         TEST_PREFIX "${name}/"

@@ -20,12 +20,12 @@ namespace offlinecamera {
 class SessionSlots : public std::enable_shared_from_this<SessionSlots> {
   public:
     static constexpr size_t kMaxSessions = 16;
-    static constexpr size_t kMaxOfAClient = kMaxSessions / 2;  // and half of what others leave
 
     /** A slot is free again when the last copy of this is gone. */
     using Slot = std::shared_ptr<const void>;
 
-    /** @return null if the client's process, or all together, have too many */
+    /** @return null if all together have too many, or the client's process has half of what the
+     * others leave */
     Slot Take(pid_t client);
 
   private:

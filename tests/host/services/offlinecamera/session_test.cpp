@@ -274,7 +274,7 @@ TEST_F(SessionTest, TheDeathOfTheClientEndsTheSession) {
 
 TEST_F(SessionTest, SessionsAreLimitedAndLetGoInEveryWay) {
     Open();
-    constexpr size_t kMost = SessionSlots::kMaxOfAClient;
+    constexpr size_t kMost = SessionSlots::kMaxSessions / 2;
     std::vector<std::shared_ptr<IOfflineCameraSession>> others(kMost);
     const auto open = [&](size_t i) {
         return mService->openOfflineSession("other", mClient, &others[i]).getServiceSpecificError();
