@@ -1,23 +1,22 @@
-# The page's files as arrays in a header. Wants FOLDER and OUTPUT.
-function(embed text name)
-    set(bytes)
-    foreach(file ${ARGN})
-        file(READ ${FOLDER}/${file} part HEX)
-        string(APPEND bytes ${part})
-    endforeach()
-    string(REGEX REPLACE "(..)" "'\\\\x\\1'," bytes ${bytes})
-    string(APPEND ${text} "inline constexpr char k${name}Bytes[] = {${bytes}};\n")
-    string(APPEND ${text}
-        "inline constexpr std::string_view k${name}(k${name}Bytes, sizeof k${name}Bytes);\n")
-    set(${text} "${${text}}" PARENT_SCOPE)
-endfunction()
-
-set(header "// The files of page/, made by embed.cmake.\n#pragma once\n\n")
-string(APPEND header "#include <string_view>\n\n")
-string(APPEND header "namespace runreport::page_files {\n")
-embed(header Template template.html)
-embed(header Style style.css)
-embed(header Script
-    dom.js overview.js timeline_rows.js timeline.js timeline_tables.js log.js page.js)
-string(APPEND header "}  // namespace runreport::page_files\n")
-file(WRITE ${OUTPUT} "${header}")
+# Style and scripts put into the page, and the page as an array in a header. Wants FOLDER and OUTPUT.
+cmake_minimum_required(VERSION 3.20)
+file(READ ${FOLDER}/style.css STYLE)
+set(SCRIPT)
+foreach(script text overview timeline log)
+    file(READ ${FOLDER}/${script}.js part)
+    string(APPEND SCRIPT "${part}")
+endforeach()
+file(READ ${FOLDER}/page.html page)
+string(REPLACE "@STYLE@" "${STYLE}" page "${page}")
+string(REPLACE "@SCRIPT@" "${SCRIPT}" page "${page}")
+file(WRITE ${OUTPUT}.html "${page}")
+file(READ ${OUTPUT}.html bytes HEX)
+string(REGEX REPLACE "(..)" "'\\\\x\\1'," bytes ${bytes})
+file(WRITE ${OUTPUT} "// The report's page, made by embed.cmake.
+#pragma once
+#include <string_view>
+namespace runreport {
+inline constexpr char kPageBytes[] = {${bytes}};
+inline constexpr std::string_view kPage(kPageBytes, sizeof kPageBytes);
+}  // namespace runreport
+")

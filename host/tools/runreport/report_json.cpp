@@ -1,10 +1,10 @@
 // The report's records as JSON objects, in the order in which a person would read them.
 
-#include "report_json.h"
-
 #include <time.h>
 
 #include <nlohmann/json.hpp>
+
+#include "report.h"
 
 namespace runreport {
 
@@ -13,9 +13,11 @@ namespace {
 using Json = nlohmann::ordered_json;
 
 constexpr int kVersion = 1;
+constexpr const char* kEndings[] = {"finished", "usage-error", "signal", "no-device", "other"};
+constexpr const char* kPhaseEnds[] = {"done", "failed", "timed-out", "cut-short"};
 
 // "2026-11-21T21:58:29+0000", local time.
-std::string startText(int64_t startedUs) {
+std::string StartText(int64_t startedUs) {
     const time_t seconds = startedUs / 1'000'000;
     tm local = {};
     localtime_r(&seconds, &local);
@@ -24,18 +26,18 @@ std::string startText(int64_t startedUs) {
     return text;
 }
 
-Json toJson(const Run& run) {
+Json ToJson(const Run& run) {
     return {{"command", run.command},
             {"options", run.options},
-            {"started", startText(run.startedUs)},
+            {"started", StartText(run.startedUs)},
             {"durationUs", run.durationUs},
             {"status", run.status},
-            {"ending", name(run.ending())},
-            {"signal", run.signalName()}};
+            {"ending", kEndings[static_cast<int>(run.GetEnding())]},
+            {"signal", run.SignalName()}};
 }
 
-Json toJson(const Problem& problem) {
-    return {{"severity", name(problem.severity)},
+Json ToJson(const Problem& problem) {
+    return {{"severity", problem.isError ? "error" : "warning"},
             {"text", problem.text},
             {"cause", problem.cause},
             {"cure", problem.cure},
@@ -45,12 +47,16 @@ Json toJson(const Problem& problem) {
             {"logged", problem.logged}};
 }
 
-Json toJson(const Phase& phase) {
-    return {{"name", phase.name},   {"startUs", phase.startUs}, {"endUs", phase.endUs},
-            {"waits", phase.waits}, {"end", name(phase.end)},   {"detail", phase.detail}};
+Json ToJson(const runlog::Phase& phase) {
+    return {{"name", phase.name},
+            {"startUs", phase.startUs},
+            {"endUs", phase.endUs},
+            {"waits", phase.waits},
+            {"end", kPhaseEnds[static_cast<int>(phase.end)]},
+            {"detail", phase.detail}};
 }
 
-Json toJson(const Frame& frame) {
+Json ToJson(const Frame& frame) {
     return {{"path", frame.path},
             {"bytes", frame.bytes},
             {"format", frame.format},
@@ -66,7 +72,7 @@ Json toJson(const Frame& frame) {
             {"pictureHeight", frame.pictureHeight}};
 }
 
-Json toJson(const Call& call) {
+Json ToJson(const runlog::Call& call) {
     return {{"startUs", call.startUs},
             {"durationUs", call.durationUs},
             {"incoming", call.incoming},
@@ -79,9 +85,9 @@ Json toJson(const Call& call) {
             {"status", call.status}};
 }
 
-Json toJson(const LogLine& line) {
+Json ToJson(const runlog::Line& line) {
     return {{"timeUs", line.timeUs},
-            {"from", line.ofDevice ? "services" : "tool"},
+            {"from", line.fromServices ? "services" : "tool"},
             {"pid", line.pid},
             {"tid", line.tid},
             {"priority", line.priority == ' ' ? "" : std::string(1, line.priority)},
@@ -90,26 +96,26 @@ Json toJson(const LogLine& line) {
 }
 
 template <class Record>
-Json list(const std::vector<Record>& records) {
+Json List(const std::vector<Record>& records) {
     Json all = Json::array();
-    for (const Record& record : records) all.push_back(toJson(record));
+    for (const Record& record : records) all.push_back(ToJson(record));
     return all;
 }
 
 }  // namespace
 
-std::string reportJson(const Report& report) {
+std::string ReportJson(const Report& report) {
     const Json json = {{"report", "run of vexofflinecameratest"},
                        {"version", kVersion},
-                       {"run", toJson(report.run)},
-                       {"problems", list(report.problems)},
-                       {"phases", list(report.phases)},
-                       {"sources", list(report.sources)},
-                       {"dumps", list(report.dumps)},
-                       {"calls", list(report.calls)},
+                       {"run", ToJson(report.run)},
+                       {"problems", List(report.problems)},
+                       {"phases", List(report.phases)},
+                       {"sources", List(report.sources)},
+                       {"dumps", List(report.dumps)},
+                       {"calls", List(report.calls)},
                        {"missing", report.missing},
                        {"omittedLogLines", report.omittedLogLines},
-                       {"log", list(report.log)}};
+                       {"log", List(report.log)}};
     return json.dump(-1, ' ', false, Json::error_handler_t::replace);
 }
 

@@ -3,31 +3,20 @@
 
 #include <offlineframes/file_io.h>
 #include <offlineframes/frame_geometry.h>
-#include <offlineframes/result.h>
 
-#include <cstdint>
-#include <string>
+#include "report.h"
 
 namespace runreport {
 
 // Pictures are at most about this wide; frames are reduced by whole factors.
 inline constexpr uint32_t kThumbnailWidth = 800;
 
-struct Thumbnail {
-    offlineframes::Bytes jpeg;
-    uint32_t width = 0;  // pixels
-    uint32_t height = 0;
-};
+// Sets the frame's picture, or a note that says why it has none. `bytes` are those of a frame of
+// this geometry. A mosaic's cells are averaged colour by colour, then developed like a full frame.
+void PictureOfFrame(const offlineframes::Bytes& bytes, const offlineframes::FrameGeometry& geometry,
+                    Frame* frame);
 
-// `frame` has the bytes that frameBytes(geometry) tells. A mosaic's cells are averaged colour by
-// colour, then developed like a full frame.
-offlineframes::Result<Thumbnail> thumbnailOfFrame(const offlineframes::Bytes& frame,
-                                                  const offlineframes::FrameGeometry& geometry);
-
-// A JPEG as it is stored, not turned by its orientation; `name` stands in messages. Its full size
-// is set.
-offlineframes::Result<Thumbnail> thumbnailOfJpeg(const offlineframes::Bytes& file,
-                                                 const std::string& name,
-                                                 offlineframes::PictureSize* fullSize);
+// The same for a JPEG file, as it is stored: not turned by its orientation. Sets its size, too.
+void PictureOfJpeg(const offlineframes::Bytes& file, Frame* frame);
 
 }  // namespace runreport
