@@ -2,6 +2,8 @@
 
 #include "explanations.h"
 
+#include <string>
+
 namespace explanations {
 
 namespace {
@@ -28,17 +30,6 @@ const std::vector<Explanation>& Table() {
     return table;
 }
 
-std::vector<std::string> LinesOf(std::string_view text) {
-    std::vector<std::string> lines;
-    size_t end = 0;
-    while ((end = text.find('\n')) != text.npos) {
-        lines.emplace_back(text.substr(0, end));
-        text.remove_prefix(end + 1);
-    }
-    lines.emplace_back(text);
-    return lines;
-}
-
 // The first piece is at the message's start, the last one at its end, each other one at its first
 // occurrence after the one before.
 bool Matches(std::string_view line, std::string_view message) {
@@ -61,7 +52,7 @@ const Explanation* Explain(std::string_view message) {
     size_t bestSize = 0;
     for (const Explanation& candidate : Table()) {
         if (candidate.kind == Kind::kStatus) continue;
-        for (const std::string& line : LinesOf(candidate.lines)) {
+        for (const std::string_view line : candidate.lines) {
             if (!Matches(line, message) || (best && LiteralSize(line) <= bestSize)) continue;
             best = &candidate;
             bestSize = LiteralSize(line);
@@ -72,13 +63,13 @@ const Explanation* Explain(std::string_view message) {
 
 const Explanation* ExplainStatus(int status) {
     const std::string number = std::to_string(status);
-    for (const std::string_view wanted : {std::string_view(number), std::string_view("128 + n")}) {
-        for (const Explanation& candidate : Table()) {
-            if (candidate.kind == Kind::kStatus && candidate.lines == wanted) return &candidate;
-        }
-        if (status <= 128) break;
+    const Explanation* found = nullptr;
+    for (const Explanation& candidate : Table()) {
+        if (candidate.kind != Kind::kStatus) continue;
+        if (candidate.lines[0] == number) return &candidate;
+        if (candidate.lines[0] == "128 + n" && status > 128) found = &candidate;
     }
-    return nullptr;
+    return found;
 }
 
 }  // namespace explanations

@@ -1,7 +1,6 @@
 // Cause and cure of what a run may say or come to: the table of lines.def. Any thread.
 #pragma once
 
-#include <string>
 #include <string_view>
 #include <vector>
 
@@ -16,8 +15,8 @@ enum class Kind {
 
 struct Explanation {
     Kind kind;
-    std::string_view lines;  // separated by newlines; "…" stands for any text, also for none
-    std::string_view cause;  // Markdown, with line breaks
+    std::vector<std::string_view> lines;  // "…" stands for any text, also for none
+    std::string_view cause;               // Markdown, with line breaks
     std::string_view cure;
 };
 
@@ -33,8 +32,5 @@ const Explanation* ExplainStatus(int status);
 
 // True when `message` is `line` with any text in place of each "…".
 bool Matches(std::string_view line, std::string_view message);
-
-// The lines of a text with line breaks.
-std::vector<std::string> LinesOf(std::string_view text);
 
 }  // namespace explanations

@@ -42,9 +42,7 @@ std::string Section(const char* head, Kind kind) {
     for (const Explanation& entry : explanations::Table()) {
         if (entry.kind != kind) continue;
         text += "\n";
-        for (const std::string& line : explanations::LinesOf(entry.lines)) {
-            text += "### `" + line + "`\n";
-        }
+        for (const std::string_view line : entry.lines) text += "### `" + std::string(line) + "`\n";
         text += "\nCause: " + std::string(entry.cause) + "\n\nCure: " + std::string(entry.cure) +
                 "\n";
     }

@@ -33,10 +33,10 @@ Problem Explained(const std::string& text, int64_t timeUs, const Explanation* ex
     return problem;
 }
 
-void AddFinding(const char* text, bool isError, int64_t timeUs, const std::string& phase,
+void AddFinding(const char* severity, const char* text, int64_t timeUs, const std::string& phase,
                 std::vector<Problem>* problems) {
     problems->push_back(Explained(text, timeUs, explanations::Explain(text)));
-    problems->back().isError = isError;
+    problems->back().severity = severity;
     problems->back().phase = phase;
 }
 
@@ -53,11 +53,13 @@ void AddErrorLines(const std::vector<runlog::Line>& log, std::vector<Problem>* p
 void AddPhases(const std::vector<Phase>& phases, std::vector<Problem>* problems) {
     for (const Phase& phase : phases) {
         if (phase.end == PhaseEnd::kTimedOut && phase.name == "shutter") {
-            AddFinding("No shutter message came in time", false, phase.endUs, phase.name, problems);
+            AddFinding("warning", "No shutter message came in time", phase.endUs, phase.name,
+                       problems);
         } else if (phase.end == PhaseEnd::kTimedOut) {
-            AddFinding("No complete result came in time", true, phase.endUs, phase.name, problems);
+            AddFinding("error", "No complete result came in time", phase.endUs, phase.name,
+                       problems);
         } else if (phase.end == PhaseEnd::kFailed && phase.name == "open") {
-            AddFinding("The service gave no session", true, phase.endUs, phase.name, problems);
+            AddFinding("error", "The service gave no session", phase.endUs, phase.name, problems);
         }
     }
 }
@@ -69,7 +71,7 @@ void AddUnreadSources(const Report& report, std::vector<Problem>* problems) {
     for (const Phase& phase : report.phases) {
         if (phase.name == "fill") timeUs = phase.startUs;
     }
-    if (unread) AddFinding("The input frames were left empty", false, timeUs, "", problems);
+    if (unread) AddFinding("warning", "The input frames were left empty", timeUs, "", problems);
 }
 
 void AddEnding(const Run& run, std::vector<Problem>* problems) {

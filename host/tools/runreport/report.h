@@ -35,7 +35,7 @@ struct Run {
 
 // Something that a person has to know, with cause and cure where they are known.
 struct Problem {
-    bool isError = true;  // else a warning
+    std::string severity = "error";  // or "warning"
     std::string text;
     std::string cause;  // `words` in backticks are code
     std::string cure;   // as cause

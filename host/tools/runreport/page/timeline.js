@@ -1,7 +1,5 @@
 // The run over time: a row for each step, then calls, the services' log and errors as marks.
 
-const rowHeight = 26;
-const axisHeight = 26;
 const maxCallRows = 2000;  // a browser is slow with more
 
 // Steps of one name share a row; the rows are in the order of a run's first frame.
@@ -11,6 +9,9 @@ function phaseRows(phases) {
             .map((name) => ({name, steps: phases.filter((phase) => phase.name === name)}))
             .filter((row) => row.steps.length);
 }
+
+// Steps that are none of the tool's work.
+const isIdle = ({name}) => name === 'device' || name === 'exit';
 
 function callText(call) {
     const name = `${call.interface.slice(call.interface.lastIndexOf('.') + 1)}.${call.method}`;
@@ -50,16 +51,16 @@ function tickText(micros, step) {
 }
 
 class Timeline {
-    constructor(report, svg) {
+    constructor(report, lanes) {
         this.report = report;
         this.rows = phaseRows(report.phases);
         this.marks = markRows(report);
         this.end = Math.max(report.run.durationUs, 1);
-        this.svg = svg;
-        svg.addEventListener('pointerdown', (event) => this.startDrag(event));
-        svg.addEventListener('pointermove', (event) => this.drag(event));
-        svg.addEventListener('pointerup', (event) => this.endDrag(event));
-        svg.addEventListener('dblclick', () => this.showAll());
+        this.lanes = lanes;
+        lanes.addEventListener('pointerdown', (event) => this.startDrag(event));
+        lanes.addEventListener('pointermove', (event) => this.drag(event));
+        lanes.addEventListener('pointerup', (event) => this.endDrag(event));
+        lanes.addEventListener('dblclick', () => this.showAll());
         addEventListener('resize', () => this.draw());
         this.showAll();
     }
@@ -78,7 +79,7 @@ class Timeline {
 
     // From the tool's first line on to where it begins to exit.
     showTool() {
-        this.showSteps(this.report.phases.filter(({name}) => name !== 'device' && name !== 'exit'), 0);
+        this.showSteps(this.report.phases.filter((phase) => !isIdle(phase)), 0);
     }
 
     showSteps(steps, margin) {
@@ -97,127 +98,109 @@ class Timeline {
         this.show(middle - half, middle + half);
     }
 
-    x(micros) {
-        return this.left + (micros - this.from) * (this.right - this.left) / (this.to - this.from);
+    // Per cent of the plot's width. What is far outside is just outside: browsers limit lengths.
+    at(micros) {
+        const part = (micros - this.from) / (this.to - this.from) * 100;
+        return Math.min(Math.max(part, -2), 102);
     }
 
     draw() {
-        const width = Math.max(this.svg.parentElement.clientWidth, 320);
-        const height = axisHeight + (this.rows.length + this.marks.length) * rowHeight + 6;
-        const below = axisHeight + this.rows.length * rowHeight + 6;
-        [this.left, this.right] = [width < 600 ? 110 : 140, width - 12];
-        this.svg.setAttribute('viewBox', `0 0 ${width} ${height}`);
-        this.svg.setAttribute('height', height);
-        this.svg.innerHTML = markup(html`<defs>${['hatch', 'hatch-bad'].map((name) => html`
-            <pattern id="${name}" width="6" height="6" patternUnits="userSpaceOnUse" patternTransform="rotate(45)">
-            <rect class="${name}-ground" width="6" height="6"/>
-            <line class="${name}-line" x1="1" x2="1" y1="0" y2="6" stroke-width="2"/></pattern>`)}
-            <clipPath id="plot"><rect x="${this.left - 2}" y="0" width="${this.right - this.left + 14}"
-            height="${height}"/></clipPath></defs>${this.axis(height)}${
-            this.rows.map((row, i) => this.phaseRow(row, axisHeight + i * rowHeight, i))}${
-            this.marks.map((row, i) => this.markRow(row, below + i * rowHeight))}`);
+        this.lanes.innerHTML = markup([
+            this.axis(), this.rows.map((row) => this.phaseRow(row)),
+            this.marks.map((row) => this.markRow(row)),
+        ]);
+        this.plot = this.lanes.querySelector('.plot');
     }
 
-    axis(height) {
-        const step = tickStep(this.to - this.from, this.right - this.left);
-        const parts = [];
-        for (let at = Math.ceil(this.from / step) * step; at <= this.to; at += step) {
-            const x = this.x(at);
-            const text = html`<text class="faint" x="${x + 3}" y="14">${tickText(at, step)}</text>`;
-            parts.push(html`<line class="grid" x1="${x}" x2="${x}" y1="${axisHeight - 6}" y2="${height}"/>${
-                x > this.right - 30 && at !== 0 ? '' : text}`);
+    axis() {
+        const step = tickStep(this.to - this.from, this.lanes.clientWidth - 150);
+        const ticks = [];
+        for (let time = Math.ceil(this.from / step) * step; time <= this.to; time += step) {
+            const text = this.at(time) > 97 ? '' : tickText(time, step);
+            ticks.push(html`<span style="left: ${this.at(time)}%">${text}</span>`);
         }
-        return parts;
+        const lanes = 1 + this.rows.length + this.marks.length;
+        return html`<div class="lane axis" style="--lanes: ${lanes}"><b></b>
+            <div class="plot">${ticks}</div></div>`;
     }
 
-    phaseRow({name, steps}, y, index) {
-        const total = steps.reduce((sum, step) => sum + step.endUs - step.startUs, 0);
-        const text = duration(total) + (steps.length > 1 ? ` in ${steps.length} steps` : '') +
-                (steps.some((step) => step.end === 'timed-out') ? ', timed out' : '');
-        const stripe = html`<rect class="stripe" x="0" y="${y}" width="100%" height="${rowHeight}"/>`;
-        return html`<g class="phase" data-phase="${name}">${index % 2 ? '' : stripe}
-            <text class="row-label" x="0" y="${y + 17}" tabindex="0">${phaseLabel(name)}</text>
-            <g clip-path="url(#plot)">${steps.map((step) => this.bar(step, y))}${this.barText(steps, text, y)}</g></g>`;
+    phaseRow({name, steps}) {
+        return html`<div class="lane phase" data-phase="${name}">
+            <b class="row-label" tabindex="0">${phaseLabel(name)}</b>
+            <div class="plot">${steps.map((step) => this.bar(step))}${this.barText(steps)}</div></div>`;
     }
 
-    bar(step, y) {
-        const x = this.x(step.startUs);
-        const look = step.waits ? 'waits' : step.name === 'device' || step.name === 'exit' ? 'idle' : '';
+    bar(step) {
+        const look = step.waits ? 'waits' : isIdle(step) ? 'idle' : '';
         const end = {failed: ', failed', 'timed-out': ', timed out', 'cut-short': ', the run ended here'};
         const tip = `${phaseLabel(step.name)}: ${duration(step.endUs - step.startUs)}` +
                 `${end[step.end] || ''}${step.detail ? `\n${step.detail}` : ''}` +
                 `\nfrom ${stamp(step.startUs)} to ${stamp(step.endUs)} ms`;
-        return html`<rect class="bar ${look} ${step.end}" x="${x}" y="${y + 5}" rx="2" data-tip="${tip}"
-            aria-label="${tip}" width="${Math.max(this.x(step.endUs) - x, 3)}" height="${rowHeight - 10}"/>`;
+        return this.piece(`bar ${look} ${step.end}`, step.startUs, step.endUs, tip);
     }
 
-    // Behind the last bar, before the first or on it, wherever there is room; a detail if it fits.
-    barText(steps, text, y) {
-        const detail = steps.length === 1 ? steps[0].detail : '';
-        const start = this.x(steps[0].startUs);
-        const end = Math.max(this.x(steps[steps.length - 1].endUs), start + 3);
-        const reach = (words) => words.length * 6.6 + 14;
-        const at = (x, look, anchor, more) => html`<text class="${look}" x="${x}" y="${y + 17}"
-            text-anchor="${anchor}">${text}${more}</text>`;
-        if (end < this.left || start > this.right) return '';
-        if (end + reach(text) < this.right) {
-            const fits = detail && end + reach(text + detail) < this.right;
-            return at(end + 7, '', 'start', fits ? html`<tspan class="faint" dx="9">${detail}</tspan>` : '');
-        }
-        if (start - reach(text) > this.left) return at(start - 7, '', 'end', '');
+    piece(look, startUs, endUs, tip) {
+        const [start, end] = [this.at(startUs), this.at(endUs)];
+        return html`<i class="${look}" style="left: ${start}%; width: ${end - start}%"
+            data-tip="${tip}" role="img" aria-label="${tip}"></i>`;
+    }
+
+    // Behind the last bar, before the first or on it, where there is room.
+    barText(steps) {
+        const [start, end] = [this.at(steps[0].startUs), this.at(steps[steps.length - 1].endUs)];
+        const total = steps.reduce((sum, step) => sum + step.endUs - step.startUs, 0);
+        const text = duration(total) + (steps.length > 1 ? ` in ${steps.length} steps` : '') +
+                (steps.some((step) => step.end === 'timed-out') ? ', timed out' : '');
+        const detail = html` <span class="muted">${steps.length === 1 ? steps[0].detail : ''}</span>`;
+        if (end < 0 || start > 100) return '';
+        if (end < 65) return html`<span style="left: calc(${end}% + 7px)">${text} ${detail}</span>`;
+        if (start > 25) return html`<span style="right: calc(${100 - start}% + 7px)">${text}</span>`;
         if (steps.some((step) => step.waits)) return '';  // hatched: nothing could be read on it
-        return at(Math.max(start, this.left) + 7, 'on-bar', 'start', '');
+        return html`<span class="on-bar" style="left: calc(${Math.max(start, 0)}% + 7px)">${text}</span>`;
     }
 
     // Marks that would fall on one pixel become one, whose tip lists the first few.
-    markRow([label, look, marks], y) {
+    markRow([label, look, marks]) {
         const pixels = new Map();
         for (const mark of marks) {
-            const x = Math.round(this.x(mark.startUs));
-            if (x < this.left - 1 || x > this.right + 1) continue;
-            pixels.set(x, [...(pixels.get(x) || []), mark]);
+            if (mark.endUs < this.from || mark.startUs > this.to) continue;
+            const pixel = Math.round(this.at(mark.startUs) * 10);
+            pixels.set(pixel, [...(pixels.get(pixel) || []), mark]);
         }
-        const drawn = [...pixels].map(([x, some]) => {
-            const width = Math.max(3, ...some.map((mark) => this.x(mark.endUs) - this.x(mark.startUs)));
+        const drawn = [...pixels.values()].map((some) => {
             const tips = some.slice(0, 5).map((mark) => mark.text);
             if (some.length > 5) tips.push(`and ${count(some.length - 5)} more`);
             const failed = some.some((mark) => mark.failed) ? 'failed' : '';
-            return html`<rect class="${look} ${failed}" x="${x - 1}" y="${y + 5}" width="${width}"
-                height="${rowHeight - 12}" rx="1" data-tip="${tips.join('\n')}" aria-label="${tips.join('\n')}"/>`;
+            const end = Math.max(...some.map((mark) => mark.endUs));
+            return this.piece(`${look} ${failed}`, some[0].startUs, end, tips.join('\n'));
         });
-        const named = marks.filter(({name}) => name && !name.startsWith('('));
-        return html`<g class="marks"><text class="muted" x="0" y="${y + 17}">${label}</text>
-            <g clip-path="url(#plot)">${drawn}${this.markNames(named, y)}</g></g>`;
+        return html`<div class="lane"><b class="muted">${label}</b>
+            <div class="plot">${drawn}${this.markNames(marks)}</div></div>`;
     }
 
-    // A name behind each mark, or before it, where no other mark or name is in the way.
-    markNames(marks, y) {
-        let taken = this.left;
-        return marks.map((mark, index) => {
-            const [start, end] = [this.x(mark.startUs) - 5, this.x(mark.endUs) + 5];
-            const width = mark.name.length * 6.4;
-            const next = index + 1 < marks.length ? this.x(marks[index + 1].startUs) - 6 : this.right;
-            const behind = end + width < next;
-            const before = !behind && start - width > taken;
-            taken = behind ? end + width : end;
-            if (start < this.left || !(behind || before)) return '';
-            return html`<text class="faint" x="${behind ? end : start}" y="${y + 17}"
-                text-anchor="${behind ? 'start' : 'end'}">${mark.name}</text>`;
+    // A name behind each mark where there is room before the next.
+    markNames(marks) {
+        const named = marks.filter(({name}) => name && !name.startsWith('('));
+        return named.map((mark, index) => {
+            const start = this.at(mark.endUs);
+            const next = index + 1 < named.length ? this.at(named[index + 1].startUs) : 100;
+            const width = (mark.name.length * 6.6 + 10) / (this.lanes.clientWidth - 150) * 100;
+            if (start < 0 || start + width > next) return '';
+            return html`<span class="muted" style="left: calc(${start}% + 5px)">${mark.name}</span>`;
         });
     }
 
     timeAt(event) {
-        const x = event.clientX - this.svg.getBoundingClientRect().left;
-        const part = (x - this.left) / (this.right - this.left);
-        return this.from + Math.min(Math.max(part, 0), 1) * (this.to - this.from);
+        const {left, width} = this.plot.getBoundingClientRect();
+        const part = Math.min(Math.max((event.clientX - left) / width, 0), 1);
+        return this.from + part * (this.to - this.from);
     }
 
     startDrag(event) {
-        const x = event.clientX - this.svg.getBoundingClientRect().left;
-        if (event.button !== 0 || x < this.left) return;
+        if (event.button !== 0 || event.clientX < this.plot.getBoundingClientRect().left) return;
         this.dragFrom = this.timeAt(event);
-        this.svg.insertAdjacentHTML('beforeend', '<rect class="selection" y="0" height="100%"/>');
-        this.svg.setPointerCapture(event.pointerId);
+        this.plot.insertAdjacentHTML('beforeend', '<i class="selection"></i>');
+        this.lanes.setPointerCapture(event.pointerId);
     }
 
     dragged(event) {
@@ -225,19 +208,19 @@ class Timeline {
     }
 
     drag(event) {
-        const selection = this.svg.querySelector('.selection');
+        const selection = this.plot.querySelector('.selection');
         if (!selection) return;
-        const [from, to] = this.dragged(event).map((time) => this.x(time));
-        selection.setAttribute('x', from);
-        selection.setAttribute('width', to - from);
+        const [from, to] = this.dragged(event).map((time) => this.at(time));
+        selection.style.left = `${from}%`;
+        selection.style.width = `${to - from}%`;
     }
 
     endDrag(event) {
-        const selection = this.svg.querySelector('.selection');
+        const selection = this.plot.querySelector('.selection');
         if (!selection) return;
         selection.remove();
         const [from, to] = this.dragged(event);
-        if (this.x(to) - this.x(from) > 4) this.show(from, to);
+        if (this.at(to) - this.at(from) > 0.5) this.show(from, to);
     }
 }
 
@@ -273,8 +256,7 @@ function timelinePart({phases, calls}) {
         <span class="spring"></span>
         <button aria-label="zoom in">+</button><button aria-label="zoom out">−</button>
         <button>Tool only</button><button>Whole run</button></div>
-        <div class="plot"><svg role="img" aria-label="Timeline; the tables below hold its values">
-        </svg></div>
+        <div class="lanes"></div>
         <div class="legend">${legend.map(([name, text]) => html`<span><i class="${name}"></i>${text}</span>`)}</div>
         <details><summary>Table of ${plural(phases.length, 'step')}</summary>${phaseTable(phases)}</details>
         <details><summary>Table of ${plural(calls.length, 'binder call')}${shown}</summary>
@@ -285,7 +267,7 @@ function timelinePart({phases, calls}) {
 function startTimeline(report) {
     const part = document.getElementById('timeline');
     if (!part) return;
-    const timeline = new Timeline(report, part.querySelector('svg'));
+    const timeline = new Timeline(report, part.querySelector('.lanes'));
     const actions = [
         () => timeline.zoom(0.5), () => timeline.zoom(2), () => timeline.showTool(),
         () => timeline.showAll(),
@@ -295,10 +277,10 @@ function startTimeline(report) {
         const chosen = target.closest('.row-label') && (type === 'click' || key === 'Enter');
         if (chosen) timeline.showRow(target.closest('.phase').dataset.phase);
     };
-    timeline.svg.addEventListener('click', showRow);
-    timeline.svg.addEventListener('keydown', showRow);
-    timeline.svg.addEventListener('pointermove', showTip);
-    timeline.svg.addEventListener('pointerleave', showTip);
+    timeline.lanes.addEventListener('click', showRow);
+    timeline.lanes.addEventListener('keydown', showRow);
+    timeline.lanes.addEventListener('pointermove', showTip);
+    timeline.lanes.addEventListener('pointerleave', showTip);
 }
 
 // Shows the text of what the pointer is over beside it.

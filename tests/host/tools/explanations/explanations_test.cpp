@@ -9,15 +9,15 @@
 namespace explanations {
 namespace {
 
-std::string LinesFor(const Explanation* found) {
-    return found ? std::string(found->lines) : "(none)";
+std::string LineFor(const Explanation* found) {
+    return found ? std::string(found->lines[0]) : "(none)";
 }
 
 TEST(Explanations, EveryLineIsThereOnceWithCauseAndCure) {
-    std::set<std::string> lines;
+    std::set<std::string_view> lines;
     for (const Explanation& entry : Table()) {
-        EXPECT_FALSE(entry.cause.empty() || entry.cure.empty()) << entry.lines;
-        for (const std::string& line : LinesOf(entry.lines)) {
+        EXPECT_FALSE(entry.cause.empty() || entry.cure.empty()) << entry.lines[0];
+        for (const std::string_view line : entry.lines) {
             EXPECT_TRUE(lines.insert(line).second) << line << ": twice";
         }
     }
@@ -34,18 +34,18 @@ TEST(Explanations, AMessageIsMatchedAsAWhole) {
 }
 
 TEST(Explanations, TheMostLiteralLineExplainsAMessage) {
-    EXPECT_EQ(LinesFor(Explain("Failed to load mapper.zel.so")), "Failed to load …");
-    EXPECT_EQ(LinesFor(Explain("readSize 0 is not same as width 9, file position 4")),
+    EXPECT_EQ(LineFor(Explain("Failed to load mapper.zel.so")), "Failed to load …");
+    EXPECT_EQ(LineFor(Explain("readSize 0 is not same as width 9, file position 4")),
               "readSize … is not same as width …, file position …");
-    EXPECT_EQ(LinesFor(Explain("lock: no such plane")).substr(0, 16), "createDescriptor");
-    EXPECT_EQ(LinesFor(Explain("no such line")), "(none)");
-    EXPECT_EQ(LinesFor(Explain("0")), "(none)");  // a status is no line
+    EXPECT_EQ(LineFor(Explain("lock: no such plane")), "createDescriptor: …");
+    EXPECT_EQ(LineFor(Explain("no such line")), "(none)");
+    EXPECT_EQ(LineFor(Explain("0")), "(none)");  // a status is no line
 }
 
 TEST(Explanations, AStatusIsExplainedByItsNumberOrAsASignal) {
-    EXPECT_EQ(LinesFor(ExplainStatus(139)), "139");
-    EXPECT_EQ(LinesFor(ExplainStatus(137)), "128 + n");
-    EXPECT_EQ(LinesFor(ExplainStatus(3)), "(none)");
+    EXPECT_EQ(LineFor(ExplainStatus(139)), "139");
+    EXPECT_EQ(LineFor(ExplainStatus(137)), "128 + n");
+    EXPECT_EQ(LineFor(ExplainStatus(3)), "(none)");
 }
 
 }  // namespace

@@ -164,23 +164,19 @@ TEST_F(Report, NamesWhatItCouldNotRead) {
 
 // A hand for the timeline of a run of one second: it notes the numbers of the axis at each step.
 constexpr char kHand[] = R"(<script>
-const svg = document.querySelector('#timeline svg');
-const button = (name) => [...document.querySelectorAll('#timeline button')].find(
-        (one) => (one.getAttribute('aria-label') || one.textContent) === name);
+const words = (selector) => [...document.querySelectorAll(selector)].map((one) => one.textContent);
 const steps = [];
-const note = () => steps.push(
-        [...svg.querySelectorAll(':scope > text')].map((text) => text.textContent).join(' '));
-svg.setPointerCapture = () => {};  // there is no real pointer to capture
+const note = () => steps.push(words('.axis span').filter(Boolean).join(' '));
+const hand = document.querySelector('.lanes');
+hand.setPointerCapture = () => {};  // there is no real pointer to capture
+const [zoomIn, zoomOut] = document.querySelectorAll('#timeline button');
 const point = (type, part) => {
-    const {left, width} = svg.getBoundingClientRect();
-    const names = width < 600 ? 110 : 140;
-    svg.dispatchEvent(new PointerEvent(
-            type, {button: 0, clientX: left + names + part * (width - 12 - names)}));
+    const {left, width} = document.querySelector('.plot').getBoundingClientRect();
+    hand.dispatchEvent(new PointerEvent(type, {button: 0, clientX: left + part * width}));
 };
 const drag = (from, to) => { point('pointerdown', from); point('pointerup', to); };
-note(); button('zoom in').click(); note(); button('zoom out').click(); note();
-drag(0.8, 0.4); note(); svg.dispatchEvent(new MouseEvent('dblclick')); note();
-const words = (selector) => [...document.querySelectorAll(selector)].map((one) => one.textContent);
+note(); zoomIn.click(); note(); zoomOut.click(); note();
+drag(0.8, 0.4); note(); hand.dispatchEvent(new MouseEvent('dblclick')); note();
 const seen = {steps, lines: words('.message'), verdict: words('h1'), problems: words('article h3')};
 document.body.append(`FACTS${JSON.stringify(seen)}FACTS`);
 </script>)";
