@@ -8,8 +8,6 @@
 #include <filesystem>
 #include <thread>
 
-#include "thumbnail.h"
-
 namespace runreport {
 
 namespace {

@@ -1,7 +1,5 @@
 // Box-averages planes and mosaics, then goes the way of a full frame: develop, encode.
 
-#include "thumbnail.h"
-
 #include <imaging/b2y.h>
 #include <imaging/jpeg.h>
 #include <imaging/raw10.h>
@@ -10,7 +8,8 @@
 #include <offlineframes/resample.h>
 
 #include <algorithm>
-#include <functional>
+
+#include "frames.h"
 
 namespace runreport {
 
@@ -20,9 +19,10 @@ using offlineframes::Bytes;
 using offlineframes::FrameFormat;
 using offlineframes::FrameGeometry;
 
+// Pictures are at most about this wide; frames are reduced by whole factors.
+constexpr uint32_t kThumbnailWidth = 800;
 constexpr int kQuality = 85;
 constexpr size_t kJpegHeadRoom = 64 * 1024;
-constexpr char kTooSmall[] = "no reduced picture: the frame is too small";
 // One processor each: frames are reduced at the same time.
 constexpr imaging::Execution kOneThread = {1, imaging::InstructionSet::kBaseline};
 
@@ -56,76 +56,72 @@ void Encode(const imaging::Nv12View& picture, Frame* frame) {
     frame->pictureHeight = picture.height;
 }
 
-// Averages factor x factor samples of each of `channels` interleaved ones to `width` x `height`,
-// rows back to back; `load` copies a row of the plane.
-std::vector<uint16_t> Average(uint32_t factor, uint32_t width, uint32_t height, uint32_t channels,
-                              const std::function<void(uint32_t row, uint16_t* out)>& load,
-                              size_t samplesOfRow) {
-    std::vector<uint16_t> row(samplesOfRow), out;
-    std::vector<uint32_t> sums(size_t{width} * factor * channels);
-    out.reserve(size_t{width} * height * channels);
+// Rows of 8-bit samples, or of packed RAW10.
+struct Plane {
+    const uint8_t* data;
+    size_t stride;      // bytes
+    uint32_t width;     // samples
+    uint32_t channels;  // interleaved
+    bool isRaw10;
+};
+
+// Averages factor x factor samples of each channel to `width` x `height`, rows back to back.
+std::vector<uint16_t> Average(const Plane& plane, uint32_t factor, uint32_t width,
+                              uint32_t height) {
+    std::vector<uint16_t> row(plane.width), out;
+    std::vector<uint32_t> sums(size_t{width} * factor * plane.channels);
     const uint32_t area = factor * factor;
+    out.reserve(size_t{width} * height * plane.channels);
     for (uint32_t y = 0; y < height; ++y) {
         std::fill(sums.begin(), sums.end(), 0);
         for (uint32_t i = 0; i < factor; ++i) {
-            load(y * factor + i, row.data());
+            const uint8_t* const source = plane.data + (size_t{y} * factor + i) * plane.stride;
+            if (plane.isRaw10) {
+                imaging::UnpackRaw10Row(source, plane.width, row.data());
+            } else {
+                std::copy(source, source + plane.width, row.begin());
+            }
             for (size_t x = 0; x < sums.size(); ++x) sums[x] += row[x];
         }
-        for (size_t x = 0; x < size_t{width} * channels; ++x) {
+        for (size_t x = 0; x < size_t{width} * plane.channels; ++x) {
+            const size_t first = x / plane.channels * plane.channels * factor + x % plane.channels;
             uint32_t sum = area / 2;
-            const uint32_t* const first = &sums[x / channels * factor * channels + x % channels];
-            for (uint32_t i = 0; i < factor; ++i) sum += first[size_t{i} * channels];
+            for (uint32_t i = 0; i < factor; ++i) sum += sums[first + size_t{i} * plane.channels];
             out.push_back(static_cast<uint16_t>(sum / area));
         }
     }
     return out;
 }
 
-void ReduceNv12(const Bytes& bytes, const FrameGeometry& geometry, Frame* frame) {
-    const uint32_t factor = (geometry.size.width + kThumbnailWidth - 1) / kThumbnailWidth;
-    const uint32_t width = geometry.size.width / factor & ~1u;
-    const uint32_t height = geometry.size.height / factor & ~1u;
-    if (width == 0 || height == 0) {
-        frame->note = kTooSmall;
-        return;
-    }
-    const auto plane = [&](size_t start, uint32_t columns, uint32_t rows, uint32_t channels) {
-        const auto load = [&](uint32_t row, uint16_t* out) {
-            const uint8_t* const source = &bytes[start + size_t{row} * geometry.stride];
-            std::copy(source, source + geometry.size.width, out);
-        };
-        const auto samples = Average(factor, columns, rows, channels, load, geometry.size.width);
-        return Bytes(samples.begin(), samples.end());
-    };
-    const Bytes y = plane(0, width, height, 1);
-    const Bytes uv = plane(size_t{geometry.stride} * geometry.scanlines, width / 2, height / 2, 2);
-    Encode({y.data(), uv.data(), width, height, width}, frame);
+void ReduceNv12(const Bytes& bytes, const FrameGeometry& geometry, uint32_t factor, Frame* frame) {
+    const auto [width, height] = geometry.size;
+    const uint32_t stride = geometry.stride;
+    const uint8_t* const chroma = bytes.data() + size_t{stride} * geometry.scanlines;
+    const uint32_t cellsWide = width / factor / 2, cellsHigh = height / factor / 2;
+    const auto luma =
+            Average({bytes.data(), stride, width, 1, false}, factor, cellsWide * 2, cellsHigh * 2);
+    const auto colour = Average({chroma, stride, width, 2, false}, factor, cellsWide, cellsHigh);
+    const Bytes y(luma.begin(), luma.end()), uv(colour.begin(), colour.end());
+    Encode({y.data(), uv.data(), cellsWide * 2, cellsHigh * 2, cellsWide * 2}, frame);
 }
 
-void ReduceRaw10(const Bytes& bytes, const FrameGeometry& geometry, Frame* frame) {
-    const uint32_t factor = (geometry.size.width + kThumbnailWidth - 1) / kThumbnailWidth;
+void ReduceRaw10(const Bytes& bytes, const FrameGeometry& geometry, uint32_t factor, Frame* frame) {
     const uint32_t width = geometry.size.width / 2 / factor * 2 & ~3u;
     const uint32_t height = geometry.size.height / 2 / factor * 2;
-    if (width == 0 || height == 0) {
-        frame->note = kTooSmall;
-        return;
-    }
     const size_t rowBytes = imaging::Raw10RowBytes(width);
     Bytes mosaic(rowBytes * height);
-    for (const uint32_t parity : {0, 1}) {  // a row of cells has two colours in each of two rows
-        const auto load = [&](uint32_t row, uint16_t* out) {
-            const size_t start = (size_t{row} * 2 + parity) * geometry.stride;
-            imaging::UnpackRaw10Row(&bytes[start], geometry.size.width, out);
-        };
-        const auto samples = Average(factor, width / 2, height / 2, 2, load, geometry.size.width);
+    for (const uint32_t parity : {0, 1}) {  // two rows of a mosaic's cells have two colours each
+        const Plane rows = {&bytes[size_t{parity} * geometry.stride], size_t{geometry.stride} * 2,
+                            geometry.size.width, 2, true};
+        const auto samples = Average(rows, factor, width / 2, height / 2);
         for (uint32_t row = 0; row < height / 2; ++row) {
             imaging::PackRaw10Row(&samples[size_t{row} * width], width,
                                   &mosaic[(size_t{row} * 2 + parity) * rowBytes]);
         }
     }
     Bytes nv12(size_t{width} * height * 3 / 2);
-    const imaging::MutableNv12View developed = {nv12.data(), &nv12[size_t{width} * height], width,
-                                                height, width};
+    const imaging::MutableNv12View developed = {nv12.data(), nv12.data() + size_t{width} * height,
+                                                width, height, width};
     const std::string problem =
             imaging::RawToNv12({mosaic.data(), width, height, rowBytes}, developed, kOneThread);
     if (problem.empty()) {
@@ -138,11 +134,9 @@ void ReduceRaw10(const Bytes& bytes, const FrameGeometry& geometry, Frame* frame
 }  // namespace
 
 void PictureOfFrame(const Bytes& bytes, const FrameGeometry& geometry, Frame* frame) {
-    if (geometry.format == FrameFormat::kNv12) {
-        ReduceNv12(bytes, geometry, frame);
-    } else {
-        ReduceRaw10(bytes, geometry, frame);
-    }
+    const uint32_t factor = (geometry.size.width + kThumbnailWidth - 1) / kThumbnailWidth;
+    const bool isNv12 = geometry.format == FrameFormat::kNv12;
+    (isNv12 ? ReduceNv12 : ReduceRaw10)(bytes, geometry, factor, frame);
 }
 
 void PictureOfJpeg(const Bytes& file, Frame* frame) {
@@ -156,14 +150,10 @@ void PictureOfJpeg(const Bytes& file, Frame* frame) {
     const offlineframes::Picture& picture = jpeg.value().picture;
     const uint32_t width = picture.width & ~1u;
     const uint32_t height = picture.height & ~1u;
-    if (width == 0 || height == 0) {
-        frame->note = kTooSmall;
-        return;
-    }
     const Bytes nv12 =
             offlineframes::encodeNv12(offlineframes::centreCrop(picture, {width, height}),
                                       {FrameFormat::kNv12, {width, height}, width, height}, {});
-    Encode({nv12.data(), &nv12[size_t{width} * height], width, height, width}, frame);
+    Encode({nv12.data(), nv12.data() + size_t{width} * height, width, height, width}, frame);
     if (!frame->picture.empty()) {
         frame->note = "shown as stored: viewers turn the JPEG as its EXIF says";
     }

@@ -17,6 +17,7 @@ using ::testing::ElementsAre;
 using ::testing::EndsWith;
 using ::testing::IsEmpty;
 using ::testing::SizeIs;
+using Words = std::vector<std::string>;
 
 // 2026-11-21 23:59:59.5 local time.
 int64_t LateStart() {
@@ -38,35 +39,27 @@ class RunLog : public ::testing::Test {
     const TemporaryFolder m_folder{"runlog"};
 };
 
-TEST_F(RunLog, ReadsLinesAcrossMidnight) {
-    const Log log =
-            LogOf("11-21 23:59:59.400000    24    25 W Tag one: two: words\n"
-                  "11-22 00:00:01.000250 12345 12346 F T: \n");
-    ASSERT_THAT(log.lines, SizeIs(2));
-    const Line& first = log.lines[0];
-    EXPECT_EQ(first.timeUs, -100'000);
-    EXPECT_EQ(first.pid, 24);
-    EXPECT_EQ(first.tid, 25);
-    EXPECT_EQ(first.priority, 'W');
-    EXPECT_EQ(first.tag, "Tag one");
-    EXPECT_EQ(first.message, "two: words");
-    EXPECT_EQ(log.lines[1].timeUs, 1'500'250);
-    EXPECT_EQ(log.lines[1].message, "");
+std::string TextOf(const Line& line) {
+    return std::to_string(line.timeUs) + " " + std::to_string(line.pid) + " " +
+           std::to_string(line.tid) + " " + line.priority + " <" + line.tag + "> " + line.message;
 }
 
-TEST_F(RunLog, KeepsWhatIsNoLogLine) {
+TEST_F(RunLog, ReadsLinesAcrossMidnightAndKeepsWhatIsNone) {
     const Log log =
-            LogOf("11-22 00:00:00.000000 1 1 I T: m\n\n"
-                  "11-22 00:00:01.000000 1 1 Q T: no such priority\n"
-                  "11-22 00:00:01.000000 99999999999 1 I T: m\n" +
+            LogOf("11-21 23:59:59.400000    24    25 W Tag one: two: words\n"
+                  "11-22 00:00:01.000250 12345 12346 F T: \n\n"
+                  "11-22 00:00:02.000000 1 1 Q T: no such priority\n"
+                  "11-22 00:00:02.000000 99999999999 1 I T: m\n" +
                   std::string("\0\xff", 2) + std::string(300'000, 'x') + "\n11-22 00:00:02");
-    ASSERT_THAT(log.lines, SizeIs(6));
-    for (size_t i = 1; i < log.lines.size(); ++i) {
-        EXPECT_EQ(log.lines[i].priority, ' ') << i;
-        EXPECT_EQ(log.lines[i].timeUs, 500'000) << i;
-    }
-    EXPECT_THAT(log.lines[4].message, EndsWith("x [295906 bytes more]"));
-    EXPECT_EQ(log.lines[5].message, "11-22 00:00:02");
+    ASSERT_THAT(log.lines, SizeIs(7));
+    EXPECT_EQ(TextOf(log.lines[0]), "-100000 24 25 W <Tag one> two: words");
+    EXPECT_EQ(TextOf(log.lines[1]), "1500250 12345 12346 F <T> ");
+    EXPECT_EQ(TextOf(log.lines[2]), "1500250 0 0   <> ");
+    EXPECT_EQ(TextOf(log.lines[3]),
+              "1500250 0 0   <> 11-22 00:00:02.000000 1 1 Q T: no such priority");
+    EXPECT_EQ(log.lines[4].priority, ' ');
+    EXPECT_THAT(log.lines[5].message, EndsWith("x [295906 bytes more]"));
+    EXPECT_EQ(log.lines[6].message, "11-22 00:00:02");
     EXPECT_EQ(ReadLog(m_folder.path("none")).Error(),
               m_folder.path("none") + ": cannot open: No such file or directory");
     EXPECT_EQ(ReadLog(m_folder.path()).Error(), m_folder.path() + ": is not a regular file");
@@ -87,34 +80,28 @@ TEST_F(RunLog, KeepsBothEndsAndTheErrorsOfALongLog) {
 }
 
 TEST_F(RunLog, OrdersCallsByTheirStartAndCountsDamagedLines) {
-    const Trace trace =
-            ReadTrace(File("00:00:02.000000 24 <- 7/offlinecamerase a.b.ICallback.notify "
-                           "oneway 184 bytes 1 fds 44 us DEAD_OBJECT\n"
-                           "00:00:01.000000 24 -> 2/servicemanager ?.(descriptor) "
-                           "0 bytes 0 fds 58 us OK\n"
-                           "00:00:03.000000 24 -> 2/servicemanager a.b.C.d 10 bytes "
-                           "0 fds 5\n"
-                           "\n"
-                           "00:00:03.000000 24 -> 2/servic"))
-                    .Value();
-    ASSERT_THAT(trace.calls, SizeIs(2));
+    const std::string file = File(
+            "00:00:02.000000 24 <- 7/peer a.b.ICallback.notify oneway 184 bytes 1 fds 44 us DEAD\n"
+            "00:00:01.000000 25 -> 2/manager ?.(descriptor) 0 bytes 0 fds 58 us OK\n"
+            "00:00:03.000000 24 -> 2/manager a.b.C.d 10 bytes 0 fds 5\n\n00:00:03.000000 24");
+    const Trace trace = ReadTrace(file).Value();
     EXPECT_EQ(trace.unreadable, 3u);
-    EXPECT_EQ(trace.calls[0].method, "(descriptor)");
-    EXPECT_FALSE(trace.calls[0].incoming || trace.calls[0].oneway);
-    const Call& second = trace.calls[1];
-    EXPECT_EQ(second.startUs - trace.calls[0].startUs, 1'000'000);
-    EXPECT_TRUE(second.incoming && second.oneway);
-    EXPECT_EQ(second.peer + " " + second.interface + " " + second.method + " " + second.status,
-              "7/offlinecamerase a.b.ICallback notify DEAD_OBJECT");
-    EXPECT_THAT((std::vector<int64_t>{second.pid, static_cast<int64_t>(second.bytes),
-                                      static_cast<int64_t>(second.descriptors), second.durationUs}),
-                ElementsAre(24, 184, 1, 44));
+    Words calls;
+    for (const Call& call : trace.calls) {
+        calls.push_back((call.incoming ? "in " : "out ") + std::to_string(call.startUs) + " " +
+                        std::to_string(call.pid) + " " + call.peer + " " + call.interface + " " +
+                        call.method + (call.oneway ? " oneway " : " ") +
+                        std::to_string(call.bytes) + " " + std::to_string(call.descriptors) + " " +
+                        std::to_string(call.durationUs) + " " + call.status);
+    }
+    EXPECT_THAT(calls, ElementsAre("out -1000000 25 2/manager ? (descriptor) 0 0 58 OK",
+                                   "in 0 24 7/peer a.b.ICallback notify oneway 184 1 44 DEAD"));
 }
 
 // A run in which everything takes 10 us. A text that begins with '>' or '<' is a call out or in,
 // one with '*' a line of another thread, one with '!' an error.
 struct Made {
-    explicit Made(const std::vector<std::string>& texts) {
+    explicit Made(const Words& texts) {
         for (const std::string& text : texts) {
             now += 10;
             const std::string rest = text.substr(1);
@@ -138,8 +125,8 @@ struct Made {
         return FindPhases(log, calls, facts, now + 10, cutShort);
     }
     // "NAME", "NAME: DETAIL", with "!" for one that failed, "?" timed out, "#" cut short.
-    std::vector<std::string> Texts(bool cutShort = false) const {
-        std::vector<std::string> texts;
+    Words Texts(bool cutShort = false) const {
+        Words texts;
         for (const Phase& phase : Phases(cutShort)) {
             const std::string end(1, " !?#"[static_cast<int>(phase.end)]);
             texts.push_back((end == " " ? "" : end) + phase.name +
@@ -154,7 +141,7 @@ struct Made {
     Facts facts;
 };
 
-const std::vector<std::string> kRun = {
+const Words kRun = {
         "main: offline camera client connect to service ",
         "main: offline camera client opMode 0",
         "OpenOfflineSession",
