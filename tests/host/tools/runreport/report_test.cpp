@@ -108,6 +108,7 @@ TEST_F(Report, ShowsReducedPicturesAndTellsOfEmptyFrames) {
     const Json report = OfRun({}, "Y2J");
     EXPECT_EQ(report["sources"][0]["leftUnread"], true);
     EXPECT_EQ(report["problems"].back()["text"], "The input frames were left empty");
+    EXPECT_EQ(report["problems"].back()["phase"], "fill");
     EXPECT_THAT(m_summary, StartsWith("run: the input frames were left empty: "));
     EXPECT_EQ(report["dumps"][0]["width"], 4000);
     EXPECT_NE(report["dumps"][0]["picture"], "");
@@ -152,6 +153,8 @@ TEST_F(Report, TellsWhereARunCrashed) {
 }
 
 TEST_F(Report, NamesWhatItCouldNotRead) {
+    OfRun({}, "callback");
+    EXPECT_EQ(m_summary, "");  // no session was opened: no file to expect
     const Json report = Make({"--log=" + Path("none"), "--trace=" + Path(""),
                               "--dump=" + Path("gone.jpg"), "--status=255", "--", "x"});
     EXPECT_EQ(report["missing"], Json({Path("none") + ": cannot open: No such file or directory",
@@ -159,6 +162,7 @@ TEST_F(Report, NamesWhatItCouldNotRead) {
     EXPECT_THAT(report["dumps"][0]["note"], HasSubstr("gone.jpg: cannot open"));
     EXPECT_EQ(report["run"]["ending"], "usage-error");
     EXPECT_EQ(runProgram({RUNREPORT, "--html=" + Path("")}).status, 1);
+    EXPECT_EQ(runProgram({RUNREPORT, "--json=" + Path("")}).status, 1);
     EXPECT_EQ(runProgram({RUNREPORT, "--started=soon", "--summary"}).status, 2);
 }
 
