@@ -3,6 +3,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <utility>
 
 namespace bench {
 
@@ -10,28 +11,29 @@ namespace {
 
 constexpr uint64_t kReadAndWriteOften = 0x33;
 
-void Require(const graphics::Outcome& outcome, const char* what) {
-    if (outcome.ok()) return;
-    fprintf(stderr, "cannot %s a buffer: %s\n", what, outcome.reason.c_str());
+// The value of a result; ends the program without one.
+template <class T>
+T Require(base::Result<T> result, const char* what) {
+    if (result.Ok()) return std::move(result).Value();
+    fprintf(stderr, "cannot %s a buffer: %s\n", what, result.Error().c_str());
     exit(1);
 }
 
 }  // namespace
 
-Buffer::Buffer(const graphics::BufferDescription& description) : mDescription(description) {
-    Require(layOut(mDescription, &mLayout), "lay out");
+Buffer::Buffer(const graphics::BufferDescription& description)
+    : mDescription(description), mLayout(Require(LayOut(mDescription), "lay out")) {
     MakeFresh();
 }
 
 void Buffer::MakeFresh() {
     mMapping = {};
-    mHandle.reset();
-    Require(createBuffer(mDescription, &mHandle), "create");
+    mHandle = Require(CreateBuffer(mDescription), "create");
     MapAnew();
 }
 
 void Buffer::MapAnew() {
-    Require(mMapping.map(mHandle->data[0], mLayout.size), "map");
+    Require(mMapping.Map(mHandle->data[0], mLayout.size), "map");
 }
 
 graphics::BufferDescription Raw10Buffer(uint32_t width, uint32_t height) {

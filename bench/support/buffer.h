@@ -1,8 +1,8 @@
 // A buffer of the stand-in device: a sealed memory file, mapped.
 #pragma once
 
-#include <graphics_core/buffer_handle.h>
-#include <graphics_core/buffer_mapping.h>
+#include <graphics/buffer_handle.h>
+#include <graphics/buffer_mapping.h>
 
 #include <cstdint>
 
@@ -12,7 +12,7 @@ class Buffer {
   public:
     explicit Buffer(const graphics::BufferDescription& description);
 
-    uint8_t* Data() { return static_cast<uint8_t*>(mMapping.data()); }
+    uint8_t* Data() { return static_cast<uint8_t*>(mMapping.Data()); }
     const graphics::BufferLayout& Layout() const { return mLayout; }
 
     /** As a buffer that was just allocated and mapped: no page is there yet. */

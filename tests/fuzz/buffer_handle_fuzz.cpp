@@ -1,6 +1,6 @@
 // Buffer handles of arbitrary shape and integers over a real memory file.
 #include <fcntl.h>
-#include <graphics_core/imported_buffers.h>
+#include <graphics/imported_buffers.h>
 #include <sys/mman.h>
 #include <unistd.h>
 
@@ -22,10 +22,10 @@ UniqueHandle disturbed(const native_handle_t* made, FuzzInput* input) {
     memcpy(handle->data + handle->numFds, bytes.data(), bytes.size());
     HandleIntegers integers;
     HandleIntegers real;
-    if (readIntegers(handle.get(), &integers) && readIntegers(made, &real)) {
+    if (ReadIntegers(handle.get(), &integers) && ReadIntegers(made, &real)) {
         if ((choice & 4) != 0) integers.id = real.id;
         if ((choice & 8) != 0) integers.size = real.size;
-        writeIntegers(integers, handle.get());
+        WriteIntegers(integers, handle.get());
     }
     return handle;
 }
@@ -34,24 +34,25 @@ UniqueHandle disturbed(const native_handle_t* made, FuzzInput* input) {
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     FuzzInput input(data, size);
-    UniqueHandle made;
-    require(createBuffer({"x", 16, 12, 1, kFormatYcbcr420, 3, 0}, &made).ok());
+    auto created = CreateBuffer({"x", 16, 12, 1, kFormatYcbcr420, 3, 0});
+    require(created.Ok());
+    const UniqueHandle made = std::move(created).Value();
     if (input.take<uint8_t>() % 4 == 0) {  // a file of the wrong size, or one that can shrink
         const int file = memfd_create("other", MFD_CLOEXEC | MFD_ALLOW_SEALING);
         require(ftruncate(file, input.take<uint16_t>()) == 0);
         require(dup3(file, made->data[0], O_CLOEXEC) >= 0 && close(file) == 0);
     }
     const UniqueHandle raw = disturbed(made.get(), &input);
-    ImportedBuffers& buffers = ImportedBuffers::instance();
-    const native_handle_t* imported = nullptr;
-    if (!buffers.import(raw.get(), &imported).ok()) return 0;
-    BufferInfo info;
-    require(buffers.describe(imported, &info).ok());
-    void* memory = nullptr;
-    if (buffers.lock(imported, 3, {}, -1, &memory).ok()) {
-        memset(memory, 1, info.layout.size);  // every byte it promises is there
-        require(buffers.unlock(imported).ok());
+    ImportedBuffers& buffers = ImportedBuffers::Instance();
+    const auto result = buffers.Import(raw.get());
+    if (!result.Ok()) return 0;
+    const native_handle_t* const imported = result.Value();
+    const auto info = buffers.Describe(imported);
+    require(info.Ok());
+    if (const auto memory = buffers.Lock(imported, 3, {}, -1); memory.Ok()) {
+        memset(memory.Value(), 1, info.Value().layout.size);  // every byte it promises is there
+        require(buffers.Unlock(imported).Ok());
     }
-    require(buffers.release(imported).ok() && !buffers.release(imported).ok());
+    require(buffers.Release(imported).Ok() && !buffers.Release(imported).Ok());
     return 0;
 }

@@ -4,7 +4,7 @@
 #pragma once
 
 #include <fcntl.h>
-#include <graphics_core/buffer_handle.h>
+#include <graphics/buffer_handle.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -25,7 +25,9 @@ inline const std::vector<graphics::UniqueHandle>& fuzzBuffers() {
                 {"f", 16, 12, 1, graphics::kFormatYcbcr420, 3, 0},
                 {"f", 2000, 1, 1, graphics::kFormatBlob, 3, 0}};
         for (size_t i = 0; i < 3; ++i) {
-            require(graphics::createBuffer(descriptions[i], &(*made)[i]).ok());
+            auto created = graphics::CreateBuffer(descriptions[i]);
+            require(created.Ok());
+            (*made)[i] = std::move(created).Value();
         }
         return made;
     }();
@@ -48,7 +50,7 @@ inline void fixBufferIds(AParcel* parcel) {
         if (integers.magic != graphics::kHandleMagic) continue;
         for (const auto& buffer : fuzzBuffers()) {
             graphics::HandleIntegers real;
-            require(graphics::readIntegers(buffer.get(), &real));
+            require(graphics::ReadIntegers(buffer.get(), &real));
             if (real.format == integers.format) integers.id = real.id;
         }
         memcpy(parcel->mutableData() + at, &integers, sizeof(integers));

@@ -192,7 +192,7 @@ void saveOthers() {
     save("metadata/dump", std::string(dump.value().begin(), dump.value().end()));
     for (size_t i = 0; i < fuzzBuffers().size(); ++i) {
         graphics::HandleIntegers integers;
-        require(graphics::readIntegers(fuzzBuffers()[i].get(), &integers));
+        require(graphics::ReadIntegers(fuzzBuffers()[i].get(), &integers));
         save("buffer_handle/format" + std::to_string(i), std::string{1, 4} + bytesOf(integers));
     }
     offlineframes::Picture picture(5, 4);

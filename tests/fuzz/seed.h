@@ -32,7 +32,7 @@ inline unsigned bufferNumber(const std::string& bytes, size_t offset) {
         if (integers.magic != graphics::kHandleMagic) continue;
         for (unsigned i = 0; i < fuzzBuffers().size(); ++i) {
             graphics::HandleIntegers real;
-            require(graphics::readIntegers(fuzzBuffers()[i].get(), &real));
+            require(graphics::ReadIntegers(fuzzBuffers()[i].get(), &real));
             if (real.format == integers.format) return i;
         }
     }

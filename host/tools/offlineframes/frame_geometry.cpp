@@ -2,7 +2,7 @@
 
 #include "frame_geometry.h"
 
-#include <graphics_core/buffer_layout.h>
+#include <graphics/buffer_layout.h>
 
 #include "file_io.h"
 #include "picture.h"
@@ -60,11 +60,10 @@ FrameGeometry allocatorGeometry(FrameFormat format, PictureSize size) {
     description.layerCount = 1;
     description.format =
             format == FrameFormat::kRaw10 ? graphics::kFormatRaw10 : graphics::kFormatYcbcr420;
-    graphics::BufferLayout layout;
     FrameGeometry geometry = {format, size};
-    if (graphics::layOut(description, &layout).ok()) {
-        geometry.stride = layout.stride;
-        geometry.scanlines = layout.planes[0].scanlines;
+    if (const auto layout = graphics::LayOut(description); layout.Ok()) {
+        geometry.stride = layout.Value().stride;
+        geometry.scanlines = layout.Value().planes[0].scanlines;
     }
     return geometry;
 }
