@@ -1,4 +1,4 @@
-// Imported buffers: leaks, locks, fences, fresh pages, the zero tail, and use from threads.
+// Imported buffers: leaks, locks, fences, fresh pages and the zero tail.
 #include <graphics/fence.h>
 #include <graphics/imported_buffers.h>
 #include <gtest/gtest.h>
@@ -9,7 +9,6 @@
 #include <algorithm>
 #include <cstring>
 #include <thread>
-#include <vector>
 
 #include "buffers.h"
 
@@ -117,25 +116,6 @@ TEST_F(ImportedBuffersTest, TailAfterTheBufferIsLargeEnoughZeroAndReadOnly) {
         EXPECT_EQ(std::count(data + bytes, data + 2 * size_t{bytes}, 0), bytes);
         if (bytes % 4096 == 0) EXPECT_DEATH(*const_cast<volatile uint8_t*>(data + bytes) = 1, "");
     }
-}
-
-TEST_F(ImportedBuffersTest, ThreadsUseOneRegistry) {
-    const UniqueHandle raw = CreateNv12();
-    const native_handle_t* shared = Import(raw);
-    std::vector<std::thread> threads;
-    for (int t = 0; t < 4; ++t) {
-        threads.emplace_back([&] {
-            for (int i = 0; i < 50; ++i) {
-                const native_handle_t* own = Import(raw);
-                Lock(own);
-                Lock(shared);
-                EXPECT_TRUE(m_buffers.Unlock(shared).Ok());
-                EXPECT_TRUE(m_buffers.Release(own).Ok());
-            }
-        });
-    }
-    for (std::thread& thread : threads) thread.join();
-    EXPECT_EQ(ErrorOf(m_buffers.Unlock(shared)), BufferError::kBadBuffer) << "an unlock was lost";
 }
 
 }  // namespace

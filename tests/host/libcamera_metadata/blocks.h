@@ -13,14 +13,17 @@ struct FreeBlock {
 };
 using Block = std::unique_ptr<camera_metadata_t, FreeBlock>;
 
+inline int addOrientation(const Block& block, int32_t degrees) {
+    return add_camera_metadata_entry(block.get(), ANDROID_JPEG_ORIENTATION, &degrees, 1);
+}
+
 // GPS coordinates (24 bytes of data), orientation (inline) and a timestamp (8 bytes of data).
 inline Block makeSampleBlock() {
     Block block(allocate_camera_metadata(10, 80));
     const double coordinates[3] = {47.5, 8.25, 400.0};
-    const int32_t orientation = 90;
     const int64_t timestamp = 1234567890123;
     add_camera_metadata_entry(block.get(), ANDROID_JPEG_GPS_COORDINATES, coordinates, 3);
-    add_camera_metadata_entry(block.get(), ANDROID_JPEG_ORIENTATION, &orientation, 1);
+    addOrientation(block, 90);
     add_camera_metadata_entry(block.get(), ANDROID_JPEG_GPS_TIMESTAMP, &timestamp, 1);
     return block;
 }

@@ -5,13 +5,11 @@
 
 #include "tests/host/libcamera_metadata/blocks.h"
 
-extern "C" int addOrientationFromC(camera_metadata_t* block, int32_t degrees);
-
 namespace {
 
 TEST(Block, LayoutOfInlineEntriesAndOfDataOutside) {
     const Block block(allocate_camera_metadata(10, 80));
-    ASSERT_EQ(addOrientationFromC(block.get(), 90), 0);
+    ASSERT_EQ(addOrientation(block, 90), 0);
     const std::vector<uint8_t> bytes = bytesOf(block);
     // size, version, flags, entry count, capacity and start, data count, capacity and start
     const uint32_t header[] = {288, 1, 0, 1, 10, 48, 0, 80, 208};
@@ -56,8 +54,8 @@ TEST(FindEntry, FindsTheFirstOfItsTagSortedOrNot) {
     const Block block(allocate_camera_metadata(4, 16));
     const int64_t timestamp = 5;
     ASSERT_EQ(add_camera_metadata_entry(block.get(), ANDROID_JPEG_GPS_TIMESTAMP, &timestamp, 1), 0);
-    ASSERT_EQ(addOrientationFromC(block.get(), 90), 0);
-    ASSERT_EQ(addOrientationFromC(block.get(), 270), 0);
+    ASSERT_EQ(addOrientation(block, 90), 0);
+    ASSERT_EQ(addOrientation(block, 270), 0);
     camera_metadata_ro_entry_t entry;
     const auto find = [&](uint32_t tag) {
         return find_camera_metadata_ro_entry(block.get(), tag, &entry);
