@@ -94,11 +94,6 @@ DeviceRun& DeviceRun::with(const std::vector<std::string>& options) {
     return *this;
 }
 
-DeviceRun& DeviceRun::within(int seconds) {
-    m_patience = seconds;
-    return *this;
-}
-
 std::string DeviceRun::dumpPath(const std::string& name) const {
     return folder() + "/offlinecameratest/" + name;
 }
@@ -117,7 +112,7 @@ RunResult DeviceRun::command(const std::vector<std::string>& words) {
     argv.insert(argv.end(), m_options.begin(), m_options.end());
     argv.push_back("--");
     argv.insert(argv.end(), words.begin(), words.end());
-    const Finished finished = runProgram(argv, crashSettings(), m_patience);
+    const Finished finished = runProgram(argv, crashSettings());
 
     RunResult result;
     result.status = finished.status;

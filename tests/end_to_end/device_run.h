@@ -38,9 +38,6 @@ class DeviceRun {
     // deviceshell's options, appended.
     DeviceRun& with(const std::vector<std::string>& options);
 
-    // Seconds that a run may take.
-    DeviceRun& within(int seconds);
-
     // Runs "vexofflinecameratest ARGUMENTS" or another command. A test fails here when the run
     // does not end in time or a sanitizer reported something in any process.
     RunResult tool(const std::vector<std::string>& arguments);
@@ -53,10 +50,9 @@ class DeviceRun {
   private:
     const TemporaryFolder m_folder{"device-run"};
     std::vector<std::string> m_options;
-    int m_patience = kPatience;
 };
 
-// Makes links to the source files in a data folder, so that nobody has to make them.
+// Links to the source files from a data folder, so that a run need not make them.
 void linkSources(const std::string& folder);
 
 // Lines of a log file of the stand-in device.

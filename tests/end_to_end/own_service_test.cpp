@@ -51,14 +51,5 @@ TEST_F(OwnService, RefusesWhatItCannotDoAndSaysWhy) {
     EXPECT_EQ(run({"--service", MINIMAL_SERVICE, "-t", "callback"}).status, 0);
 }
 
-// It closes in a callback (10) and sends many requests at once (11).
-TEST_F(OwnService, OutlivesClientsThatCallItAtOddTimes) {
-    for (const char* attack : {"10", "11"}) {
-        const RunResult result =
-                DeviceRun().with({"--service", MINIMAL_SERVICE}).command({ATTACKER, attack});
-        EXPECT_EQ(result.status, 0) << result.allOutput();
-    }
-}
-
 }  // namespace
 }  // namespace end_to_end
