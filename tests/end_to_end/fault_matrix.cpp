@@ -2,23 +2,26 @@
 // usage: fault_matrix FILE
 
 #include <gtest/gtest.h>
+#include <runlog/facts.h>
 #include <stdio.h>
+#include <string.h>
 #include <terminal/terminal.h>
 
 #include <atomic>
 #include <chrono>
 #include <fstream>
 #include <mutex>
+#include <regex>
 #include <sstream>
 #include <thread>
 
 #include "tests/end_to_end/device_run.h"
-#include "tests/end_to_end/fault_outcome.h"
 
 namespace end_to_end {
 namespace {
 
 using Clock = std::chrono::steady_clock;
+using std::chrono::seconds;
 
 constexpr size_t kWorkers = 12;  // most of them wait
 
@@ -45,6 +48,18 @@ const Mode kModes[] = {{"B2Y",
                        {"MMF",
                         {"4096_3072_RAW10.raw", "mmf_fd.yuv"},
                         "OfflineAidl_CameraId_2_Frame_1_MMF_Stride[4096]_Scanline[3072].yuv"}};
+
+// By name: size in bytes, and a hash of the content.
+using Dumps = std::map<std::string, std::pair<uint64_t, size_t>>;
+
+struct Outcome {
+    std::string end;      // status or signal
+    std::string waits;    // that lasted for their 5 s
+    std::string request;  // what the waits for shutter and result said; empty: none began
+    std::string errors;   // different lines at level E or F, marked up
+    Dumps dumps;
+    bool closed = false;  // the session, by the tool
+};
 
 struct Row {
     std::string fault;
@@ -85,6 +100,41 @@ const FileFault kDumpFaults[] = {
          "cd ..; rm -r offlinecameratest; ln -s '" SOURCE_FOLDER "/offlinecameratest' ."},
         {"disk full (a link to /dev/full)", "ln -s /dev/full \"$f\""}};
 
+std::string endOf(int status) {
+    const char* const name = status > 128 ? sigabbrev_np(status - 128) : nullptr;
+    return name ? std::string("SIG") + name : std::to_string(status);
+}
+
+// A run that goes on for much longer than its waits is slow beyond what a busy machine explains.
+std::string waitsOf(const std::vector<runlog::Wait>& waits, Clock::duration duration) {
+    const auto count = std::count_if(waits.begin(), waits.end(), [](const runlog::Wait& wait) {
+        return wait.endUs && *wait.endUs - wait.startUs > 4'900'000;
+    });
+    const std::string text = count == 0 ? "none" : count == 1 ? "5 s" : "5 s + 5 s";
+    return duration < seconds(count * 5 + 30) ? text : text + ", then slow";
+}
+
+std::string requestOf(const runlog::Facts& facts) {
+    if (!facts.resultStatus) return "";
+    const bool shutter = std::none_of(
+            facts.waits.begin(), facts.waits.end(),
+            [](const runlog::Wait& wait) { return wait.forShutter && wait.TimedOut(); });
+    return std::string(shutter ? "yes" : "no") + ", " + std::to_string(*facts.resultStatus);
+}
+
+// Addresses differ from run to run.
+std::string errorsOf(std::vector<LogLine> log) {
+    for (LogLine& line : log) {
+        line.message = std::regex_replace(line.message, std::regex("0x[0-9a-f]+"), "ADDRESS");
+    }
+    std::string text;
+    for (const auto& [line, count] : runlog::DifferentErrors(log)) {
+        text += (text.empty() ? "`" : "<br>`") + std::string(1, line.priority) + " " +
+                line.message + "`";
+    }
+    return text;
+}
+
 void run(const Mode& mode, Row* row) {
     DeviceRun device;
     const Clock::time_point start = Clock::now();
@@ -93,8 +143,18 @@ void run(const Mode& mode, Row* row) {
                     .with(row->options)
                     .command({"sh", "-ec", row->shell + "exec vexofflinecameratest -t \"$0\"",
                               mode.name});
-    const std::chrono::duration<double> duration = Clock::now() - start;
-    row->outcome = outcomeOf(device, result, duration.count());
+    const runlog::Facts facts = runlog::FindFacts(result.log);
+    row->outcome.end = endOf(result.status);
+    row->outcome.waits = waitsOf(facts.waits, Clock::now() - start);
+    row->outcome.request = requestOf(facts);
+    row->outcome.errors = errorsOf(result.log);
+    row->outcome.closed = facts.sessionClosed;
+    for (const auto& [name, size] : result.dumps) {
+        if (name.rfind("OfflineAidl_", 0) == 0) {
+            const std::string content = readFile(device.dumpPath(name));
+            row->outcome.dumps[name] = {size, std::hash<std::string>()(content)};
+        }
+    }
 }
 
 template <size_t kCount>
@@ -157,16 +217,14 @@ void runAll(std::vector<std::vector<Row>>* tables) {
     for (std::thread& worker : workers) worker.join();
 }
 
-std::string dumpsOf(const Outcome& outcome, const Outcome& usual) {
-    if (outcome.dumps.empty()) return "nothing";
-    if (&outcome != &usual && outcome.dumps == usual.dumps) return "as without the fault";
+std::string dumpsOf(const Dumps& dumps, const Dumps* usual) {
+    if (dumps.empty()) return "nothing";
+    if (usual && dumps == *usual) return "as without the fault";
     std::string text;
-    for (const Dump& dump : outcome.dumps) {
-        const bool sameName =
-                &outcome != &usual && !usual.dumps.empty() && dump.name == usual.dumps.front().name;
+    for (const auto& [name, content] : dumps) {
         text += (text.empty() ? "" : "<br>") +
-                (sameName ? "other content" : "`" + dump.name + "`") + ", " +
-                std::to_string(dump.size) + " bytes";
+                (usual && usual->count(name) ? "other content" : "`" + name + "`") + ", " +
+                std::to_string(content.first) + " bytes";
     }
     return text;
 }
@@ -177,8 +235,9 @@ void writeTable(const Mode& mode, const std::vector<Row>& rows, std::ostream& st
            << "|---|---|---|---|---|---|---|\n";
     for (const Row& row : rows) {
         const Outcome& outcome = row.outcome;
+        const Dumps* const usual = &row == &rows.front() ? nullptr : &rows.front().outcome.dumps;
         stream << "| " << row.fault << " | " << outcome.end << " | " << outcome.waits << " | "
-               << outcome.request << " | " << dumpsOf(outcome, rows.front().outcome) << " | "
+               << outcome.request << " | " << dumpsOf(outcome.dumps, usual) << " | "
                << (outcome.closed ? "yes" : "no") << " | " << outcome.errors << " |\n";
     }
 }
