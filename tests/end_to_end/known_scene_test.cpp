@@ -92,11 +92,11 @@ TEST(KnownScene, JpegsSayWhatTheyAreToEveryReader) {
         EXPECT_THAT(fields.samplings, testing::ElementsAre(0x22, 0x11, 0x11));
 
         const auto decoded = offlineframes::decodeJpeg(file, "the JPEG");
-        ASSERT_TRUE(decoded.ok());
-        EXPECT_EQ(decoded.value().orientation, orientation);
-        EXPECT_EQ(decoded.value().jpegBytes, size);
-        EXPECT_EQ(decoded.value().picture.width, kOutWidth);
-        EXPECT_EQ(decoded.value().picture.height, kOutHeight);
+        ASSERT_TRUE(decoded.Ok());
+        EXPECT_EQ(decoded.Value().orientation, orientation);
+        EXPECT_EQ(decoded.Value().jpegBytes, size);
+        EXPECT_EQ(decoded.Value().picture.width, kOutWidth);
+        EXPECT_EQ(decoded.Value().picture.height, kOutHeight);
     }
 }
 

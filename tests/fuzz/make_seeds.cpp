@@ -11,8 +11,8 @@
 #include <imaging/jpeg.h>
 
 #include "host/services/offlinecamera/camera_metadata_blob.h"
-#include "host/tools/offlineframes/metadata_dump.h"
 #include "host/tools/offlineframes/picture_file.h"
+#include "host/tools/offlineframes/source_set.h"
 #include "seed.h"
 
 namespace {
@@ -188,8 +188,8 @@ void saveOthers() {
     const std::vector<uint8_t> blob = offlinecamera::MakeResultMetadata(90);
     save("metadata/orientation", std::string(blob.begin(), blob.end()));
     const auto dump = offlineframes::makeMetadataDump();
-    require(dump.ok());
-    save("metadata/dump", std::string(dump.value().begin(), dump.value().end()));
+    require(dump.Ok());
+    save("metadata/dump", std::string(dump.Value().begin(), dump.Value().end()));
     for (size_t i = 0; i < fuzzBuffers().size(); ++i) {
         graphics::HandleIntegers integers;
         require(graphics::readIntegers(fuzzBuffers()[i].get(), &integers));
@@ -198,8 +198,8 @@ void saveOthers() {
     offlineframes::Picture picture(5, 4);
     for (size_t i = 0; i < picture.rgb.size(); ++i) picture.rgb[i] = static_cast<uint8_t>(4 * i);
     const auto png = offlineframes::encodePng(picture, "seed");
-    require(png.ok());
-    save("picture/png", std::string(png.value().begin(), png.value().end()));
+    require(png.Ok());
+    save("picture/png", std::string(png.Value().begin(), png.Value().end()));
     save("picture/ppm",
          "P6\n# five by four\n5 4 255\n" + std::string(picture.rgb.begin(), picture.rgb.end()));
     std::vector<uint8_t> jpeg(8192);
@@ -209,9 +209,6 @@ void saveOthers() {
                                 jpeg.data(), jpeg.size(), &size)
                     .empty());
     save("picture/jpeg", std::string(jpeg.begin(), jpeg.begin() + static_cast<ptrdiff_t>(size)));
-    save("dump_name/raw", "OfflineAidl_CameraId_2_Frame_1_B2Y_Stride[4096]_Scanline[3072].yuv");
-    save("dump_name/jpeg", "x/OfflineAidl_CameraId_2_Frame_1_Y2J_Width[4000]_Height[3000].jpg");
-    save("dump_name/source", "4096_3072_RAW10.raw");
 }
 
 }  // namespace
