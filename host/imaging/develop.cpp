@@ -1,12 +1,33 @@
-// The average of RAW10 frames, developed strip by strip.
+// Frames developed, single or averaged, in strips of rows that threads share out among themselves.
+#include <imaging/b2y.h>
 #include <imaging/multi_frame.h>
 
-#include "develop.h"
+#include <algorithm>
+#include <functional>
+
+#include "instruction_sets.h"
+#include "parallel.h"
 #include "plane_checks.h"
 
 namespace imaging {
 
 namespace {
+
+// Even. A strip needs 2 x kDemosaicMargin rows that its neighbours need, too.
+constexpr uint32_t kStripRows = 128;
+
+// Calls `develop` for every strip of a picture, with the number of the worker that does it.
+void ForEachStrip(const RawView& raw, const MutableNv12View& out, uint32_t workers,
+                  const std::function<void(DevelopJob, uint32_t worker)>& develop) {
+    const uint32_t left = CropOffset(raw.width, out.width);
+    const uint32_t top = CropOffset(raw.height, out.height);
+    const uint32_t strips = (out.height + kStripRows - 1) / kStripRows;
+    ParallelFor(strips, workers, [&](uint32_t strip, uint32_t worker) {
+        const uint32_t begin = strip * kStripRows;
+        const uint32_t end = std::min(begin + kStripRows, out.height);
+        develop({raw, out, left, begin, end, top + begin}, worker);
+    });
+}
 
 std::string Check(const std::vector<RawView>& frames, const MutableRawView& scratch,
                   const MutableNv12View& out) {
@@ -28,6 +49,15 @@ std::string Check(const std::vector<RawView>& frames, const MutableRawView& scra
 }
 
 }  // namespace
+
+std::string RawToNv12(const RawView& raw, const MutableNv12View& out, const Execution& execution) {
+    if (std::string problem = CheckDevelopment(raw, out); !problem.empty()) return problem;
+
+    const Functions& functions = FunctionsFor(execution.instructions);
+    ForEachStrip(raw, out, execution.threads,
+                 [&](const DevelopJob& job, uint32_t) { functions.develop(job, ToneCurve()); });
+    return {};
+}
 
 std::string AverageToNv12(const std::vector<RawView>& frames, const MutableRawView& scratch,
                           const MutableNv12View& out, const Execution& execution) {
