@@ -16,10 +16,8 @@ struct CallContext {
     int nesting = 0;     // incoming calls on this thread, this one included
 };
 
-inline CallContext& TheCallContext() {
-    static thread_local CallContext context;
-    return context;
-}
+// The current thread's.
+CallContext& TheCallContext();
 
 // Sets the context for the lifetime of the object, then restores the one before.
 class ScopedCallContext {

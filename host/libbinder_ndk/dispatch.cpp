@@ -9,7 +9,14 @@
 #include <utility>
 #include <vector>
 
+#include "call_context.h"
+
 namespace hostbinder {
+
+CallContext& TheCallContext() {
+    static thread_local CallContext context;
+    return context;
+}
 
 ThreadPool& ThreadPool::Instance() {
     static ThreadPool* const pool = new ThreadPool;
