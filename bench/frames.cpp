@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 #include <vector>
 
 #include "measure.h"
@@ -15,26 +16,29 @@ namespace {
 constexpr uint64_t kReadAndWriteOften = 0x33;
 constexpr uint32_t kWidth = 4096, kHeight = 3072, kOutWidth = 4000, kOutHeight = 3000;
 
-void RequireDone(const graphics::Outcome& outcome, const char* what) {
-    Require(outcome.ok(), std::string(what) + " a buffer: " + outcome.reason);
+// The value of a result; ends the program without one.
+template <class T>
+T ValueOf(base::Result<T> result, const char* what) {
+    Require(result.Ok(),
+            std::string(what) + " a buffer" + (result.Ok() ? "" : ": " + result.Error()));
+    return std::move(result).Value();
 }
 
 }  // namespace
 
-Buffer::Buffer(const graphics::BufferDescription& description) : m_description(description) {
-    RequireDone(layOut(m_description, &m_layout), "lay out");
+Buffer::Buffer(const graphics::BufferDescription& description)
+    : m_description(description), m_layout(ValueOf(LayOut(m_description), "lay out")) {
     MakeFresh();
 }
 
 void Buffer::MakeFresh() {
     m_mapping = {};
-    m_handle.reset();
-    RequireDone(createBuffer(m_description, &m_handle), "create");
+    m_handle = ValueOf(CreateBuffer(m_description), "create");
     MapAnew();
 }
 
 void Buffer::MapAnew() {
-    RequireDone(m_mapping.map(m_handle->data[0], m_layout.size), "map");
+    ValueOf(m_mapping.Map(m_handle->data[0], m_layout.size), "map");
 }
 
 graphics::BufferDescription Raw10Buffer(uint32_t width, uint32_t height) {
