@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <utility>
 #include <vector>
 
 #include "measure.h"
@@ -16,29 +15,28 @@ namespace {
 constexpr uint64_t kReadAndWriteOften = 0x33;
 constexpr uint32_t kWidth = 4096, kHeight = 3072, kOutWidth = 4000, kOutHeight = 3000;
 
-// The value of a result; ends the program without one.
 template <class T>
-T ValueOf(base::Result<T> result, const char* what) {
-    Require(result.Ok(),
-            std::string(what) + " a buffer" + (result.Ok() ? "" : ": " + result.Error()));
+T Taken(base::Result<T> result, const char* what) {
+    Require(result.Ok(), std::string(what) + " a buffer: " + (result.Ok() ? "" : result.Error()));
     return std::move(result).Value();
 }
 
 }  // namespace
 
 Buffer::Buffer(const graphics::BufferDescription& description)
-    : m_description(description), m_layout(ValueOf(LayOut(m_description), "lay out")) {
+    : m_description(description), m_layout(Taken(graphics::LayOut(m_description), "lay out")) {
     MakeFresh();
 }
 
 void Buffer::MakeFresh() {
     m_mapping = {};
-    m_handle = ValueOf(CreateBuffer(m_description), "create");
+    m_handle.reset();
+    m_handle = Taken(graphics::CreateBuffer(m_description), "create");
     MapAnew();
 }
 
 void Buffer::MapAnew() {
-    ValueOf(m_mapping.Map(m_handle->data[0], m_layout.size), "map");
+    Taken(m_mapping.Map(m_handle->data[0], m_layout.size), "map");
 }
 
 graphics::BufferDescription Raw10Buffer(uint32_t width, uint32_t height) {

@@ -25,7 +25,7 @@ class Buffer {
 
   private:
     const graphics::BufferDescription m_description;
-    graphics::BufferLayout m_layout;
+    const graphics::BufferLayout m_layout;
     graphics::UniqueHandle m_handle;
     graphics::BufferMapping m_mapping;
 };

@@ -38,27 +38,27 @@ bool endsWith(const std::string& text, const std::string& ending) {
 }
 
 void setPicture(const Result<Thumbnail>& thumbnail, Frame* frame) {
-    if (!thumbnail.ok()) {
-        frame->note = thumbnail.error();
+    if (!thumbnail.Ok()) {
+        frame->note = thumbnail.Error();
         return;
     }
-    frame->picture = "data:image/jpeg;base64," + base64(thumbnail.value().jpeg);
-    frame->pictureWidth = thumbnail.value().width;
-    frame->pictureHeight = thumbnail.value().height;
+    frame->picture = "data:image/jpeg;base64," + base64(thumbnail.Value().jpeg);
+    frame->pictureWidth = thumbnail.Value().width;
+    frame->pictureHeight = thumbnail.Value().height;
 }
 
 void examineRaster(FrameFormat format, Frame* frame, const Bytes& bytes) {
     const Result<FrameGeometry> geometry =
             offlineframes::resolveGeometry(frame->path, format, {}, bytes.size());
-    if (!geometry.ok()) {
-        frame->note = geometry.error();
+    if (!geometry.Ok()) {
+        frame->note = geometry.Error();
         return;
     }
-    frame->width = geometry.value().size.width;
-    frame->height = geometry.value().size.height;
-    frame->stride = geometry.value().stride;
-    frame->scanlines = geometry.value().scanlines;
-    setPicture(thumbnailOfFrame(bytes, geometry.value()), frame);
+    frame->width = geometry.Value().size.width;
+    frame->height = geometry.Value().size.height;
+    frame->stride = geometry.Value().stride;
+    frame->scanlines = geometry.Value().scanlines;
+    setPicture(thumbnailOfFrame(bytes, geometry.Value()), frame);
 }
 
 void examineJpeg(Frame* frame, const Bytes& bytes) {
@@ -80,12 +80,12 @@ void examine(Frame* frame) {
     if (stat(frame->path.c_str(), &info) == 0) frame->bytes = static_cast<uint64_t>(info.st_size);
     if (frame->format.empty()) return;  // not a picture: its name and size are all there is
     const Result<Bytes> bytes = offlineframes::readFile(frame->path);
-    if (!bytes.ok()) {
-        frame->note = bytes.error();
+    if (!bytes.Ok()) {
+        frame->note = bytes.Error();
     } else if (jpeg) {
-        examineJpeg(frame, bytes.value());
+        examineJpeg(frame, bytes.Value());
     } else {
-        examineRaster(raw ? FrameFormat::kRaw10 : FrameFormat::kNv12, frame, bytes.value());
+        examineRaster(raw ? FrameFormat::kRaw10 : FrameFormat::kNv12, frame, bytes.Value());
     }
 }
 

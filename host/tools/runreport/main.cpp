@@ -16,24 +16,24 @@ bool write(const std::string& path, const std::string& text) {
     const auto written =
             offlineframes::writeFile(path, offlineframes::Bytes(text.begin(), text.end()),
                                      offlineframes::Existing::kReplace);
-    if (!written.ok()) fprintf(stderr, "runreport: %s\n", written.error().c_str());
-    return written.ok();
+    if (!written.Ok()) fprintf(stderr, "runreport: %s\n", written.Error().c_str());
+    return written.Ok();
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
     const auto options = runreport::readOptions({argv + 1, argv + argc});
-    if (!options.ok()) {
-        fprintf(stderr, "runreport: %s\n", options.error().c_str());
+    if (!options.Ok()) {
+        fprintf(stderr, "runreport: %s\n", options.Error().c_str());
         return 2;
     }
-    if (options.value().help) {
+    if (options.Value().help) {
         fputs(runreport::kHelp, stdout);
         return 0;
     }
-    const std::string json = runreport::reportJson(runreport::makeReport(options.value()));
-    const bool jsonWritten = write(options.value().jsonFile, json);
-    const bool pageWritten = write(options.value().htmlFile, runreport::reportPage(json));
+    const std::string json = runreport::reportJson(runreport::makeReport(options.Value()));
+    const bool jsonWritten = write(options.Value().jsonFile, json);
+    const bool pageWritten = write(options.Value().htmlFile, runreport::reportPage(json));
     return jsonWritten && pageWritten ? 0 : 1;
 }

@@ -140,9 +140,9 @@ Result<Thumbnail> thumbnailOfJpeg(const Bytes& file, const std::string& name,
                                   PictureSize* fullSize) {
     const Result<offlineframes::JpegPicture> jpeg =
             offlineframes::decodeJpeg(file, name, kThumbnailWidth);
-    if (!jpeg.ok()) return jpeg.failure();
-    *fullSize = {jpeg.value().width, jpeg.value().height};
-    const offlineframes::Picture& picture = jpeg.value().picture;
+    if (!jpeg.Ok()) return jpeg.GetFailure();
+    *fullSize = jpeg.Value().fullSize;
+    const offlineframes::Picture& picture = jpeg.Value().picture;
     const uint32_t width = picture.width & ~1u;
     const uint32_t height = picture.height & ~1u;
     if (width == 0 || height == 0) return Failure{"no reduced picture: it is too small"};

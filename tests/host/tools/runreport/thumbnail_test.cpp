@@ -22,17 +22,17 @@ using offlineframes::Result;
 
 // Of the reduced picture beside the frame's own picture, scaled; dB.
 double likeness(const Result<Thumbnail>& thumbnail, const Picture& full) {
-    if (!thumbnail.ok()) {
-        ADD_FAILURE() << thumbnail.error();
+    if (!thumbnail.Ok()) {
+        ADD_FAILURE() << thumbnail.Error();
         return 0;
     }
-    const auto jpeg = offlineframes::decodeJpeg(thumbnail.value().jpeg, "thumbnail");
-    EXPECT_TRUE(jpeg.ok()) << jpeg.error();
-    EXPECT_EQ(jpeg.value().width, thumbnail.value().width);
-    EXPECT_EQ(jpeg.value().height, thumbnail.value().height);
+    const auto jpeg = offlineframes::decodeJpeg(thumbnail.Value().jpeg, "thumbnail");
+    EXPECT_TRUE(jpeg.Ok()) << jpeg.Error();
+    EXPECT_EQ(jpeg.Value().fullSize.width, thumbnail.Value().width);
+    EXPECT_EQ(jpeg.Value().fullSize.height, thumbnail.Value().height);
     const Picture scaled =
-            offlineframes::fitPicture(full, {jpeg.value().width, jpeg.value().height});
-    return offlineframes::comparePictures(jpeg.value().picture, scaled).value().psnr;
+            offlineframes::fitPicture(full, jpeg.Value().fullSize);
+    return offlineframes::comparePictures(jpeg.Value().picture, scaled).Value().psnr;
 }
 
 TEST(Thumbnail, ShowsFramesOfEveryFormat) {
@@ -54,16 +54,16 @@ TEST(Thumbnail, ReducesJpegsAndTellsTheirSize) {
     PictureSize size;
     const auto thumbnail = thumbnailOfJpeg(offlineframes::jpegBytes(picture, 0), "whole", &size);
     EXPECT_GT(likeness(thumbnail, picture), 33);
-    EXPECT_LE(thumbnail.value().width, 1000u);
+    EXPECT_LE(thumbnail.Value().width, 1000u);
     EXPECT_EQ(size.width, 2000u);
     EXPECT_EQ(size.height, 1500u);
-    EXPECT_FALSE(thumbnailOfJpeg({0xff, 0xd8, 0xff}, "damaged", &size).ok());
+    EXPECT_FALSE(thumbnailOfJpeg({0xff, 0xd8, 0xff}, "damaged", &size).Ok());
 }
 
 TEST(Thumbnail, RefusesWhatIsTooSmallToShow) {
     const FrameGeometry thin = {FrameFormat::kNv12, {4000, 2}, 4096, 2};
     const Bytes frame(4096 * 3);
-    EXPECT_FALSE(thumbnailOfFrame(frame, thin).ok());
+    EXPECT_FALSE(thumbnailOfFrame(frame, thin).Ok());
 }
 
 }  // namespace
