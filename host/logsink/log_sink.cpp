@@ -80,13 +80,12 @@ void writeAll(int fd, const std::string& text) {
     }
 }
 
+// liblog leaves errno as it was: callers log first and look at errno afterwards.
 void logMessage(const __android_logger_data* data, const char* message) {
-    const int savedErrno = errno;  // callers log first and look at errno afterwards
     const std::string text = formatMessage(linePrefix(data->priority, data->tag),
                                            message != nullptr ? message : "(null)");
     if (gLogFd >= 0) writeAll(gLogFd, text);
     if (gEchoFd >= 0) writeAll(gEchoFd, text);
-    errno = savedErrno;
 }
 
 // The descriptor that the text names; -1, after telling why, if it cannot be written to.

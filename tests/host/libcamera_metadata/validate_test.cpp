@@ -39,7 +39,7 @@ TEST(Validate, FindsEveryDamagedField) {
             {"data starts in the entries", 32, 200},
             {"data unaligned", 32, 212},
             {"tag in no section", kFirstEntry, 0x7ff0000},
-            {"count overflows", kFirstEntry + 4, 0xffffffff},
+            {"count overflows", kFirstEntry + 4, 0x20000000},
             {"empty with data", kFirstEntry + kEntrySize + 4, 0},
             {"offset overflows", kFirstEntry + 2 * kEntrySize + 8, 0xfffffff8},
             {"type not its tags", kFirstEntry + kEntrySize + 12, TYPE_FLOAT},

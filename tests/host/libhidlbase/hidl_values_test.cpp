@@ -63,6 +63,9 @@ TEST(Return, AnExaminedFailureIsHarmless) {
     Return<int> first = Fails();
     const Return<int> second = std::move(first);  // and with it the duty to look
     EXPECT_FALSE(second.isOk());
+    Return<int> seen = Fails();
+    EXPECT_FALSE(seen.isOk());
+    const Return<int> handedOn = std::move(seen);  // needs no second look
 }
 
 TEST(Return, AnIgnoredOrUsedFailureAborts) {
