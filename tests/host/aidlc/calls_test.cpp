@@ -22,9 +22,6 @@ class Worker : public BnWorker {
         record->number = 1;
         return ScopedAStatus::ok();
     }
-    ScopedAStatus fail(int32_t code) override {
-        return ScopedAStatus::fromServiceSpecificErrorWithMessage(code, "as asked");
-    }
     ScopedAStatus post(int32_t value) override {
         posted = value;
         return ScopedAStatus::fromServiceSpecificError(1);
@@ -59,14 +56,8 @@ TEST_F(CallsTest, ValuesTravelBothWays) {
     ASSERT_TRUE(proxy->fill(&numbers, &record).isOk());
     EXPECT_THAT(numbers, ElementsAre(0, 10, 20)) << "as long as the caller's";
     EXPECT_EQ(record.number, 1);
-}
-
-TEST_F(CallsTest, ErrorsArriveUnlessTheMethodIsOneway) {
-    ASSERT_TRUE(proxy->post(99).isOk());
+    EXPECT_TRUE(proxy->post(99).isOk()) << "the answer to a oneway method is not heard";
     EXPECT_EQ(worker->posted, 99);
-    const ScopedAStatus status = proxy->fail(17);
-    EXPECT_EQ(status.getServiceSpecificError(), 17);
-    EXPECT_STREQ(status.getMessage(), "as asked");
 }
 
 TEST_F(CallsTest, RequestsThatDoNotDecodeAreNotHandedOn) {
@@ -95,11 +86,12 @@ TEST_F(CallsTest, ForeignObjectsAndDefaultImplementation) {
     const ndk::SpAIBinder twin(AIBinder_new(ClassOf(IWorker::descriptor), nullptr));
     const std::shared_ptr<IWorker> far = IWorker::fromBinder(twin);
     ASSERT_NE(far, nullptr);
-    EXPECT_EQ(far->fail(1).getStatus(), STATUS_UNKNOWN_TRANSACTION);
+    int32_t sum = 0;
+    EXPECT_EQ(far->add(2, 3, &sum).getStatus(), STATUS_UNKNOWN_TRANSACTION);
     ASSERT_TRUE(IWorker::setDefaultImpl(ndk::SharedRefBase::make<Worker>()));
-    EXPECT_EQ(far->fail(18).getServiceSpecificError(), 18);
+    EXPECT_TRUE(far->add(2, 3, &sum).isOk());
+    EXPECT_EQ(sum, 5);
     EXPECT_FALSE(IWorker::setDefaultImpl(worker)) << "only one";
-    EXPECT_EQ(IWorkerDelegator::version, 3);
 }
 
 }  // namespace
