@@ -15,7 +15,7 @@ class Worker : public BnWorker {
     ScopedAStatus add(int32_t a, int32_t b, int32_t* sum) override {
         calls++;
         *sum = a + b;
-        return ScopedAStatus::ok();
+        return b == 0 ? ScopedAStatus::fromServiceSpecificError(1) : ScopedAStatus::ok();
     }
     ScopedAStatus fill(std::vector<int32_t>* numbers, RecordV1* record) override {
         for (size_t i = 0; i < numbers->size(); i++) (*numbers)[i] = static_cast<int32_t>(i) * 10;
@@ -36,13 +36,13 @@ class CallsTest : public testing::Test {
     // Sends words behind a correct header and gives the transport's status.
     binder_status_t Send(uint32_t code, const std::vector<int32_t>& words) {
         ndk::ScopedAParcel in;
-        ndk::ScopedAParcel reply;
         const ndk::SpAIBinder binder = worker->asBinder();
         EXPECT_EQ(AIBinder_prepareTransaction(binder.get(), in.getR()), STATUS_OK);
         for (const int32_t word : words) AParcel_writeInt32(in.get(), word);
         return AIBinder_transact(binder.get(), code, in.getR(), reply.getR(), 0);
     }
 
+    ndk::ScopedAParcel reply;
     std::shared_ptr<Worker> worker = ndk::SharedRefBase::make<Worker>();
     std::shared_ptr<IWorker> proxy = ndk::SharedRefBase::make<BpWorker>(worker->asBinder());
 };
@@ -58,6 +58,11 @@ TEST_F(CallsTest, ValuesTravelBothWays) {
     EXPECT_EQ(record.number, 1);
     EXPECT_TRUE(proxy->post(99).isOk()) << "the answer to a oneway method is not heard";
     EXPECT_EQ(worker->posted, 99);
+}
+
+TEST_F(CallsTest, TheReplyOfAFailedCallIsItsStatus) {
+    EXPECT_EQ(Send(IWorker::TRANSACTION_add, {1, 0}), STATUS_OK);
+    EXPECT_EQ(AParcel_getDataSize(reply.get()), 20) << "error, no text, no stack, code";
 }
 
 TEST_F(CallsTest, RequestsThatDoNotDecodeAreNotHandedOn) {

@@ -22,7 +22,7 @@ TEST(ConstantsTest, HaveTheirValues) {
             {"0xffffffffL", "4294967295L"},
             {"1L << 63", "INT64_MIN"},
             {"0xf << 28", "-268435456L"},  // an int loses the upper bits
-            {"1 | 2 << 1 | -8", "-3L"},    // << before |
+            {"3 | 1 << 1 | -8", "-5L"},    // << before |
             {"-0x80000000, Y", "-2147483648L,\n    Y = -2147483647L"},
     };
     for (const auto& [expression, value] : cases) {
@@ -50,11 +50,12 @@ TEST(EmitTest, DeprecationNoteIsOnEveryDeclarationOfTheMethod) {
 
 TEST(EmitTest, InterfacesMayReferToEachOtherAndOnlyNamedFilesAreMade) {
     Sources sources;
-    sources.Add("a/IT.aidl", "interface IT { b.IU u(b.IU v); }");
+    sources.Add("a/IT.aidl", "interface IT { b.IU u(b.IU v); oneway void w(); }");
     sources.Add("b/IU.aidl", "interface IU { a.IT t(); }");
     ASSERT_EQ(sources.Compile("a/IT.aidl"), "");
     EXPECT_THAT(sources.generated["include/aidl/a/IT.h"], HasSubstr("#include <aidl/b/IU.h>"));
     EXPECT_EQ(sources.generated.count("include/aidl/b/IU.h"), 0u);
+    EXPECT_THAT(sources.generated["src/aidl/a/IT.cpp"], HasSubstr("_aidl_flags = FLAG_ONEWAY;"));
 }
 
 std::pair<int, std::string> RunCompiler(const std::string& arguments) {

@@ -34,7 +34,7 @@ parcelable T { IBinder b; } => 16: unknown type a.IBinder: it is not built in, a
 parcelable T { void v; } => 16: only a result can be void
 parcelable T { int[2] v; } => 16: a fixed array of int is not supported here
 parcelable T { ITwo two; } => 16: a field of type ITwo is not supported here
-parcelable T { P p; T[] more; } => 12: T contains itself through T.more
+parcelable T { P p; U u; } => 12: T contains itself through U.t
 union T {} => 7: T needs at least one member
 parcelable T { int[] i = 1; } => 26: a default of an array is not supported here
 parcelable T { byte b = 128; } => 25: the default is not an integer of 8 bits
@@ -54,6 +54,7 @@ TEST(RefusalTest, SaysWhatIsWrongAndWhere) {
     sources.Add("a/P.aidl", "parcelable P { int x; }");
     sources.Add("a/E.aidl", "enum E { ONE = 1 }");
     sources.Add("a/ITwo.aidl", "interface ITwo {}");
+    sources.Add("a/U.aidl", "union U { int i; T[] t; }");
     std::istringstream lines(kRefusals);
     for (std::string line; std::getline(lines, line);) {
         if (line.empty()) continue;
