@@ -116,7 +116,7 @@ void AddInterface(const Declaration& declaration, const Version& version, Model*
         names += "\"" + method.name + "\", ";
     }
     model->values["version"] = std::to_string(version.number);
-    model->values["hash"] = version.hash;
+    model->values["hash"] = Quote(version.hash);
     model->values["methodNames"] = names;
     model->values["methodCount"] = std::to_string(methods.size());
     model->lists["methods"] = methods;

@@ -18,15 +18,15 @@ bool IsStringPart(int c) {
 
 class Lexer {
   public:
-    explicit Lexer(const std::string& text) : m_text(text) {}
+    Lexer(const std::string& text, const std::string& file) : m_text(text), m_file(file) {}
 
-    base::Result<std::vector<Token>> Run(const std::string& file) {
+    base::Result<std::vector<Token>> Run() {
         std::vector<Token> tokens;
         do {
             SkipBlanks();
             tokens.push_back(Read());
         } while (tokens.back().kind != TokenKind::kEnd);
-        if (!m_error.empty()) return base::Failure{Located(file, m_errorPosition, m_error)};
+        if (!m_error.empty()) return base::Failure{m_error};
         return tokens;
     }
 
@@ -55,8 +55,7 @@ class Lexer {
 
     // The first error counts and ends the text.
     void Fail(const Position& position, const std::string& error) {
-        m_error = error;
-        m_errorPosition = position;
+        m_error = Located(m_file, position, error);
         m_offset = m_text.size();
     }
 
@@ -111,17 +110,17 @@ class Lexer {
     }
 
     const std::string& m_text;
+    const std::string& m_file;
     size_t m_offset = 0;
     Position m_position;
     std::string m_comment;
     std::string m_error;
-    Position m_errorPosition;
 };
 
 }  // namespace
 
 base::Result<std::vector<Token>> Tokenize(const std::string& text, const std::string& file) {
-    return Lexer(text).Run(file);
+    return Lexer(text, file).Run();
 }
 
 }  // namespace aidlc

@@ -14,7 +14,7 @@ class I$base$ : public ::ndk::ICInterface {
     virtual ~I$base$();
 
     static inline const int32_t version = $version$;
-    static inline const std::string hash = "$hash$";
+    static inline const std::string hash = $hash$;
 %each methods
     static constexpr uint32_t TRANSACTION_$method$ = FIRST_CALL_TRANSACTION + $index$;
 %end

@@ -1,12 +1,14 @@
-// Values of the platform's types that programs built for a device rely on.
+// The platform's types: values that programs built for a device rely on; with them, how enums and
+// unions behave.
+#include <aidl/android/hardware/camera/device/BufferStatus.h>
+#include <aidl/android/hardware/camera/device/NotifyMsg.h>
 #include <aidl/android/hardware/camera/device/Stream.h>
 #include <aidl/android/hardware/camera/device/StreamBuffersVal.h>
-#include <aidl/android/hardware/graphics/allocator/AllocationError.h>
 #include <aidl/android/hardware/graphics/allocator/IAllocator.h>
 #include <aidl/android/hardware/graphics/common/Dataspace.h>
-#include <aidl/android/hardware/graphics/common/PlaneLayoutComponentType.h>
-#include <aidl/android/hardware/graphics/common/StandardMetadataType.h>
 #include <gtest/gtest.h>
+
+#include "tests/host/aidlc/parcels.h"
 
 namespace {
 
@@ -14,14 +16,8 @@ using namespace aidl::android::hardware::camera::device;
 using namespace aidl::android::hardware::graphics::allocator;
 using namespace aidl::android::hardware::graphics::common;
 
-static_assert(static_cast<int>(PixelFormat::YV12) == 0x32315659);
-static_assert(static_cast<int64_t>(BufferUsage::CPU_WRITE_OFTEN) == 48);
-static_assert(static_cast<int64_t>(BufferUsage::FRONT_BUFFER) == 4294967296);
 static_assert(static_cast<int64_t>(BufferUsage::VENDOR_MASK) == -268435456);
 static_assert(static_cast<int64_t>(BufferUsage::VENDOR_MASK_HI) == -281474976710656);
-static_assert(static_cast<int64_t>(PlaneLayoutComponentType::A) == 1 << 30);
-static_assert(static_cast<int64_t>(StandardMetadataType::STRIDE) == 23);
-static_assert(static_cast<int>(AllocationError::UNSUPPORTED) == 2);
 
 static_assert(IAllocator::TRANSACTION_allocate2 == 2 && IAllocator::TRANSACTION_isSupported == 3 &&
               IAllocator::TRANSACTION_getIMapperLibrarySuffix == 4);
@@ -36,16 +32,35 @@ TEST(PlatformTypesTest, DataspacesAreMadeOfTheRightParts) {
     }
 }
 
-TEST(PlatformTypesTest, FieldsStartAsOnADevice) {
+TEST(PlatformTypesTest, EnumsHaveNames) {
+    EXPECT_EQ(toString(BufferStatus::ERROR), "ERROR");
+    EXPECT_EQ(toString(Dataspace::DISPLAY_P3_LINEAR), "DCI_P3_LINEAR")
+            << "of equal values the first name counts";
+    EXPECT_EQ(toString(static_cast<BufferStatus>(5)), "5");
+    EXPECT_EQ((ndk::internal::enum_values<BufferStatus>),
+              (std::array{BufferStatus::OK, BufferStatus::ERROR}));
+}
+
+TEST(PlatformTypesTest, UnionsHoldOneMember) {
+    const ShutterMsg shutter{0, 3, 0};
+    NotifyMsg message = shutter;
+    EXPECT_EQ(message.getTag(), NotifyMsg::shutter);
+    EXPECT_EQ(message.toString(),
+              "NotifyMsg{shutter: ShutterMsg{frameNumber: 0, timestamp: 3, readoutTimestamp: 0}}");
+    EXPECT_LT(NotifyMsg(), message) << "members compare by tag first";
+    EXPECT_EQ(toString(NotifyMsg::Tag::error), "error");
+    EXPECT_EQ(Read(Words({2, 0}), &message), STATUS_BAD_VALUE);
+    EXPECT_EQ(Read(Words({0, 0}), &message), STATUS_UNEXPECTED_NULL);
+    EXPECT_EQ(message.get<NotifyMsg::shutter>(), shutter) << "a failed read leaves it as it was";
+    EXPECT_EQ(NotifyMsg::make<NotifyMsg::error>(), NotifyMsg());
+}
+
+TEST(PlatformTypesTest, FieldsAndNamesAreTheDevices) {
     EXPECT_EQ(static_cast<int64_t>(Stream().dynamicRangeProfile), 0) << "not STANDARD, which is 1";
     EXPECT_EQ(StreamBuffersVal().get<StreamBuffersVal::error>(),
               StreamBufferRequestError::UNKNOWN_ERROR);
     EXPECT_EQ(sizeof(BufferDescriptorInfo().name), 128u);
-}
-
-TEST(PlatformTypesTest, AllocatorHasTheDevicesNameVersionHash) {
     EXPECT_STREQ(IAllocator::descriptor, "android.hardware.graphics.allocator.IAllocator");
-    EXPECT_EQ(IAllocator::version, 2);
     EXPECT_EQ(IAllocator::hash, "9499fec09c544e9de5be3c87125721600f8ade66");
 }
 

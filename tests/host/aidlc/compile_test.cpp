@@ -11,18 +11,23 @@ using testing::HasSubstr;
 using testing::Not;
 using testing::Pair;
 
+std::string Enum(const std::string& value) {
+    return "@Backing(type=\"long\") enum T { X = " + value + "}";
+}
+
 TEST(ConstantsTest, HaveTheirValues) {
     const std::pair<const char*, const char*> cases[] = {
-            {"2147483648", "2147483648L"},   {"0xffffffff", "-1L"},  // a bit pattern of 32 bits
-            {"0xffffffffL", "4294967295L"},  {"1L << 63", "INT64_MIN"},
+            {"2147483648", "2147483648L"},
+            {"0xffffffff", "-1L"},  // a bit pattern of 32 bits
+            {"0xffffffffL", "4294967295L"},
+            {"1L << 63", "INT64_MIN"},
             {"0xf << 28", "-268435456L"},  // an int loses the upper bits
-            {"1 | 2 << 1 | -8", "-3L"},    // << before |
-            {"-0x80000000", "-2147483648L"},
+            {"3 | 1 << 1 | -8", "-5L"},    // << before |
+            {"-0x80000000, Y", "-2147483648L,\n    Y = -2147483647L"},
     };
     for (const auto& [expression, value] : cases) {
         Sources sources;
-        sources.Add("a/T.aidl",
-                    std::string("@Backing(type=\"long\") enum T { X = ") + expression + "}");
+        sources.Add("a/T.aidl", Enum(expression));
         ASSERT_EQ(sources.Compile("a/T.aidl"), "");
         EXPECT_THAT(sources.generated["include/aidl/a/T.h"],
                     HasSubstr(std::string(" X = ") + value + ",\n"));
@@ -45,11 +50,12 @@ TEST(EmitTest, DeprecationNoteIsOnEveryDeclarationOfTheMethod) {
 
 TEST(EmitTest, InterfacesMayReferToEachOtherAndOnlyNamedFilesAreMade) {
     Sources sources;
-    sources.Add("a/IT.aidl", "interface IT { b.IU u(b.IU v); }");
+    sources.Add("a/IT.aidl", "interface IT { b.IU u(b.IU v); oneway void w(); }");
     sources.Add("b/IU.aidl", "interface IU { a.IT t(); }");
     ASSERT_EQ(sources.Compile("a/IT.aidl"), "");
     EXPECT_THAT(sources.generated["include/aidl/a/IT.h"], HasSubstr("#include <aidl/b/IU.h>"));
     EXPECT_EQ(sources.generated.count("include/aidl/b/IU.h"), 0u);
+    EXPECT_THAT(sources.generated["src/aidl/a/IT.cpp"], HasSubstr("_aidl_flags = FLAG_ONEWAY;"));
 }
 
 std::pair<int, std::string> RunCompiler(const std::string& arguments) {

@@ -15,13 +15,16 @@ class Sources {
   public:
     std::string Path(const std::string& name) const { return m_folder.path(name); }
 
-    // Writes a/b/Name.aidl; the lines for its package and stability are already there, so that
-    // text starts in line 3.
+    // Writes a/b/Name.aidl; the lines for its package and annotations are already there, so that
+    // text starts in line 3. An enum has values of 32 bits.
     void Add(const std::string& name, const std::string& text) {
         std::string package = name.substr(0, name.rfind('/'));
         for (char& c : package) c = c == '/' ? '.' : c;
         std::filesystem::create_directories(Path(name.substr(0, name.rfind('/'))));
-        std::ofstream(Path(name)) << "package " << package << ";\n@VintfStability\n" << text;
+        const std::string backing = text.rfind("enum", 0) == 0 ? " @Backing(type=\"int\")" : "";
+        std::ofstream(Path(name)) << "package " << package << ";\n@VintfStability" << backing
+                                  << "\n"
+                                  << text;
     }
 
     // What is wrong with a file, empty if nothing is. The folder is the only root; messages lose

@@ -8,5 +8,4 @@ parcelable RecordV2 {
     boolean flag = true;
     byte small = -128;
     long least = -9223372036854775807;
-    Level level = Level.HIGH;
 }

@@ -4,6 +4,5 @@ package standin.aidltest;
 interface IWorker {
     int add(int a, int b);
     void fill(out int[] numbers, out RecordV1 record);
-    void fail(int code);
     oneway void post(int value);
 }

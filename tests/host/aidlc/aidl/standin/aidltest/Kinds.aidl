@@ -5,10 +5,8 @@ package standin.aidltest;
 parcelable Kinds {
     byte small;
     double fine;
-    Choice choice;
     long[] bigs;
     float[] ratios;
     double[] fines;
     String[] texts;
-    Choice[] choices;
 }
