@@ -2,8 +2,7 @@
 
 #include <gmock/gmock.h>
 
-#include "host/tools/offlineframes/commands.h"
-#include "host/tools/offlineframes/picture_file.h"
+#include "host/tools/offlineframes/program.h"
 #include "test_support.h"
 
 namespace offlineframes {
