@@ -40,8 +40,7 @@ void NaiveHundredth(Frame& frame) {
         const uint8_t* const group = raw.data + y * raw.strideBytes + x / 4 * 5;
         return group[x % 4] << 2 | (group[4] >> (x % 4 * 2) & 3);
     };
-    const imaging::NaiveCamera camera({raw.width, raw.height, out.width, out.height}, code,
-                                      imaging::NaiveCamera::Precision::kStated);
+    const imaging::NaiveCamera camera({raw.width, raw.height, out.width, out.height}, code);
     for (uint32_t y = 0; y < out.height; y += 200) {
         for (uint32_t x = 0; x < out.width; ++x) {
             uint8_t* const luma = out.y + y * out.strideBytes + x;

@@ -10,6 +10,8 @@
 #include <cmath>
 #include <random>
 
+#include "resample.h"
+
 namespace offlineframes {
 namespace {
 
@@ -108,6 +110,18 @@ Bytes encodeNv12(const Picture& picture, const FrameGeometry& geometry, const No
         source.Add(chroma, picture.width, 255);
     }
     return bytes;
+}
+
+Bytes makeFrame(const std::optional<Picture>& photo, const FrameGeometry& geometry,
+                const Noise& noise) {
+    if (geometry.format == FrameFormat::kNv12) {
+        return encodeNv12(photo ? fitPicture(*photo, geometry.size)
+                                : drawVisibleChart(chartOfVisible(geometry.size)),
+                          geometry, noise);
+    }
+    if (photo) return encodeRaw10(fitPicture(*photo, geometry.size), geometry, noise, std::nullopt);
+    const ChartFrame chart = chartOnSensor(geometry.size);
+    return encodeRaw10(drawSensorChart(chart), geometry, noise, chart);
 }
 
 }  // namespace offlineframes

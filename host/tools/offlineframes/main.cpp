@@ -1,6 +1,8 @@
 // offlineframes: makes source frames and shows dumps.
 
-#include "commands.h"
+#include <base/options.h>
+
+#include "program.h"
 
 int main(int argc, char** argv) {
     return offlineframes::runProgram(base::WordsOf(argc, argv));

@@ -8,7 +8,6 @@
 #include <functional>
 #include <system_error>
 
-#include "chart.h"
 #include "frame_encoder.h"
 #include "resample.h"
 
@@ -61,34 +60,19 @@ Result<std::string> makeSources(const std::string& folder, const std::optional<P
         fs::create_directory(path, error);  // an existing folder is fine
         if (error) return Failure{path + ": cannot make the folder: " + error.message()};
     }
-    // The two large frames share one picture, made when the first of them is needed.
-    std::optional<Picture> sensor;
-    const auto scene = [&]() -> const Picture& {
-        if (!sensor) {
-            sensor = photo ? fitPicture(*photo, kSensorSize)
-                           : drawSensorChart(chartOnSensor(kSensorSize));
-        }
-        return *sensor;
+    std::optional<Picture> sensor, visible;
+    if (photo) {
+        sensor = fitPicture(*photo, kSensorSize);
+        visible = centreCrop(*sensor, kYuvSize);
+    }
+    const auto frame = [](const std::optional<Picture>& scene, FrameFormat format,
+                          PictureSize size) {
+        return [=, &scene] { return makeFrame(scene, allocatorGeometry(format, size), {}); };
     };
     const std::pair<std::string, std::function<Result<Bytes>()>> files[] = {
-            {frames + "/4096_3072_RAW10.raw",
-             [&] {
-                 const std::optional<ChartFrame> chart =
-                         photo ? std::nullopt : std::optional(chartOnSensor(kSensorSize));
-                 return encodeRaw10(scene(), allocatorGeometry(FrameFormat::kRaw10, kSensorSize),
-                                    {}, chart);
-             }},
-            {frames + "/4000_3000_NV12.yuv",
-             [&] {
-                 return encodeNv12(centreCrop(scene(), kYuvSize),
-                                   allocatorGeometry(FrameFormat::kNv12, kYuvSize), {});
-             }},
-            {frames + "/mmf_fd.yuv",
-             [&] {
-                 return encodeNv12(photo ? fitPicture(*photo, kFaceSize)
-                                         : drawVisibleChart(chartOfVisible(kFaceSize)),
-                                   allocatorGeometry(FrameFormat::kNv12, kFaceSize), {});
-             }},
+            {frames + "/4096_3072_RAW10.raw", frame(sensor, FrameFormat::kRaw10, kSensorSize)},
+            {frames + "/4000_3000_NV12.yuv", frame(visible, FrameFormat::kNv12, kYuvSize)},
+            {frames + "/mmf_fd.yuv", frame(photo, FrameFormat::kNv12, kFaceSize)},
             {metadata + "/original_dump.bin", makeMetadataDump},
     };
     std::string lines;

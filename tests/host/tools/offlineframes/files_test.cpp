@@ -90,27 +90,14 @@ TEST(Sources, AreMadeOnceAndShowTheSameScene) {
     EXPECT_THAT(valueOf(readFile(frames + "mmf_fd.yuv")), ElementsAre(1, 2, 3));
 }
 
-TEST(Sources, CanShowAPhoto) {
-    const TestFolder folder;
-    const Picture photo = gradientPicture(320, 240);
-    valueOf(makeSources(folder.path("c"), photo));
-    const View face = valueOf(viewFile(folder.path("c/offlinecameratest/mmf_fd.yuv"), {}));
-    EXPECT_GT(valueOf(comparePictures(face.picture, fitPicture(photo, {640, 480}))).psnr, 40);
-}
-
 TEST(Chart, VisiblePartIsTheCropOfTheSensorAtAnySize) {
-    for (const PictureSize visible : {PictureSize{4000, 3000}, {500, 376}}) {
-        const ChartFrame frame = chartOfVisible(visible);
-        const Picture crop = centreCrop(drawSensorChart(frame), visible);
-        EXPECT_EQ(crop.rgb, drawVisibleChart(frame).rgb);
+    for (const PictureSize size : {PictureSize{4000, 3000}, {500, 376}, {66, 50}, {4, 2}}) {
+        const ChartFrame frame = chartOfVisible(size);
+        EXPECT_EQ(centreCrop(drawSensorChart(frame), size).rgb, drawVisibleChart(frame).rgb);
     }
-    EXPECT_EQ(chartOnSensor({4096, 3072}).left, 48u);
-    EXPECT_EQ(chartOnSensor({4096, 3072}).top, 36u);
-    for (const PictureSize size : {PictureSize{2, 2}, {4, 2}, {2, 400}, {1000, 2}, {66, 50}}) {
-        EXPECT_EQ(drawVisibleChart(chartOfVisible(size)).height, size.height);
-        EXPECT_EQ(drawSensorChart(chartOnSensor(size)).width, size.width);
-        EXPECT_LE(chartRamp(chartOnSensor(size)).endRow, size.height);
-    }
+    const ChartFrame full = chartOnSensor({4096, 3072});
+    EXPECT_EQ(std::pair(full.left, full.top), std::pair(48u, 36u));
+    EXPECT_LE(chartRamp(chartOnSensor({4, 2})).endRow, 2u);
 }
 
 }  // namespace

@@ -89,52 +89,43 @@ TEST(EncodeRaw10, RampHoldsEveryLevelToTheLowestBit) {
     }
 }
 
-TEST(EncodeRaw10, InvertsThePhysicsForEachColour) {
-    // White is 959 after the gains 2.0, 1.0 and 1.5; black is the black level.
-    const FrameGeometry geometry = {FrameFormat::kRaw10, {8, 4}, 16, 6};
-    const Bytes white = encodeRaw10(flatPicture(8, 4, {255, 255, 255}), geometry, {}, {});
+TEST(EncodeFrames, InvertThePhysicsAndPad) {
+    // White is 959 after the gains 2.0, 1.0 and 1.5.
+    const FrameGeometry raw = {FrameFormat::kRaw10, {8, 4}, 16, 6};
+    const Bytes white = encodeRaw10(flatPicture(8, 4, {255, 255, 255}), raw, {}, {});
     EXPECT_EQ(raw10Pixel(white.data(), 0), 64 + 480);       // red at 0, 0
     EXPECT_EQ(raw10Pixel(white.data(), 1), 1023);           // green beside it
     EXPECT_EQ(raw10Pixel(white.data() + 16, 0), 1023);      // and below
     EXPECT_EQ(raw10Pixel(white.data() + 16, 1), 64 + 639);  // blue at 1, 1
     EXPECT_EQ(white.size(), 16u * 6);
-    EXPECT_EQ(white[10], 0);      // row padding
-    EXPECT_EQ(white[16 * 4], 0);  // rows beyond the picture
-    const Bytes black = encodeRaw10(flatPicture(8, 4, {0, 0, 0}), geometry, {}, {});
-    for (uint32_t x = 0; x < 8; ++x) EXPECT_EQ(raw10Pixel(black.data(), x), 64);
-}
-
-TEST(EncodeNv12, PlacesLumaAndChromaByTheStride) {
-    const FrameGeometry geometry = {FrameFormat::kNv12, {4, 2}, 8, 4};
-    const Bytes red = encodeNv12(flatPicture(4, 2, {255, 0, 0}), geometry, {});
-    // Luma 0.299 * 255, padding black; then Cb and Cr.
-    const Bytes expected = {76,  76,  76,  76,  0,   0,   0,   0,   76,  76,  76,  76,
-                            0,   0,   0,   0,   0,   0,   0,   0,   0,   0,   0,   0,
-                            0,   0,   0,   0,   0,   0,   0,   0,   85,  255, 85,  255,
-                            128, 128, 128, 128, 128, 128, 128, 128, 128, 128, 128, 128};
-    EXPECT_EQ(red, expected);
+    EXPECT_EQ(white[10] + white[16 * 4], 0);  // padding
+    EXPECT_EQ(raw10Pixel(encodeRaw10(flatPicture(8, 4, {0, 0, 0}), raw, {}, {}).data(), 5), 64);
+    // Luma 0.299 * 255, then Cb and Cr.
+    const FrameGeometry nv12 = {FrameFormat::kNv12, {2, 2}, 4, 4};
+    EXPECT_EQ(encodeNv12(flatPicture(2, 2, {255, 0, 0}), nv12, {}),
+              (Bytes{76, 76, 0, 0, 76, 76,  0,   0,   0,   0,   0,   0,
+                     0,  0,  0, 0, 85, 255, 128, 128, 128, 128, 128, 128}));
 }
 
 TEST(Noise, HasItsSigmaRepeatsWithItsSeedAndIsClipped) {
-    const FrameGeometry geometry = allocatorGeometry(FrameFormat::kRaw10, {512, 256});
-    const Picture grey = flatPicture(512, 256, {128, 128, 128});
-    const Bytes clean = encodeRaw10(grey, geometry, {}, {});
-    const Bytes noisy = encodeRaw10(grey, geometry, {10, 7}, {});
-    EXPECT_EQ(encodeRaw10(grey, geometry, {10, 7}, {}), noisy);
-    EXPECT_NE(encodeRaw10(grey, geometry, {10, 8}, {}), noisy);
+    const FrameGeometry geometry = {FrameFormat::kNv12, {512, 256}, 512, 256};
+    const auto noisy = [&](uint8_t grey, const Noise& noise) {
+        return encodeNv12(flatPicture(512, 256, {grey, grey, grey}), geometry, noise);
+    };
+    const Bytes frame = noisy(128, {10, 7});
+    EXPECT_EQ(noisy(128, {10, 7}), frame);
+    EXPECT_NE(noisy(128, {10, 8}), frame);
     double sum = 0;
     double squares = 0;
-    for (uint32_t i = 0; i < 512 * 256; ++i) {
-        const size_t row = size_t{i / 512} * geometry.stride;
-        const double error = raw10Pixel(&noisy[row], i % 512) - raw10Pixel(&clean[row], i % 512);
-        sum += error;
-        squares += error * error;
+    for (const uint8_t sample : frame) {
+        sum += sample - 128;
+        squares += (sample - 128) * (sample - 128);
     }
-    EXPECT_NEAR(sum / (512 * 256), 0, 0.15);  // five standard errors
-    EXPECT_NEAR(std::sqrt(squares / (512 * 256)), 10, 0.1);
-    // Greens of white are clipped, not wrapped around: half would exceed the highest value.
-    const Bytes white = encodeRaw10(flatPicture(512, 256, {255, 255, 255}), geometry, {200, 1}, {});
-    for (uint32_t x = 1; x < 64; x += 2) EXPECT_GT(raw10Pixel(white.data(), x), 200);
+    EXPECT_NEAR(sum / frame.size(), 0, 0.15);  // five standard errors
+    EXPECT_NEAR(std::sqrt(squares / frame.size()), 10, 0.1);
+    // Clipped and not wrapped around: half of them would exceed the highest value.
+    const Bytes white = noisy(255, {40, 1});
+    EXPECT_GT(*std::min_element(white.begin(), white.begin() + 512), 80);
 }
 
 }  // namespace

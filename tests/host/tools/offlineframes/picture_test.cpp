@@ -106,59 +106,32 @@ TEST(Pictures, DamagedOrHugeOnesAreErrorsThatNameTheFile) {
         large[29 + i] = static_cast<uint8_t>(libdeflate_crc32(0, &large[12], 17) >> (24 - 8 * i));
     }
     EXPECT_THAT(errorOf(readPicture(folder.file("x", large))), HasSubstr("is too large"));
-    for (const char* text : {"P6", "P6\n2 2\n255", "P6\n-2 2\n255\nxxxxxxxxxxxx",
-                             "P6\n2 2\n0\nxxxxxxxxxxxx", "P6\n2 2\n255\nxxxxxxxxxxx",
-                             "P6\n99999999999 1\n255\nx", "P6\n40000 40000\n255\nx", "P6 #", "x"}) {
+    for (const char* text : {"P6", "P6\n2 2\n255\nxxxxxxxxxxx", "P6\n40000 40000\n255\nx", "x"}) {
         const std::string path = folder.file("x.ppm", bytesOf(text));
         EXPECT_THAT(errorOf(readPicture(path)), HasSubstr(path)) << text;
     }
 }
 
-TEST(Orientation, EveryValuePutsTheStoredPixelsInPlace) {
-    // Stored:  A B C    The letters read row by row once upright, for EXIF values 1 to 8.
-    //          D E F
-    const char* const upright[8] = {"ABCDEF", "CBAFED", "FEDCBA", "DEFABC",
-                                    "ADBECF", "DAEBFC", "FCEBDA", "CFBEAD"};
-    Picture stored(3, 2);
-    for (size_t i = 0; i < 18; ++i) stored.rgb[i] = static_cast<uint8_t>('A' + i / 3);
-    for (int orientation = 1; orientation <= 8; ++orientation) {
-        const Picture turned = makeUpright(stored, orientation);
-        EXPECT_EQ(turned.width, orientation < 5 ? 3u : 2u);
-        std::string letters;
-        for (size_t i = 0; i < 18; i += 3) letters += static_cast<char>(turned.rgb[i]);
-        EXPECT_EQ(letters, upright[orientation - 1]) << orientation;
-    }
-}
-
-TEST(FitPicture, KeepsFlatColoursAndCutsTheOverhangEvenly) {
-    for (const PictureSize size : {PictureSize{4, 2}, {100, 6}, {640, 480}, {6, 100}}) {
-        const Picture flat = flatPicture(size.width, size.height, {10, 130, 250});
-        EXPECT_EQ(largestDifference(fitPicture(flatPicture(33, 470, {10, 130, 250}), size), flat),
+TEST(FitPicture, CutsTheOverhangEvenlyWithoutShiftOrFalseBars) {
+    const auto difference = [](const Picture& photo, const Picture& expected) {
+        return largestDifference(fitPicture(photo, {expected.width, expected.height}), expected);
+    };
+    for (const PictureSize size : {PictureSize{4, 2}, {640, 480}, {6, 100}}) {
+        EXPECT_EQ(difference(flatPicture(33, 470, {10, 130, 250}),
+                             flatPicture(size.width, size.height, {10, 130, 250})),
                   0);
     }
     // Left and right thirds black, the middle white: a square cut holds only the middle.
     Picture wide = flatPicture(90, 30, {0, 0, 0});
-    for (uint32_t i = 0; i < 900; ++i)
-        std::fill_n(wide.pixel(30 + i % 30, i / 30), 3, uint8_t{255});
-    EXPECT_EQ(largestDifference(fitPicture(wide, {30, 30}), flatPicture(30, 30, {255, 255, 255})),
-              0);
-}
-
-TEST(FitPicture, ShrinksAndGrowsWithoutShiftOrFalseBars) {
-    const Picture fine = gradientPicture(400, 300);
-    EXPECT_LE(largestDifference(fitPicture(fine, {100, 74}), gradientPicture(100, 74)), 3);
-    EXPECT_LE(largestDifference(fitPicture(gradientPicture(4000, 3000), {100, 75}),
-                                gradientPicture(100, 75)),
-              3);
-    EXPECT_LE(largestDifference(fitPicture(gradientPicture(100, 76), {400, 304}),
-                                gradientPicture(400, 304)),
-              3);
+    for (uint32_t i = 0; i < 900; ++i) std::fill_n(wide.pixel(30 + i % 30, i / 30), 3, 255);
+    EXPECT_EQ(difference(wide, flatPicture(30, 30, {255, 255, 255})), 0);
+    EXPECT_LE(difference(gradientPicture(400, 300), gradientPicture(100, 74)), 3);
+    EXPECT_LE(difference(gradientPicture(4000, 3000), gradientPicture(100, 75)), 3);
+    EXPECT_LE(difference(gradientPicture(100, 76), gradientPicture(400, 304)), 3);
     // Bars finer than the result's pixels turn grey.
     Picture bars(400, 300);
-    for (uint32_t i = 0; i < 60000; ++i)
-        std::fill_n(bars.pixel(i % 200 * 2, i / 200), 3, uint8_t{255});
-    EXPECT_LE(largestDifference(fitPicture(bars, {100, 75}), flatPicture(100, 75, {128, 128, 128})),
-              24);
+    for (uint32_t i = 0; i < 60000; ++i) std::fill_n(bars.pixel(i % 200 * 2, i / 200), 3, 255);
+    EXPECT_LE(difference(bars, flatPicture(100, 75, {128, 128, 128})), 24);
 }
 
 TEST(Compare, GivesPsnrAndThePlaceOfTheLargestDifference) {
