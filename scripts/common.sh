@@ -4,21 +4,9 @@
 root="$(cd "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")/.." && pwd)"
 out="$root/out"
 source "$root/scripts/terminal.sh"
-
-# tell COLOUR TEXT...: one line; the colour, which may be empty, is one of scripts/terminal.sh.
-tell() {
-    progress_ends
-    printf '%s: %s%s%s\n' "${0##*/}" "$1" "${*:2}" "${1:+$plain}" >&2 || true # nobody may listen
-}
+source "$root/scripts/options.sh"
 
 say() { tell "" "$@"; }
-complain() { tell "$red" "$@"; }
-
-# Usage errors and missing things: one sentence, status 2.
-refuse() {
-    complain "$@"
-    exit 2
-}
 
 # One at a time: installs and builds of two calls would get in each other's way.
 lock_out() {
