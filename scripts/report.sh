@@ -87,8 +87,7 @@ start_page() {
     "$out/build/bin/runreport" --html="$out/report.html" --json="$out/report.json" \
         --started="$started" --ended="$ended" --status="$status" "${told[@]}" \
         --log="$out/run.log" --device-log="$out/device.log" --trace="$out/trace.log" \
-        --data="$data" --explanations="$root/docs/device.md" \
-        --explanations="$root/docs/stand_in.md" -- "$@" >&2 &
+        --data="$data" -- "$@" >&2 &
     page_maker=$!
 }
 
