@@ -33,7 +33,7 @@ lock_run() {
 
 unlock_run() { exec 8>&-; }
 
-# listed_packages COMMAND: the names in the list, without those marked for another command.
+# listed_packages COMMAND: the names in the list, without those marked for other commands.
 listed_packages() {
     local name only
     while read -r name only; do
