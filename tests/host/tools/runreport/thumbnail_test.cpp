@@ -30,8 +30,7 @@ double likeness(const Result<Thumbnail>& thumbnail, const Picture& full) {
     EXPECT_TRUE(jpeg.Ok()) << jpeg.Error();
     EXPECT_EQ(jpeg.Value().fullSize.width, thumbnail.Value().width);
     EXPECT_EQ(jpeg.Value().fullSize.height, thumbnail.Value().height);
-    const Picture scaled =
-            offlineframes::fitPicture(full, jpeg.Value().fullSize);
+    const Picture scaled = offlineframes::fitPicture(full, jpeg.Value().fullSize);
     return offlineframes::comparePictures(jpeg.Value().picture, scaled).Value().psnr;
 }
 
