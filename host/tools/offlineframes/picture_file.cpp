@@ -7,6 +7,7 @@
 #include <gdk-pixbuf/gdk-pixbuf.h>
 #include <libdeflate.h>
 #include <libexif/exif-data.h>
+#include <stdlib.h>
 #include <string.h>
 #include <turbojpeg.h>
 
@@ -144,6 +145,8 @@ Result<Picture> decodePicture(const Bytes& bytes, const std::string& path) {
         const int orientation = jpeg.Value().orientation;
         return makeUpright(std::move(jpeg).Value().picture, orientation);
     }
+    // gdk-pixbuf tells types by the system's MIME database, which a session's setting may hide.
+    setenv("XDG_DATA_DIRS", "/usr/local/share:/usr/share", 1);
     const bool png = type.Value() == PictureType::kPng;
     const char* const typeName = png ? "PNG" : "PPM";
     int width = 0;
