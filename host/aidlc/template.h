@@ -1,8 +1,8 @@
 // Fills templates of C++ text.
 //
-// $name$ in a template stands for a value. The lines from "%each name" to its "%end" are repeated
-// for each model of a list; what that model does not know is looked up in those around it. A
-// condition is a list of one model or none. A line that becomes empty is left out.
+// $name$ in a template is replaced by a value. The lines from "%each name" to its "%end" are
+// repeated for each model of a list; what that model does not know is looked up in those around it.
+// A condition is a list of one model or none. A line that becomes empty is left out.
 #pragma once
 
 #include <map>
