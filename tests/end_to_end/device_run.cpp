@@ -45,24 +45,16 @@ std::string readFile(const std::string& path) {
     return text.str();
 }
 
-// "MM-DD HH:MM:SS.uuuuuu  PID   TID P Tag: message"
-std::vector<LogLine> parseLog(const std::string& text) {
-    std::vector<LogLine> lines;
-    std::istringstream stream(text);
-    for (std::string line; std::getline(stream, line);) {
-        std::istringstream words(line);
-        std::string date, time, process, thread, priority;
-        words >> date >> time >> process >> thread >> priority;
-        std::string rest;
-        std::getline(words, rest);
-        const size_t colon = rest.find(": ");
-        if (priority.size() != 1 || colon == std::string::npos) {
-            ADD_FAILURE() << "not a log line: " << line;
-            continue;
-        }
-        lines.push_back({priority[0], rest.substr(1, colon - 1), rest.substr(colon + 2)});
+std::vector<LogLine> readLog(const std::string& path) {
+    const auto log = runlog::ReadLog(path);
+    if (!log.Ok()) {
+        ADD_FAILURE() << log.Error();
+        return {};
     }
-    return lines;
+    for (const LogLine& line : log.Value().lines) {
+        if (line.priority == ' ') ADD_FAILURE() << "not a log line: " << line.message;
+    }
+    return log.Value().lines;
 }
 
 std::vector<std::string> RunResult::messages() const {
@@ -94,11 +86,6 @@ DeviceRun& DeviceRun::with(const std::vector<std::string>& options) {
     return *this;
 }
 
-DeviceRun& DeviceRun::within(int seconds) {
-    m_patience = seconds;
-    return *this;
-}
-
 std::string DeviceRun::dumpPath(const std::string& name) const {
     return folder() + "/offlinecameratest/" + name;
 }
@@ -117,13 +104,13 @@ RunResult DeviceRun::command(const std::vector<std::string>& words) {
     argv.insert(argv.end(), m_options.begin(), m_options.end());
     argv.push_back("--");
     argv.insert(argv.end(), words.begin(), words.end());
-    const Finished finished = runProgram(argv, crashSettings(), m_patience);
+    const Finished finished = runProgram(argv, crashSettings());
 
     RunResult result;
     result.status = finished.status;
     result.out = finished.out;
     result.err = finished.err;
-    result.log = parseLog(readFile(log));
+    result.log = readLog(log);
     result.deviceLog = readFile(deviceLog);
     std::error_code missing;
     for (const auto& entry : fs::directory_iterator(folder() + "/offlinecameratest", missing)) {

@@ -1,6 +1,8 @@
 // One run of the tool in a device of its own, and what it left.
 #pragma once
 
+#include <runlog/runlog.h>
+
 #include <map>
 #include <memory>
 #include <string>
@@ -11,11 +13,7 @@
 
 namespace end_to_end {
 
-struct LogLine {
-    char priority;  // one of V D I W E F
-    std::string tag;
-    std::string message;
-};
+using LogLine = runlog::Line;
 
 struct RunResult {
     int status = -1;  // deviceshell's; -1: did not end in time
@@ -38,9 +36,6 @@ class DeviceRun {
     // deviceshell's options, appended.
     DeviceRun& with(const std::vector<std::string>& options);
 
-    // Seconds that a run may take.
-    DeviceRun& within(int seconds);
-
     // Runs "vexofflinecameratest ARGUMENTS" or another command. A test fails here when the run
     // does not end in time or a sanitizer reported something in any process.
     RunResult tool(const std::vector<std::string>& arguments);
@@ -53,14 +48,13 @@ class DeviceRun {
   private:
     const TemporaryFolder m_folder{"device-run"};
     std::vector<std::string> m_options;
-    int m_patience = kPatience;
 };
 
-// Makes links to the source files in a data folder, so that nobody has to make them.
+// Links to the source files from a data folder, so that a run need not make them.
 void linkSources(const std::string& folder);
 
-// Lines of a log file of the stand-in device.
-std::vector<LogLine> parseLog(const std::string& text);
+// Lines of a log file of the stand-in device; a test fails here when one has another form.
+std::vector<LogLine> readLog(const std::string& path);
 
 std::string readFile(const std::string& path);
 

@@ -1,21 +1,28 @@
-// Deliveries out of the usual order: the tool's lines that show what it made of them. What each
-// fault comes to in the end is in docs/faults.md.
+// Faults of each kind: the tool's lines that show what it made of them. What each fault comes to in
+// each mode is in docs/faults.md.
 
 #include <gmock/gmock.h>
+
+#include <algorithm>
 
 #include "tests/end_to_end/device_run.h"
 #include "tests/end_to_end/log_matchers.h"
 
 using ::testing::Contains;
 using ::testing::Not;
+using ::testing::SizeIs;
 
 namespace end_to_end {
 namespace {
 
+enum class End { kDump, kNoDump, kCrash };
+
 struct Fault {
-    const char* option;
+    const char* name;
+    End end;
     std::vector<std::string> lines;  // in the log, in this order
     const char* absent = "no line";  // not in the log
+    const char* spoil = nullptr;     // commands in the data folder before a run without --fault
 };
 
 const char kProcessed[] = "ProcessOfflineRequest sucessfully";
@@ -27,45 +34,101 @@ const char kShutter[] = "WaitForShutter frame 1 received 1";
 const char kNoShutter[] = "WaitForShutter frame 1 received 0";
 const char kCompleted[] = "WaitCaptureResultCompleted status is 0";
 const char kTimedOut[] = "WaitCaptureResultCompleted status is -110";
+const char kRefused[] = "ProcessOfflineRequest, FAILED...";
+const char kNotLocked[] = "Failed to lock buffer (nil): 2";
+const char kClosed[] = "CloseOfflineSession";
+
+const Fault kFaults[] = {
+        // Deliveries.
+        {"error-notify", End::kDump, {kNotified, kNoShutter, kCompleted}, kShutter},
+        {"result-first", End::kDump, {kDelivered, kNotified, kCompleted}},
+        {"early-result",
+         End::kDump,
+         {kDelivered, kProcessed, "WaitForResult result timeout_ms 5000",
+          "IsResultReceivedLocked sucessfully", kCompleted},
+         "WaitForResult received is 1"},
+        {"split-result", End::kDump, {kDelivered, kDelivered, kUpdated, kCompleted}},
+        {"duplicate-result", End::kDump, {kDelivered, kCompleted}, kUpdated},
+        {"wrong-buffers", End::kNoDump, {"IsResultReceivedLocked failed", kTimedOut}, kCompleted},
+        {"late-result", End::kNoDump, {kProcessed, kNotified, kTimedOut}, kIgnored},
+        {"corrupt-metadata",
+         End::kDump,
+         {"convertFromAidl: input CameraMetadata is corrupt!", kCompleted}},
+        {"lend=3",
+         End::kDump,
+         {"m_nextBufferId 1", "m_nextBufferId 2", "m_nextBufferId 3", kCompleted}},
+        {"return-unknown",
+         End::kDump,
+         {"returnStreamBuffers: unknown buffer ID 2125315823", kCompleted}},
+        // Answers and deaths.
+        {"open-error", End::kCrash, {"stream size:2, sizeof(Stream):120"}, kClosed},
+        {"die-on-configure",
+         End::kNoDump,
+         {"ConfigureOfflineStreams, FAILED...", kClosed},
+         kProcessed},
+        {"process-error",
+         End::kNoDump,
+         {kRefused, "request id frameNumber:0 return frameNumber 0", kClosed},
+         kCompleted},
+        // The allocator.
+        {"allocate-error",
+         End::kNoDump,
+         {"Failed to allocate buffer: -8", kNotLocked, kRefused, kClosed},
+         kProcessed},
+        {"bad-handle", End::kNoDump, {kNotLocked, kRefused, kClosed}, kProcessed},
+        // Files.
+        {"a source cut short",
+         End::kNoDump,
+         {"readSize 5119 is not same as width 5120", "load source raw frame failed", kClosed},
+         kProcessed,
+         "f=offlinecameratest/4096_3072_RAW10.raw; cp $f short; truncate -s -1 short; ln -sf "
+         "../short $f"},
+        {"no metadata dump",
+         End::kDump,
+         {kCompleted},
+         "LoadOffineInputMetadata: read meta from dump bin, bin size: 120.",
+         "rm metadata/original_dump.bin"},
+        {"a dump with no room",
+         End::kNoDump,
+         {kCompleted, "WaitCaptureResultCompleted: store fp failed", kClosed},
+         "no line",
+         "mkdir 'offlinecameratest/"
+         "OfflineAidl_CameraId_2_Frame_1_B2Y_Stride[4096]_Scanline[3072].yuv'"}};
 
 void PrintTo(const Fault& fault, std::ostream* stream) {
-    *stream << fault.option;
+    *stream << fault.name;
 }
 
 class Faults : public ::testing::TestWithParam<Fault> {};
 
 TEST_P(Faults, LeadTo) {
+    const Fault& fault = GetParam();
     DeviceRun device;
-    const RunResult run = device.with({"--fault", GetParam().option}).tool({"-t", "B2Y"});
-    EXPECT_EQ(run.status, 0);
-    EXPECT_THAT(run.messages(), InOrder(GetParam().lines));
-    EXPECT_THAT(run.messages(), Not(Contains(GetParam().absent)));
+    RunResult run;
+    if (fault.spoil == nullptr) {
+        run = device.with({"--fault", fault.name}).tool({"-t", "B2Y"});
+    } else {
+        const std::string spoil = std::string("cd /data/vendor/camera; ") + fault.spoil;
+        run = device.with({"--planes"})
+                      .command({"sh", "-ec", spoil + "; exec vexofflinecameratest -t B2Y"});
+    }
+    if (fault.end == End::kCrash) {
+        EXPECT_GT(run.status, 128);
+    } else {
+        EXPECT_EQ(run.status, 0);
+    }
+    EXPECT_THAT(run.messages(), InOrder(fault.lines));
+    EXPECT_THAT(run.messages(), Not(Contains(fault.absent)));
+    EXPECT_THAT(run.dumps, SizeIs(fault.end == End::kDump ? 1 : 0));
     if (HasFailure()) ADD_FAILURE() << run.allOutput();
 }
 
-INSTANTIATE_TEST_SUITE_P(
-        OfDeliveries, Faults,
-        ::testing::Values(
-                Fault{"error-notify", {kNotified, kNoShutter, kCompleted}, kShutter},
-                Fault{"result-first", {kDelivered, kNotified, kCompleted}},
-                Fault{"early-result",
-                      {kDelivered, kProcessed, "WaitForResult result timeout_ms 5000",
-                       "IsResultReceivedLocked sucessfully", kCompleted},
-                      "WaitForResult received is 1"},
-                Fault{"split-result", {kDelivered, kDelivered, kUpdated, kCompleted}},
-                Fault{"duplicate-result", {kDelivered, kCompleted}, kUpdated},
-                Fault{"wrong-buffers", {"IsResultReceivedLocked failed", kTimedOut}, kCompleted},
-                Fault{"late-result", {kProcessed, kNotified, kTimedOut}, kIgnored},
-                Fault{"lend=3",
-                      {"m_nextBufferId 1", "m_nextBufferId 2", "m_nextBufferId 3", kCompleted}},
-                Fault{"process-error",
-                      {"ProcessOfflineRequest, FAILED...",
-                       "request id frameNumber:0 return frameNumber 0", "CloseOfflineSession"},
-                      "WaitCaptureResultCompleted"}),
-        [](const auto& info) {
-            const std::string name = info.param.option;
-            return name.substr(0, name.find_first_of("-=")) + std::to_string(info.index);
-        });
+INSTANTIATE_TEST_SUITE_P(OfEachKind, Faults, ::testing::ValuesIn(kFaults), [](const auto& info) {
+    std::string name = info.param.name;
+    std::replace_if(
+            name.begin(), name.end(), [](char c) { return !isalnum(c); }, '_');
+    return name;
+});
 
 }  // namespace
 }  // namespace end_to_end

@@ -72,7 +72,9 @@ const std::vector<std::string> kRawUnread = {
         kRaw, "LoadOffineSourceRawFrame: f_wxf_h 5120x0, stridexscanline 5120x0, f_off 0,"};
 const std::vector<std::string> kRawRead = {
         "LoadOffineInputMetadata: read meta from dump bin, bin size: 120.", kRaw,
-        "LoadOffineSourceRawFrame: f_wxf_h 5120x3072, stridexscanline 5120x3072, f_off 0,"};
+        "LoadOffineSourceRawFrame: f_wxf_h 5120x3072, stridexscanline 5120x3072, f_off 0,",
+        "GetPlaneLayout: plane info: component - 6",
+        "h_subsampling - 2, v_subsampling - 2, offset - 12582912, pixel_increment/step - 2"};
 const std::vector<std::string> kFaceRead = {
         kFace,
         "LoadOffineSourceYUVFrame: f_wxf_h 640x512, stridexscanline 640x512, f_uv_off 327680,"};

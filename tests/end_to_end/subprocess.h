@@ -3,7 +3,7 @@
 
 #include <sys/types.h>
 
-#include <optional>
+#include <chrono>
 #include <string>
 #include <utility>
 #include <vector>
@@ -46,19 +46,19 @@ class Subprocess {
     // Types at the terminal, or writes into the pipe.
     void type(const std::string& keys);
 
-    // Waits until the program has ended and nobody holds its output open any more, which includes
-    // processes that it left behind. Status -1 when that takes too long.
+    // Waits until the program has ended and no process holds its output open any more, which
+    // includes processes that it left behind. Status -1 when that takes too long.
     Finished finish();
 
   private:
     bool readSome();  // false when both ends are closed or time is over
 
+    const std::chrono::steady_clock::time_point m_deadline;
     pid_t m_pid = -1;
     int m_input = -1;          // the pipe's end
     int m_ends[2] = {-1, -1};  // standard output (or the terminal) and standard error
     std::string m_texts[2];
     size_t m_seen = 0;  // of standard output, by waitForNext()
-    timespec m_deadline = {};
 };
 
 // Starts and finishes.

@@ -1,13 +1,15 @@
 // What a peer can send over a connection: arbitrary messages with descriptors, from a greeting that
 // was accepted on. The connection holds one object and waits for the reply to call 1.
 #include <android/binder_auto_utils.h>
+#include <fcntl.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
 #include <thread>
 
-#include "fuzz_parcel.h"
+#include "fuzz_input.h"
 #include "host/libbinder_ndk/connection.h"
+#include "host/libbinder_ndk/parcel.h"
 #include "host/libbinder_ndk/thread_pool.h"
 #include "tests/host/libbinder_ndk/send_bytes.h"
 
@@ -113,6 +115,14 @@ void waitForReader(int fd) {
                          0);
         if (!receiveAll(fd, body.data(), body.size())) return;
     }
+}
+
+// Fails when the process has ever more descriptors open from one input to the next.
+void requireNoDescriptorLeak() {
+    const int probe = open("/dev/null", O_RDONLY | O_CLOEXEC);
+    static const int first = probe;
+    require(probe >= 0 && probe < first + 64);
+    close(probe);
 }
 
 }  // namespace

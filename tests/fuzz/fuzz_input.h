@@ -1,4 +1,4 @@
-// One input, taken apart from its front; behind the end there are zeroes.
+// What the fuzz targets share: one input, taken from its front, with zeroes after its end.
 #pragma once
 
 #include <algorithm>
@@ -40,7 +40,7 @@ class FuzzInput {
     size_t mSize;
 };
 
-// Ends the process, which is how a fuzzer learns of a broken promise. Says where it stands.
+// Ends the process if the promise is broken, which is how a fuzzer learns of it; names the line.
 inline void require(bool promise, const char* file = __builtin_FILE(),
                     int line = __builtin_LINE()) {
     if (promise) return;

@@ -152,6 +152,17 @@ TEST_F(GraphicsStartup, WithoutMapperStillFillsTheRecord) {
     EXPECT_NE(record->m_aiMapper, nullptr);
 }
 
+// The line is written between the two look-ups.
+TEST_F(GraphicsStartup, LooksForTheMapperBeforeTheAllocator) {
+    SetService(kAllocatorInstance, {});
+    log.atLine("mapper ", [this] {
+        host::unregisterMapper();
+        SetService(kAllocatorInstance, allocator->asBinder());
+    });
+    Start();
+    EXPECT_NE(wrapper, nullptr);
+}
+
 TEST_F(GraphicsStartup, UsesARemoteMapperAllTheSame) {
     mapper->remote = true;
     EXPECT_THAT(Start(), ElementsAre(kLookup, kUsing, "E Mapper is in passthrough mode"));

@@ -102,7 +102,8 @@ TEST_F(PlaneLayout, DescribesTheBufferAndLogsItsPlanes) {
     planes[1].sampleIncrementBits = 16;
     planes[1].offset = 4096 * 3072;
     planes[1].size = 4096 * 1536;
-    planes[1].horizontalSubsampling = planes[1].verticalSubsampling = 2;
+    planes[1].horizontalSubsampling = 4;
+    planes[1].verticalSubsampling = 2;
     EXPECT_EQ(Query(), 3072);
     EXPECT_THAT(lastInfo.name, Each(0));
     EXPECT_EQ(lastInfo.width, 4000);
@@ -120,7 +121,7 @@ TEST_F(PlaneLayout, DescribesTheBufferAndLogsItsPlanes) {
                     "I h_subsampling - 1, v_subsampling - 1, offset - 0, pixel_increment/step - 1",
                     "I stride_pixel - 4096, stride_bytes - 4096, scanlines - 3072, size - 12582912",
                     "I GetPlaneLayout: plane info: component - 6",
-                    "I h_subsampling - 2, v_subsampling - 2, offset - 12582912, "
+                    "I h_subsampling - 4, v_subsampling - 2, offset - 12582912, "
                     "pixel_increment/step - 2",
                     "I stride_pixel - 2048, stride_bytes - 4096, scanlines - 1536, size - "
                     "6291456"));
