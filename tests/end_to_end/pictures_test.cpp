@@ -60,8 +60,8 @@ TEST(Pictures, B2YDevelopsTheChart) {
     const std::string png = device.folder() + "/developed.png";
     ASSERT_EQ(runProgram({OFFLINEFRAMES, "view", dumpOf(&device, "B2Y"), png}).status, 0);
     const auto developed = offlineframes::readPicture(png);
-    ASSERT_TRUE(developed.ok());
-    const Picture& picture = developed.value();
+    ASSERT_TRUE(developed.Ok());
+    const Picture& picture = developed.Value();
     const Picture chart = drawVisibleChart(offlineframes::chartOfVisible({4000, 3000}));
     ASSERT_EQ(picture.rgb.size(), chart.rgb.size());
 

@@ -1,79 +1,44 @@
-// The chart's frame and its composition; the panels are in chart_panels.cpp.
+// Where the chart, its ramp and its patches are on a sensor; chart_drawing.cpp draws them.
 
 #include "chart.h"
 
 #include <imaging/camera_physics.h>
 
-#include "chart_panels.h"
+#include <algorithm>
+#include <cmath>
 
 namespace offlineframes {
 namespace {
 
-constexpr Box kRampBox = {-kChartWidth, 2330, 2 * kChartWidth, 2530};
-
-uint32_t even(double value) {
+uint32_t Even(double value) {
     return static_cast<uint32_t>(value) & ~1u;
 }
 
-void drawRamp(Canvas& canvas, const ChartFrame& frame) {
-    canvas.shadePixels(kRampBox, [&](int x, int) {
-        const uint32_t sensorX = std::min(static_cast<uint32_t>(x + static_cast<int>(frame.left)),
-                                          frame.sensor.width - 1);
-        const int level = chartRampLevel(sensorX, frame.sensor.width);
-        const int linear = imaging::LinearFromRaw(level, imaging::Channel::kGreen);
-        const uint8_t tone = imaging::ToneFromLinear(linear);
-        return Colour{tone, tone, tone};
-    });
-}
-
-Picture draw(const ChartFrame& frame, PictureSize canvasSize, uint32_t left, uint32_t top) {
-    Canvas canvas(canvasSize.width, canvasSize.height, left, top, frame.visible.width,
-                  frame.visible.height);
-    drawBackground(canvas);
-    drawColourPatches(canvas, chartPatches());
-    drawStar(canvas);
-    drawDetailColumn(canvas);
-    drawGreySteps(canvas);
-    drawColourRamps(canvas);
-    drawBorder(canvas);
-    drawRamp(canvas, frame);
-    drawRampScale(canvas, kRampBox, frame.left, frame.sensor.width, frame.visible.width);
-    drawHeader(canvas, frame.visible);
-    return canvas.take();
+ChartFrame Centred(PictureSize sensor, PictureSize visible) {
+    return {sensor, visible, imaging::CropOffset(sensor.width, visible.width),
+            imaging::CropOffset(sensor.height, visible.height)};
 }
 
 }  // namespace
 
 ChartFrame chartOnSensor(PictureSize sensor) {
     // 250 / 256 of the sensor is visible: 4000 of 4096, 3000 of 3072.
-    const PictureSize visible = {std::max(2u, even(sensor.width * 250.0 / 256)),
-                                 std::max(2u, even(sensor.height * 250.0 / 256))};
-    return {sensor, visible, imaging::CropOffset(sensor.width, visible.width),
-            imaging::CropOffset(sensor.height, visible.height)};
+    return Centred(sensor, {std::max(2u, Even(sensor.width * 250.0 / 256)),
+                            std::max(2u, Even(sensor.height * 250.0 / 256))});
 }
 
 ChartFrame chartOfVisible(PictureSize visible) {
-    const PictureSize sensor = {even(visible.width * 256.0 / 250),
-                                even(visible.height * 256.0 / 250)};
-    return {sensor, visible, imaging::CropOffset(sensor.width, visible.width),
-            imaging::CropOffset(sensor.height, visible.height)};
-}
-
-Picture drawSensorChart(const ChartFrame& frame) {
-    return draw(frame, frame.sensor, frame.left, frame.top);
-}
-
-Picture drawVisibleChart(const ChartFrame& frame) {
-    return draw(frame, frame.visible, 0, 0);
+    return Centred({Even(visible.width * 256.0 / 250), Even(visible.height * 256.0 / 250)},
+                   visible);
 }
 
 ChartRamp chartRamp(const ChartFrame& frame) {
-    // The rows whose middles lie in the ramp's box, as the canvas counts them.
+    // The rows whose middles are in the ramp's box, as the canvas counts them.
     const auto row = [&](double v) {
         return static_cast<uint32_t>(
                 std::ceil(frame.top + v * frame.visible.height / kChartHeight - 0.5));
     };
-    return {row(kRampBox.top), row(kRampBox.bottom)};
+    return {row(kChartRampBox.top), row(kChartRampBox.bottom)};
 }
 
 std::array<ChartPatch, kChartPatches> chartPatches() {

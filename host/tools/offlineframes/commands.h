@@ -1,10 +1,12 @@
-// The program's commands. Each is a spec (arguments, options, help) and a function that does it.
+// The program's commands. Each is a table (words, options, help) and a function that does it.
 #pragma once
 
+#include <base/options.h>
+
+#include <functional>
 #include <string>
 #include <vector>
 
-#include "option_table.h"
 #include "result.h"
 
 namespace offlineframes {
@@ -15,17 +17,17 @@ struct Report {
     std::string notes;
 };
 
-const CommandSpec& packSpec();
-Result<Report> runPack(const CommandLine& line);
+struct Command {
+    const char* name;
+    const char* summary;             // a phrase for the list of commands
+    const char* purpose;             // sentences for its own help
+    std::vector<const char*> words;  // plain words the command needs, all of them
+    std::vector<base::Option> options;
+    std::function<Result<Report>(const std::vector<std::string>& words)> run;
+};
 
-const CommandSpec& sourcesSpec();
-Result<Report> runSources(const CommandLine& line);
-
-const CommandSpec& viewSpec();
-Result<Report> runView(const CommandLine& line);
-
-const CommandSpec& compareSpec();
-Result<Report> runCompare(const CommandLine& line);
+// pack, sources, view and compare. Their options are read once: a command runs at most once.
+std::vector<Command> AllCommands();
 
 // The whole program after main(): `words` without the program's name. Prints and gives the exit
 // status: 0 done, 1 failed, 2 wrong command line.

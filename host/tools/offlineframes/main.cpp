@@ -3,5 +3,5 @@
 #include "commands.h"
 
 int main(int argc, char** argv) {
-    return offlineframes::runProgram(std::vector<std::string>(argv + 1, argv + argc));
+    return offlineframes::runProgram(base::WordsOf(argc, argv));
 }

@@ -1,4 +1,4 @@
-// Chooses the command, prints what it reports.
+// Chooses the command, reads its words, prints what it reports.
 
 #include <stdio.h>
 #include <terminal/terminal.h>
@@ -10,87 +10,74 @@
 namespace offlineframes {
 namespace {
 
-struct Command {
-    const CommandSpec& (*spec)();
-    Result<Report> (*run)(const CommandLine& line);
-};
-
-constexpr Command kCommands[] = {
-        {packSpec, runPack},
-        {sourcesSpec, runSources},
-        {viewSpec, runView},
-        {compareSpec, runCompare},
-};
-
-std::string programHelp() {
+std::string ProgramHelp(const std::vector<Command>& commands) {
     std::string text =
             "usage: offlineframes COMMAND ...\n\n"
             "Makes the frames that the offline camera tests read, and shows those they dump.\n\n";
-    for (const Command& command : kCommands) {
-        const CommandSpec& spec = command.spec();
-        const std::string name = spec.name;
-        text += "  " + name + std::string(10 - name.size(), ' ') + spec.summary + "\n";
+    for (const Command& command : commands) {
+        const std::string name = command.name;
+        text += "  " + name + std::string(10 - name.size(), ' ') + command.summary + "\n";
     }
     return text + "\n\"offlineframes COMMAND --help\" tells a command's options.\n";
 }
 
-const Command* findCommand(const std::string& name) {
-    for (const Command& command : kCommands) {
-        if (name == command.spec().name) return &command;
-    }
-    return nullptr;
+std::string HelpOf(const Command& command) {
+    std::string text = std::string("usage: offlineframes ") + command.name + " [OPTION...]";
+    for (const char* word : command.words) text += std::string(" ") + word;
+    return text + "\n\n" + command.purpose + "\n\n" + base::OptionHelp(command.options);
 }
 
-int fail(const std::string& text, int status) {
+int Fail(const std::string& text, int status) {
     fprintf(stderr, "offlineframes: %s\n", terminal::red(text).c_str());
     return status;
 }
 
-int misuse(const std::string& text, const std::string& helpOf) {
-    return fail(text + "\n\"offlineframes " + helpOf + "--help\" tells what there is", 2);
+int Misuse(const std::string& text, const std::string& helpOf) {
+    return Fail(text + "\n\"offlineframes " + helpOf + "--help\" tells what there is", 2);
 }
 
 // Standard output may be a full disk: what could not be printed is a failure.
-int print(const std::string& text) {
-    if (fputs(text.c_str(), stdout) < 0 || fflush(stdout) != 0) {
-        return fail("cannot write to standard output", 1);
-    }
-    return 0;
+int Print(const std::string& text) {
+    if (fputs(text.c_str(), stdout) >= 0 && fflush(stdout) == 0) return 0;
+    return Fail("cannot write to standard output", 1);
 }
 
-// Frames are large: most commands take about a second.
-Result<Report> runCommand(const Command& command, const CommandLine& line) {
-    terminal::Progress progress;
-    progress.show(std::string("offlineframes: ") + command.spec().name + " ...");
-    return command.run(line);
-}
-
-bool asksForHelp(const std::string& word) {
+bool AsksForHelp(const std::string& word) {
     return word == "--help" || word == "-h";
+}
+
+Result<Report> RunCommand(const Command& command, const std::vector<std::string>& line) {
+    const auto words = base::ReadOptions(command.options, line, base::Order::kAnywhere);
+    if (!words.Ok()) return words.GetFailure();
+    const size_t given = words.Value().size();
+    const size_t needed = command.words.size();
+    if (given < needed) return Failure{std::string("missing ") + command.words[given], true};
+    if (given > needed) return Failure{"unexpected word \"" + words.Value()[needed] + "\"", true};
+    // Frames are large: most commands take about a second.
+    terminal::Progress progress;
+    progress.show(std::string("offlineframes: ") + command.name + " ...");
+    return command.run(words.Value());
 }
 
 }  // namespace
 
 int runProgram(const std::vector<std::string>& words) {
-    if (words.empty()) return misuse("no command given", "");
-    if (asksForHelp(words[0])) return print(programHelp());
-    const Command* const command = findCommand(words[0]);
-    if (!command) return misuse("unknown command \"" + words[0] + "\"", "");
-    const CommandSpec& spec = command->spec();
-    const std::vector<std::string> rest(words.begin() + 1, words.end());
-    const auto optionsEnd = std::find(rest.begin(), rest.end(), "--");
-    if (std::any_of(rest.begin(), optionsEnd, asksForHelp)) return print(helpText(spec));
-    const Result<CommandLine> line = readCommandLine(spec, rest);
-    const std::string name = std::string(spec.name) + " ";
-    const std::string prefix = std::string(spec.name) + ": ";
-    if (!line.ok()) return misuse(prefix + line.error(), name);
-    const Result<Report> report = runCommand(*command, line.value());
-    if (!report.ok()) {
-        return report.failure().misuse ? misuse(prefix + report.error(), name)
-                                       : fail(report.error(), 1);
+    const std::vector<Command> commands = AllCommands();
+    if (words.empty()) return Misuse("no command given", "");
+    if (AsksForHelp(words[0])) return Print(ProgramHelp(commands));
+    const auto command = std::find_if(commands.begin(), commands.end(),
+                                      [&](const Command& c) { return words[0] == c.name; });
+    if (command == commands.end()) return Misuse("unknown command \"" + words[0] + "\"", "");
+    const std::vector<std::string> line(words.begin() + 1, words.end());
+    const auto optionsEnd = std::find(line.begin(), line.end(), "--");
+    if (std::any_of(line.begin(), optionsEnd, AsksForHelp)) return Print(HelpOf(*command));
+    const Result<Report> report = RunCommand(*command, line);
+    if (report.Ok()) {
+        fputs(report.Value().notes.c_str(), stderr);
+        return Print(report.Value().output);
     }
-    fputs(report.value().notes.c_str(), stderr);
-    return print(report.value().output);
+    if (!report.GetFailure().misuse) return Fail(report.Error(), 1);
+    return Misuse(words[0] + ": " + report.Error(), words[0] + " ");
 }
 
 }  // namespace offlineframes

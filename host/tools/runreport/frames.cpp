@@ -27,15 +27,15 @@ std::string HostPath(const std::string& path, const std::string& dataFolder) {
 
 void ExamineRaster(FrameFormat format, Frame* frame, const Bytes& bytes) {
     const auto geometry = offlineframes::resolveGeometry(frame->path, format, {}, bytes.size());
-    if (!geometry.ok()) {
-        frame->note = geometry.error();
+    if (!geometry.Ok()) {
+        frame->note = geometry.Error();
         return;
     }
-    frame->width = geometry.value().size.width;
-    frame->height = geometry.value().size.height;
-    frame->stride = geometry.value().stride;
-    frame->scanlines = geometry.value().scanlines;
-    PictureOfFrame(bytes, geometry.value(), frame);
+    frame->width = geometry.Value().size.width;
+    frame->height = geometry.Value().size.height;
+    frame->stride = geometry.Value().stride;
+    frame->scanlines = geometry.Value().scanlines;
+    PictureOfFrame(bytes, geometry.Value(), frame);
 }
 
 void Examine(Frame* frame) {
@@ -50,13 +50,13 @@ void Examine(Frame* frame) {
                                      : "";
     if (frame->format.empty()) return;  // not a picture: its name and size are all there is
     const auto bytes = offlineframes::readFile(frame->path);
-    if (!bytes.ok()) {
-        frame->note = bytes.error();
+    if (!bytes.Ok()) {
+        frame->note = bytes.Error();
     } else if (type == ".jpg") {
-        PictureOfJpeg(bytes.value(), frame);
+        PictureOfJpeg(bytes.Value(), frame);
     } else {
         ExamineRaster(type == ".raw" ? FrameFormat::kRaw10 : FrameFormat::kNv12, frame,
-                      bytes.value());
+                      bytes.Value());
     }
 }
 

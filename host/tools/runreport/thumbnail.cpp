@@ -141,13 +141,13 @@ void PictureOfFrame(const Bytes& bytes, const FrameGeometry& geometry, Frame* fr
 
 void PictureOfJpeg(const Bytes& file, Frame* frame) {
     const auto jpeg = offlineframes::decodeJpeg(file, frame->path, kThumbnailWidth);
-    if (!jpeg.ok()) {
-        frame->note = jpeg.error();
+    if (!jpeg.Ok()) {
+        frame->note = jpeg.Error();
         return;
     }
-    frame->width = jpeg.value().width;
-    frame->height = jpeg.value().height;
-    const offlineframes::Picture& picture = jpeg.value().picture;
+    frame->width = jpeg.Value().fullSize.width;
+    frame->height = jpeg.Value().fullSize.height;
+    const offlineframes::Picture& picture = jpeg.Value().picture;
     const uint32_t width = picture.width & ~1u;
     const uint32_t height = picture.height & ~1u;
     const Bytes nv12 =

@@ -10,7 +10,7 @@
 
 namespace imaging {
 
-/** A RAW10 frame whose rows are 7 bytes longer than they need be, filled by a function of x, y. */
+// A RAW10 frame whose rows are 7 bytes longer than they need be, filled by a function of x, y.
 class RawFrame {
   public:
     using Pixels = std::function<uint16_t(uint32_t x, uint32_t y)>;
@@ -39,8 +39,8 @@ class RawFrame {
     std::vector<uint8_t> mBytes;
 };
 
-/** An NV12 picture whose rows are 6 bytes longer than they need be; everything begins as
- * kUntouched. */
+// An NV12 picture whose rows are 6 bytes longer than they need be; everything begins as
+// kUntouched.
 class Nv12Picture {
   public:
     static constexpr uint8_t kUntouched = 0xa5;

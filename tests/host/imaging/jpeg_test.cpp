@@ -21,7 +21,7 @@ struct Decoded {
     std::vector<uint8_t> yCbCr;  // three bytes a pixel
 };
 
-/** Reads a whole file; libjpeg ends the process at a broken one, which fails the test. */
+// Reads a whole file; libjpeg ends the process at a broken one, which fails the test.
 Decoded Decode(const std::vector<uint8_t>& file) {
     jpeg_error_mgr error;
     jpeg_decompress_struct info;
@@ -45,7 +45,7 @@ Decoded Decode(const std::vector<uint8_t>& file) {
     return out;
 }
 
-/** Soft luma waves and chroma that changes from left to right, all the way to the edges. */
+// Soft luma waves and chroma that changes from left to right, all the way to the edges.
 void Paint(Nv12Picture& picture) {
     const MutableNv12View view = picture.View();
     for (uint32_t y = 0; y < view.height; ++y) {
@@ -75,7 +75,7 @@ std::vector<uint8_t> Encode(Nv12Picture& picture, int32_t degrees, uint32_t thre
     return file;
 }
 
-/** Peak signal-to-noise ratio of one component, in dB. */
+// Peak signal-to-noise ratio of one component, in dB.
 double Psnr(const Nv12Picture& picture, const Decoded& decoded, int component) {
     double sum = 0;
     for (uint32_t y = 0; y < picture.height; ++y) {

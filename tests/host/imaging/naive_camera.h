@@ -27,7 +27,7 @@ class NaiveCamera {
     NaiveCamera(const Frame& frame, Mosaic mosaic, Precision precision)
         : mFrame(frame), mMosaic(std::move(mosaic)), mPrecision(precision) {}
 
-    /** Samples of the picture; chroma is that of the 2 x 2 block of pixel x, y. */
+    // Samples of the picture; chroma is that of the 2 x 2 block of pixel x, y.
     int Y(uint32_t x, uint32_t y) const;
     int Cb(uint32_t x, uint32_t y) const;
     int Cr(uint32_t x, uint32_t y) const;

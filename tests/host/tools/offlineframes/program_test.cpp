@@ -52,6 +52,10 @@ TEST(Program, EndsWith2ForAWrongCommandLine) {
             {{"pack", "--size", "640x480", "--stride", "10", "chart", out}, "stride of at least"},
             {{"pack", "--seed", "3", "chart", out}, "--seed needs --noise"},
             {{"pack", "--noise", "0", "chart", out}, "--noise"},
+            {{"pack", "--size", "64x48x2", "chart", out}, "--size: \"64x48x2\" is not a size like"},
+            {{"pack", "--size", "40000x2", "chart", out}, "32767 a side"},
+            {{"pack", "--noise", "201", "chart", out}, "above 0, up to 200"},
+            {{"compare", "a", "b", "c"}, "unexpected word \"c\""},
             {{"sources"}, "missing DIR"},
     };
     for (const auto& c : cases) {
@@ -81,7 +85,7 @@ TEST(Program, EndsWith1WhenTheWorkFailsAndLeavesNothing) {
         EXPECT_THAT(result.errors, HasSubstr(folder.path("")));
     }
     EXPECT_THAT(folder.names(), ElementsAre("garbage", "kept"));
-    EXPECT_THAT(readFile(kept).value(), ElementsAre(1, 2, 3));
+    EXPECT_THAT(readFile(kept).Value(), ElementsAre(1, 2, 3));
 }
 
 TEST(Program, PacksViewsAndComparesAPhoto) {
@@ -92,7 +96,7 @@ TEST(Program, PacksViewsAndComparesAPhoto) {
     const Outcome packed = run({"pack", "--format", "nv12", "--size", "128x64", "--stride", "192",
                                 "--scanlines=80", photo, frame});
     ASSERT_EQ(packed.status, 0) << packed.errors;
-    EXPECT_EQ(readFile(frame).value().size(), 192u * 80 * 3 / 2);
+    EXPECT_EQ(readFile(frame).Value().size(), 192u * 80 * 3 / 2);
     const std::vector<std::string> view = {"view", "--size",      "128x64", "--stride", "192",
                                            frame,  "--scanlines", "80",     png};
     const Outcome viewed = run(view);
@@ -122,7 +126,7 @@ TEST(Program, OptionsChangeWhatIsMade) {
         words.insert(words.end(), {"--force", made});
         const Outcome result = run(words);
         EXPECT_EQ(result.status, 0) << result.errors;
-        return readFile(made).value();
+        return readFile(made).Value();
     };
     const Bytes raw = make({"pack", "--size", "64x48", ppm});
     EXPECT_EQ(raw, make({"pack", "--size", "64x48", "--format", "raw10", ppm}));

@@ -14,7 +14,6 @@ using end_to_end::Finished;
 using end_to_end::runProgram;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
-using ::testing::IsEmpty;
 using ::testing::Not;
 using ::testing::SizeIs;
 using ::testing::StartsWith;
@@ -94,6 +93,8 @@ TEST_F(Report, TellsEveryStepOfAGoodRun) {
                 ElementsAre("device", "start-up", "open", "configure", "fill", "allocate", "fill",
                             "allocate", "submit", "shutter", "result", "dump", "close", "exit"));
     EXPECT_GT(report["calls"].size(), 10u);
+    ASSERT_THAT(report["sources"], SizeIs(1));
+    ASSERT_THAT(report["dumps"], SizeIs(1));
     const Json& source = report["sources"][0];
     EXPECT_EQ(source["format"].dump() + source["width"].dump() + source["stride"].dump(),
               "\"RAW10\"40965120");
@@ -106,8 +107,11 @@ TEST_F(Report, TellsEveryStepOfAGoodRun) {
 
 TEST_F(Report, ShowsReducedPicturesAndTellsOfEmptyFrames) {
     const Json report = OfRun({}, "Y2J");
+    ASSERT_THAT(report["sources"], SizeIs(1));
+    ASSERT_THAT(report["dumps"], SizeIs(1));
     EXPECT_EQ(report["sources"][0]["leftUnread"], true);
     EXPECT_EQ(report["problems"].back()["text"], "The input frames were left empty");
+    EXPECT_EQ(report["problems"].back()["phase"], "fill");
     EXPECT_THAT(m_summary, StartsWith("run: the input frames were left empty: "));
     EXPECT_EQ(report["dumps"][0]["width"], 4000);
     EXPECT_NE(report["dumps"][0]["picture"], "");
@@ -152,6 +156,8 @@ TEST_F(Report, TellsWhereARunCrashed) {
 }
 
 TEST_F(Report, NamesWhatItCouldNotRead) {
+    OfRun({}, "callback");
+    EXPECT_EQ(m_summary, "");  // no session was opened: no file to expect
     const Json report = Make({"--log=" + Path("none"), "--trace=" + Path(""),
                               "--dump=" + Path("gone.jpg"), "--status=255", "--", "x"});
     EXPECT_EQ(report["missing"], Json({Path("none") + ": cannot open: No such file or directory",
@@ -159,6 +165,7 @@ TEST_F(Report, NamesWhatItCouldNotRead) {
     EXPECT_THAT(report["dumps"][0]["note"], HasSubstr("gone.jpg: cannot open"));
     EXPECT_EQ(report["run"]["ending"], "usage-error");
     EXPECT_EQ(runProgram({RUNREPORT, "--html=" + Path("")}).status, 1);
+    EXPECT_EQ(runProgram({RUNREPORT, "--json=" + Path("")}).status, 1);
     EXPECT_EQ(runProgram({RUNREPORT, "--started=soon", "--summary"}).status, 2);
 }
 

@@ -1,11 +1,9 @@
 package standin.aidltest;
 
-import standin.aidltest.inner.Point;
-
+@VintfStability
 union Choice {
     int number = 7;
     String text;
-    Point point;
-    Level[] levels = {Level.HIGH};
-    double[2] pair;
+    RecordV1 record;
+    Level[] levels;
 }

@@ -1,9 +1,11 @@
 package standin.aidltest;
 
+@VintfStability
 @Backing(type="int")
 enum Level {
     LOW = 1,
-    MIDDLE = 1 << 4,
-    SAME = MIDDLE,
+    MIDDLE = LOW << 4,
+    SAME = 0x10,
+    NEXT,
     HIGH = LOW | MIDDLE | 0x100,
 }
