@@ -14,7 +14,6 @@ using end_to_end::Finished;
 using end_to_end::runProgram;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
-using ::testing::IsEmpty;
 using ::testing::Not;
 using ::testing::SizeIs;
 using ::testing::StartsWith;
@@ -94,6 +93,8 @@ TEST_F(Report, TellsEveryStepOfAGoodRun) {
                 ElementsAre("device", "start-up", "open", "configure", "fill", "allocate", "fill",
                             "allocate", "submit", "shutter", "result", "dump", "close", "exit"));
     EXPECT_GT(report["calls"].size(), 10u);
+    ASSERT_THAT(report["sources"], SizeIs(1));
+    ASSERT_THAT(report["dumps"], SizeIs(1));
     const Json& source = report["sources"][0];
     EXPECT_EQ(source["format"].dump() + source["width"].dump() + source["stride"].dump(),
               "\"RAW10\"40965120");
@@ -106,6 +107,8 @@ TEST_F(Report, TellsEveryStepOfAGoodRun) {
 
 TEST_F(Report, ShowsReducedPicturesAndTellsOfEmptyFrames) {
     const Json report = OfRun({}, "Y2J");
+    ASSERT_THAT(report["sources"], SizeIs(1));
+    ASSERT_THAT(report["dumps"], SizeIs(1));
     EXPECT_EQ(report["sources"][0]["leftUnread"], true);
     EXPECT_EQ(report["problems"].back()["text"], "The input frames were left empty");
     EXPECT_EQ(report["problems"].back()["phase"], "fill");
