@@ -1,11 +1,12 @@
 // How much two pictures differ.
 #pragma once
 
+#include <base/result.h>
+
 #include <array>
 #include <cstdint>
 
 #include "picture.h"
-#include "result.h"
 
 namespace offlineframes {
 
@@ -21,6 +22,6 @@ struct Comparison {
 };
 
 // Fails, naming both sizes, when they differ.
-Result<Comparison> comparePictures(const Picture& a, const Picture& b);
+base::Result<Comparison> comparePictures(const Picture& a, const Picture& b);
 
 }  // namespace offlineframes

@@ -40,8 +40,8 @@ class SignalsHeldBack {
     sigset_t m_before;
 };
 
-Failure SystemFailure(const std::string& path, const char* step) {
-    return Failure{path + ": " + step + ": " + strerror(errno)};
+base::Failure SystemFailure(const std::string& path, const char* step) {
+    return base::Failure{path + ": " + step + ": " + strerror(errno)};
 }
 
 // Calls step(offset, bytes left), which is read() or write(), until all `size` bytes are done.
@@ -71,18 +71,18 @@ int MoveIntoPlace(const std::string& temporary, const std::string& path, Existin
 
 }  // namespace
 
-Result<Bytes> readFile(const std::string& path) {
+base::Result<Bytes> readFile(const std::string& path) {
     // O_NONBLOCK: opening a pipe without a writer must not hang.
     const Descriptor file = {open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK)};
     if (file.fd < 0) return SystemFailure(path, "cannot open");
     struct stat info = {};
     if (fstat(file.fd, &info) != 0) return SystemFailure(path, "cannot examine");
-    if (!S_ISREG(info.st_mode)) return Failure{path + ": is not a regular file"};
-    if (info.st_size == 0) return Failure{path + ": is empty"};
+    if (!S_ISREG(info.st_mode)) return base::Failure{path + ": is not a regular file"};
+    if (info.st_size == 0) return base::Failure{path + ": is empty"};
     const uint64_t size = static_cast<uint64_t>(info.st_size);
     if (size > kMaxFileBytes) {
-        return Failure{path + ": has " + std::to_string(size) + " bytes, more than the " +
-                       std::to_string(kMaxFileBytes) + " that are read"};
+        return base::Failure{path + ": has " + std::to_string(size) + " bytes, more than the " +
+                             std::to_string(kMaxFileBytes) + " that are read"};
     }
     Bytes bytes(size);
     const size_t done = RepeatUntilDone(size, [&](size_t offset, size_t left) {
@@ -90,31 +90,31 @@ Result<Bytes> readFile(const std::string& path) {
     });
     if (done == size) return bytes;
     if (errno != 0) return SystemFailure(path, "cannot read");
-    return Failure{path + ": became shorter while it was read"};
+    return base::Failure{path + ": became shorter while it was read"};
 }
 
-Result<Done> checkWritable(const std::string& path, Existing existing) {
-    if (path.empty()) return Failure{"the output name is empty"};
+base::Result<base::Done> checkWritable(const std::string& path, Existing existing) {
+    if (path.empty()) return base::Failure{"the output name is empty"};
     struct stat info = {};
     if (lstat(path.c_str(), &info) == 0) {
         if (!S_ISREG(info.st_mode)) {
-            return Failure{path + ": exists and is not a regular file; choose another name"};
+            return base::Failure{path + ": exists and is not a regular file; choose another name"};
         }
-        if (existing == Existing::kReplace) return Done{};
-        return Failure{path + ": exists already; remove it or give --force"};
+        if (existing == Existing::kReplace) return base::Done{};
+        return base::Failure{path + ": exists already; remove it or give --force"};
     }
     if (errno != ENOENT) return SystemFailure(path, "cannot examine");
     const size_t slash = path.rfind('/');
     const std::string folder = slash == std::string::npos ? "." : path.substr(0, slash + 1);
     if (access(folder.c_str(), W_OK | X_OK) != 0) return SystemFailure(folder, "cannot write here");
     if (slash != std::string::npos && slash + 1 == path.size()) {
-        return Failure{path + ": is a folder; give a file name"};
+        return base::Failure{path + ": is a folder; give a file name"};
     }
-    return Done{};
+    return base::Done{};
 }
 
-Result<Done> writeFile(const std::string& path, const Bytes& bytes, Existing existing) {
-    const Result<Done> check = checkWritable(path, existing);
+base::Result<base::Done> writeFile(const std::string& path, const Bytes& bytes, Existing existing) {
+    const base::Result<base::Done> check = checkWritable(path, existing);
     if (!check.Ok()) return check;
     const SignalsHeldBack signals;
     // In the folder of `path` (npos + 1 is 0), and short however long the name of `path` is.
@@ -127,9 +127,9 @@ Result<Done> writeFile(const std::string& path, const Bytes& bytes, Existing exi
         return write(file.fd, bytes.data() + offset, left);
     });
     if (done == bytes.size() && file.Close() && MoveIntoPlace(temporary, path, existing) == 0) {
-        return Done{};
+        return base::Done{};
     }
-    const Failure failure = SystemFailure(path, "cannot write");
+    const base::Failure failure = SystemFailure(path, "cannot write");
     unlink(temporary.c_str());
     return failure;
 }

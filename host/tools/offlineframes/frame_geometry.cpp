@@ -82,10 +82,10 @@ PictureSize defaultSize(FrameFormat format) {
     return format == FrameFormat::kRaw10 ? PictureSize{4096, 3072} : PictureSize{4000, 3000};
 }
 
-Result<size_t> frameBytes(const FrameGeometry& geometry) {
+base::Result<size_t> frameBytes(const FrameGeometry& geometry) {
     const bool raw = geometry.format == FrameFormat::kRaw10;
     const auto refuse = [&](const std::string& why) {
-        return Failure{describe(geometry) + ": " + why};
+        return base::Failure{describe(geometry) + ": " + why};
     };
     const PictureSize size = geometry.size;
     if (!isUsableSize(size.width, size.height)) {
@@ -122,7 +122,7 @@ std::optional<FrameGeometry> geometryOfFileSize(FrameFormat format, uint64_t byt
         const auto row = static_cast<uint32_t>(RowBytes(format, known.size.width));
         const FrameGeometry unpadded = {format, known.size, row, known.size.height};
         for (const FrameGeometry& geometry : {allocatorGeometry(format, known.size), unpadded}) {
-            const Result<size_t> expected = frameBytes(geometry);
+            const base::Result<size_t> expected = frameBytes(geometry);
             if (expected.Ok() && expected.Value() == bytes) return geometry;
         }
     }

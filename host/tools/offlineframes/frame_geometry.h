@@ -2,13 +2,14 @@
 // the name of a dump or source file tells about them.
 #pragma once
 
+#include <base/result.h>
+
 #include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
 
 #include "picture.h"
-#include "result.h"
 
 namespace offlineframes {
 
@@ -40,7 +41,7 @@ PictureSize defaultSize(FrameFormat format);
 
 // Checks that the picture fits its rows and its format's grid (RAW10 width a multiple of 4, all
 // sizes even) and gives the bytes of the whole frame.
-Result<size_t> frameBytes(const FrameGeometry& geometry);
+base::Result<size_t> frameBytes(const FrameGeometry& geometry);
 
 // A known geometry of `format` whose frame has exactly `bytes` bytes.
 std::optional<FrameGeometry> geometryOfFileSize(FrameFormat format, uint64_t bytes);

@@ -68,16 +68,17 @@ std::string Likely(const FrameGeometry& padding, uint64_t bytes) {
 }
 
 // A RAW10 mosaic developed in colour by the reference camera's own pipeline, not cropped.
-Result<Picture> DevelopRaw10(const Bytes& bytes, const FrameGeometry& geometry) {
+base::Result<Picture> DevelopRaw10(const Bytes& bytes, const FrameGeometry& geometry) {
     const auto [width, height] = geometry.size;
     const FrameGeometry developed = {FrameFormat::kNv12, geometry.size, width, height};
-    const Result<size_t> nv12Bytes = frameBytes(developed);
+    const base::Result<size_t> nv12Bytes = frameBytes(developed);
     if (!nv12Bytes.Ok()) return nv12Bytes.GetFailure();
     Bytes nv12(nv12Bytes.Value());
     const std::string problem = imaging::RawToNv12(
             {bytes.data(), width, height, geometry.stride},
             {nv12.data(), nv12.data() + size_t{width} * height, width, height, width});
-    if (!problem.empty()) return Failure{"cannot develop " + describe(geometry) + ": " + problem};
+    if (!problem.empty())
+        return base::Failure{"cannot develop " + describe(geometry) + ": " + problem};
     return showNv12(nv12, developed);
 }
 
@@ -94,24 +95,26 @@ Picture ShowMosaic(const Bytes& bytes, const FrameGeometry& geometry) {
     return picture;
 }
 
-Result<View> ViewFrame(const std::string& path, FrameFormat format, const ViewRequest& request,
-                       const Bytes& bytes) {
-    if (request.asStored) return Failure{path + ": --as-stored is only for JPEG files"};
+base::Result<View> ViewFrame(const std::string& path, FrameFormat format,
+                             const ViewRequest& request, const Bytes& bytes) {
+    if (request.asStored) return base::Failure{path + ": --as-stored is only for JPEG files"};
     if (request.mosaic && format != FrameFormat::kRaw10) {
-        return Failure{path + ": --mosaic is only for raw10 frames"};
+        return base::Failure{path + ": --mosaic is only for raw10 frames"};
     }
-    const Result<FrameGeometry> geometry = resolveGeometry(path, format, request, bytes.size());
+    const base::Result<FrameGeometry> geometry =
+            resolveGeometry(path, format, request, bytes.size());
     if (!geometry.Ok()) return geometry.GetFailure();
     const std::string what = describe(geometry.Value());
     if (format == FrameFormat::kNv12) return View{showNv12(bytes, geometry.Value()), what};
     if (request.mosaic) return View{ShowMosaic(bytes, geometry.Value()), what + ", mosaic"};
-    Result<Picture> developed = DevelopRaw10(bytes, geometry.Value());
-    if (!developed.Ok()) return Failure{path + ": " + developed.Error()};
+    base::Result<Picture> developed = DevelopRaw10(bytes, geometry.Value());
+    if (!developed.Ok()) return base::Failure{path + ": " + developed.Error()};
     return View{std::move(developed).Value(), what + ", developed"};
 }
 
-Result<View> ViewJpeg(const std::string& path, const ViewRequest& request, const Bytes& bytes) {
-    Result<JpegPicture> jpeg = decodeJpeg(bytes, path);
+base::Result<View> ViewJpeg(const std::string& path, const ViewRequest& request,
+                            const Bytes& bytes) {
+    base::Result<JpegPicture> jpeg = decodeJpeg(bytes, path);
     if (!jpeg.Ok()) return jpeg.GetFailure();
     const PictureSize size = jpeg.Value().fullSize;
     View view;
@@ -129,16 +132,16 @@ Result<View> ViewJpeg(const std::string& path, const ViewRequest& request, const
     return view;
 }
 
-Result<View> ViewPicture(const std::string& path, const ViewRequest& request, PictureType type,
-                         const Bytes& bytes) {
+base::Result<View> ViewPicture(const std::string& path, const ViewRequest& request,
+                               PictureType type, const Bytes& bytes) {
     if (request.size || request.stride || request.scanlines || request.mosaic) {
-        return Failure{path +
-                       ": is a picture; --size, --stride, --scanlines and --mosaic are for "
-                       "raw10 and nv12 frames"};
+        return base::Failure{path +
+                             ": is a picture; --size, --stride, --scanlines and --mosaic are for "
+                             "raw10 and nv12 frames"};
     }
     if (type == PictureType::kJpeg) return ViewJpeg(path, request, bytes);
-    if (request.asStored) return Failure{path + ": --as-stored is only for JPEG files"};
-    Result<Picture> picture = decodePicture(bytes, path);
+    if (request.asStored) return base::Failure{path + ": --as-stored is only for JPEG files"};
+    base::Result<Picture> picture = decodePicture(bytes, path);
     if (!picture.Ok()) return picture.GetFailure();
     const PictureSize size = {picture.Value().width, picture.Value().height};
     return View{std::move(picture).Value(), "picture " + describe(size)};
@@ -170,8 +173,8 @@ Picture showNv12(const Bytes& bytes, const FrameGeometry& geometry) {
     return picture;
 }
 
-Result<FrameGeometry> resolveGeometry(const std::string& path, FrameFormat format,
-                                      const KnownGeometry& request, uint64_t bytes) {
+base::Result<FrameGeometry> resolveGeometry(const std::string& path, FrameFormat format,
+                                            const KnownGeometry& request, uint64_t bytes) {
     const FrameGeometry padding = KnownPadding(path, format, request);
     FrameGeometry geometry = padding;
     const FrameGeometry allocated =
@@ -186,36 +189,36 @@ Result<FrameGeometry> resolveGeometry(const std::string& path, FrameFormat forma
         if (const auto known = geometryOfFileSize(format, bytes)) geometry = *known;
     }
     if (geometry.stride == 0 || geometry.scanlines == 0) {
-        return Failure{path + ": cannot tell the geometry of " + std::to_string(bytes) +
-                       " bytes of " + formatName(format) + Likely(padding, bytes) +
-                       "; give --size, --stride and --scanlines"};
+        return base::Failure{path + ": cannot tell the geometry of " + std::to_string(bytes) +
+                             " bytes of " + formatName(format) + Likely(padding, bytes) +
+                             "; give --size, --stride and --scanlines"};
     }
     geometry.size = request.size ? *request.size
                                  : pictureInPadding(format, geometry.stride, geometry.scanlines);
-    const Result<size_t> expected = frameBytes(geometry);
-    if (!expected.Ok()) return Failure{path + ": " + expected.Error()};
+    const base::Result<size_t> expected = frameBytes(geometry);
+    if (!expected.Ok()) return base::Failure{path + ": " + expected.Error()};
     if (!IsExpectedSize(bytes, expected.Value())) {
-        return Failure{path + ": expected " + std::to_string(expected.Value()) + " bytes for " +
-                       describe(geometry) + ", found " + std::to_string(bytes) +
-                       Likely(padding, bytes)};
+        return base::Failure{path + ": expected " + std::to_string(expected.Value()) +
+                             " bytes for " + describe(geometry) + ", found " +
+                             std::to_string(bytes) + Likely(padding, bytes)};
     }
     return geometry;
 }
 
-Result<View> viewFile(const std::string& path, const ViewRequest& request) {
-    const Result<Bytes> bytes = readFile(path);
+base::Result<View> viewFile(const std::string& path, const ViewRequest& request) {
+    const base::Result<Bytes> bytes = readFile(path);
     if (!bytes.Ok()) return bytes.GetFailure();
     if (request.format) return ViewFrame(path, *request.format, request, bytes.Value());
-    const Result<PictureType> type = pictureType(bytes.Value(), path);
+    const base::Result<PictureType> type = pictureType(bytes.Value(), path);
     if (type.Ok()) return ViewPicture(path, request, type.Value(), bytes.Value());
     if (EndsWith(path, ".raw")) {
         return ViewFrame(path, FrameFormat::kRaw10, request, bytes.Value());
     }
     if (EndsWith(path, ".yuv")) return ViewFrame(path, FrameFormat::kNv12, request, bytes.Value());
     if (EndsWith(path, ".jpg")) {
-        return Failure{path + ": expected a JPEG, but it does not start with ff d8 ff"};
+        return base::Failure{path + ": expected a JPEG, but it does not start with ff d8 ff"};
     }
-    return Failure{type.Error() + ", and its name is not that of a frame; give --format"};
+    return base::Failure{type.Error() + ", and its name is not that of a frame; give --format"};
 }
 
 }  // namespace offlineframes

@@ -51,9 +51,9 @@ Picture PictureOf(const Pixbuf& pixbuf) {
 constexpr char kPngMagic[] = "\x89PNG\r\n\x1a\n";
 constexpr size_t kPngMagicBytes = 8;
 
-Failure TooLarge(const std::string& path, const char* type, int width, int height) {
-    return Failure{path + ": a " + type + " of " + std::to_string(width) + "x" +
-                   std::to_string(height) + " is too large"};
+base::Failure TooLarge(const std::string& path, const char* type, int width, int height) {
+    return base::Failure{path + ": a " + type + " of " + std::to_string(width) + "x" +
+                         std::to_string(height) + " is too large"};
 }
 
 // The orientation in EXIF data or in a JPEG file that has some; 1 where it is missing or damaged.
@@ -120,27 +120,27 @@ void AppendPngChunk(const char* type, const uint8_t* data, size_t size, Bytes* p
 
 }  // namespace
 
-Result<PictureType> pictureType(const Bytes& bytes, const std::string& name) {
+base::Result<PictureType> pictureType(const Bytes& bytes, const std::string& name) {
     const auto startsWith = [&](const char* magic, size_t length) {
         return bytes.size() >= length && memcmp(bytes.data(), magic, length) == 0;
     };
     if (startsWith(kPngMagic, kPngMagicBytes)) return PictureType::kPng;
     if (startsWith("\xff\xd8\xff", 3)) return PictureType::kJpeg;
     if (startsWith("P6", 2)) return PictureType::kPpm;
-    return Failure{name + ": is not a PNG, JPEG or binary PPM picture"};
+    return base::Failure{name + ": is not a PNG, JPEG or binary PPM picture"};
 }
 
-Result<Picture> readPicture(const std::string& path) {
-    const Result<Bytes> bytes = readFile(path);
+base::Result<Picture> readPicture(const std::string& path) {
+    const base::Result<Bytes> bytes = readFile(path);
     if (!bytes.Ok()) return bytes.GetFailure();
     return decodePicture(bytes.Value(), path);
 }
 
-Result<Picture> decodePicture(const Bytes& bytes, const std::string& path) {
-    const Result<PictureType> type = pictureType(bytes, path);
+base::Result<Picture> decodePicture(const Bytes& bytes, const std::string& path) {
+    const base::Result<PictureType> type = pictureType(bytes, path);
     if (!type.Ok()) return type.GetFailure();
     if (type.Value() == PictureType::kJpeg) {
-        Result<JpegPicture> jpeg = decodeJpeg(bytes, path);
+        base::Result<JpegPicture> jpeg = decodeJpeg(bytes, path);
         if (!jpeg.Ok()) return jpeg.GetFailure();
         const int orientation = jpeg.Value().orientation;
         return makeUpright(std::move(jpeg).Value().picture, orientation);
@@ -159,17 +159,18 @@ Result<Picture> decodePicture(const Bytes& bytes, const std::string& path) {
     GError* error = nullptr;
     const Pixbuf pixbuf = {gdk_pixbuf_new_from_file(path.c_str(), &error), g_object_unref};
     if (!pixbuf) {
-        const Failure failure = {path + ": damaged " + typeName + ": " + error->message};
+        const base::Failure failure = {path + ": damaged " + typeName + ": " + error->message};
         g_error_free(error);
         return failure;
     }
     return makeUpright(PictureOf(pixbuf), png ? PngOrientation(bytes) : 1);
 }
 
-Result<JpegPicture> decodeJpeg(const Bytes& bytes, const std::string& name, uint32_t leastWidth) {
+base::Result<JpegPicture> decodeJpeg(const Bytes& bytes, const std::string& name,
+                                     uint32_t leastWidth) {
     const std::unique_ptr<void, int (*)(tjhandle)> decoder(tjInitDecompress(), tjDestroy);
     const auto damaged = [&] {
-        return Failure{name + ": damaged JPEG: " + tjGetErrorStr2(decoder.get())};
+        return base::Failure{name + ": damaged JPEG: " + tjGetErrorStr2(decoder.get())};
     };
     int width = 0;
     int height = 0;
@@ -179,7 +180,7 @@ Result<JpegPicture> decodeJpeg(const Bytes& bytes, const std::string& name, uint
                                           &height, &subsampling, &colours) == 0;
     // A rare subsampling is an error here, but can be decoded; then the size is known.
     if (width <= 0 || height <= 0) {
-        return read ? Failure{name + ": damaged JPEG: it holds no picture"} : damaged();
+        return read ? base::Failure{name + ": damaged JPEG: it holds no picture"} : damaged();
     }
     if (!isUsableSize(static_cast<uint64_t>(width), static_cast<uint64_t>(height))) {
         return TooLarge(name, "JPEG", width, height);
@@ -247,7 +248,7 @@ Picture centreCrop(const Picture& picture, PictureSize size) {
     return out;
 }
 
-Result<Bytes> encodePng(const Picture& picture, const std::string& name) {
+base::Result<Bytes> encodePng(const Picture& picture, const std::string& name) {
     constexpr int kFastest = 1;  // a dump is looked at once: speed before size
     const std::unique_ptr<libdeflate_compressor, void (*)(libdeflate_compressor*)> packer(
             libdeflate_alloc_compressor(kFastest), libdeflate_free_compressor);
@@ -257,7 +258,7 @@ Result<Bytes> encodePng(const Picture& picture, const std::string& name) {
     // Not vectors, which would be cleared first.
     const std::unique_ptr<uint8_t[]> rows(new (std::nothrow) uint8_t[size]);
     const std::unique_ptr<uint8_t[]> packed(new (std::nothrow) uint8_t[bound]);
-    if (!packer || !rows || !packed) return Failure{name + ": no memory for the PNG"};
+    if (!packer || !rows || !packed) return base::Failure{name + ": no memory for the PNG"};
     for (uint32_t y = 0; y < picture.height; ++y) {
         uint8_t* const row = rows.get() + y * (rowBytes + 1);
         row[0] = 0;  // no filter: the fastest to pack

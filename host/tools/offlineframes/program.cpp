@@ -40,7 +40,7 @@ struct Command {
     const char* purpose;             // sentences for its own help
     std::vector<const char*> words;  // plain words the command needs, all of them
     std::vector<base::Option> options;
-    std::function<Result<Report>(const Words& words)> run;
+    std::function<base::Result<Report>(const Words& words)> run;
 };
 
 struct PackOptions : KnownGeometry {
@@ -54,17 +54,18 @@ struct ViewOptions : ViewRequest {
 };
 
 Option FormatOption(const char* help, std::optional<FrameFormat>* format) {
-    return {"--format", "raw10|nv12", help, [format](const std::string& word) -> Result<Done> {
+    return {"--format", "raw10|nv12", help,
+            [format](const std::string& word) -> base::Result<base::Done> {
                 for (const FrameFormat known : {FrameFormat::kRaw10, FrameFormat::kNv12}) {
                     if (word == formatName(known)) *format = known;
                 }
-                if (!*format) return Failure{"raw10 or nv12"};
-                return Done{};
+                if (!*format) return base::Failure{"raw10 or nv12"};
+                return base::Done{};
             }};
 }
 
 Option SizeOption(const char* help, std::optional<PictureSize>* size) {
-    return {"--size", "WxH", help, [size](const std::string& word) -> Result<Done> {
+    return {"--size", "WxH", help, [size](const std::string& word) -> base::Result<base::Done> {
                 PictureSize read;
                 const char* const end = word.data() + word.size();
                 const auto width = std::from_chars(word.data(), end, read.width);
@@ -73,24 +74,25 @@ Option SizeOption(const char* help, std::optional<PictureSize>* size) {
                     std::from_chars(cross + 1, end, read.height).ptr == end &&
                     isUsableSize(read.width, read.height)) {
                     *size = read;
-                    return Done{};
+                    return base::Done{};
                 }
-                return Failure{"a size like 4096x3072, of at most " + std::to_string(kMaxPixels) +
-                               " pixels and " + std::to_string(kMaxSide) + " a side"};
+                return base::Failure{"a size like 4096x3072, of at most " +
+                                     std::to_string(kMaxPixels) + " pixels and " +
+                                     std::to_string(kMaxSide) + " a side"};
             }};
 }
 
 Option NoiseOption(std::optional<double>* sigma) {
     constexpr int kLargest = 200;
     return {"--noise", "SIGMA", "add Gaussian noise, in raw levels or nv12 code values",
-            [sigma](const std::string& word) -> Result<Done> {
+            [sigma](const std::string& word) -> base::Result<base::Done> {
                 char* stop = nullptr;
                 const double number = strtod(word.c_str(), &stop);
                 if (*stop != 0 || !(number > 0) || number > kLargest) {
-                    return Failure{"a number above 0, up to " + std::to_string(kLargest)};
+                    return base::Failure{"a number above 0, up to " + std::to_string(kLargest)};
                 }
                 *sigma = number;
-                return Done{};
+                return base::Done{};
             }};
 }
 
@@ -107,25 +109,25 @@ Existing ExistingOf(bool force) {
     return force ? Existing::kReplace : Existing::kKeep;
 }
 
-Result<Report> Pack(const Words& words, const PackOptions& options) {
-    if (options.seed && !options.sigma) return Failure{"--seed needs --noise", true};
+base::Result<Report> Pack(const Words& words, const PackOptions& options) {
+    if (options.seed && !options.sigma) return base::Failure{"--seed needs --noise", true};
     const FrameFormat format = options.format.value_or(FrameFormat::kRaw10);
     FrameGeometry geometry = allocatorGeometry(format, options.size.value_or(defaultSize(format)));
     if (options.stride) geometry.stride = static_cast<uint32_t>(*options.stride);
     if (options.scanlines) geometry.scanlines = static_cast<uint32_t>(*options.scanlines);
-    const Result<size_t> size = frameBytes(geometry);
-    if (!size.Ok()) return Failure{size.Error(), true};
+    const base::Result<size_t> size = frameBytes(geometry);
+    if (!size.Ok()) return base::Failure{size.Error(), true};
     const std::string& output = words[1];
-    const Result<Done> writable = checkWritable(output, ExistingOf(options.force));
+    const base::Result<base::Done> writable = checkWritable(output, ExistingOf(options.force));
     if (!writable.Ok()) return writable.GetFailure();
     const Noise noise = {options.sigma.value_or(0), options.seed.value_or(1)};
     std::optional<Picture> photo;
     if (words[0] != "chart") {
-        Result<Picture> read = readPicture(words[0]);
+        base::Result<Picture> read = readPicture(words[0]);
         if (!read.Ok()) return read.GetFailure();
         photo = std::move(read).Value();
     }
-    const Result<Done> written =
+    const base::Result<base::Done> written =
             writeFile(output, makeFrame(photo, geometry, noise), ExistingOf(options.force));
     if (!written.Ok()) return written.GetFailure();
     return Report{"", output + ": " + describe(geometry) + ", " + std::to_string(size.Value()) +
@@ -153,11 +155,11 @@ Command PackCommand() {
             [options](const Words& words) { return Pack(words, *options); }};
 }
 
-Result<Report> MakeSources(const Words& words, const std::string& from) {
+base::Result<Report> MakeSources(const Words& words, const std::string& from) {
     std::optional<Picture> photo;
     char fit[160] = "";
     if (!from.empty()) {
-        Result<Picture> read = readPicture(from);
+        base::Result<Picture> read = readPicture(from);
         if (!read.Ok()) return read.GetFailure();
         photo = std::move(read).Value();
         snprintf(fit, sizeof(fit),
@@ -166,7 +168,7 @@ Result<Report> MakeSources(const Words& words, const std::string& from) {
                  photo->width, photo->height, coveringScale(*photo, kSensorSize), kSensorSize.width,
                  kSensorSize.height);
     }
-    const Result<std::string> made = makeSources(words[0], photo);
+    const base::Result<std::string> made = makeSources(words[0], photo);
     if (!made.Ok()) return made.GetFailure();
     return Report{"", (photo ? from + fit : "") + made.Value()};
 }
@@ -184,14 +186,15 @@ Command SourcesCommand() {
             [from](const Words& words) { return MakeSources(words, *from); }};
 }
 
-Result<Report> ViewInput(const Words& words, const ViewOptions& options) {
-    const Result<Done> writable = checkWritable(words[1], ExistingOf(options.force));
+base::Result<Report> ViewInput(const Words& words, const ViewOptions& options) {
+    const base::Result<base::Done> writable = checkWritable(words[1], ExistingOf(options.force));
     if (!writable.Ok()) return writable.GetFailure();
-    const Result<View> view = viewFile(words[0], options);
+    const base::Result<View> view = viewFile(words[0], options);
     if (!view.Ok()) return view.GetFailure();
-    const Result<Bytes> png = encodePng(view.Value().picture, words[1]);
+    const base::Result<Bytes> png = encodePng(view.Value().picture, words[1]);
     if (!png.Ok()) return png.GetFailure();
-    const Result<Done> written = writeFile(words[1], png.Value(), ExistingOf(options.force));
+    const base::Result<base::Done> written =
+            writeFile(words[1], png.Value(), ExistingOf(options.force));
     if (!written.Ok()) return written.GetFailure();
     return Report{"", words[0] + ": " + view.Value().description + "\n"};
 }
@@ -221,15 +224,15 @@ std::string Decibels(double psnr) {
     return text;
 }
 
-Result<Report> Compare(const Words& words, const ViewRequest& request) {
+base::Result<Report> Compare(const Words& words, const ViewRequest& request) {
     Picture pictures[2];
     for (size_t i = 0; i < 2; ++i) {
-        Result<View> view = viewFile(words[i], request);
+        base::Result<View> view = viewFile(words[i], request);
         if (!view.Ok()) return view.GetFailure();
         pictures[i] = std::move(view).Value().picture;
     }
-    const Result<Comparison> compared = comparePictures(pictures[0], pictures[1]);
-    if (!compared.Ok()) return Failure{words[0] + ", " + words[1] + ": " + compared.Error()};
+    const base::Result<Comparison> compared = comparePictures(pictures[0], pictures[1]);
+    if (!compared.Ok()) return base::Failure{words[0] + ", " + words[1] + ": " + compared.Error()};
     const Comparison& result = compared.Value();
     std::string text = "PSNR  red " + Decibels(result.channelPsnr[0]) + "  green " +
                        Decibels(result.channelPsnr[1]) + "  blue " +
@@ -294,13 +297,14 @@ bool AsksForHelp(const std::string& word) {
     return word == "--help" || word == "-h";
 }
 
-Result<Report> RunCommand(const Command& command, const std::vector<std::string>& line) {
+base::Result<Report> RunCommand(const Command& command, const std::vector<std::string>& line) {
     const auto words = base::ReadOptions(command.options, line, base::Order::kAnywhere);
     if (!words.Ok()) return words.GetFailure();
     const size_t given = words.Value().size();
     const size_t needed = command.words.size();
-    if (given < needed) return Failure{std::string("missing ") + command.words[given], true};
-    if (given > needed) return Failure{"unexpected word \"" + words.Value()[needed] + "\"", true};
+    if (given < needed) return base::Failure{std::string("missing ") + command.words[given], true};
+    if (given > needed)
+        return base::Failure{"unexpected word \"" + words.Value()[needed] + "\"", true};
     // Frames are large: most commands take about a second.
     terminal::Progress progress;
     progress.show(std::string("offlineframes: ") + command.name + " ...");
@@ -320,7 +324,7 @@ int runProgram(const std::vector<std::string>& words) {
     const std::vector<std::string> line(words.begin() + 1, words.end());
     const auto optionsEnd = std::find(line.begin(), line.end(), "--");
     if (std::any_of(line.begin(), optionsEnd, AsksForHelp)) return Print(HelpOf(*command));
-    const Result<Report> report = RunCommand(*command, line);
+    const base::Result<Report> report = RunCommand(*command, line);
     if (report.Ok()) {
         fputs(report.Value().notes.c_str(), stderr);
         return Print(report.Value().output);

@@ -20,25 +20,26 @@ constexpr PictureSize kYuvSize = {4000, 3000};
 constexpr PictureSize kFaceSize = {640, 480};
 
 // Makes one file unless it is there. Gives the line that says so.
-Result<std::string> MakeFile(const std::string& path, const std::function<Result<Bytes>()>& make) {
+base::Result<std::string> MakeFile(const std::string& path,
+                                   const std::function<base::Result<Bytes>()>& make) {
     std::error_code unknown;
     if (fs::exists(fs::symlink_status(path, unknown))) return path + ": exists, kept\n";
-    const Result<Bytes> bytes = make();
+    const base::Result<Bytes> bytes = make();
     if (!bytes.Ok()) return bytes.GetFailure();
-    const Result<Done> written = writeFile(path, bytes.Value(), Existing::kKeep);
+    const base::Result<base::Done> written = writeFile(path, bytes.Value(), Existing::kKeep);
     if (!written.Ok()) return written.GetFailure();
     return path + ": made, " + std::to_string(bytes.Value().size()) + " bytes\n";
 }
 
 }  // namespace
 
-Result<Bytes> makeMetadataDump() {
+base::Result<Bytes> makeMetadataDump() {
     const int32_t orientation = 0;
     const uint8_t quality = 95;
     const uint8_t thumbnailQuality = 90;
     const int32_t thumbnailSize[2] = {0, 0};
     camera_metadata_t* const metadata = allocate_camera_metadata(4, 8);
-    if (!metadata) return Failure{"no memory for the camera metadata"};
+    if (!metadata) return base::Failure{"no memory for the camera metadata"};
     const int errors =
             add_camera_metadata_entry(metadata, ANDROID_JPEG_ORIENTATION, &orientation, 1) +
             add_camera_metadata_entry(metadata, ANDROID_JPEG_QUALITY, &quality, 1) +
@@ -48,17 +49,18 @@ Result<Bytes> makeMetadataDump() {
     const auto* const first = reinterpret_cast<const uint8_t*>(metadata);
     Bytes bytes(first, first + get_camera_metadata_size(metadata));
     free_camera_metadata(metadata);
-    if (errors != 0) return Failure{"the camera metadata library refused an entry"};
+    if (errors != 0) return base::Failure{"the camera metadata library refused an entry"};
     return bytes;
 }
 
-Result<std::string> makeSources(const std::string& folder, const std::optional<Picture>& photo) {
+base::Result<std::string> makeSources(const std::string& folder,
+                                      const std::optional<Picture>& photo) {
     const std::string frames = folder + "/offlinecameratest";
     const std::string metadata = folder + "/metadata";
     for (const std::string& path : {folder, frames, metadata}) {
         std::error_code error;
         fs::create_directory(path, error);  // an existing folder is fine
-        if (error) return Failure{path + ": cannot make the folder: " + error.message()};
+        if (error) return base::Failure{path + ": cannot make the folder: " + error.message()};
     }
     std::optional<Picture> sensor, visible;
     if (photo) {
@@ -69,7 +71,7 @@ Result<std::string> makeSources(const std::string& folder, const std::optional<P
                           PictureSize size) {
         return [=, &scene] { return makeFrame(scene, allocatorGeometry(format, size), {}); };
     };
-    const std::pair<std::string, std::function<Result<Bytes>()>> files[] = {
+    const std::pair<std::string, std::function<base::Result<Bytes>()>> files[] = {
             {frames + "/4096_3072_RAW10.raw", frame(sensor, FrameFormat::kRaw10, kSensorSize)},
             {frames + "/4000_3000_NV12.yuv", frame(visible, FrameFormat::kNv12, kYuvSize)},
             {frames + "/mmf_fd.yuv", frame(photo, FrameFormat::kNv12, kFaceSize)},
@@ -77,7 +79,7 @@ Result<std::string> makeSources(const std::string& folder, const std::optional<P
     };
     std::string lines;
     for (const auto& [path, make] : files) {
-        const Result<std::string> line = MakeFile(path, make);
+        const base::Result<std::string> line = MakeFile(path, make);
         if (!line.Ok()) return line.GetFailure();
         lines += line.Value();
     }

@@ -40,14 +40,14 @@ class TestFolder : public TemporaryFolder {
 
 // The value of what must have worked; where it has not, a failure that says why.
 template <class T>
-T valueOf(Result<T> result) {
+T valueOf(base::Result<T> result) {
     EXPECT_TRUE(result.Ok()) << result.Error();
     return result.Ok() ? std::move(result).Value() : T();
 }
 
 // Why something was refused.
 template <class T>
-std::string errorOf(const Result<T>& result) {
+std::string errorOf(const base::Result<T>& result) {
     return result.Ok() ? "no error" : result.Error();
 }
 
