@@ -3,10 +3,10 @@
 
 #include <aidl/android/hardware/graphics/allocator/AllocationError.h>
 #include <aidlcommonsupport/NativeHandle.h>
+#include <android/log.h>
 #include <gralloctypes/Gralloc4.h>
 #include <graphics_core/from_aidl.h>
 #include <graphics_core/from_hidl.h>
-#include <log_throttle.h>
 
 namespace graphics {
 
@@ -16,23 +16,20 @@ using ::aidl::android::hardware::graphics::allocator::AllocationError;
 using ::android::hardware::graphics::mapper::V4_0::IMapper;
 using ::ndk::ScopedAStatus;
 
-AllocationError toAllocationError(BufferError error) {
+AllocationError ToAllocationError(BufferError error) {
     if (error == BufferError::kNoResources) return AllocationError::NO_RESOURCES;
     if (error == BufferError::kUnsupported) return AllocationError::UNSUPPORTED;
     return AllocationError::BAD_DESCRIPTOR;
 }
 
-ScopedAStatus refuse(const Outcome& outcome) {
-    static auto* const throttle = new standin_log::LogThrottle;
-    if (throttle->mayWrite("GraphicsAllocator")) {
-        __android_log_print(ANDROID_LOG_ERROR, "GraphicsAllocator", "allocate: %s",
-                            outcome.reason.c_str());
-    }
+ScopedAStatus Refuse(const Outcome& outcome) {
+    __android_log_print(ANDROID_LOG_ERROR, "GraphicsAllocator", "allocate: %s",
+                        outcome.reason.c_str());
     return ScopedAStatus::fromServiceSpecificErrorWithMessage(
-            static_cast<int32_t>(toAllocationError(outcome.error)), outcome.reason.c_str());
+            static_cast<int32_t>(ToAllocationError(outcome.error)), outcome.reason.c_str());
 }
 
-Outcome checkCount(int32_t count) {
+Outcome CheckCount(int32_t count) {
     if (count < 1) {
         return failure(BufferError::kBadDescriptor,
                        std::to_string(count) + " buffers: ask for at least one");
@@ -45,8 +42,8 @@ Outcome checkCount(int32_t count) {
     return {};
 }
 
-// Twice as many rows as there are.
-void lie(native_handle_t* handle) {
+// The fault bad-handle: twice as many rows as there are.
+void DoubleTheSize(native_handle_t* handle) {
     HandleIntegers integers;
     if (!readIntegers(handle, &integers)) return;
     integers.height *= 2;
@@ -56,25 +53,33 @@ void lie(native_handle_t* handle) {
 
 }  // namespace
 
+services::FaultSet Allocator::Faults() {
+    return {"Faults of the graphics allocator:\n",
+            {{"allocate-error", "every allocation fails with \"no resources\""},
+             {"allocate-none", "an allocation succeeds but brings no buffer"},
+             {"allocate-two", "an allocation brings two buffers, whatever was asked for"},
+             {"bad-handle", "the integers of a new buffer's handle state twice its size"}}};
+}
+
 ScopedAStatus Allocator::allocate(const std::vector<uint8_t>& descriptor, int32_t count,
                                   AllocationResult* result) {
     IMapper::BufferDescriptorInfo info{};
     if (::android::gralloc4::decodeBufferDescriptorInfo(descriptor, &info) != ::android::NO_ERROR) {
-        return refuse(failure(BufferError::kBadDescriptor,
+        return Refuse(failure(BufferError::kBadDescriptor,
                               "the descriptor of " + std::to_string(descriptor.size()) +
                                       " bytes is not one that this device's mapper makes"));
     }
-    return allocateBuffers(fromHidl(info), count, result);
+    return AllocateBuffers(fromHidl(info), count, result);
 }
 
 ScopedAStatus Allocator::allocate2(const BufferDescriptorInfo& descriptor, int32_t count,
                                    AllocationResult* result) {
     if (!descriptor.additionalOptions.empty()) {
-        return refuse(failure(BufferError::kUnsupported,
+        return Refuse(failure(BufferError::kUnsupported,
                               "there are no additional options, such as " +
                                       descriptor.additionalOptions.front().name));
     }
-    return allocateBuffers(fromAidl(descriptor), count, result);
+    return AllocateBuffers(fromAidl(descriptor), count, result);
 }
 
 ScopedAStatus Allocator::isSupported(const BufferDescriptorInfo& descriptor, bool* supported) {
@@ -88,27 +93,27 @@ ScopedAStatus Allocator::getIMapperLibrarySuffix(std::string* suffix) {
     return ScopedAStatus::ok();
 }
 
-ScopedAStatus Allocator::allocateBuffers(const BufferDescription& description, int32_t count,
+ScopedAStatus Allocator::AllocateBuffers(const BufferDescription& description, int32_t count,
                                          AllocationResult* result) const {
-    if (mFault == AllocatorFault::kAllocateError) {
-        return refuse(failure(BufferError::kNoResources, "fault allocate-error is switched on"));
+    if (m_faults.Has("allocate-error")) {
+        return Refuse(failure(BufferError::kNoResources, "fault allocate-error is switched on"));
     }
-    if (const Outcome checked = checkCount(count); !checked.ok()) return refuse(checked);
+    if (const Outcome checked = CheckCount(count); !checked.ok()) return Refuse(checked);
     BufferLayout layout;
     if (const Outcome laidOut = layOut(description, &layout); !laidOut.ok()) {
-        return refuse(laidOut);
+        return Refuse(laidOut);
     }
-    if (mFault == AllocatorFault::kAllocateNone) count = 0;
-    if (mFault == AllocatorFault::kAllocateTwo) count = 2;
+    if (m_faults.Has("allocate-none")) count = 0;
+    if (m_faults.Has("allocate-two")) count = 2;
 
     AllocationResult made;
     made.stride = static_cast<int32_t>(layout.stride);
     for (int32_t i = 0; i < count; ++i) {
         UniqueHandle handle;
         if (const Outcome created = createBuffer(description, &handle); !created.ok()) {
-            return refuse(created);
+            return Refuse(created);
         }
-        if (mFault == AllocatorFault::kBadHandle) lie(handle.get());
+        if (m_faults.Has("bad-handle")) DoubleTheSize(handle.get());
         made.buffers.push_back(::android::makeToAidl(handle.get()));
         native_handle_delete(handle.release());  // its descriptor has gone to `made`
     }

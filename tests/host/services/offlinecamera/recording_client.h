@@ -1,6 +1,7 @@
 // A client that writes down, one line each, what the service tells it.
 #pragma once
 
+#include <aidl/vendor/zel/hardware/camera/offlinecamera/BnOfflineCameraCallback.h>
 #include <gmock/gmock.h>
 
 #include <condition_variable>
@@ -9,117 +10,101 @@
 #include <string>
 #include <vector>
 
-#include "graphics.h"
-#include "quiet_client.h"
+#include "faults.h"
 
 namespace offlinecamera {
 
-/**
- * Events, in order of arrival:
- *   "shutter F", "error F", "result F out 1:7 in 0:1 0:2" (stream:buffer; "!" after a buffer with
- *   status ERROR, " parts N" unless 1), "lend S x N", "return S:B", "empty CALLBACK".
- * It lends buffers with ids from 101 on and answers empty lists with an error. Thread-safe.
- */
-class RecordingClient : public QuietClient {
+namespace device = ::aidl::android::hardware::camera::device;
+namespace package = ::aidl::vendor::zel::hardware::camera::offlinecamera;
+using ::aidl::android::hardware::common::NativeHandle;
+using ndk::ScopedAStatus;
+
+// A buffer that fits the stream; a BLOB one is `spare` bytes longer than the stream's size.
+NativeHandle Allocate(const Stream& stream, int32_t spare = 0);
+
+// Events, in order of arrival:
+//   "shutter F", "error F", "result F out 1:7 in 0:1 0:2" (stream:buffer; "!" after a buffer with
+//   status ERROR), "lend S x N", "return S:B", "empty CALLBACK".
+// It lends buffers with ids from 101 on and answers empty lists with an error. Thread-safe.
+class RecordingClient : public package::BnOfflineCameraCallback {
   public:
-    using StreamBuffersVal = ::aidl::android::hardware::camera::device::StreamBuffersVal;
+    ScopedAStatus notify(const std::vector<NotifyMsg>& messages) override {
+        if (messages.empty()) return Add("empty notify", false);
+        const bool shutter = messages[0].getTag() == NotifyMsg::shutter;
+        const int32_t frame = shutter ? messages[0].get<NotifyMsg::shutter>().frameNumber
+                                      : messages[0].get<NotifyMsg::error>().frameNumber;
+        return Add((shutter ? "shutter " : "error ") + std::to_string(frame));
+    }
 
-    ndk::ScopedAStatus notify(const std::vector<NotifyMsg>& messages) override {
-        if (messages.empty()) return Empty("notify");
-        for (const NotifyMsg& message : messages) {
-            if (message.getTag() == NotifyMsg::shutter) {
-                Add("shutter " + std::to_string(message.get<NotifyMsg::shutter>().frameNumber));
-            } else {
-                Add("error " + std::to_string(message.get<NotifyMsg::error>().frameNumber));
-            }
+    ScopedAStatus processCaptureResult(const std::vector<OfflineCaptureResult>& results) override {
+        if (results.empty()) return Add("empty result", false);
+        if (onResult) onResult(results[0]);
+        return Add("result " + std::to_string(results[0].frameNumber) + " out" +
+                   Text(results[0].outFrameInfo.buffers) + " in" +
+                   Text(results[0].inFrameInfo.buffers));
+    }
+
+    ScopedAStatus requestStreamBuffers(const std::vector<package::OfflineBufferRequest>& requests,
+                                       std::vector<package::OfflineStreamBufferRet>* answers,
+                                       device::BufferRequestStatus*) override {
+        answers->clear();
+        if (requests.empty()) return Add("empty request", false);
+        const Stream& stream = requests[0].stream;
+        std::vector<StreamBuffer> buffers(requests[0].numBuffersRequested - lacking);
+        for (StreamBuffer& buffer : buffers) {
+            buffer.streamId = stream.id;
+            buffer.bufferId = ++m_lastLentId;
+            if (!lendsEmptyHandles) buffer.buffer = Allocate(stream);
         }
-        return ndk::ScopedAStatus::ok();
+        answers->resize(1);
+        answers->front().val = device::StreamBuffersVal::make<device::StreamBuffersVal::buffers>(
+                std::move(buffers));
+        return Add("lend " + std::to_string(stream.id) + " x " +
+                   std::to_string(requests[0].numBuffersRequested));
     }
 
-    ndk::ScopedAStatus processCaptureResult(const std::vector<Result>& results) override {
-        if (results.empty()) return Empty("result");
-        for (const Result& result : results) {
-            if (onResult) onResult(result);
-            Add("result " + std::to_string(result.frameNumber) + " out" +
-                Text(result.outFrameInfo.buffers) + " in" + Text(result.inFrameInfo.buffers) +
-                (result.outFrameInfo.numPartialMetadata == 1 ? "" : " wrong parts"));
-        }
-        return ndk::ScopedAStatus::ok();
+    ScopedAStatus returnStreamBuffers(const std::vector<StreamBuffer>& buffers) override {
+        return buffers.empty() ? Add("empty return", false) : Add("return" + Text(buffers));
     }
 
-    ndk::ScopedAStatus requestStreamBuffers(const std::vector<BufferRequest>& requests,
-                                            std::vector<BufferRet>* rets,
-                                            BufferRequestStatus*) override {
-        rets->clear();
-        if (requests.empty()) return Empty("request");
-        for (const BufferRequest& request : requests) {
-            Add("lend " + std::to_string(request.stream.id) + " x " +
-                std::to_string(request.numBuffersRequested));
-            std::vector<StreamBuffer> buffers(request.numBuffersRequested);
-            for (StreamBuffer& buffer : buffers) {
-                buffer.streamId = request.stream.id;
-                buffer.bufferId = ++mLastLentId;
-                if (!lendsEmptyHandles) buffer.buffer = Allocate(request.stream);
-            }
-            if (lendsTooFew) buffers.pop_back();
-            BufferRet ret;
-            ret.stream = request.stream;
-            ret.val = StreamBuffersVal::make<StreamBuffersVal::buffers>(std::move(buffers));
-            rets->push_back(std::move(ret));
-        }
-        return ndk::ScopedAStatus::ok();
-    }
-
-    ndk::ScopedAStatus returnStreamBuffers(const std::vector<StreamBuffer>& buffers) override {
-        if (buffers.empty()) return Empty("return");
-        Add("return" + Text(buffers));
-        return ndk::ScopedAStatus::ok();
-    }
-
-    /** Waits until `count` events have come, not longer than 30 s. @return all of them */
+    // Waits until `count` events have come, not longer than 30 s, and returns all of them.
     std::vector<std::string> WaitForEvents(size_t count) {
-        std::unique_lock<std::mutex> guard(mLock);
-        EXPECT_TRUE(mChanged.wait_for(guard, std::chrono::seconds(30),
-                                      [&] { return mEvents.size() >= count; }))
+        std::unique_lock<std::mutex> guard(m_lock);
+        EXPECT_TRUE(m_changed.wait_for(guard, std::chrono::seconds(30),
+                                       [&] { return m_events.size() >= count; }))
                 << "waited for " << count << " events";
-        return mEvents;
+        return m_events;
     }
 
     std::vector<std::string> Events() { return WaitForEvents(0); }
 
     // Set before the request is sent.
-    std::function<void(const Result&)> onResult;
+    std::function<void(const OfflineCaptureResult&)> onResult;
     bool lendsEmptyHandles = false;
-    bool lendsTooFew = false;
+    int32_t lacking = 0;  // so many fewer buffers are lent than asked for
 
   private:
     static std::string Text(const std::vector<StreamBuffer>& buffers) {
         std::string text;
         for (const StreamBuffer& buffer : buffers) {
             text += " " + std::to_string(buffer.streamId) + ":" + std::to_string(buffer.bufferId);
-            if (buffer.status != ::aidl::android::hardware::camera::device::BufferStatus::OK) {
-                text += "!";
-            }
+            if (buffer.status != BufferStatus::OK) text += "!";
             if (!buffer.buffer.fds.empty() || !buffer.buffer.ints.empty()) text += " with handle";
         }
         return text;
     }
 
-    ndk::ScopedAStatus Empty(const std::string& callback) {
-        Add("empty " + callback);
-        return ndk::ScopedAStatus::fromServiceSpecificErrorWithMessage(1, "ILLEGAL_ARGUMENT");
+    ScopedAStatus Add(const std::string& event, bool ok = true) {
+        std::lock_guard<std::mutex> guard(m_lock);
+        m_events.push_back(event);
+        m_changed.notify_all();
+        return ok ? ScopedAStatus::ok() : ScopedAStatus::fromServiceSpecificError(1);
     }
 
-    void Add(const std::string& event) {
-        std::lock_guard<std::mutex> guard(mLock);
-        mEvents.push_back(event);
-        mChanged.notify_all();
-    }
-
-    std::mutex mLock;
-    std::condition_variable mChanged;
-    std::vector<std::string> mEvents;
-    std::atomic<int64_t> mLastLentId{100};
+    std::mutex m_lock;
+    std::condition_variable m_changed;
+    std::vector<std::string> m_events;
+    std::atomic<int64_t> m_lastLentId{100};
 };
 
 }  // namespace offlinecamera
