@@ -20,19 +20,16 @@ using ::testing::StartsWith;
 
 const std::string kFolders = SPHAL_FOLDERS;
 
-std::vector<std::string>& LogLines() {
-    static auto* const lines = new std::vector<std::string>;
-    return *lines;
-}
+std::vector<std::string> g_lines;
 
 void KeepLine(const __android_logger_data* data, const char* message) {
-    LogLines().push_back(std::string(data->tag) + ": " + message);
+    g_lines.push_back(std::string(data->tag) + ": " + message);
 }
 
 class LinkerTest : public ::testing::Test {
   protected:
     LinkerTest() {
-        LogLines().clear();
+        g_lines.clear();
         __android_log_set_logger(KeepLine);
     }
     ~LinkerTest() override { __android_log_set_logger(__android_log_stderr_logger); }
@@ -52,14 +49,14 @@ class LinkerTest : public ::testing::Test {
 TEST_F(LinkerTest, TheFirstFolderThatHasTheLibraryWins) {
     EXPECT_EQ(Ask(kFolders + "/1:" + kFolders + "/2"), 1);
     EXPECT_EQ(Ask(":" + kFolders + "/missing::" + kFolders + "/2:"), 2);
-    EXPECT_THAT(LogLines(), ElementsAre());
+    EXPECT_THAT(g_lines, ElementsAre());
 }
 
 TEST_F(LinkerTest, WithoutASearchPathTheDevicesFolderIsUsed) {
     unsetenv("STANDIN_HAL_PATH");
     EXPECT_EQ(android_load_sphal_library("missing.so", RTLD_NOW), nullptr);
     EXPECT_EQ(Ask(":"), 0);
-    EXPECT_THAT(LogLines(),
+    EXPECT_THAT(g_lines,
                 ElementsAre(AllOf(StartsWith("vndksupport: Could not load missing.so from sphal "
                                              "namespace: /vendor/lib64/hw/missing.so"),
                                   EndsWith(".")),
@@ -70,7 +67,7 @@ TEST_F(LinkerTest, ADamagedLibraryIsNamedAndNotPassedOver) {
     const TemporaryFolder folder("damaged_sphal");
     std::ofstream(folder.path("answer.so")) << "not a library";
     EXPECT_EQ(Ask(kFolders + "/missing:" + folder.path() + ":" + kFolders + "/2"), 0);
-    EXPECT_THAT(LogLines(), ElementsAre(HasSubstr(folder.path("answer.so"))));
+    EXPECT_THAT(g_lines, ElementsAre(HasSubstr(folder.path("answer.so"))));
 }
 
 TEST_F(LinkerTest, OnlyPlainFileNamesAreOpened) {
@@ -78,7 +75,7 @@ TEST_F(LinkerTest, OnlyPlainFileNamesAreOpened) {
     for (const char* name : {"../1/answer.so", "", static_cast<const char*>(nullptr)}) {
         EXPECT_EQ(android_load_sphal_library(name, RTLD_NOW), nullptr);
     }
-    EXPECT_EQ(LogLines().size(), 3u);
+    EXPECT_EQ(g_lines.size(), 3u);
 }
 
 }  // namespace

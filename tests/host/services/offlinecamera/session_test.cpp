@@ -4,8 +4,8 @@
 
 #include <aidl/vendor/zel/hardware/camera/offlinecamera/BpOfflineCameraCallback.h>
 #include <android/binder_process.h>
+#include <fcntl.h>
 #include <signal.h>
-#include <sys/eventfd.h>
 #include <unistd.h>
 
 #include <fstream>
@@ -39,27 +39,19 @@ std::vector<size_t> Belongings() {
 
 }  // namespace
 
-TEST_F(SessionTest, TheFramesOrientationGoesBeforeTheRequests) {
-    OpenAndConfigure(OpMode::kY2J);
-    OfflineRequestInfo info = MakeInfo();
-    info.metadata = MakeResultMetadata(180);
-    info.inFrameInfos[0].metadata = MakeResultMetadata(90);
-    std::optional<int32_t> told;
-    m_client->onResult = [&](const auto& result) {
-        told = FindJpegOrientation(result.outFrameInfo.metadata);
-        EXPECT_EQ(result.outFrameInfo.numPartialMetadata, 1);
-    };
-    EXPECT_EQ(Process(std::move(info)), "1");
-    m_client->WaitForEvents(2);
-    EXPECT_EQ(told, 90);
-}
-
 TEST_F(SessionTest, APipelineFailureIsToldAsErrorAndBrokenBuffers) {
     Open();
     OfflineSessionConfigureInfo tooSmall = Configuration(OpMode::kY2J);
     tooSmall.streams[1].bufferSize = 300;
     Configure(tooSmall);
-    EXPECT_EQ(Process(MakeInfo()), "1");
+    OfflineRequestInfo info = MakeInfo();
+    info.metadata = MakeResultMetadata(180);
+    info.inFrameInfos[0].metadata = MakeResultMetadata(90);
+    m_client->onResult = [&](const auto& result) {
+        EXPECT_EQ(result.outFrameInfo.numPartialMetadata, 1);
+        EXPECT_EQ(FindJpegOrientation(result.outFrameInfo.metadata), 90) << "the frame's own";
+    };
+    EXPECT_EQ(Process(std::move(info)), "1");
     EXPECT_THAT(m_client->WaitForEvents(3),
                 ElementsAre("shutter 1", "error 1", "result 1 out 1:1! in 0:1"));
 }
@@ -81,19 +73,16 @@ TEST_F(SessionTest, MmfBorrowsItsScratchBufferAndGivesABadOneBack) {
                             "result 3 out 2:1!" + inputs));
 }
 
-TEST_F(SessionTest, AnInputIsReadAfterItsAcquireFence) {
+TEST_F(SessionTest, AnInputIsReadOnlyAfterItsAcquireFence) {
     OpenAndConfigure(OpMode::kB2Y);
-    const ndk::ScopedFileDescriptor fence(eventfd(0, EFD_CLOEXEC));
+    int pipe[2];
+    ASSERT_EQ(pipe2(pipe, O_CLOEXEC), 0);
+    close(pipe[0]);  // so that the other end can never signal
     OfflineRequestInfo info = MakeInfo();
-    info.inFrameInfos[0].buffers[0].acquireFence.fds.push_back(fence.dup());
-    std::atomic<bool> signalled = false;
-    m_client->onResult = [&](const auto&) { EXPECT_TRUE(signalled); };
+    info.inFrameInfos[0].buffers[0].acquireFence.fds.emplace_back(pipe[1]);
     EXPECT_EQ(Process(std::move(info)), "1");
-    m_client->WaitForEvents(1);
-    signalled = true;
-    EXPECT_EQ(eventfd_write(fence.get(), 1), 0);
-    m_client->WaitForEvents(2);
-    Close();
+    EXPECT_THAT(m_client->WaitForEvents(3),
+                ElementsAre("shutter 1", "error 1", "result 1 out 1:1! in 0:1"));
 }
 
 TEST_F(SessionTest, CallsThatDoNotFitTheStateAreRefused) {
