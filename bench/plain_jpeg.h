@@ -8,7 +8,7 @@
 
 namespace bench {
 
-/** A picture in three planes, sides multiples of 16 (the last rows and columns repeated). */
+// A picture in three planes, sides multiples of 16 (the last rows and columns repeated).
 struct PlanarPicture {
     explicit PlanarPicture(const imaging::Nv12View& picture);
 
@@ -18,8 +18,8 @@ struct PlanarPicture {
     std::vector<uint8_t> y, cb, cr;
 };
 
-/** One thread, 4:2:0, standard tables, no restart markers. @return bytes of the file; 0 if `out`
- * was too small */
+// One thread, 4:2:0, standard tables, no restart markers. Returns the bytes of the file; 0 if `out`
+// was too small
 size_t EncodePlainJpeg(PlanarPicture& picture, int quality, uint8_t* out, size_t capacity);
 
 }  // namespace bench

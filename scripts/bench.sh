@@ -26,10 +26,11 @@ other_tables() {
         /^[|]/ && shown' "$@"
 }
 
-# bench_report FOLDER: measures with the programs in FOLDER/bench, shows the results and keeps them
-# in bench/results.md.
-bench_report() {
+# bench FOLDER: builds and measures with the programs in FOLDER/bench, shows the results and keeps
+# them in bench/results.md.
+bench() {
     local program printed files=()
+    build "$1" "" bench || return 1
     for program in imaging loading binder run; do
         say "measuring: $program"
         printed="$1/bench/$program.txt"

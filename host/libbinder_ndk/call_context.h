@@ -4,6 +4,7 @@
 #include <sys/types.h>
 
 #include <cstdint>
+#include <utility>
 
 namespace hostbinder {
 
@@ -16,18 +17,19 @@ struct CallContext {
 };
 
 // The current thread's.
-const CallContext& callContext();
+CallContext& TheCallContext();
 
 // Sets the context for the lifetime of the object, then restores the one before.
 class ScopedCallContext {
   public:
-    explicit ScopedCallContext(const CallContext& context);
-    ~ScopedCallContext();
+    explicit ScopedCallContext(const CallContext& context)
+        : m_outer(std::exchange(TheCallContext(), context)) {}
+    ~ScopedCallContext() { TheCallContext() = m_outer; }
     ScopedCallContext(const ScopedCallContext&) = delete;
     ScopedCallContext& operator=(const ScopedCallContext&) = delete;
 
   private:
-    const CallContext mOuter;
+    const CallContext m_outer;
 };
 
 }  // namespace hostbinder

@@ -1,25 +1,21 @@
-// Connections by name: one for each pair of processes, whoever connects first.
+// Connections by name: one for each pair of processes, no matter which connects first.
 //
 // Both may connect at the same time. Then the connection that the process with the smaller name
 // makes is kept, and the other process is told that the line is busy.
 #include "endpoint.h"
 
+#include <fcntl.h>
+#include <sys/file.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <chrono>
 #include <cstdlib>
 #include <cstring>
 #include <utility>
-#include <vector>
 
-#include "connection.h"
-#include "connection_places.h"
-#include "frame_io.h"
 #include "log.h"
-#include "object_table.h"
-#include "silent_processes.h"
-#include "threads.h"
 
 namespace hostbinder {
 
@@ -27,212 +23,220 @@ namespace {
 
 constexpr auto kConnectLimit = std::chrono::seconds(5);
 
-bool isOpen(const std::shared_ptr<Connection>& connection) {
-    return connection != nullptr && connection->isOpen();
+const std::string* gSocketPath = nullptr;  // set once, before the exit handler is registered
+pid_t gSocketOwner = -1;
+
+void RemoveSocket() {
+    // A forked child runs the handler, too, but the socket is its parent's.
+    if (getpid() == gSocketOwner) unlink(gSocketPath->c_str());
 }
 
-void sendGreeting(int fd, FrameKind kind, const std::string& data, binder_status_t status) {
+bool IsOpen(const std::shared_ptr<Peer>& peer) {
+    return peer != nullptr && peer->IsOpen();
+}
+
+void SendGreeting(int fd, FrameKind kind, const std::string& data, binder_status_t status) {
     OutgoingFrame frame;
     frame.header.kind = kind;
     frame.header.status = status;
     frame.data = reinterpret_cast<const uint8_t*>(data.data());
     frame.dataSize = data.size();
-    // A new socket has room for it; a failure shows when the answer is awaited.
-    sendFrame(fd, &frame, SendWait::kNever);
+    SendFrame(fd, &frame);  // a failure shows when the answer is awaited
 }
 
-// Logs what is wrong, if anything is.
-ReceiveResult receiveGreeting(int fd, FrameKind kind, IncomingFrame* frame) {
+// False, with a log line, if no such greeting comes.
+bool ReceiveGreeting(int fd, FrameKind kind, IncomingFrame* frame) {
+    const base::Result<bool> received = ReceiveFrame(fd, frame);
     std::string reason;
-    ReceiveResult result = receiveFrame(fd, frame, &reason, ReceiveWait::kBounded);
-    if (result == ReceiveResult::kFrame && frame->header.kind != kind) {
+    if (!received.Ok()) {
+        reason = received.Error();
+    } else if (received.Value() && frame->header.kind != kind) {
         reason = "no greeting";
-        result = ReceiveResult::kBroken;
+    } else {
+        return received.Value();
     }
-    if (!reason.empty()) BINDER_LOGE("connection refused: %s", reason.c_str());
-    return result;
+    BINDER_LOGE("connection refused: %s", reason.c_str());
+    return false;
 }
 
-// Greets over a new socket. Does not wait for a process that was silent before.
-bool exchangeGreetings(int fd, const std::string& ownName, IncomingFrame* answer,
-                       PeerCredentials* peer) {
-    SilentProcesses& silent = SilentProcesses::instance();
-    if (!checkPeer(fd, peer) || silent.mustNotWaitFor(peer->pid)) return false;
-    sendGreeting(fd, FrameKind::kHello, ownName, STATUS_OK);
-    const ReceiveResult received = receiveGreeting(fd, FrameKind::kHelloReply, answer);
-    if (received == ReceiveResult::kLate) silent.add(peer->pid);
-    return received == ReceiveResult::kFrame;
-}
-
-// Whether the peer may call itself so: a name that begins with its number, or that no other process
-// listens under.
-bool mayHaveName(const std::string& name, const PeerCredentials& peer) {
-    if (!isSocketName(name)) {
-        BINDER_LOGE("connection of process %d refused: its name is not valid", peer.pid);
-        return false;
+// Only one service manager lives here: its lock on the folder ends with its process, and a socket
+// that nothing listens on any more is in the way.
+int ListenAsServiceManager() {
+    const int folder = open(SocketFolder(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (folder >= 0 && flock(folder, LOCK_EX | LOCK_NB) != 0) {
+        close(folder);
+        return -EADDRINUSE;
     }
-    if (name.find("p" + std::to_string(peer.pid) + "-") == 0) return true;
-    const int fd = connectSocket(name);
-    if (fd < 0) return true;
-    PeerCredentials owner;
-    const bool owned = checkPeer(fd, &owner) && owner.pid == peer.pid;
-    close(fd);
-    if (!owned) {
-        BINDER_LOGE("connection of process %d refused: its name %s is that of process %d", peer.pid,
-                    name.c_str(), owner.pid);
-    }
-    return owned;
-}
-
-std::shared_ptr<Connection> startReader(std::shared_ptr<Connection> connection) {
-    if (!startThread("binder-reader", [connection]() { connection->runReader(); })) return nullptr;
-    return connection;
+    unlink(SocketPath(kServiceManagerSocket).c_str());
+    return ListenSocket(kServiceManagerSocket);
 }
 
 }  // namespace
 
-Endpoint& Endpoint::instance() {
+Endpoint& Endpoint::Instance() {
     static Endpoint* const endpoint = new Endpoint;
     return *endpoint;
 }
 
-Endpoint::Endpoint() : mName(newSocketName()) {}
+Endpoint::Endpoint() : m_name(NewSocketName()) {}
 
-Endpoint::Greeting Endpoint::greet(const std::string& name,
-                                   std::shared_ptr<Connection>* connection) {
-    const int fd = connectSocket(name);
+std::shared_ptr<Peer> Endpoint::Greet(const std::string& name, bool* busy) {
+    const int fd = ConnectSocket(name);
     if (fd < 0) {
         if (fd != -ENOENT && fd != -ECONNREFUSED) {
             BINDER_LOGE("cannot connect to %s: %s", name.c_str(), strerror(-fd));
         }
-        return Greeting::kFailed;
+        return nullptr;
     }
-    PeerCredentials credentials;
+    SendGreeting(fd, FrameKind::kHello, m_name, STATUS_OK);
     IncomingFrame answer;
-    if (!exchangeGreetings(fd, mName, &answer, &credentials)) {
-        close(fd);
-        return Greeting::kFailed;
+    const bool answered = ReceiveGreeting(fd, FrameKind::kHelloReply, &answer);
+    if (answered && answer.header.status == STATUS_OK) {
+        return std::make_shared<Peer>(fd, name, CredentialsOf(fd), this);
     }
-    if (answer.header.status != STATUS_OK) {
-        close(fd);
-        return Greeting::kBusy;
-    }
-    *connection = std::make_shared<Connection>(fd, name, credentials);
-    return Greeting::kAccepted;
-}
-
-std::shared_ptr<Connection> Endpoint::connectTo(const std::string& name) {
-    if (socketFolder() == nullptr || !isSocketName(name)) return nullptr;
-    const auto limit = Clock::now() + kConnectLimit;
-    std::unique_lock<std::mutex> lock(mMutex);
-    if (name == mName) return nullptr;  // never to itself
-    for (bool tried = false;; tried = true) {
-        Peer& peer = mPeers[name];
-        if (isOpen(peer.connection)) return peer.connection;
-        if (peer.connecting) {
-            mChanged.wait(lock);  // the other thread's attempt is bounded
-            continue;
-        }
-        if (tried && Clock::now() > limit) break;
-        peer.connecting = true;
-        lock.unlock();
-        std::shared_ptr<Connection> connection;
-        const Greeting greeting = greet(name, &connection);
-        connection = finishConnecting(name, greeting, std::move(connection));
-        if (connection != nullptr || greeting != Greeting::kBusy) return connection;
-        lock.lock();
-        // Busy: the peer's own attempt is under way, or it has yet to see a lost connection.
-        mChanged.wait_for(lock, std::chrono::milliseconds(10));
-    }
-    mPeers.erase(name);
-    BINDER_LOGE("no connection to %s: it stays busy", name.c_str());
+    close(fd);
+    *busy = answered;
     return nullptr;
 }
 
-std::shared_ptr<Connection> Endpoint::finishConnecting(const std::string& name, Greeting greeting,
-                                                       std::shared_ptr<Connection> connection) {
-    std::lock_guard<std::mutex> lock(mMutex);
-    Peer& peer = mPeers[name];
-    peer.connecting = false;
-    mChanged.notify_all();
-    if (greeting == Greeting::kAccepted && !isOpen(peer.connection)) {
-        peer.connection = startReader(std::move(connection));
+std::shared_ptr<Peer> Endpoint::ConnectTo(const std::string& name) {
+    if (SocketFolder() == nullptr || name.empty()) return nullptr;
+    const auto limit = std::chrono::steady_clock::now() + kConnectLimit;
+    std::unique_lock<std::mutex> lock(m_mutex);
+    if (name == m_name) return nullptr;  // never to itself
+    while (true) {
+        Entry& entry = m_peers[name];
+        if (IsOpen(entry.peer)) return entry.peer;
+        if (!entry.connecting) {
+            entry.connecting = true;  // so that the entry stays
+            lock.unlock();
+            bool busy = false;
+            const std::shared_ptr<Peer> peer = Greet(name, &busy);
+            lock.lock();
+            entry.connecting = false;
+            m_changed.notify_all();
+            if (peer != nullptr && !IsOpen(entry.peer) &&
+                StartThread("binder-reader", [peer]() { peer->RunReader(); })) {
+                entry.peer = peer;
+            }
+            if (IsOpen(entry.peer)) return entry.peer;
+            const bool late = std::chrono::steady_clock::now() > limit;
+            if (busy && late) BINDER_LOGE("no connection to %s: it stays busy", name.c_str());
+            if (!busy || late) break;
+        }
+        // Another thread's attempt or the peer's own is under way, or the peer has yet to see a
+        // lost connection.
+        m_changed.wait_for(lock, std::chrono::milliseconds(10));
     }
-    if (isOpen(peer.connection)) return peer.connection;
-    mPeers.erase(name);
+    m_peers.erase(name);
     return nullptr;
 }
 
-std::shared_ptr<Connection> Endpoint::admit(int fd, const std::string& name,
-                                            const PeerCredentials& credentials) {
-    auto connection = std::make_shared<Connection>(fd, name, credentials);
-    std::shared_ptr<Connection> replaced;
-    {
-        std::lock_guard<std::mutex> lock(mMutex);
-        Peer& peer = mPeers[name];
-        if (mName < name && (peer.connecting || isOpen(peer.connection))) {
-            sendGreeting(fd, FrameKind::kHelloReply, "", STATUS_WOULD_BLOCK);
-            return nullptr;
-        }
-        if (isOpen(peer.connection) && peer.connection->peer().pid != credentials.pid) {
-            BINDER_LOGE("connection of process %d refused: its name %s is that of process %d",
-                        credentials.pid, name.c_str(), peer.connection->peer().pid);
-            return nullptr;
-        }
-        // A peer with the smaller name connects again only if it has lost the old connection.
-        replaced = std::exchange(peer.connection, connection);
-        sendGreeting(fd, FrameKind::kHelloReply, "", STATUS_OK);
-        mChanged.notify_all();
-    }
-    if (replaced != nullptr) replaced->shutDown();
-    return connection;
+void Endpoint::Forget(const Connection* peer) {
+    std::shared_ptr<Peer> forgotten;  // ends after the lock
+    std::lock_guard<std::mutex> lock(m_mutex);
+    auto found = m_peers.find(peer->PeerName());
+    if (found == m_peers.end() || found->second.peer.get() != peer) return;
+    forgotten = std::move(found->second.peer);
+    if (!found->second.connecting) m_peers.erase(found);
+    m_changed.notify_all();
 }
 
-void Endpoint::serveAccepted(int fd, const PeerCredentials& credentials, ConnectionPlace* place) {
-    IncomingFrame hello;
-    const bool greeted = receiveGreeting(fd, FrameKind::kHello, &hello) == ReceiveResult::kFrame;
-    const auto* const bytes = reinterpret_cast<const char*>(hello.body.get());
-    const std::string name(bytes, greeted ? hello.header.dataSize : 0);
-    place->leaveSocket();
-    if (!greeted || !mayHaveName(name, credentials)) {
-        close(fd);
-        return;
-    }
-    std::shared_ptr<Connection> connection = admit(fd, name, credentials);
-    if (connection == nullptr) return;
-    place->giveTo(connection);
-    connection->runReader();
-}
-
-void Endpoint::forget(Connection* connection) {
-    std::lock_guard<std::mutex> lock(mMutex);
-    auto found = mPeers.find(connection->peerName());
-    if (found == mPeers.end() || found->second.connection.get() != connection) return;
-    found->second.connection = nullptr;
-    if (!found->second.connecting) mPeers.erase(found);
-    mChanged.notify_all();
-}
-
-void Endpoint::cleanUpAfter(const std::string& name) {
-    {
-        std::lock_guard<std::mutex> lock(mMutex);
-        if (mName != kServiceManagerSocket) return;
-    }
-    mDeadSockets.left(name);
-}
-
-AIBinder* Endpoint::resolve(const std::string& owner, uint64_t number) {
-    ObjectTable& table = ObjectTable::instance();
+AIBinder* Endpoint::Resolve(const std::string& owner, uint64_t number) {
+    ReferenceTable& table = ReferenceTable::Instance();
     AIBinder* found = nullptr;
-    if (owner == mName) {
-        found = table.findExported(number);
-    } else if (std::shared_ptr<Connection> connection = connectTo(owner)) {
-        found = table.findProxy(connection->objects(), number);
-        if (found == nullptr && connection->acquire(number)) {
-            found = table.proxyFor(connection, connection->objects(), number, 1);
+    if (owner == m_name) {
+        found = table.FindExported(number);
+    } else if (std::shared_ptr<Peer> peer = ConnectTo(owner)) {
+        found = table.FindProxy(peer->References(), number);
+        if (found == nullptr && peer->Acquire(number)) {
+            found = table.ProxyFor(peer, peer->References(), number, 1);
         }
     }
     return found != nullptr ? found : new ProxyBinder(nullptr, number);
+}
+
+bool Endpoint::ListenLocked() {
+    const int listener =
+            m_name == kServiceManagerSocket ? ListenAsServiceManager() : ListenSocket(m_name);
+    if (listener < 0) {
+        BINDER_LOGE("cannot listen on %s: %s", SocketPath(m_name).c_str(), strerror(-listener));
+        errno = -listener;
+        return false;
+    }
+    gSocketPath = new std::string(SocketPath(m_name));
+    gSocketOwner = getpid();
+    atexit(RemoveSocket);
+    if (!StartThread("binder-accept", [this, listener]() { AcceptLoop(listener); })) {
+        close(listener);
+        errno = EAGAIN;
+        return false;
+    }
+    return true;
+}
+
+void Endpoint::EnsureListening() {
+    if (SocketFolder() == nullptr) return;
+    std::lock_guard<std::mutex> lock(m_mutex);
+    if (m_listening || m_listenFailed) return;
+    m_listening = ListenLocked();
+    m_listenFailed = !m_listening;  // logged once; peers that are connected already can still call
+}
+
+binder_status_t Endpoint::BecomeServiceManager() {
+    if (SocketFolder() == nullptr) {
+        BINDER_LOGE("STANDIN_BINDER_DIR is not set: no folder for the service manager's socket");
+        return STATUS_NO_INIT;
+    }
+    std::lock_guard<std::mutex> lock(m_mutex);
+    if (m_listening || !m_peers.empty()) return STATUS_INVALID_OPERATION;
+    m_name = kServiceManagerSocket;
+    m_listening = ListenLocked();
+    if (m_listening) return STATUS_OK;
+    return errno == EADDRINUSE ? STATUS_ALREADY_EXISTS : STATUS_NO_INIT;
+}
+
+void Endpoint::AcceptLoop(int listener) {
+    while (true) {
+        const int fd = accept4(listener, nullptr, nullptr, SOCK_CLOEXEC);
+        if (fd >= 0) {
+            LimitWaits(fd);
+            if (!StartThread("binder-reader", [this, fd]() { ServeAccepted(fd); })) close(fd);
+        } else if (errno != EINTR && errno != ECONNABORTED) {
+            BINDER_LOGE("cannot accept a connection: %s", strerror(errno));
+            usleep(50 * 1000);  // the connection still waits; give descriptors time to go
+        }
+    }
+}
+
+void Endpoint::ServeAccepted(int fd) {
+    IncomingFrame hello;
+    if (!ReceiveGreeting(fd, FrameKind::kHello, &hello)) {
+        close(fd);
+        return;
+    }
+    const auto* const bytes = reinterpret_cast<const char*>(hello.body.get());
+    const std::string name(bytes, hello.header.dataSize);
+    if (const std::shared_ptr<Peer> peer = Admit(fd, name)) peer->RunReader();
+}
+
+std::shared_ptr<Peer> Endpoint::Admit(int fd, const std::string& name) {
+    auto peer = std::make_shared<Peer>(fd, name, CredentialsOf(fd), this);
+    std::shared_ptr<Peer> replaced;
+    {
+        std::lock_guard<std::mutex> lock(m_mutex);
+        Entry& entry = m_peers[name];
+        if (m_name < name && (entry.connecting || IsOpen(entry.peer))) {
+            SendGreeting(fd, FrameKind::kHelloReply, "", STATUS_WOULD_BLOCK);
+            return nullptr;
+        }
+        // A peer with the smaller name connects again only if it has lost the old connection.
+        replaced = std::exchange(entry.peer, peer);
+        SendGreeting(fd, FrameKind::kHelloReply, "", STATUS_OK);
+        m_changed.notify_all();
+    }
+    if (replaced != nullptr) replaced->ShutDown();
+    return peer;
 }
 
 }  // namespace hostbinder

@@ -1,75 +1,52 @@
-// This process among the others: its socket, and its connections by the peer's socket name.
+// This process among the others: its socket, and its peers by their sockets' names.
 #pragma once
 
-#include <chrono>
 #include <condition_variable>
 #include <memory>
 #include <mutex>
 #include <string>
 #include <unordered_map>
 
-#include "dead_sockets.h"
-#include "ibinder.h"
-#include "socket_address.h"
+#include "peer.h"
 
 namespace hostbinder {
 
-class Connection;
-class ConnectionPlace;
-
-class Endpoint {
+class Endpoint final : public Neighbourhood {
   public:
     // Lives as long as the process.
-    static Endpoint& instance();
+    static Endpoint& Instance();
 
-    // The connection to a process; made if there is none. Null if the process is gone. Waits at
-    // most a few seconds. Not on a reader thread.
-    std::shared_ptr<Connection> connectTo(const std::string& name);
-    // A reference to object `number` of process `owner`: owned, never null. If the process or the
-    // object is gone, calls of the object fail with STATUS_DEAD_OBJECT.
-    AIBinder* resolve(const std::string& owner, uint64_t number);
-
-    // Opens this process's socket if it is not open yet, so that others can connect.
-    void ensureListening();
+    // The process with that socket; connects if there is no connection. Null if the process is
+    // gone. Waits at most a few seconds. Not on a reader's thread.
+    std::shared_ptr<Peer> ConnectTo(const std::string& name);
     // Listens under the service manager's name, for the rest of the process.
-    binder_status_t becomeServiceManager();
+    binder_status_t BecomeServiceManager();
 
-    // The connection has ended.
-    void forget(Connection* connection);
-    // What a process that was killed left in the folder of sockets, once its connection is dealt
-    // with.
-    void cleanUpAfter(const std::string& name);
+    AIBinder* Resolve(const std::string& owner, uint64_t number) override;
+    void EnsureListening() override;
+    void Forget(const Connection* peer) override;
 
   private:
-    using Clock = std::chrono::steady_clock;
-
-    struct Peer {
-        std::shared_ptr<Connection> connection;
-        bool connecting = false;  // a thread of this process is in connectTo
+    struct Entry {
+        std::shared_ptr<Peer> peer;
+        bool connecting = false;  // a thread of this process is in ConnectTo
     };
 
     Endpoint();
-    bool listenLocked();
-    void acceptLoop(int listener);
-    void startServing(int fd);
-    void serveAccepted(int fd, const PeerCredentials& credentials, ConnectionPlace* place);
-    // Answers the peer's greeting. Null if the connection in the other direction is to be used, or
-    // the name is another process's.
-    std::shared_ptr<Connection> admit(int fd, const std::string& name,
-                                      const PeerCredentials& credentials);
-    enum class Greeting { kAccepted, kBusy, kFailed };
-    Greeting greet(const std::string& name, std::shared_ptr<Connection>* connection);
-    std::shared_ptr<Connection> finishConnecting(const std::string& name, Greeting greeting,
-                                                 std::shared_ptr<Connection> connection);
+    // Connects and greets. Null if the process is gone, or, with *busy, connects itself.
+    std::shared_ptr<Peer> Greet(const std::string& name, bool* busy);
+    bool ListenLocked();
+    [[noreturn]] void AcceptLoop(int listener);
+    void ServeAccepted(int fd);
+    // Answers the peer's greeting. Null if the connection in the other direction is to be used.
+    std::shared_ptr<Peer> Admit(int fd, const std::string& name);
 
-    std::mutex mMutex;  // guards what follows
-    std::condition_variable mChanged;
-    std::string mName;
-    bool mListening = false;
-    bool mListenFailed = false;
-    std::unordered_map<std::string, Peer> mPeers;
-
-    DeadSockets mDeadSockets;  // the service manager's
+    std::mutex m_mutex;  // guards what follows
+    std::condition_variable m_changed;
+    std::string m_name;
+    bool m_listening = false;
+    bool m_listenFailed = false;
+    std::unordered_map<std::string, Entry> m_peers;
 };
 
 }  // namespace hostbinder

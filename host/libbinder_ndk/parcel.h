@@ -1,4 +1,4 @@
-// The inside of a parcel: bytes, a position, and the objects whose records lie in the bytes.
+// The inside of a parcel: bytes, a position, and the objects whose records are in the bytes.
 #pragma once
 
 #include <android/binder_ibinder.h>
@@ -14,16 +14,12 @@
 
 namespace hostbinder {
 
-// A binder (strong reference) or a descriptor that a record in the parcel's bytes stands for.
+// A binder (strong reference) or a descriptor that a record in the parcel's bytes refers to.
 struct ParcelObject {
     uint32_t offset;             // of the ObjectRecord
     AIBinder* binder = nullptr;  // null for a descriptor
     int fd = -1;
 };
-
-constexpr size_t padded(size_t size) {
-    return (size + 3) & ~size_t{3};
-}
 
 }  // namespace hostbinder
 
@@ -34,12 +30,12 @@ struct AParcel {
     AParcel& operator=(const AParcel&) = delete;
 
     // Room for `size` bytes at the position, which moves behind it; padding is zeroed.
-    // Null if there is no memory, the parcel would grow too large, the position lies behind the
-    // end, or the bytes of an object record would be overwritten.
+    // Null if there is no memory, the parcel would grow too large or the position is behind the
+    // end.
     uint8_t* grow(size_t size);
-    // The next `size` bytes (and their padding), or null if there are not that many.
+    // The next `size` bytes (and their padding), or null if there are not as many.
     const uint8_t* take(size_t size) const;
-    size_t left() const { return mPosition < mSize ? mSize - mPosition : 0; }
+    size_t left() const { return m_position < m_size ? m_size - m_position : 0; }
 
     template <typename T>
     binder_status_t write(T value) {
@@ -56,56 +52,52 @@ struct AParcel {
         return STATUS_OK;
     }
 
-    // Writes a record and keeps the object; takes ownership of the reference or descriptor, also
-    // on failure.
+    // Writes a record at the end and keeps the object; takes ownership of the reference or
+    // descriptor, also on failure.
     binder_status_t writeObject(uint32_t type, AIBinder* binder, int fd);
     // The object of the record at the position; null for the record of a null binder.
     binder_status_t readObject(uint32_t type, const hostbinder::ParcelObject** object) const;
 
+    // Adds plain bytes: STATUS_INVALID_OPERATION if `from` holds objects.
     binder_status_t append(const AParcel& from, size_t start, size_t size);
-    // Drops all content.
-    void clear();
-    // Takes over a malloc'ed block whose first `size` bytes are the content.
+    // Takes over a malloc'ed block whose first `size` bytes are the content; the objects in them
+    // are added before or after.
     void adopt(uint8_t* block, size_t size);
-    // The same, for bytes whose objects are here already.
-    void adoptData(uint8_t* block, size_t size);
 
-    const uint8_t* data() const { return mData; }
-    uint8_t* mutableData() { return mData; }
-    size_t size() const { return mSize; }
-    size_t position() const { return mPosition; }
-    void setPosition(size_t position) const { mPosition = position; }
-    std::vector<hostbinder::ParcelObject>& objects() { return mObjects; }
-    const std::vector<hostbinder::ParcelObject>& objects() const { return mObjects; }
+    const uint8_t* data() const { return m_data; }
+    uint8_t* mutableData() { return m_data; }
+    size_t size() const { return m_size; }
+    size_t position() const { return m_position; }
+    void setPosition(size_t position) const { m_position = position; }
+    std::vector<hostbinder::ParcelObject>& objects() { return m_objects; }
+    const std::vector<hostbinder::ParcelObject>& objects() const { return m_objects; }
     // How many of the objects are descriptors.
     size_t descriptorCount() const;
-    void markSensitive() const { mSensitive = true; }
 
     // The object a request was prepared for (strong reference), or null.
-    AIBinder* preparedFor() const { return mPreparedFor; }
+    AIBinder* preparedFor() const { return m_preparedFor; }
     void setPreparedFor(AIBinder* binder);
 
   private:
     bool reserve(size_t size);
-    bool overlapsObject(size_t start, size_t end) const;
 
-    uint8_t* mData = nullptr;
-    size_t mSize = 0;
-    size_t mCapacity = 0;
-    mutable size_t mPosition = 0;
-    mutable bool mSensitive = false;
-    std::vector<hostbinder::ParcelObject> mObjects;  // ascending offsets
-    AIBinder* mPreparedFor = nullptr;
+    uint8_t* m_data = nullptr;
+    size_t m_size = 0;
+    size_t m_capacity = 0;
+    mutable size_t m_position = 0;
+    std::vector<hostbinder::ParcelObject> m_objects;  // ascending offsets
+    AIBinder* m_preparedFor = nullptr;
 };
 
 namespace hostbinder {
 
-binder_status_t writeInterfaceHeader(AParcel* parcel, const std::string& descriptor);
-// STATUS_BAD_TYPE if the header names another interface.
-binder_status_t checkInterfaceHeader(const AParcel* parcel, const std::string& descriptor);
+// Strings without allocator functions. A null string cannot be read: STATUS_UNEXPECTED_NULL.
+binder_status_t WriteString(AParcel* parcel, const std::string& string);
+binder_status_t ReadString(const AParcel* parcel, std::string* string);
 
-// Strings without allocator functions.
-binder_status_t writeString(AParcel* parcel, const std::string& string);
-binder_status_t readString(const AParcel* parcel, std::string* string);
+// The header of a request, which names the interface it is for.
+binder_status_t WriteInterfaceHeader(AParcel* parcel, const std::string& descriptor);
+// STATUS_BAD_TYPE if the header names another interface.
+binder_status_t CheckInterfaceHeader(const AParcel* parcel, const std::string& descriptor);
 
 }  // namespace hostbinder

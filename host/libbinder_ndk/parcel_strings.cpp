@@ -1,13 +1,15 @@
-// Strings in a parcel: UTF-16 with a terminating NUL, UTF-8 outside.
+// Strings in a parcel: UTF-16 with a terminating NUL, UTF-8 outside. What is not UTF-8 is converted
+// as on a device.
+#include <utils/Unicode.h>
+
 #include <limits>
 
 #include "parcel.h"
-#include "utf16.h"
 
 namespace {
 
 // A string's units in the parcel; *units is null for a null string.
-binder_status_t readUnits(const AParcel* parcel, const uint8_t** units, size_t* count) {
+binder_status_t ReadUnits(const AParcel* parcel, const char16_t** units, size_t* count) {
     int32_t length = 0;
     binder_status_t status = parcel->read(&length);
     if (status != STATUS_OK) return status;
@@ -16,10 +18,15 @@ binder_status_t readUnits(const AParcel* parcel, const uint8_t** units, size_t* 
     if (length == -1) return STATUS_OK;
     if (length < -1) return STATUS_BAD_VALUE;
     *count = static_cast<size_t>(length);
-    *units = parcel->take((*count + 1) * sizeof(char16_t));
+    // Every item of a parcel begins at a multiple of 4.
+    *units = reinterpret_cast<const char16_t*>(parcel->take((*count + 1) * sizeof(char16_t)));
     if (*units == nullptr) return STATUS_NOT_ENOUGH_DATA;
-    const uint8_t* end = *units + *count * sizeof(char16_t);
-    return end[0] == 0 && end[1] == 0 ? STATUS_OK : STATUS_BAD_VALUE;
+    return (*units)[*count] == 0 ? STATUS_OK : STATUS_BAD_VALUE;
+}
+
+// Bytes of the units as UTF-8.
+size_t Utf8Size(const char16_t* units, size_t count) {
+    return count == 0 ? 0 : static_cast<size_t>(utf16_to_utf8_length(units, count));
 }
 
 }  // namespace
@@ -27,52 +34,72 @@ binder_status_t readUnits(const AParcel* parcel, const uint8_t** units, size_t* 
 binder_status_t AParcel_writeString(AParcel* parcel, const char* string, int32_t length) {
     if (string == nullptr) return length == -1 ? parcel->write(int32_t{-1}) : STATUS_BAD_VALUE;
     if (length < 0) return STATUS_BAD_VALUE;
-    std::u16string units;
-    if (!hostbinder::utf8ToUtf16(string, static_cast<size_t>(length), &units)) {
-        return STATUS_BAD_VALUE;
-    }
-    binder_status_t status = parcel->write(static_cast<int32_t>(units.size()));
+    const auto* const utf8 = reinterpret_cast<const uint8_t*>(string);
+    const auto size = static_cast<size_t>(length);
+    const ssize_t units = utf8_to_utf16_length(utf8, size, false);
+    if (units < 0) return STATUS_BAD_VALUE;  // ends within a character
+    binder_status_t status = parcel->write(static_cast<int32_t>(units));
     if (status != STATUS_OK) return status;
-    const size_t bytes = (units.size() + 1) * sizeof(char16_t);
-    uint8_t* place = parcel->grow(bytes);
+    const size_t room = static_cast<size_t>(units) + 1;
+    uint8_t* place = parcel->grow(room * sizeof(char16_t));
     if (place == nullptr) return STATUS_NO_MEMORY;
-    memcpy(place, units.c_str(), bytes);
+    utf8_to_utf16(utf8, size, reinterpret_cast<char16_t*>(place), room);
     return STATUS_OK;
 }
 
 binder_status_t AParcel_readString(const AParcel* parcel, void* stringData,
                                    AParcel_stringAllocator allocator) {
-    const uint8_t* units = nullptr;
+    const char16_t* units = nullptr;
     size_t count = 0;
-    binder_status_t status = readUnits(parcel, &units, &count);
+    binder_status_t status = ReadUnits(parcel, &units, &count);
     if (status != STATUS_OK) return status;
     char* buffer = nullptr;
     if (units == nullptr) {
         return allocator(stringData, -1, &buffer) ? STATUS_OK : STATUS_UNEXPECTED_NULL;
     }
-    const std::string utf8 = hostbinder::utf16ToUtf8(units, count);
-    if (utf8.size() >= static_cast<size_t>(std::numeric_limits<int32_t>::max())) {
+    const size_t size = Utf8Size(units, count) + 1;
+    if (size > static_cast<size_t>(std::numeric_limits<int32_t>::max())) return STATUS_NO_MEMORY;
+    if (!allocator(stringData, static_cast<int32_t>(size), &buffer) || buffer == nullptr) {
         return STATUS_NO_MEMORY;
     }
-    const int32_t length = static_cast<int32_t>(utf8.size() + 1);
-    if (!allocator(stringData, length, &buffer) || buffer == nullptr) return STATUS_NO_MEMORY;
-    memcpy(buffer, utf8.c_str(), utf8.size() + 1);
+    buffer[0] = '\0';  // which an empty string is not given
+    utf16_to_utf8(units, count, buffer, size);
     return STATUS_OK;
 }
 
 namespace hostbinder {
 
-binder_status_t writeString(AParcel* parcel, const std::string& string) {
+binder_status_t WriteString(AParcel* parcel, const std::string& string) {
     return AParcel_writeString(parcel, string.data(), static_cast<int32_t>(string.size()));
 }
 
-binder_status_t readString(const AParcel* parcel, std::string* string) {
-    const uint8_t* units = nullptr;
-    size_t count = 0;
-    binder_status_t status = readUnits(parcel, &units, &count);
-    if (status != STATUS_OK) return status;
-    if (units == nullptr) return STATUS_UNEXPECTED_NULL;
-    *string = utf16ToUtf8(units, count);
+binder_status_t ReadString(const AParcel* parcel, std::string* string) {
+    return AParcel_readString(parcel, string, [](void* data, int32_t size, char** buffer) {
+        if (size < 1) return false;
+        auto* const result = static_cast<std::string*>(data);
+        result->resize(static_cast<size_t>(size) - 1);
+        *buffer = &(*result)[0];
+        return true;
+    });
+}
+
+binder_status_t WriteInterfaceHeader(AParcel* parcel, const std::string& descriptor) {
+    parcel->write(kStrictModePresent);
+    parcel->write(kWorkSourceUnset);
+    parcel->write(kHeaderTag);
+    return WriteString(parcel, descriptor);
+}
+
+binder_status_t CheckInterfaceHeader(const AParcel* parcel, const std::string& descriptor) {
+    uint32_t strictMode = 0;
+    int32_t workSource = 0;
+    uint32_t tag = 0;
+    std::string named;
+    if (parcel->read(&strictMode) != STATUS_OK || parcel->read(&workSource) != STATUS_OK ||
+        parcel->read(&tag) != STATUS_OK || tag != kHeaderTag ||
+        ReadString(parcel, &named) != STATUS_OK || named != descriptor) {
+        return STATUS_BAD_TYPE;
+    }
     return STATUS_OK;
 }
 

@@ -1,20 +1,19 @@
-// AServiceManager: publishing and finding services, with the service manager process if there is a
-// folder of sockets, else inside this process.
+// AServiceManager: services by name, kept by the service manager process if there is a folder of
+// sockets, else inside this process.
 #include <android/binder_manager.h>
+#include <android/binder_parcel_utils.h>
+#include <host_binder_trace.h>
 #include <host_service_manager.h>
 #include <time.h>
 
 #include <cstring>
-#include <string>
-#include <vector>
+#include <map>
+#include <mutex>
 
-#include "ibinder.h"
-#include "local_registry.h"
+#include "endpoint.h"
 #include "log.h"
-#include "proxy_binder.h"
-#include "service_manager_client.h"
 
-namespace hostbinder {
+using namespace hostbinder;
 
 namespace {
 
@@ -22,25 +21,129 @@ constexpr size_t kMaxNameLength = 127;
 constexpr int kPollMilliseconds = 20;
 constexpr int kGetServiceMilliseconds = 5000;
 
-ndk::SpAIBinder checkService(const char* instance) {
-    if (instance == nullptr) return nullptr;
-    return ServiceManagerClient::isConfigured() ? ServiceManagerClient::check(instance)
-                                                : LocalRegistry::instance().find(instance);
+// The services of a process without a folder of sockets.
+struct LocalServices {
+    std::mutex mutex;  // guards byName
+    std::map<std::string, ndk::SpAIBinder> byName;
+};
+
+LocalServices& TheLocalServices() {
+    static LocalServices* const services = new LocalServices;
+    return *services;
 }
 
-std::vector<std::string> listServices() {
-    std::vector<std::string> names;
-    if (!ServiceManagerClient::isConfigured()) return LocalRegistry::instance().names();
-    ServiceManagerClient::list(&names);
-    return names;
+bool HasServiceManager() {
+    return SocketFolder() != nullptr;
+}
+
+const AIBinder_Class* NewClientClass() {
+    // Only for proxies: no object of this class is ever made here.
+    AIBinder_Class* clazz = AIBinder_Class_define(
+            HOST_SERVICE_MANAGER_DESCRIPTOR, [](void*) -> void* { return nullptr; }, [](void*) {},
+            [](AIBinder*, transaction_code_t, const AParcel*, AParcel*) -> binder_status_t {
+                return STATUS_UNKNOWN_TRANSACTION;
+            });
+    static constexpr const char* kNames[] = {"checkService", "addService", "listServices"};
+    AIBinder_Class_setTransactionNames(clazz, kNames, 3);
+    return clazz;
+}
+
+// Null if no service manager listens.
+ndk::SpAIBinder ServiceManager() {
+    static const AIBinder_Class* const clazz = NewClientClass();
+    std::shared_ptr<Peer> peer = Endpoint::Instance().ConnectTo(kServiceManagerSocket);
+    if (peer == nullptr) return nullptr;
+    ProxyBinder* proxy =
+            ReferenceTable::Instance().ProxyFor(peer, peer->References(), kContextObject, 0);
+    proxy->AssumeClass(clazz);
+    proxy->AdoptStability(kStabilitySystem);
+    return ndk::SpAIBinder(proxy);
+}
+
+// One question: `write` adds the arguments, `read` takes the answer behind its status header.
+template <typename Write, typename Read>
+binder_status_t Ask(transaction_code_t code, Write write, Read read) {
+    ndk::SpAIBinder manager = ServiceManager();
+    if (manager.get() == nullptr) return STATUS_DEAD_OBJECT;
+    ndk::ScopedAParcel request;
+    binder_status_t status = AIBinder_prepareTransaction(manager.get(), request.getR());
+    if (status == STATUS_OK) status = write(request.get());
+    if (status != STATUS_OK) return status;
+    ndk::ScopedAParcel reply;
+    status = AIBinder_transact(manager.get(), code, request.getR(), reply.getR(), 0);
+    if (status != STATUS_OK) return status;
+    ndk::ScopedAStatus answer;
+    status = AParcel_readStatusHeader(reply.get(), answer.getR());
+    if (status != STATUS_OK) return status;
+    if (answer.isOk()) return read(reply.get());
+    BINDER_LOGE("service manager: %s", answer.getDescription().c_str());
+    return answer.getExceptionCode() == EX_ILLEGAL_ARGUMENT ? STATUS_BAD_VALUE
+                                                            : STATUS_INVALID_OPERATION;
+}
+
+// Null if there is no such service, or no service manager.
+ndk::SpAIBinder FindService(const std::string& name) {
+    ndk::SpAIBinder binder;
+    if (HasServiceManager()) {
+        Ask(
+                HOST_SERVICE_MANAGER_CHECK,
+                [&](AParcel* in) { return ndk::AParcel_writeString(in, name); },
+                [&](AParcel* out) { return ndk::AParcel_readNullableStrongBinder(out, &binder); });
+        return binder;
+    }
+    LocalServices& services = TheLocalServices();
+    std::lock_guard<std::mutex> lock(services.mutex);
+    auto found = services.byName.find(name);
+    return found == services.byName.end() ? ndk::SpAIBinder() : found->second;
+}
+
+binder_exception_t AddService(const std::string& name, const ndk::SpAIBinder& binder) {
+    if (!HasServiceManager()) {
+        LocalServices& services = TheLocalServices();
+        ndk::SpAIBinder replaced;  // ends after the lock: its end may run any code
+        std::lock_guard<std::mutex> lock(services.mutex);
+        ndk::SpAIBinder& place = services.byName[name];
+        replaced = place;
+        place = binder;
+        return EX_NONE;
+    }
+    binder_status_t status = Ask(
+            HOST_SERVICE_MANAGER_ADD,
+            [&](AParcel* in) {
+                binder_status_t written = ndk::AParcel_writeString(in, name);
+                return written == STATUS_OK ? AParcel_writeStrongBinder(in, binder.get()) : written;
+            },
+            [](AParcel*) { return STATUS_OK; });
+    if (status == STATUS_OK) return EX_NONE;
+    BINDER_LOGE("service '%s' was not added: %s", name.c_str(),
+                status == STATUS_DEAD_OBJECT ? "no service manager answers"
+                                             : "the service manager refused it");
+    return status == STATUS_BAD_VALUE ? EX_ILLEGAL_ARGUMENT : EX_TRANSACTION_FAILED;
+}
+
+binder_status_t ListServices(std::vector<std::string>* names) {
+    if (HasServiceManager()) {
+        return Ask(
+                HOST_SERVICE_MANAGER_LIST, [](AParcel*) { return STATUS_OK; },
+                [&](AParcel* out) { return ndk::AParcel_readVector(out, names); });
+    }
+    LocalServices& services = TheLocalServices();
+    std::lock_guard<std::mutex> lock(services.mutex);
+    for (const auto& service : services.byName) names->push_back(service.first);
+    return STATUS_OK;
+}
+
+AIBinder* Release(ndk::SpAIBinder binder) {
+    AIBinder* raw = binder.get();
+    *binder.getR() = nullptr;
+    return raw;
 }
 
 // Asks until the service is there or limitMilliseconds (negative: no limit) are over.
-ndk::SpAIBinder pollForService(const char* instance, int limitMilliseconds) {
+AIBinder* PollForService(const char* instance, int limitMilliseconds) {
     if (instance == nullptr) return nullptr;
     for (int waited = 0;; waited += kPollMilliseconds) {
-        ndk::SpAIBinder binder = checkService(instance);
-        if (binder.get() != nullptr) return binder;
+        if (AIBinder* binder = Release(FindService(instance))) return binder;
         if (limitMilliseconds >= 0 && waited >= limitMilliseconds) {
             BINDER_LOGW("service '%s' did not appear within %d ms", instance, limitMilliseconds);
             return nullptr;
@@ -53,20 +156,12 @@ ndk::SpAIBinder pollForService(const char* instance, int limitMilliseconds) {
     }
 }
 
-AIBinder* release(ndk::SpAIBinder binder) {
-    AIBinder* raw = binder.get();
-    *binder.getR() = nullptr;
-    return raw;
-}
-
 }  // namespace
-
-}  // namespace hostbinder
 
 bool AServiceManager_isValidServiceName(const char* instance) {
     if (instance == nullptr) return false;
     const size_t length = strlen(instance);
-    return length > 0 && length <= hostbinder::kMaxNameLength &&
+    return length > 0 && length <= kMaxNameLength &&
            strspn(instance, "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789_.-/") ==
                    length;
 }
@@ -78,78 +173,54 @@ binder_exception_t AServiceManager_addService(AIBinder* binder, const char* inst
                                       : "a name has 1 to 127 characters of A-Za-z0-9_.-/");
         return EX_ILLEGAL_ARGUMENT;
     }
-    AIBinder_incStrong(binder);
-    ndk::SpAIBinder reference(binder);
-    if (hostbinder::ServiceManagerClient::isConfigured()) {
-        return hostbinder::ServiceManagerClient::add(instance, reference);
-    }
-    hostbinder::LocalRegistry::instance().add(instance, reference);
-    return EX_NONE;
-}
-
-binder_exception_t AServiceManager_addServiceWithFlags(AIBinder* binder, const char* instance,
-                                                       const AServiceManager_AddServiceFlag) {
-    return AServiceManager_addService(binder, instance);
+    binder->IncStrong();
+    return AddService(instance, ndk::SpAIBinder(binder));
 }
 
 AIBinder* AServiceManager_checkService(const char* instance) {
-    return hostbinder::release(hostbinder::checkService(instance));
+    return instance == nullptr ? nullptr : Release(FindService(instance));
 }
 
 AIBinder* AServiceManager_getService(const char* instance) {
-    return hostbinder::release(
-            hostbinder::pollForService(instance, hostbinder::kGetServiceMilliseconds));
+    return PollForService(instance, kGetServiceMilliseconds);
 }
 
 AIBinder* AServiceManager_waitForService(const char* instance) {
-    return hostbinder::release(hostbinder::pollForService(instance, -1));
-}
-
-binder_status_t AServiceManager_registerLazyService(AIBinder* binder, const char* instance) {
-    binder_exception_t exception = AServiceManager_addService(binder, instance);
-    if (exception == EX_NONE) return STATUS_OK;
-    return exception == EX_ILLEGAL_ARGUMENT ? STATUS_BAD_VALUE : STATUS_FAILED_TRANSACTION;
+    return PollForService(instance, -1);
 }
 
 bool AServiceManager_isDeclared(const char* instance) {
-    return hostbinder::checkService(instance).get() != nullptr;
-}
-
-void AServiceManager_forEachDeclaredInstance(const char* interface, void* context,
-                                             void (*callback)(const char*, void*)) {
-    if (interface == nullptr || callback == nullptr) return;
-    const std::string prefix = std::string(interface) + "/";
-    for (const std::string& name : hostbinder::listServices()) {
-        if (name.compare(0, prefix.size(), prefix) == 0) {
-            callback(name.c_str() + prefix.size(), context);
-        }
-    }
+    return instance != nullptr && FindService(instance).get() != nullptr;
 }
 
 binder_status_t AServiceManager_forEachService(void* context,
                                                void (*callback)(const char*, void*)) {
     std::vector<std::string> names;
-    if (hostbinder::ServiceManagerClient::isConfigured()) {
-        binder_status_t status = hostbinder::ServiceManagerClient::list(&names);
-        if (status != STATUS_OK) return status;
-    } else {
-        names = hostbinder::LocalRegistry::instance().names();
-    }
+    const binder_status_t status = ListServices(&names);
     for (const std::string& name : names) callback(name.c_str(), context);
-    return STATUS_OK;
+    return status;
 }
 
 binder_status_t AServiceManager_readInterface(const char* instance, void* context,
                                               void (*callback)(const char*, void*)) {
-    const ndk::SpAIBinder binder = hostbinder::checkService(instance);
+    const ndk::SpAIBinder binder = FindService(instance);
     if (binder.get() == nullptr) return STATUS_NAME_NOT_FOUND;
     std::string descriptor;
-    if (hostbinder::ProxyBinder* const proxy = binder.get()->asProxy()) {
-        const binder_status_t status = proxy->readDescriptor(&descriptor);
+    if (ProxyBinder* const proxy = binder.get()->AsProxy()) {
+        const binder_status_t status = proxy->ReadDescriptor(&descriptor);
         if (status != STATUS_OK) return status;
     } else {
-        descriptor = binder.get()->clazz()->descriptor;
+        descriptor = binder.get()->Class()->descriptor;
     }
     callback(descriptor.c_str(), context);
     return STATUS_OK;
+}
+
+binder_status_t AServiceManager_becomeServiceManager(AIBinder* binder) {
+    if (binder == nullptr) return STATUS_UNEXPECTED_NULL;
+    LocalBinder* local = binder->AsLocal();
+    if (local == nullptr) return STATUS_BAD_TYPE;
+    // The object first: a peer may connect as soon as the socket is there.
+    ReferenceTable::Instance().SetContextObject(local);
+    return Endpoint::Instance().BecomeServiceManager();
 }

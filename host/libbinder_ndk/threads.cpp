@@ -1,4 +1,4 @@
-// Starting detached threads.
+// Starting detached threads, and errands on them.
 #include "threads.h"
 
 #include <pthread.h>
@@ -16,10 +16,10 @@ namespace {
 
 struct Start {
     const char* name;
-    std::function<void()> body;
+    Work body;
 };
 
-void* runBody(void* argument) {
+void* RunBody(void* argument) {
     std::unique_ptr<Start> start(static_cast<Start*>(argument));
     pthread_setname_np(pthread_self(), start->name);
     start->body();
@@ -28,14 +28,14 @@ void* runBody(void* argument) {
 
 }  // namespace
 
-bool startThread(const char* name, std::function<void()> body) {
+bool StartThread(const char* name, Work body) {
     auto start = std::make_unique<Start>(Start{name, std::move(body)});
     sigset_t all;
     sigset_t old;
     sigfillset(&all);
     pthread_sigmask(SIG_SETMASK, &all, &old);
     pthread_t thread;
-    const int error = pthread_create(&thread, nullptr, runBody, start.get());
+    const int error = pthread_create(&thread, nullptr, RunBody, start.get());
     pthread_sigmask(SIG_SETMASK, &old, nullptr);
     if (error != 0) {
         BINDER_LOGE("cannot start thread %s: %s", name, strerror(error));
@@ -44,6 +44,36 @@ bool startThread(const char* name, std::function<void()> body) {
     (void)start.release();  // the thread's now
     pthread_detach(thread);
     return true;
+}
+
+Courier& Courier::Releases() {
+    static Courier* const courier = new Courier("binder-release");
+    return *courier;
+}
+
+Courier& Courier::Frames() {
+    static Courier* const courier = new Courier("binder-frames");
+    return *courier;
+}
+
+void Courier::Post(Work errand) {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    m_errands.push_back(std::move(errand));
+    if (!m_running) m_running = StartThread(m_name, [this]() { Run(); });
+    m_posted.notify_one();
+}
+
+void Courier::Run() {
+    std::unique_lock<std::mutex> lock(m_mutex);
+    while (true) {
+        m_posted.wait(lock, [this]() { return !m_errands.empty(); });
+        Work errand = std::move(m_errands.front());
+        m_errands.pop_front();
+        lock.unlock();
+        errand();
+        errand = nullptr;
+        lock.lock();
+    }
 }
 
 }  // namespace hostbinder

@@ -9,17 +9,17 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include "ibinder.h"
 #include "log.h"
+#include "objects.h"
 #include "parcel.h"
-#include "status_values.h"
+#include "status_names.h"
 #include "wire_format.h"
 
 namespace hostbinder {
 
 namespace {
 
-int readTraceDescriptor() {
+int ReadTraceDescriptor() {
     const char* text = getenv("STANDIN_BINDER_TRACE_FD");
     if (text == nullptr || text[0] == '\0') return -1;
     char* end = nullptr;
@@ -31,33 +31,21 @@ int readTraceDescriptor() {
     return static_cast<int>(fd);
 }
 
-int traceDescriptor() {
-    static const int fd = readTraceDescriptor();
+int TraceDescriptor() {
+    static const int fd = ReadTraceDescriptor();
     return fd;
 }
 
-std::string methodName(const AIBinder_Class* clazz, transaction_code_t code) {
-    switch (code) {
-        case kPingCode:
-            return "(ping)";
-        case kDescriptorCode:
-            return "(descriptor)";
-        case kDumpCode:
-            return "(dump)";
-        case kShellCode:
-            return "(shell)";
-        case kExtensionCode:
-            return "(extension)";
-        default:
-            break;
-    }
+std::string MethodName(const AIBinder_Class* clazz, transaction_code_t code) {
+    if (code == kPingCode) return "(ping)";
+    if (code == kDescriptorCode) return "(descriptor)";
     const std::vector<std::string>* names =
             clazz == nullptr ? nullptr : clazz->transactionNames.load();
     const size_t index = code - FIRST_CALL_TRANSACTION;
     return names != nullptr && index < names->size() ? (*names)[index] : std::to_string(code);
 }
 
-std::string timeOfDay() {
+std::string TimeOfDay() {
     timespec now;
     clock_gettime(CLOCK_REALTIME, &now);
     tm local;
@@ -72,26 +60,26 @@ std::string timeOfDay() {
 
 TracedCall::TracedCall(Direction direction, const std::string& peer, const AIBinder_Class* clazz,
                        transaction_code_t code, binder_flags_t flags, const AParcel& request)
-    : mEnabled(traceDescriptor() >= 0) {
-    if (!mEnabled) return;
-    mWhat = timeOfDay() + " " + std::to_string(getpid()) +
-            (direction == Direction::kOut ? " -> " : " <- ") + peer + " " +
-            (clazz == nullptr ? "?" : clazz->descriptor) + "." + methodName(clazz, code) +
-            ((flags & FLAG_ONEWAY) != 0 ? " oneway " : " ") + std::to_string(request.size()) +
-            " bytes " + std::to_string(request.descriptorCount()) + " fds ";
-    mStart = std::chrono::steady_clock::now();
+    : m_enabled(TraceDescriptor() >= 0) {
+    if (!m_enabled) return;
+    m_what = TimeOfDay() + " " + std::to_string(getpid()) +
+             (direction == Direction::kOut ? " -> " : " <- ") + peer + " " +
+             (clazz == nullptr ? "?" : clazz->descriptor) + "." + MethodName(clazz, code) +
+             ((flags & FLAG_ONEWAY) != 0 ? " oneway " : " ") + std::to_string(request.size()) +
+             " bytes " + std::to_string(request.descriptorCount()) + " fds ";
+    m_start = std::chrono::steady_clock::now();
 }
 
-void TracedCall::end(binder_status_t status) {
-    if (!mEnabled) return;
-    const auto took = std::chrono::steady_clock::now() - mStart;
+void TracedCall::End(binder_status_t status) {
+    if (!m_enabled) return;
+    const auto took = std::chrono::steady_clock::now() - m_start;
     const auto micros = std::chrono::duration_cast<std::chrono::microseconds>(took).count();
-    const std::string line = mWhat + std::to_string(micros) + " us " + statusName(status) + "\n";
+    const std::string line = m_what + std::to_string(micros) + " us " + StatusName(status) + "\n";
     // One write, so that lines of several processes stay whole. A trace that cannot be written is
     // no reason to fail the call.
     ssize_t written = 0;
     do {
-        written = write(traceDescriptor(), line.data(), line.size());
+        written = write(TraceDescriptor(), line.data(), line.size());
     } while (written < 0 && errno == EINTR);
 }
 

@@ -17,12 +17,12 @@ class TracedCall {
     TracedCall(Direction direction, const std::string& peer, const AIBinder_Class* clazz,
                transaction_code_t code, binder_flags_t flags, const AParcel& request);
     // Writes the line.
-    void end(binder_status_t status);
+    void End(binder_status_t status);
 
   private:
-    const bool mEnabled;
-    std::string mWhat;
-    std::chrono::steady_clock::time_point mStart;
+    const bool m_enabled;
+    std::string m_what;
+    std::chrono::steady_clock::time_point m_start;
 };
 
 }  // namespace hostbinder

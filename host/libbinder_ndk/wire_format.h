@@ -16,9 +16,6 @@ constexpr uint32_t packCode(char a, char b, char c, char d) {
 // Codes every object answers, outside of the range of its class.
 constexpr uint32_t kPingCode = packCode('_', 'P', 'N', 'G');
 constexpr uint32_t kDescriptorCode = packCode('_', 'N', 'T', 'F');
-constexpr uint32_t kDumpCode = packCode('_', 'D', 'M', 'P');
-constexpr uint32_t kShellCode = packCode('_', 'C', 'M', 'D');
-constexpr uint32_t kExtensionCode = packCode('_', 'E', 'X', 'T');
 
 // Interface header of a request: strict-mode word, work source, tag, then the descriptor as String.
 constexpr uint32_t kStrictModePresent = 1u << 31;
@@ -94,7 +91,7 @@ struct ReferenceRecord {
 };
 static_assert(sizeof(ReferenceRecord) == 64);
 
-// As large as the kernel's buffer for a process: what is refused there is refused here.
+// The size of the kernel's buffer for a process: what a device refuses is refused here.
 constexpr uint32_t kMaxParcelBytes = 1024 * 1024 - 2 * 4096;
 // The kernel's limit on descriptors of one socket message.
 constexpr uint32_t kMaxDescriptors = 253;

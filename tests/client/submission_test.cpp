@@ -147,16 +147,17 @@ TEST_F(Submission, TimesOutOnAnotherFramesShutterAndOtherBuffers) {
 
 TEST_F(Submission, NumbersOnlyRequestsWithoutANumber) {
     ConfigureB2Y();
+    around.session->frameNumber = 0;  // a number, too
     ASSERT_EQ(client.ProcessOfflineRequest(), 0);
     around.session->frameNumber = 8;
     around.session->onProcess = [](const FakeSession::Requests& requests) {
         ASSERT_EQ(requests.size(), 2u);
-        EXPECT_EQ(requests[0].frameNumber, 7);
+        EXPECT_EQ(requests[0].frameNumber, 0);
         EXPECT_EQ(requests[1].frameNumber, -1);
     };
     log.take();
     ASSERT_EQ(client.ProcessOfflineRequest(), 0);
-    EXPECT_EQ(LastLines(2), (Lines{"I request id frameNumber:7 return frameNumber 8",
+    EXPECT_EQ(LastLines(2), (Lines{"I request id frameNumber:0 return frameNumber 8",
                                    "I request id frameNumber:8 return frameNumber 8"}));
 }
 

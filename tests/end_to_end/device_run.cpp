@@ -45,24 +45,16 @@ std::string readFile(const std::string& path) {
     return text.str();
 }
 
-// "MM-DD HH:MM:SS.uuuuuu  PID   TID P Tag: message"
-std::vector<LogLine> parseLog(const std::string& text) {
-    std::vector<LogLine> lines;
-    std::istringstream stream(text);
-    for (std::string line; std::getline(stream, line);) {
-        std::istringstream words(line);
-        std::string date, time, process, thread, priority;
-        words >> date >> time >> process >> thread >> priority;
-        std::string rest;
-        std::getline(words, rest);
-        const size_t colon = rest.find(": ");
-        if (priority.size() != 1 || colon == std::string::npos) {
-            ADD_FAILURE() << "not a log line: " << line;
-            continue;
-        }
-        lines.push_back({priority[0], rest.substr(1, colon - 1), rest.substr(colon + 2)});
+std::vector<LogLine> readLog(const std::string& path) {
+    const auto log = runlog::ReadLog(path);
+    if (!log.Ok()) {
+        ADD_FAILURE() << log.Error();
+        return {};
     }
-    return lines;
+    for (const LogLine& line : log.Value().lines) {
+        if (line.priority == ' ') ADD_FAILURE() << "not a log line: " << line.message;
+    }
+    return log.Value().lines;
 }
 
 std::vector<std::string> RunResult::messages() const {
@@ -118,7 +110,7 @@ RunResult DeviceRun::command(const std::vector<std::string>& words) {
     result.status = finished.status;
     result.out = finished.out;
     result.err = finished.err;
-    result.log = parseLog(readFile(log));
+    result.log = readLog(log);
     result.deviceLog = readFile(deviceLog);
     std::error_code missing;
     for (const auto& entry : fs::directory_iterator(folder() + "/offlinecameratest", missing)) {

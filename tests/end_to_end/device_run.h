@@ -1,6 +1,8 @@
 // One run of the tool in a device of its own, and what it left.
 #pragma once
 
+#include <runlog/runlog.h>
+
 #include <map>
 #include <memory>
 #include <string>
@@ -11,11 +13,7 @@
 
 namespace end_to_end {
 
-struct LogLine {
-    char priority;  // one of V D I W E F
-    std::string tag;
-    std::string message;
-};
+using LogLine = runlog::Line;
 
 struct RunResult {
     int status = -1;  // deviceshell's; -1: did not end in time
@@ -55,8 +53,8 @@ class DeviceRun {
 // Links to the source files from a data folder, so that a run need not make them.
 void linkSources(const std::string& folder);
 
-// Lines of a log file of the stand-in device.
-std::vector<LogLine> parseLog(const std::string& text);
+// Lines of a log file of the stand-in device; a test fails here when one has another form.
+std::vector<LogLine> readLog(const std::string& path);
 
 std::string readFile(const std::string& path);
 

@@ -2,24 +2,31 @@
 // usage: fault_matrix FILE
 
 #include <gtest/gtest.h>
+#include <runlog/facts.h>
 #include <stdio.h>
+#include <string.h>
 #include <terminal/terminal.h>
 
 #include <atomic>
 #include <chrono>
+#include <filesystem>
 #include <fstream>
 #include <mutex>
+#include <regex>
 #include <sstream>
 #include <thread>
 
 #include "tests/end_to_end/device_run.h"
-#include "tests/end_to_end/fault_outcome.h"
 
 namespace end_to_end {
 namespace {
 
 using Clock = std::chrono::steady_clock;
+using std::chrono::seconds;
 
+namespace fs = std::filesystem;
+
+constexpr char kDumpStart[] = "OfflineAidl_";
 constexpr size_t kWorkers = 12;  // most of them wait
 
 constexpr char kHeading[] =
@@ -31,35 +38,38 @@ timed out; *shutter, result*: what the two waits of the request said, where it g
 )";
 
 struct Mode {
-    const char* name;
+    std::string name;
     std::vector<std::string> sources;
-    const char* dump;
+    std::string dump;  // the end of its name
 };
 
-const Mode kModes[] = {{"B2Y",
-                        {"4096_3072_RAW10.raw"},
-                        "OfflineAidl_CameraId_2_Frame_1_B2Y_Stride[4096]_Scanline[3072].yuv"},
-                       {"Y2J",
-                        {"4000_3000_NV12.yuv"},
-                        "OfflineAidl_CameraId_2_Frame_1_Y2J_Width[4000]_Height[3000].jpg"},
-                       {"MMF",
-                        {"4096_3072_RAW10.raw", "mmf_fd.yuv"},
-                        "OfflineAidl_CameraId_2_Frame_1_MMF_Stride[4096]_Scanline[3072].yuv"}};
+const Mode kModes[] = {
+        {"B2Y", {"4096_3072_RAW10.raw"}, "B2Y_Stride[4096]_Scanline[3072].yuv"},
+        {"Y2J", {"4000_3000_NV12.yuv"}, "Y2J_Width[4000]_Height[3000].jpg"},
+        {"MMF", {"4096_3072_RAW10.raw", "mmf_fd.yuv"}, "MMF_Stride[4096]_Scanline[3072].yuv"}};
 
+// By name: size in bytes, and a hash of the content.
+using Dumps = std::map<std::string, std::pair<uint64_t, size_t>>;
+
+// One run under one fault, and the cells of its row.
 struct Row {
+    const Mode* mode;
     std::string fault;
     std::vector<std::string> options = {};
     std::string shell = "";  // run before the tool, in its process
-    Outcome outcome = {};
+    std::string end = "";    // status or signal
+    std::string waits = "";  // that lasted for their 5 s
+    std::string request = "";
+    Dumps dumps = {};
+    bool closed = false;
+    std::string errors = "";
 };
 
-// What happens to $f, a file in a folder of /data/vendor/camera. Source files are links.
-struct FileFault {
-    const char* name;
-    const char* commands;
-};
+// By name, the commands that do it to $f, a file in a folder of /data/vendor/camera. Source files
+// are links.
+using FileFaults = std::vector<std::pair<std::string, std::string>>;
 
-const FileFault kSourceFaults[] = {
+const FileFaults kSourceFaults = {
         {"absent", "rm $f"},
         {"empty", "rm $f; touch $f"},
         {"one byte short", "cp $f new; mv new $f; truncate -s -1 $f"},
@@ -68,7 +78,7 @@ const FileFault kSourceFaults[] = {
         {"a directory", "rm $f; mkdir $f"}};
 
 // A blob begins with its size.
-const FileFault kMetadataFaults[] = {
+const FileFaults kMetadataFaults = {
         {"absent", "rm $f"},
         {"empty", "rm $f; touch $f"},
         {"garbage (zeros, then text)",
@@ -78,34 +88,83 @@ const FileFault kMetadataFaults[] = {
         {"its header claims 16777216 bytes",
          "cp $f new; mv new $f; printf '\\0\\0\\0\\1' | dd of=$f conv=notrunc status=none"}};
 
-const FileFault kDumpFaults[] = {
+const FileFaults kDumpFaults = {
         {"an older, longer file of its name", "truncate -s 100000000 \"$f\""},
         {"a directory of its name", "mkdir \"$f\""},
         {"read-only directory",
          "cd ..; rm -r offlinecameratest; ln -s '" SOURCE_FOLDER "/offlinecameratest' ."},
         {"disk full (a link to /dev/full)", "ln -s /dev/full \"$f\""}};
 
-void run(const Mode& mode, Row* row) {
-    DeviceRun device;
-    const Clock::time_point start = Clock::now();
-    const RunResult result =
-            device.with({"--planes"})
-                    .with(row->options)
-                    .command({"sh", "-ec", row->shell + "exec vexofflinecameratest -t \"$0\"",
-                              mode.name});
-    const std::chrono::duration<double> duration = Clock::now() - start;
-    row->outcome = outcomeOf(device, result, duration.count());
+std::string endOf(int status) {
+    const char* const name = status > 128 ? sigabbrev_np(status - 128) : nullptr;
+    return name ? std::string("SIG") + name : std::to_string(status);
 }
 
-template <size_t kCount>
-void addFileFaults(const std::string& what, const std::string& folder, const std::string& file,
-                   const FileFault (&faults)[kCount], std::vector<Row>* rows) {
-    for (const FileFault& fault : faults) {
-        rows->push_back({what + ": " + fault.name,
-                         {},
-                         "(cd /data/vendor/camera/" + folder + "; f='" + file + "'; " +
-                                 fault.commands + "); "});
+// A run that goes on for much longer than its waits is slow beyond what a busy machine explains.
+std::string waitsOf(const std::vector<runlog::Wait>& waits, Clock::duration duration) {
+    const auto count = std::count_if(waits.begin(), waits.end(), [](const runlog::Wait& wait) {
+        return wait.endUs && *wait.endUs - wait.startUs > 4'900'000;
+    });
+    const std::string text = count == 0 ? "none" : count == 1 ? "5 s" : "5 s + 5 s";
+    return duration < seconds(count * 5 + 30) ? text : text + ", then slow";
+}
+
+std::string requestOf(const runlog::Facts& facts) {
+    if (!facts.resultStatus) return "";
+    const bool shutter = std::none_of(
+            facts.waits.begin(), facts.waits.end(),
+            [](const runlog::Wait& wait) { return wait.forShutter && wait.TimedOut(); });
+    return std::string(shutter ? "yes" : "no") + ", " + std::to_string(*facts.resultStatus);
+}
+
+// Addresses differ from run to run.
+std::string errorsOf(std::vector<LogLine> log) {
+    for (LogLine& line : log) {
+        line.message = std::regex_replace(line.message, std::regex("0x[0-9a-f]+"), "ADDRESS");
     }
+    std::string text;
+    for (const auto& [line, count] : runlog::DifferentErrors(log)) {
+        text += (text.empty() ? "`" : "<br>`") + std::string(1, line.priority) + " " +
+                line.message + "`";
+    }
+    return text;
+}
+
+void run(Row* row) {
+    DeviceRun device;
+    const Clock::time_point start = Clock::now();
+    const std::string tool = "exec vexofflinecameratest -t " + row->mode->name;
+    const RunResult result =
+            device.with({"--planes"}).with(row->options).command({"sh", "-ec", row->shell + tool});
+    const runlog::Facts facts = runlog::FindFacts(result.log);
+    row->end = endOf(result.status);
+    row->waits = waitsOf(facts.waits, Clock::now() - start);
+    row->request = requestOf(facts);
+    for (const auto& [name, size] : result.dumps) {
+        if (name.rfind(kDumpStart, 0) != 0) continue;
+        row->dumps[name] = {size, std::hash<std::string>()(readFile(device.dumpPath(name)))};
+    }
+    row->closed = facts.sessionClosed;
+    row->errors = errorsOf(result.log);
+}
+
+void runAll(std::vector<Row>* rows) {
+    std::atomic<size_t> next = 0;
+    std::mutex lock;
+    size_t done = 0;
+    terminal::Progress progress;
+    std::vector<std::thread> workers;
+    for (size_t i = 0; i < kWorkers; ++i) {
+        workers.emplace_back([&] {
+            for (size_t job = next++; job < rows->size(); job = next++) {
+                run(&(*rows)[job]);
+                const std::lock_guard<std::mutex> guard(lock);
+                progress.show("run " + std::to_string(++done) + " of " +
+                              std::to_string(rows->size()));
+            }
+        });
+    }
+    for (std::thread& worker : workers) worker.join();
 }
 
 // Every name that `--fault help` lists, service's and allocator's.
@@ -122,91 +181,78 @@ std::vector<std::string> faultNames() {
     return names;
 }
 
-std::vector<Row> rowsOf(const Mode& mode) {
-    std::vector<Row> rows = {{"(none)"}};
-    for (const std::string& name : faultNames()) rows.push_back({name, {"--fault", name}});
+void addRows(const Mode& mode, std::vector<Row>* rows) {
+    rows->push_back({&mode, "(none)"});
+    for (const std::string& name : faultNames()) rows->push_back({&mode, name, {"--fault", name}});
+    const auto addFileFaults = [&](const std::string& what, const std::string& path,
+                                   const FileFaults& faults) {
+        const fs::path full = fs::path("/data/vendor/camera") / path;
+        const std::string at =
+                "(cd " + full.parent_path().string() + "; f='" + full.filename().string() + "'; ";
+        for (const auto& [name, commands] : faults) {
+            rows->push_back({&mode, what + ": " + name, {}, at + commands + "); "});
+        }
+    };
+    const std::string folder = "offlinecameratest/";
     for (const std::string& source : mode.sources) {
-        addFileFaults("source " + source, "offlinecameratest", source, kSourceFaults, &rows);
+        addFileFaults("source " + source, folder + source, kSourceFaults);
     }
-    addFileFaults("metadata dump", "metadata", "original_dump.bin", kMetadataFaults, &rows);
-    addFileFaults("dump", "offlinecameratest", mode.dump, kDumpFaults, &rows);
-    rows.push_back({"dump: files may not grow beyond 1 MiB", {}, "trap '' XFSZ; ulimit -f 2048; "});
-    return rows;
+    addFileFaults("metadata dump", "metadata/original_dump.bin", kMetadataFaults);
+    addFileFaults("dump", folder + kDumpStart + "CameraId_2_Frame_1_" + mode.dump, kDumpFaults);
+    rows->push_back(
+            {&mode, "dump: files may not grow beyond 1 MiB", {}, "trap '' XFSZ; ulimit -f 2048; "});
 }
 
-void runAll(std::vector<std::vector<Row>>* tables) {
-    std::vector<std::pair<const Mode*, Row*>> jobs;
-    for (size_t i = 0; i < tables->size(); ++i) {
-        for (Row& row : (*tables)[i]) jobs.push_back({&kModes[i], &row});
-    }
-    std::atomic<size_t> next = 0;
-    std::mutex lock;
-    size_t done = 0;
-    terminal::Progress progress;
-    std::vector<std::thread> workers;
-    for (size_t i = 0; i < kWorkers; ++i) {
-        workers.emplace_back([&] {
-            for (size_t job = next++; job < jobs.size(); job = next++) {
-                run(*jobs[job].first, jobs[job].second);
-                const std::lock_guard<std::mutex> guard(lock);
-                progress.show("run " + std::to_string(++done) + " of " +
-                              std::to_string(jobs.size()));
-            }
-        });
-    }
-    for (std::thread& worker : workers) worker.join();
-}
-
-std::string dumpsOf(const Outcome& outcome, const Outcome& usual) {
-    if (outcome.dumps.empty()) return "nothing";
-    if (&outcome != &usual && outcome.dumps == usual.dumps) return "as without the fault";
+std::string dumpsOf(const Dumps& dumps, const Dumps* usual) {
+    if (dumps.empty()) return "nothing";
+    if (usual && dumps == *usual) return "as without the fault";
     std::string text;
-    for (const Dump& dump : outcome.dumps) {
-        const bool sameName =
-                &outcome != &usual && !usual.dumps.empty() && dump.name == usual.dumps.front().name;
+    for (const auto& [name, content] : dumps) {
         text += (text.empty() ? "" : "<br>") +
-                (sameName ? "other content" : "`" + dump.name + "`") + ", " +
-                std::to_string(dump.size) + " bytes";
+                (usual && usual->count(name) ? "other content" : "`" + name + "`") + ", " +
+                std::to_string(content.first) + " bytes";
     }
     return text;
 }
 
-void writeTable(const Mode& mode, const std::vector<Row>& rows, std::ostream& stream) {
-    stream << "\n## " << mode.name << "\n\n"
-           << "| fault | end | waits | shutter, result | dumped | closed | errors |\n"
-           << "|---|---|---|---|---|---|---|\n";
-    for (const Row& row : rows) {
-        const Outcome& outcome = row.outcome;
-        stream << "| " << row.fault << " | " << outcome.end << " | " << outcome.waits << " | "
-               << outcome.request << " | " << dumpsOf(outcome, rows.front().outcome) << " | "
-               << (outcome.closed ? "yes" : "no") << " | " << outcome.errors << " |\n";
-    }
-}
-
-int writeMatrix(const char* file) {
-    std::vector<std::vector<Row>> tables;
-    for (const Mode& mode : kModes) tables.push_back(rowsOf(mode));
-    runAll(&tables);
-    std::ofstream stream(file);
+// The first row of each mode is the run without a fault.
+void writeTables(const std::vector<Row>& rows, std::ostream& stream) {
     stream << kHeading;
-    for (size_t i = 0; i < tables.size(); ++i) writeTable(kModes[i], tables[i], stream);
-    stream.close();
-    if (!stream) {
-        fprintf(stderr, "cannot write %s\n", file);
-        return 2;
+    const Row* first = nullptr;
+    for (const Row& row : rows) {
+        const bool begins = !first || first->mode != row.mode;
+        if (begins) {
+            first = &row;
+            stream << "\n## " << row.mode->name << "\n\n"
+                   << "| fault | end | waits | shutter, result | dumped | closed | errors |\n"
+                   << "|---|---|---|---|---|---|---|\n";
+        }
+        stream << "| " << row.fault << " | " << row.end << " | " << row.waits << " | "
+               << row.request << " | " << dumpsOf(row.dumps, begins ? nullptr : &first->dumps)
+               << " | " << (row.closed ? "yes" : "no") << " | " << row.errors << " |\n";
     }
-    // Runs that did not end, or with a sanitizer's report, have been shown already.
-    return ::testing::UnitTest::GetInstance()->ad_hoc_test_result().Failed() ? 1 : 0;
 }
 
 }  // namespace
 }  // namespace end_to_end
 
 int main(int count, char** words) {
+    using namespace end_to_end;
     ::testing::InitGoogleTest(&count, words);
     if (count != 2) {
         fprintf(stderr, "usage: fault_matrix FILE\n");
         return 2;
     }
-    return end_to_end::writeMatrix(words[1]);
+    std::vector<Row> rows;
+    for (const Mode& mode : kModes) addRows(mode, &rows);
+    runAll(&rows);
+    std::ofstream stream(words[1]);
+    writeTables(rows, stream);
+    stream.close();
+    if (!stream) {
+        fprintf(stderr, "cannot write %s\n", words[1]);
+        return 2;
+    }
+    // Runs that did not end, or with a sanitizer's report, have been shown already.
+    return ::testing::UnitTest::GetInstance()->ad_hoc_test_result().Failed() ? 1 : 0;
 }

@@ -75,7 +75,7 @@ TEST_F(RunScript, ReportsDumpsAndPictures) {
     EXPECT_THAT(plain.err, HasSubstr(empty + ".yuv (18874368 bytes), "));
     EXPECT_THAT(plain.err, HasSubstr("left empty"));
     EXPECT_THAT(readFile(m_root + "/out/pictures/" + empty + ".png"), StartsWith("\x89PNG"));
-    EXPECT_THAT(parseLog(readFile(m_root + "/out/run.log")), Not(IsEmpty()));
+    EXPECT_THAT(readLog(m_root + "/out/run.log"), Not(IsEmpty()));
 
     const Finished planes = run({"--planes", "-v", "-t", "B2Y"});
     EXPECT_EQ(planes.out, plain.out);

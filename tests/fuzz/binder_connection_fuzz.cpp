@@ -8,9 +8,8 @@
 #include <thread>
 
 #include "fuzz_input.h"
-#include "host/libbinder_ndk/connection.h"
+#include "host/libbinder_ndk/endpoint.h"
 #include "host/libbinder_ndk/parcel.h"
-#include "host/libbinder_ndk/thread_pool.h"
 #include "tests/host/libbinder_ndk/send_bytes.h"
 
 using namespace hostbinder;
@@ -33,7 +32,7 @@ LocalBinder* servedObject() {
         const auto destroy = [](void*) {};
         return AIBinder_new(AIBinder_Class_define("fuzz.IObject", create, destroy, serve), nullptr);
     }();
-    return object->asLocal();
+    return object->AsLocal();
 }
 
 // Whether the bytes are as many as their header announces, so that the reader does not wait for
@@ -47,41 +46,26 @@ bool isWhole(const std::string& bytes) {
                                    uint64_t{header.referenceCount} * sizeof(ReferenceRecord);
 }
 
-// What an input cannot know. Its own numbers for both are 1.
-struct Secrets {
-    uint64_t object;  // that the connection holds
-    uint64_t chain;   // of the call which the connection waits for
-};
-
-// Puts the secrets into a message, and our magic number.
-void fillIn(std::string* bytes, const Secrets& secrets) {
+// Puts our magic number into a message, and the chain of the call that the connection waits for in
+// place of 1, because an input cannot know them.
+void fillIn(std::string* bytes, uint64_t chain) {
     if (bytes->size() < sizeof(FrameHeader)) return;
     FrameHeader header;
     memcpy(&header, bytes->data(), sizeof(header));
     header.magic = kFrameMagic;
-    if (header.chain == 1) header.chain = secrets.chain;
-    if (header.target == 1) header.target = secrets.object;
+    if (header.chain == 1) header.chain = chain;
     memcpy(&(*bytes)[0], &header, sizeof(header));
-    if (!isWhole(*bytes)) return;
-    for (size_t end = bytes->size(), i = 0; i < header.referenceCount; ++i) {
-        end -= sizeof(ReferenceRecord);
-        ReferenceRecord reference;
-        memcpy(&reference, bytes->data() + end, sizeof(reference));
-        if (reference.owner != ReferenceOwner::kReceiver || reference.number != 1) continue;
-        reference.number = secrets.object;
-        memcpy(&(*bytes)[end], &reference, sizeof(reference));
-    }
 }
 
 // The input's messages, each with its count of descriptors and its size in front. False if the
 // reader may wait for the rest of one.
-bool sendMessages(int fd, FuzzInput input, const Secrets& secrets) {
+bool sendMessages(int fd, FuzzInput input, uint64_t chain) {
     bool whole = true;
     while (input.left() > 0) {
         const std::vector<int> descriptors(input.take<uint8_t>() % 4, fd);
         std::string bytes = input.bytes(input.take<uint16_t>());
         if (bytes.empty()) continue;
-        fillIn(&bytes, secrets);
+        fillIn(&bytes, chain);
         whole = whole && isWhole(bytes);
         if (!sendBytes(fd, bytes, descriptors, MSG_DONTWAIT)) return false;
     }
@@ -130,35 +114,36 @@ void requireNoDescriptorLeak() {
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     int ends[2];
     require(socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) == 0);
-    auto connection =
-            std::make_shared<Connection>(ends[0], "peer", PeerCredentials{getpid(), getuid()});
+    const auto connection = std::make_shared<Peer>(
+            ends[0], "peer", PeerCredentials{getpid(), getuid()}, &Endpoint::Instance());
     uint64_t number = 0;
-    // Holds the object, too, so that it keeps its number from input to input.
-    static PeerObjects* const otherPeer = new PeerObjects;
-    ObjectTable& table = ObjectTable::instance();
-    if (otherPeer->held.empty())
-        require(table.exportTo(otherPeer, servedObject(), &number) == STATUS_OK);
-    require(table.exportTo(connection->objects(), servedObject(), &number) == STATUS_OK);
+    // Holds the object, too, so that it has number 1 from input to input.
+    static PeerReferences* const otherPeer = new PeerReferences;
+    ReferenceTable& table = ReferenceTable::Instance();
+    if (otherPeer->held.empty()) {
+        require(table.Export(otherPeer, servedObject(), &number) == STATUS_OK);
+    }
+    require(table.Export(connection->References(), servedObject(), &number) == STATUS_OK);
+    require(number == 1);
 
     std::thread caller([connection]() {
         AParcel request;
         AParcel* reply = nullptr;
-        if (connection->transact(7, nullptr, 1, &request, &reply, 0) != STATUS_OK) return;
+        if (connection->Transact(7, nullptr, 1, &request, &reply, 0) != STATUS_OK) return;
         ndk::SpAIBinder binder;
         AParcel_readStrongBinder(reply, binder.getR());
         AParcel_delete(reply);
     });
     FrameHeader call;
     require(receiveAll(ends[1], &call, sizeof(call)));
-    std::thread reader([connection]() { connection->runReader(); });
-    if (sendMessages(ends[1], {data, size}, {number, call.chain})) waitForReader(ends[1]);
-    ThreadPool::instance().runQueued();  // answers, unless the connection has ended
+    std::thread reader([connection]() { connection->RunReader(); });
+    if (sendMessages(ends[1], {data, size}, call.chain)) waitForReader(ends[1]);
+    ThreadPool::Instance().RunQueued();  // answers, unless the connection has ended
     shutdown(ends[1], SHUT_WR);
     reader.join();
-    ThreadPool::instance().runQueued();
+    ThreadPool::Instance().RunQueued();
     caller.join();
     close(ends[1]);
-    connection.reset();
     requireNoDescriptorLeak();
     return 0;
 }

@@ -37,20 +37,12 @@ FILE* __wrap_fopen64(const char* path, const char* mode) {
     return __real_fopen64(Redirected(path).c_str(), mode);
 }
 
-FILE* __wrap_fopen(const char* path, const char* mode) {
-    return __wrap_fopen64(path, mode);
-}
-
 int __wrap_stat64(const char* path, struct stat* info) {
     if (gStatFails) {
         errno = EIO;
         return -1;
     }
     return __real_stat64(Redirected(path).c_str(), info);
-}
-
-int __wrap_stat(const char* path, struct stat* info) {
-    return __wrap_stat64(path, info);
 }
 
 }  // extern "C"

@@ -1,23 +1,18 @@
 // What a peer of the tests answers.
 #include "tests/host/libbinder_ndk/peer_service.h"
 
-#include <android/binder_process.h>
 #include <host_binder_trace.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <atomic>
 #include <mutex>
-#include <set>
 
 namespace {
 
 struct State {
-    std::mutex mutex;
+    std::mutex mutex;  // guards what follows
     ndk::SpAIBinder held;
     std::vector<int32_t> records;
-    int blocked = 0;
-    int mostBlocked = 0;
     std::thread::id addThread;
     std::atomic<int> live{0};
 };
@@ -31,12 +26,12 @@ State& state() {
 template <typename T>
 binder_status_t echo(const AParcel* in, AParcel* out) {
     std::vector<T> values;
-    const binder_status_t status = ndk::AParcel_readVector(in, &values);
-    return status == STATUS_OK ? ndk::AParcel_writeVector(out, values) : status;
+    const binder_status_t status = reads(&values)(in);
+    return status == STATUS_OK ? writes(values)(out) : status;
 }
 
 binder_status_t holdBinder(const AParcel* in) {
-    ndk::SpAIBinder binder;
+    ndk::SpAIBinder binder;  // the one before ends after the lock
     const binder_status_t status = reads(&binder)(in);
     std::lock_guard<std::mutex> lock(state().mutex);
     std::swap(state().held, binder);
@@ -58,7 +53,9 @@ binder_status_t playPingPong(const AParcel* in, AParcel* out) {
     int32_t depth = 0;
     binder_status_t status = reads(&other, &self, &depth)(in);
     int32_t answer = 0;
-    if (status == STATUS_OK && depth > 1) answer = pingPong(other, self, depth - 1, &status);
+    if (status == STATUS_OK && depth > 1) {
+        answer = askPeer(other, kPingPong, writes(self, other, depth - 1), &status);
+    }
     return status == STATUS_OK ? writes(answer + 1)(out) : status;
 }
 
@@ -67,30 +64,43 @@ binder_status_t block(const AParcel* in) {
     ndk::ScopedFileDescriptor go;
     const binder_status_t status = reads(&entered, &go)(in);
     if (status != STATUS_OK) return status;
-    {
-        std::lock_guard<std::mutex> lock(state().mutex);
-        state().mostBlocked = std::max(state().mostBlocked, ++state().blocked);
-    }
     char byte = 1;
     const bool moved = write(entered.get(), &byte, 1) == 1 && read(go.get(), &byte, 1) == 1;
-    std::lock_guard<std::mutex> lock(state().mutex);
-    --state().blocked;
     return moved ? STATUS_OK : STATUS_FAILED_TRANSACTION;
 }
 
-binder_status_t handleObjects(transaction_code_t code, const AParcel* in, AParcel* out) {
+binder_status_t handleNumber(transaction_code_t code, const AParcel* in, AParcel* out) {
+    int32_t value = 0;
+    const binder_status_t status = reads(&value)(in);
+    if (status != STATUS_OK || code == kFail) return status == STATUS_OK ? value : status;
+    std::lock_guard<std::mutex> lock(state().mutex);
+    if (code == kRecord) {
+        state().records.push_back(value);
+        return STATUS_OK;
+    }
+    state().addThread = std::this_thread::get_id();
+    return writes(value + 1)(out);
+}
+
+binder_status_t handle(AIBinder*, transaction_code_t code, const AParcel* in, AParcel* out) {
     switch (code) {
+        case kAdd:
+        case kRecord:
+        case kFail:
+            return handleNumber(code, in, out);
+        case kEchoFds:
+            return echo<ndk::ScopedFileDescriptor>(in, out);
+        case kEchoBytes:
+            return echo<uint8_t>(in, out);
         case kHold:
             return holdBinder(in);
         case kGetHeld: {
             std::lock_guard<std::mutex> lock(state().mutex);
             return writes(state().held)(out);
         }
-        case kDrop: {
-            ndk::SpAIBinder dropped;
+        case kRecords: {
             std::lock_guard<std::mutex> lock(state().mutex);
-            std::swap(dropped, state().held);
-            return STATUS_OK;
+            return writes(state().records)(out);
         }
         case kCall:
             return callBinder(in, out);
@@ -100,52 +110,15 @@ binder_status_t handleObjects(transaction_code_t code, const AParcel* in, AParce
             return writes(newPeerObject())(out);
         case kLiveObjects:
             return writes(livePeerObjects())(out);
-        default:
-            return STATUS_UNKNOWN_TRANSACTION;
-    }
-}
-
-binder_status_t handle(AIBinder*, transaction_code_t code, const AParcel* in, AParcel* out) {
-    int32_t value = 0;
-    switch (code) {
-        case kAdd: {
-            const binder_status_t status = reads(&value)(in);
-            std::lock_guard<std::mutex> lock(state().mutex);
-            state().addThread = std::this_thread::get_id();
-            return status == STATUS_OK ? writes(value + 1)(out) : status;
-        }
-        case kEchoFds:
-            return echo<ndk::ScopedFileDescriptor>(in, out);
-        case kEchoBytes:
-            return echo<uint8_t>(in, out);
         case kBlock:
             return block(in);
-        case kMostBlocked: {
-            std::lock_guard<std::mutex> lock(state().mutex);
-            return writes(state().mostBlocked)(out);
-        }
-        case kRecord: {
-            const binder_status_t status = reads(&value)(in);
-            std::lock_guard<std::mutex> lock(state().mutex);
-            state().records.push_back(value);
-            return status;
-        }
-        case kRecords: {
-            std::lock_guard<std::mutex> lock(state().mutex);
-            return writes(state().records)(out);
-        }
         case kCountFds:
             return writes(countOpenDescriptors())(out);
         case kCaller:
             return writes(int32_t{AIBinder_getCallingPid()},
-                          uint32_t{AIBinder_getCallingUid()})(out);
-        case kPoolStarted:
-            return writes(int32_t{ABinderProcess_isThreadPoolStarted()})(out);
-        case kFail:
-            reads (&value)(in);
-            return value;
+                          static_cast<int32_t>(AIBinder_getCallingUid()))(out);
         default:
-            return handleObjects(code, in, out);
+            return STATUS_UNKNOWN_TRANSACTION;
     }
 }
 
@@ -206,12 +179,6 @@ int32_t askPeer(const ndk::SpAIBinder& binder, transaction_code_t code,
     return answer;
 }
 
-std::vector<int32_t> recordsOf(const ndk::SpAIBinder& binder) {
-    std::vector<int32_t> records;
-    callPeer(binder, kRecords, nullptr, reads(&records));
-    return records;
-}
-
 int32_t add(const ndk::SpAIBinder& binder, int32_t value, binder_status_t* status) {
     return askPeer(binder, kAdd, writes(value), status);
 }
@@ -221,9 +188,10 @@ int32_t callThrough(const ndk::SpAIBinder& via, const ndk::SpAIBinder& target, i
     return askPeer(via, kCall, writes(target, value), status);
 }
 
-int32_t pingPong(const ndk::SpAIBinder& target, const ndk::SpAIBinder& back, int32_t depth,
-                 binder_status_t* status) {
-    return askPeer(target, kPingPong, writes(back, target, depth), status);
+std::vector<int32_t> recordsOf(const ndk::SpAIBinder& binder) {
+    std::vector<int32_t> records;
+    callPeer(binder, kRecords, nullptr, reads(&records));
+    return records;
 }
 
 binder_status_t hold(const ndk::SpAIBinder& peer, const ndk::SpAIBinder& object,

@@ -14,22 +14,19 @@
 // What a peer does on request. Values are int32 unless said otherwise.
 enum PeerRequest : transaction_code_t {
     kAdd = FIRST_CALL_TRANSACTION,  // value -> value + 1
-    kEchoFds,                       // count, fds -> the same fds
+    kEchoFds,                       // fds -> the same fds
     kEchoBytes,                     // bytes -> bytes
-    kHold,                          // binder: kept until kDrop
+    kHold,                          // binder, which may be null: kept until the next kHold
     kGetHeld,                       // -> binder
-    kDrop,                          // forgets the binder
     kCall,                          // binder, value -> what the binder's kAdd answers
     kPingPong,                      // binder other, binder self, depth -> 1 + the other's answer
     kNewObject,                     // -> binder of a new object of the peer
     kLiveObjects,                   // -> how many such objects are alive
     kBlock,                         // fd entered, fd go: writes to one, waits for the other
-    kMostBlocked,                   // -> the most kBlock calls that ran at the same time
     kRecord,                        // value: appended to the peer's list
     kRecords,                       // -> the list
     kCountFds,                      // -> how many descriptors the process has open
     kCaller,                        // -> pid and uid of the caller
-    kPoolStarted,                   // -> whether the pool runs
     kFail,                          // status: returned as transport status
     kPeerRequestEnd,
 };
@@ -43,12 +40,27 @@ int livePeerObjects();
 std::thread::id lastAddThread();
 
 // Arguments and answers of a call, one after the other; binders may be null.
+template <typename T>
+binder_status_t writeOne(AParcel* parcel, const T& value) {
+    if constexpr (std::is_same_v<T, ndk::SpAIBinder>) {
+        return AParcel_writeStrongBinder(parcel, value.get());
+    } else {
+        return ndk::AParcel_writeData(parcel, value);
+    }
+}
+template <typename T>
+binder_status_t readOne(const AParcel* parcel, T* value) {
+    if constexpr (std::is_same_v<T, ndk::SpAIBinder>) {
+        return ndk::AParcel_readNullableStrongBinder(parcel, value);
+    } else {
+        return ndk::AParcel_readData(parcel, value);
+    }
+}
 template <typename... Values>
 auto writes(const Values&... values) {
     return [&](AParcel* parcel) {
         binder_status_t status = STATUS_OK;
-        ((status = status == STATUS_OK ? ndk::AParcel_writeNullableData(parcel, values) : status),
-         ...);
+        ((status = status == STATUS_OK ? writeOne(parcel, values) : status), ...);
         return status;
     };
 }
@@ -56,8 +68,7 @@ template <typename... Values>
 auto reads(Values*... values) {
     return [=](const AParcel* parcel) {
         binder_status_t status = STATUS_OK;
-        ((status = status == STATUS_OK ? ndk::AParcel_readNullableData(parcel, values) : status),
-         ...);
+        ((status = status == STATUS_OK ? readOne(parcel, values) : status), ...);
         return status;
     };
 }
@@ -72,14 +83,11 @@ binder_status_t callPeer(const ndk::SpAIBinder& binder, transaction_code_t code,
 int32_t askPeer(const ndk::SpAIBinder& binder, transaction_code_t code,
                 const std::function<binder_status_t(AParcel*)>& write = nullptr,
                 binder_status_t* status = nullptr);
-// The answer to kRecords.
-std::vector<int32_t> recordsOf(const ndk::SpAIBinder& binder);
 int32_t add(const ndk::SpAIBinder& binder, int32_t value, binder_status_t* status = nullptr);
 // Lets `via` call add() of `target`.
 int32_t callThrough(const ndk::SpAIBinder& via, const ndk::SpAIBinder& target, int32_t value,
                     binder_status_t* status = nullptr);
-int32_t pingPong(const ndk::SpAIBinder& target, const ndk::SpAIBinder& back, int32_t depth,
-                 binder_status_t* status = nullptr);
+std::vector<int32_t> recordsOf(const ndk::SpAIBinder& binder);
 binder_status_t hold(const ndk::SpAIBinder& peer, const ndk::SpAIBinder& object,
                      binder_flags_t flags = 0);
 ndk::SpAIBinder getBinder(const ndk::SpAIBinder& peer, transaction_code_t code);

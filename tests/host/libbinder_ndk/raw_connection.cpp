@@ -8,7 +8,7 @@
 
 #include <cerrno>
 
-#include "host/libbinder_ndk/proxy_binder.h"
+#include "host/libbinder_ndk/objects.h"
 #include "tests/host/libbinder_ndk/send_bytes.h"
 
 using hostbinder::FrameHeader;
@@ -56,16 +56,10 @@ int listenAt(const std::string& path) {
 }
 
 uint64_t numberOf(const ndk::SpAIBinder& binder) {
-    return binder.get()->asProxy()->number();
+    return binder.get()->AsProxy()->Number();
 }
 
-RawConnection::RawConnection() : mFd(newSocket()) {}
-
-RawConnection::RawConnection(const std::string& path) : RawConnection() {
-    connectTo(path);
-}
-
-void RawConnection::connectTo(const std::string& path) {
+RawConnection::RawConnection(const std::string& path) : mFd(newSocket()) {
     const sockaddr_un address = addressOf(path);
     EXPECT_EQ(connect(mFd, reinterpret_cast<const sockaddr*>(&address), sizeof(address)), 0)
             << path;
@@ -73,7 +67,7 @@ void RawConnection::connectTo(const std::string& path) {
 
 RawConnection::RawConnection(const std::string& path, uint64_t object) : RawConnection(path) {
     EXPECT_TRUE(greet());
-    EXPECT_TRUE(acquire(object));
+    acquire(object);
 }
 
 RawConnection::RawConnection(int listener)
@@ -98,12 +92,11 @@ bool RawConnection::greet() {
     return answer.kind == FrameKind::kHelloReply && answer.status == STATUS_OK;
 }
 
-bool RawConnection::acquire(uint64_t number) {
+void RawConnection::acquire(uint64_t number) {
     FrameHeader request = frameHeader(FrameKind::kAcquire);
     request.target = number;
     send(bytesOf(request));
-    const FrameHeader answer = receive();
-    return answer.kind == FrameKind::kReply && answer.status == STATUS_OK;
+    EXPECT_EQ(receive().status, STATUS_OK);
 }
 
 void RawConnection::send(const std::string& bytes, const std::vector<int>& fds) {
@@ -122,13 +115,6 @@ FrameHeader RawConnection::receive(std::string* body) {
     }
     if (body != nullptr) *body = data;
     return header;
-}
-
-bool RawConnection::sendUntilClosed(const std::string& bytes, size_t count) {
-    for (size_t i = 0; i < count; ++i) {
-        if (::send(mFd, bytes.data(), bytes.size(), MSG_NOSIGNAL) < 0) return true;
-    }
-    return false;
 }
 
 void RawConnection::endSending() {

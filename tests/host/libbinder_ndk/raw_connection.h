@@ -22,8 +22,6 @@ uint64_t numberOf(const ndk::SpAIBinder& binder);
 
 class RawConnection {
   public:
-    // Not connected yet.
-    RawConnection();
     // Connects to the socket with this path.
     explicit RawConnection(const std::string& path);
     // The same, greets and gets the peer's object with the number.
@@ -34,16 +32,13 @@ class RawConnection {
     RawConnection(const RawConnection&) = delete;
     RawConnection& operator=(const RawConnection&) = delete;
 
-    void connectTo(const std::string& path);
     void sendHello(const std::string& name);
     // Sends a new name; true if the peer accepts the connection.
     bool greet();
-    // Asks for the peer's object with the number; true if the peer grants it.
-    bool acquire(uint64_t number);
+    // Asks for the peer's object with the number, which the peer is to grant.
+    void acquire(uint64_t number);
     // The descriptors go with the first byte.
     void send(const std::string& bytes, const std::vector<int>& fds = {});
-    // Sends the same up to `count` times. True if the peer ends the connection meanwhile.
-    bool sendUntilClosed(const std::string& bytes, size_t count);
     // The next frame, with its body (data, offsets, references) in *body if that is given.
     hostbinder::FrameHeader receive(std::string* body = nullptr);
     void endSending();

@@ -1,116 +1,79 @@
-// Objects known across processes: identity, lifetime, passing on, and nothing left behind.
+// Objects known across processes: identity, lifetime, passing on, death, and nothing left behind.
+#include <android/binder_process.h>
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <sys/mman.h>
+
+#include <atomic>
+#include <future>
 
 #include "tests/host/libbinder_ndk/peer_service.h"
 #include "tests/host/libbinder_ndk/test_bus.h"
 
 namespace {
 
-// Objects of this process, once those that peers of earlier tests held are gone.
-int settledObjects() {
+// Waits until objects of this process that peers of earlier tests held are gone.
+void AwaitNoOwnObjects() {
     EXPECT_TRUE(eventually([]() { return livePeerObjects() == 0; }));
-    return livePeerObjects();
 }
 
-TEST(RemoteObject, ComesBackAsTheLocalObject) {
+TEST(RemoteObject, ComesBackAsTheLocalObjectAndLivesAsLongAsThePeer) {
+    AwaitNoOwnObjects();
     Peer peer = startPeer();
     ndk::SpAIBinder own = newPeerObject();
     ASSERT_EQ(hold(peer.binder, own), STATUS_OK);
     EXPECT_EQ(getBinder(peer.binder, kGetHeld), own);
-    ASSERT_EQ(hold(peer.binder, nullptr), STATUS_OK);
-    EXPECT_EQ(getBinder(peer.binder, kGetHeld).get(), nullptr);
-}
-
-TEST(RemoteObject, LivesAsLongAsThePeerThatHoldsIt) {
-    Peer peer = startPeer();
-    const int before = settledObjects();
-    ASSERT_EQ(hold(peer.binder, newPeerObject()), STATUS_OK);
+    own = nullptr;
     EXPECT_EQ(add(getBinder(peer.binder, kGetHeld), 1), 2);
-    EXPECT_EQ(livePeerObjects(), before + 1);
     peer.process.signal(SIGKILL);
-    EXPECT_TRUE(eventually([&]() { return livePeerObjects() == before; }));
+    AwaitNoOwnObjects();
 }
 
 TEST(RemoteObject, LastReleaseIsToldToTheOwner) {
     Peer peer = startPeer();
-    const int before = askPeer(peer.binder, kLiveObjects);
     {
         ndk::SpAIBinder object = getBinder(peer.binder, kNewObject);
-        EXPECT_EQ(askPeer(peer.binder, kLiveObjects), before + 1);
         // Received several times, released once.
         ASSERT_EQ(hold(peer.binder, object), STATUS_OK);
         for (int i = 0; i < 3; ++i) EXPECT_EQ(getBinder(peer.binder, kGetHeld), object);
-        ASSERT_EQ(callPeer(peer.binder, kDrop), STATUS_OK);
-        EXPECT_EQ(askPeer(peer.binder, kLiveObjects), before + 1);
+        ASSERT_EQ(hold(peer.binder, nullptr), STATUS_OK);
+        EXPECT_EQ(askPeer(peer.binder, kLiveObjects), 2);
     }
-    EXPECT_TRUE(eventually([&]() { return askPeer(peer.binder, kLiveObjects) == before; }));
-}
-
-TEST(RemoteObject, OfAMessageThatIsNotSentIsNotKept) {
-    Peer peer = startPeer();
-    ndk::ScopedFileDescriptor file(memfd_create("test", MFD_CLOEXEC));
-    const int before = settledObjects();
-    std::vector<ndk::ScopedFileDescriptor> tooMany;
-    for (int i = 0; i < 254; ++i) tooMany.push_back(file.dup());
-    EXPECT_EQ(callPeer(peer.binder, kHold, writes(newPeerObject(), tooMany)),
-              STATUS_FAILED_TRANSACTION);
-    EXPECT_EQ(livePeerObjects(), before);
+    EXPECT_TRUE(eventually([&]() { return askPeer(peer.binder, kLiveObjects) == 1; }));
 }
 
 TEST(ThirdProcess, GetsAnObjectThatOutlivesTheSendersReference) {
     Peer owner = startPeer();
     Peer holder = startPeer();
-    const int before = askPeer(owner.binder, kLiveObjects);
-    {
-        ndk::SpAIBinder object = getBinder(owner.binder, kNewObject);
-        ASSERT_EQ(hold(holder.binder, object), STATUS_OK);
-        EXPECT_EQ(getBinder(holder.binder, kGetHeld), object) << "one binder, whoever sends it";
-    }
-    ndk::SpAIBinder again = getBinder(holder.binder, kGetHeld);
-    EXPECT_EQ(add(again, 5), 6);
-    EXPECT_EQ(askPeer(owner.binder, kLiveObjects), before + 1);
-    again = nullptr;
-    ASSERT_EQ(callPeer(holder.binder, kDrop), STATUS_OK);
-    EXPECT_TRUE(eventually([&]() { return askPeer(owner.binder, kLiveObjects) == before; }));
-}
-
-TEST(ThirdProcess, GetsAnObjectByAOnewayCallThoughTheSenderForgetsItAtOnce) {
-    Peer owner = startPeer();
-    Peer holder = startPeer();
-    for (int i = 0; i < 20; ++i) {
-        ndk::SpAIBinder object = getBinder(owner.binder, kNewObject);
-        ASSERT_EQ(hold(holder.binder, object, FLAG_ONEWAY), STATUS_OK);
-        object = nullptr;
+    ndk::SpAIBinder object = getBinder(owner.binder, kNewObject);
+    ASSERT_EQ(hold(holder.binder, object), STATUS_OK);
+    EXPECT_EQ(getBinder(holder.binder, kGetHeld), object) << "one binder, whichever process sends";
+    object = nullptr;
+    EXPECT_EQ(add(getBinder(holder.binder, kGetHeld), 5), 6);
+    ASSERT_EQ(hold(holder.binder, nullptr), STATUS_OK);
+    EXPECT_TRUE(eventually([&]() { return askPeer(owner.binder, kLiveObjects) == 1; }));
+    for (int i = 0; i < 20; ++i) {  // by a oneway call, forgotten at once
+        ASSERT_EQ(hold(holder.binder, getBinder(owner.binder, kNewObject), FLAG_ONEWAY), STATUS_OK);
         ASSERT_TRUE(
                 eventually([&]() { return getBinder(holder.binder, kGetHeld).get() != nullptr; }));
         ASSERT_EQ(add(getBinder(holder.binder, kGetHeld), i), i + 1);
-        ASSERT_EQ(callPeer(holder.binder, kDrop), STATUS_OK);
+        ASSERT_EQ(hold(holder.binder, nullptr), STATUS_OK);
     }
-}
-
-TEST(ThirdProcess, GetsADeadObjectOfAProcessThatIsGone) {
-    Peer holder = startPeer();
-    Peer owner = startPeer();
-    ndk::SpAIBinder object = getBinder(owner.binder, kNewObject);
+    object = getBinder(owner.binder, kNewObject);
     owner.process.signal(SIGKILL);
     owner.process.wait();
-    ASSERT_EQ(hold(holder.binder, object), STATUS_OK);
     binder_status_t status = STATUS_OK;
     callThrough(holder.binder, object, 1, &status);
     EXPECT_EQ(status, STATUS_DEAD_OBJECT);
 }
 
-TEST(ManyCalls, LeaveNoDescriptorsAndObjectsBehind) {
+TEST(ManyCallsAndProcesses, LeaveNoDescriptorsAndObjectsBehind) {
+    AwaitNoOwnObjects();
     Peer peer = startPeer();
     ndk::ScopedFileDescriptor file(memfd_create("test", MFD_CLOEXEC));
-    add(peer.binder, 1);  // what is made once exists now
-    ASSERT_EQ(hold(peer.binder, newPeerObject()), STATUS_OK);
-    ASSERT_EQ(callPeer(peer.binder, kDrop), STATUS_OK);
+    ASSERT_EQ(hold(peer.binder, newPeerObject()), STATUS_OK);  // what is made once exists now
     const int32_t remoteBefore = askPeer(peer.binder, kCountFds);
     const int32_t ownBefore = countOpenDescriptors();
-    const int ownObjects = settledObjects();
     for (int i = 0; i < 1000; ++i) {
         std::vector<ndk::ScopedFileDescriptor> fds;
         fds.push_back(file.dup());
@@ -119,26 +82,95 @@ TEST(ManyCalls, LeaveNoDescriptorsAndObjectsBehind) {
         ASSERT_EQ(hold(peer.binder, newPeerObject()), STATUS_OK);
         ASSERT_NE(getBinder(peer.binder, kNewObject).get(), nullptr);
     }
-    ASSERT_EQ(callPeer(peer.binder, kDrop), STATUS_OK);
-    EXPECT_LE(countOpenDescriptors(), ownBefore);
-    // The peer closes its own side of what it sent right after sending.
-    EXPECT_TRUE(eventually([&]() { return askPeer(peer.binder, kCountFds) == remoteBefore; }));
-    EXPECT_TRUE(eventually([&]() { return livePeerObjects() == ownObjects; }));
-    EXPECT_TRUE(eventually([&]() { return askPeer(peer.binder, kLiveObjects) == 1; }));
-}
-
-TEST(ManyProcesses, LeaveNoDescriptorsBehind) {
-    Peer stays = startPeer();
-    add(stays.binder, 1);
-    const int32_t remoteBefore = askPeer(stays.binder, kCountFds);
-    const int32_t ownBefore = countOpenDescriptors();
     for (int i = 0; i < 10; ++i) {
         Peer goes = startPeer();
         // Makes the two peers connect, too.
-        ASSERT_EQ(hold(stays.binder, getBinder(goes.binder, kNewObject)), STATUS_OK);
+        ASSERT_EQ(hold(peer.binder, getBinder(goes.binder, kNewObject)), STATUS_OK);
     }
+    ASSERT_EQ(hold(peer.binder, nullptr), STATUS_OK);
     EXPECT_TRUE(eventually([&]() { return countOpenDescriptors() <= ownBefore; }));
-    EXPECT_TRUE(eventually([&]() { return askPeer(stays.binder, kCountFds) == remoteBefore; }));
+    // The peer closes its own side of what it sent right after sending.
+    EXPECT_TRUE(eventually([&]() { return askPeer(peer.binder, kCountFds) == remoteBefore; }));
+    EXPECT_TRUE(eventually([&]() { return askPeer(peer.binder, kLiveObjects) == 1; }));
+    AwaitNoOwnObjects();
+}
+
+struct DeathCounter {
+    std::atomic<int> died{0};
+    std::atomic<int> unlinked{0};
+    ndk::ScopedAIBinder_DeathRecipient recipient{AIBinder_DeathRecipient_new(
+            [](void* cookie) { ++static_cast<DeathCounter*>(cookie)->died; })};
+
+    DeathCounter() {
+        AIBinder_DeathRecipient_setOnUnlinked(recipient.get(), [](void* cookie) {
+            ++static_cast<DeathCounter*>(cookie)->unlinked;
+        });
+    }
+    binder_status_t Link(const ndk::SpAIBinder& binder) {
+        return AIBinder_linkToDeath(binder.get(), recipient.get(), this);
+    }
+    binder_status_t Unlink(const ndk::SpAIBinder& binder) {
+        return AIBinder_unlinkToDeath(binder.get(), recipient.get(), this);
+    }
+};
+
+TEST(Death, EndsAPendingCallAndFailsLaterOnes) {
+    Peer peer = startPeer();
+    ASSERT_EQ(add(peer.binder, 1), 2);
+    peer.process.signal(SIGSTOP);
+    auto pending = std::async(std::launch::async, [&]() { return callPeer(peer.binder, kAdd); });
+    peer.process.signal(SIGKILL);
+    EXPECT_EQ(pending.get(), STATUS_DEAD_OBJECT);
+    EXPECT_FALSE(AIBinder_isAlive(peer.binder.get()));
+    EXPECT_EQ(AIBinder_ping(peer.binder.get()), STATUS_DEAD_OBJECT);
+    EXPECT_EQ(DeathCounter().Link(peer.binder), STATUS_DEAD_OBJECT);
+}
+
+TEST(Death, IsToldOnceOnThePoolAlsoOfObjectsPassedOnByOthers) {
+    ABinderProcess_startThreadPool();
+    Peer owner = startPeer();
+    Peer holder = startPeer();
+    ASSERT_EQ(hold(holder.binder, getBinder(owner.binder, kNewObject)), STATUS_OK);
+    ndk::SpAIBinder object = getBinder(holder.binder, kGetHeld);
+    DeathCounter counter;
+    ASSERT_EQ(counter.Link(object), STATUS_OK);
+    owner.process.signal(SIGKILL);
+    EXPECT_TRUE(eventually([&]() { return counter.unlinked == 1; }));
+    EXPECT_EQ(counter.died, 1);
+    EXPECT_EQ(counter.Unlink(object), STATUS_DEAD_OBJECT);
+    counter.recipient.set(nullptr);
+    EXPECT_EQ(counter.unlinked, 1) << "the link has ended before";
+    EXPECT_EQ(add(holder.binder, 1), 2);
+}
+
+TEST(DeathLink, EndsOnceByUnlinkingOrWithTheRecipientOrTheObject) {
+    Peer peer = startPeer();
+    DeathCounter unlinked;
+    EXPECT_EQ(unlinked.Unlink(peer.binder), STATUS_NAME_NOT_FOUND);
+    ASSERT_EQ(unlinked.Link(peer.binder), STATUS_OK);
+    EXPECT_EQ(unlinked.Unlink(peer.binder), STATUS_OK);
+    EXPECT_EQ(unlinked.Unlink(peer.binder), STATUS_NAME_NOT_FOUND);
+    DeathCounter deleted;
+    ASSERT_EQ(deleted.Link(peer.binder), STATUS_OK);
+    deleted.recipient.set(nullptr);
+    DeathCounter released;
+    ASSERT_EQ(released.Link(getBinder(peer.binder, kNewObject)), STATUS_OK);
+    for (const DeathCounter* counter : {&unlinked, &deleted, &released}) {
+        EXPECT_EQ(counter->unlinked, 1);
+        EXPECT_EQ(counter->died, 0);
+    }
+}
+
+TEST(StoppedPeer, DoesNotHoldUpItsCallersForEver) {
+    Peer peer = startPeer();
+    ASSERT_EQ(add(peer.binder, 1), 2);
+    peer.process.signal(SIGSTOP);
+    const std::vector<uint8_t> bytes(256 * 1024);
+    binder_status_t status = STATUS_OK;
+    for (int i = 0; status == STATUS_OK && i < 100; ++i) {
+        status = callPeer(peer.binder, kEchoBytes, writes(bytes), nullptr, FLAG_ONEWAY);
+    }
+    EXPECT_EQ(status, STATUS_DEAD_OBJECT);
 }
 
 }  // namespace

@@ -21,9 +21,8 @@ TEST(WireFormat, OfARequestWithEveryKindOfItem) {
     ndk::AParcel_writeData(p, int8_t{-2});
     ndk::AParcel_writeData(p, int64_t{0x0102030405060708});
     ndk::AParcel_writeData(p, std::string("h\xc3\xa9"));
-    ndk::AParcel_writeNullableData(p, std::optional<std::string>());
+    AParcel_writeString(p, nullptr, -1);
     ndk::AParcel_writeData(p, std::vector<uint8_t>{1, 2, 3, 4, 5});
-    ndk::AParcel_writeData(p, std::vector<bool>{true});
     AParcel_writeStrongBinder(p, object.get());
     AParcel_writeStrongBinder(p, nullptr);
     ndk::ScopedFileDescriptor file(memfd_create("test", MFD_CLOEXEC));
@@ -37,7 +36,6 @@ TEST(WireFormat, OfARequestWithEveryKindOfItem) {
               "02000000 6800e900 00000000 "                                      // String
               "ffffffff "                                                        // null String
               "05000000 01020304 05000000 "                                      // byte[]
-              "01000000 01000000 "                                               // boolean[]
               "852a6873 00000000 00000000 00000000 00000000 00000000 3f000000 "  // binder
               "852a6273 00000000 00000000 00000000 00000000 00000000 00000000 "  // null binder
               "01000000 00000000 "                                               // descriptor:

@@ -116,13 +116,6 @@ class ScopedAParcel : public impl::ScopedAResource<AParcel*, AParcel_delete, nul
     ~ScopedAParcel() {}
     ScopedAParcel(ScopedAParcel&&) = default;
     ScopedAParcel& operator=(ScopedAParcel&&) = default;
-
-    bool operator==(const ScopedAParcel& rhs) const { return get() == rhs.get(); }
-    bool operator!=(const ScopedAParcel& rhs) const { return get() != rhs.get(); }
-    bool operator<(const ScopedAParcel& rhs) const { return get() < rhs.get(); }
-    bool operator>(const ScopedAParcel& rhs) const { return get() > rhs.get(); }
-    bool operator<=(const ScopedAParcel& rhs) const { return get() <= rhs.get(); }
-    bool operator>=(const ScopedAParcel& rhs) const { return get() >= rhs.get(); }
 };
 
 // The result of a call, one pointer wide.

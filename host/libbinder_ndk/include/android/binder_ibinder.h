@@ -44,17 +44,12 @@ typedef void (*AIBinder_Class_onDestroy)(void* userData);
 // Serves one call; both parcels are borrowed. A non-zero result is the caller's transport status.
 typedef binder_status_t (*AIBinder_Class_onTransact)(AIBinder* binder, transaction_code_t code,
                                                      const AParcel* in, AParcel* out);
-typedef binder_status_t (*AIBinder_onDump)(AIBinder* binder, int fd, const char** args,
-                                           uint32_t numArgs);
 
 // Null if any argument is null. The descriptor is copied.
 __attribute__((warn_unused_result)) AIBinder_Class* AIBinder_Class_define(
         const char* interfaceDescriptor, AIBinder_Class_onCreate onCreate,
         AIBinder_Class_onDestroy onDestroy, AIBinder_Class_onTransact onTransact)
         __INTRODUCED_IN(29);
-void AIBinder_Class_setOnDump(AIBinder_Class* clazz, AIBinder_onDump onDump) __INTRODUCED_IN(29);
-// Requests to this class carry no interface header, and none is checked.
-void AIBinder_Class_disableInterfaceTokenHeader(AIBinder_Class* clazz) __INTRODUCED_IN(32);
 const char* AIBinder_Class_getDescriptor(const AIBinder_Class* clazz) __INTRODUCED_IN(31);
 
 __attribute__((warn_unused_result)) AIBinder* AIBinder_new(const AIBinder_Class* clazz, void* args)
@@ -62,8 +57,6 @@ __attribute__((warn_unused_result)) AIBinder* AIBinder_new(const AIBinder_Class*
 bool AIBinder_isRemote(const AIBinder* binder) __INTRODUCED_IN(29);
 bool AIBinder_isAlive(const AIBinder* binder) __INTRODUCED_IN(29);
 binder_status_t AIBinder_ping(AIBinder* binder) __INTRODUCED_IN(29);
-binder_status_t AIBinder_dump(AIBinder* binder, int fd, const char** args, uint32_t numArgs)
-        __INTRODUCED_IN(29);
 
 // STATUS_INVALID_OPERATION for a local object, STATUS_DEAD_OBJECT if it is dead already.
 binder_status_t AIBinder_linkToDeath(AIBinder* binder, AIBinder_DeathRecipient* recipient,
@@ -79,7 +72,6 @@ bool AIBinder_isHandlingTransaction(void) __INTRODUCED_IN(33);
 
 void AIBinder_incStrong(AIBinder* binder) __INTRODUCED_IN(29);
 void AIBinder_decStrong(AIBinder* binder) __INTRODUCED_IN(29);
-int32_t AIBinder_debugGetRefCount(AIBinder* binder) __INTRODUCED_IN(29);
 
 // True if the object is (now) of this class. For a remote object the first class with the right
 // descriptor stays; asking for the descriptor may cost one transaction.
@@ -100,9 +92,7 @@ void AIBinder_Weak_delete(AIBinder_Weak* weakBinder) __INTRODUCED_IN(29);
 // An owned strong reference, or null if the object is gone.
 __attribute__((warn_unused_result)) AIBinder* AIBinder_Weak_promote(AIBinder_Weak* weakBinder)
         __INTRODUCED_IN(29);
-AIBinder_Weak* AIBinder_Weak_clone(const AIBinder_Weak* weak) __INTRODUCED_IN(31);
 bool AIBinder_lt(const AIBinder* lhs, const AIBinder* rhs) __INTRODUCED_IN(31);
-bool AIBinder_Weak_lt(const AIBinder_Weak* lhs, const AIBinder_Weak* rhs) __INTRODUCED_IN(31);
 
 // Called on a pool thread.
 typedef void (*AIBinder_DeathRecipient_onBinderDied)(void* cookie);
@@ -117,9 +107,5 @@ void AIBinder_DeathRecipient_setOnUnlinked(AIBinder_DeathRecipient* recipient,
         __INTRODUCED_IN(33);
 // Ends every link of the recipient; no callback starts afterwards.
 void AIBinder_DeathRecipient_delete(AIBinder_DeathRecipient* recipient) __INTRODUCED_IN(29);
-
-// An object that comes along with another. *outExt is an owned reference or null.
-binder_status_t AIBinder_getExtension(AIBinder* binder, AIBinder** outExt) __INTRODUCED_IN(30);
-binder_status_t AIBinder_setExtension(AIBinder* binder, AIBinder* ext) __INTRODUCED_IN(30);
 
 __END_DECLS

@@ -6,14 +6,9 @@
 __BEGIN_DECLS
 
 enum {
-    // The buffers of the call are cleared after use.
+    // The call's buffers are to be cleared after use. Accepted without effect.
     FLAG_CLEAR_BUF = 0x20,
 };
-
-// There are no security contexts here: accepted, and no context is ever reported.
-void AIBinder_setRequestingSid(AIBinder* binder, bool requestingSid) __INTRODUCED_IN(31);
-__attribute__((weak, warn_unused_result)) const char* AIBinder_getCallingSid(void)
-        __INTRODUCED_IN(31);
 
 // Scheduling hints; accepted without effect. policy is SCHED_*, priority as for that policy.
 void AIBinder_setMinSchedulerPolicy(AIBinder* binder, int policy, int priority) __INTRODUCED_IN(33);

@@ -97,7 +97,6 @@ class ICInterface : public SharedRefBase {
     struct UserData {
         std::shared_ptr<ICInterface> interface;
     };
-    static inline ICInterface* implementationOf(AIBinder* binder);
 };
 
 // The base of the local side. Must be the first, non-virtual base of an implementation.
@@ -133,8 +132,9 @@ class BpCInterface : public INTERFACE {
     SpAIBinder asBinder() final { return mBinder; }
     const SpAIBinder& asBinderReference() { return mBinder; }
     bool isRemote() final { return AIBinder_isRemote(mBinder.get()); }
-    binder_status_t dump(int fd, const char** args, uint32_t numArgs) override {
-        return AIBinder_dump(mBinder.get(), fd, args, numArgs);
+    // Dumps do not go to other processes here.
+    binder_status_t dump(int /*fd*/, const char** /*args*/, uint32_t /*numArgs*/) override {
+        return STATUS_INVALID_OPERATION;
     }
 
   private:
@@ -152,10 +152,6 @@ binder_status_t ICInterface::handleShellCommand(int /*in*/, int /*out*/, int /*e
 }
 #endif
 
-ICInterface* ICInterface::implementationOf(AIBinder* binder) {
-    return static_cast<UserData*>(AIBinder_getUserData(binder))->interface.get();
-}
-
 std::shared_ptr<ICInterface> ICInterface::asInterface(AIBinder* binder) {
     if (binder == nullptr) return nullptr;
     void* userData = AIBinder_getUserData(binder);
@@ -168,21 +164,7 @@ AIBinder_Class* ICInterface::defineClass(const char* interfaceDescriptor,
         return new UserData{static_cast<ICInterface*>(args)->ref<ICInterface>()};
     };
     auto onDestroy = [](void* userData) { delete static_cast<UserData*>(userData); };
-    AIBinder_Class* clazz =
-            AIBinder_Class_define(interfaceDescriptor, onCreate, onDestroy, onTransact);
-    if (clazz == nullptr) return nullptr;
-    AIBinder_Class_setOnDump(clazz, [](AIBinder* binder, int fd, const char** args, uint32_t n) {
-        return implementationOf(binder)->dump(fd, args, n);
-    });
-#ifdef HAS_BINDER_SHELL_COMMAND
-    if (AIBinder_Class_setHandleShellCommand != nullptr) {
-        AIBinder_Class_setHandleShellCommand(clazz, [](AIBinder* binder, int in, int out, int err,
-                                                       const char** argv, uint32_t argc) {
-            return implementationOf(binder)->handleShellCommand(in, out, err, argv, argc);
-        });
-    }
-#endif
-    return clazz;
+    return AIBinder_Class_define(interfaceDescriptor, onCreate, onDestroy, onTransact);
 }
 
 template <typename INTERFACE>

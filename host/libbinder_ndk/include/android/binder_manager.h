@@ -11,17 +11,10 @@
 
 __BEGIN_DECLS
 
-enum AServiceManager_AddServiceFlag : uint32_t {
-    ADD_SERVICE_ALLOW_ISOLATED = 1,
-};
-
 // Publishes the object; the registry takes a reference of its own. An existing name is replaced.
 // Returns EX_NONE, EX_ILLEGAL_ARGUMENT (null object, bad name) or EX_TRANSACTION_FAILED.
 __attribute__((warn_unused_result)) binder_exception_t AServiceManager_addService(
         AIBinder* binder, const char* instance) __INTRODUCED_IN(29);
-__attribute__((warn_unused_result)) binder_exception_t AServiceManager_addServiceWithFlags(
-        AIBinder* binder, const char* instance, const AServiceManager_AddServiceFlag flags)
-        __INTRODUCED_IN(34);
 
 // Asks once and never waits. Owned reference, or null if there is no such service.
 __attribute__((warn_unused_result)) AIBinder* AServiceManager_checkService(const char* instance)
@@ -35,14 +28,7 @@ AServiceManager_getService(const char* instance) __INTRODUCED_IN(29);
 __attribute__((warn_unused_result)) AIBinder* AServiceManager_waitForService(const char* instance)
         __INTRODUCED_IN(31);
 
-// On a device: adds a service that is started on demand. Here: the same as addService.
-binder_status_t AServiceManager_registerLazyService(AIBinder* binder, const char* instance)
-        __INTRODUCED_IN(31);
 // On a device: asks the manifest. There is none here: what is registered counts as declared.
 bool AServiceManager_isDeclared(const char* instance) __INTRODUCED_IN(31);
-// Calls back, before returning, with the part after "interface/" of each declared name.
-void AServiceManager_forEachDeclaredInstance(const char* interface, void* context,
-                                             void (*callback)(const char*, void*))
-        __INTRODUCED_IN(31);
 
 __END_DECLS

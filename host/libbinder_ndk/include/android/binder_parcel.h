@@ -21,20 +21,19 @@ typedef struct AParcel AParcel;
 
 __attribute__((warn_unused_result)) AParcel* AParcel_create(void) __INTRODUCED_IN(31);
 void AParcel_delete(AParcel* parcel) __INTRODUCED_IN(29);
-// Drops all content.
-binder_status_t AParcel_reset(AParcel* parcel) __INTRODUCED_IN(31);
 // Bytes from the start, for the next read or write.
 binder_status_t AParcel_setDataPosition(const AParcel* parcel, int32_t position)
         __INTRODUCED_IN(29);
 int32_t AParcel_getDataPosition(const AParcel* parcel) __INTRODUCED_IN(29);
 int32_t AParcel_getDataSize(const AParcel* parcel) __INTRODUCED_IN(31);
-// Appends size bytes of from, beginning at start, with the objects in them.
+// Appends size bytes of from, beginning at start. STATUS_INVALID_OPERATION if from holds objects.
 binder_status_t AParcel_appendFrom(const AParcel* from, AParcel* to, int32_t start, int32_t size)
         __INTRODUCED_IN(31);
 // Copies len bytes beginning at start. STATUS_INVALID_OPERATION if the parcel holds objects.
 binder_status_t AParcel_marshal(const AParcel* parcel, uint8_t* buffer, size_t start, size_t len)
         __INTRODUCED_IN(33);
 // Replaces the content by len plain bytes; the position is at the start.
+// STATUS_INVALID_OPERATION if the parcel holds objects.
 binder_status_t AParcel_unmarshal(AParcel* parcel, const uint8_t* buffer, size_t len)
         __INTRODUCED_IN(33);
 
@@ -61,19 +60,6 @@ typedef bool (*AParcel_stringAllocator)(void* stringData, int32_t length, char**
 binder_status_t AParcel_readString(const AParcel* parcel, void* stringData,
                                    AParcel_stringAllocator allocator) __INTRODUCED_IN(29);
 
-typedef const char* (*AParcel_stringArrayElementGetter)(const void* arrayData, size_t index,
-                                                        int32_t* outLength);
-typedef bool (*AParcel_stringArrayAllocator)(void* arrayData, int32_t length);
-typedef bool (*AParcel_stringArrayElementAllocator)(void* arrayData, size_t index, int32_t length,
-                                                    char** buffer);
-binder_status_t AParcel_writeStringArray(AParcel* parcel, const void* arrayData, int32_t length,
-                                         AParcel_stringArrayElementGetter getter)
-        __INTRODUCED_IN(29);
-binder_status_t AParcel_readStringArray(const AParcel* parcel, void* arrayData,
-                                        AParcel_stringArrayAllocator allocator,
-                                        AParcel_stringArrayElementAllocator elementAllocator)
-        __INTRODUCED_IN(29);
-
 typedef binder_status_t (*AParcel_writeParcelableElement)(AParcel* parcel, const void* arrayData,
                                                           size_t index);
 typedef bool (*AParcel_parcelableArrayAllocator)(void* arrayData, int32_t length);
@@ -88,75 +74,36 @@ binder_status_t AParcel_readParcelableArray(const AParcel* parcel, void* arrayDa
         __INTRODUCED_IN(29);
 
 binder_status_t AParcel_writeInt32(AParcel* parcel, int32_t value) __INTRODUCED_IN(29);
-binder_status_t AParcel_writeUint32(AParcel* parcel, uint32_t value) __INTRODUCED_IN(29);
 binder_status_t AParcel_writeInt64(AParcel* parcel, int64_t value) __INTRODUCED_IN(29);
-binder_status_t AParcel_writeUint64(AParcel* parcel, uint64_t value) __INTRODUCED_IN(29);
 binder_status_t AParcel_writeFloat(AParcel* parcel, float value) __INTRODUCED_IN(29);
 binder_status_t AParcel_writeDouble(AParcel* parcel, double value) __INTRODUCED_IN(29);
 binder_status_t AParcel_writeBool(AParcel* parcel, bool value) __INTRODUCED_IN(29);
-binder_status_t AParcel_writeChar(AParcel* parcel, char16_t value) __INTRODUCED_IN(29);
 binder_status_t AParcel_writeByte(AParcel* parcel, int8_t value) __INTRODUCED_IN(29);
 
 binder_status_t AParcel_readInt32(const AParcel* parcel, int32_t* value) __INTRODUCED_IN(29);
-binder_status_t AParcel_readUint32(const AParcel* parcel, uint32_t* value) __INTRODUCED_IN(29);
 binder_status_t AParcel_readInt64(const AParcel* parcel, int64_t* value) __INTRODUCED_IN(29);
-binder_status_t AParcel_readUint64(const AParcel* parcel, uint64_t* value) __INTRODUCED_IN(29);
 binder_status_t AParcel_readFloat(const AParcel* parcel, float* value) __INTRODUCED_IN(29);
 binder_status_t AParcel_readDouble(const AParcel* parcel, double* value) __INTRODUCED_IN(29);
 binder_status_t AParcel_readBool(const AParcel* parcel, bool* value) __INTRODUCED_IN(29);
-binder_status_t AParcel_readChar(const AParcel* parcel, char16_t* value) __INTRODUCED_IN(29);
 binder_status_t AParcel_readByte(const AParcel* parcel, int8_t* value) __INTRODUCED_IN(29);
 
 // Null data needs length -1 (null array) or 0.
 binder_status_t AParcel_writeInt32Array(AParcel* parcel, const int32_t* arrayData, int32_t length)
         __INTRODUCED_IN(29);
-binder_status_t AParcel_writeUint32Array(AParcel* parcel, const uint32_t* arrayData, int32_t length)
-        __INTRODUCED_IN(29);
 binder_status_t AParcel_writeInt64Array(AParcel* parcel, const int64_t* arrayData, int32_t length)
-        __INTRODUCED_IN(29);
-binder_status_t AParcel_writeUint64Array(AParcel* parcel, const uint64_t* arrayData, int32_t length)
-        __INTRODUCED_IN(29);
-binder_status_t AParcel_writeFloatArray(AParcel* parcel, const float* arrayData, int32_t length)
-        __INTRODUCED_IN(29);
-binder_status_t AParcel_writeDoubleArray(AParcel* parcel, const double* arrayData, int32_t length)
-        __INTRODUCED_IN(29);
-binder_status_t AParcel_writeCharArray(AParcel* parcel, const char16_t* arrayData, int32_t length)
         __INTRODUCED_IN(29);
 binder_status_t AParcel_writeByteArray(AParcel* parcel, const int8_t* arrayData, int32_t length)
         __INTRODUCED_IN(29);
-typedef bool (*AParcel_boolArrayGetter)(const void* arrayData, size_t index);
-binder_status_t AParcel_writeBoolArray(AParcel* parcel, const void* arrayData, int32_t length,
-                                       AParcel_boolArrayGetter getter) __INTRODUCED_IN(29);
 
 typedef bool (*AParcel_int32ArrayAllocator)(void* arrayData, int32_t length, int32_t** outBuffer);
-typedef bool (*AParcel_uint32ArrayAllocator)(void* arrayData, int32_t length, uint32_t** outBuffer);
 typedef bool (*AParcel_int64ArrayAllocator)(void* arrayData, int32_t length, int64_t** outBuffer);
-typedef bool (*AParcel_uint64ArrayAllocator)(void* arrayData, int32_t length, uint64_t** outBuffer);
-typedef bool (*AParcel_floatArrayAllocator)(void* arrayData, int32_t length, float** outBuffer);
-typedef bool (*AParcel_doubleArrayAllocator)(void* arrayData, int32_t length, double** outBuffer);
-typedef bool (*AParcel_charArrayAllocator)(void* arrayData, int32_t length, char16_t** outBuffer);
 typedef bool (*AParcel_byteArrayAllocator)(void* arrayData, int32_t length, int8_t** outBuffer);
-typedef bool (*AParcel_boolArrayAllocator)(void* arrayData, int32_t length);
-typedef void (*AParcel_boolArraySetter)(void* arrayData, size_t index, bool value);
 
 binder_status_t AParcel_readInt32Array(const AParcel* parcel, void* arrayData,
                                        AParcel_int32ArrayAllocator allocator) __INTRODUCED_IN(29);
-binder_status_t AParcel_readUint32Array(const AParcel* parcel, void* arrayData,
-                                        AParcel_uint32ArrayAllocator allocator) __INTRODUCED_IN(29);
 binder_status_t AParcel_readInt64Array(const AParcel* parcel, void* arrayData,
                                        AParcel_int64ArrayAllocator allocator) __INTRODUCED_IN(29);
-binder_status_t AParcel_readUint64Array(const AParcel* parcel, void* arrayData,
-                                        AParcel_uint64ArrayAllocator allocator) __INTRODUCED_IN(29);
-binder_status_t AParcel_readFloatArray(const AParcel* parcel, void* arrayData,
-                                       AParcel_floatArrayAllocator allocator) __INTRODUCED_IN(29);
-binder_status_t AParcel_readDoubleArray(const AParcel* parcel, void* arrayData,
-                                        AParcel_doubleArrayAllocator allocator) __INTRODUCED_IN(29);
-binder_status_t AParcel_readCharArray(const AParcel* parcel, void* arrayData,
-                                      AParcel_charArrayAllocator allocator) __INTRODUCED_IN(29);
 binder_status_t AParcel_readByteArray(const AParcel* parcel, void* arrayData,
                                       AParcel_byteArrayAllocator allocator) __INTRODUCED_IN(29);
-binder_status_t AParcel_readBoolArray(const AParcel* parcel, void* arrayData,
-                                      AParcel_boolArrayAllocator allocator,
-                                      AParcel_boolArraySetter setter) __INTRODUCED_IN(29);
 
 __END_DECLS

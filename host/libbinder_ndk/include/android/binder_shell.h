@@ -1,4 +1,5 @@
-// Shell commands to an object. Its presence gives ndk::ICInterface the handleShellCommand method.
+// Shell commands to an object. Its presence gives ndk::ICInterface the handleShellCommand method;
+// no command comes here.
 #pragma once
 
 #include <android/binder_ibinder.h>
@@ -8,8 +9,5 @@ __BEGIN_DECLS
 // The descriptors and argv are borrowed for the call.
 typedef binder_status_t (*AIBinder_handleShellCommand)(AIBinder* binder, int in, int out, int err,
                                                        const char** argv, uint32_t argc);
-
-__attribute__((weak)) void AIBinder_Class_setHandleShellCommand(
-        AIBinder_Class* clazz, AIBinder_handleShellCommand handleShellCommand) __INTRODUCED_IN(30);
 
 __END_DECLS

@@ -35,15 +35,4 @@ static inline void AIBinder_markCompilationUnitStability(AIBinder* binder) {
 }
 #endif
 
-void AIBinder_forceDowngradeToVendorStability(AIBinder* binder);
-void AIBinder_forceDowngradeToSystemStability(AIBinder* binder);
-
-static inline void AIBinder_forceDowngradeToLocalStability(AIBinder* binder) {
-#if defined(__ANDROID_VENDOR__)
-    AIBinder_forceDowngradeToVendorStability(binder);
-#else
-    AIBinder_forceDowngradeToSystemStability(binder);
-#endif
-}
-
 __END_DECLS

@@ -5,8 +5,6 @@
 #include <android/binder_interface_utils.h>
 #include <android/binder_parcelable_utils.h>
 
-#include <codecvt>
-#include <locale>
 #include <sstream>
 #include <string>
 #include <type_traits>
@@ -34,47 +32,19 @@ template <typename T>
 struct IsIterable<T, std::void_t<decltype(std::declval<const T&>().begin()),
                                  decltype(std::declval<const T&>().end())>> : std::true_type {};
 
-template <typename T, typename = void>
-struct IsPointerLike : std::false_type {};
-template <typename T>
-struct IsPointerLike<
-        T, std::void_t<decltype(!std::declval<const T&>()), decltype(*std::declval<const T&>())>>
-    : std::true_type {};
-
 template <typename T>
 struct IsInterfacePointer : std::false_type {};
 template <typename T>
 struct IsInterfacePointer<std::shared_ptr<T>> : std::is_base_of<::ndk::ICInterface, T> {};
 
-inline std::string charToString(char16_t c) {
-    std::string text;
-    if (c < 0x80) {
-        text += static_cast<char>(c);
-    } else if (c < 0x800) {
-        text += static_cast<char>(0xc0 | (c >> 6));
-        text += static_cast<char>(0x80 | (c & 0x3f));
-    } else {
-        text += static_cast<char>(0xe0 | (c >> 12));
-        text += static_cast<char>(0x80 | ((c >> 6) & 0x3f));
-        text += static_cast<char>(0x80 | (c & 0x3f));
-    }
-    return text;
-}
-
 template <typename T>
 std::string ToString(const T& t) {
     if constexpr (std::is_same_v<T, bool>) {
         return t ? "true" : "false";
-    } else if constexpr (std::is_same_v<T, char16_t>) {
-        return charToString(t);
     } else if constexpr (std::is_arithmetic_v<T>) {
         return std::to_string(t);
     } else if constexpr (std::is_same_v<T, std::string>) {
         return t;
-    } else if constexpr (std::is_same_v<T, ::ndk::SpAIBinder>) {
-        std::ostringstream text;
-        text << "binder:" << static_cast<const void*>(t.get());
-        return text.str();
     } else if constexpr (std::is_same_v<T, ::ndk::ScopedFileDescriptor>) {
         return "fd:" + std::to_string(t.get());
     } else if constexpr (HasToStringMethod<T>::value) {
@@ -94,10 +64,6 @@ std::string ToString(const T& t) {
             text += ToString<typename T::value_type>(element);
         }
         return text + "]";
-    } else if constexpr (IsPointerLike<T>::value) {
-        return !t ? std::string("(null)") : ToString(*t);
-    } else {
-        return "{no toString() implemented}";
     }
 }
 

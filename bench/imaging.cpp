@@ -1,0 +1,145 @@
+// What the pixel pipeline costs, beside memcpy, the tests' naive camera and libjpeg-turbo on one
+// thread.
+#include <imaging/b2y.h>
+#include <imaging/jpeg.h>
+#include <imaging/multi_frame.h>
+
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "frames.h"
+#include "groups.h"
+#include "measure.h"
+#include "plain_jpeg.h"
+#include "tests/host/imaging/naive_camera.h"
+
+namespace bench {
+namespace {
+
+using imaging::Execution;
+using imaging::InstructionSet;
+
+void RequireDone(const std::string& problem) {
+    Require(problem.empty(), "measure: " + problem);
+}
+
+Execution On(uint32_t threads) {
+    return {threads, imaging::FastestInstructionSet()};
+}
+
+void Develop(Frame& frame, const Execution& execution) {
+    RequireDone(imaging::RawToNv12(frame.Raw(), frame.Picture(), execution));
+}
+
+// One row pair in a hundred, by the naive camera.
+void NaiveHundredth(Frame& frame) {
+    const imaging::RawView raw = frame.Raw();
+    const imaging::MutableNv12View out = frame.Picture();
+    const auto code = [&raw](uint32_t x, uint32_t y) {
+        const uint8_t* const group = raw.data + y * raw.strideBytes + x / 4 * 5;
+        return group[x % 4] << 2 | (group[4] >> (x % 4 * 2) & 3);
+    };
+    const imaging::NaiveCamera camera({raw.width, raw.height, out.width, out.height}, code);
+    for (uint32_t y = 0; y < out.height; y += 200) {
+        for (uint32_t x = 0; x < out.width; ++x) {
+            uint8_t* const luma = out.y + y * out.strideBytes + x;
+            luma[0] = static_cast<uint8_t>(camera.Y(x, y));
+            luma[out.strideBytes] = static_cast<uint8_t>(camera.Y(x, y + 1));
+            out.uv[y / 2 * out.strideBytes + x] =
+                    static_cast<uint8_t>(x % 2 == 0 ? camera.Cb(x, y) : camera.Cr(x, y));
+        }
+    }
+}
+
+// Three frames, and the buffer that their mean goes through.
+struct FrameSet {
+    void Average(uint32_t threads) {
+        RequireDone(imaging::AverageToNv12({first.Raw(), second.Raw(), third.Raw()}, scratch.Raw(),
+                                           first.Picture(), On(threads)));
+    }
+    // As the buffers of a request that just came.
+    void Renew() {
+        for (Frame* frame : {&first, &second, &third}) frame->raw.MapAnew();
+        first.picture.MakeFresh();
+        scratch.raw.MakeFresh();
+    }
+
+    Frame first{1}, second{2}, third{3}, scratch{4};
+};
+
+// Encodes a frame's picture into a JPEG buffer.
+class JpegEncoder {
+  public:
+    explicit JpegEncoder(Frame* frame)
+        : m_frame(frame),
+          m_capacity(static_cast<uint32_t>(frame->picture.Layout().size)),
+          m_blob(BlobBuffer(m_capacity)) {}
+
+    void Encode(uint32_t threads) {
+        size_t size = 0;
+        RequireDone(imaging::EncodeJpeg(m_frame->Picture(), {}, m_blob.Data(), m_capacity, &size,
+                                        On(threads)));
+    }
+    void EncodePlain(PlanarPicture* planes) {
+        Require(EncodePlainJpeg(*planes, imaging::kJpegQuality, m_blob.Data(), m_capacity) > 0,
+                "encode with libjpeg-turbo");
+    }
+
+  private:
+    Frame* const m_frame;
+    const uint32_t m_capacity;
+    Buffer m_blob;
+};
+
+// Buffers are either in use, or come straight from the allocator.
+void CompareDevelopment(FrameSet& set, bool fresh) {
+    const std::string buffers = fresh ? "fresh buffers" : "buffers in use";
+    const auto renew = fresh ? std::function<void()>([&] { set.Renew(); }) : nullptr;
+    Frame& frame = set.first;
+    std::vector<uint8_t> copy(frame.picture.Layout().size, 1);
+    Compare("B2Y beside the naive camera, " + buffers,
+            {{"memcpy of the picture's bytes",
+              [&] { memcpy(frame.picture.Data(), copy.data(), copy.size()); }, renew},
+             {"naive camera, one row pair in 100", [&] { NaiveHundredth(frame); }, renew},
+             {"B2Y, one thread", [&] { Develop(frame, On(1)); }, renew, 0.45},
+             {"B2Y, two threads", [&] { Develop(frame, On(2)); }, renew, 0.25}},
+            1);
+    for (uint32_t threads : {1u, 2u}) {
+        Compare("MMF beside B2Y, " + buffers + ", threads: " + std::to_string(threads),
+                {{"B2Y", [&, threads] { Develop(frame, On(threads)); }, renew},
+                 {"MMF of three frames", [&, threads] { set.Average(threads); }, renew, 1.5}});
+    }
+}
+
+void CompareJpeg(Frame& frame) {
+    Develop(frame, On(2));
+    PlanarPicture planes(frame.Picture());
+    JpegEncoder encoder(&frame);
+    Compare("Y2J beside libjpeg-turbo",
+            {{"libjpeg-turbo, raw data, one thread", [&] { encoder.EncodePlain(&planes); }},
+             {"Y2J, one thread", [&] { encoder.Encode(1); }, {}, 1.05},
+             {"Y2J, two threads", [&] { encoder.Encode(2); }, {}, 0.6}});
+}
+
+void CompareInstructionSets(Frame& frame) {
+    std::vector<Subject> subjects;
+    for (InstructionSet set : imaging::SupportedInstructionSets()) {
+        subjects.push_back({set == InstructionSet::kAvx2 ? "AVX2" : "baseline", [&frame, set] {
+                                Develop(frame, {1, set});
+                            }});
+    }
+    Compare("B2Y by instruction set, one thread", subjects);
+}
+
+}  // namespace
+
+void MeasureImaging() {
+    FrameSet set;
+    CompareDevelopment(set, false);
+    CompareDevelopment(set, true);
+    CompareJpeg(set.first);
+    CompareInstructionSets(set.first);
+}
+
+}  // namespace bench

@@ -1,0 +1,174 @@
+// Reference counts and stability of objects, calls of local and of remote ones, links to death.
+#include "objects.h"
+
+#include <cstdlib>
+#include <utility>
+
+#include "log.h"
+#include "parcel.h"
+
+void AIBinder::DecStrong() {
+    if (m_strong.fetch_sub(1, std::memory_order_acq_rel) != 1) return;
+    OnLastStrongReference();
+    DecWeak();
+}
+
+bool AIBinder::TryIncStrong() {
+    int32_t count = m_strong.load(std::memory_order_relaxed);
+    while (count > 0) {
+        if (m_strong.compare_exchange_weak(count, count + 1, std::memory_order_acq_rel)) {
+            return true;
+        }
+    }
+    return false;
+}
+
+void AIBinder::DecWeak() {
+    if (m_weak.fetch_sub(1, std::memory_order_acq_rel) == 1) delete this;
+}
+
+int16_t AIBinder::DeclareStability() {
+    int16_t level = hostbinder::kStabilityUndeclared;
+    m_stability.compare_exchange_strong(level, hostbinder::kStabilitySystem);
+    return m_stability;
+}
+
+void AIBinder::MarkStability(int16_t level) {
+    int16_t old = hostbinder::kStabilityUndeclared;
+    if (!m_stability.compare_exchange_strong(old, level) && old != level) {
+        BINDER_LOGE("object of '%s' has stability level %d and cannot get level %d",
+                    Class() == nullptr ? "?" : Class()->descriptor.c_str(), old, level);
+        abort();
+    }
+}
+
+bool AIBinder::AdoptStability(int32_t level) {
+    using namespace hostbinder;
+    if (level != kStabilityUndeclared && level != kStabilityVendor && level != kStabilitySystem &&
+        level != kStabilityVintf) {
+        return false;
+    }
+    if (AsLocal() == nullptr) m_stability = static_cast<int16_t>(level);
+    return true;
+}
+
+namespace hostbinder {
+
+binder_status_t LocalBinder::Transact(transaction_code_t code, AParcel* in, AParcel** out,
+                                      binder_flags_t /*flags*/) {
+    in->setPosition(0);
+    auto reply = std::make_unique<AParcel>();
+    binder_status_t status = Handle(code, in, reply.get());
+    if (status != STATUS_OK) return status;
+    reply->setPosition(0);
+    *out = reply.release();
+    return STATUS_OK;
+}
+
+bool LocalBinder::AssociateClass(const AIBinder_Class* wanted) {
+    if (wanted == Class()) return true;
+    if (wanted->descriptor == Class()->descriptor) {
+        BINDER_LOGE("'%s' is defined twice in this process; the object has the other class",
+                    wanted->descriptor.c_str());
+    }
+    return false;
+}
+
+binder_status_t LocalBinder::Handle(transaction_code_t code, const AParcel* in, AParcel* out) {
+    if (code == kPingCode) return STATUS_OK;
+    if (code == kDescriptorCode) return WriteString(out, Class()->descriptor);
+    if (code < FIRST_CALL_TRANSACTION || code > LAST_CALL_TRANSACTION) {
+        return STATUS_UNKNOWN_TRANSACTION;
+    }
+    binder_status_t status = CheckInterfaceHeader(in, Class()->descriptor);
+    if (status != STATUS_OK) {
+        BINDER_LOGW("call %u to '%s' has another interface's header", code,
+                    Class()->descriptor.c_str());
+        return status;
+    }
+    return Class()->onTransact(this, code, in, out);
+}
+
+bool LocalBinder::BeginOneway(Work* call) {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    if (!m_onewayRunning) {
+        m_onewayRunning = true;
+        return true;
+    }
+    m_onewayCalls.push_back(std::move(*call));
+    return false;
+}
+
+Work LocalBinder::NextOneway() {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    if (m_onewayCalls.empty()) {
+        m_onewayRunning = false;
+        return nullptr;
+    }
+    Work next = std::move(m_onewayCalls.front());
+    m_onewayCalls.pop_front();
+    return next;
+}
+
+ProxyBinder::ProxyBinder(std::shared_ptr<ObjectOwner> owner, uint64_t number)
+    : AIBinder(nullptr), m_owner(std::move(owner)), m_number(number), m_alive(m_owner != nullptr) {}
+
+binder_status_t ProxyBinder::Transact(transaction_code_t code, AParcel* in, AParcel** out,
+                                      binder_flags_t flags) {
+    if (!IsAlive()) return STATUS_DEAD_OBJECT;
+    return m_owner->Transact(m_number, Class(), code, in, out, flags);
+}
+
+bool ProxyBinder::AssociateClass(const AIBinder_Class* wanted) {
+    if (const AIBinder_Class* current = Class()) return current->descriptor == wanted->descriptor;
+    std::string descriptor;
+    if (ReadDescriptor(&descriptor) != STATUS_OK || descriptor != wanted->descriptor) return false;
+    const AIBinder_Class* none = nullptr;
+    m_class.compare_exchange_strong(none, wanted);
+    return true;  // another thread's class, if any, passed the same comparison
+}
+
+binder_status_t ProxyBinder::ReadDescriptor(std::string* descriptor) {
+    AParcel in;
+    AParcel* out = nullptr;
+    binder_status_t status = Transact(kDescriptorCode, &in, &out, 0);
+    if (status != STATUS_OK) return status;
+    std::unique_ptr<AParcel> reply(out);
+    return ReadString(reply.get(), descriptor);
+}
+
+binder_status_t ProxyBinder::LinkToDeath(AIBinder_DeathRecipient* recipient, void* cookie) {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    if (!IsAlive()) return STATUS_DEAD_OBJECT;
+    DropEnded(&m_links);
+    m_links.push_back(recipient->NewLink(cookie));
+    return STATUS_OK;
+}
+
+binder_status_t ProxyBinder::UnlinkToDeath(AIBinder_DeathRecipient* recipient, void* cookie) {
+    std::shared_ptr<DeathLink> link;
+    {
+        std::lock_guard<std::mutex> lock(m_mutex);
+        if (!m_alive) return STATUS_DEAD_OBJECT;
+        auto found = std::find_if(m_links.begin(), m_links.end(), [&](const auto& candidate) {
+            return candidate->IsFor(recipient, cookie);
+        });
+        if (found == m_links.end()) return STATUS_NAME_NOT_FOUND;
+        link = *found;
+        m_links.erase(found);
+    }
+    return link->Unlink() ? STATUS_OK : STATUS_NAME_NOT_FOUND;
+}
+
+DeathLinks ProxyBinder::MarkDead() {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    m_alive = false;
+    return std::exchange(m_links, {});
+}
+
+void ProxyBinder::OnLastStrongReference() {
+    for (const auto& link : m_links) link->Unlink();
+    if (m_owner != nullptr) m_owner->Forget(this);
+}
+
+}  // namespace hostbinder

@@ -1,0 +1,161 @@
+// AIBinder, and its two kinds: objects of this process (LocalBinder) and of others (ProxyBinder).
+#pragma once
+
+#include <android/binder_ibinder.h>
+
+#include <atomic>
+#include <cstdint>
+#include <deque>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "death_link.h"
+#include "threads.h"
+
+namespace hostbinder {
+class LocalBinder;
+class ProxyBinder;
+}  // namespace hostbinder
+
+struct AIBinder_Class {
+    std::string descriptor;
+    AIBinder_Class_onCreate onCreate = nullptr;
+    AIBinder_Class_onDestroy onDestroy = nullptr;
+    AIBinder_Class_onTransact onTransact = nullptr;
+    // Method names by code - FIRST_CALL_TRANSACTION, for the trace; null or immutable.
+    std::atomic<const std::vector<std::string>*> transactionNames = nullptr;
+};
+
+// Counted by strong and weak references: the last strong one ends the object, the last weak one its
+// memory. (The platform's RefBase would do, but the thread sanitizer cannot see the ordering inside
+// that prebuilt library.)
+struct AIBinder {
+    void IncStrong() { m_strong.fetch_add(1, std::memory_order_relaxed); }
+    void DecStrong();
+    // False if the last strong reference is gone already.
+    bool TryIncStrong();
+    void IncWeak() { m_weak.fetch_add(1, std::memory_order_relaxed); }
+    void DecWeak();
+
+    virtual hostbinder::LocalBinder* AsLocal() { return nullptr; }
+    virtual hostbinder::ProxyBinder* AsProxy() { return nullptr; }
+    virtual bool IsAlive() const = 0;
+    // Makes the call with any code. `in` is borrowed, *out owned by the caller on success.
+    virtual binder_status_t Transact(transaction_code_t code, AParcel* in, AParcel** out,
+                                     binder_flags_t flags) = 0;
+    virtual bool AssociateClass(const AIBinder_Class* wanted) = 0;
+    const AIBinder_Class* Class() const { return m_class.load(std::memory_order_acquire); }
+
+    // The stability level that goes into a parcel; an object without one gets the system's.
+    int16_t DeclareStability();
+    // Sets the level of a local object; ends the process if it has another one.
+    void MarkStability(int16_t level);
+    // Notes the level a remote object came with. False if there is no such level.
+    bool AdoptStability(int32_t level);
+    int16_t Stability() const { return m_stability; }
+
+  protected:
+    explicit AIBinder(const AIBinder_Class* clazz) : m_class(clazz) {}
+    virtual ~AIBinder() = default;
+    virtual void OnLastStrongReference() = 0;
+
+    std::atomic<const AIBinder_Class*> m_class;
+
+  private:
+    std::atomic<int32_t> m_strong{1};
+    std::atomic<int32_t> m_weak{1};  // all strong references together hold one
+    std::atomic<int16_t> m_stability{0};
+};
+
+namespace hostbinder {
+
+class LocalBinder final : public AIBinder {
+  public:
+    LocalBinder(const AIBinder_Class* clazz, void* userData)
+        : AIBinder(clazz), m_userData(userData) {}
+
+    LocalBinder* AsLocal() override { return this; }
+    bool IsAlive() const override { return true; }
+    binder_status_t Transact(transaction_code_t code, AParcel* in, AParcel** out,
+                             binder_flags_t flags) override;
+    // Only the class the object was made with: its user data belongs to that class.
+    bool AssociateClass(const AIBinder_Class* wanted) override;
+
+    // Serves one call, on the calling thread. Both parcels are borrowed; `in` is at its start.
+    binder_status_t Handle(transaction_code_t code, const AParcel* in, AParcel* out);
+    void* UserData() const { return m_userData; }
+
+    // Oneway calls run one after the other. True if the caller is to run `call` itself (by handing
+    // it to the pool); otherwise it waits behind the one that runs.
+    bool BeginOneway(Work* call);
+    // The next waiting oneway call, or an empty one; to be asked after each one.
+    Work NextOneway();
+
+    // The number peers know this object by; guarded by the table of references, 0: none yet.
+    uint64_t exportedNumber = 0;
+
+  private:
+    void OnLastStrongReference() override { Class()->onDestroy(m_userData); }
+
+    void* const m_userData;
+    std::mutex m_mutex;  // guards what follows
+    bool m_onewayRunning = false;
+    std::deque<Work> m_onewayCalls;
+};
+
+// The process of a remote object, as far as the object needs it.
+class ObjectOwner {
+  public:
+    virtual ~ObjectOwner() = default;
+    virtual bool IsOpen() const = 0;
+    // The name of its socket.
+    virtual const std::string& Name() const = 0;
+    // Calls its object. `in` is borrowed until the reply is here; *out is owned by the caller
+    // (empty for a oneway call). clazz, for the trace, may be null.
+    virtual binder_status_t Transact(uint64_t number, const AIBinder_Class* clazz,
+                                     transaction_code_t code, AParcel* in, AParcel** out,
+                                     binder_flags_t flags) = 0;
+    // The last reference to the proxy is gone.
+    virtual void Forget(ProxyBinder* proxy) = 0;
+};
+
+class ProxyBinder final : public AIBinder {
+  public:
+    // owner is null for an object whose process is gone already.
+    ProxyBinder(std::shared_ptr<ObjectOwner> owner, uint64_t number);
+
+    ProxyBinder* AsProxy() override { return this; }
+    bool IsAlive() const override { return m_alive && m_owner->IsOpen(); }
+    binder_status_t Transact(transaction_code_t code, AParcel* in, AParcel** out,
+                             binder_flags_t flags) override;
+    // The first class with the right descriptor stays.
+    bool AssociateClass(const AIBinder_Class* wanted) override;
+    // Asks the object for its interface's name.
+    binder_status_t ReadDescriptor(std::string* descriptor);
+    // Sets the class without asking the object for its descriptor.
+    void AssumeClass(const AIBinder_Class* clazz) { m_class = clazz; }
+
+    const std::shared_ptr<ObjectOwner>& Owner() const { return m_owner; }
+    uint64_t Number() const { return m_number; }
+
+    binder_status_t LinkToDeath(AIBinder_DeathRecipient* recipient, void* cookie);
+    binder_status_t UnlinkToDeath(AIBinder_DeathRecipient* recipient, void* cookie);
+    // The process is gone: later calls fail at once. The links are for the caller to tell.
+    DeathLinks MarkDead();
+
+    // References received from the owner and not given back; guarded by the table of references.
+    uint64_t receivedReferences = 0;
+
+  private:
+    void OnLastStrongReference() override;
+
+    const std::shared_ptr<ObjectOwner> m_owner;
+    const uint64_t m_number;
+    std::atomic<bool> m_alive;
+    std::mutex m_mutex;  // guards m_links, and m_alive together with it
+    DeathLinks m_links;
+};
+
+}  // namespace hostbinder

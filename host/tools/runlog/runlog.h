@@ -1,0 +1,67 @@
+// What a run left as text: platform logs and the binder trace. Times are microseconds since the
+// run's start. Nothing here keeps state; any thread.
+#pragma once
+
+#include <base/result.h>
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace runlog {
+
+struct Line {
+    int64_t timeUs = 0;
+    int pid = 0;
+    int tid = 0;
+    char priority = ' ';  // one of V D I W E F; a blank for text that no log call wrote
+    std::string tag;
+    std::string message;
+    bool fromServices = false;  // else from the tool; set by the caller, who knows whose log it is
+
+    bool IsError() const { return priority == 'E' || priority == 'F'; }
+};
+
+// Of a longer log the first and the last of these many lines are kept, and errors between them.
+inline constexpr size_t kKeptAtEachEnd = 20'000;
+inline constexpr size_t kKeptErrors = 5'000;
+// A longer line is cut, with a remark.
+inline constexpr size_t kMaxLineBytes = 4096;
+
+struct Log {
+    std::vector<Line> lines;  // in the file's order
+    uint64_t omitted = 0;     // lines that were not kept
+};
+
+// Text that is not of the log's form (a program's output) has the time of the line before.
+// `startedUs` is the run's start since the epoch, 0 for the time of the first line. Fails when the
+// file cannot be read.
+base::Result<Log> ReadLog(const std::string& path, int64_t startedUs = 0);
+
+// One binder transaction as the tool's process saw it.
+struct Call {
+    int64_t startUs = 0;
+    int64_t durationUs = 0;
+    int pid = 0;
+    bool incoming = false;  // a service called the tool
+    bool oneway = false;
+    std::string peer;  // "7/offlinecamerase": process and its name as far as the system keeps it
+    std::string interface;
+    std::string method;
+    uint64_t bytes = 0;
+    uint64_t descriptors = 0;
+    std::string status;  // "OK", or the name of the transaction's failure
+};
+
+inline constexpr size_t kMaxCalls = 20'000;
+
+struct Trace {
+    std::vector<Call> calls;  // the first kMaxCalls of the file, in order of their starts
+    uint64_t surplus = 0;     // calls beyond them
+    uint64_t unreadable = 0;  // lines that are no transactions, such as a last one cut short
+};
+
+// As ReadLog.
+base::Result<Trace> ReadTrace(const std::string& path, int64_t startedUs = 0);
+
+}  // namespace runlog

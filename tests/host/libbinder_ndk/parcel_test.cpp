@@ -1,0 +1,266 @@
+// What comes out of a parcel, and what is refused: values, arrays, text, objects, reply headers.
+#include <android/binder_parcel_utils.h>
+#include <gtest/gtest.h>
+#include <sys/mman.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <limits>
+
+#include "host/libbinder_ndk/wire_format.h"
+#include "tests/host/libbinder_ndk/plain_class.h"
+
+namespace {
+
+constexpr int32_t kLargest = std::numeric_limits<int32_t>::max();
+
+struct Parcel {
+    Parcel() = default;
+    // Holds these words, and is at its start.
+    explicit Parcel(const std::vector<int32_t>& words) {
+        for (int32_t word : words) AParcel_writeInt32(get(), word);
+        Rewind();
+    }
+    AParcel* get() const { return parcel.get(); }
+    void Rewind() const { AParcel_setDataPosition(get(), 0); }
+    int32_t Size() const { return AParcel_getDataSize(get()); }
+    ndk::ScopedAParcel parcel{AParcel_create()};
+};
+
+enum class Small : int8_t { kLow = -3, kHigh = 7 };
+enum class Large : int64_t { kValue = int64_t{1} << 40 };
+
+struct Pair {
+    int32_t number = 0;
+    std::string text;
+    bool operator==(const Pair& o) const { return number == o.number && text == o.text; }
+    binder_status_t writeToParcel(AParcel* parcel) const {
+        binder_status_t status = ndk::AParcel_writeData(parcel, number);
+        return status == STATUS_OK ? ndk::AParcel_writeData(parcel, text) : status;
+    }
+    binder_status_t readFromParcel(const AParcel* parcel) {
+        binder_status_t status = ndk::AParcel_readData(parcel, &number);
+        return status == STATUS_OK ? ndk::AParcel_readData(parcel, &text) : status;
+    }
+};
+
+// Writes, checks the size, reads back all of it; then every shorter parcel must fail to read.
+template <typename T>
+void ExpectRoundTrip(const T& value, int32_t size) {
+    Parcel parcel;
+    ASSERT_EQ(ndk::AParcel_writeData(parcel.get(), value), STATUS_OK);
+    EXPECT_EQ(parcel.Size(), size);
+    parcel.Rewind();
+    T back{};
+    ASSERT_EQ(ndk::AParcel_readData(parcel.get(), &back), STATUS_OK);
+    EXPECT_TRUE(back == value);
+    EXPECT_EQ(AParcel_getDataPosition(parcel.get()), size);
+    for (int32_t shorter = 0; shorter < size; shorter += 4) {
+        Parcel cut;
+        ASSERT_EQ(AParcel_appendFrom(parcel.get(), cut.get(), 0, shorter), STATUS_OK);
+        cut.Rewind();
+        T none{};
+        const binder_status_t status = ndk::AParcel_readData(cut.get(), &none);
+        EXPECT_TRUE(status == STATUS_NOT_ENOUGH_DATA || status == STATUS_NO_MEMORY)
+                << status << " at " << shorter;
+    }
+}
+
+TEST(ParcelValues, ComeOutAsTheyWentIn) {
+    ExpectRoundTrip(true, 4);
+    ExpectRoundTrip(int8_t{-128}, 4);
+    ExpectRoundTrip(std::numeric_limits<int32_t>::min(), 4);
+    ExpectRoundTrip(std::numeric_limits<int64_t>::min(), 8);
+    ExpectRoundTrip(1.5f, 4);
+    ExpectRoundTrip(-2.25, 8);
+    ExpectRoundTrip(Small::kLow, 4);
+    ExpectRoundTrip(Large::kValue, 8);
+    ExpectRoundTrip(std::vector<uint8_t>{1, 2, 3, 4, 5}, 12);
+    ExpectRoundTrip(std::vector<int8_t>{}, 4);
+    ExpectRoundTrip(std::vector<float>{1, 2}, 12);
+    ExpectRoundTrip(std::vector<Small>{Small::kHigh, Small::kLow}, 8);
+    ExpectRoundTrip(std::vector<Large>{Large::kValue}, 12);
+    ExpectRoundTrip(std::vector<std::string>{"", "abc"}, 4 + 8 + 12);
+    ExpectRoundTrip(std::vector<Pair>{{1, "x"}, {2, ""}}, 4 + (4 + 4 + 8) + (4 + 4 + 8));
+    ExpectRoundTrip(std::array<int32_t, 3>{{1, 2, 3}}, 16);
+}
+
+TEST(ParcelText, IsUtf8OutsideAndUtf16Inside) {
+    ExpectRoundTrip(std::string("ILLEGAL_ARGUMENT"), 40);
+    ExpectRoundTrip(std::string("\xe2\x82\xac"), 8);          // 1 unit
+    ExpectRoundTrip(std::string("\xf0\x9f\x93\xb7"), 4 + 8);  // 2 units
+    ExpectRoundTrip(std::string("a\0b", 3), 12);
+    for (const char* cut : {"\xff", "\xc3", "\xe2\x82"}) {
+        Parcel parcel;
+        EXPECT_EQ(ndk::AParcel_writeData(parcel.get(), std::string(cut)), STATUS_BAD_VALUE) << cut;
+        EXPECT_EQ(parcel.Size(), 0);
+    }
+    std::string text;
+    EXPECT_EQ(ndk::AParcel_readData(Parcel({1, 'A'}).get(), &text), STATUS_OK);
+    EXPECT_EQ(ndk::AParcel_readData(Parcel({2, 0xd800 | 'x' << 16, 0}).get(), &text), STATUS_OK);
+    EXPECT_EQ(text, "x") << "half of a pair is left out";
+    EXPECT_EQ(ndk::AParcel_readData(Parcel({1, 0x00410041}).get(), &text), STATUS_BAD_VALUE)
+            << "no NUL at the end";
+    EXPECT_EQ(ndk::AParcel_readData(Parcel({-2}).get(), &text), STATUS_BAD_VALUE);
+    EXPECT_EQ(ndk::AParcel_readData(Parcel({-1}).get(), &text), STATUS_UNEXPECTED_NULL);
+    EXPECT_EQ(ndk::AParcel_readData(Parcel({kLargest}).get(), &text), STATUS_NOT_ENOUGH_DATA);
+}
+
+template <typename T>
+binder_status_t ReadArray(const std::vector<int32_t>& words) {
+    std::vector<T> values;
+    return ndk::AParcel_readData(Parcel(words).get(), &values);
+}
+
+TEST(ParcelArray, HasALengthWithinBounds) {
+    EXPECT_EQ(ReadArray<int64_t>({-2, 0, 0}), STATUS_BAD_VALUE);
+    EXPECT_EQ(ReadArray<std::string>({-2, 0, 0}), STATUS_BAD_VALUE);
+    EXPECT_EQ(ReadArray<int32_t>({-1}), STATUS_UNEXPECTED_NULL);
+    EXPECT_EQ(ReadArray<uint8_t>({9, 0, 0}), STATUS_NO_MEMORY);
+    EXPECT_EQ(ReadArray<Pair>({kLargest, 0, 0}), STATUS_NO_MEMORY);
+    std::array<int32_t, 2> fixed;
+    EXPECT_EQ(ndk::AParcel_readData(Parcel({3, 0, 0, 0}).get(), &fixed), STATUS_NO_MEMORY);
+    const int32_t one = 1;
+    EXPECT_EQ(AParcel_writeInt32Array(Parcel().get(), nullptr, 0), STATUS_OK);
+    EXPECT_EQ(AParcel_writeInt32Array(Parcel().get(), nullptr, 1), STATUS_BAD_VALUE);
+    EXPECT_EQ(AParcel_writeInt32Array(Parcel().get(), &one, -2), STATUS_BAD_VALUE);
+    std::vector<int32_t> out;
+    EXPECT_EQ(ndk::AParcel_resizeVector(Parcel({3}).get(), &out), STATUS_OK);
+    EXPECT_EQ(out.size(), 3u);
+    EXPECT_EQ(ndk::AParcel_resizeVector(Parcel({1000001}).get(), &out), STATUS_NO_MEMORY);
+}
+
+// As many elements as bytes are left, though each takes more than one byte.
+TEST(ParcelArray, IsBoundedByItsElementsSizeBeforeMemoryIsTaken) {
+    bool asked = false;
+    EXPECT_EQ(AParcel_readInt64Array(Parcel({2, 0, 0}).get(), &asked,
+                                     [](void* asked, int32_t, int64_t**) {
+                                         *static_cast<bool*>(asked) = true;
+                                         return false;
+                                     }),
+              STATUS_NOT_ENOUGH_DATA);
+    EXPECT_EQ(AParcel_readParcelableArray(
+                      Parcel({3, 0, 0}).get(), &asked,
+                      [](void* asked, int32_t) {
+                          *static_cast<bool*>(asked) = true;
+                          return false;
+                      },
+                      nullptr),
+              STATUS_NOT_ENOUGH_DATA);
+    EXPECT_FALSE(asked);
+}
+
+TEST(ParcelPosition, MovesAnywhereButWritesOnlyInsideOrAtTheEnd) {
+    Parcel parcel({0, 2});
+    AParcel_writeInt32(parcel.get(), 1);  // as a parcelable writes its size at last
+    int32_t value = 0;
+    EXPECT_EQ(AParcel_readInt32(parcel.get(), &value), STATUS_OK);
+    EXPECT_EQ(value, 2);
+    EXPECT_EQ(AParcel_setDataPosition(parcel.get(), -1), STATUS_BAD_VALUE);
+    ASSERT_EQ(AParcel_setDataPosition(parcel.get(), 1000), STATUS_OK);
+    EXPECT_EQ(AParcel_readInt32(parcel.get(), &value), STATUS_NOT_ENOUGH_DATA);
+    EXPECT_NE(AParcel_writeInt32(parcel.get(), 3), STATUS_OK);
+    EXPECT_EQ(parcel.Size(), 8);
+}
+
+ino_t Inode(const ndk::ScopedFileDescriptor& fd) {
+    struct stat info {};
+    EXPECT_EQ(fstat(fd.get(), &info), 0);
+    return info.st_ino;
+}
+
+TEST(ParcelObjects, AreKeptUntilTheParcelGoesAndNotTakenForEachOther) {
+    bool ended = false;
+    ndk::SpAIBinder object(AIBinder_new(newPlainClass("test.IObject"), &ended));
+    ndk::ScopedFileDescriptor file(memfd_create("test", MFD_CLOEXEC));
+    const ino_t inode = Inode(file);
+    Parcel parcel;
+    ASSERT_EQ(AParcel_writeStrongBinder(parcel.get(), object.get()), STATUS_OK);
+    ASSERT_EQ(ndk::AParcel_writeData(parcel.get(), file), STATUS_OK);
+    object = nullptr;
+    file.set(-1);
+    parcel.Rewind();
+    EXPECT_FALSE(ended);
+    ASSERT_EQ(ndk::AParcel_readNullableStrongBinder(parcel.get(), &object), STATUS_OK);
+    ASSERT_EQ(ndk::AParcel_readData(parcel.get(), &file), STATUS_OK);
+    for (int32_t elsewhere : {4, 28 + 8}) {
+        AParcel_setDataPosition(parcel.get(), elsewhere);
+        EXPECT_EQ(ndk::AParcel_readNullableStrongBinder(parcel.get(), &object), STATUS_BAD_TYPE);
+    }
+    uint8_t byte;
+    EXPECT_EQ(AParcel_marshal(parcel.get(), &byte, 0, 1), STATUS_INVALID_OPERATION);
+    object = nullptr;
+    EXPECT_FALSE(ended);
+    parcel.parcel.set(nullptr);
+    EXPECT_TRUE(ended);
+    EXPECT_EQ(Inode(file), inode) << "what was read is the reader's own";
+}
+
+TEST(ParcelObjects, MayBeNullWhereAllowedAndCannotBeForged) {
+    Parcel parcel;
+    ndk::SpAIBinder binder;
+    ndk::ScopedFileDescriptor file;
+    EXPECT_EQ(AParcel_writeStrongBinder(parcel.get(), nullptr), STATUS_OK);
+    EXPECT_EQ(AParcel_writeParcelFileDescriptor(parcel.get(), -1), STATUS_OK);
+    EXPECT_EQ(parcel.Size(), 28 + 4);
+    EXPECT_EQ(ndk::AParcel_writeData(parcel.get(), file), STATUS_UNEXPECTED_NULL);
+    parcel.Rewind();
+    EXPECT_EQ(ndk::AParcel_readNullableStrongBinder(parcel.get(), &binder), STATUS_OK);
+    EXPECT_EQ(binder.get(), nullptr);
+    EXPECT_EQ(ndk::AParcel_readData(parcel.get(), &file), STATUS_UNEXPECTED_NULL);
+    const auto descriptor = static_cast<int32_t>(hostbinder::kDescriptor);
+    EXPECT_EQ(ndk::AParcel_readData(Parcel({1, 0, descriptor, 0, 0, 0, 0, 0}).get(), &file),
+              STATUS_BAD_TYPE);
+    const auto handle = static_cast<int32_t>(hostbinder::kBinderHandle);
+    EXPECT_EQ(ndk::AParcel_readNullableStrongBinder(Parcel({handle, 0, 0, 0, 0, 0, 12}).get(),
+                                                    &binder),
+              STATUS_BAD_TYPE);
+}
+
+TEST(StatusHeader, CarriesExceptionMessageAndCode) {
+    Parcel parcel;
+    const auto sent = ndk::ScopedAStatus::fromServiceSpecificErrorWithMessage(3, "no");
+    EXPECT_EQ(sent.getDescription(), "Status(-8, EX_SERVICE_SPECIFIC): '3: no'");
+    EXPECT_EQ(AParcel_writeStatusHeader(parcel.get(), sent.get()), STATUS_OK);
+    parcel.Rewind();
+    ndk::ScopedAStatus back;
+    EXPECT_EQ(AParcel_readStatusHeader(parcel.get(), back.getR()), STATUS_OK);
+    EXPECT_EQ(back.getExceptionCode(), EX_SERVICE_SPECIFIC);
+    EXPECT_EQ(back.getServiceSpecificError(), 3);
+    EXPECT_STREQ(back.getMessage(), "no");
+    const auto dead = ndk::ScopedAStatus::fromStatus(STATUS_DEAD_OBJECT);
+    EXPECT_EQ(dead.getDescription(), "Status(-129, EX_TRANSACTION_FAILED): 'DEAD_OBJECT: '");
+    EXPECT_EQ(AParcel_writeStatusHeader(Parcel().get(), dead.get()), STATUS_DEAD_OBJECT);
+    EXPECT_EQ(ndk::ScopedAStatus::fromStatus(-77777).getStatus(), STATUS_UNKNOWN_ERROR);
+    EXPECT_EQ(ndk::ScopedAStatus::fromExceptionCode(5).getExceptionCode(), EX_TRANSACTION_FAILED);
+}
+
+TEST(StatusHeader, SkipsWhatItDoesNotUseAndRefusesWhatIsImpossible) {
+    struct Case {
+        std::vector<int32_t> words;
+        binder_status_t result;
+        binder_exception_t exception;
+        int32_t left;  // bytes behind the header
+    };
+    for (const Case& c : std::vector<Case>{
+                 {{0, 77}, STATUS_OK, EX_NONE, 4},
+                 {{-128, 12, 1, 2, 77}, STATUS_OK, EX_NONE, 4},
+                 {{-1, 0, 0, 8, 99, 77}, STATUS_OK, EX_SECURITY, 4},  // 8 bytes of stack trace
+                 {{-12345, 0, 0, 0}, STATUS_OK, EX_TRANSACTION_FAILED, 0},
+                 {{}, STATUS_NOT_ENOUGH_DATA, 0, 0},
+                 {{-128, 3}, STATUS_BAD_VALUE, 0, 0},
+                 {{-128, kLargest}, STATUS_NOT_ENOUGH_DATA, 0, 0},
+                 {{-3, -1}, STATUS_UNEXPECTED_NULL, 0, 0},
+                 {{-8, 0, 0, 0}, STATUS_NOT_ENOUGH_DATA, 0, 0},
+         }) {
+        Parcel parcel(c.words);
+        ndk::ScopedAStatus status;
+        EXPECT_EQ(AParcel_readStatusHeader(parcel.get(), status.getR()), c.result);
+        ASSERT_EQ(status.get() != nullptr, c.result == STATUS_OK);
+        if (c.result != STATUS_OK) continue;
+        EXPECT_EQ(status.getExceptionCode(), c.exception);
+        EXPECT_EQ(parcel.Size() - AParcel_getDataPosition(parcel.get()), c.left);
+    }
+}
+
+}  // namespace
