@@ -8,13 +8,7 @@ namespace offlinecamera {
 
 using testing::HasSubstr;
 
-namespace {
-
-using RequestTest = SessionFixture;
-
-}  // namespace
-
-TEST_F(RequestTest, BadRequestsAreRefusedByNameAndNothingIsDelivered) {
+TEST_F(SessionFixture, BadRequestsAreRefusedByNameAndNothingIsDelivered) {
     OpenAndConfigure(OpMode::kMMF);
     const Stream small = MakeStream(0, StreamType::INPUT, PixelFormat::RAW10, 16, 10);
     const Stream yuv = MakeStream(0, StreamType::INPUT, PixelFormat::YCBCR_420_888, 16, 12);
@@ -67,7 +61,7 @@ TEST_F(RequestTest, BadRequestsAreRefusedByNameAndNothingIsDelivered) {
     EXPECT_THAT(Process(std::move(info)), HasSubstr("the stream needs 20000 x 1"));
 }
 
-TEST_F(RequestTest, FrameNumbersCountFromOneAndGivenOnesAreKept) {
+TEST_F(SessionFixture, FrameNumbersCountFromOneAndGivenOnesAreKept) {
     OpenAndConfigure(OpMode::kB2Y);
     EXPECT_EQ(Process(MakeInfo()), "1");
     OfflineRequestInfo given = MakeInfo();

@@ -1,14 +1,115 @@
-// A service in the test's own process with one open session, and requests whose buffers come from
-// the real allocator of the stand-in device.
+// A service in the test's own process with one open session, requests whose buffers come from the
+// real allocator of the stand-in device, and a client that writes down what the service tells it.
 #pragma once
 
-#include "recording_client.h"
+#include <aidl/vendor/zel/hardware/camera/offlinecamera/BnOfflineCameraCallback.h>
+#include <gmock/gmock.h>
+
+#include <condition_variable>
+#include <functional>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "faults.h"
 #include "service.h"
 
 namespace offlinecamera {
 
+namespace device = ::aidl::android::hardware::camera::device;
+namespace package = ::aidl::vendor::zel::hardware::camera::offlinecamera;
+using ::aidl::android::hardware::common::NativeHandle;
 using ::aidl::android::hardware::graphics::common::PixelFormat;
 using device::StreamType;
+using ndk::ScopedAStatus;
+
+// A buffer that fits the stream; a BLOB one is `spare` bytes longer than the stream's size.
+NativeHandle Allocate(const Stream& stream, int32_t spare = 0);
+
+// Events, in order of arrival:
+//   "shutter F", "error F", "result F out 1:7 in 0:1 0:2" (stream:buffer; "!" after a buffer with
+//   status ERROR), "lend S x N", "return S:B", "empty CALLBACK".
+// It lends buffers with ids from 101 on and answers empty lists with an error. Thread-safe.
+class RecordingClient : public package::BnOfflineCameraCallback {
+  public:
+    ScopedAStatus notify(const std::vector<NotifyMsg>& messages) override {
+        if (messages.empty()) return Add("empty notify", false);
+        const bool shutter = messages[0].getTag() == NotifyMsg::shutter;
+        const int32_t frame = shutter ? messages[0].get<NotifyMsg::shutter>().frameNumber
+                                      : messages[0].get<NotifyMsg::error>().frameNumber;
+        return Add((shutter ? "shutter " : "error ") + std::to_string(frame));
+    }
+
+    ScopedAStatus processCaptureResult(const std::vector<OfflineCaptureResult>& results) override {
+        if (results.empty()) return Add("empty result", false);
+        if (onResult) onResult(results[0]);
+        return Add("result " + std::to_string(results[0].frameNumber) + " out" +
+                   Text(results[0].outFrameInfo.buffers) + " in" +
+                   Text(results[0].inFrameInfo.buffers));
+    }
+
+    ScopedAStatus requestStreamBuffers(const std::vector<package::OfflineBufferRequest>& requests,
+                                       std::vector<package::OfflineStreamBufferRet>* answers,
+                                       device::BufferRequestStatus*) override {
+        answers->clear();
+        if (requests.empty()) return Add("empty request", false);
+        const Stream& stream = requests[0].stream;
+        std::vector<StreamBuffer> buffers(requests[0].numBuffersRequested - lacking);
+        for (StreamBuffer& buffer : buffers) {
+            buffer.streamId = stream.id;
+            buffer.bufferId = ++m_lastLentId;
+            if (!lendsEmptyHandles) buffer.buffer = Allocate(stream);
+        }
+        answers->resize(1);
+        answers->front().val = device::StreamBuffersVal::make<device::StreamBuffersVal::buffers>(
+                std::move(buffers));
+        return Add("lend " + std::to_string(stream.id) + " x " +
+                   std::to_string(requests[0].numBuffersRequested));
+    }
+
+    ScopedAStatus returnStreamBuffers(const std::vector<StreamBuffer>& buffers) override {
+        return buffers.empty() ? Add("empty return", false) : Add("return" + Text(buffers));
+    }
+
+    // Waits until `count` events have come, not longer than 30 s, and returns all of them.
+    std::vector<std::string> WaitForEvents(size_t count) {
+        std::unique_lock<std::mutex> guard(m_lock);
+        EXPECT_TRUE(m_changed.wait_for(guard, std::chrono::seconds(30),
+                                       [&] { return m_events.size() >= count; }))
+                << "waited for " << count << " events";
+        return m_events;
+    }
+
+    std::vector<std::string> Events() { return WaitForEvents(0); }
+
+    // Set before the request is sent.
+    std::function<void(const OfflineCaptureResult&)> onResult;
+    bool lendsEmptyHandles = false;
+    int32_t lacking = 0;  // so many fewer buffers are lent than asked for
+
+  private:
+    static std::string Text(const std::vector<StreamBuffer>& buffers) {
+        std::string text;
+        for (const StreamBuffer& buffer : buffers) {
+            text += " " + std::to_string(buffer.streamId) + ":" + std::to_string(buffer.bufferId);
+            if (buffer.status != BufferStatus::OK) text += "!";
+            if (!buffer.buffer.fds.empty() || !buffer.buffer.ints.empty()) text += " with handle";
+        }
+        return text;
+    }
+
+    ScopedAStatus Add(const std::string& event, bool ok = true) {
+        std::lock_guard<std::mutex> guard(m_lock);
+        m_events.push_back(event);
+        m_changed.notify_all();
+        return ok ? ScopedAStatus::ok() : ScopedAStatus::fromServiceSpecificError(1);
+    }
+
+    std::mutex m_lock;
+    std::condition_variable m_changed;
+    std::vector<std::string> m_events;
+    std::atomic<int64_t> m_lastLentId{100};
+};
 
 Stream MakeStream(int32_t id, StreamType type, PixelFormat format, int32_t width, int32_t height);
 

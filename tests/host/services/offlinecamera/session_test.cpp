@@ -24,8 +24,6 @@ using testing::HasSubstr;
 
 namespace {
 
-using SessionTest = SessionFixture;
-
 // Threads, descriptors and mapped buffers of this process.
 std::vector<size_t> Belongings() {
     size_t buffers = 0;
@@ -39,7 +37,7 @@ std::vector<size_t> Belongings() {
 
 }  // namespace
 
-TEST_F(SessionTest, APipelineFailureIsToldAsErrorAndBrokenBuffers) {
+TEST_F(SessionFixture, APipelineFailureIsToldAsErrorAndBrokenBuffers) {
     Open();
     OfflineSessionConfigureInfo tooSmall = Configuration(OpMode::kY2J);
     tooSmall.streams[1].bufferSize = 300;
@@ -56,7 +54,7 @@ TEST_F(SessionTest, APipelineFailureIsToldAsErrorAndBrokenBuffers) {
                 ElementsAre("shutter 1", "error 1", "result 1 out 1:1! in 0:1"));
 }
 
-TEST_F(SessionTest, MmfBorrowsItsScratchBufferAndGivesABadOneBack) {
+TEST_F(SessionFixture, MmfBorrowsItsScratchBufferAndGivesABadOneBack) {
     OpenAndConfigure(OpMode::kMMF);
     EXPECT_EQ(Process(MakeInfo()), "1");
     m_client->WaitForEvents(4);
@@ -73,7 +71,7 @@ TEST_F(SessionTest, MmfBorrowsItsScratchBufferAndGivesABadOneBack) {
                             "result 3 out 2:1!" + inputs));
 }
 
-TEST_F(SessionTest, AnInputIsReadOnlyAfterItsAcquireFence) {
+TEST_F(SessionFixture, AnInputIsReadOnlyAfterItsAcquireFence) {
     OpenAndConfigure(OpMode::kB2Y);
     int pipe[2];
     ASSERT_EQ(pipe2(pipe, O_CLOEXEC), 0);
@@ -85,7 +83,7 @@ TEST_F(SessionTest, AnInputIsReadOnlyAfterItsAcquireFence) {
                 ElementsAre("shutter 1", "error 1", "result 1 out 1:1! in 0:1"));
 }
 
-TEST_F(SessionTest, CallsThatDoNotFitTheStateAreRefused) {
+TEST_F(SessionFixture, CallsThatDoNotFitTheStateAreRefused) {
     Open();
     std::vector<int32_t> modes = {9};
     EXPECT_TRUE(m_service->getSupportedOpModes(&modes).isOk());
@@ -106,7 +104,7 @@ TEST_F(SessionTest, CallsThatDoNotFitTheStateAreRefused) {
     EXPECT_EQ(m_session, nullptr);
 }
 
-TEST_F(SessionTest, NothingIsDeliveredAfterClose) {
+TEST_F(SessionFixture, NothingIsDeliveredAfterClose) {
     OpenAndConfigure(OpMode::kB2Y, {"late-result=60000"});
     EXPECT_EQ(Process(MakeInfo()), "1");
     EXPECT_EQ(Process(MakeInfo()), "2");
@@ -120,14 +118,14 @@ TEST_F(SessionTest, NothingIsDeliveredAfterClose) {
     EXPECT_THAT(m_client->Events(), ElementsAre("shutter 1"));
 }
 
-TEST_F(SessionTest, ClosingInsideACallbackReturns) {
+TEST_F(SessionFixture, ClosingInsideACallbackReturns) {
     OpenAndConfigure(OpMode::kB2Y);
     m_client->onResult = [&](const auto&) { Close(); };
     EXPECT_EQ(Process(MakeInfo()), "1");
     EXPECT_THAT(m_client->WaitForEvents(2), ElementsAre("shutter 1", "result 1 out 1:1 in 0:1"));
 }
 
-TEST_F(SessionTest, TheDeathOfAClientEndsItsSessionAndItsRegistration) {
+TEST_F(SessionFixture, TheDeathOfAClientEndsItsSessionAndItsRegistration) {
     ABinderProcess_startThreadPool();  // which tells deaths
     Peer peer = startPeer();
     const auto client = ndk::SharedRefBase::make<package::BpOfflineCameraCallback>(peer.binder);
@@ -141,7 +139,7 @@ TEST_F(SessionTest, TheDeathOfAClientEndsItsSessionAndItsRegistration) {
               kIllegalArgument);
 }
 
-TEST_F(SessionTest, AThousandSessionsLeaveNothingBehind) {
+TEST_F(SessionFixture, AThousandSessionsLeaveNothingBehind) {
     const auto runOne = [this](OpMode mode) {
         OpenAndConfigure(mode);
         EXPECT_EQ(Process(MakeInfo()), "1");
