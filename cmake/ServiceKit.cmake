@@ -23,7 +23,7 @@ export(TARGETS
     android.hardware.common-V2-ndk
     android.hardware.graphics.common-V4-ndk
     android.hardware.graphics.mapper-4.0
-    gralloctypes hidlbase vndksupport aidlcommonsupport camera_metadata binder_ndk standin_log
+    base gralloctypes hidlbase vndksupport aidlcommonsupport camera_metadata binder_ndk standin_log
     FILE ${CMAKE_BINARY_DIR}/OfflineCameraServiceKitTargets.cmake)
 file(CONFIGURE OUTPUT ${CMAKE_BINARY_DIR}/OfflineCameraServiceKitConfig.cmake @ONLY CONTENT [[
 if(NOT CMAKE_CXX_COMPILER_ID STREQUAL "Clang")

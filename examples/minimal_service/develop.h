@@ -20,15 +20,17 @@ inline void develop(const imaging::RawView& raw, const imaging::MutableNv12View&
     }
 }
 
-// Leaves the buffers unlocked: a client that gets the result reads the picture. Gives the problem.
-inline std::string develop(const offlinecamera::Request& request) {
+// Leaves the buffers unlocked: a client that gets the result reads the picture.
+inline base::Result<base::Done> develop(const offlinecamera::Request& request) {
     const offlinecamera::RequestBuffer& from = request.inputs[0][0];
-    offlinecamera::LockedBuffer mosaic;
-    std::string problem = mosaic.Lock(from.buffer, offlinecamera::Access::kRead);
+    const auto mosaic =
+            offlinecamera::LockedBuffer::Lock(from.buffer, offlinecamera::Access::kRead);
+    if (!mosaic.Ok()) return mosaic.GetFailure();
     for (const offlinecamera::RequestBuffer& to : request.outputs) {
-        offlinecamera::LockedBuffer picture;
-        if (problem.empty()) problem = picture.Lock(to.buffer, offlinecamera::Access::kWrite);
-        if (problem.empty()) develop(mosaic.Raw(*from.stream), picture.Nv12(*to.stream));
+        const auto picture =
+                offlinecamera::LockedBuffer::Lock(to.buffer, offlinecamera::Access::kWrite);
+        if (!picture.Ok()) return picture.GetFailure();
+        develop(mosaic.Value().Raw(*from.stream), picture.Value().Nv12(*to.stream));
     }
-    return problem;
+    return base::Done{};
 }

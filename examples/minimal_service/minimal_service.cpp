@@ -24,12 +24,11 @@ constexpr size_t kMaxFrames = 4;  // a session works on so many at a time
 
 // On the session's own thread. After the session's end nothing is sent.
 void work(const Client& client, const Request& request, const StopSignal& stop) {
-    const std::string problem = develop(request);
-    if (!problem.empty()) LogProblem("no picture: " + problem);
+    const auto developed = develop(request);
+    if (!developed.Ok()) LogProblem("no picture: " + developed.Error());
     if (!stop.Stopped()) client->notify({MakeShutter(request.frameNumber, 0)});
     std::vector<OfflineCaptureResult> results;
-    results.push_back(
-            MakeResult(request, problem.empty() ? BufferStatus::OK : BufferStatus::ERROR));
+    results.push_back(MakeResult(request, developed.Ok() ? BufferStatus::OK : BufferStatus::ERROR));
     if (!stop.Stopped()) client->processCaptureResult(results);
 }
 
@@ -42,12 +41,14 @@ class Session : public BnOfflineCameraSession {
           }) {}
 
     ScopedAStatus configureOfflineStreams(const OfflineSessionConfigureInfo& info) override {
-        const auto streams = std::make_shared<StreamSet>();
-        const std::string problem =
-                info.opMode == 0 ? MakeStreamSet(info, streams.get()) : "op mode 0 only";
-        if (!problem.empty()) return Refuse("configureOfflineStreams", kIllegalArgument, problem);
+        const auto refuse = [](const std::string& problem) {
+            return Refuse("configureOfflineStreams", kIllegalArgument, problem);
+        };
+        if (info.opMode != 0) return refuse("op mode 0 only");
+        const auto streams = MakeStreamSet(info);
+        if (!streams.Ok()) return refuse(streams.Error());
         const std::lock_guard<std::mutex> lock(m_lock);
-        m_streams = streams;
+        m_streams = std::make_shared<StreamSet>(streams.Value());
         return ScopedAStatus::ok();
     }
 
@@ -62,10 +63,10 @@ class Session : public BnOfflineCameraSession {
             return refuse("one request, after streams are configured");
         }
         if (m_worker.FramesInFlight().size() >= kMaxFrames) return refuse("too many frames");
-        std::vector<Request> requests(1);
-        const auto mapper = ImportedBuffer::IMapper::getService();
-        const std::string problem = MakeRequest(infos[0], m_streams, mapper, &requests[0]);
-        if (!problem.empty()) return refuse(problem);
+        auto request = MakeRequest(infos[0], m_streams, ImportedBuffer::IMapper::getService());
+        if (!request.Ok()) return refuse(request.Error());
+        std::vector<Request> requests;
+        requests.push_back(std::move(request).Value());
         if (requests[0].frameNumber == -1) requests[0].frameNumber = m_nextFrame++;
         *frameNumber = requests[0].frameNumber;
         m_worker.Enqueue(std::move(requests));  // the client learns the number when this returns

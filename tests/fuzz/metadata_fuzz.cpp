@@ -30,7 +30,7 @@ unsigned readEntries(const camera_metadata_t* block) {
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const std::vector<uint8_t> blob(data, data + size);
-    if (offlinecamera::CheckMetadataBlob(blob).empty()) offlinecamera::FindJpegOrientation(blob);
+    if (offlinecamera::CheckMetadataBlob(blob).Ok()) offlinecamera::FindJpegOrientation(blob);
 
     // The vector's bytes are aligned as a block must be, and end where the input ends.
     const auto* block = reinterpret_cast<const camera_metadata_t*>(blob.data());

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "allocator_faults.h"
+#include "fault_set.h"
 
 namespace graphics {
 
@@ -24,7 +24,10 @@ class Allocator : public ::aidl::android::hardware::graphics::allocator::BnAlloc
     // Buffers per call: their descriptors travel in one message.
     static constexpr int32_t kMaxCount = 64;
 
-    explicit Allocator(AllocatorFault fault = AllocatorFault::kNone) : mFault(fault) {}
+    // Ways in which it can misbehave on demand, all switched off.
+    static services::FaultSet Faults();
+
+    explicit Allocator(services::FaultSet faults = Faults()) : m_faults(std::move(faults)) {}
 
     // `descriptor`: what a mapper 4.0 of this device encodes.
     ::ndk::ScopedAStatus allocate(const std::vector<uint8_t>& descriptor, int32_t count,
@@ -37,10 +40,10 @@ class Allocator : public ::aidl::android::hardware::graphics::allocator::BnAlloc
     ::ndk::ScopedAStatus getIMapperLibrarySuffix(std::string* suffix) override;
 
   private:
-    ::ndk::ScopedAStatus allocateBuffers(const BufferDescription& description, int32_t count,
+    ::ndk::ScopedAStatus AllocateBuffers(const BufferDescription& description, int32_t count,
                                          AllocationResult* result) const;
 
-    const AllocatorFault mFault;
+    const services::FaultSet m_faults;
 };
 
 }  // namespace graphics

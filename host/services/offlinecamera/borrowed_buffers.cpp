@@ -5,50 +5,47 @@
 
 namespace offlinecamera {
 
-namespace {
-
 using ::aidl::android::hardware::camera::device::BufferRequestStatus;
 using ::aidl::android::hardware::camera::device::StreamBuffersVal;
 using ::aidl::vendor::zel::hardware::camera::offlinecamera::OfflineBufferRequest;
 using ::aidl::vendor::zel::hardware::camera::offlinecamera::OfflineStreamBufferRet;
+using base::Failure;
 
-}  // namespace
-
-std::string BorrowedBuffers::Borrow(const ::android::sp<ImportedBuffer::IMapper>& mapper,
-                                    const Stream& stream, int32_t count) {
-    mStreamId = stream.id;
+base::Result<BorrowedBuffers> BorrowedBuffers::Borrow(const SessionClient& client,
+                                                      const Stream& stream, int32_t count) {
     std::vector<OfflineBufferRequest> asked(1);
     asked[0].stream = stream;
     asked[0].numBuffersRequested = count;
     std::vector<OfflineStreamBufferRet> answers;
-    // The buffers alone decide: a client may leave this value alone.
+    // Only the buffers count: a client may leave this value alone.
     BufferRequestStatus ignored = BufferRequestStatus::OK;
-    const auto status = mClient->requestStreamBuffers(asked, &answers, &ignored);
-    if (!status.isOk()) return "requestStreamBuffers failed: " + status.getDescription();
+    const auto status = client.callback->requestStreamBuffers(asked, &answers, &ignored);
+    if (!status.isOk()) return Failure{"requestStreamBuffers failed: " + status.getDescription()};
     if (answers.size() != 1 || answers[0].val.getTag() != StreamBuffersVal::buffers) {
-        return "requestStreamBuffers gave no buffers";
+        return Failure{"requestStreamBuffers gave no buffers"};
     }
     const auto& lent = answers[0].val.get<StreamBuffersVal::buffers>();
-    for (const StreamBuffer& buffer : lent) mIds.push_back(buffer.bufferId);
+    BorrowedBuffers borrowed(client.callback, stream.id);
+    for (const StreamBuffer& buffer : lent) borrowed.m_ids.push_back(buffer.bufferId);
     if (lent.size() != static_cast<size_t>(count)) {
-        return "requestStreamBuffers gave " + std::to_string(lent.size()) + " buffers instead of " +
-               std::to_string(count);
+        return Failure{"requestStreamBuffers gave " + std::to_string(lent.size()) +
+                       " buffers instead of " + std::to_string(count)};
     }
     for (const StreamBuffer& buffer : lent) {
-        ImportedBuffer imported;
-        std::string problem = imported.Import(mapper, buffer.buffer, buffer.acquireFence, stream);
-        if (!problem.empty()) {
-            return "lent buffer " + std::to_string(buffer.bufferId) + ": " + problem;
+        auto imported =
+                ImportedBuffer::Import(client.mapper, buffer.buffer, buffer.acquireFence, stream);
+        if (!imported.Ok()) {
+            return Failure{"lent buffer " + std::to_string(buffer.bufferId) + ": " +
+                           imported.Error()};
         }
-        mImported.push_back(std::move(imported));
+        borrowed.m_imported.push_back(std::move(imported).Value());
     }
-    return {};
+    return borrowed;
 }
 
-void BorrowedBuffers::GiveBack() {
-    mImported.clear();
-    if (!mIds.empty()) ReturnStreamBuffers(*mClient, mStreamId, mIds);
-    mIds.clear();
+BorrowedBuffers::~BorrowedBuffers() {
+    m_imported.clear();
+    if (!m_ids.empty()) ReturnStreamBuffers(*m_client, m_streamId, m_ids);
 }
 
 void ReturnStreamBuffers(IOfflineCameraCallback& client, int32_t streamId,

@@ -4,7 +4,6 @@
 #include <aidl/vendor/zel/hardware/camera/offlinecamera/IOfflineCameraCallback.h>
 
 #include <memory>
-#include <string>
 #include <vector>
 
 #include "imported_buffer.h"
@@ -14,35 +13,39 @@ namespace offlinecamera {
 
 using ::aidl::vendor::zel::hardware::camera::offlinecamera::IOfflineCameraCallback;
 
-/** Borrows with requestStreamBuffers; gives everything back with returnStreamBuffers at its end. */
-class BorrowedBuffers {
-  public:
-    explicit BorrowedBuffers(std::shared_ptr<IOfflineCameraCallback> client)
-        : mClient(std::move(client)) {}
-    ~BorrowedBuffers() { GiveBack(); }
-    BorrowedBuffers(const BorrowedBuffers&) = delete;
-    BorrowedBuffers& operator=(const BorrowedBuffers&) = delete;
-
-    /** Asks for `count` buffers that fit `stream`, and imports them. Call it once.
-     * @return empty, or what was wrong with the client's answer */
-    [[nodiscard]] std::string Borrow(const ::android::sp<ImportedBuffer::IMapper>& mapper,
-                                     const Stream& stream, int32_t count);
-
-    const ImportedBuffer& operator[](size_t i) const { return mImported[i]; }
-
-    /** Ids of the buffers that are lent now. */
-    const std::vector<int64_t>& Ids() const { return mIds; }
-
-    void GiveBack();
-
-  private:
-    const std::shared_ptr<IOfflineCameraCallback> mClient;
-    int32_t mStreamId = 0;
-    std::vector<int64_t> mIds;
-    std::vector<ImportedBuffer> mImported;
+// Whom a session works for, and what imports that client's buffers.
+struct SessionClient {
+    std::shared_ptr<IOfflineCameraCallback> callback;
+    ::android::sp<ImportedBuffer::IMapper> mapper;
 };
 
-/** Calls returnStreamBuffers with these ids and without handles; logs a failure. */
+// Gives everything back with returnStreamBuffers at the end of its life.
+class BorrowedBuffers {
+  public:
+    // Asks for `count` buffers that fit `stream` with requestStreamBuffers, and imports them. Fails
+    // with what is wrong with the client's answer; what it lent is then given back already.
+    static base::Result<BorrowedBuffers> Borrow(const SessionClient& client, const Stream& stream,
+                                                int32_t count);
+
+    ~BorrowedBuffers();
+    BorrowedBuffers(BorrowedBuffers&&) = default;
+
+    const ImportedBuffer& operator[](size_t i) const { return m_imported[i]; }
+
+    // Ids of the buffers.
+    const std::vector<int64_t>& Ids() const { return m_ids; }
+
+  private:
+    BorrowedBuffers(std::shared_ptr<IOfflineCameraCallback> client, int32_t streamId)
+        : m_client(std::move(client)), m_streamId(streamId) {}
+
+    std::shared_ptr<IOfflineCameraCallback> m_client;
+    int32_t m_streamId;
+    std::vector<int64_t> m_ids;  // empty once moved from
+    std::vector<ImportedBuffer> m_imported;
+};
+
+// Calls returnStreamBuffers with these ids and without handles; logs a failure.
 void ReturnStreamBuffers(IOfflineCameraCallback& client, int32_t streamId,
                          const std::vector<int64_t>& bufferIds);
 

@@ -1,32 +1,26 @@
-// What the mapper says about an imported buffer, and whether it fits a stream.
+// Where the planes of an imported buffer are, and whether they hold a stream's picture.
 #pragma once
 
-#include <aidl/android/hardware/graphics/common/PlaneLayout.h>
-#include <android/hardware/graphics/common/1.2/types.h>
+#include <aidl/android/hardware/camera/device/Stream.h>
+#include <android/hardware/graphics/mapper/4.0/IMapper.h>
+#include <base/result.h>
 
 #include <cstdint>
-#include <string>
-#include <vector>
-
-#include "imported_buffer.h"
 
 namespace offlinecamera {
 
-struct BufferGeometry {
-    uint64_t width = 0;
-    uint64_t height = 0;
-    ::android::hardware::graphics::common::V1_2::PixelFormat format = {};
-    uint64_t allocationSize = 0;                                                   // bytes
-    std::vector<::aidl::android::hardware::graphics::common::PlaneLayout> planes;  // none of a BLOB
+// Bytes from the buffer's begin, checked against its size.
+struct PlanePlaces {
+    uint64_t first = 0;   // the RAW, luma or only plane
+    uint64_t second = 0;  // the CbCr plane
+    uint64_t strideBytes = 0;
 };
 
-/** @param handle an imported handle. @return empty, or which entry could not be had */
-std::string ReadBufferGeometry(const ::android::sp<ImportedBuffer::IMapper>& mapper, void* handle,
-                               BufferGeometry* out);
-
-/** Checks the buffer against the stream and finds its planes; every byte of the picture lies inside
- * the allocation. @return empty, or what does not fit */
-std::string PlacePlanes(const BufferGeometry& geometry, const ImportedBuffer::Stream& stream,
-                        PlanePlaces* out);
+// Asks the mapper about an imported handle and finds its planes. Format and size are those of the
+// stream, and every byte of the picture is inside the allocation; a BLOB buffer has at least the
+// stream's buffer size. Fails with what does not fit.
+base::Result<PlanePlaces> FindPlanes(
+        const ::android::sp<::android::hardware::graphics::mapper::V4_0::IMapper>& mapper,
+        void* handle, const ::aidl::android::hardware::camera::device::Stream& stream);
 
 }  // namespace offlinecamera

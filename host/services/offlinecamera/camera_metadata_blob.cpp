@@ -13,18 +13,18 @@ const camera_metadata_t* AsMetadata(const std::vector<uint8_t>& blob) {
 
 }  // namespace
 
-std::string CheckMetadataBlob(const std::vector<uint8_t>& blob) {
-    if (blob.empty()) return {};
+base::Result<base::Done> CheckMetadataBlob(const std::vector<uint8_t>& blob) {
+    if (blob.empty()) return base::Done{};
     const size_t length = blob.size();
-    // The structure is checked first: the size field is only there in a blob of some length.
+    // The structure first: a shorter blob has no size field to read.
     if (validate_camera_metadata_structure(AsMetadata(blob), &length) != 0) {
-        return "metadata of " + std::to_string(length) + " bytes is not a camera metadata blob";
+        return base::Failure{"metadata of " + std::to_string(length) +
+                             " bytes is not a camera metadata blob"};
     }
-    if (get_camera_metadata_size(AsMetadata(blob)) != length) {
-        return "metadata has " + std::to_string(length) + " bytes, but its blob says " +
-               std::to_string(get_camera_metadata_size(AsMetadata(blob)));
-    }
-    return {};
+    const size_t stated = get_camera_metadata_size(AsMetadata(blob));
+    if (stated == length) return base::Done{};
+    return base::Failure{"metadata has " + std::to_string(length) + " bytes, but its blob says " +
+                         std::to_string(stated)};
 }
 
 std::optional<int32_t> FindJpegOrientation(const std::vector<uint8_t>& blob) {
@@ -38,14 +38,13 @@ std::optional<int32_t> FindJpegOrientation(const std::vector<uint8_t>& blob) {
 }
 
 std::vector<uint8_t> MakeResultMetadata(int32_t orientation) {
+    std::vector<uint8_t> blob;
     camera_metadata_t* metadata = allocate_camera_metadata(1, 0);
-    if (metadata == nullptr ||
-        add_camera_metadata_entry(metadata, ANDROID_JPEG_ORIENTATION, &orientation, 1) != 0) {
-        free_camera_metadata(metadata);
-        return {};
+    if (metadata != nullptr &&
+        add_camera_metadata_entry(metadata, ANDROID_JPEG_ORIENTATION, &orientation, 1) == 0) {
+        const auto* bytes = reinterpret_cast<const uint8_t*>(metadata);
+        blob.assign(bytes, bytes + get_camera_metadata_size(metadata));
     }
-    const auto* bytes = reinterpret_cast<const uint8_t*>(metadata);
-    std::vector<uint8_t> blob(bytes, bytes + get_camera_metadata_size(metadata));
     free_camera_metadata(metadata);
     return blob;
 }

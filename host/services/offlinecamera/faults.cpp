@@ -1,15 +1,11 @@
-// Wrong behaviour on demand: parsing, and what each fault does.
+// Wrong behaviour on demand: names, parsing, and what each fault does.
 #include "faults.h"
 
-#include <android/log.h>
-
 #include <algorithm>
-#include <cerrno>
 #include <csignal>
 #include <cstdlib>
 #include <utility>
 
-#include "borrowed_buffers.h"
 #include "refusal.h"
 
 namespace offlinecamera {
@@ -17,9 +13,41 @@ namespace offlinecamera {
 namespace {
 
 using ::aidl::android::hardware::camera::device::BufferRequestStatus;
-using ::aidl::android::hardware::camera::device::ErrorCode;
-using ::aidl::android::hardware::camera::device::ErrorMsg;
 using ::aidl::vendor::zel::hardware::camera::offlinecamera::OfflineStreamBufferRet;
+
+constexpr services::FaultName kNames[] = {
+        {"open-error", "openOfflineSession fails with an error"},
+        {"open-null", "openOfflineSession succeeds but gives no session"},
+        {"configure-error", "configureOfflineStreams fails with an error"},
+        {"process-error", "processOfflineRequest fails with an error"},
+        {"die-on-open", "the service is killed inside openOfflineSession"},
+        {"die-on-configure", "the service is killed inside configureOfflineStreams"},
+        {"die-on-process", "the service is killed inside processOfflineRequest"},
+        {"die-after-process",
+         "the service is killed after processOfflineRequest, before the shutter"},
+        {"no-shutter", "no shutter message, only the result"},
+        {"error-notify", "an error message instead of the shutter message"},
+        {"shutter-other-frame", "the shutter message names a frame that was not asked for"},
+        {"no-result", "no result, only the shutter message"},
+        {"late-result", "the result comes late, by default after a client's usual wait of 5 s",
+         "milliseconds", 6000, 60000},
+        {"result-first", "the result comes before the shutter message"},
+        {"early-result", "shutter and result come before processOfflineRequest returns"},
+        {"split-result", "the result comes in two pieces: first without buffers, then with them"},
+        {"wrong-buffers", "the result names buffers that were not in the request"},
+        {"extra-buffer", "the result names one buffer more than the request had"},
+        {"reordered-buffers",
+         "the result names its buffers in reverse order (shows with several output streams)"},
+        {"duplicate-result", "the result comes twice"},
+        {"corrupt-metadata", "the result's metadata is cut short"},
+        {"empty-callbacks", "every callback is first called with an empty list"},
+        {"small-jpeg", "only the top left 320 x 240 pixels are encoded, so that the file is small"},
+        {"lend",
+         "buffers of the first input stream's shape are borrowed and given back in every mode",
+         "buffers", 2, 16},
+        {"return-twice", "one buffer is borrowed and given back twice"},
+        {"return-unknown", "a buffer is given back that was never borrowed"},
+};
 
 // Ids and numbers that no client of this service uses.
 constexpr int64_t kForeignBufferId = 0x7eadbeef;
@@ -32,20 +60,13 @@ constexpr std::chrono::milliseconds kAnswerTime(300);
 constexpr uint32_t kSmallWidth = 320;
 constexpr uint32_t kSmallHeight = 240;
 
-const FaultName* FindFault(const std::string& name) {
-    for (const FaultName& fault : kFaultNames) {
-        if (name == fault.name) return &fault;
-    }
-    return nullptr;
-}
-
 [[noreturn]] void Die(const char* place) {
     __android_log_print(ANDROID_LOG_WARN, kLogTag, "fault: dying %s", place);
     raise(SIGKILL);
-    abort();  // not reached: nobody can block that signal
+    abort();  // not reached: that signal cannot be blocked
 }
 
-/** Every callback with an empty list; a client answers with an error. */
+// Every callback with an empty list; a client answers with an error.
 void CallWithNothing(IOfflineCameraCallback& client) {
     const auto notify = client.notify({});
     const auto result = client.processCaptureResult({});
@@ -58,155 +79,87 @@ void CallWithNothing(IOfflineCameraCallback& client) {
                         request.getDescription().c_str(), giveBack.getDescription().c_str());
 }
 
-/** The same result again; its buffers carry no handles, so their numbers are all there is. */
-OfflineCaptureResult CopyResult(const OfflineCaptureResult& from) {
-    const auto copyFrame = [](const auto& source, auto* target) {
-        target->numPartialMetadata = source.numPartialMetadata;
-        target->metadata = source.metadata;
-        target->buffers.resize(source.buffers.size());
-        for (size_t i = 0; i < source.buffers.size(); ++i) {
-            target->buffers[i].streamId = source.buffers[i].streamId;
-            target->buffers[i].bufferId = source.buffers[i].bufferId;
-            target->buffers[i].status = source.buffers[i].status;
-        }
-    };
-    OfflineCaptureResult to;
-    to.frameNumber = from.frameNumber;
-    copyFrame(from.outFrameInfo, &to.outFrameInfo);
-    copyFrame(from.inFrameInfo, &to.inFrameInfo);
-    return to;
-}
-
-void AddForeignBuffer(std::vector<StreamBuffer>* buffers) {
-    StreamBuffer extra;
-    extra.streamId = buffers->empty() ? 0 : buffers->back().streamId;
-    extra.bufferId = kForeignBufferId;
-    buffers->push_back(std::move(extra));
-}
-
 }  // namespace
 
-std::string FaultInjector::Add(const std::string& text) {
-    const size_t equals = text.find('=');
-    const std::string name = text.substr(0, equals);
-    const FaultName* fault = FindFault(name);
-    if (fault == nullptr) return "unknown fault '" + name + "': 'help' lists them";
-    int64_t argument = fault->defaultArgument;
-    if (equals != std::string::npos) {
-        if (fault->argument == nullptr) return "fault '" + name + "' takes no argument";
-        const std::string number = text.substr(equals + 1);
-        char* end = nullptr;
-        errno = 0;
-        argument = strtoll(number.c_str(), &end, 10);
-        if (number.empty() || *end != '\0' || errno != 0 || argument < 1 ||
-            argument > fault->maxArgument) {
-            return "fault '" + name + "': '" + number + "' is no number of " + fault->argument +
-                   " from 1 to " + std::to_string(fault->maxArgument);
-        }
-    }
-    mArguments[fault->fault] = argument;
-    return {};
-}
+FaultInjector::FaultInjector() : FaultSet("", {std::begin(kNames), std::end(kNames)}) {}
 
-std::string FaultInjector::Help() {
-    std::string help;
-    for (const FaultName& fault : kFaultNames) {
-        std::string name = fault.name;
-        if (fault.argument != nullptr) {
-            name += std::string("[=") + fault.argument + "]";
-        }
-        name.resize(std::max<size_t>(name.size() + 2, 28), ' ');
-        help += name + fault.text + "\n";
-    }
-    return help;
-}
-
-ndk::ScopedAStatus FaultInjector::AtCall(const char* operation, Fault die, Fault error) const {
+ndk::ScopedAStatus FaultInjector::AtCall(const char* operation, const char* die,
+                                         const char* error) const {
     if (Has(die)) Die(operation);
     if (Has(error)) return Refuse(operation, kInternal, "fault switched on");
     return ndk::ScopedAStatus::ok();
 }
 
-ndk::ScopedAStatus FaultInjector::AtOpen() const {
-    return AtCall("openOfflineSession", Fault::kDieOnOpen, Fault::kOpenError);
-}
-
-ndk::ScopedAStatus FaultInjector::AtConfigure() const {
-    return AtCall("configureOfflineStreams", Fault::kDieOnConfigure, Fault::kConfigureError);
-}
-
-ndk::ScopedAStatus FaultInjector::AtProcess() const {
-    return AtCall("processOfflineRequest", Fault::kDieOnProcess, Fault::kProcessError);
-}
-
-void FaultInjector::BeforeFrame(const std::shared_ptr<IOfflineCameraCallback>& client,
-                                const ::android::sp<ImportedBuffer::IMapper>& mapper,
-                                const Stream& stream, const StopSignal& stop) const {
-    if (Has(Fault::kDieAfterProcess)) {
+void FaultInjector::BeforeFrame(const SessionClient& client, const Stream& stream,
+                                const StopSignal& stop) const {
+    if (Has("die-after-process")) {
         stop.WaitFor(kAnswerTime);
         Die("before the shutter");
     }
-    if (Has(Fault::kEmptyCallbacks)) CallWithNothing(*client);
-    if (Has(Fault::kReturnUnknown)) ReturnStreamBuffers(*client, stream.id, {kForeignBufferId});
-    if (Has(Fault::kLend) || Has(Fault::kReturnTwice)) BorrowAndReturn(client, mapper, stream);
+    if (Has("empty-callbacks")) CallWithNothing(*client.callback);
+    if (Has("return-unknown")) {
+        ReturnStreamBuffers(*client.callback, stream.id, {kForeignBufferId});
+    }
+    if (Has("lend") || Has("return-twice")) BorrowAndReturn(client, stream);
 }
 
-void FaultInjector::BorrowAndReturn(const std::shared_ptr<IOfflineCameraCallback>& client,
-                                    const ::android::sp<ImportedBuffer::IMapper>& mapper,
-                                    const Stream& stream) const {
-    const int64_t count = Has(Fault::kLend) ? mArguments.at(Fault::kLend) : 1;
-    BorrowedBuffers borrowed(client);
-    const std::string problem = borrowed.Borrow(mapper, stream, static_cast<int32_t>(count));
-    if (!problem.empty()) LogProblem("fault lend: " + problem);
-    const std::vector<int64_t> ids = borrowed.Ids();
-    borrowed.GiveBack();
-    if (Has(Fault::kReturnTwice) && !ids.empty()) ReturnStreamBuffers(*client, stream.id, ids);
-}
-
-void FaultInjector::AlterMessages(std::vector<NotifyMsg>* messages) const {
-    if (Has(Fault::kNoShutter)) messages->clear();
-    for (NotifyMsg& message : *messages) {
-        if (message.getTag() != NotifyMsg::shutter) continue;
-        auto& shutter = message.get<NotifyMsg::shutter>();
-        if (Has(Fault::kShutterOtherFrame)) shutter.frameNumber += kForeignFrameOffset;
-        if (Has(Fault::kErrorNotify)) {
-            ErrorMsg error;
-            error.frameNumber = shutter.frameNumber;
-            error.errorStreamId = -1;
-            error.errorCode = ErrorCode::ERROR_REQUEST;
-            message = NotifyMsg(error);
-        }
+void FaultInjector::BorrowAndReturn(const SessionClient& client, const Stream& stream) const {
+    const int64_t count = Has("lend") ? Argument("lend") : 1;
+    const auto borrowed = BorrowedBuffers::Borrow(client, stream, static_cast<int32_t>(count));
+    if (!borrowed.Ok()) return LogProblem("fault lend: " + borrowed.Error());
+    if (Has("return-twice")) {
+        ReturnStreamBuffers(*client.callback, stream.id, borrowed.Value().Ids());
     }
 }
 
-void FaultInjector::AlterResults(std::vector<OfflineCaptureResult>* results,
-                                 const StopSignal& stop) const {
-    if (Has(Fault::kLateResult)) {
-        stop.WaitFor(std::chrono::milliseconds(mArguments.at(Fault::kLateResult)));
+bool FaultInjector::AlterMessage(NotifyMsg* message) const {
+    if (message->getTag() == NotifyMsg::shutter) {
+        auto& shutter = message->get<NotifyMsg::shutter>();
+        if (Has("shutter-other-frame")) shutter.frameNumber += kForeignFrameOffset;
+        if (Has("error-notify")) *message = MakeError(shutter.frameNumber);
     }
-    for (OfflineCaptureResult& result : *results) {
-        auto& buffers = result.outFrameInfo.buffers;
-        if (Has(Fault::kWrongBuffers)) {
-            for (StreamBuffer& buffer : buffers) buffer.bufferId += kForeignBufferId;
-        }
-        if (Has(Fault::kExtraBuffer)) AddForeignBuffer(&buffers);
-        if (Has(Fault::kReorderedBuffers)) std::reverse(buffers.begin(), buffers.end());
-        if (Has(Fault::kCorruptMetadata) && !result.outFrameInfo.metadata.empty()) {
-            result.outFrameInfo.metadata.pop_back();
-        }
+    return !Has("no-shutter");
+}
+
+OfflineCaptureResult FaultInjector::MakeOneResult(const Request& request,
+                                                  BufferStatus status) const {
+    OfflineCaptureResult result = MakeResult(request, status);
+    auto& buffers = result.outFrameInfo.buffers;
+    if (Has("wrong-buffers")) {
+        for (StreamBuffer& buffer : buffers) buffer.bufferId += kForeignBufferId;
     }
-    if (Has(Fault::kSplitResult)) {
-        OfflineCaptureResult first = CopyResult(results->front());
-        first.outFrameInfo.buffers.clear();
-        first.inFrameInfo.buffers.clear();
-        results->insert(results->begin(), std::move(first));
+    if (Has("extra-buffer")) {
+        StreamBuffer extra;
+        extra.streamId = buffers.back().streamId;
+        extra.bufferId = kForeignBufferId;
+        buffers.push_back(std::move(extra));
     }
-    if (Has(Fault::kDuplicateResult)) results->push_back(CopyResult(results->back()));
-    if (Has(Fault::kNoResult)) results->clear();
+    if (Has("reordered-buffers")) std::reverse(buffers.begin(), buffers.end());
+    auto& metadata = result.outFrameInfo.metadata;
+    if (Has("corrupt-metadata") && !metadata.empty()) metadata.pop_back();
+    return result;
+}
+
+std::vector<OfflineCaptureResult> FaultInjector::MakeResults(const Request& request,
+                                                             BufferStatus status,
+                                                             const StopSignal& stop) const {
+    if (Has("late-result")) {
+        stop.WaitFor(std::chrono::milliseconds(Argument("late-result")));
+    }
+    std::vector<OfflineCaptureResult> results;
+    if (Has("no-result")) return results;
+    if (Has("split-result")) {
+        results.push_back(MakeOneResult(request, status));
+        results[0].outFrameInfo.buffers.clear();
+        results[0].inFrameInfo.buffers.clear();
+    }
+    results.push_back(MakeOneResult(request, status));
+    if (Has("duplicate-result")) results.push_back(MakeOneResult(request, status));
+    return results;
 }
 
 void FaultInjector::ShrinkPicture(imaging::Nv12View* picture) const {
-    if (!Has(Fault::kSmallJpeg)) return;
+    if (!Has("small-jpeg")) return;
     picture->width = std::min(picture->width, kSmallWidth);
     picture->height = std::min(picture->height, kSmallHeight);
 }

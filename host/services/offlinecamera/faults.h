@@ -1,60 +1,39 @@
-// Wrong behaviour on demand. The service's own code calls one hook at each place where a fault can
-// act; without faults every hook does nothing.
+// Wrong behaviour on demand. The service's own code calls a hook, or asks for a fault by name, at
+// each place where one can act.
 #pragma once
 
-#include <aidl/android/hardware/camera/device/NotifyMsg.h>
-#include <aidl/vendor/zel/hardware/camera/offlinecamera/IOfflineCameraCallback.h>
-#include <aidl/vendor/zel/hardware/camera/offlinecamera/OfflineCaptureResult.h>
 #include <imaging/planes.h>
 
-#include <map>
-#include <string>
 #include <vector>
 
-#include "fault_names.h"
-#include "imported_buffer.h"
-#include "request.h"
+#include "borrowed_buffers.h"
+#include "fault_set.h"
+#include "frame_messages.h"
 #include "session_worker.h"
 
 namespace offlinecamera {
 
-using ::aidl::android::hardware::camera::device::NotifyMsg;
-using ::aidl::vendor::zel::hardware::camera::offlinecamera::IOfflineCameraCallback;
-using ::aidl::vendor::zel::hardware::camera::offlinecamera::OfflineCaptureResult;
-
-/** Unchanging once the service runs, so any thread may call it. */
-class FaultInjector {
+// Unchanging once the service runs, so any thread may call it. faults.cpp lists the names.
+class FaultInjector : public services::FaultSet {
   public:
-    /** Switches a fault on. @param text "NAME" or "NAME=ARG". @return empty, or what is wrong */
-    [[nodiscard]] std::string Add(const std::string& text);
+    FaultInjector();
 
-    /** One line for each fault there is. */
-    static std::string Help();
-
-    // In the calls. A status that is not OK is the call's answer.
-    ndk::ScopedAStatus AtOpen() const;
-    ndk::ScopedAStatus AtConfigure() const;
-    ndk::ScopedAStatus AtProcess() const;
-    bool GivesNoSession() const { return Has(Fault::kOpenNull); }
-    bool WaitsForTheResult() const { return Has(Fault::kEarlyResult); }
+    // In a call: kills the process if the fault `die` is switched on; with the fault `error` the
+    // status, which is not OK, is the call's answer.
+    ndk::ScopedAStatus AtCall(const char* operation, const char* die, const char* error) const;
 
     // On the session's thread.
-    void BeforeFrame(const std::shared_ptr<IOfflineCameraCallback>& client,
-                     const ::android::sp<ImportedBuffer::IMapper>& mapper, const Stream& stream,
+    void BeforeFrame(const SessionClient& client, const Stream& stream,
                      const StopSignal& stop) const;
-    bool ShutterComesLast() const { return Has(Fault::kResultFirst); }
-    void AlterMessages(std::vector<NotifyMsg>* messages) const;
-    void AlterResults(std::vector<OfflineCaptureResult>* results, const StopSignal& stop) const;
+    // False if the message is not to be sent.
+    bool AlterMessage(NotifyMsg* message) const;
+    std::vector<OfflineCaptureResult> MakeResults(const Request& request, BufferStatus status,
+                                                  const StopSignal& stop) const;
     void ShrinkPicture(imaging::Nv12View* picture) const;
 
   private:
-    bool Has(Fault fault) const { return mArguments.count(fault) != 0; }
-    ndk::ScopedAStatus AtCall(const char* operation, Fault die, Fault error) const;
-    void BorrowAndReturn(const std::shared_ptr<IOfflineCameraCallback>& client,
-                         const ::android::sp<ImportedBuffer::IMapper>& mapper,
-                         const Stream& stream) const;
-
-    std::map<Fault, int64_t> mArguments;
+    void BorrowAndReturn(const SessionClient& client, const Stream& stream) const;
+    OfflineCaptureResult MakeOneResult(const Request& request, BufferStatus status) const;
 };
 
 }  // namespace offlinecamera

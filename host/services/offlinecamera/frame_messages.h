@@ -14,16 +14,14 @@ using ::aidl::android::hardware::camera::device::BufferStatus;
 using ::aidl::android::hardware::camera::device::NotifyMsg;
 using ::aidl::vendor::zel::hardware::camera::offlinecamera::OfflineCaptureResult;
 
-/** @param timestamp nanoseconds of CLOCK_MONOTONIC, the begin of exposure and of its readout */
+// `timestamp`: nanoseconds of CLOCK_MONOTONIC, the begin of exposure and of its readout.
 NotifyMsg MakeShutter(int32_t frameNumber, int64_t timestamp);
 
-/** ERROR_REQUEST: the frame has no picture. */
+// ERROR_REQUEST: the frame has no picture.
 NotifyMsg MakeError(int32_t frameNumber);
 
-/**
- * The ids of the request's buffers without handles, one part of metadata. `status` is that of the
- * output buffers.
- */
+// The ids of the request's buffers without handles, one part of metadata. `status` is that of the
+// output buffers.
 OfflineCaptureResult MakeResult(const Request& request, BufferStatus status);
 
 }  // namespace offlinecamera

@@ -1,14 +1,11 @@
 // Runs the camera physics on the buffers of a request.
 #include "pipeline.h"
 
-#include <aidl/android/hardware/camera/device/CameraBlob.h>
 #include <aidl/android/hardware/camera/device/CameraBlobId.h>
 #include <imaging/b2y.h>
 #include <imaging/jpeg.h>
 #include <imaging/multi_frame.h>
 
-#include <algorithm>
-#include <array>
 #include <cstring>
 
 namespace offlinecamera {
@@ -16,17 +13,49 @@ namespace offlinecamera {
 namespace {
 
 using ::aidl::android::hardware::camera::device::CameraBlobId;
+using base::Done;
+using base::Failure;
+using base::Result;
 
-/** Calls develop(picture) for every output, which returns what went wrong or nothing. */
+// Calls develop(picture) for every output, which returns what went wrong or nothing.
 template <class Develop>
-std::string DevelopAll(const std::vector<RequestBuffer>& outputs, const Develop& develop) {
+Result<Done> DevelopAll(const std::vector<RequestBuffer>& outputs, const Develop& develop) {
     for (const RequestBuffer& output : outputs) {
-        LockedBuffer picture;
-        std::string problem = picture.Lock(output.buffer, Access::kWrite);
-        if (problem.empty()) problem = develop(picture.Nv12(*output.stream));
-        if (!problem.empty()) return problem;
+        const auto picture = LockedBuffer::Lock(output.buffer, Access::kWrite);
+        if (!picture.Ok()) return picture.GetFailure();
+        const std::string problem = develop(picture.Value().Nv12(*output.stream));
+        if (!problem.empty()) return Failure{problem};
     }
-    return {};
+    return Done{};
+}
+
+Result<Done> BayerToYuv(const Request& request) {
+    const RequestBuffer& input = request.inputs[0][0];
+    const auto mosaic = LockedBuffer::Lock(input.buffer, Access::kRead);
+    if (!mosaic.Ok()) return mosaic.GetFailure();
+    return DevelopAll(request.outputs, [&](const imaging::MutableNv12View& picture) {
+        return imaging::RawToNv12(mosaic.Value().Raw(*input.stream), picture);
+    });
+}
+
+Result<Done> MultiFrame(const Request& request, const SessionClient& client) {
+    const Stream& rawStream = *request.inputs[0][0].stream;
+    const auto scratch = BorrowedBuffers::Borrow(client, rawStream, 1);
+    if (!scratch.Ok()) return scratch.GetFailure();
+    const auto averages = LockedBuffer::Lock(scratch.Value()[0], Access::kWrite);
+    if (!averages.Ok()) return averages.GetFailure();
+
+    std::vector<LockedBuffer> frames;
+    std::vector<imaging::RawView> mosaics;
+    for (const auto& input : request.inputs) {
+        auto frame = LockedBuffer::Lock(input[0].buffer, Access::kRead);
+        if (!frame.Ok()) return frame.GetFailure();
+        mosaics.push_back(frame.Value().Raw(rawStream));
+        frames.push_back(std::move(frame).Value());
+    }
+    return DevelopAll(request.outputs, [&](const imaging::MutableNv12View& picture) {
+        return imaging::AverageToNv12(mosaics, averages.Value().Raw(rawStream), picture);
+    });
 }
 
 void WriteBlobTrailer(uint8_t* buffer, int32_t bufferSize, size_t fileSize) {
@@ -36,73 +65,41 @@ void WriteBlobTrailer(uint8_t* buffer, int32_t bufferSize, size_t fileSize) {
     memcpy(buffer + bufferSize - kBlobTrailerBytes, trailer, sizeof(trailer));
 }
 
+Result<Done> YuvToJpeg(const Request& request, const FaultInjector& faults) {
+    const RequestBuffer& input = request.inputs[0][0];
+    const auto picture = LockedBuffer::Lock(input.buffer, Access::kRead);
+    if (!picture.Ok()) return picture.GetFailure();
+    imaging::Nv12View view = picture.Value().Nv12(*input.stream);
+    faults.ShrinkPicture(&view);
+    imaging::JpegSettings settings;
+    settings.orientationDegrees = request.orientation;
+    for (const RequestBuffer& output : request.outputs) {
+        const auto file = LockedBuffer::Lock(output.buffer, Access::kWrite);
+        if (!file.Ok()) return file.GetFailure();
+        uint8_t* const data = file.Value().Data();
+        const int32_t bufferSize = output.stream->bufferSize;
+        const auto capacity = static_cast<size_t>(bufferSize - kBlobTrailerBytes);
+        size_t fileSize = 0;
+        const std::string problem = imaging::EncodeJpeg(view, settings, data, capacity, &fileSize);
+        if (!problem.empty()) return Failure{problem};
+        WriteBlobTrailer(data, bufferSize, fileSize);
+    }
+    return Done{};
+}
+
 }  // namespace
 
-std::string Pipeline::Process(const Request& request,
-                              const std::shared_ptr<IOfflineCameraCallback>& client) const {
+Result<Done> MakePictures(const Request& request, const SessionClient& client,
+                          const FaultInjector& faults) {
     switch (request.streams->mode) {
         case OpMode::kB2Y:
             return BayerToYuv(request);
         case OpMode::kMMF:
             return MultiFrame(request, client);
         case OpMode::kY2J:
-            return YuvToJpeg(request);
+            return YuvToJpeg(request, faults);
     }
-    return "unknown op mode";
-}
-
-std::string Pipeline::BayerToYuv(const Request& request) const {
-    const RequestBuffer& input = request.inputs[0][0];
-    LockedBuffer mosaic;
-    std::string problem = mosaic.Lock(input.buffer, Access::kRead);
-    if (!problem.empty()) return problem;
-    return DevelopAll(request.outputs, [&](const imaging::MutableNv12View& picture) {
-        return imaging::RawToNv12(mosaic.Raw(*input.stream), picture);
-    });
-}
-
-std::string Pipeline::MultiFrame(const Request& request,
-                                 const std::shared_ptr<IOfflineCameraCallback>& client) const {
-    const Stream& rawStream = *request.inputs[0][0].stream;
-    BorrowedBuffers scratch(client);
-    std::string problem = scratch.Borrow(mMapper, rawStream, 1);
-    LockedBuffer averages;
-    if (problem.empty()) problem = averages.Lock(scratch[0], Access::kWrite);
-
-    std::vector<LockedBuffer> frames(request.inputs.size());
-    std::vector<imaging::RawView> mosaics;
-    for (size_t f = 0; problem.empty() && f < frames.size(); ++f) {
-        problem = frames[f].Lock(request.inputs[f][0].buffer, Access::kRead);
-        if (problem.empty()) mosaics.push_back(frames[f].Raw(rawStream));
-    }
-    if (!problem.empty()) return problem;
-    return DevelopAll(request.outputs, [&](const imaging::MutableNv12View& picture) {
-        return imaging::AverageToNv12(mosaics, averages.Raw(rawStream), picture);
-    });
-}
-
-std::string Pipeline::YuvToJpeg(const Request& request) const {
-    const RequestBuffer& input = request.inputs[0][0];
-    LockedBuffer picture;
-    std::string problem = picture.Lock(input.buffer, Access::kRead);
-    if (!problem.empty()) return problem;
-    imaging::Nv12View view = picture.Nv12(*input.stream);
-    mFaults.ShrinkPicture(&view);
-    imaging::JpegSettings settings;
-    settings.orientationDegrees = request.orientation;
-    for (const RequestBuffer& output : request.outputs) {
-        LockedBuffer file;
-        problem = file.Lock(output.buffer, Access::kWrite);
-        if (!problem.empty()) return problem;
-        const int32_t bufferSize = output.stream->bufferSize;
-        size_t fileSize = 0;
-        problem =
-                imaging::EncodeJpeg(view, settings, file.Data(),
-                                    static_cast<size_t>(bufferSize - kBlobTrailerBytes), &fileSize);
-        if (!problem.empty()) return problem;
-        WriteBlobTrailer(file.Data(), bufferSize, fileSize);
-    }
-    return {};
+    return Failure{"unknown op mode"};
 }
 
 }  // namespace offlinecamera

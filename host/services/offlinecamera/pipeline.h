@@ -14,33 +14,13 @@
 //       size.
 #pragma once
 
-#include <memory>
-#include <string>
-
-#include "borrowed_buffers.h"
 #include "faults.h"
-#include "request.h"
 
 namespace offlinecamera {
 
-class Pipeline {
-  public:
-    Pipeline(::android::sp<ImportedBuffer::IMapper> mapper, const FaultInjector& faults)
-        : mMapper(std::move(mapper)), mFaults(faults) {}
-
-    /** Fills the request's outputs. Any thread.
-     * @return empty, or what went wrong; the outputs' content is then undefined */
-    [[nodiscard]] std::string Process(const Request& request,
-                                      const std::shared_ptr<IOfflineCameraCallback>& client) const;
-
-  private:
-    std::string BayerToYuv(const Request& request) const;
-    std::string MultiFrame(const Request& request,
-                           const std::shared_ptr<IOfflineCameraCallback>& client) const;
-    std::string YuvToJpeg(const Request& request) const;
-
-    const ::android::sp<ImportedBuffer::IMapper> mMapper;
-    const FaultInjector& mFaults;
-};
+// Fills the request's outputs. Fails with what went wrong; the outputs' content is then undefined.
+// Any thread.
+base::Result<base::Done> MakePictures(const Request& request, const SessionClient& client,
+                                      const FaultInjector& faults);
 
 }  // namespace offlinecamera

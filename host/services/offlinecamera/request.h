@@ -5,7 +5,6 @@
 
 #include <cstdint>
 #include <memory>
-#include <string>
 #include <vector>
 
 #include "imported_buffer.h"
@@ -30,16 +29,11 @@ struct Request {
     int32_t orientation = 0;                         // of JPEG files, degrees
 };
 
-/**
- * Checks a request and imports its buffers. The buffers live as long as `out`.
- *
- * The JPEG orientation is taken from the first frame's metadata, else from the request's, else 0.
- *
- * @return empty, or what is wrong with the request, naming frame, stream and buffer
- */
-[[nodiscard]] std::string MakeRequest(const OfflineRequestInfo& info,
-                                      std::shared_ptr<const StreamSet> streams,
-                                      const ::android::sp<ImportedBuffer::IMapper>& mapper,
-                                      Request* out);
+// Checks a request and imports its buffers, which live as long as the result. The JPEG orientation
+// is taken from the first frame's metadata, else from the request's, else 0. Fails with what is
+// wrong, naming frame, stream and buffer.
+base::Result<Request> MakeRequest(const OfflineRequestInfo& info,
+                                  std::shared_ptr<const StreamSet> streams,
+                                  const ::android::sp<ImportedBuffer::IMapper>& mapper);
 
 }  // namespace offlinecamera

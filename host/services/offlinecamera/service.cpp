@@ -1,47 +1,21 @@
 // The calls of the service.
 #include "service.h"
 
-#include <android/log.h>
-
-#include <atomic>
-
 #include "refusal.h"
+#include "session.h"
 
 namespace offlinecamera {
 
 namespace {
 
-constexpr size_t kMaxClientsOfAProcess = 16;
+constexpr char kOpen[] = "openOfflineSession";
 
 }  // namespace
 
-/** A registered client. The service has nothing to tell it yet; it is kept until it leaves. */
-class OfflineCameraService::Registration final : public DeathListener {
-  public:
-    explicit Registration(std::shared_ptr<IOfflineCameraCallback> callback)
-        : mCallback(std::move(callback)) {}
-
-    static std::shared_ptr<Registration> Make(
-            const std::shared_ptr<IOfflineCameraCallback>& callback) {
-        auto registration = std::make_shared<Registration>(callback);
-        const bool alive = registration->mWatch.Begin(callback->asBinder(), registration);
-        return alive ? registration : nullptr;
-    }
-
-    bool Dead() const { return mDead; }
-    void OnClientDied() override { mDead = true; }
-
-  private:
-    const std::shared_ptr<IOfflineCameraCallback> mCallback;
-    std::atomic<bool> mDead{false};
-    DeathWatch mWatch;
-};
-
 OfflineCameraService::OfflineCameraService(::android::sp<ImportedBuffer::IMapper> mapper,
                                            FaultInjector faults)
-    : mMapper(std::move(mapper)),
-      mFaults(std::make_shared<const FaultInjector>(std::move(faults))),
-      mSlots(std::make_shared<SessionSlots>()) {}
+    : m_mapper(std::move(mapper)),
+      m_faults(std::make_shared<const FaultInjector>(std::move(faults))) {}
 
 ndk::ScopedAStatus OfflineCameraService::getSupportedOpModes(std::vector<int32_t>* modes) {
     modes->clear();
@@ -52,36 +26,29 @@ ndk::ScopedAStatus OfflineCameraService::getSupportedOpModes(std::vector<int32_t
 ndk::ScopedAStatus OfflineCameraService::registerClient(
         int32_t clientId, const std::shared_ptr<IOfflineCameraCallback>& callback) {
     if (callback == nullptr) return Refuse("registerClient", kIllegalArgument, "no callback");
-    std::shared_ptr<Registration> registration = Registration::Make(callback);
-    if (registration == nullptr) {
+    const pid_t process = AIBinder_getCallingPid();
+    const auto forget = [service = std::weak_ptr(ref<OfflineCameraService>()), process] {
+        const auto self = service.lock();
+        if (self == nullptr) return;
+        const std::lock_guard<std::mutex> guard(self->m_lock);
+        auto& clients = self->m_clients;
+        clients.erase(clients.lower_bound({process, INT32_MIN}),
+                      clients.upper_bound({process, INT32_MAX}));
+    };
+    Registration client;  // the replaced one in the end, released after the lock
+    const std::lock_guard<std::mutex> guard(m_lock);
+    client.callback = callback;
+    if (!client.watch.Begin(callback->asBinder(), forget)) {
         return Refuse("registerClient", kIllegalArgument, "the client is dead");
     }
-    std::lock_guard<std::mutex> guard(mLock);
-    ForgetDeadLocked();
-    auto& clients = mClients[AIBinder_getCallingPid()];
-    if (clients.size() >= kMaxClientsOfAProcess && clients.count(clientId) == 0) {
-        return Refuse("registerClient", kNoResources,
-                      "the process has " + std::to_string(clients.size()) + " clients already");
-    }
-    clients[clientId] = std::move(registration);
+    std::swap(m_clients[{process, clientId}], client);
     __android_log_print(ANDROID_LOG_INFO, kLogTag, "client %d registered", clientId);
     return ndk::ScopedAStatus::ok();
 }
 
-void OfflineCameraService::ForgetDeadLocked() {
-    for (auto process = mClients.begin(); process != mClients.end();) {
-        auto& clients = process->second;
-        for (auto client = clients.begin(); client != clients.end();) {
-            client = client->second->Dead() ? clients.erase(client) : std::next(client);
-        }
-        process = clients.empty() ? mClients.erase(process) : std::next(process);
-    }
-}
-
 ndk::ScopedAStatus OfflineCameraService::unregisterClient(int32_t clientId) {
-    std::lock_guard<std::mutex> guard(mLock);
-    const auto clients = mClients.find(AIBinder_getCallingPid());
-    if (clients == mClients.end() || clients->second.erase(clientId) == 0) {
+    const std::lock_guard<std::mutex> guard(m_lock);
+    if (m_clients.erase({AIBinder_getCallingPid(), clientId}) == 0) {
         return Refuse("unregisterClient", kIllegalArgument,
                       "client " + std::to_string(clientId) + " is not registered");
     }
@@ -91,28 +58,15 @@ ndk::ScopedAStatus OfflineCameraService::unregisterClient(int32_t clientId) {
 ndk::ScopedAStatus OfflineCameraService::openOfflineSession(
         const std::string& clientName, const std::shared_ptr<IOfflineCameraCallback>& callback,
         std::shared_ptr<IOfflineCameraSession>* session) {
-    if (auto status = mFaults->AtOpen(); !status.isOk()) return status;
+    if (auto status = m_faults->AtCall(kOpen, "die-on-open", "open-error"); !status.isOk())
+        return status;
     session->reset();
-    if (mFaults->GivesNoSession()) return ndk::ScopedAStatus::ok();
-    if (callback == nullptr) return Refuse("openOfflineSession", kIllegalArgument, "no callback");
-    if (clientName.size() > OfflineCameraSession::kMaxNameBytes) {
-        return Refuse("openOfflineSession", kIllegalArgument,
-                      "client name of " + std::to_string(clientName.size()) + " bytes: at most " +
-                              std::to_string(OfflineCameraSession::kMaxNameBytes));
-    }
-    SessionSlots::Slot slot = mSlots->Take(AIBinder_getCallingPid());
-    if (slot == nullptr) {
-        return Refuse("openOfflineSession", kNoResources,
-                      "too many sessions are open: " + std::to_string(SessionSlots::kMaxSessions) +
-                              " at most, and of one client half of what the others leave");
-    }
-    auto opened = ndk::SharedRefBase::make<OfflineCameraSession>(clientName, callback, mMapper,
-                                                                 mFaults, std::move(slot));
-    if (!opened->HasThread()) {
-        return Refuse("openOfflineSession", kNoResources, "the system has no thread for it");
-    }
+    if (m_faults->Has("open-null")) return ndk::ScopedAStatus::ok();
+    if (callback == nullptr) return Refuse(kOpen, kIllegalArgument, "no callback");
+    auto opened = ndk::SharedRefBase::make<OfflineCameraSession>(
+            clientName, SessionClient{callback, m_mapper}, m_faults);
     if (!opened->WatchClient()) {
-        return Refuse("openOfflineSession", kIllegalArgument, "the client is dead");
+        return Refuse(kOpen, kIllegalArgument, "the client is dead");
     }
     __android_log_print(ANDROID_LOG_INFO, kLogTag, "session %s: opened", clientName.c_str());
     *session = std::move(opened);

@@ -10,12 +10,12 @@
 #include <string>
 #include <vector>
 
+#include "death_watch.h"
 #include "faults.h"
-#include "session.h"
 
 namespace offlinecamera {
 
-/** Thread-safe; holds sessions and registrations only as long as their clients do. */
+// Thread-safe; holds sessions and registrations only as long as their clients do.
 class OfflineCameraService
     : public ::aidl::vendor::zel::hardware::camera::offlinecamera::BnOfflineCameraService {
   public:
@@ -25,7 +25,7 @@ class OfflineCameraService
     static constexpr char kInstance[] =
             "vendor.zel.hardware.camera.offlinecamera.IOfflineCameraService/default";
 
-    /** @param mapper imports the clients' buffers; not null */
+    // `mapper` imports the clients' buffers; not null.
     OfflineCameraService(::android::sp<ImportedBuffer::IMapper> mapper, FaultInjector faults);
 
     ndk::ScopedAStatus getSupportedOpModes(std::vector<int32_t>* modes) override;
@@ -37,17 +37,18 @@ class OfflineCameraService
                                           std::shared_ptr<IOfflineCameraSession>* session) override;
 
   private:
-    class Registration;
+    // The service has nothing to tell a registered client yet; it is kept until it leaves.
+    struct Registration {
+        std::shared_ptr<IOfflineCameraCallback> callback;
+        services::DeathWatch watch;
+    };
 
-    void ForgetDeadLocked();
+    const ::android::sp<ImportedBuffer::IMapper> m_mapper;
+    const std::shared_ptr<const FaultInjector> m_faults;
 
-    const ::android::sp<ImportedBuffer::IMapper> mMapper;
-    const std::shared_ptr<const FaultInjector> mFaults;
-    const std::shared_ptr<SessionSlots> mSlots;
-
-    std::mutex mLock;
-    // By process and its number for the client; dead ones go with the next call.
-    std::map<pid_t, std::map<int32_t, std::shared_ptr<Registration>>> mClients;
+    std::mutex m_lock;
+    // By process and its number for the client.
+    std::map<std::pair<pid_t, int32_t>, Registration> m_clients;
 };
 
 }  // namespace offlinecamera

@@ -1,9 +1,6 @@
 // The calls of a session.
 #include "session.h"
 
-#include <android/log.h>
-
-#include <algorithm>
 #include <set>
 
 #include "frame_runner.h"
@@ -13,6 +10,9 @@ namespace offlinecamera {
 
 namespace {
 
+using base::Failure;
+using base::Result;
+
 constexpr std::chrono::seconds kCloseWait(10);
 constexpr std::chrono::seconds kEarlyResultWait(30);
 
@@ -21,161 +21,129 @@ constexpr char kProcess[] = "processOfflineRequest";
 constexpr char kClose[] = "closeOfflineSession";
 constexpr char kEndedText[] = "the session has ended";
 
-SessionWorker::Work MakeWork(const std::shared_ptr<IOfflineCameraCallback>& client,
-                             const ::android::sp<ImportedBuffer::IMapper>& mapper,
-                             const std::shared_ptr<const FaultInjector>& faults,
-                             SessionSlots::Slot slot) {
-    auto runner = std::make_shared<FrameRunner>(client, mapper, faults);
-    return [runner, slot = std::move(slot)](Request& request, const StopSignal& stop) {
-        runner->Run(request, stop);
-    };
-}
-
 }  // namespace
 
-SessionSlots::Slot SessionSlots::Take(pid_t client) {
-    std::lock_guard<std::mutex> guard(mLock);
-    size_t all = 0;
-    for (const auto& entry : mTaken) all += entry.second;
-    const auto own = mTaken.find(client);
-    const size_t ofClient = own == mTaken.end() ? 0 : own->second;
-    const size_t left = kMaxSessions - (all - ofClient);
-    if (all >= kMaxSessions || (ofClient > 0 && ofClient >= left / 2)) return nullptr;
-    ++mTaken[client];
-    return {this, [self = shared_from_this(), client](const void*) { self->Free(client); }};
-}
-
-void SessionSlots::Free(pid_t client) {
-    std::lock_guard<std::mutex> guard(mLock);
-    const auto own = mTaken.find(client);
-    if (--own->second == 0) mTaken.erase(own);
-}
-
-OfflineCameraSession::OfflineCameraSession(std::string clientName,
-                                           std::shared_ptr<IOfflineCameraCallback> client,
-                                           ::android::sp<ImportedBuffer::IMapper> mapper,
-                                           std::shared_ptr<const FaultInjector> faults,
-                                           SessionSlots::Slot slot)
-    : mClientName(std::move(clientName)),
-      mClient(std::move(client)),
-      mMapper(std::move(mapper)),
-      mFaults(std::move(faults)),
-      mWorker(MakeWork(mClient, mMapper, mFaults, std::move(slot))) {}
+OfflineCameraSession::OfflineCameraSession(std::string clientName, SessionClient client,
+                                           std::shared_ptr<const FaultInjector> faults)
+    : m_clientName(std::move(clientName)),
+      m_client(std::move(client)),
+      m_faults(std::move(faults)),
+      m_worker([client = m_client, faults = m_faults](const Request& request,
+                                                      const StopSignal& stop) {
+          RunFrame(request, client, *faults, stop);
+      }) {}
 
 OfflineCameraSession::~OfflineCameraSession() {
-    // Runs on whatever thread let go last, which may have to serve the callback that the worker is
-    // in: so no waiting here.
+    // Runs on any thread, perhaps on one that has to serve the callback that the worker is in: so
+    // no waiting here.
     BeginEnd("released");
 }
 
 bool OfflineCameraSession::WatchClient() {
-    std::weak_ptr<DeathListener> self = ref<OfflineCameraSession>();
-    return mDeathWatch.Begin(mClient->asBinder(), std::move(self));
+    return m_deathWatch.Begin(m_client.callback->asBinder(),
+                              [session = std::weak_ptr(ref<OfflineCameraSession>())] {
+                                  if (const auto self = session.lock()) self->OnClientDied();
+                              });
 }
 
 ndk::ScopedAStatus OfflineCameraSession::configureOfflineStreams(
         const OfflineSessionConfigureInfo& info) {
-    if (auto status = mFaults->AtConfigure(); !status.isOk()) return status;
-    if (info.cameraId.size() > kMaxNameBytes) {
-        return Refuse(kConfigure, kIllegalArgument,
-                      "camera id of " + std::to_string(info.cameraId.size()) + " bytes: at most " +
-                              std::to_string(kMaxNameBytes));
-    }
-    auto streams = std::make_shared<StreamSet>();
-    const std::string problem = MakeStreamSet(info, streams.get());
-    if (!problem.empty()) return Refuse(kConfigure, kIllegalArgument, problem);
+    if (auto status = m_faults->AtCall(kConfigure, "die-on-configure", "configure-error");
+        !status.isOk())
+        return status;
+    Result<StreamSet> streams = MakeStreamSet(info);
+    if (!streams.Ok()) return Refuse(kConfigure, kIllegalArgument, streams.Error());
 
-    std::lock_guard<std::mutex> guard(mLock);
-    if (mEnded) return Refuse(kConfigure, kWrongState, kEndedText);
-    if (!mWorker.FramesInFlight().empty()) {
+    std::lock_guard<std::mutex> guard(m_lock);
+    if (m_ended) return Refuse(kConfigure, kWrongState, kEndedText);
+    if (!m_worker.FramesInFlight().empty()) {
         return Refuse(kConfigure, kWrongState, "requests are still being worked on");
     }
-    mStreams = std::move(streams);
+    m_streams = std::make_shared<const StreamSet>(std::move(streams).Value());
     __android_log_print(ANDROID_LOG_INFO, kLogTag, "session %s: camera %s, op mode %d, %zu streams",
-                        mClientName.c_str(), info.cameraId.c_str(), info.opMode,
+                        m_clientName.c_str(), info.cameraId.c_str(), info.opMode,
                         info.streams.size());
     return ndk::ScopedAStatus::ok();
 }
 
-std::string OfflineCameraSession::MakeRequests(const std::vector<OfflineRequestInfo>& infos,
-                                               std::vector<Request>* out) const {
-    for (size_t i = 0; i < infos.size(); ++i) {
-        Request request;
-        const std::string problem = MakeRequest(infos[i], mStreams, mMapper, &request);
-        if (!problem.empty()) return "request " + std::to_string(i) + ": " + problem;
-        out->push_back(std::move(request));
-    }
-    return {};
-}
-
-std::string OfflineCameraSession::AssignFrameNumbers(std::vector<Request>* requests,
-                                                     int32_t* answer) {
-    const std::vector<int32_t> inFlight = mWorker.FramesInFlight();
+Result<int32_t> OfflineCameraSession::AssignFrameNumbers(std::vector<Request>* requests) {
+    const std::vector<int32_t> inFlight = m_worker.FramesInFlight();
     std::set<int32_t> taken(inFlight.begin(), inFlight.end());
-    int32_t next = mNextFrameNumber;
+    int32_t next = m_nextFrameNumber;
     Request* asking = nullptr;
     for (Request& request : *requests) {
         if (request.frameNumber == -1) {
-            if (asking != nullptr) return "two requests ask for a frame number: one can be told";
+            if (asking != nullptr) {
+                return Failure{"two requests ask for a frame number: one can be told"};
+            }
             asking = &request;
         } else if (!taken.insert(request.frameNumber).second) {
-            return "frame number " + std::to_string(request.frameNumber) + " is in use";
+            return Failure{"frame number " + std::to_string(request.frameNumber) + " is in use"};
         } else if (request.frameNumber >= next) {
-            if (request.frameNumber == INT32_MAX) return "frame number 2147483647 is too large";
+            if (request.frameNumber == INT32_MAX) {
+                return Failure{"frame number 2147483647 is too large"};
+            }
             next = request.frameNumber + 1;
         }
     }
     if (asking != nullptr) {
-        if (next == INT32_MAX) return "there are no frame numbers left";
+        if (next == INT32_MAX) return Failure{"there are no frame numbers left"};
         asking->frameNumber = next++;
     }
-    *answer = (asking != nullptr ? *asking : requests->front()).frameNumber;
-    mNextFrameNumber = next;
-    return {};
+    m_nextFrameNumber = next;
+    return (asking != nullptr ? *asking : requests->front()).frameNumber;
 }
 
 ndk::ScopedAStatus OfflineCameraSession::processOfflineRequest(
         const std::vector<OfflineRequestInfo>& requests, int32_t* frameNumber) {
-    if (auto status = mFaults->AtProcess(); !status.isOk()) return status;
+    if (auto status = m_faults->AtCall(kProcess, "die-on-process", "process-error"); !status.isOk())
+        return status;
     if (requests.empty()) return Refuse(kProcess, kIllegalArgument, "no requests");
     {
-        std::lock_guard<std::mutex> guard(mLock);
-        if (mEnded) return Refuse(kProcess, kWrongState, kEndedText);
-        if (mStreams == nullptr) return Refuse(kProcess, kWrongState, "no streams are configured");
-        if (mWorker.FramesInFlight().size() + requests.size() > kMaxRequestsInFlight) {
+        std::lock_guard<std::mutex> guard(m_lock);
+        if (m_ended) return Refuse(kProcess, kWrongState, kEndedText);
+        if (m_streams == nullptr) return Refuse(kProcess, kWrongState, "no streams are configured");
+        if (m_worker.FramesInFlight().size() + requests.size() > kMaxRequestsInFlight) {
             return Refuse(kProcess, kNoResources,
                           "more than " + std::to_string(kMaxRequestsInFlight) + " requests");
         }
         std::vector<Request> checked;
-        std::string problem = MakeRequests(requests, &checked);
-        if (problem.empty()) problem = AssignFrameNumbers(&checked, frameNumber);
-        if (!problem.empty()) return Refuse(kProcess, kIllegalArgument, problem);
-        mWorker.Enqueue(std::move(checked));
+        for (const OfflineRequestInfo& info : requests) {
+            Result<Request> request = MakeRequest(info, m_streams, m_client.mapper);
+            if (!request.Ok()) {
+                return Refuse(kProcess, kIllegalArgument,
+                              "request " + std::to_string(checked.size()) + ": " + request.Error());
+            }
+            checked.push_back(std::move(request).Value());
+        }
+        const Result<int32_t> number = AssignFrameNumbers(&checked);
+        if (!number.Ok()) return Refuse(kProcess, kIllegalArgument, number.Error());
+        *frameNumber = number.Value();
+        m_worker.Enqueue(std::move(checked));
     }
-    if (mFaults->WaitsForTheResult()) mWorker.WaitUntilIdle(kEarlyResultWait);
+    if (m_faults->Has("early-result")) m_worker.WaitUntilIdle(kEarlyResultWait);
     return ndk::ScopedAStatus::ok();
 }
 
 bool OfflineCameraSession::BeginEnd(const char* reason) {
-    std::lock_guard<std::mutex> guard(mLock);
-    if (mEnded) return false;
-    mEnded = true;
-    mStreams = nullptr;
-    __android_log_print(ANDROID_LOG_INFO, kLogTag, "session %s: %s", mClientName.c_str(), reason);
+    std::lock_guard<std::mutex> guard(m_lock);
+    if (m_ended) return false;
+    m_ended = true;
+    m_streams = nullptr;
+    __android_log_print(ANDROID_LOG_INFO, kLogTag, "session %s: %s", m_clientName.c_str(), reason);
     return true;
 }
 
 ndk::ScopedAStatus OfflineCameraSession::closeOfflineSession() {
     if (!BeginEnd("closed")) return Refuse(kClose, kWrongState, kEndedText);
-    mDeathWatch.End();
-    if (!mWorker.Stop(kCloseWait)) {
-        LogProblem("session " + mClientName + ": closed while its client was in a callback");
+    if (!m_worker.Stop(kCloseWait)) {
+        LogProblem("session " + m_clientName + ": closed while its client was in a callback");
     }
     return ndk::ScopedAStatus::ok();
 }
 
 void OfflineCameraSession::OnClientDied() {
-    if (BeginEnd("client died")) mWorker.Stop(std::chrono::seconds(0));
+    if (BeginEnd("client died")) m_worker.Stop(std::chrono::seconds(0));
 }
 
 }  // namespace offlinecamera

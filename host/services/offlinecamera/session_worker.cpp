@@ -4,18 +4,20 @@
 #include <condition_variable>
 #include <deque>
 #include <mutex>
+#include <thread>
 #include <utility>
 
 namespace offlinecamera {
 
-/** Shared with the thread, which may outlive the worker. */
+// Shared with the thread, which may outlive the worker.
 struct SessionWorker::State final : StopSignal {
-    mutable std::mutex lock;
+    mutable std::mutex lock;  // guards what follows
     mutable std::condition_variable changed;
     std::deque<Request> queue;
     std::vector<int32_t> running;  // no or one frame number
     bool stopping = false;
     bool ended = false;
+    std::thread::id thread;
 
     bool Stopped() const override {
         std::lock_guard<std::mutex> guard(lock);
@@ -26,95 +28,65 @@ struct SessionWorker::State final : StopSignal {
         std::unique_lock<std::mutex> guard(lock);
         return changed.wait_for(guard, time, [this] { return stopping; });
     }
-};
 
-struct SessionWorker::Start {
-    std::shared_ptr<State> state;
-    Work work;
-};
-
-// A std::thread would end the service where the system has no further thread.
-SessionWorker::SessionWorker(Work work) : mState(std::make_shared<State>()) {
-    auto start = std::make_unique<Start>(Start{mState, std::move(work)});
-    mStarted = mOurs = pthread_create(&mThread, nullptr, RunThread, start.get()) == 0;
-    if (mStarted) {
-        (void)start.release();  // the thread's now
-    } else {
-        mState->stopping = mState->ended = true;
-    }
-}
-
-void* SessionWorker::RunThread(void* argument) {
-    std::unique_ptr<Start> start(static_cast<Start*>(argument));
-    const std::shared_ptr<State> state = start->state;
-    Run(state, start->work);
-    start = nullptr;  // what the work holds is gone before the end is told
-    std::lock_guard<std::mutex> guard(state->lock);
-    state->ended = true;
-    state->changed.notify_all();
-    return nullptr;
-}
-
-SessionWorker::~SessionWorker() {
-    Stop(std::chrono::milliseconds(0));
-}
-
-void SessionWorker::Run(const std::shared_ptr<State>& state, const Work& work) {
-    std::unique_lock<std::mutex> guard(state->lock);
-    for (;;) {
-        state->changed.wait(guard, [&] { return state->stopping || !state->queue.empty(); });
-        if (state->stopping) return;
-        {
-            Request request = std::move(state->queue.front());
-            state->queue.pop_front();
-            state->running = {request.frameNumber};
-            guard.unlock();
-            work(request, *state);
+    void Run(const Work& work) {
+        std::unique_lock<std::mutex> guard(lock);
+        thread = std::this_thread::get_id();
+        for (;;) {
+            changed.wait(guard, [&] { return stopping || !queue.empty(); });
+            if (stopping) return;
+            {
+                const Request request = std::move(queue.front());
+                queue.pop_front();
+                running = {request.frameNumber};
+                guard.unlock();
+                work(request, *this);
+            }
+            guard.lock();
+            running.clear();
+            changed.notify_all();
         }
-        guard.lock();
-        state->running.clear();
-        state->changed.notify_all();
     }
+};
+
+SessionWorker::SessionWorker(Work work) : m_state(std::make_shared<State>()) {
+    std::thread([state = m_state, work = std::move(work)]() mutable {
+        state->Run(work);
+        work = nullptr;  // what the work holds is gone before the end is told
+        std::lock_guard<std::mutex> guard(state->lock);
+        state->ended = true;
+        state->changed.notify_all();
+    }).detach();
 }
 
 void SessionWorker::Enqueue(std::vector<Request> requests) {
-    std::lock_guard<std::mutex> guard(mState->lock);
-    if (mState->stopping) return;
-    for (Request& request : requests) mState->queue.push_back(std::move(request));
-    mState->changed.notify_all();
+    std::lock_guard<std::mutex> guard(m_state->lock);
+    if (m_state->stopping) return;
+    for (Request& request : requests) m_state->queue.push_back(std::move(request));
+    m_state->changed.notify_all();
 }
 
 std::vector<int32_t> SessionWorker::FramesInFlight() const {
-    std::lock_guard<std::mutex> guard(mState->lock);
-    std::vector<int32_t> frames = mState->running;
-    for (const Request& request : mState->queue) frames.push_back(request.frameNumber);
+    std::lock_guard<std::mutex> guard(m_state->lock);
+    std::vector<int32_t> frames = m_state->running;
+    for (const Request& request : m_state->queue) frames.push_back(request.frameNumber);
     return frames;
 }
 
 bool SessionWorker::WaitUntilIdle(std::chrono::milliseconds limit) const {
-    std::unique_lock<std::mutex> guard(mState->lock);
-    return mState->changed.wait_for(
-            guard, limit, [this] { return mState->queue.empty() && mState->running.empty(); });
+    std::unique_lock<std::mutex> guard(m_state->lock);
+    return m_state->changed.wait_for(
+            guard, limit, [this] { return m_state->queue.empty() && m_state->running.empty(); });
 }
 
 bool SessionWorker::Stop(std::chrono::milliseconds limit) {
     std::deque<Request> dropped;  // released outside the lock
-    bool ended;
-    {
-        std::unique_lock<std::mutex> guard(mState->lock);
-        mState->stopping = true;
-        dropped.swap(mState->queue);
-        mState->changed.notify_all();
-        if (!std::exchange(mOurs, false)) return mState->ended;
-        const bool own = pthread_equal(pthread_self(), mThread) != 0;
-        ended = !own && mState->changed.wait_for(guard, limit, [this] { return mState->ended; });
-    }
-    if (ended) {
-        pthread_join(mThread, nullptr);
-    } else {
-        pthread_detach(mThread);
-    }
-    return ended;
+    std::unique_lock<std::mutex> guard(m_state->lock);
+    m_state->stopping = true;
+    dropped.swap(m_state->queue);
+    m_state->changed.notify_all();
+    if (!m_state->ended && m_state->thread == std::this_thread::get_id()) return false;
+    return m_state->changed.wait_for(guard, limit, [this] { return m_state->ended; });
 }
 
 }  // namespace offlinecamera

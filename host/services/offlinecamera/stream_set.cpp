@@ -12,28 +12,30 @@ namespace {
 using ::aidl::android::hardware::camera::device::StreamRotation;
 using ::aidl::android::hardware::camera::device::StreamType;
 using ::aidl::android::hardware::graphics::common::PixelFormat;
+using base::Done;
+using base::Failure;
+using base::Result;
 
 constexpr int32_t kMaxSide = 32768;
 constexpr size_t kMaxStreams = 8;
 
-/** What a mode takes and gives. */
+// What a mode takes and gives.
 struct ModeShape {
     OpMode mode;
     uint32_t framesPerRequest;
-    std::vector<PixelFormat> inputs;
+    size_t inputCount;
+    PixelFormat inputs[2];
     PixelFormat output;
 };
 
+constexpr PixelFormat kRaw = PixelFormat::RAW10;
+constexpr PixelFormat kYuv = PixelFormat::YCBCR_420_888;
+constexpr ModeShape kModes[] = {{OpMode::kB2Y, 1, 1, {kRaw}, kYuv},
+                                {OpMode::kY2J, 1, 1, {kYuv}, PixelFormat::BLOB},
+                                {OpMode::kMMF, 3, 2, {kRaw, kYuv}, kYuv}};
+
 const ModeShape* FindMode(int32_t opMode) {
-    static const auto* shapes = new std::vector<ModeShape>{
-            {OpMode::kB2Y, 1, {PixelFormat::RAW10}, PixelFormat::YCBCR_420_888},
-            {OpMode::kY2J, 1, {PixelFormat::YCBCR_420_888}, PixelFormat::BLOB},
-            {OpMode::kMMF,
-             3,
-             {PixelFormat::RAW10, PixelFormat::YCBCR_420_888},
-             PixelFormat::YCBCR_420_888},
-    };
-    for (const ModeShape& shape : *shapes) {
+    for (const ModeShape& shape : kModes) {
         if (static_cast<int32_t>(shape.mode) == opMode) return &shape;
     }
     return nullptr;
@@ -47,96 +49,96 @@ std::string Size(const Stream& stream) {
     return std::to_string(stream.width) + " x " + std::to_string(stream.height);
 }
 
-std::string CheckStream(const Stream& stream) {
+Result<Done> CheckStream(const Stream& stream) {
     if (stream.streamType != StreamType::INPUT && stream.streamType != StreamType::OUTPUT) {
-        return Name(stream) + " is neither input nor output";
+        return Failure{Name(stream) + " is neither input nor output"};
     }
-    const bool raw = stream.format == PixelFormat::RAW10;
+    const bool raw = stream.format == kRaw;
     if (stream.width <= 0 || stream.width > kMaxSide || stream.width % (raw ? 4 : 2) != 0 ||
         stream.height <= 0 || stream.height > kMaxSide || stream.height % 2 != 0) {
-        return Name(stream) + " is " + Size(stream) + ": sides are even, 2 to 32768" +
-               (raw ? ", and a RAW10 width is a multiple of 4" : "");
+        return Failure{Name(stream) + " is " + Size(stream) + ": sides are even, 2 to 32768" +
+                       (raw ? ", and a RAW10 width is a multiple of 4" : "")};
     }
     if (stream.rotation != StreamRotation::ROTATION_0) {
-        return Name(stream) + " asks for rotation " + toString(stream.rotation) +
-               ": nothing is rotated here";
+        return Failure{Name(stream) + " asks for rotation " + toString(stream.rotation) +
+                       ": nothing is rotated here"};
     }
     if (stream.format == PixelFormat::BLOB && stream.bufferSize <= kBlobTrailerBytes) {
-        return Name(stream) + " has a buffer size of " + std::to_string(stream.bufferSize) +
-               " bytes: a BLOB stream needs more than " + std::to_string(kBlobTrailerBytes);
+        return Failure{Name(stream) + " has a buffer size of " + std::to_string(stream.bufferSize) +
+                       " bytes: a BLOB stream needs more than " +
+                       std::to_string(kBlobTrailerBytes)};
     }
-    return {};
+    return Done{};
 }
 
-/** Sorts the streams into inputs and outputs, each checked on its own. */
-std::string SplitStreams(const std::vector<Stream>& streams, StreamSet* out) {
-    if (streams.empty()) return "no streams";
+// Sorts the streams, each checked on its own, into inputs and outputs.
+Result<Done> SplitStreams(const std::vector<Stream>& streams, StreamSet* out) {
+    if (streams.empty()) return Failure{"no streams"};
     if (streams.size() > kMaxStreams) {
-        return std::to_string(streams.size()) + " streams: at most " + std::to_string(kMaxStreams);
+        return Failure{std::to_string(streams.size()) + " streams: at most " +
+                       std::to_string(kMaxStreams)};
     }
     std::set<int32_t> ids;
     for (const Stream& stream : streams) {
-        if (std::string problem = CheckStream(stream); !problem.empty()) return problem;
-        if (!ids.insert(stream.id).second) return Name(stream) + " is there twice";
+        if (auto checked = CheckStream(stream); !checked.Ok()) return checked;
+        if (!ids.insert(stream.id).second) return Failure{Name(stream) + " is there twice"};
         (stream.streamType == StreamType::INPUT ? out->inputs : out->outputs).push_back(stream);
     }
-    return {};
+    return Done{};
 }
 
-std::string CheckFormats(const ModeShape& shape, const StreamSet& set) {
-    if (set.inputs.size() != shape.inputs.size()) {
-        return std::to_string(set.inputs.size()) + " input streams: the mode takes " +
-               std::to_string(shape.inputs.size());
+Result<Done> CheckFormats(const ModeShape& shape, const StreamSet& set) {
+    if (set.inputs.size() != shape.inputCount) {
+        return Failure{std::to_string(set.inputs.size()) + " input streams: the mode takes " +
+                       std::to_string(shape.inputCount)};
     }
     for (size_t i = 0; i < set.inputs.size(); ++i) {
-        if (set.inputs[i].format != shape.inputs[i]) {
-            return "input " + Name(set.inputs[i]) + " has format " +
-                   toString(set.inputs[i].format) + ": the mode takes " + toString(shape.inputs[i]);
-        }
+        if (set.inputs[i].format == shape.inputs[i]) continue;
+        return Failure{"input " + Name(set.inputs[i]) + " has format " +
+                       toString(set.inputs[i].format) + ": the mode takes " +
+                       toString(shape.inputs[i])};
     }
-    if (set.outputs.empty()) return "no output stream";
+    if (set.outputs.empty()) return Failure{"no output stream"};
     for (const Stream& output : set.outputs) {
-        if (output.format != shape.output) {
-            return "output " + Name(output) + " has format " + toString(output.format) +
-                   ": the mode gives " + toString(shape.output);
-        }
+        if (output.format == shape.output) continue;
+        return Failure{"output " + Name(output) + " has format " + toString(output.format) +
+                       ": the mode gives " + toString(shape.output)};
     }
-    return {};
+    return Done{};
 }
 
-/** Pictures are cropped, never scaled; a JPEG file shows the whole picture. */
-std::string CheckSizes(const StreamSet& set) {
+// Pictures are cropped, never scaled; a JPEG file shows the whole picture.
+Result<Done> CheckSizes(const StreamSet& set) {
     const Stream& source = set.inputs[0];
     for (const Stream& output : set.outputs) {
-        if (output.format == PixelFormat::BLOB) {
-            if (output.width != source.width || output.height != source.height) {
-                return "output " + Name(output) + " is " + Size(output) + ": its input is " +
-                       Size(source) + ", and nothing is scaled here";
-            }
-        } else if (output.width > source.width || output.height > source.height) {
-            return "output " + Name(output) + " is " + Size(output) +
-                   ": larger than its input of " + Size(source);
-        }
+        const bool file = output.format == PixelFormat::BLOB;
+        const bool fits = file ? output.width == source.width && output.height == source.height
+                               : output.width <= source.width && output.height <= source.height;
+        if (fits) continue;
+        const std::string size = "output " + Name(output) + " is " + Size(output);
+        if (file)
+            return Failure{size + ": its input is " + Size(source) +
+                           ", and nothing is scaled here"};
+        return Failure{size + ": larger than its input of " + Size(source)};
     }
-    return {};
+    return Done{};
 }
 
 }  // namespace
 
-std::string MakeStreamSet(const OfflineSessionConfigureInfo& info, StreamSet* out) {
+Result<StreamSet> MakeStreamSet(const OfflineSessionConfigureInfo& info) {
+    const std::string mode = "op mode " + std::to_string(info.opMode);
     const ModeShape* shape = FindMode(info.opMode);
     if (shape == nullptr) {
-        return "op mode " + std::to_string(info.opMode) +
-               " has no stream set here: B2Y 0, Y2J 1 and MMF 3 have one";
+        return Failure{mode + " has no stream set here: B2Y 0, Y2J 1 and MMF 3 have one"};
     }
     StreamSet set = {shape->mode, shape->framesPerRequest, {}, {}};
-    std::string problem = SplitStreams(info.streams, &set);
-    if (problem.empty()) problem = CheckFormats(*shape, set);
-    if (problem.empty()) problem = CheckSizes(set);
-    if (problem.empty()) problem = CheckMetadataBlob(info.sessionParams);
-    if (!problem.empty()) return "op mode " + std::to_string(info.opMode) + ": " + problem;
-    *out = std::move(set);
-    return {};
+    Result<Done> checked = SplitStreams(info.streams, &set);
+    if (checked.Ok()) checked = CheckFormats(*shape, set);
+    if (checked.Ok()) checked = CheckSizes(set);
+    if (checked.Ok()) checked = CheckMetadataBlob(info.sessionParams);
+    if (!checked.Ok()) return Failure{mode + ": " + checked.Error()};
+    return set;
 }
 
 }  // namespace offlinecamera

@@ -3,9 +3,9 @@
 
 #include <aidl/android/hardware/camera/device/Stream.h>
 #include <aidl/vendor/zel/hardware/camera/offlinecamera/OfflineSessionConfigureInfo.h>
+#include <base/result.h>
 
 #include <cstdint>
-#include <string>
 #include <vector>
 
 namespace offlinecamera {
@@ -15,19 +15,17 @@ using ::aidl::vendor::zel::hardware::camera::offlinecamera::OfflineSessionConfig
 
 enum class OpMode : int32_t { kB2Y = 0, kY2J = 1, kMMF = 3 };
 
-/** The modes that have a stream set here, in numerical order. */
+// The modes that have a stream set here, in numerical order.
 inline constexpr OpMode kSupportedOpModes[] = {OpMode::kB2Y, OpMode::kY2J, OpMode::kMMF};
 
-/** Bytes at the end of a BLOB stream's buffer that say what the buffer holds. */
+// Bytes at the end of a BLOB stream's buffer that say what the buffer holds.
 inline constexpr int32_t kBlobTrailerBytes = 8;
 
-/**
- * What one session works on:
- *   B2Y  1 frame  of RAW10             to YUV streams no larger than it
- *   Y2J  1 frame  of YUV               to BLOB streams of the same picture size
- *   MMF  3 frames of RAW10 and a YUV   to YUV streams no larger than the RAW10 one
- * Picture sizes are even and at most 32768; a RAW10 width is a multiple of 4.
- */
+// What one session works on:
+//   B2Y  1 frame  of RAW10             to YUV streams no larger than it
+//   Y2J  1 frame  of YUV               to BLOB streams of the same picture size
+//   MMF  3 frames of RAW10 and a YUV   to YUV streams no larger than the RAW10 one
+// Picture sizes are even and at most 32768; a RAW10 width is a multiple of 4.
 struct StreamSet {
     OpMode mode;
     uint32_t framesPerRequest;
@@ -35,7 +33,7 @@ struct StreamSet {
     std::vector<Stream> outputs;  // one or more
 };
 
-/** @return empty and `*out` filled, or what is wrong with the configuration */
-std::string MakeStreamSet(const OfflineSessionConfigureInfo& info, StreamSet* out);
+// Fails with what is wrong with the configuration.
+base::Result<StreamSet> MakeStreamSet(const OfflineSessionConfigureInfo& info);
 
 }  // namespace offlinecamera

@@ -10,39 +10,31 @@
 #include <string>
 #include <vector>
 
+#include "death_watch.h"
+
 class ServiceTable {
   public:
     // Lives as long as the process.
-    static ServiceTable& instance();
+    static ServiceTable& Instance();
 
-    // A device has a few hundred services.
-    static constexpr size_t kMaxServices = 2048;
-    static constexpr size_t kMaxOfAProcess = 256;
-
-    // Replaces a service of the same name. `process`: who asks. STATUS_BAD_VALUE for a bad name or
-    // no object, STATUS_DEAD_OBJECT for an object whose process is gone, STATUS_NO_MEMORY for more
-    // than the table takes.
-    binder_status_t add(const std::string& name, const ndk::SpAIBinder& binder, pid_t process);
+    // Replaces a service of the same name. `process`: who asks, for the log. STATUS_BAD_VALUE for a
+    // bad name or no object, STATUS_DEAD_OBJECT for an object whose process is gone.
+    binder_status_t Add(const std::string& name, const ndk::SpAIBinder& binder, pid_t process);
     // Null if there is none.
-    ndk::SpAIBinder find(const std::string& name);
-    std::vector<std::string> names();
+    ndk::SpAIBinder Find(const std::string& name);
+    std::vector<std::string> Names();
 
   private:
-    // Belongs to the link to the service's death.
-    struct Registration {
-        std::string name;
-    };
     struct Service {
         ndk::SpAIBinder binder;
-        pid_t process = -1;                     // that added it
-        const Registration* current = nullptr;  // to compare, and to unlink
+        pid_t process = -1;  // that added it
+        uint64_t number = 0;
+        services::DeathWatch watch;
     };
 
-    ServiceTable();
-    bool hasRoomLocked(const std::string& name, pid_t process) const;
-    void removeDead(const Registration* registration);
+    void RemoveDead(const std::string& name, uint64_t number);
 
-    ndk::ScopedAIBinder_DeathRecipient mDeathRecipient;
-    std::mutex mMutex;  // guards mServices
-    std::map<std::string, Service> mServices;
+    std::mutex m_mutex;  // guards what follows
+    uint64_t m_lastNumber = 0;
+    std::map<std::string, Service> m_services;
 };

@@ -15,10 +15,6 @@ bool isAidlNativeHandleEmpty(const ::aidl::android::hardware::common::NativeHand
 // native_handle_delete() only. Null with more than 1024 descriptors or integers.
 native_handle_t* makeFromAidl(const ::aidl::android::hardware::common::NativeHandle& handle);
 
-// Returns a handle with duplicates (close-on-exec). Free it with native_handle_close() and
-// native_handle_delete(). Null as above. A descriptor that cannot be duplicated becomes -1.
-native_handle_t* dupFromAidl(const ::aidl::android::hardware::common::NativeHandle& handle);
-
 // The result takes over the descriptors of `handle`, but not its structure: free that with
 // native_handle_delete() only.
 ::aidl::android::hardware::common::NativeHandle makeToAidl(const native_handle_t* handle);

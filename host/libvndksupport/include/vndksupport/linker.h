@@ -10,12 +10,6 @@ extern "C" {
 // or empty. `name` is a plain file name. Returns a handle for dlsym(); null after logging why.
 void* android_load_sphal_library(const char* name, int flag);
 
-// dlclose() of what android_load_sphal_library() returned: 0, or not 0 on failure.
-int android_unload_sphal_library(void* handle);
-
-// Deprecated. 1: nothing but vendor code runs here.
-int android_is_in_vendor_process(void);
-
 #ifdef __cplusplus
 }
 #endif

@@ -1,140 +1,90 @@
-// The allocator's service object, found by name in this process.
+// The allocator's service object.
 #include "host/services/graphicsallocator/allocator.h"
 
 #include <aidl/android/hardware/graphics/allocator/AllocationError.h>
-#include <aidlcommonsupport/NativeHandle.h>
-#include <android/binder_manager.h>
-#include <gralloctypes/Gralloc4.h>
 #include <gtest/gtest.h>
-
-#include <set>
-
-#include "tests/host/graphics/buffers.h"
+#include <sys/stat.h>
 
 namespace graphics {
 namespace {
 
 using ::aidl::android::hardware::graphics::allocator::AllocationError;
-using ::aidl::android::hardware::graphics::allocator::AllocationResult;
-using ::aidl::android::hardware::graphics::allocator::BufferDescriptorInfo;
-using ::aidl::android::hardware::graphics::allocator::IAllocator;
 using ::aidl::android::hardware::graphics::common::PixelFormat;
-using ::android::hardware::hidl_vec;
-using ::android::hardware::graphics::mapper::V4_0::IMapper;
+using Result = Allocator::AllocationResult;
+using Info = Allocator::BufferDescriptorInfo;
 
-std::shared_ptr<IAllocator> startAllocator() {
-    const auto allocator = ::ndk::SharedRefBase::make<Allocator>();
-    EXPECT_EQ(AServiceManager_addService(allocator->asBinder().get(), Allocator::kInstance),
-              EX_NONE);
-    return IAllocator::fromBinder(
-            ::ndk::SpAIBinder(AServiceManager_checkService(Allocator::kInstance)));
-}
-
-// What a mapper encodes for a 640 x 480 NV12 buffer.
-std::vector<uint8_t> descriptor(uint32_t width = 640, int32_t format = kFormatYcbcr420) {
-    IMapper::BufferDescriptorInfo info{};
+// A buffer of `width` x 480.
+Info Describe(int32_t width, PixelFormat format) {
+    Info info;
+    info.name.fill(0);
     info.width = width;
     info.height = 480;
     info.layerCount = 1;
-    info.format = static_cast<::android::hardware::graphics::common::V1_2::PixelFormat>(format);
-    info.usage = 3;
-    hidl_vec<uint8_t> bytes;
-    EXPECT_EQ(::android::gralloc4::encodeBufferDescriptorInfo(info, &bytes), ::android::NO_ERROR);
-    return bytes;
-}
-
-BufferDescriptorInfo jpegInfo() {
-    BufferDescriptorInfo info;
-    info.name.fill(0);
-    info.name[0] = 'j';
-    info.width = 24'000'000;
-    info.height = 1;
-    info.layerCount = 1;
-    info.format = PixelFormat::BLOB;
+    info.format = format;
     return info;
 }
 
-// What an importer makes of one allocated buffer.
-BufferError check(const ::aidl::android::hardware::common::NativeHandle& buffer, BufferInfo* info) {
-    native_handle_t* raw = ::android::makeFromAidl(buffer);
-    const auto copy = DuplicateBuffer(raw);
-    if (copy.Ok()) *info = copy.Value().info;
-    native_handle_delete(raw);
-    return ErrorOf(copy);
+// Asks an allocator that has this fault, if any. Returns the error's code, 0 for none.
+int32_t Allocate(const Info& info, int32_t count, Result* result, const char* fault = nullptr) {
+    services::FaultSet faults = Allocator::Faults();
+    if (fault != nullptr) EXPECT_TRUE(faults.Add(fault).Ok()) << fault;
+    const auto allocator = ::ndk::SharedRefBase::make<Allocator>(faults);
+    const auto status = allocator->allocate2(info, count, result);
+    EXPECT_EQ(status.isOk(), std::string(status.getMessage()).empty()) << "the reason";
+    return status.getServiceSpecificError();
 }
 
-void expectError(const ::ndk::ScopedAStatus& status, AllocationError error) {
-    EXPECT_EQ(status.getExceptionCode(), EX_SERVICE_SPECIFIC);
-    EXPECT_EQ(status.getServiceSpecificError(), static_cast<int32_t>(error));
-    EXPECT_STRNE(status.getMessage(), "") << "no reason given";
-}
+const Info kNv12 = Describe(640, PixelFormat::YCBCR_420_888);
 
-TEST(Allocator, AllocatesWhatAMapperDescribes) {
-    const auto allocator = startAllocator();
-    ASSERT_NE(allocator, nullptr);
-    AllocationResult result;
-    ASSERT_TRUE(allocator->allocate(descriptor(), 1, &result).isOk());
+TEST(Allocator, AllocatesWhatAClientDescribes) {
+    Result result;
+    ASSERT_EQ(Allocate(kNv12, 3, &result), 0);
     EXPECT_EQ(result.stride, 640);
-    ASSERT_EQ(result.buffers.size(), 1u);
-    BufferInfo info;
-    EXPECT_EQ(check(result.buffers[0], &info), BufferError::kNone);
-    EXPECT_EQ(info.description.width, 640u);
-    EXPECT_EQ(info.layout.size, 491'520u);
-
+    ASSERT_EQ(result.buffers.size(), 3u);
+    struct stat file = {};
+    EXPECT_EQ(fstat(result.buffers[2].fds[0].get(), &file), 0);
+    EXPECT_EQ(file.st_size, 491'520);
+    EXPECT_NE(result.buffers[0].ints, result.buffers[1].ints) << "each has an id of its own";
     // RAW10 rows are told in bytes: source files are padded to them.
-    ASSERT_TRUE(allocator->allocate(descriptor(4096, kFormatRaw10), 1, &result).isOk());
+    ASSERT_EQ(Allocate(Describe(4096, PixelFormat::RAW10), 1, &result), 0);
     EXPECT_EQ(result.stride, 5120);
 }
 
-TEST(Allocator, AllocatesWhatAClientDescribes) {
-    const auto allocator = startAllocator();
-    AllocationResult result;
-    ASSERT_TRUE(allocator->allocate2(jpegInfo(), 3, &result).isOk());
-    ASSERT_EQ(result.buffers.size(), 3u);
-    std::set<std::vector<int32_t>> handles;  // with the buffers' ids
-    for (const auto& buffer : result.buffers) {
-        BufferInfo info;
-        EXPECT_EQ(check(buffer, &info), BufferError::kNone);
-        EXPECT_EQ(info.description.name, "j");
-        EXPECT_EQ(info.layout.size, 24'000'000u);
-        handles.insert(buffer.ints);
+TEST(Allocator, RefusesBadRequestsWithAReason) {
+    Info options = kNv12;
+    options.additionalOptions.resize(1);
+    const Info empty = Describe(0, PixelFormat::YCBCR_420_888);
+    const Info rgb = Describe(640, PixelFormat::RGBA_8888);
+    const struct {
+        const Info& info;
+        int32_t count;
+        const char* fault;
+        AllocationError error;
+    } cases[] = {{empty, 1, nullptr, AllocationError::BAD_DESCRIPTOR},
+                 {rgb, 1, nullptr, AllocationError::UNSUPPORTED},
+                 {options, 1, nullptr, AllocationError::UNSUPPORTED},
+                 {kNv12, 0, nullptr, AllocationError::BAD_DESCRIPTOR},
+                 {kNv12, 65, nullptr, AllocationError::NO_RESOURCES},
+                 {kNv12, 1, "allocate-error", AllocationError::NO_RESOURCES}};
+    for (const auto& [info, count, fault, error] : cases) {
+        Result result;
+        EXPECT_EQ(Allocate(info, count, &result, fault), static_cast<int32_t>(error));
+        EXPECT_EQ(result.buffers.size(), 0u);
     }
-    EXPECT_EQ(handles.size(), 3u);
-    std::string suffix;
-    EXPECT_TRUE(allocator->getIMapperLibrarySuffix(&suffix).isOk());
-    EXPECT_EQ(suffix, "zel");
+    Result result;
+    const auto status = ::ndk::SharedRefBase::make<Allocator>()->allocate({1, 2, 3}, 1, &result);
+    EXPECT_EQ(status.getServiceSpecificError(),
+              static_cast<int32_t>(AllocationError::BAD_DESCRIPTOR));
 }
 
-TEST(Allocator, RefusesBadRequestsWithAReason) {
-    const auto allocator = startAllocator();
-    AllocationResult result;
-    result.stride = 4711;
-    std::vector<uint8_t> cut = descriptor();
-    cut.pop_back();
-    std::vector<uint8_t> longer = descriptor();
-    longer.push_back(0);
-    for (const std::vector<uint8_t>& bytes :
-         {std::vector<uint8_t>(), cut, longer, std::vector<uint8_t>(48, 0xff), descriptor(0)}) {
-        expectError(allocator->allocate(bytes, 1, &result), AllocationError::BAD_DESCRIPTOR);
-    }
-    expectError(allocator->allocate(descriptor(640, 1), 1, &result), AllocationError::UNSUPPORTED);
-    expectError(allocator->allocate(descriptor(0xffffff80), 1, &result),
-                AllocationError::UNSUPPORTED);
-    expectError(allocator->allocate(descriptor(), 0, &result), AllocationError::BAD_DESCRIPTOR);
-    expectError(allocator->allocate(descriptor(), -1, &result), AllocationError::BAD_DESCRIPTOR);
-    expectError(allocator->allocate(descriptor(), Allocator::kMaxCount + 1, &result),
-                AllocationError::NO_RESOURCES);
-
-    BufferDescriptorInfo negative = jpegInfo();
-    negative.width = -1;
-    expectError(allocator->allocate2(negative, 1, &result), AllocationError::UNSUPPORTED);
-    BufferDescriptorInfo named = jpegInfo();
-    named.name.fill('n');
-    expectError(allocator->allocate2(named, 1, &result), AllocationError::BAD_DESCRIPTOR);
-    BufferDescriptorInfo options = jpegInfo();
-    options.additionalOptions.resize(1);
-    expectError(allocator->allocate2(options, 1, &result), AllocationError::UNSUPPORTED);
-    EXPECT_EQ(result.stride, 4711) << "written in spite of an error";
+TEST(Allocator, MisbehavesOnDemand) {
+    Result result;
+    EXPECT_EQ(Allocate(kNv12, 1, &result, "allocate-none"), 0);
+    EXPECT_EQ(result.buffers.size(), 0u);
+    EXPECT_EQ(Allocate(kNv12, 1, &result, "allocate-two"), 0);
+    EXPECT_EQ(result.buffers.size(), 2u);
+    EXPECT_EQ(Allocate(kNv12, 1, &result, "bad-handle"), 0);
+    EXPECT_EQ(result.buffers[0].ints[2], 960) << "the height";
 }
 
 }  // namespace

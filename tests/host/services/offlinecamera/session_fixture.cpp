@@ -1,82 +1,89 @@
-// Sessions and requests for tests.
+// Sessions, buffers and requests for tests.
 #include "session_fixture.h"
 
-#include <imaging/raw10.h>
+#include "host/services/graphicsallocator/allocator.h"
 
 namespace offlinecamera {
 
-uint16_t MosaicPixel(int frame, uint32_t x, uint32_t y) {
-    return static_cast<uint16_t>((200 + 37 * x + 53 * y + 211 * frame + 17 * x * y) % 1024);
+Stream MakeStream(int32_t id, StreamType type, PixelFormat format, int32_t width, int32_t height) {
+    Stream stream;
+    stream.id = id;
+    stream.streamType = type;
+    stream.width = width;
+    stream.height = height;
+    stream.format = format;
+    stream.usage = ::aidl::android::hardware::graphics::common::BufferUsage::CPU_READ_OFTEN;
+    stream.bufferSize = format == PixelFormat::BLOB ? 20000 : 0;
+    return stream;
 }
 
-void Fill(const NativeHandle& handle, const Stream& stream, int frame) {
-    WithBuffer(handle, stream, Access::kWrite, [&](const LockedBuffer& buffer) {
-        const auto width = static_cast<uint32_t>(stream.width);
-        const auto height = static_cast<uint32_t>(stream.height);
-        if (stream.format == PixelFormat::RAW10) {
-            const auto view = buffer.Raw(stream);
-            std::vector<uint16_t> row(width);
-            for (uint32_t y = 0; y < height; ++y) {
-                for (uint32_t x = 0; x < width; ++x) row[x] = MosaicPixel(frame, x, y);
-                imaging::PackRaw10Row(row.data(), width, view.data + y * view.strideBytes);
-            }
-            return;
-        }
-        const auto view = buffer.Nv12(stream);
-        for (uint32_t y = 0; y < height; ++y) {
-            for (uint32_t x = 0; x < width; ++x) {
-                view.y[y * view.strideBytes + x] = static_cast<uint8_t>(10 * x + 5 * y);
-                if (y % 2 == 0) {
-                    view.uv[y / 2 * view.strideBytes + x] = static_cast<uint8_t>(100 + 8 * y + x);
-                }
-            }
-        }
-    });
+OfflineSessionConfigureInfo Configuration(OpMode mode) {
+    const auto in = StreamType::INPUT, out = StreamType::OUTPUT;
+    const auto raw = PixelFormat::RAW10, yuv = PixelFormat::YCBCR_420_888;
+    OfflineSessionConfigureInfo info;
+    info.cameraId = "2";
+    info.opMode = static_cast<int32_t>(mode);
+    if (mode == OpMode::kB2Y) {
+        info.streams = {MakeStream(0, in, raw, 16, 12), MakeStream(1, out, yuv, 12, 8)};
+    } else if (mode == OpMode::kMMF) {
+        info.streams = {MakeStream(0, in, raw, 16, 12), MakeStream(1, in, yuv, 8, 6),
+                        MakeStream(2, out, yuv, 12, 8)};
+    } else {
+        info.streams = {MakeStream(0, in, yuv, 16, 12),
+                        MakeStream(1, out, PixelFormat::BLOB, 16, 12)};
+    }
+    return info;
+}
+
+NativeHandle Allocate(const Stream& stream, int32_t spare) {
+    const bool blob = stream.format == PixelFormat::BLOB;
+    graphics::Allocator::BufferDescriptorInfo info;
+    info.name.fill(0);
+    info.width = blob ? stream.bufferSize + spare : stream.width;
+    info.height = blob ? 1 : stream.height;
+    info.layerCount = 1;
+    info.format = stream.format;
+    info.usage = stream.usage;
+    graphics::Allocator::AllocationResult made;
+    const auto status = ndk::SharedRefBase::make<graphics::Allocator>()->allocate2(info, 1, &made);
+    EXPECT_TRUE(status.isOk()) << status.getMessage();
+    return status.isOk() ? std::move(made.buffers[0]) : NativeHandle();
 }
 
 void SessionFixture::Open(const std::vector<std::string>& faults) {
     FaultInjector injector;
-    for (const std::string& fault : faults) ASSERT_EQ(injector.Add(fault), "");
-    mService = ndk::SharedRefBase::make<OfflineCameraService>(TestMapper(), std::move(injector));
-    const auto status = mService->openOfflineSession("test", mClient, &mSession);
-    ASSERT_TRUE(status.isOk()) << status.getDescription();
-    ASSERT_NE(mSession, nullptr);
+    for (const std::string& fault : faults) ASSERT_TRUE(injector.Add(fault).Ok()) << fault;
+    m_service = ndk::SharedRefBase::make<OfflineCameraService>(
+            ImportedBuffer::IMapper::getService(), std::move(injector));
+    ASSERT_TRUE(m_service->openOfflineSession("test", m_client, &m_session).isOk());
+    ASSERT_NE(m_session, nullptr);
 }
 
-void SessionFixture::OpenAndConfigure(OpMode mode, const std::vector<std::string>& faults) {
-    Open(faults);
-    mConfiguration = Configuration(mode);
-    const auto status = mSession->configureOfflineStreams(mConfiguration);
+void SessionFixture::Configure(OfflineSessionConfigureInfo configuration) {
+    m_configuration = std::move(configuration);
+    const auto status = m_session->configureOfflineStreams(m_configuration);
     ASSERT_TRUE(status.isOk()) << status.getDescription();
-}
-
-std::vector<StreamBuffer> SessionFixture::MakeBuffers(StreamType type, int frame, int64_t* nextId) {
-    std::vector<StreamBuffer> buffers;
-    for (const Stream& stream : mConfiguration.streams) {
-        if (stream.streamType != type) continue;
-        StreamBuffer buffer;
-        buffer.streamId = stream.id;
-        buffer.bufferId = (*nextId)++;
-        buffer.buffer = Allocate(stream, /* spare */ 100);
-        if (type == StreamType::INPUT) Fill(buffer.buffer, stream, frame);
-        mHandles[{stream.id, buffer.bufferId}] = Dup(buffer.buffer);
-        buffers.push_back(std::move(buffer));
-    }
-    return buffers;
 }
 
 OfflineRequestInfo SessionFixture::MakeInfo() {
+    int64_t nextId = 1;
+    const auto makeBuffers = [&](StreamType type) {
+        std::vector<StreamBuffer> buffers;
+        for (const Stream& stream : m_configuration.streams) {
+            if (stream.streamType != type) continue;
+            buffers.emplace_back();
+            buffers.back().streamId = stream.id;
+            buffers.back().bufferId = nextId++;
+            buffers.back().buffer = Allocate(stream, /* spare */ 100);
+        }
+        return buffers;
+    };
     OfflineRequestInfo info;
     info.frameNumber = -1;
-    const int frames = mConfiguration.opMode == static_cast<int32_t>(OpMode::kMMF) ? 3 : 1;
-    int64_t nextId = 1;
-    for (int f = 0; f < frames; ++f) {
-        OfflineFrameInfo frame;
-        frame.buffers = MakeBuffers(StreamType::INPUT, f, &nextId);
-        info.inFrameInfos.push_back(std::move(frame));
-    }
+    info.inFrameInfos.resize(m_configuration.opMode == static_cast<int32_t>(OpMode::kMMF) ? 3 : 1);
+    for (auto& frame : info.inFrameInfos) frame.buffers = makeBuffers(StreamType::INPUT);
     nextId = 1;
-    info.outputBuffers = MakeBuffers(StreamType::OUTPUT, 0, &nextId);
+    info.outputBuffers = makeBuffers(StreamType::OUTPUT);
     return info;
 }
 
@@ -84,7 +91,7 @@ std::string SessionFixture::Process(OfflineRequestInfo info) {
     std::vector<OfflineRequestInfo> requests;
     requests.push_back(std::move(info));
     int32_t frameNumber = 0;
-    const auto status = mSession->processOfflineRequest(requests, &frameNumber);
+    const auto status = m_session->processOfflineRequest(requests, &frameNumber);
     return status.isOk() ? std::to_string(frameNumber) : status.getMessage();
 }
 

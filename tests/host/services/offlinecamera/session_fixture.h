@@ -1,56 +1,147 @@
-// A service in the test's own process with one open session, and requests with filled buffers.
+// A service in the test's own process with one open session, requests whose buffers come from the
+// real allocator of the stand-in device, and a client that writes down what the service tells it.
 #pragma once
 
+#include <aidl/vendor/zel/hardware/camera/offlinecamera/BnOfflineCameraCallback.h>
 #include <gmock/gmock.h>
 
-#include <map>
-#include <utility>
+#include <condition_variable>
+#include <functional>
+#include <mutex>
+#include <string>
+#include <vector>
 
-#include "recording_client.h"
+#include "faults.h"
 #include "service.h"
 
 namespace offlinecamera {
 
-using ::aidl::android::hardware::camera::device::BufferStatus;
-using ::aidl::vendor::zel::hardware::camera::offlinecamera::IOfflineCameraSession;
-using ::aidl::vendor::zel::hardware::camera::offlinecamera::OfflineFrameInfo;
+namespace device = ::aidl::android::hardware::camera::device;
+namespace package = ::aidl::vendor::zel::hardware::camera::offlinecamera;
+using ::aidl::android::hardware::common::NativeHandle;
+using ::aidl::android::hardware::graphics::common::PixelFormat;
+using device::StreamType;
+using ndk::ScopedAStatus;
 
-/** A mosaic that differs from frame to frame. */
-uint16_t MosaicPixel(int frame, uint32_t x, uint32_t y);
+// A buffer that fits the stream; a BLOB one is `spare` bytes longer than the stream's size.
+NativeHandle Allocate(const Stream& stream, int32_t spare = 0);
 
-/** Writes MosaicPixel into a RAW10 buffer, or waves into a YUV one. */
-void Fill(const NativeHandle& handle, const Stream& stream, int frame);
+// Events, in order of arrival:
+//   "shutter F", "error F", "result F out 1:7 in 0:1 0:2" (stream:buffer; "!" after a buffer with
+//   status ERROR), "lend S x N", "return S:B", "empty CALLBACK".
+// It lends buffers with ids from 101 on and answers empty lists with an error. Thread-safe.
+class RecordingClient : public package::BnOfflineCameraCallback {
+  public:
+    ScopedAStatus notify(const std::vector<NotifyMsg>& messages) override {
+        if (messages.empty()) return Add("empty notify", false);
+        const bool shutter = messages[0].getTag() == NotifyMsg::shutter;
+        const int32_t frame = shutter ? messages[0].get<NotifyMsg::shutter>().frameNumber
+                                      : messages[0].get<NotifyMsg::error>().frameNumber;
+        return Add((shutter ? "shutter " : "error ") + std::to_string(frame));
+    }
+
+    ScopedAStatus processCaptureResult(const std::vector<OfflineCaptureResult>& results) override {
+        if (results.empty()) return Add("empty result", false);
+        if (onResult) onResult(results[0]);
+        return Add("result " + std::to_string(results[0].frameNumber) + " out" +
+                   Text(results[0].outFrameInfo.buffers) + " in" +
+                   Text(results[0].inFrameInfo.buffers));
+    }
+
+    ScopedAStatus requestStreamBuffers(const std::vector<package::OfflineBufferRequest>& requests,
+                                       std::vector<package::OfflineStreamBufferRet>* answers,
+                                       device::BufferRequestStatus*) override {
+        answers->clear();
+        if (requests.empty()) return Add("empty request", false);
+        const Stream& stream = requests[0].stream;
+        std::vector<StreamBuffer> buffers(requests[0].numBuffersRequested - lacking);
+        for (StreamBuffer& buffer : buffers) {
+            buffer.streamId = stream.id;
+            buffer.bufferId = ++m_lastLentId;
+            if (!lendsEmptyHandles) buffer.buffer = Allocate(stream);
+        }
+        answers->resize(1);
+        answers->front().val = device::StreamBuffersVal::make<device::StreamBuffersVal::buffers>(
+                std::move(buffers));
+        return Add("lend " + std::to_string(stream.id) + " x " +
+                   std::to_string(requests[0].numBuffersRequested));
+    }
+
+    ScopedAStatus returnStreamBuffers(const std::vector<StreamBuffer>& buffers) override {
+        return buffers.empty() ? Add("empty return", false) : Add("return" + Text(buffers));
+    }
+
+    // Waits until `count` events have come, not longer than 30 s, and returns all of them.
+    std::vector<std::string> WaitForEvents(size_t count) {
+        std::unique_lock<std::mutex> guard(m_lock);
+        EXPECT_TRUE(m_changed.wait_for(guard, std::chrono::seconds(30),
+                                       [&] { return m_events.size() >= count; }))
+                << "waited for " << count << " events";
+        return m_events;
+    }
+
+    std::vector<std::string> Events() { return WaitForEvents(0); }
+
+    // Set before the request is sent.
+    std::function<void(const OfflineCaptureResult&)> onResult;
+    bool lendsEmptyHandles = false;
+    int32_t lacking = 0;  // so many fewer buffers are lent than asked for
+
+  private:
+    static std::string Text(const std::vector<StreamBuffer>& buffers) {
+        std::string text;
+        for (const StreamBuffer& buffer : buffers) {
+            text += " " + std::to_string(buffer.streamId) + ":" + std::to_string(buffer.bufferId);
+            if (buffer.status != BufferStatus::OK) text += "!";
+            if (!buffer.buffer.fds.empty() || !buffer.buffer.ints.empty()) text += " with handle";
+        }
+        return text;
+    }
+
+    ScopedAStatus Add(const std::string& event, bool ok = true) {
+        std::lock_guard<std::mutex> guard(m_lock);
+        m_events.push_back(event);
+        m_changed.notify_all();
+        return ok ? ScopedAStatus::ok() : ScopedAStatus::fromServiceSpecificError(1);
+    }
+
+    std::mutex m_lock;
+    std::condition_variable m_changed;
+    std::vector<std::string> m_events;
+    std::atomic<int64_t> m_lastLentId{100};
+};
+
+Stream MakeStream(int32_t id, StreamType type, PixelFormat format, int32_t width, int32_t height);
+
+// The configurations that the tool sends, with small frames and a crop: RAW10 and YUV inputs of
+// 16 x 12, YUV outputs of 12 x 8, BLOB buffers of 20000 bytes.
+OfflineSessionConfigureInfo Configuration(OpMode mode);
 
 class SessionFixture : public testing::Test {
   protected:
-    /** Starts a service with these faults ("NAME" or "NAME=ARG") and opens a session. */
+    // Starts a service with these faults ("NAME" or "NAME=ARG") and opens a session.
     void Open(const std::vector<std::string>& faults = {});
 
-    /** Opens a session in `mode`. */
-    void OpenAndConfigure(OpMode mode, const std::vector<std::string>& faults = {});
+    // Configures the open session, and so do requests, with m_configuration.
+    void Configure(OfflineSessionConfigureInfo configuration);
 
-    /** A request as the tool makes it: input ids from 1 on across frames, output ids from 1 on. */
-    OfflineRequestInfo MakeInfo();
-
-    /** Sends one request. @return the frame number, or the text of the refusal */
-    std::string Process(OfflineRequestInfo info);
-
-    /** The handle that MakeInfo last made for a stream and buffer id. */
-    const NativeHandle& Handle(int32_t streamId, int64_t bufferId) {
-        return mHandles[{streamId, bufferId}];
+    void OpenAndConfigure(OpMode mode, const std::vector<std::string>& faults = {}) {
+        Open(faults);
+        Configure(Configuration(mode));
     }
 
-    void Close() { EXPECT_TRUE(mSession->closeOfflineSession().isOk()); }
+    // A request as the tool makes it: input ids from 1 on across frames, output ids from 1 on.
+    OfflineRequestInfo MakeInfo();
 
-    std::shared_ptr<OfflineCameraService> mService;
-    std::shared_ptr<RecordingClient> mClient = ndk::SharedRefBase::make<RecordingClient>();
-    std::shared_ptr<IOfflineCameraSession> mSession;
-    OfflineSessionConfigureInfo mConfiguration;
+    // Sends one request. Returns the frame number, or the text of the refusal.
+    std::string Process(OfflineRequestInfo info);
 
-  private:
-    std::vector<StreamBuffer> MakeBuffers(StreamType type, int frame, int64_t* nextId);
+    void Close() { EXPECT_TRUE(m_session->closeOfflineSession().isOk()); }
 
-    std::map<std::pair<int32_t, int64_t>, NativeHandle> mHandles;
+    std::shared_ptr<OfflineCameraService> m_service;
+    std::shared_ptr<RecordingClient> m_client = ndk::SharedRefBase::make<RecordingClient>();
+    std::shared_ptr<package::IOfflineCameraSession> m_session;
+    OfflineSessionConfigureInfo m_configuration;
 };
 
 }  // namespace offlinecamera
