@@ -8,47 +8,40 @@ source "$root/scripts/options.sh"
 
 say() { tell "" "$@"; }
 
-# One at a time: installs and builds of two calls would get in each other's way.
-lock_out() {
-    { mkdir -p "$out" && : >>"$out/.lock"; } 2>/dev/null ||
+# lock FD FILE TELL TEXT TOO_LONG: takes a lock. Where another holds it, TELL tells TEXT, and after an
+# hour the call is refused.
+lock() {
+    { mkdir -p "$out" && : >>"$out/$2"; } 2>/dev/null ||
         refuse "cannot write in $out: clone the project to a place of your own"
-    exec 9>"$out/.lock"
-    if ! flock -n 9; then
-        progress "${0##*/}: waits for another ./run or ./check to install and build"
-        flock -w 3600 9 || refuse "another ./run or ./check has been building for an hour"
-        progress_ends
-    fi
+    eval "exec $1>>\"\$out/$2\""
+    flock -n "$1" && return
+    "${@:3:2}"
+    flock -w 3600 "$1" || refuse "$5"
+    progress_ends
 }
 
+# One at a time: installs and builds of two calls would get in each other's way.
+lock_out() {
+    lock 9 .lock progress "$program: waits for another ./run or ./check to install and build" \
+        "another ./run or ./check has been building for an hour"
+}
 unlock_out() { exec 9>&-; }
 
 # One run at a time: logs, report, dumps and the frames of --source belong to it. Every process of a
 # run inherits the lock, so that the next one begins when the last of them has gone.
 lock_run() {
-    exec 8>"$out/.running"
-    flock -n 8 && return
-    say "waits for another ./run to end"
-    flock -w 3600 8 || refuse "another ./run has been going on for an hour"
+    lock 8 .running say "waits for another ./run to end" "another ./run has been going on for an hour"
 }
-
 unlock_run() { exec 8>&-; }
 
-# listed_packages COMMAND: the names in the list, without those marked for other commands.
-listed_packages() {
-    local name only
-    while read -r name only; do
-        [[ -z "$name" || "$name" == \#* ]] && continue
-        [[ -n "$only" && "$only" != "$1" ]] || echo "$name"
-    done <"$root/scripts/packages.txt"
-}
-
+# missing_packages COMMAND: the names in the list that are marked for it or for none, and that this
+# machine lacks.
 missing_packages() {
-    local names name installed
-    mapfile -t names < <(listed_packages "$1")
-    installed="$(dpkg-query -W -f '${Package}=${db:Status-Status}\n' "${names[@]}" 2>/dev/null || true)"
-    for name in "${names[@]}"; do
-        grep -qxF "$name=installed" <<<"$installed" || printf '%s ' "$name"
-    done
+    local names
+    mapfile -t names < <(awk -v command="$1" \
+        'NF && !/^#/ && (NF == 1 || $2 == command) { print $1 }' "$root/scripts/packages.txt" | sort)
+    comm -23 <(printf '%s\n' "${names[@]}") <(dpkg-query -W -f '${db:Status-Status} ${Package}\n' \
+        "${names[@]}" 2>/dev/null | sed -n 's/^installed //p' | sort) | tr '\n' ' '
 }
 
 # install_packages COMMAND: installs what the list names for it and this machine lacks. A stamp
@@ -80,17 +73,18 @@ install_packages() {
     touch "$stamp"
 }
 
-# build FOLDER SANITIZE TARGET...: configures once, then builds with ninja's progress; silent when
+# build FOLDER SETTINGS TARGET...: configures once, then builds with ninja's progress; silent when
 # everything is up to date.
 build() {
-    local folder="$1" sanitize="$2"
+    local folder="$1" settings="$2"
     shift 2
     # CMake stops at some of them, and with the others ninja builds everything each time.
     [[ "$root" != *[\'\"\&\;\*\<\>\|^\`\?\\]* ]] ||
         refuse "the path $root has one of ' \" & ; * < > | ^ \` ? \\ in it: move the project"
     if [[ ! -e "$folder/build.ninja" ]]; then
         say "configuring $folder"
-        cmake -G Ninja -S "$root" -B "$folder" -DSANITIZE="$sanitize" >&2 ||
+        # shellcheck disable=SC2086 # settings are words
+        cmake -G Ninja -S "$root" -B "$folder" $settings >&2 ||
             { complain "configuring failed"; return 1; }
     fi
     if [[ "$(ninja -C "$folder" -n "$@" 2>/dev/null | tail -n 1)" != *"no work to do"* ]]; then

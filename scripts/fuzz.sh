@@ -4,12 +4,7 @@
 # corpus. Status 1 and the input's path if one of them finds something.
 fuzz() {
     local folder="$1" seconds="${2:-20}" status=0 program name log layout=()
-    if [[ ! -e "$folder/build.ninja" ]]; then
-        say "configuring $folder"
-        cmake -G Ninja -S "$root" -B "$folder" -DSANITIZE=address -DFUZZ=ON >&2 ||
-            { complain "configuring failed"; return 1; }
-    fi
-    build "$folder" address fuzzers || return 1
+    build "$folder" "-DSANITIZE=address -DFUZZ=ON" fuzzers || return 1
     unlock_out
     if setarch -R true 2>/dev/null; then layout=(setarch -R); fi
     export STANDIN_HAL_PATH="$folder/vendor/lib64/hw"

@@ -69,13 +69,7 @@ camera=("$bin/offlinecameraservice")
 ask() { timeout 10 "$@" --fault help 2>&1; }
 
 # knows LIST FAULT: whether a line of the list begins with the fault's name.
-knows() {
-    local word
-    while read -r word _; do
-        [[ "${word%%[:=[]*}" != "${2%%=*}" ]] || return 0
-    done <<<"$1"
-    return 1
-}
+knows() { [[ $'\n'"$1"$'\n' =~ $'\n'[[:blank:]]*"${2%%=*}"[[:space:]:=\[] ]]; }
 
 if [[ ${#faults[@]} -gt 0 ]]; then
     camera_list="$(ask "${camera[@]}")" || refuse "${camera[0]}: does not tell its faults"
@@ -182,6 +176,6 @@ sandbox+=(--remount-ro / --chdir /) # last, so that the folders above can still 
 ulimit -c 0
 ulimit -Sn 32768 2>/dev/null || ulimit -Sn "$(ulimit -Hn)"
 
-exec "$bin/device/deviceinit" ${given[--die-with-parent]:+--die-with-parent} "${terminal[@]}" \
-    "${sandbox[@]}" \
+exec ${given[--die-with-parent]:+setpriv --pdeathsig TERM} \
+    "$bin/device/deviceinit" "${terminal[@]}" "${sandbox[@]}" \
     "$bin/device/deviceinit" "${terminal[@]}" "${programs[@]}" -- env "${environment[@]}" "$@"

@@ -3,6 +3,7 @@
 #include <android/binder_manager.h>
 #include <errno.h>
 #include <fcntl.h>
+#include <limits.h>
 #include <poll.h>
 #include <signal.h>
 #include <stdio.h>
@@ -13,10 +14,10 @@
 #include <sys/un.h>
 #include <sys/wait.h>
 #include <terminal/terminal.h>
+#include <time.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <chrono>
 #include <map>
 
 #include "deviceinit.h"
@@ -24,14 +25,17 @@
 namespace deviceshell {
 namespace {
 
-using Clock = std::chrono::steady_clock;
-using std::chrono::seconds;
-
 // For a program to answer. Generous: an instrumented build on a busy machine needs some.
 constexpr unsigned kStartSeconds = 30;
 // For the command after a signal, and for the programs after it, to end by themselves.
-constexpr seconds kGrace(2);
-constexpr auto kNever = Clock::time_point::max();
+constexpr long kGraceMilliseconds = 2000;
+constexpr long kNever = LONG_MAX;
+
+long NowMilliseconds() {
+    timespec now = {};
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    return now.tv_sec * 1000 + now.tv_nsec / 1'000'000;
+}
 
 bool Answers(const std::string& service) {
     if (!service.empty()) {
@@ -50,22 +54,21 @@ bool Answers(const std::string& service) {
 // Waits until a service is registered, or with an empty name until the service manager accepts
 // connections. False after kStartSeconds, with a complaint.
 bool WaitForAnswer(const std::string& service) {
-    const auto begin = Clock::now();
-    unsigned told = 1;  // a person at a terminal is told from the second second on
+    const std::string awaited = service.empty() ? "the service manager" : service;
+    const long begin = NowMilliseconds();
+    long told = 1;  // a person at a terminal is told from the second second on
     terminal::Progress progress;
     while (!Answers(service)) {
-        const auto waited = static_cast<unsigned>(
-                std::chrono::duration_cast<seconds>(Clock::now() - begin).count());
+        const long waited = (NowMilliseconds() - begin) / 1000;
         if (waited > kStartSeconds) {
-            Complain((service.empty() ? "the service manager did not answer"
-                                      : "nobody registered " + service) +
+            Complain((service.empty() ? awaited + " did not answer"
+                                      : "nobody registered " + awaited) +
                      " within " + std::to_string(kStartSeconds) + " s");
             return false;
         }
         if (waited > told) {
             told = waited;
-            progress.show("deviceshell: waits " + std::to_string(waited) + " s for " +
-                          (service.empty() ? "the service manager" : service));
+            progress.show("deviceshell: waits " + std::to_string(waited) + " s for " + awaited);
         }
         usleep(2000);
     }
@@ -96,7 +99,7 @@ class Device {
         bool fromTerminal = false;  // a signal that a running command gets by itself
     };
 
-    Event Next(Clock::time_point deadline);
+    Event Next(long deadline);
     pid_t Start(const Words& argv, bool asProgram) const;
     bool StartPrograms();
     bool Await(const Words& services);
@@ -117,14 +120,14 @@ class Device {
 
 int Device::Run() {
     fcntl(m_control, F_SETFD, FD_CLOEXEC);
-    sigset_t watched;  // blocked already
+    sigset_t watched;
     sigemptyset(&watched);
-    for (const int number : {SIGCHLD, SIGINT, SIGQUIT}) sigaddset(&watched, number);
+    for (const int number : {SIGCHLD, SIGINT, SIGQUIT, SIGTTOU}) sigaddset(&watched, number);
     m_signals = signalfd(-1, &watched, SFD_CLOEXEC | SFD_NONBLOCK);
     sigprocmask(SIG_BLOCK, &watched, nullptr);
     // Signals that came before this process was ready are read before kStart.
     if (write(m_control, &kReady, 1) == 1 && !EndsStart(Next(kNever)) && StartPrograms() &&
-        !EndsStart(Next(Clock::now()))) {
+        !EndsStart(Next(NowMilliseconds()))) {
         m_status = RunCommand();
     }
     StopPrograms();
@@ -132,7 +135,7 @@ int Device::Run() {
 }
 
 // The next end of a process or signal until the deadline. Ends come first, so that none is missed.
-Device::Event Device::Next(Clock::time_point deadline) {
+Device::Event Device::Next(long deadline) {
     while (true) {
         int status = 0;
         const pid_t pid = waitpid(-1, &status, WNOHANG);
@@ -145,9 +148,8 @@ Device::Event Device::Next(Clock::time_point deadline) {
             return {pid, true, status};
         }
         pollfd sources[2] = {{m_signals, POLLIN, 0}, {m_control, POLLIN, 0}};
-        const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now());
-        const int wait = deadline == kNever ? -1 : std::max(0, static_cast<int>(left.count()));
-        const int count = poll(sources, 2, wait);
+        const long left = std::max(0L, deadline - NowMilliseconds());
+        const int count = poll(sources, 2, deadline == kNever ? -1 : static_cast<int>(left));
         unsigned char byte = 0;
         if (sources[1].revents && read(m_control, &byte, 1) == 1) return {0, false, 0, byte};
         signalfd_siginfo signal = {};
@@ -169,9 +171,7 @@ pid_t Device::Start(const Words& argv, bool asProgram) const {
         dup2(m_log, STDOUT_FILENO);
         dup2(m_log, STDERR_FILENO);
     } else if (m_terminal) {
-        signal(SIGTTOU, SIG_IGN);
-        tcsetpgrp(STDIN_FILENO, getpid());
-        signal(SIGTTOU, SIG_DFL);
+        tcsetpgrp(STDIN_FILENO, getpid());  // SIGTTOU is blocked
     }
     sigset_t none;
     sigemptyset(&none);
@@ -235,8 +235,8 @@ int Device::RunCommand() {
             Words(m_words.begin() + static_cast<std::ptrdiff_t>(m_next) + 1, m_words.end()), false);
     if (command < 0) return kNoDevice;
     int passedOn = 0;
-    auto deadline = kNever;
-    Event event = Next(Clock::now());
+    long deadline = kNever;
+    Event event = Next(NowMilliseconds());
     // It may have come before there was a command to get it.
     if (event.fromTerminal) kill(command, event.signal);
     while (event.pid != command) {
@@ -244,7 +244,7 @@ int Device::RunCommand() {
         if (event.signal && !event.fromTerminal) {
             passedOn = event.signal;
             kill(command, passedOn);
-            deadline = Clock::now() + kGrace;
+            deadline = NowMilliseconds() + kGraceMilliseconds;
         }
         event = Next(deadline);
         const bool timedOut = !event.pid && !event.signal;
@@ -258,7 +258,7 @@ int Device::RunCommand() {
 void Device::StopPrograms() {
     m_stopping = true;
     for (const auto& [pid, name] : m_running) kill(pid, SIGTERM);
-    const auto deadline = Clock::now() + kGrace;
+    const auto deadline = NowMilliseconds() + kGraceMilliseconds;
     while (!m_running.empty()) {
         const Event event = Next(deadline);
         if (!event.pid && !event.signal) return;

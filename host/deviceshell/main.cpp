@@ -1,10 +1,8 @@
 // deviceinit: bubblewrap's parent on the user's side, and the first process in the device.
-// usage: deviceinit [--die-with-parent] [--terminal] WORDS...
+// usage: deviceinit [--terminal] WORDS...
 #include <errno.h>
 #include <fcntl.h>
-#include <signal.h>
 #include <string.h>
-#include <sys/prctl.h>
 #include <terminal/terminal.h>
 #include <unistd.h>
 
@@ -31,14 +29,8 @@ void Complain(const std::string& sentence) {
 }  // namespace deviceshell
 
 int main(int argc, char** argv) {
-    deviceshell::Words words(argv + (argc > 0 ? 1 : 0), argv + argc);
-    const auto takeOption = [&](const char* name) {
-        const bool given = !words.empty() && words[0] == name;
-        if (given) words.erase(words.begin());
-        return given;
-    };
-    if (takeOption("--die-with-parent")) prctl(PR_SET_PDEATHSIG, SIGTERM);
-    const bool terminal = takeOption("--terminal");
+    const bool terminal = argc > 1 && strcmp(argv[1], "--terminal") == 0;
+    const deviceshell::Words words(argv + (terminal ? 2 : 1), argv + argc);
     if (getpid() == 1) return deviceshell::RunInside(words, terminal);
     // Descriptors 0 to 2 exist from here on, so that no other becomes the command's input.
     int number = 0;

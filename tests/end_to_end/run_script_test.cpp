@@ -40,7 +40,7 @@ TEST_F(RunScript, RefusesWrongOptionsBeforeAnythingStarts) {
 TEST_F(RunScript, TheOtherCommandRefusesWrongWordsBeforeItBuilds) {
     fs::copy(PROJECT_FOLDER "/check", m_root + "/check");
     for (const char* words : {"bogus", "asan tsan", "soak many", "soak 5 words", "fuzz 0",
-                              "faults --reject", "faults --accept all"}) {
+                              "faults --reject", "faults --accept all", "pages all", "tidy all"}) {
         const Finished finished =
                 runProgram({"bash", "-c", "exec \"$0\" $1", m_root + "/check", words});
         EXPECT_EQ(finished.status, 2) << words;
@@ -83,15 +83,23 @@ TEST_F(RunScript, ReportsDumpsAndPictures) {
     EXPECT_THAT(planes.err, HasSubstr("OfflineCameraTest: main: offline camera client exit"));
     EXPECT_THAT(planes.err, Not(HasSubstr("Scanline[0].yuv (")));
     EXPECT_THAT(planes.err, Not(HasSubstr("left empty")));
+
+    // A report is never mistaken for that of a run which was refused.
+    EXPECT_TRUE(fs::exists(m_root + "/out/report.html"));
+    EXPECT_EQ(run({"--fault", "no-such-fault", "-t", "B2Y"}).status, 2);
+    EXPECT_FALSE(fs::exists(m_root + "/out/report.html"));
+    EXPECT_FALSE(fs::exists(m_root + "/out/report.json"));
 }
 
-TEST_F(RunScript, UsesAnotherDataFolder) {
+TEST_F(RunScript, UsesAnotherDataFolderAndLeavesTheAllocatorOut) {
     fs::create_directory(m_root + "/my data");
     const std::string unreadable = m_root + "/my data/lost+found";  // but for root
     fs::create_directory(unreadable);
     fs::permissions(unreadable, fs::perms::none);
-    const Finished finished = run({"--data", m_root + "/my data", "-t", "Y2Y"});
+    const Finished finished =
+            run({"--no-allocator", "--data", m_root + "/my data", "-t", "callback"});
     EXPECT_EQ(finished.status, 0) << finished.err;
+    EXPECT_THAT(readFile(m_root + "/out/run.log"), HasSubstr("zelAllocator getService failed"));
     EXPECT_TRUE(fs::exists(m_root + "/my data/offlinecameratest/mmf_fd.yuv"));
     EXPECT_FALSE(fs::exists(m_root + "/out/camera"));
     fs::remove(unreadable);
@@ -118,11 +126,6 @@ TEST_F(RunScript, OpensAShellOnTheDeviceAndReportsTheLastRunInIt) {
     EXPECT_THAT(readFile(m_root + "/out/report.json"), HasSubstr(R"("ending":"signal")"));
     EXPECT_THAT(finished.out, StartsWith("cmd: -t=B2Y\nopMode: B2Y=0\nret: =0\nFound 2 services:"));
     EXPECT_THAT(finished.err, HasSubstr("Scanline[0].yuv (18874368 bytes), "));
-}
-
-TEST_F(RunScript, LeavesTheAllocatorOut) {
-    EXPECT_EQ(run({"--no-allocator", "-t", "callback"}).status, 0);
-    EXPECT_THAT(readFile(m_root + "/out/run.log"), HasSubstr("zelAllocator getService failed"));
 }
 
 }  // namespace
