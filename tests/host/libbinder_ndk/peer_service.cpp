@@ -22,6 +22,12 @@ State& state() {
     return *shared;
 }
 
+template <typename T>
+T locked(T State::*member) {
+    std::lock_guard<std::mutex> lock(state().mutex);
+    return state().*member;
+}
+
 // The answer is the argument.
 template <typename T>
 binder_status_t echo(const AParcel* in, AParcel* out) {
@@ -94,14 +100,10 @@ binder_status_t handle(AIBinder*, transaction_code_t code, const AParcel* in, AP
             return echo<uint8_t>(in, out);
         case kHold:
             return holdBinder(in);
-        case kGetHeld: {
-            std::lock_guard<std::mutex> lock(state().mutex);
-            return writes(state().held)(out);
-        }
-        case kRecords: {
-            std::lock_guard<std::mutex> lock(state().mutex);
-            return writes(state().records)(out);
-        }
+        case kGetHeld:
+            return writes(locked(&State::held))(out);
+        case kRecords:
+            return writes(locked(&State::records))(out);
         case kCall:
             return callBinder(in, out);
         case kPingPong:
@@ -151,8 +153,7 @@ int livePeerObjects() {
 }
 
 std::thread::id lastAddThread() {
-    std::lock_guard<std::mutex> lock(state().mutex);
-    return state().addThread;
+    return locked(&State::addThread);
 }
 
 binder_status_t callPeer(const ndk::SpAIBinder& binder, transaction_code_t code,

@@ -95,6 +95,18 @@ TEST(ManyCallsAndProcesses, LeaveNoDescriptorsAndObjectsBehind) {
     AwaitNoOwnObjects();
 }
 
+TEST(Connecting, OfRealProcessesToEachOtherGivesWorkingCalls) {
+    for (int round = 0; round < 20; ++round) {
+        Peer first = startPeer();
+        Peer second = startPeer();
+        // Neither knows the other yet: each call makes its callee connect.
+        auto forth = std::async(std::launch::async,
+                                [&]() { return callThrough(first.binder, second.binder, 1); });
+        EXPECT_EQ(callThrough(second.binder, first.binder, 2), 3);
+        EXPECT_EQ(forth.get(), 2);
+    }
+}
+
 struct DeathCounter {
     std::atomic<int> died{0};
     std::atomic<int> unlinked{0};
