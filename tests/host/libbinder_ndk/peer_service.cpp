@@ -53,18 +53,6 @@ binder_status_t callBinder(const AParcel* in, AParcel* out) {
     return status == STATUS_OK ? writes(answer)(out) : status;
 }
 
-binder_status_t playPingPong(const AParcel* in, AParcel* out) {
-    ndk::SpAIBinder other;
-    ndk::SpAIBinder self;
-    int32_t depth = 0;
-    binder_status_t status = reads(&other, &self, &depth)(in);
-    int32_t answer = 0;
-    if (status == STATUS_OK && depth > 1) {
-        answer = askPeer(other, kPingPong, writes(self, other, depth - 1), &status);
-    }
-    return status == STATUS_OK ? writes(answer + 1)(out) : status;
-}
-
 binder_status_t block(const AParcel* in) {
     ndk::ScopedFileDescriptor entered;
     ndk::ScopedFileDescriptor go;
@@ -106,8 +94,6 @@ binder_status_t handle(AIBinder*, transaction_code_t code, const AParcel* in, AP
             return writes(locked(&State::records))(out);
         case kCall:
             return callBinder(in, out);
-        case kPingPong:
-            return playPingPong(in, out);
         case kNewObject:
             return writes(newPeerObject())(out);
         case kLiveObjects:

@@ -173,16 +173,4 @@ TEST(DeathLink, EndsOnceByUnlinkingOrWithTheRecipientOrTheObject) {
     }
 }
 
-TEST(StoppedPeer, DoesNotHoldUpItsCallersForEver) {
-    Peer peer = startPeer();
-    ASSERT_EQ(add(peer.binder, 1), 2);
-    peer.process.signal(SIGSTOP);
-    const std::vector<uint8_t> bytes(256 * 1024);
-    binder_status_t status = STATUS_OK;
-    for (int i = 0; status == STATUS_OK && i < 100; ++i) {
-        status = callPeer(peer.binder, kEchoBytes, writes(bytes), nullptr, FLAG_ONEWAY);
-    }
-    EXPECT_EQ(status, STATUS_DEAD_OBJECT);
-}
-
 }  // namespace
