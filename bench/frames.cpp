@@ -15,26 +15,28 @@ namespace {
 constexpr uint64_t kReadAndWriteOften = 0x33;
 constexpr uint32_t kWidth = 4096, kHeight = 3072, kOutWidth = 4000, kOutHeight = 3000;
 
-void RequireDone(const graphics::Outcome& outcome, const char* what) {
-    Require(outcome.ok(), std::string(what) + " a buffer: " + outcome.reason);
+template <class T>
+T Taken(base::Result<T> result, const char* what) {
+    Require(result.Ok(), std::string(what) + " a buffer: " + (result.Ok() ? "" : result.Error()));
+    return std::move(result).Value();
 }
 
 }  // namespace
 
-Buffer::Buffer(const graphics::BufferDescription& description) : m_description(description) {
-    RequireDone(layOut(m_description, &m_layout), "lay out");
+Buffer::Buffer(const graphics::BufferDescription& description)
+    : m_description(description), m_layout(Taken(graphics::LayOut(m_description), "lay out")) {
     MakeFresh();
 }
 
 void Buffer::MakeFresh() {
     m_mapping = {};
     m_handle.reset();
-    RequireDone(createBuffer(m_description, &m_handle), "create");
+    m_handle = Taken(graphics::CreateBuffer(m_description), "create");
     MapAnew();
 }
 
 void Buffer::MapAnew() {
-    RequireDone(m_mapping.map(m_handle->data[0], m_layout.size), "map");
+    Taken(m_mapping.Map(m_handle->data[0], m_layout.size), "map");
 }
 
 graphics::BufferDescription Raw10Buffer(uint32_t width, uint32_t height) {

@@ -1,8 +1,8 @@
 // Buffers of the stand-in device, and frames in them to measure with.
 #pragma once
 
-#include <graphics_core/buffer_handle.h>
-#include <graphics_core/buffer_mapping.h>
+#include <graphics/buffer_handle.h>
+#include <graphics/buffer_mapping.h>
 #include <imaging/planes.h>
 
 #include <cstdint>
@@ -14,7 +14,7 @@ class Buffer {
   public:
     explicit Buffer(const graphics::BufferDescription& description);
 
-    uint8_t* Data() { return static_cast<uint8_t*>(m_mapping.data()); }
+    uint8_t* Data() { return static_cast<uint8_t*>(m_mapping.Data()); }
     const graphics::BufferLayout& Layout() const { return m_layout; }
 
     // As a buffer that was just allocated and mapped: it has no page yet.
@@ -25,7 +25,7 @@ class Buffer {
 
   private:
     const graphics::BufferDescription m_description;
-    graphics::BufferLayout m_layout;
+    const graphics::BufferLayout m_layout;
     graphics::UniqueHandle m_handle;
     graphics::BufferMapping m_mapping;
 };

@@ -1,4 +1,5 @@
-// What the pixel pipeline costs, beside memcpy, a plain loop and libjpeg-turbo on one thread.
+// What the pixel pipeline costs, beside memcpy, the tests' naive camera and libjpeg-turbo on one
+// thread.
 #include <imaging/b2y.h>
 #include <imaging/jpeg.h>
 #include <imaging/multi_frame.h>
@@ -11,6 +12,7 @@
 #include "groups.h"
 #include "measure.h"
 #include "plain_jpeg.h"
+#include "tests/host/imaging/naive_camera.h"
 
 namespace bench {
 namespace {
@@ -28,6 +30,26 @@ Execution On(uint32_t threads) {
 
 void Develop(Frame& frame, const Execution& execution) {
     RequireDone(imaging::RawToNv12(frame.Raw(), frame.Picture(), execution));
+}
+
+// One row pair in a hundred, by the naive camera.
+void NaiveHundredth(Frame& frame) {
+    const imaging::RawView raw = frame.Raw();
+    const imaging::MutableNv12View out = frame.Picture();
+    const auto code = [&raw](uint32_t x, uint32_t y) {
+        const uint8_t* const group = raw.data + y * raw.strideBytes + x / 4 * 5;
+        return group[x % 4] << 2 | (group[4] >> (x % 4 * 2) & 3);
+    };
+    const imaging::NaiveCamera camera({raw.width, raw.height, out.width, out.height}, code);
+    for (uint32_t y = 0; y < out.height; y += 200) {
+        for (uint32_t x = 0; x < out.width; ++x) {
+            uint8_t* const luma = out.y + y * out.strideBytes + x;
+            luma[0] = static_cast<uint8_t>(camera.Y(x, y));
+            luma[out.strideBytes] = static_cast<uint8_t>(camera.Y(x, y + 1));
+            out.uv[y / 2 * out.strideBytes + x] =
+                    static_cast<uint8_t>(x % 2 == 0 ? camera.Cb(x, y) : camera.Cr(x, y));
+        }
+    }
 }
 
 // Three frames, and the buffer that their mean goes through.
@@ -76,11 +98,10 @@ void CompareDevelopment(FrameSet& set, bool fresh) {
     const auto renew = fresh ? std::function<void()>([&] { set.Renew(); }) : nullptr;
     Frame& frame = set.first;
     std::vector<uint8_t> copy(frame.picture.Layout().size, 1);
-    Compare("B2Y beside the plain loop, " + buffers,
+    Compare("B2Y beside the naive camera, " + buffers,
             {{"memcpy of the picture's bytes",
               [&] { memcpy(frame.picture.Data(), copy.data(), copy.size()); }, renew},
-             {"plain loop",
-              [&] { RequireDone(imaging::RawToNv12Plain(frame.Raw(), frame.Picture())); }, renew},
+             {"naive camera, one row pair in 100", [&] { NaiveHundredth(frame); }, renew},
              {"B2Y, one thread", [&] { Develop(frame, On(1)); }, renew, 0.45},
              {"B2Y, two threads", [&] { Develop(frame, On(2)); }, renew, 0.25}},
             1);

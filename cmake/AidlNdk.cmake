@@ -3,7 +3,7 @@
 # aidl_ndk_library(NAME ROOT folder FILES path... [VERSION n HASH text] [IMPORTS target...])
 #
 # ROOT is the folder in which the package's folders start; FILES are relative to it. IMPORTS are
-# other aidl_ndk_library targets whose types the files use; whoever links to NAME gets them, too.
+# other aidl_ndk_library targets whose types the files use; what links to NAME gets them, too.
 # Headers are generated into ${CMAKE_BINARY_DIR}/gen/NAME/include.
 function(aidl_ndk_library name)
     cmake_parse_arguments(AIDL "" "ROOT;VERSION;HASH" "FILES;IMPORTS" ${ARGN})

@@ -4,21 +4,9 @@
 root="$(cd "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")/.." && pwd)"
 out="$root/out"
 source "$root/scripts/terminal.sh"
-
-# tell COLOUR TEXT...: one line; the colour, which may be empty, is one of scripts/terminal.sh.
-tell() {
-    progress_ends
-    printf '%s: %s%s%s\n' "${0##*/}" "$1" "${*:2}" "${1:+$plain}" >&2 || true # nobody may listen
-}
+source "$root/scripts/options.sh"
 
 say() { tell "" "$@"; }
-complain() { tell "$red" "$@"; }
-
-# Usage errors and missing things: one sentence, status 2.
-refuse() {
-    complain "$@"
-    exit 2
-}
 
 # One at a time: installs and builds of two calls would get in each other's way.
 lock_out() {
@@ -45,7 +33,7 @@ lock_run() {
 
 unlock_run() { exec 8>&-; }
 
-# listed_packages COMMAND: the names in the list, without those marked for another command.
+# listed_packages COMMAND: the names in the list, without those marked for other commands.
 listed_packages() {
     local name only
     while read -r name only; do

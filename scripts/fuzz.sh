@@ -1,8 +1,8 @@
 # ./check fuzz: every fuzzer for a while. Sourced by check.
 
-# fuzz_all FOLDER [SECONDS]: builds in FOLDER and runs each fuzzer for SECONDS on a copy of its
+# fuzz FOLDER [SECONDS]: builds in FOLDER and runs each fuzzer for SECONDS on a copy of its
 # corpus. Status 1 and the input's path if one of them finds something.
-fuzz_all() {
+fuzz() {
     local folder="$1" seconds="${2:-20}" status=0 program name log layout=()
     if [[ ! -e "$folder/build.ninja" ]]; then
         say "configuring $folder"

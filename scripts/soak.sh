@@ -1,13 +1,11 @@
 #!/bin/bash
 # Runs many sessions against a stand-in device and shows what its processes hold before and after:
 # three fifths without faults, a fifth with faults of the camera service, one with the allocator's.
-# usage: soak.sh FOLDER [SESSIONS [PROGRAM]], FOLDER being the programs'. Growth is status 1.
-# With a program, "PROGRAM N" takes the place of session N, one at a time and all without faults.
+# usage: soak.sh FOLDER [SESSIONS], FOLDER being the programs'. Growth is status 1.
 set -euo pipefail
 
 readonly resident_bound=4096 # KiB per process: heap that an allocator keeps back for later
-warm_up=(2 16) # rounds, and sessions at a time: every kind twice, every pool at its full size
-[[ -z "${3:-}" ]] || warm_up=(14 1)
+readonly warm_up=(2 16) # rounds, and sessions at a time: every kind twice, every pool at its full size
 
 # --- Outside: the source files and the devices. ---
 # on_device SESSIONS FAULT...
@@ -18,14 +16,13 @@ on_device() {
     [[ $# == 0 ]] || echo "faults: $*"
     # One heap per process: a further one for a thread is a mapping too, and no leak.
     MALLOC_ARENA_MAX=1 "$shell" "${options[@]}" --device-log "$data/device.log" -- \
-        bash /data/vendor/camera/soak.sh --inside "$sessions" "$program" ||
+        bash /data/vendor/camera/soak.sh --inside "$sessions" ||
         { status=$? && tail -n 20 "$data/device.log" >&2 && exit $status; }
 }
 
-program="${3:-}"
 if [[ "${1:-}" != --inside ]]; then
-    [[ $# -le 3 && -x "${1:-}/deviceshell" && "${2:-200}" =~ ^[1-9][0-9]{0,5}$ ]] ||
-        { echo "usage: soak.sh FOLDER [SESSIONS [PROGRAM]], 1 to 999999 sessions" >&2 && exit 2; }
+    [[ $# -le 2 && -x "${1:-}/deviceshell" && "${2:-200}" =~ ^[1-9][0-9]{0,5}$ ]] ||
+        { echo "usage: soak.sh FOLDER [SESSIONS], 1 to 999999 sessions" >&2 && exit 2; }
     shell="$1/deviceshell"
     sessions="${2:-200}"
     data="$(mktemp -d)"
@@ -33,8 +30,7 @@ if [[ "${1:-}" != --inside ]]; then
     "$1/offlineframes" sources "$data" >"$data/made" 2>&1 || { cat "$data/made" >&2 && exit 1; }
     cp "${BASH_SOURCE[0]}" "$data/soak.sh"
     cp "$(dirname "${BASH_SOURCE[0]}")/terminal.sh" "$data"
-    share=0
-    [[ -n "$program" ]] || share=$((sessions / 5))
+    share=$((sessions / 5))
     on_device $((sessions - 2 * share))
     if ((share > 0)); then # those after which a session goes on at once
         on_device "$share" lend return-twice return-unknown empty-callbacks split-result \
@@ -67,10 +63,6 @@ counts() {
 
 # The kinds take turns. Some clients are killed at a moment that moves through a whole session.
 session() {
-    if [[ -n "$program" ]]; then
-        "$program" "$1"
-        return
-    fi
     local tool=vexofflinecameratest modes=(B2Y Y2J MMF)
     (($1 % 3)) || tool=vexofflinecameratest-planes
     case $(($1 % 8)) in

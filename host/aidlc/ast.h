@@ -1,131 +1,90 @@
-// What an .aidl file says: declarations, types and constant expressions. The parser builds it; the
-// resolver and the constant evaluator fill in the members marked "resolved".
+// What an .aidl file says. The parser builds it; the checker resolves the names of types.
 #pragma once
 
 #include <cstdint>
-#include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
-#include "diagnostics.h"
+#include "lexer.h"
 
 namespace aidlc {
 
+struct BasicType;
 struct Declaration;
 struct Document;
 
-struct Expression {
-    enum class Kind { Integer, Float, String, Character, Boolean, Reference, Unary, Binary, List };
-    Kind kind = Kind::Integer;
+struct TypeUse {
     Position position;
-    /** Literal as written, dotted name of a reference, or the operator. */
-    std::string text;
-    std::vector<std::unique_ptr<Expression>> operands;
-    int height = 1;     // of the tree below, this one included; bounded by the parser
-    int64_t value = 0;  // resolved; defaults of integer fields only
-    double number = 0;  // resolved; defaults of float and double fields only
+    std::string name;  // of the element for an array
+    bool isArray = false;
+    int64_t fixedSize = 0;  // elements; 0: an array of any length
+
+    // Resolved: one of the two.
+    const BasicType* basic = nullptr;
+    const Declaration* declaration = nullptr;
 };
 
-enum class Builtin {
-    None,  // a declared type
-    Void,
-    Boolean,
-    Byte,
-    Char,
-    Int,
-    Long,
-    Float,
-    Double,
-    String,
-    IBinder,
-    ParcelFileDescriptor,
-};
-
-struct TypeReference {
-    enum class Shape { Single, List, Array, FixedArray };
+struct Default {
     Position position;
-    /** Name of the type, or of the element for the array shapes. */
-    std::string name;
-    Shape shape = Shape::Single;
-    std::unique_ptr<Expression> sizeExpression;  // FixedArray only
-    bool nullable = false;
-    bool utf8InCpp = false;
-
-    Builtin builtin = Builtin::None;           // resolved
-    const Declaration* declaration = nullptr;  // resolved; null for a builtin
-    int64_t size = 0;                          // resolved; FixedArray only
-
-    bool IsArray() const { return shape != Shape::Single; }
-    bool IsEnum() const;  // or an array of one
+    std::string text;    // "true", "false" or an enumerator; empty for an integer
+    int64_t number = 0;  // of an integer
 };
 
-/** A field of a parcelable or a member of a union. */
+// A field of a parcelable or a member of a union.
 struct Field {
-    TypeReference type;
+    TypeUse type;
     std::string name;
     Position position;
-    std::unique_ptr<Expression> defaultValue;  // may be null
+    std::optional<Default> defaultValue;
 };
 
 struct Enumerator {
-    enum class State { Unknown, InProgress, Known, Bad };
     std::string name;
     Position position;
-    std::unique_ptr<Expression> valueExpression;  // null: one more than the one before
-    State state = State::Unknown;                 // resolved
-    int64_t value = 0;                            // resolved
+    int64_t value = 0;
 };
 
 struct Argument {
-    enum class Direction { Unspecified, In, Out, InOut };
-    Direction direction = Direction::Unspecified;
-    TypeReference type;
+    TypeUse type;
     std::string name;
     Position position;
-
-    bool GoesIn() const { return direction != Direction::Out; }
-    bool ComesOut() const { return direction == Direction::Out || direction == Direction::InOut; }
+    bool isOut = false;
+    bool hasDirection = false;  // "in" or "out" is written
 };
 
 struct Method {
-    TypeReference returnType;
+    TypeUse returnType;
     std::string name;
     Position position;
     std::vector<Argument> arguments;
-    bool oneway = false;
-    bool deprecated = false;
-    std::string deprecationNote;
+    bool isOneway = false;
+    std::optional<std::string> deprecation;  // the note of its @deprecated
 };
 
 struct Declaration {
-    enum class Kind { Enum, Parcelable, Union, Interface };
-    Kind kind = Kind::Parcelable;
+    enum class Kind { kEnum, kParcelable, kUnion, kInterface };
+    Kind kind = Kind::kParcelable;
     std::string package;
     std::string name;
     Position position;
-    bool vintfStability = false;
-    Builtin backing = Builtin::Byte;  // Enum only
+    bool isLong = false;  // an enum's values have 64 bits, not 32
     std::vector<Enumerator> enumerators;
     std::vector<Field> fields;
     std::vector<Method> methods;
     const Document* document = nullptr;
 
-    std::string CanonicalName() const { return package + "." + name; }
+    std::string FullName() const { return package + "." + name; }
 };
-
-inline bool TypeReference::IsEnum() const {
-    return declaration != nullptr && declaration->kind == Declaration::Kind::Enum;
-}
 
 struct Import {
     std::string name;
     Position position;
 };
 
-/** One file: a package, its imports and exactly one declaration. */
+// One file: a package, its imports and exactly one declaration.
 struct Document {
     std::string file;
-    std::string package;
     Position packagePosition;
     std::vector<Import> imports;
     Declaration declaration;

@@ -1,42 +1,32 @@
 // One run of the compiler, without its process: read, check, emit.
 #include "compile.h"
 
-#include <algorithm>
-#include <map>
+#include <set>
 
 #include "checker.h"
 #include "source_tree.h"
 
 namespace aidlc {
 
-std::vector<GeneratedFile> Compile(const Options& options, Diagnostics* diagnostics) {
-    SourceTree tree(options.roots, diagnostics);
+base::Result<std::vector<GeneratedFile>> Compile(const Options& options) {
+    SourceTree tree(options.roots);
     std::vector<const Declaration*> named;
+    std::set<std::string> seen;
     for (const std::string& file : options.files) {
-        const Declaration* const declaration = tree.LoadFile(file);
-        const bool isNew = std::find(named.begin(), named.end(), declaration) == named.end();
-        if (declaration != nullptr && isNew) {
-            named.push_back(declaration);
-        }
+        if (!seen.insert(file).second) continue;
+        const base::Result<Declaration*> loaded = tree.Load(file);
+        if (!loaded.Ok()) return loaded.GetFailure();
+        named.push_back(loaded.Value());
     }
-    if (!diagnostics->HasErrors()) {
-        Checker(&tree, diagnostics).CheckAll();
-    }
+    const base::Result<base::Done> checked = Check(&tree);
+    if (!checked.Ok()) return checked.GetFailure();
     std::vector<GeneratedFile> files;
-    if (diagnostics->HasErrors()) {
-        return files;
-    }
-    std::map<std::string, const Declaration*> owners;  // by path
     for (const Declaration* declaration : named) {
-        for (GeneratedFile& file : Emit(*declaration, {options.version, options.hash})) {
-            const auto [owner, isNew] = owners.emplace(file.path, declaration);
-            if (!isNew) {
-                diagnostics->Report(declaration->position,
-                                    owner->second->CanonicalName() + " and " +
-                                            declaration->CanonicalName() + " both make " +
-                                            file.path + ": rename one of them");
-                return {};
-            }
+        if (declaration->kind == Declaration::Kind::kInterface && options.version.number == 0) {
+            return base::Failure{Located(declaration->document->file, declaration->position,
+                                         "an interface needs --version and --hash")};
+        }
+        for (GeneratedFile& file : Emit(*declaration, options.version)) {
             files.push_back(std::move(file));
         }
     }

@@ -1,16 +1,22 @@
 // One run of the compiler, without its process: read, check, emit.
 #pragma once
 
+#include <base/result.h>
+
 #include <string>
 #include <vector>
 
-#include "diagnostics.h"
 #include "emit.h"
-#include "options.h"
 
 namespace aidlc {
 
-/** The generated files of all files named in options; empty if anything was reported. */
-std::vector<GeneratedFile> Compile(const Options& options, Diagnostics* diagnostics);
+struct Options {
+    std::vector<std::string> roots;
+    Version version;  // number 0: not given
+    std::vector<std::string> files;
+};
+
+// The generated files of all files named in options. Fails with lines "file:line:column: text".
+base::Result<std::vector<GeneratedFile>> Compile(const Options& options);
 
 }  // namespace aidlc

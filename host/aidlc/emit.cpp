@@ -1,286 +1,265 @@
-// Puts the files of a declaration together: banners, includes, namespaces.
+// Turns checked declarations into NDK C++ text: what the templates can refer to, and the files.
 #include "emit.h"
 
-#include <algorithm>
 #include <map>
 #include <set>
 
 #include "cpp_types.h"
-#include "text.h"
+#include "template.h"
+#include "templates.h"
 
 namespace aidlc {
 namespace {
 
-const char* const kHeader = R"($banner$
-#pragma once
+using Kind = Declaration::Kind;
 
-$includes$
+// What a call leaves out of warnings if its method is deprecated.
+constexpr char kQuiet[] =
+        "#pragma clang diagnostic push\n"
+        "#pragma clang diagnostic ignored \"-Wdeprecated-declarations\"";
+constexpr char kLoud[] = "#pragma clang diagnostic pop";
 
-$forwards$
-namespace $namespace$ {
-
-$body$
-}  // namespace $namespace$
-$after$
-)";
-
-const char* const kSource = R"($banner$
-$includes$
-
-namespace $namespace$ {
-
-$body$
-}  // namespace $namespace$
-)";
-
-// The device's C library aborts there; elsewhere the message has no one to print it.
-const char* const kAssert = R"(
-#ifndef __BIONIC__
-#ifndef __assert2
-#define __assert2(file, line, function, message) ((void)0)
-#endif
-#endif
-)";
-
-std::string Banner(const Declaration& declaration) {
-    return "// Generated from " + declaration.CanonicalName() + ": change the .aidl file instead.";
+// text as a C++ string literal.
+std::string Quote(const std::string& text) {
+    std::string result = "\"";
+    for (const char c : text) {
+        if (c == '"' || c == '\\') result += '\\';
+        result += c;
+    }
+    return result + "\"";
 }
 
-std::string Includes(const std::vector<std::string>& headers) {
-    std::string text;
-    for (const std::string& header : headers) {
-        text += "#include <" + header + ">\n";
-    }
-    return text;
+void Append(std::string* list, const std::string& item) {
+    *list += (list->empty() ? "" : ", ") + item;
 }
 
-/** Other declared types by their header, so that the order does not depend on addresses. */
-using ReferenceMap = std::map<std::string, const Declaration*>;
-
-void AddReference(const TypeReference& type, const Declaration& user, ReferenceMap* references) {
-    if (type.declaration != nullptr && type.declaration != &user) {
-        (*references)[HeaderPath(*type.declaration, type.declaration->name)] = type.declaration;
+Model ArgumentModel(const Argument& argument) {
+    const std::string name = ParameterName(argument);
+    Model model;
+    model.values = {{"type", CppType(argument.type)},
+                    {"variable", name},
+                    {"write", "AParcel_writeData(_aidl_in.get(), " + name + ")"},
+                    {"read", "AParcel_readData(_aidl_in, &" + name + ")"}};
+    // The request has the length of an out array, so that the server makes one like it.
+    const bool isSized = argument.isOut && argument.type.isArray && argument.type.fixedSize == 0;
+    if (isSized) {
+        model.values["write"] = "AParcel_writeVectorSize(_aidl_in.get(), *" + name + ")";
+        model.values["read"] = "AParcel_resizeVector(_aidl_in, &" + name + ")";
     }
+    model.lists["inRequest"] = If(isSized || !argument.isOut);
+    return model;
 }
 
-ReferenceMap References(const Declaration& declaration) {
-    ReferenceMap references;
-    for (const Field& field : declaration.fields) {
-        AddReference(field.type, declaration, &references);
+Model MethodModel(const Method& method, const std::string& code) {
+    const bool hasReturn = method.returnType.name != "void";
+    std::string parameters;
+    std::string unnamed;
+    std::string arguments;
+    std::string variableArguments;
+    Model model;
+    std::vector<Model>& results = model.lists["results"];
+    std::vector<Model>& variables = model.lists["variables"];
+    const auto addParameter = [&](const std::string& type, const std::string& name, bool isOut) {
+        Append(&parameters, type + " " + name);
+        Append(&unnamed, type + " /*" + name + "*/");
+        Append(&arguments, name);
+        Append(&variableArguments, (isOut ? "&" : "") + name);
+    };
+    if (hasReturn) results.push_back({{{"result", "_aidl_return"}}, {}});
+    for (const Argument& argument : method.arguments) {
+        const std::string name = ParameterName(argument);
+        addParameter(CppParameterType(argument), name, argument.isOut);
+        variables.push_back(ArgumentModel(argument));
+        if (argument.isOut) results.push_back({{{"result", name}}, {}});
     }
+    if (hasReturn) {
+        const std::string type = CppType(method.returnType);
+        addParameter(type + "*", "_aidl_return", true);
+        variables.push_back(
+                {{{"type", type}, {"variable", "_aidl_return"}}, {{"inRequest", If(false)}}});
+    }
+    const auto& note = method.deprecation;
+    model.values = {{"method", method.name},
+                    {"code", code},
+                    {"parameters", parameters},
+                    {"unnamedParameters", unnamed},
+                    {"arguments", arguments},
+                    {"variableArguments", variableArguments},
+                    {"mark", note ? "__attribute__((deprecated(" + Quote(*note) + "))) " : ""},
+                    {"quiet", note ? kQuiet : ""},
+                    {"loud", note ? kLoud : ""},
+                    {"flags", method.isOneway ? "FLAG_ONEWAY" : "0"},
+                    {"answer", method.isOneway ? "::ndk::ScopedAStatus::ok()" : "_aidl_result"}};
+    model.lists["isOneway"] = If(method.isOneway);
+    model.lists["isAnswered"] = If(!method.isOneway);
+    model.lists["asksVersion"] = If(method.name == "getInterfaceVersion");
+    model.lists["asksHash"] = If(method.name == "getInterfaceHash");
+    return model;
+}
+
+// A question that every interface answers besides its own methods.
+Model QuestionModel(const std::string& name, const std::string& type, const std::string& code) {
+    Method method;
+    method.name = name;
+    method.returnType.name = type;
+    method.returnType.basic = FindBasicType(type);
+    return MethodModel(method, code);
+}
+
+void AddInterface(const Declaration& declaration, const Version& version, Model* model) {
+    std::vector<Model> methods;
+    std::string names;
     for (const Method& method : declaration.methods) {
-        AddReference(method.returnType, declaration, &references);
-        for (const Argument& argument : method.arguments) {
-            AddReference(argument.type, declaration, &references);
-        }
+        Model one = MethodModel(method, declaration.name + "::TRANSACTION_" + method.name);
+        one.values["index"] = std::to_string(methods.size());
+        methods.push_back(one);
+        names += "\"" + method.name + "\", ";
     }
-    return references;
+    model->values["version"] = std::to_string(version.number);
+    model->values["hash"] = Quote(version.hash);
+    model->values["methodNames"] = names;
+    model->values["methodCount"] = std::to_string(methods.size());
+    model->lists["methods"] = methods;
+    methods.push_back(
+            QuestionModel("getInterfaceVersion", "int", "FIRST_CALL_TRANSACTION + 16777214"));
+    methods.push_back(
+            QuestionModel("getInterfaceHash", "String", "FIRST_CALL_TRANSACTION + 16777213"));
+    model->lists["calls"] = methods;
 }
 
-std::vector<std::string> MainIncludes(const Declaration& declaration) {
-    std::vector<std::string> system = {"array",    "cstdint", "memory",
-                                       "optional", "string",  "vector"};
-    std::vector<std::string> binder;
-    switch (declaration.kind) {
-        case Declaration::Kind::Enum:
-            binder = {"android/binder_enums.h"};
-            break;
-        case Declaration::Kind::Interface:
-            binder = {"android/binder_interface_utils.h", "android/binder_parcel_utils.h"};
-            break;
-        case Declaration::Kind::Union:
-            system.insert(system.end(), {"type_traits", "utility", "variant"});
-            binder = {"android/binder_enums.h"};
-            [[fallthrough]];
-        case Declaration::Kind::Parcelable:
-            system.insert(system.end(), {"sstream", "tuple"});
-            binder.insert(binder.end(),
-                          {"android/binder_interface_utils.h", "android/binder_parcel_utils.h",
-                           "android/binder_parcelable_utils.h", "android/binder_to_string.h"});
-            break;
+void AddEnum(const Declaration& declaration, Model* model) {
+    std::set<int64_t> seen;
+    std::vector<Model> enumerators;
+    for (const Enumerator& enumerator : declaration.enumerators) {
+        // Of equal values the first one gives the name.
+        const bool isFirst = seen.insert(enumerator.value).second;
+        const std::string number = IntegerLiteral(enumerator.value, declaration.isLong);
+        enumerators.push_back(
+                {{{"value", enumerator.name}, {"number", number}}, {{"isFirst", If(isFirst)}}});
     }
-    std::sort(system.begin(), system.end());
-    std::vector<std::string> headers = system;
-    headers.insert(headers.end(), binder.begin(), binder.end());
-    for (const auto& [header, reference] : References(declaration)) {
-        headers.push_back(header);
-    }
-    return headers;
+    model->values["backing"] = declaration.isLong ? "int64_t" : "int32_t";
+    model->values["valueType"] = CppName(declaration);
+    model->values["count"] = std::to_string(enumerators.size());
+    model->lists["enumerators"] = enumerators;
 }
 
-/** Interfaces make circles of headers possible, so names are declared before the classes. */
-std::string ForwardDeclarations(const Declaration& declaration) {
-    std::set<std::string> lines;
-    for (const auto& [header, reference] : References(declaration)) {
-        if (reference->kind != Declaration::Kind::Enum) {
-            lines.insert("namespace " + CppNamespace(*reference) + " { class " + reference->name +
-                         "; }\n");
-        }
-    }
-    std::string text;
-    for (const std::string& line : lines) {
-        text += line;
-    }
-    return text.empty() ? text : text + "\n";
-}
-
-std::string UnionTagValues(const Declaration& declaration) {
-    std::vector<std::string> names;
+void AddFields(const Declaration& declaration, Model* model) {
+    std::vector<Model> fields;
+    std::string types;
+    std::string left;
+    std::string right;
     for (const Field& field : declaration.fields) {
-        names.push_back(field.name);
+        fields.push_back({{{"field", field.name},
+                           {"value", field.name},
+                           {"type", CppType(field.type)},
+                           {"initializer", FieldInitializer(field)},
+                           {"initial", InitialValue(field)},
+                           {"index", std::to_string(fields.size())},
+                           {"comma", fields.empty() ? "" : ", "}},
+                          {}});
+        Append(&types, CppType(field.type));
+        Append(&left, field.name);
+        Append(&right, "rhs." + field.name);
     }
-    return EnumValues(CppName(declaration) + "::Tag", names);
-}
-
-GeneratedFile MainHeader(const Declaration& declaration, const EmitOptions& options) {
-    std::string body;
-    std::string after;
-    std::string includes = Includes(MainIncludes(declaration));
-    switch (declaration.kind) {
-        case Declaration::Kind::Enum: {
-            std::vector<std::string> names;
-            for (const Enumerator& enumerator : declaration.enumerators) {
-                names.push_back(enumerator.name);
-            }
-            body = EnumBody(declaration);
-            after = EnumValues(CppName(declaration), names);
-            break;
-        }
-        case Declaration::Kind::Parcelable:
-            body = ParcelableBody(declaration);
-            break;
-        case Declaration::Kind::Union:
-            includes += kAssert;
-            body = UnionBody(declaration);
-            after = UnionTagValues(declaration);
-            break;
-        case Declaration::Kind::Interface:
-            body = InterfaceBody(declaration, options);
-            break;
+    model->values["left"] = left;
+    model->values["right"] = right;
+    for (const char* op : {"==", "!=", "<", ">", "<=", ">="}) {
+        model->lists["comparisons"].push_back({{{"op", op}}, {}});
     }
-    return {"include/" + HeaderPath(declaration, declaration.name),
-            Expand(kHeader, {{"banner", Banner(declaration)},
-                             {"includes", includes},
-                             {"forwards", ForwardDeclarations(declaration)},
-                             {"namespace", CppNamespace(declaration)},
-                             {"body", body},
-                             {"after", after}})};
+    model->lists["fields"] = fields;
+    if (declaration.kind != Kind::kUnion) return;
+    model->values["variant"] = "std::variant<" + types + ">";
+    model->values["firstInitial"] = InitialValue(declaration.fields.front());
+    model->values["valueType"] = CppName(declaration) + "::Tag";
+    model->values["count"] = std::to_string(fields.size());
+    model->lists["enumerators"] = fields;
 }
 
-GeneratedFile EmptySideHeader(const Declaration& declaration, const std::string& prefix) {
-    return {"include/" + HeaderPath(declaration, prefix + declaration.name),
-            Banner(declaration) + "\n#error " + declaration.CanonicalName() +
-                    " is no interface: there is no " + prefix + " class\n"};
-}
-
-GeneratedFile SideHeader(const Declaration& declaration, const std::string& prefix,
-                         const std::string& body) {
-    const std::vector<std::string> headers = {"atomic",
-                                              "cstdint",
-                                              "memory",
-                                              "mutex",
-                                              "string",
-                                              "android/binder_ibinder.h",
-                                              HeaderPath(declaration, declaration.name)};
-    return {"include/" + HeaderPath(declaration, prefix + BaseName(declaration)),
-            Expand(kHeader, {{"banner", Banner(declaration)},
-                             {"includes", Includes(headers) + (prefix == "Bn" ? kAssert : "")},
-                             {"forwards", ""},
-                             {"namespace", CppNamespace(declaration)},
-                             {"body", body},
-                             {"after", ""}})};
-}
-
-GeneratedFile SourceFile(const Declaration& declaration, const EmitOptions& options) {
-    std::vector<std::string> headers = {HeaderPath(declaration, declaration.name)};
-    std::string body;
-    switch (declaration.kind) {
-        case Declaration::Kind::Enum:
-            break;
-        case Declaration::Kind::Parcelable:
-            body = ParcelableSource(declaration);
-            break;
-        case Declaration::Kind::Union:
-            body = UnionSource(declaration);
-            break;
-        case Declaration::Kind::Interface:
-            headers.push_back(HeaderPath(declaration, "Bn" + BaseName(declaration)));
-            headers.push_back(HeaderPath(declaration, "Bp" + BaseName(declaration)));
-            headers.insert(headers.end(),
-                           {"android/binder_stability.h", "cstring", "host_binder_trace.h"});
-            body = InterfaceSource(declaration, options) + "\n" + StubSource(declaration, options) +
-                   "\n" + ProxySource(declaration, options);
-            break;
+// The types that a declaration uses, by their headers, so that the order does not depend on
+// addresses.
+void AddUsedTypes(const Declaration& user, Model* model) {
+    std::map<std::string, const Declaration*> headers;
+    const auto add = [&](const TypeUse& type) {
+        const Declaration* const used = type.declaration;
+        if (used && used != &user) headers[HeaderPath(*used, used->name)] = used;
+    };
+    for (const Field& field : user.fields) add(field.type);
+    for (const Method& method : user.methods) {
+        add(method.returnType);
+        for (const Argument& argument : method.arguments) add(argument.type);
     }
-    std::string path = "src/" + HeaderPath(declaration, declaration.name);
-    path.replace(path.size() - 2, 2, ".cpp");
-    return {path, Expand(kSource, {{"banner", Banner(declaration)},
-                                   {"includes", Includes(headers)},
-                                   {"namespace", CppNamespace(declaration)},
-                                   {"body", body}})};
+    std::vector<Model>& included = model->lists["included"];
+    for (const auto& [header, used] : headers) {
+        // Interfaces make circles of headers possible, so classes are declared before they are
+        // defined.
+        included.push_back({{{"header", header},
+                             {"usedNamespace", CppNamespace(*used)},
+                             {"usedName", used->name}},
+                            {{"isClass", If(used->kind != Kind::kEnum)}}});
+    }
+}
+
+Model ModelOf(const Declaration& declaration, const Version& version) {
+    Model model;
+    const std::string base = BaseName(declaration);
+    model.values = {{"banner", "// Generated from " + declaration.FullName() +
+                                       ": change the .aidl file instead."},
+                    {"fullName", declaration.FullName()},
+                    {"name", declaration.name},
+                    {"base", base},
+                    {"namespace", CppNamespace(declaration)},
+                    {"mainHeader", HeaderPath(declaration, declaration.name)},
+                    {"stubHeader", HeaderPath(declaration, "Bn" + base)},
+                    {"proxyHeader", HeaderPath(declaration, "Bp" + base)}};
+    model.lists["isInterface"] = If(declaration.kind == Kind::kInterface);
+    AddUsedTypes(declaration, &model);
+    if (declaration.kind == Kind::kEnum) {
+        AddEnum(declaration, &model);
+    } else if (declaration.kind == Kind::kInterface) {
+        AddInterface(declaration, version, &model);
+    } else {
+        AddFields(declaration, &model);
+    }
+    return model;
 }
 
 }  // namespace
 
-std::vector<GeneratedFile> Emit(const Declaration& declaration, const EmitOptions& options) {
-    std::vector<GeneratedFile> files = {MainHeader(declaration, options)};
-    if (declaration.kind == Declaration::Kind::Interface) {
-        files.push_back(SideHeader(declaration, "Bn", StubBody(declaration, options)));
-        files.push_back(SideHeader(declaration, "Bp", ProxyBody(declaration, options)));
+std::vector<GeneratedFile> Emit(const Declaration& declaration, const Version& version) {
+    Model model = ModelOf(declaration, version);
+    std::vector<GeneratedFile> files;
+    const auto addHeader = [&](const std::string& className, const std::string& text) {
+        model.values["className"] = className;
+        files.push_back({"include/" + HeaderPath(declaration, className), Expand(text, model)});
+    };
+    struct Texts {
+        std::string header;
+        std::string after;
+        std::string source;
+    };
+    const std::string interfaceSource = std::string(kInterfaceSource) + kStubSource + kProxySource;
+    const std::map<Kind, Texts> kinds = {
+            {Kind::kEnum, {kEnumHeader, kEnumValues, ""}},
+            {Kind::kParcelable, {kParcelableHeader, "", kParcelableSource}},
+            {Kind::kUnion, {kUnionHeader, kEnumValues, kUnionSource}},
+            {Kind::kInterface, {kInterfaceHeader, "", interfaceSource}}};
+    const Texts& texts = kinds.at(declaration.kind);
+    addHeader(declaration.name, kHeaderStart + texts.header + kNamespaceEnd + texts.after);
+    if (declaration.kind == Kind::kInterface) {
+        // Their own interface is all that the other two headers use.
+        model.lists["included"] = {{{{"header", HeaderPath(declaration, declaration.name)}},
+                                    {{"isClass", If(false)}}}};
+        const std::string start = kHeaderStart;
+        addHeader("Bn" + BaseName(declaration), start + kStubHeader + kNamespaceEnd);
+        addHeader("Bp" + BaseName(declaration), start + kProxyHeader + kNamespaceEnd);
     } else {
-        files.push_back(EmptySideHeader(declaration, "Bn"));
-        files.push_back(EmptySideHeader(declaration, "Bp"));
+        addHeader("Bn" + declaration.name, kNoInterface);
+        addHeader("Bp" + declaration.name, kNoInterface);
     }
-    files.push_back(SourceFile(declaration, options));
+    std::string path = "src/" + HeaderPath(declaration, declaration.name);
+    path.replace(path.size() - 2, 2, ".cpp");
+    files.push_back({path, Expand(kSourceStart + texts.source + kNamespaceEnd, model)});
     return files;
-}
-
-std::string Comparisons(const std::string& name, const std::string& left,
-                        const std::string& right) {
-    std::string text;
-    for (const char* op : {"==", "!=", "<", ">", "<=", ">="}) {
-        text +=
-                Expand("    bool operator$op$([[maybe_unused]] const $name$& rhs) const {\n"
-                       "        return $left$ $op$ $right$;\n    }\n",
-                       {{"op", op}, {"name", name}, {"left", left}, {"right", right}});
-    }
-    return text;
-}
-
-std::string MethodSignature(const Method& method, const std::string& name) {
-    std::vector<std::string> parameters;
-    for (const Argument& argument : method.arguments) {
-        parameters.push_back(CppParameter(argument));
-    }
-    if (method.returnType.builtin != Builtin::Void) {
-        parameters.push_back(CppType(method.returnType) + "* _aidl_return");
-    }
-    return "::ndk::ScopedAStatus " + name + "(" + Join(parameters, ", ") + ")";
-}
-
-std::string MethodDeclaration(const Method& method, const std::string& tail) {
-    const std::string mark =
-            method.deprecated
-                    ? "__attribute__((deprecated(" + Quote(Escape(method.deprecationNote)) + "))) "
-                    : "";
-    return "    " + mark + MethodSignature(method, method.name) + tail + ";\n";
-}
-
-std::string CallArguments(const Method& method) {
-    std::vector<std::string> names;
-    for (const Argument& argument : method.arguments) {
-        names.push_back(ParameterName(argument));
-    }
-    if (method.returnType.builtin != Builtin::Void) {
-        names.push_back("_aidl_return");
-    }
-    return Join(names, ", ");
-}
-
-std::string WithoutDeprecationWarnings(const std::string& text) {
-    return "#pragma clang diagnostic push\n"
-           "#pragma clang diagnostic ignored \"-Wdeprecated-declarations\"\n" +
-           text + "#pragma clang diagnostic pop\n";
 }
 
 }  // namespace aidlc

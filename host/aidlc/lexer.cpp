@@ -2,182 +2,125 @@
 #include "lexer.h"
 
 #include <cctype>
-#include <cstring>
 
 namespace aidlc {
 namespace {
 
-bool IsWordStart(char c) {
-    return std::isalpha(static_cast<unsigned char>(c)) != 0 || c == '_';
+bool IsWordPart(int c) {
+    return std::isalnum(c) != 0 || c == '_';
 }
-bool IsDigit(char c) {
-    return std::isdigit(static_cast<unsigned char>(c)) != 0;
+bool IsNumberPart(int c) {
+    return IsWordPart(c) || c == '.';
 }
-bool IsWordPart(char c) {
-    return IsWordStart(c) || IsDigit(c);
+bool IsStringPart(int c) {
+    return c != '"' && c != '\n' && c != '\0';
 }
 
 class Lexer {
   public:
-    Lexer(const std::string& text, const std::string& fileName, Diagnostics* diagnostics)
-        : mText(text), mPosition{&fileName, 1, 1}, mDiagnostics(diagnostics) {}
+    Lexer(const std::string& text, const std::string& file) : m_text(text), m_file(file) {}
 
-    std::vector<Token> Run() {
+    base::Result<std::vector<Token>> Run() {
         std::vector<Token> tokens;
-        bool good = true;
-        while (good) {
-            good = SkipBlanks() && mOffset < mText.size();
-            if (!good) {
-                break;
-            }
-            Token token;
-            token.position = mPosition;
-            token.comment.swap(mComment);
-            good = ReadToken(&token);
-            if (good) {
-                tokens.push_back(token);
-            }
-        }
-        Token end;
-        end.position = mPosition;
-        tokens.push_back(end);
+        do {
+            SkipBlanks();
+            tokens.push_back(Read());
+        } while (tokens.back().kind != TokenKind::kEnd);
+        if (!m_error.empty()) return base::Failure{m_error};
         return tokens;
     }
 
   private:
-    char Peek(size_t ahead = 0) const {
-        return mOffset + ahead < mText.size() ? mText[mOffset + ahead] : '\0';
+    // 0 behind the end.
+    int Peek(size_t ahead = 0) const {
+        const size_t at = m_offset + ahead;
+        return at < m_text.size() ? static_cast<unsigned char>(m_text[at]) : 0;
     }
 
     std::string Take(size_t count) {
-        const std::string taken = mText.substr(mOffset, count);
+        const std::string taken = m_text.substr(m_offset, count);
         for (const char c : taken) {
-            mPosition.column = c == '\n' ? 1 : mPosition.column + 1;
-            mPosition.line += c == '\n' ? 1 : 0;
+            m_position.column = c == '\n' ? 1 : m_position.column + 1;
+            m_position.line += c == '\n' ? 1 : 0;
         }
-        mOffset += taken.size();
+        m_offset += taken.size();
         return taken;
     }
 
-    bool SkipBlanks() {
-        while (mOffset < mText.size()) {
-            if (std::isspace(static_cast<unsigned char>(Peek())) != 0) {
+    std::string TakeWhile(bool (*belongs)(int)) {
+        size_t count = 0;
+        while (belongs(Peek(count))) count++;
+        return Take(count);
+    }
+
+    // The first error counts and ends the text.
+    void Fail(const Position& position, const std::string& error) {
+        m_error = Located(m_file, position, error);
+        m_offset = m_text.size();
+    }
+
+    void SkipBlanks() {
+        while (m_offset < m_text.size()) {
+            const std::string mark = m_text.substr(m_offset, 2);
+            if (std::isspace(Peek()) != 0) {
                 Take(1);
-            } else if (Peek() == '/' && Peek(1) == '/') {
-                const size_t end = mText.find('\n', mOffset);
-                Take(end == std::string::npos ? mText.size() - mOffset : end - mOffset);
-            } else if (Peek() == '/' && Peek(1) == '*') {
-                const size_t end = mText.find("*/", mOffset + 2);
-                if (end == std::string::npos) {
-                    mDiagnostics->Report(mPosition, "comment is not closed: add \"*/\"");
-                    return false;
-                }
-                mComment = Take(end + 2 - mOffset);
+            } else if (mark == "//") {
+                TakeWhile([](int c) { return c != '\n' && c != '\0'; });
+            } else if (mark == "/*") {
+                const size_t end = m_text.find("*/", m_offset + 2);
+                if (end == std::string::npos)
+                    return Fail(m_position, "comment is not closed: add \"*/\"");
+                m_comment = Take(end + 2 - m_offset);
             } else {
-                return true;
+                return;
             }
         }
-        return true;
     }
 
-    size_t WordLength(size_t from) const {
-        size_t length = 0;
-        while (IsWordPart(Peek(from + length))) {
-            length++;
-        }
-        return length;
-    }
-
-    bool ReadToken(Token* token) {
-        const char c = Peek();
-        if (IsWordStart(c)) {
-            token->kind = TokenKind::Identifier;
-            token->text = Take(WordLength(0));
-            return true;
-        }
-        if (IsDigit(c) || (c == '.' && IsDigit(Peek(1)))) {
-            return ReadNumber(token);
-        }
-        if (c == '"' || c == '\'') {
-            return ReadQuoted(token, c);
-        }
-        if (c == '@') {
-            token->kind = TokenKind::Annotation;
+    Token Read() {
+        Token token;
+        token.position = m_position;
+        token.comment.swap(m_comment);
+        const int c = Peek();
+        if (m_offset == m_text.size()) {
+            token.kind = TokenKind::kEnd;
+        } else if (std::isdigit(c) != 0) {
+            token.kind = TokenKind::kNumber;
+            token.text = TakeWhile(IsNumberPart);
+        } else if (IsWordPart(c)) {
+            token.kind = TokenKind::kWord;
+            token.text = TakeWhile(IsWordPart);
+        } else if (c == '@') {
+            token.kind = TokenKind::kAnnotation;
             Take(1);
-            token->text = Take(WordLength(0));
-            if (token->text.empty()) {
-                mDiagnostics->Report(token->position, "annotation name expected after '@'");
-            }
-            return !token->text.empty();
+            token.text = TakeWhile(IsWordPart);
+        } else if (c == '"') {
+            token.kind = TokenKind::kString;
+            Take(1);
+            token.text = TakeWhile(IsStringPart);
+            if (Peek() != '"') Fail(token.position, "closing \" is missing on this line");
+            Take(1);
+        } else if (c > ' ' && c <= '~') {
+            token.kind = TokenKind::kSymbol;
+            token.text = Take(c == '<' && Peek(1) == '<' ? 2 : 1);
+        } else {
+            Fail(token.position, "byte " + std::to_string(c) + " is allowed in comments only");
         }
-        return ReadSymbol(token);
+        return token;
     }
 
-    bool ReadNumber(Token* token) {
-        size_t length = WordLength(0);
-        bool isFloat = false;
-        if (Peek(length) == '.' && IsDigit(Peek(length + 1))) {
-            isFloat = true;
-            length += 1 + WordLength(length + 1);
-        }
-        // The sign of an exponent is no part of a word.
-        const bool isHexadecimal = Peek(1) == 'x' || Peek(1) == 'X';
-        const char last = length > 0 ? Peek(length - 1) : '\0';
-        if (!isHexadecimal && (last == 'e' || last == 'E') &&
-            (Peek(length) == '-' || Peek(length) == '+')) {
-            length += 1 + WordLength(length + 1);
-        }
-        token->text = Take(length);
-        isFloat = isFloat ||
-                  (!isHexadecimal && token->text.find_first_of("fFeE") != std::string::npos);
-        token->kind = isFloat ? TokenKind::Float : TokenKind::Integer;
-        return true;
-    }
-
-    bool ReadQuoted(Token* token, char quote) {
-        size_t length = 1;
-        while (Peek(length) != quote) {
-            if (mOffset + length >= mText.size() || Peek(length) == '\n') {
-                mDiagnostics->Report(token->position,
-                                     std::string("closing ") + quote + " is missing on this line");
-                return false;
-            }
-            length += Peek(length) == '\\' ? 2 : 1;
-        }
-        token->kind = quote == '"' ? TokenKind::String : TokenKind::Character;
-        const std::string quoted = Take(length + 1);
-        token->text = quoted.substr(1, quoted.size() - 2);
-        return true;
-    }
-
-    bool ReadSymbol(Token* token) {
-        token->kind = TokenKind::Symbol;
-        const char c = Peek();
-        // ">>" is left as two tokens: it may close two type argument lists.
-        if (c == '<' && Peek(1) == '<') {
-            token->text = Take(2);
-            return true;
-        }
-        if (std::strchr("(){}[]<>,;=.|^&~+-*", c) != nullptr && c != '\0') {
-            token->text = Take(1);
-            return true;
-        }
-        mDiagnostics->Report(token->position, std::string("unexpected character '") + c + "'");
-        return false;
-    }
-
-    const std::string& mText;
-    size_t mOffset = 0;
-    Position mPosition;
-    std::string mComment;
-    Diagnostics* mDiagnostics;
+    const std::string& m_text;
+    const std::string& m_file;
+    size_t m_offset = 0;
+    Position m_position;
+    std::string m_comment;
+    std::string m_error;
 };
 
 }  // namespace
 
-std::vector<Token> Tokenize(const std::string& text, const std::string& fileName,
-                            Diagnostics* diagnostics) {
-    return Lexer(text, fileName, diagnostics).Run();
+base::Result<std::vector<Token>> Tokenize(const std::string& text, const std::string& file) {
+    return Lexer(text, file).Run();
 }
 
 }  // namespace aidlc

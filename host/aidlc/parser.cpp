@@ -1,246 +1,325 @@
-// Builds the syntax tree of one .aidl file: package, imports, the type's head, types in use.
+// Builds the syntax tree of one .aidl file by recursive descent and computes its constants.
 #include "parser.h"
 
+#include <algorithm>
+#include <sstream>
+#include <utility>
+
+#include "constants.h"
 #include "lexer.h"
 
 namespace aidlc {
+namespace {
+
+constexpr int64_t kMaxFixedArraySize = 1 << 20;  // elements
 
 std::string Describe(const Token& token) {
-    switch (token.kind) {
-        case TokenKind::End:
-            return "end of file";
-        case TokenKind::Annotation:
-            return "'@" + token.text + "'";
-        case TokenKind::String:
-            return "a string";
-        default:
-            return "'" + token.text + "'";
+    if (token.kind == TokenKind::kEnd) return "end of file";
+    return (token.kind == TokenKind::kAnnotation ? "'@" : "'") + token.text + "'";
+}
+
+// What a block comment says after "@deprecated", in one line; nothing if it does not have that.
+std::optional<std::string> DeprecationNote(const std::string& comment) {
+    const std::string mark = "@deprecated";
+    const size_t start = comment.find(mark);
+    if (start == std::string::npos) return std::nullopt;
+    std::istringstream words(comment.substr(0, comment.size() - 2));
+    words.ignore(static_cast<std::streamsize>(start + mark.size()));
+    std::string note;
+    for (std::string word; words >> word && word[0] != '@';) {
+        if (word != "*") note += (note.empty() ? "" : " ") + word;
     }
+    return note;
 }
 
-std::unique_ptr<Document> Parse(const std::string& text, const std::string& fileName,
-                                Diagnostics* diagnostics) {
-    auto document = std::make_unique<Document>();
-    document->file = fileName;
-    const size_t before = diagnostics->Messages().size();
-    std::vector<Token> tokens = Tokenize(text, document->file, diagnostics);
-    if (diagnostics->Messages().size() != before) {
-        return nullptr;
+class Parser {
+  public:
+    Parser(std::vector<Token> tokens, Document* document)
+        : m_tokens(std::move(tokens)),
+          m_document(document),
+          m_declaration(&document->declaration) {}
+
+    void ParseDocument() {
+        Expect("package", "at the start of the file");
+        m_declaration->package = ParseDottedName("a package name", &m_document->packagePosition);
+        Expect(";", "after the package name");
+        while (TakeIf("import")) {
+            Import import;
+            import.name = ParseDottedName("the name of a type", &import.position);
+            Expect(";", "after the import");
+            m_document->imports.push_back(import);
+        }
+        ParseHead();
+        if (!AtEnd()) {
+            Fail("expected the end of the file after its one type, found " + Describe(Next()));
+        }
     }
-    Parser parser(std::move(tokens), document.get(), diagnostics);
-    if (!parser.ParseDocument()) {
-        return nullptr;
+    const std::string& Error() const { return m_error; }
+
+  private:
+    const Token& Next() const { return m_tokens[m_next]; }
+    bool AtEnd() const { return Next().kind == TokenKind::kEnd; }
+    Token Take() { return AtEnd() ? Next() : m_tokens[m_next++]; }
+
+    // The first error counts and ends the text: what follows it fails unheard and no loop goes on.
+    void FailAt(const Position& position, const std::string& message) {
+        if (m_error.empty()) m_error = Located(m_document->file, position, message);
+        m_next = m_tokens.size() - 1;
     }
-    document->declaration.document = document.get();
-    return document;
-}
+    void Fail(const std::string& message) { FailAt(Next().position, message); }
 
-Token Parser::Take() {
-    const Token token = mTokens[mIndex];
-    if (token.kind != TokenKind::End) {
-        mIndex++;
-    }
-    return token;
-}
-
-bool Parser::TakeIf(const char* symbolOrWord) {
-    if (!Next().Is(symbolOrWord)) {
-        return false;
-    }
-    Take();
-    return true;
-}
-
-bool Parser::Fail(const std::string& message) {
-    return FailAt(Next().position, message);
-}
-
-bool Parser::FailAt(const Position& position, const std::string& message) {
-    mDiagnostics->Report(position, message);
-    return false;
-}
-
-bool Parser::Expect(const char* symbol, const char* where) {
-    if (TakeIf(symbol)) {
+    bool TakeIf(const std::string& symbolOrWord) {
+        if (!Next().Is(symbolOrWord)) return false;
+        Take();
         return true;
     }
-    return Fail(std::string("expected '") + symbol + "' " + where + ", found " + Describe(Next()));
-}
 
-bool Parser::ParseName(const char* what, std::string* name, Position* position) {
-    if (Next().kind != TokenKind::Identifier) {
-        return Fail(std::string("expected ") + what + ", found " + Describe(Next()));
+    void Expect(const std::string& symbolOrWord, const std::string& where) {
+        if (!TakeIf(symbolOrWord)) {
+            Fail("expected '" + symbolOrWord + "' " + where + ", found " + Describe(Next()));
+        }
     }
-    const Token token = Take();
-    *name = token.text;
-    *position = token.position;
-    return true;
-}
 
-bool Parser::ParseQualifiedName(const char* what, std::string* name, Position* position) {
-    if (!ParseName(what, name, position)) {
-        return false;
+    // Whether one more item comes before the closing symbol, which is taken.
+    bool Until(const std::string& closing) {
+        if (TakeIf(closing)) return false;
+        if (AtEnd()) Expect(closing, "to close what was opened");
+        return !AtEnd();
     }
-    while (TakeIf(".")) {
-        std::string part;
+
+    std::string ParseName(const std::string& what, Position* position) {
+        *position = Next().position;
+        if (Next().kind != TokenKind::kWord) {
+            Fail("expected " + what + ", found " + Describe(Next()));
+        }
+        return Take().text;
+    }
+
+    std::string ParseDottedName(const std::string& what, Position* position) {
+        std::string name = ParseName(what, position);
         Position ignored;
-        if (!ParseName("a name after '.'", &part, &ignored)) {
-            return false;
-        }
-        *name += "." + part;
+        while (TakeIf(".")) name += "." + ParseName("a name after '.'", &ignored);
+        return name;
     }
-    return true;
-}
 
-bool Parser::ParseDocument() {
-    if (!TakeIf("package")) {
-        return Fail("expected 'package' at the start of the file, found " + Describe(Next()));
+    Constant Checked(const Position& position, const base::Result<Constant>& result) {
+        if (result.Ok()) return result.Value();
+        FailAt(position, result.Error());
+        return {};
     }
-    if (!ParseQualifiedName("a package name", &mDocument->package, &mDocument->packagePosition) ||
-        !Expect(";", "after the package name")) {
-        return false;
-    }
-    while (TakeIf("import")) {
-        Import import;
-        if (!ParseQualifiedName("the name of a type", &import.name, &import.position) ||
-            !Expect(";", "after the import")) {
-            return false;
-        }
-        mDocument->imports.push_back(import);
-    }
-    if (!ParseDeclaration()) {
-        return false;
-    }
-    if (Next().kind != TokenKind::End) {
-        return Fail("expected the end of the file after its one type, found " + Describe(Next()));
-    }
-    return true;
-}
 
-bool Parser::ParseAnnotations(Annotations* annotations) {
-    while (Next().kind == TokenKind::Annotation) {
-        const Token token = Take();
-        if (token.text == "VintfStability") {
-            annotations->vintfStability = true;
-        } else if (token.text == "nullable") {
-            annotations->nullable = true;
-        } else if (token.text == "utf8InCpp") {
-            annotations->utf8InCpp = true;
-        } else if (token.text == "Backing") {
-            annotations->backingPosition = token.position;
-            if (!ParseBacking(annotations)) {
-                return false;
+    // AIDL has these where a member or an argument begins; this compiler does not.
+    void RefuseUnsupportedWords() {
+        for (const char* word : {"const", "inout", "parcelable", "union", "enum", "interface"}) {
+            if (Next().Is(word)) Fail(Describe(Next()) + " is not supported here");
+        }
+    }
+
+    void ParseHead() {
+        bool isStable = false;
+        std::optional<Position> backing;
+        while (Next().kind == TokenKind::kAnnotation) {
+            const Token token = Take();
+            if (token.text == "VintfStability") {
+                isStable = true;
+            } else if (token.text == "Backing") {
+                backing = token.position;
+                ParseBacking();
+            } else {
+                FailAt(token.position, Describe(token) + " is not supported here");
             }
-        } else {
-            return FailAt(token.position, "unknown annotation '@" + token.text +
-                                                  "': only VintfStability, Backing, nullable and "
-                                                  "utf8InCpp are supported");
+        }
+        using Kind = Declaration::Kind;
+        const std::pair<const char*, Kind> kinds[] = {{"interface", Kind::kInterface},
+                                                      {"parcelable", Kind::kParcelable},
+                                                      {"union", Kind::kUnion},
+                                                      {"enum", Kind::kEnum}};
+        const bool allOneway = TakeIf("oneway");
+        const auto* const kind = std::find_if(std::begin(kinds), std::end(kinds),
+                                              [this](const auto& k) { return Next().Is(k.first); });
+        if (kind == std::end(kinds) || (allOneway && kind->second != Kind::kInterface)) {
+            return Fail("expected 'interface', 'parcelable', 'union' or 'enum', found " +
+                        Describe(Next()));
+        }
+        Take();
+        m_declaration->kind = kind->second;
+        m_declaration->name = ParseName("the name of the type", &m_declaration->position);
+        if (!isStable) {
+            FailAt(m_declaration->position, "a type without @VintfStability is not supported here");
+        }
+        if (backing.has_value() != (m_declaration->kind == Kind::kEnum)) {
+            FailAt(backing.value_or(m_declaration->position),
+                   "enums, and only they, have @Backing(type=\"int\") or \"long\"");
+        }
+        Expect("{", "after the name of the type");
+        while (Until("}")) {
+            RefuseUnsupportedWords();
+            if (m_declaration->kind == Kind::kEnum) {
+                ParseEnumerator();
+            } else if (m_declaration->kind == Kind::kInterface) {
+                ParseMethod(allOneway);
+            } else {
+                ParseField();
+            }
         }
     }
-    return true;
-}
 
-bool Parser::ParseBacking(Annotations* annotations) {
-    std::string key;
-    Position position;
-    if (!Expect("(", "after '@Backing'") || !ParseName("'type'", &key, &position)) {
-        return false;
-    }
-    if (key != "type") {
-        return FailAt(position, "'@Backing' has the one parameter 'type', not '" + key + "'");
-    }
-    if (!Expect("=", "after 'type'")) {
-        return false;
-    }
-    if (Next().kind != TokenKind::String) {
-        return Fail("expected \"byte\", \"int\" or \"long\", found " + Describe(Next()));
-    }
-    const Token token = Take();
-    if (token.text != "byte" && token.text != "int" && token.text != "long") {
-        return FailAt(token.position, "an enum is backed by \"byte\", \"int\" or \"long\", not \"" +
-                                              token.text + "\"");
-    }
-    annotations->backing = token.text;
-    return Expect(")", "after the backing type");
-}
-
-bool Parser::ParseDeclaration() {
-    Declaration& declaration = mDocument->declaration;
-    Annotations annotations;
-    if (!ParseAnnotations(&annotations)) {
-        return false;
-    }
-    const Position start = Next().position;
-    const bool oneway = TakeIf("oneway");
-    if (TakeIf("interface")) {
-        declaration.kind = Declaration::Kind::Interface;
-    } else if (oneway) {
-        return Fail("expected 'interface' after 'oneway', found " + Describe(Next()));
-    } else if (TakeIf("parcelable")) {
-        declaration.kind = Declaration::Kind::Parcelable;
-    } else if (TakeIf("union")) {
-        declaration.kind = Declaration::Kind::Union;
-    } else if (TakeIf("enum")) {
-        declaration.kind = Declaration::Kind::Enum;
-    } else {
-        return Fail("expected 'interface', 'parcelable', 'union' or 'enum', found " +
-                    Describe(Next()));
-    }
-    if (!annotations.backing.empty() && declaration.kind != Declaration::Kind::Enum) {
-        return FailAt(annotations.backingPosition, "'@Backing' belongs to an enum");
-    }
-    if (annotations.nullable || annotations.utf8InCpp) {
-        return FailAt(start, "'@nullable' and '@utf8InCpp' belong to the use of a type");
-    }
-    declaration.package = mDocument->package;
-    declaration.vintfStability = annotations.vintfStability;
-    if (!ParseName("the name of the type", &declaration.name, &declaration.position) ||
-        !Expect("{", "after the name of the type")) {
-        return false;
-    }
-    switch (declaration.kind) {
-        case Declaration::Kind::Enum:
-            return ParseEnum(annotations);
-        case Declaration::Kind::Interface:
-            return ParseInterface(oneway);
-        default:
-            return ParseFields();
-    }
-}
-
-bool Parser::ParseType(const Annotations& annotations, TypeReference* type) {
-    if (annotations.vintfStability || !annotations.backing.empty()) {
-        return Fail("'@VintfStability' and '@Backing' belong to the declaration of a type");
-    }
-    type->nullable = annotations.nullable;
-    type->utf8InCpp = annotations.utf8InCpp;
-    if (!ParseQualifiedName("a type", &type->name, &type->position)) {
-        return false;
-    }
-    if (type->name == "List") {
-        type->shape = TypeReference::Shape::List;
-        if (!Expect("<", "and an element type after 'List'") ||
-            !ParseQualifiedName("an element type", &type->name, &type->position)) {
-            return false;
+    void ParseBacking() {
+        Expect("(", "after '@Backing'");
+        Expect("type", "as the parameter of '@Backing'");
+        Expect("=", "after 'type'");
+        const Token token = Take();
+        m_declaration->isLong = token.text == "long";
+        if (token.kind != TokenKind::kString || (token.text != "int" && token.text != "long")) {
+            FailAt(token.position,
+                   "a backing type other than \"int\" and \"long\" is not supported here");
         }
-        return Expect(">", "after the element type") &&
-               (!Next().Is("[") || Fail("an array of lists is not supported"));
+        Expect(")", "after the backing type");
     }
-    return !TakeIf("[") || ParseArrayBrackets(type);
-}
 
-bool Parser::ParseArrayBrackets(TypeReference* type) {
-    type->shape = TypeReference::Shape::Array;
-    if (!Next().Is("]")) {
-        type->shape = TypeReference::Shape::FixedArray;
-        if (!ParseExpression(&type->sizeExpression)) {
-            return false;
+    void ParseEnumerator() {
+        Enumerator enumerator;
+        enumerator.name = ParseName("an enumerator or '}'", &enumerator.position);
+        const int bits = m_declaration->isLong ? 64 : 32;
+        const std::vector<Enumerator>& before = m_declaration->enumerators;
+        if (TakeIf("=")) {
+            enumerator.value = ParseConstant().value;
+        } else if (!before.empty() && before.back().value == Largest(bits)) {
+            FailAt(enumerator.position, "no value is left for '" + enumerator.name + "'");
+        } else if (!before.empty()) {
+            enumerator.value = before.back().value + 1;
         }
+        if (!Fits(enumerator.value, bits)) {
+            FailAt(enumerator.position, "the value " + std::to_string(enumerator.value) + " of '" +
+                                                enumerator.name + "' does not fit 32 bits");
+        }
+        if (!Next().Is("}")) Expect(",", "or '}' after an enumerator");
+        m_declaration->enumerators.push_back(enumerator);
     }
-    if (!Expect("]", "after the size of an array")) {
-        return false;
+
+    void ParseField() {
+        Field field;
+        field.type = ParseType();
+        field.name = ParseName("the name of a field", &field.position);
+        if (TakeIf("=")) {
+            Default value{Next().position, "", 0};
+            if (Next().kind == TokenKind::kWord) {
+                value.text = ParseDottedName("a constant", &value.position);
+            } else {
+                value.number = ParseConstant().value;
+            }
+            field.defaultValue = value;
+        }
+        Expect(";", "after a field");
+        m_declaration->fields.push_back(field);
     }
-    return !Next().Is("[") || Fail("an array has one dimension only");
+
+    void ParseMethod(bool allOneway) {
+        Method method;
+        method.deprecation = DeprecationNote(Next().comment);
+        method.isOneway = TakeIf("oneway") || allOneway;
+        method.returnType = ParseType();
+        method.name = ParseName("the name of a method", &method.position);
+        Expect("(", "after the name of a method");
+        while (Until(")")) ParseArgument(&method);
+        if (Next().Is("=")) Fail("a transaction number of one's own is not supported here");
+        Expect(";", "after a method");
+        m_declaration->methods.push_back(method);
+    }
+
+    void ParseArgument(Method* method) {
+        Argument argument;
+        RefuseUnsupportedWords();
+        argument.isOut = TakeIf("out");
+        argument.hasDirection = argument.isOut || TakeIf("in");
+        argument.type = ParseType();
+        argument.name = ParseName("the name of an argument", &argument.position);
+        method->arguments.push_back(argument);
+        if (Next().Is(")")) return;
+        Expect(",", "or ')' after an argument");
+        if (Next().Is(")")) Fail("expected an argument after ','");
+    }
+
+    TypeUse ParseType() {
+        TypeUse type;
+        while (Next().kind == TokenKind::kAnnotation) {
+            const Token token = Take();
+            if (token.text != "utf8InCpp" || !Next().Is("String")) {
+                FailAt(token.position, Describe(token) + " is not supported here");
+            }
+        }
+        type.name = ParseDottedName("a type", &type.position);
+        if (Next().Is("<")) Fail(type.name + "<...> is not supported here");
+        if (!TakeIf("[")) return type;
+        type.isArray = true;
+        if (!Next().Is("]")) {
+            const Position position = Next().position;
+            type.fixedSize = ParseConstant().value;
+            if (type.fixedSize < 1 || type.fixedSize > kMaxFixedArraySize) {
+                FailAt(position, "an array has 1 to " + std::to_string(kMaxFixedArraySize) +
+                                         " elements, not " + std::to_string(type.fixedSize));
+            }
+        }
+        Expect("]", "after the size of an array");
+        if (Next().Is("[")) Fail("an array of arrays is not supported here");
+        return type;
+    }
+
+    // Operands joined by '<<' and, more weakly, by '|'.
+    Constant ParseConstant() {
+        Constant result = ParseShift();
+        while (TakeIf("|")) result = Or(result, ParseShift());
+        return result;
+    }
+
+    Constant ParseShift() {
+        Constant result = ParseOperand();
+        while (Next().Is("<<")) {
+            const Position position = Take().position;
+            result = Checked(position, ShiftLeft(result, ParseOperand()));
+        }
+        return result;
+    }
+
+    Constant ParseOperand() {
+        const Token token = Take();
+        if (token.Is("-") && Next().kind == TokenKind::kNumber) {
+            const Position position = Next().position;
+            return Negate(Checked(position, ReadInteger(Take().text)));
+        }
+        if (token.kind == TokenKind::kNumber)
+            return Checked(token.position, ReadInteger(token.text));
+        if (token.kind == TokenKind::kWord) {
+            for (const Enumerator& known : m_declaration->enumerators) {
+                if (known.name == token.text) return {known.value, m_declaration->isLong};
+            }
+            FailAt(token.position, "'" + token.text + "' is not an enumerator above this place");
+        }
+        FailAt(token.position, Describe(token) +
+                                       " is not supported here: a constant is made of integers and "
+                                       "names of enumerators with -, << and |");
+        return {};
+    }
+
+    std::vector<Token> m_tokens;
+    size_t m_next = 0;
+    std::string m_error;
+    Document* m_document;
+    Declaration* m_declaration;
+};
+
+}  // namespace
+
+base::Result<std::unique_ptr<Document>> Parse(const std::string& text, const std::string& file) {
+    base::Result<std::vector<Token>> tokens = Tokenize(text, file);
+    if (!tokens.Ok()) return tokens.GetFailure();
+    auto document = std::make_unique<Document>();
+    document->file = file;
+    document->declaration.document = document.get();
+    Parser parser(std::move(tokens).Value(), document.get());
+    parser.ParseDocument();
+    if (!parser.Error().empty()) return base::Failure{parser.Error()};
+    return document;
 }
 
 }  // namespace aidlc

@@ -2,116 +2,81 @@
 #include "source_tree.h"
 
 #include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
 
-#include "files.h"
 #include "parser.h"
 
 namespace aidlc {
 namespace {
 
-std::string RelativePath(const std::string& canonicalName) {
-    std::string path = canonicalName;
+base::Result<std::string> ReadFile(const std::string& path) {
+    std::error_code code;
+    if (!std::filesystem::is_regular_file(path, code)) {
+        return base::Failure{"cannot read " + path + ": " +
+                             (code ? code.message() : "not a regular file")};
+    }
+    std::ifstream stream(path, std::ios::binary);
+    const std::string text(std::istreambuf_iterator<char>(stream), {});
+    if (!stream.is_open() || stream.bad()) {
+        return base::Failure{"cannot read " + path + ": " + std::strerror(errno)};
+    }
+    return text;
+}
+
+std::string RelativePath(const std::string& fullName) {
+    std::string path = fullName;
     std::replace(path.begin(), path.end(), '.', '/');
     return path + ".aidl";
 }
 
 bool EndsWithPath(const std::string& path, const std::string& tail) {
-    if (path == tail) {
-        return true;
-    }
-    const size_t length = tail.size() + 1;
-    return path.size() >= length && path.compare(path.size() - length, length, "/" + tail) == 0;
+    const std::string whole = "/" + path;
+    const std::string end = "/" + tail;
+    return whole.size() >= end.size() &&
+           whole.compare(whole.size() - end.size(), end.size(), end) == 0;
 }
 
 }  // namespace
 
-Declaration* SourceTree::LoadFile(const std::string& path) {
-    std::string text;
-    std::string error;
-    if (!ReadFile(path, &text, &error)) {
-        mDiagnostics->Report({&path, 1, 1}, error);
-        return nullptr;
+base::Result<Declaration*> SourceTree::Load(const std::string& path) {
+    const base::Result<std::string> text = ReadFile(path);
+    if (!text.Ok()) return text.GetFailure();
+    base::Result<std::unique_ptr<Document>> parsed = Parse(text.Value(), path);
+    if (!parsed.Ok()) return parsed.GetFailure();
+    Declaration* const declaration = &parsed.Value()->declaration;
+    const std::string name = declaration->FullName();
+    const auto failure = [&](const std::string& message) {
+        return base::Failure{Located(path, declaration->position, "type " + name + message)};
+    };
+    if (!EndsWithPath(path, RelativePath(name))) {
+        return failure(" belongs in a file " + RelativePath(name));
     }
-    for (const auto& document : mDocuments) {
-        if (document->file == path) {
-            return &document->declaration;
-        }
+    base::Result<Declaration*>& known = m_found.emplace(name, nullptr).first->second;
+    if (known.Ok() && known.Value()) {
+        return failure(" was already read from " + known.Value()->document->file);
     }
-    return Read(path, text);
+    known = declaration;
+    m_documents.push_back(std::move(parsed).Value());
+    return declaration;
 }
 
-Declaration* SourceTree::Read(const std::string& path, const std::string& text) {
-    std::unique_ptr<Document> document = Parse(text, path, mDiagnostics);
-    if (document == nullptr) {
-        return nullptr;
+base::Result<Declaration*> SourceTree::Find(const std::string& fullName) {
+    const auto known = m_found.find(fullName);
+    if (known != m_found.end()) return known->second;
+    base::Result<Declaration*> found = nullptr;
+    for (const std::string& root : m_roots) {
+        const std::string path = root + "/" + RelativePath(fullName);
+        std::error_code ignored;
+        if (!std::filesystem::exists(path, ignored)) continue;
+        found = Load(path);
+        break;
     }
-    Declaration& declaration = document->declaration;
-    const std::string expected = RelativePath(declaration.CanonicalName());
-    if (!EndsWithPath(path, expected)) {
-        mDiagnostics->Report(declaration.position, "type " + declaration.CanonicalName() +
-                                                           " belongs in a file " + expected);
-        return nullptr;
-    }
-    Declaration*& known = mByName[declaration.CanonicalName()];
-    if (known != nullptr) {
-        mDiagnostics->Report(declaration.position, "type " + declaration.CanonicalName() +
-                                                           " was already read from " +
-                                                           known->document->file);
-        return nullptr;
-    }
-    known = &declaration;
-    mDocuments.push_back(std::move(document));
-    return known;
-}
-
-Declaration* SourceTree::Find(const std::string& canonicalName) {
-    const auto known = mByName.find(canonicalName);
-    if (known != mByName.end()) {
-        return known->second;
-    }
-    mByName[canonicalName] = nullptr;
-    for (const std::string& root : mRoots) {
-        const std::string path = root + "/" + RelativePath(canonicalName);
-        std::string text;
-        std::string ignored;
-        if (ReadFile(path, &text, &ignored)) {
-            Declaration* const found = Read(path, text);
-            if (found == nullptr) {
-                MarkReported(canonicalName);
-            }
-            return found;
-        }
-    }
-    return nullptr;
-}
-
-std::string SourceTree::CanonicalName(const Document& document, const std::string& name) const {
-    if (name.find('.') != std::string::npos) {
-        return name;
-    }
-    for (const Import& import : document.imports) {
-        if (name != document.declaration.name &&
-            EndsWithPath(RelativePath(import.name), name + ".aidl")) {
-            return import.name;
-        }
-    }
-    return document.package + "." + name;
-}
-
-Declaration* SourceTree::Lookup(const Document& document, const std::string& name) {
-    return Find(CanonicalName(document, name));
-}
-
-bool SourceTree::IsReported(const Document& document, const std::string& name) const {
-    return mReported.count(CanonicalName(document, name)) != 0;
-}
-
-std::string SourceTree::RootList() const {
-    std::string list;
-    for (const std::string& root : mRoots) {
-        list += (list.empty() ? "" : ", ") + root;
-    }
-    return list.empty() ? "no -I folder given" : list;
+    m_found.emplace(fullName, found);
+    return found;
 }
 
 }  // namespace aidlc

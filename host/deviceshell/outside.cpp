@@ -1,207 +1,122 @@
-// The user's side: opens the files, starts the sandbox, passes signals on.
-
-#include "outside.h"
-
+// deviceinit on the user's side: starts bubblewrap, passes signals on.
 #include <errno.h>
-#include <fcntl.h>
 #include <poll.h>
 #include <signal.h>
 #include <stdlib.h>
 #include <string.h>
-#include <sys/mman.h>
 #include <sys/prctl.h>
 #include <sys/signalfd.h>
 #include <sys/socket.h>
 #include <sys/wait.h>
+#include <termios.h>
 #include <unistd.h>
 
-#include "control.h"
-#include "process.h"
-#include "sandbox.h"
-#include "shell.h"
+#include "deviceinit.h"
 
 namespace deviceshell {
-
 namespace {
 
-constexpr int kUsage = 2;
-constexpr int kNoDevice = 125;
-constexpr int kGraceMilliseconds = 2000;
+constexpr int kPatienceMilliseconds = 6000;  // for the first process, which sets limits of 2 s
 
-// Opens for whole lines appended by several writers; -1 with a complaint.
-int openLog(const std::string& path) {
-    const int number = open(path.empty() ? "/dev/null" : path.c_str(),
-                            O_WRONLY | O_CREAT | O_TRUNC | O_APPEND | O_CLOEXEC, 0644);
-    if (number < 0) complain(path + ": " + strerror(errno));
-    return number;
-}
-
-// A log without a file, for a shell to read through the descriptor; -1 with a complaint.
-int openMemory(const char* name) {
-    const int number = memfd_create(name, MFD_CLOEXEC);
-    if (number >= 0 && fcntl(number, F_SETFL, O_APPEND) == 0) return number;
-    complain(std::string("cannot keep the ") + name + ": " + strerror(errno));
-    return -1;
-}
-
-// A shell has everything at hand: one log of all programs, as on a device, and the trace.
-bool openFiles(const Options& options, bool forShell, DeviceDescriptors* numbers) {
-    const bool keepLog = forShell && options.logFile.empty();
-    numbers->log = keepLog ? openMemory("log") : openLog(options.logFile);
-    if (numbers->log < 0) return false;
-    numbers->deviceLog = forShell && options.deviceLogFile.empty()
-                                 ? fcntl(numbers->log, F_DUPFD_CLOEXEC, 0)
-                                 : openLog(options.deviceLogFile);
-    if (numbers->deviceLog < 0) return false;
-    if (!options.runRecordFile.empty() &&
-        (numbers->runRecord = openLog(options.runRecordFile)) < 0) {
-        return false;
-    }
-    const bool keepTrace = forShell && options.traceFile.empty();
-    if (!keepTrace && options.traceFile.empty()) return true;
-    numbers->trace = keepTrace ? openMemory("trace") : openLog(options.traceFile);
-    return numbers->trace >= 0;
-}
-
-sigset_t watchedSignals() {
-    sigset_t signals;
-    sigemptyset(&signals);
-    for (const int number : {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGCHLD}) {
-        sigaddset(&signals, number);
-    }
-    return signals;
-}
-
-// The signals stay blocked in bubblewrap, which would otherwise die of a Ctrl-C meant for the
-// command; the device's first process unblocks them for its children.
-pid_t startSandbox(const std::vector<std::string>& arguments, const DeviceDescriptors& numbers) {
-    const pid_t parent = getpid();
-    const pid_t pid = fork();
-    if (pid != 0) return pid;
-    prctl(PR_SET_PDEATHSIG, SIGKILL);
-    if (getppid() != parent) _exit(kNoDevice);
-    for (const int number : numbers.all()) {
-        if (number >= 0) fcntl(number, F_SETFD, 0);
-    }
-    for (const char* name : {"STANDIN_HAL_PATH", "STANDIN_LOG_ECHO", "STANDIN_BINDER_TRACE_FD",
-                             "STANDIN_RUN_RECORD_FD"}) {
-        unsetenv(name);
-    }
-    setenv("STANDIN_BINDER_DIR", kBinderFolder, 1);
-    setenv("STANDIN_LOG_FD", std::to_string(numbers.deviceLog).c_str(), 1);
-    std::vector<char*> argv;
-    for (const std::string& word : arguments) argv.push_back(const_cast<char*>(word.c_str()));
-    argv.push_back(nullptr);
-    execvp(argv[0], argv.data());
-    complain(std::string(argv[0]) + ": " + strerror(errno) + "; install bubblewrap");
-    _exit(kNoDevice);
-}
-
-// Waits for the sandbox; the number of the last signal that was passed on, or 0.
-class Watch {
+class Sandbox {
   public:
-    Watch(pid_t sandbox, int signals, int control)
-        : m_sandbox(sandbox), m_signals(signals), m_control(control) {}
-
-    int untilEnd() {
-        int status = 0;
-        while (waitpid(m_sandbox, &status, WNOHANG) == 0) {
-            pollfd sources[2] = {{m_signals, POLLIN, 0}, {m_here ? -1 : m_control, POLLIN, 0}};
-            const int ready = poll(sources, 2, m_limited ? kGraceMilliseconds : -1);
-            if (ready == 0) escalate();
-            signalfd_siginfo signal = {};
-            while (read(m_signals, &signal, sizeof signal) == sizeof signal) take(signal);
-            if (sources[1].revents) letStart();
-        }
-        return m_last;
-    }
+    bool Start(Words arguments);  // false after a complaint
+    int UntilEnd();
 
   private:
-    void take(const signalfd_siginfo& signal) {
-        const int number = static_cast<int>(signal.ssi_signo);
-        if (number == SIGCHLD) return;
-        // What the terminal sends goes to the command, too, as soon as somebody is there to take
-        // it; only a hang-up must end it.
-        const bool fromTerminal = signal.ssi_code == SI_KERNEL;
-        if (fromTerminal && number != SIGHUP && m_here) return;
-        m_last = number;
-        m_limited = true;
-        passOn(number);
-    }
+    void Take(const signalfd_siginfo& signal);
 
-    void letStart() {
-        unsigned char byte = 0;
-        if (read(m_control, &byte, 1) == 1) passOn(kStart);
-        m_here = true;  // or gone
-    }
-
-    void passOn(int number) const {
-        const unsigned char byte = static_cast<unsigned char>(number);
-        if (write(m_control, &byte, 1) < 0 && errno != EPIPE) kill(m_sandbox, SIGKILL);
-    }
-
-    void escalate() {
-        if (m_killed) {
-            kill(m_sandbox, SIGKILL);
-        } else {
-            passOn(SIGKILL);
-        }
-        m_killed = true;
-    }
-
-    const pid_t m_sandbox;
-    const int m_signals;
-    const int m_control;
-    int m_last = 0;
-    bool m_here = false;  // the first process has said so
-    bool m_limited = false;
-    bool m_killed = false;
+    pid_t m_bubblewrap = -1;
+    int m_signals = -1;
+    int m_control = -1;
+    bool m_ready = false;  // the first process
+    int m_last = 0;        // the last signal that was passed on
 };
 
-// The status that the device's first process left; without one the sandbox did not come up.
-int takeStatus(int statusEnd, int lastSignal) {
+// The signals stay blocked in bubblewrap, which would otherwise die of a Ctrl-C meant for the
+// command, and in the first process.
+bool Sandbox::Start(Words arguments) {
+    sigset_t watched;
+    sigemptyset(&watched);
+    for (const int number : {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGCHLD}) {
+        sigaddset(&watched, number);
+    }
+    sigprocmask(SIG_BLOCK, &watched, nullptr);
+    signal(SIGCHLD, SIG_DFL);  // else the ends of children would be lost
+    signal(SIGPIPE, SIG_IGN);  // the device may end while a signal is passed on
+    m_signals = signalfd(-1, &watched, SFD_CLOEXEC | SFD_NONBLOCK);
+    int control[2];
+    const pid_t parent = getpid();
+    if (m_signals < 0 || socketpair(AF_UNIX, SOCK_STREAM, 0, control) != 0 ||
+        (m_bubblewrap = fork()) < 0) {
+        Complain(std::string("cannot start the device: ") + strerror(errno));
+        return false;
+    }
+    close(control[m_bubblewrap == 0 ? 0 : 1]);
+    m_control = control[0];
+    if (m_bubblewrap != 0) return true;
+    prctl(PR_SET_PDEATHSIG, SIGKILL);  // until bubblewrap asks for it
+    if (getppid() != parent) _exit(kNoDevice);
+    signal(SIGPIPE, SIG_DFL);
+    setenv(kControlVariable, std::to_string(control[1]).c_str(), 1);
+    arguments.insert(arguments.begin(), "bwrap");
+    Become(arguments);
+}
+
+int Sandbox::UntilEnd() {
     int status = 0;
-    const bool told = read(statusEnd, &status, sizeof status) == sizeof status;
-    if (told && !(lastSignal != 0 && status == 128 + SIGKILL)) return status;
-    if (lastSignal != 0) return 128 + lastSignal;
-    complain("the device did not come up: bubblewrap ended before the command ran");
+    while (waitpid(m_bubblewrap, &status, WNOHANG) == 0) {
+        pollfd sources[2] = {{m_signals, POLLIN, 0}, {m_ready ? -1 : m_control, POLLIN, 0}};
+        const int count = poll(sources, 2, m_last ? kPatienceMilliseconds : -1);
+        if (count == 0) kill(m_bubblewrap, SIGKILL);
+        signalfd_siginfo signal = {};
+        while (read(m_signals, &signal, sizeof signal) == sizeof signal) Take(signal);
+        unsigned char byte = 0;
+        if (sources[1].revents && read(m_control, &byte, 1) == 1) {
+            // Signals that came before are passed on now.
+            m_ready = true;
+            if (write(m_control, &kStart, 1) < 0) continue;
+        }
+    }
+    if (m_ready && WIFEXITED(status)) return WEXITSTATUS(status);
+    if (m_last != 0) return 128 + m_last;
+    Complain("the device did not come up: bubblewrap ended before the command ran");
     return kNoDevice;
+}
+
+void Sandbox::Take(const signalfd_siginfo& signal) {
+    const int number = static_cast<int>(signal.ssi_signo);
+    // What the terminal sends reaches the first process, too, as soon as it is ready; only a
+    // hang-up must end it.
+    const bool reachesIt = m_ready && signal.ssi_code == SI_KERNEL && number != SIGHUP;
+    if (number == SIGCHLD || reachesIt) return;
+    m_last = number;
+    const unsigned char byte = static_cast<unsigned char>(number);
+    if (write(m_control, &byte, 1) < 0) kill(m_bubblewrap, SIGKILL);
+}
+
+int Run(const Words& arguments) {
+    Sandbox sandbox;
+    return sandbox.Start(arguments) ? sandbox.UntilEnd() : kNoDevice;
 }
 
 }  // namespace
 
-int runOutside(const Options& options, DevicePlan plan, const std::string& self) {
-    DeviceDescriptors& numbers = plan.descriptors;
-    if (!openFiles(options, plan.shell != ShellKind::None, &numbers)) return kUsage;
-    std::optional<LentTerminal> lent;
-    if (plan.shell == ShellKind::Terminal) lent.emplace();
-    int statusEnds[2];
-    int controlEnds[2];
-    const sigset_t watched = watchedSignals();
-    sigprocmask(SIG_BLOCK, &watched, nullptr);
-    const int signals = signalfd(-1, &watched, SFD_CLOEXEC | SFD_NONBLOCK);
-    if (signals < 0 || pipe2(statusEnds, O_CLOEXEC) != 0 ||
-        socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, controlEnds) != 0) {
-        complain(std::string("cannot start the device: ") + strerror(errno));
-        return kNoDevice;
+int RunOutside(const Words& arguments, bool lendTerminal) {
+    if (!lendTerminal) return Run(arguments);
+    const pid_t user = tcgetpgrp(STDIN_FILENO);
+    if (user >= 0 && user != getpgrp()) {
+        Complain("a shell in the background cannot use the terminal; give a COMMAND");
+        return 2;
     }
-    numbers.status = statusEnds[1];
-    numbers.control = controlEnds[0];
-
-    std::vector<std::string> arguments = sandboxArguments(options, self.substr(0, self.rfind('/')));
-    arguments.push_back(self);
-    const std::vector<std::string> inside = encodePlan(plan);
-    arguments.insert(arguments.end(), inside.begin(), inside.end());
-    const pid_t sandbox = startSandbox(arguments, numbers);
-    if (sandbox < 0) {
-        complain(std::string("cannot start the device: ") + strerror(errno));
-        return kNoDevice;
-    }
-    close(statusEnds[1]);
-    close(controlEnds[0]);
-    signal(SIGPIPE, SIG_IGN);  // the sandbox may end while a signal is passed on
-    const int lastSignal = Watch(sandbox, signals, controlEnds[1]).untilEnd();
-    return takeStatus(statusEnds[0], lastSignal);
+    termios settings = {};
+    const bool known = tcgetattr(STDIN_FILENO, &settings) == 0;
+    const int status = Run(arguments);
+    // A process that changes a terminal from the background is stopped, unless it ignores that.
+    signal(SIGTTOU, SIG_IGN);
+    tcsetpgrp(STDIN_FILENO, getpgrp());
+    if (known) tcsetattr(STDIN_FILENO, TCSADRAIN, &settings);
+    return status;
 }
 
 }  // namespace deviceshell

@@ -5,11 +5,11 @@
 #include <host_mapper_registry.h>
 #include <vndksupport/linker.h>
 
-namespace android {
-namespace hardware {
-namespace graphics {
-namespace mapper {
-namespace V4_0 {
+#include <map>
+#include <mutex>
+#include <utility>
+
+namespace android::hardware::graphics::mapper::V4_0 {
 
 namespace {
 
@@ -17,8 +17,35 @@ constexpr char kLogTag[] = "HidlServiceManagement";
 constexpr char kImplementation[] = "android.hardware.graphics.mapper@4.0-impl-zel.so";
 constexpr char kFetchSymbol[] = "HIDL_FETCH_IMapper";
 
+// The mappers that were registered in this process.
+struct Registry {
+    std::mutex mutex;
+    std::map<std::string, sp<IMapper>> mappers;
+};
+
+Registry& ThisRegistry() {
+    // Never destroyed: threads may still look services up while the process exits.
+    static Registry* const registry = new Registry;
+    return *registry;
+}
+
+// Puts `mapper` (null: none) in place of the registered one.
+void Register(const std::string& serviceName, sp<IMapper> mapper) {
+    Registry& registry = ThisRegistry();
+    std::unique_lock<std::mutex> lock(registry.mutex);
+    std::swap(registry.mappers[serviceName], mapper);
+    lock.unlock();  // before the earlier mapper's destructor, which may call back
+}
+
+sp<IMapper> FindRegistered(const std::string& serviceName) {
+    Registry& registry = ThisRegistry();
+    std::lock_guard<std::mutex> lock(registry.mutex);
+    const auto found = registry.mappers.find(serviceName);
+    return found == registry.mappers.end() ? nullptr : found->second;
+}
+
 // A mapper lives in its caller's process: addresses cannot cross a transport.
-sp<IMapper> openPassthrough(const std::string& serviceName) {
+sp<IMapper> OpenPassthrough(const std::string& serviceName) {
     void* library = android_load_sphal_library(kImplementation, RTLD_NOW | RTLD_LOCAL);
     if (library == nullptr) return nullptr;  // the loader has logged why
 
@@ -44,7 +71,7 @@ const char* IMapper::descriptor = "android.hardware.graphics.mapper@4.0::IMapper
 
 sp<IMapper> IMapper::getService(const std::string& serviceName, bool getStub) {
     if (!getStub) {
-        if (sp<IMapper> registered = host::findRegisteredMapper(serviceName)) return registered;
+        if (sp<IMapper> registered = FindRegistered(serviceName)) return registered;
     }
     if (serviceName != "default") {
         __android_log_print(ANDROID_LOG_ERROR, kLogTag,
@@ -52,11 +79,7 @@ sp<IMapper> IMapper::getService(const std::string& serviceName, bool getStub) {
                             descriptor, serviceName.c_str());
         return nullptr;
     }
-    return openPassthrough(serviceName);
-}
-
-sp<IMapper> IMapper::tryGetService(const std::string& serviceName, bool getStub) {
-    return getService(serviceName, getStub);
+    return OpenPassthrough(serviceName);
 }
 
 status_t IMapper::registerAsService(const std::string& serviceName) {
@@ -64,22 +87,16 @@ status_t IMapper::registerAsService(const std::string& serviceName) {
         __android_log_write(ANDROID_LOG_ERROR, kLogTag, "registerAsService: the name is empty");
         return BAD_VALUE;
     }
-    host::registerMapper(serviceName, this);
+    Register(serviceName, this);
     return OK;
 }
 
-Return<void> IMapper::interfaceChain(interfaceChain_cb _hidl_cb) {
-    _hidl_cb({descriptor, IBase::descriptor});
-    return Void();
+}  // namespace android::hardware::graphics::mapper::V4_0
+
+namespace host {
+
+void unregisterMapper(const std::string& serviceName) {
+    ::android::hardware::graphics::mapper::V4_0::Register(serviceName, nullptr);
 }
 
-Return<void> IMapper::interfaceDescriptor(interfaceDescriptor_cb _hidl_cb) {
-    _hidl_cb(descriptor);
-    return Void();
-}
-
-}  // namespace V4_0
-}  // namespace mapper
-}  // namespace graphics
-}  // namespace hardware
-}  // namespace android
+}  // namespace host

@@ -4,7 +4,6 @@
 // the function that they end up in decides.
 #include "instruction_sets.h"
 
-#include "steps/average_rows.h"
 #include "steps/develop_strip.h"
 
 namespace imaging {
@@ -31,30 +30,29 @@ AVX2 void AverageAvx2(const AverageJob& job) {
 }
 
 constexpr Functions kAvx2 = {DevelopAvx2, AverageAvx2};
+
+bool HasAvx2() {
+    return __builtin_cpu_supports("avx2");
+}
+#else
+constexpr Functions kAvx2 = kBaseline;
+
+bool HasAvx2() {
+    return false;
+}
 #endif
 
 }  // namespace
 
-#if defined(__x86_64__)
 std::vector<InstructionSet> SupportedInstructionSets() {
     std::vector<InstructionSet> sets = {InstructionSet::kBaseline};
-    if (__builtin_cpu_supports("avx2")) sets.push_back(InstructionSet::kAvx2);
+    if (HasAvx2()) sets.push_back(InstructionSet::kAvx2);
     return sets;
 }
 
 const Functions& FunctionsFor(InstructionSet instructions) {
-    if (instructions == InstructionSet::kAvx2) return kAvx2;
-    return kBaseline;
+    return instructions == InstructionSet::kAvx2 ? kAvx2 : kBaseline;
 }
-#else
-std::vector<InstructionSet> SupportedInstructionSets() {
-    return {InstructionSet::kBaseline};
-}
-
-const Functions& FunctionsFor(InstructionSet) {
-    return kBaseline;
-}
-#endif
 
 InstructionSet FastestInstructionSet() {
     return SupportedInstructionSets().back();

@@ -32,14 +32,13 @@ constexpr uint8_t kRestart = 0xd0;       // the first of eight, which take turns
 constexpr uint8_t kStartOfScan = 0xda;
 constexpr size_t kMarkerBytes = 2;
 
-/** Parts of a JPEG file with one scan. */
+// Parts of a JPEG file with one scan.
 struct JpegParts {
-    size_t height = 0;  // where the frame's height stands
-    size_t data = 0;    // where the coded data begin
-    size_t end = 0;     // where the end marker stands
+    size_t height = 0;  // of the frame's height
+    size_t data = 0;    // where the coded data begin, which go on to the end marker
 };
 
-/** @return false if the header makes no sense */
+// Returns false for a header without a frame and a scan.
 bool FindParts(const FileBytes& file, JpegParts* parts) {
     size_t at = kMarkerBytes;  // behind the start marker
     while (at + kMarkerBytes + 2 <= file.size && file[at] == kMarker) {
@@ -50,8 +49,7 @@ bool FindParts(const FileBytes& file, JpegParts* parts) {
         at += kMarkerBytes + length;
         if (marker != kStartOfScan) continue;
         parts->data = at;
-        parts->end = file.size - kMarkerBytes;
-        return parts->height != 0 && parts->data <= parts->end;
+        return parts->height != 0 && parts->data + kMarkerBytes <= file.size;
     }
     return false;
 }
@@ -72,22 +70,34 @@ std::string Check(const Nv12View& picture, const JpegSettings& settings) {
     return problem;
 }
 
-/** Joins the strips' files. @return empty, or what is wrong */
+// A little-endian TIFF structure with the orientation (1..8) as its one entry.
+std::array<uint8_t, kExifSegmentBytes> MakeExifSegment(uint16_t orientation) {
+    const auto low = static_cast<uint8_t>(orientation & 0xff);
+    const auto high = static_cast<uint8_t>(orientation >> 8);
+    return {
+            'E',  'x',  'i', 'f', 0, 0,                         // identifier
+            'I',  'I',  42,  0,   8, 0, 0, 0,                   // little endian, directory at 8
+            1,    0,                                            // entries
+            0x12, 0x01, 3,   0,   1, 0, 0, 0, low, high, 0, 0,  // orientation, SHORT, one value
+            0,    0,    0,   0,                                 // no further directory
+    };
+}
+
+// Joins the strips' files. @return empty, or what is wrong
 std::string Join(std::vector<FileBytes>& strips, uint32_t height, uint8_t* out, size_t capacity,
                  size_t* size) {
     std::vector<JpegParts> parts(strips.size());
     size_t total = 0;
     for (size_t i = 0; i < strips.size(); ++i) {
         if (!FindParts(strips[i], &parts[i])) return "libjpeg wrote a file without a scan";
-        total += (i == 0 ? parts[i].data : 0) + parts[i].end - parts[i].data + kMarkerBytes;
+        total += strips[i].size - (i == 0 ? 0 : parts[i].data);
     }
     if (total > capacity) {
         return "the JPEG file of " + std::to_string(total) + " bytes does not fit into " +
                std::to_string(capacity) + " bytes";
     }
-    FileBytes& first = strips[0];
-    first[parts[0].height] = static_cast<uint8_t>(height >> 8);
-    first[parts[0].height + 1] = static_cast<uint8_t>(height & 0xff);
+    strips[0][parts[0].height] = static_cast<uint8_t>(height >> 8);
+    strips[0][parts[0].height + 1] = static_cast<uint8_t>(height & 0xff);
     uint8_t* to = out;
     for (size_t i = 0; i < strips.size(); ++i) {
         // With the end marker, in whose place a restart marker stands between two strips.
@@ -101,6 +111,11 @@ std::string Join(std::vector<FileBytes>& strips, uint32_t height, uint8_t* out, 
 }
 
 }  // namespace
+
+uint16_t ExifOrientation(int32_t degrees) {
+    constexpr uint16_t kOrientations[] = {1, 6, 3, 8};
+    return degrees % 90 == 0 && degrees >= 0 && degrees < 360 ? kOrientations[degrees / 90] : 0;
+}
 
 std::string EncodeJpeg(const Nv12View& picture, const JpegSettings& settings, uint8_t* out,
                        size_t capacity, size_t* size, const Execution& execution) {

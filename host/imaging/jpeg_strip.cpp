@@ -12,7 +12,7 @@ namespace imaging {
 
 namespace {
 
-/** libjpeg reports an error by calling a function that must not return; this one jumps back. */
+// libjpeg reports an error by calling a function that must not return; this one jumps back.
 struct ErrorState {
     jpeg_error_mgr manager;  // first: libjpeg knows only this part
     jmp_buf back;
@@ -27,45 +27,7 @@ struct ErrorState {
 
 void OnWarning(j_common_ptr, int) {}
 
-/** Writes into memory that grows. */
-struct GrowingDestination {
-    jpeg_destination_mgr manager;  // first: libjpeg knows only this part
-    FileBytes* file;               // its size is that of the memory until the end
-};
-
-void GrowTo(j_compress_ptr info, size_t size) {
-    auto* out = reinterpret_cast<GrowingDestination*>(info->dest);
-    const size_t used = out->file->size;
-    auto* grown = static_cast<uint8_t*>(realloc(out->file->data.get(), size));
-    if (grown == nullptr) {
-        auto* state = reinterpret_cast<ErrorState*>(info->err);
-        snprintf(state->text, sizeof(state->text), "no memory for a JPEG file of %zu bytes", size);
-        longjmp(state->back, 1);
-    }
-    (void)out->file->data.release();  // realloc took it
-    out->file->data.reset(grown);
-    out->file->size = size;
-    out->manager.next_output_byte = grown + used;
-    out->manager.free_in_buffer = size - used;
-}
-
-void BeginOutput(j_compress_ptr info) {
-    constexpr size_t kLeast = 4096;
-    // What a photo takes at high quality: about two bits a pixel.
-    GrowTo(info, kLeast + size_t{info->image_width} * info->image_height / 4);
-}
-
-boolean OnFull(j_compress_ptr info) {
-    GrowTo(info, 2 * reinterpret_cast<GrowingDestination*>(info->dest)->file->size);
-    return TRUE;
-}
-
-void EndOutput(j_compress_ptr info) {
-    auto* out = reinterpret_cast<GrowingDestination*>(info->dest);
-    out->file->size -= out->manager.free_in_buffer;
-}
-
-/** Row pointers of one row of coded units, and the memory behind those that must be made. */
+// Row pointers of one row of coded units, and the memory behind those that must be made.
 struct Rows {
     JSAMPROW y[kMcuSide];
     JSAMPROW cb[kMcuSide / 2];
@@ -86,7 +48,7 @@ void SplitPairs(const uint8_t* __restrict pairs, uint32_t count, uint8_t* __rest
     }
 }
 
-/** Fills the rows from luma row `top` on; beyond the last row and column the picture repeats. */
+// Fills the rows from luma row `top` on; beyond the last row and column the picture repeats.
 void PrepareRows(const Nv12View& strip, uint32_t top, Rows* rows) {
     for (uint32_t i = 0; i < kMcuSide; ++i) {
         const uint32_t y = top + i < strip.height ? top + i : strip.height - 1;
@@ -119,9 +81,10 @@ void SetParameters(j_compress_ptr info, const Nv12View& strip, const JpegStripSe
     info->restart_interval = settings.restartInterval;
 }
 
-/** Everything that libjpeg may jump out of: no object with a destructor lives in here. */
-bool Compress(const Nv12View& strip, const JpegStripSettings& settings, Rows* rows,
-              GrowingDestination* out, ErrorState* error) {
+// Everything that libjpeg may jump out of: no object with a destructor lives in here.
+// `data` and `size` are memory to begin with; where that does not suffice, libjpeg takes more.
+bool Compress(const Nv12View& strip, const JpegStripSettings& settings, Rows* rows, uint8_t** data,
+              unsigned long* size, ErrorState* error) {
     jpeg_compress_struct info = {};
     info.err = jpeg_std_error(&error->manager);
     error->manager.error_exit = OnError;
@@ -131,7 +94,7 @@ bool Compress(const Nv12View& strip, const JpegStripSettings& settings, Rows* ro
         return false;
     }
     jpeg_create_compress(&info);
-    info.dest = &out->manager;
+    jpeg_mem_dest(&info, data, size);
     SetParameters(&info, strip, settings);
     jpeg_start_compress(&info, TRUE);
     jpeg_write_marker(&info, JPEG_APP0 + 1, settings.exif.data(), kExifSegmentBytes);
@@ -158,14 +121,16 @@ std::string EncodeJpegStrip(const Nv12View& strip, const JpegStripSettings& sett
         rows.cb[i] = chroma.data() + 2 * i * (rows.paddedWidth / 2);
         rows.cr[i] = rows.cb[i] + rows.paddedWidth / 2;
     }
-    GrowingDestination destination = {};
-    destination.manager.init_destination = BeginOutput;
-    destination.manager.empty_output_buffer = OnFull;
-    destination.manager.term_destination = EndOutput;
-    destination.file = file;
+    // What a photo takes at high quality: about two bits a pixel.
+    unsigned long size = 4096 + size_t{strip.width} * strip.height / 4;
+    auto* const reserved = static_cast<uint8_t*>(malloc(size));
+    uint8_t* data = reserved;
     ErrorState error = {};
-    if (!Compress(strip, settings, &rows, &destination, &error)) return error.text;
-    return {};
+    const bool done = Compress(strip, settings, &rows, &data, &size, &error);
+    if (data != reserved) free(reserved);
+    file->data.reset(data);
+    file->size = size;
+    return done ? std::string() : error.text;
 }
 
 }  // namespace imaging

@@ -6,11 +6,10 @@
 
 namespace imaging {
 
-/**
- * Calls work(index, worker) once for each index below `count`, from up to `threads` threads, of
- * which the caller's is one, worker 0; returns when all is done. Whoever is free takes the next
- * index. Threads that the system refuses are done without.
- */
+// Calls work(index, worker) once for each index below `count`, from the calling thread and up to
+// `threads` - 1 others, each of which has a number `worker` of its own below `threads`; returns
+// when all is done. A free thread takes the next index. A thread that the system refuses is left
+// out.
 void ParallelFor(uint32_t count, uint32_t threads,
                  const std::function<void(uint32_t index, uint32_t worker)>& work);
 

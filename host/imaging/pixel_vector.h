@@ -6,17 +6,15 @@
 #include <cstdint>
 #include <cstring>
 
-/**
- * For functions that work on vectors, formulas in public headers among them. Only when they end up
- * inside the function of a certain instruction set does the compiler know what it may use; as
- * functions of their own they would also hand vectors over in another way than that one expects.
- */
+// For functions that work on vectors, formulas in public headers among them. Only when they end up
+// inside the function of a certain instruction set does the compiler know what it may use; as
+// functions of their own they would also hand vectors over in another way than that one expects.
 #define IMAGING_INLINE [[gnu::always_inline]] inline
 #define IMAGING_LAMBDA_INLINE __attribute__((always_inline))
 
 namespace imaging {
 
-/** Pixels of one vector. */
+// Pixels of one vector.
 inline constexpr uint32_t kVectorPixels = 16;
 
 using BytePixels = uint8_t __attribute__((vector_size(kVectorPixels)));
@@ -24,7 +22,7 @@ using ShortPixels = int16_t __attribute__((vector_size(2 * kVectorPixels)));
 using CodePixels = uint16_t __attribute__((vector_size(2 * kVectorPixels)));
 using IntPixels = int32_t __attribute__((vector_size(4 * kVectorPixels)));
 
-/** Reads a vector from any address. */
+// Reads a vector from any address.
 template <class Vector, class Pixel>
 IMAGING_INLINE Vector Load(const Pixel* from) {
     Vector vector;
@@ -47,7 +45,7 @@ IMAGING_INLINE To Convert(const From& vector) {
     return __builtin_convertvector(vector, To);
 }
 
-/** The pixels at even places of `a` followed by `b`. */
+// The pixels at even places of `a` followed by `b`.
 IMAGING_INLINE ShortPixels EvenPlaces(const ShortPixels& a, const ShortPixels& b) {
     return __builtin_shufflevector(a, b, 0, 2, 4, 6, 8, 10, 12, 14, 16, 18, 20, 22, 24, 26, 28, 30);
 }
@@ -56,7 +54,7 @@ IMAGING_INLINE ShortPixels OddPlaces(const ShortPixels& a, const ShortPixels& b)
     return __builtin_shufflevector(a, b, 1, 3, 5, 7, 9, 11, 13, 15, 17, 19, 21, 23, 25, 27, 29, 31);
 }
 
-/** Stores a0 b0 a1 b1 ..: the first `count` <= 16 pixels of each. */
+// Stores a0 b0 a1 b1 ..: the first `count` <= 16 pixels of each.
 IMAGING_INLINE void StoreInterleaved(const BytePixels& a, const BytePixels& b, uint32_t count,
                                      uint8_t* to) {
     const auto pairs =

@@ -12,35 +12,29 @@ inline std::string Size(uint32_t width, uint32_t height) {
     return std::to_string(width) + " x " + std::to_string(height);
 }
 
-/** Empty, or what is wrong with the view's sizes; `what` names it in the text. */
+// Empty, or what is wrong with a view's sizes; `what` names it in the text.
+inline std::string CheckSizes(uint32_t width, uint32_t height, size_t strideBytes, size_t rowBytes,
+                              uint32_t grid, const char* what, const char* rule) {
+    if (width == 0 || width % grid != 0 || height == 0 || height % 2 != 0) {
+        return std::string(what) + " is " + Size(width, height) + ": " + rule;
+    }
+    if (strideBytes >= rowBytes) return {};
+    return std::string(what) + " has a stride of " + std::to_string(strideBytes) +
+           " bytes: " + std::to_string(width) + " pixels need " + std::to_string(rowBytes);
+}
+
 inline std::string CheckRaw(const RawView& raw, const char* what) {
-    if (raw.width == 0 || raw.width % kRaw10PixelsPerGroup != 0 || raw.height == 0 ||
-        raw.height % 2 != 0) {
-        return std::string(what) + " is " + Size(raw.width, raw.height) +
-               ": RAW10 needs a width that is a multiple of 4 and an even height";
-    }
-    if (raw.strideBytes < Raw10RowBytes(raw.width)) {
-        return std::string(what) + " has a stride of " + std::to_string(raw.strideBytes) +
-               " bytes: " + std::to_string(raw.width) + " pixels need " +
-               std::to_string(Raw10RowBytes(raw.width));
-    }
-    return {};
+    return CheckSizes(raw.width, raw.height, raw.strideBytes, Raw10RowBytes(raw.width),
+                      kRaw10PixelsPerGroup, what,
+                      "RAW10 needs a width that is a multiple of 4 and an even height");
 }
 
 inline std::string CheckNv12(const Nv12View& picture, const char* what) {
-    if (picture.width == 0 || picture.width % 2 != 0 || picture.height == 0 ||
-        picture.height % 2 != 0) {
-        return std::string(what) + " is " + Size(picture.width, picture.height) +
-               ": NV12 needs even sizes";
-    }
-    if (picture.strideBytes < picture.width) {
-        return std::string(what) + " has a stride of " + std::to_string(picture.strideBytes) +
-               " bytes: " + std::to_string(picture.width) + " pixels need as many";
-    }
-    return {};
+    return CheckSizes(picture.width, picture.height, picture.strideBytes, picture.width, 2, what,
+                      "NV12 needs even sizes");
 }
 
-/** Whether a frame can be developed into a picture. */
+// Whether a frame can be developed into a picture.
 inline std::string CheckDevelopment(const RawView& raw, const Nv12View& picture) {
     std::string problem = CheckRaw(raw, "RAW frame");
     if (problem.empty()) problem = CheckNv12(picture, "picture");

@@ -1,4 +1,4 @@
-// How a metadata block lies in memory: a header, the entries, then the data of the larger ones.
+// Layout of a metadata block in memory: a header, the entries, then the data of the larger ones.
 #pragma once
 
 #include <system/camera_metadata.h>
@@ -6,8 +6,8 @@
 #include <cstddef>
 #include <cstdint>
 
-// Values of at most 4 bytes lie in their entry; larger ones at data_start + offset, each rounded up
-// to 8 bytes. Native byte order; offsets are from the start of the header.
+// Values of at most 4 bytes are inside their entry; larger ones at data_start + offset, each
+// rounded up to 8 bytes. Native byte order; offsets are from the start of the header.
 struct camera_metadata {
     uint32_t size;  // bytes of the whole block
     uint32_t version;
@@ -37,39 +37,40 @@ struct BufferEntry {
 };
 static_assert(sizeof(BufferEntry) == 16, "part of the format");
 
-constexpr uint32_t kVersion = 1;
 constexpr uint32_t kFlagSorted = 1;
-constexpr uint64_t kNoVendor = UINT64_MAX;
-constexpr size_t kBlockAlignment = 8;
+constexpr size_t kAlignment = 8;  // of blocks, their data and each value in it
 constexpr size_t kEntryAlignment = 4;
-constexpr size_t kDataAlignment = 8;
 constexpr size_t kInlineSize = sizeof(BufferEntry::data);
 constexpr int kOk = 0;
 constexpr int kError = 1;
 constexpr char kLogTag[] = "camera_metadata";
 
-inline BufferEntry* entriesOf(camera_metadata_t* block) {
+inline BufferEntry* EntriesOf(camera_metadata_t* block) {
     return reinterpret_cast<BufferEntry*>(reinterpret_cast<uint8_t*>(block) + block->entries_start);
 }
-inline const BufferEntry* entriesOf(const camera_metadata_t* block) {
-    return entriesOf(const_cast<camera_metadata_t*>(block));
+inline const BufferEntry* EntriesOf(const camera_metadata_t* block) {
+    return EntriesOf(const_cast<camera_metadata_t*>(block));
 }
 
-inline uint8_t* dataOf(camera_metadata_t* block) {
+inline uint8_t* DataOf(camera_metadata_t* block) {
     return reinterpret_cast<uint8_t*>(block) + block->data_start;
 }
-inline const uint8_t* dataOf(const camera_metadata_t* block) {
-    return dataOf(const_cast<camera_metadata_t*>(block));
+inline const uint8_t* DataOf(const camera_metadata_t* block) {
+    return DataOf(const_cast<camera_metadata_t*>(block));
 }
 
-// Bytes that `entry` takes in the data section.
-inline size_t dataSizeOf(const BufferEntry& entry) {
-    return calculate_camera_metadata_entry_data_size(entry.type, entry.count);
+// In 64 bits, which no size or count of 32 bits overflows.
+constexpr uint64_t AlignUp(uint64_t size) {
+    return (size + kAlignment - 1) / kAlignment * kAlignment;
 }
 
-// Whether the data of `entry` lies in the block's data section.
-inline bool hasData(const camera_metadata_t* block, const BufferEntry& entry) {
-    return uint64_t{entry.data.offset} + dataSizeOf(entry) <= block->data_capacity;
+// Bytes that `entry`, whose type is a known one, takes in the data section.
+inline uint64_t DataSizeOf(const BufferEntry& entry) {
+    const uint64_t bytes = uint64_t{entry.count} * camera_metadata_type_size[entry.type];
+    return bytes <= kInlineSize ? 0 : AlignUp(bytes);
 }
+
+// TYPE_...; -1 for an unknown tag.
+int TypeOfTag(uint32_t tag);
 
 }  // namespace host::metadata

@@ -10,10 +10,10 @@ using namespace host::metadata;
 
 namespace {
 
-// Everything is read by copying, as the block may lie anywhere; sums are 64 bits wide, which
-// 32-bit fields cannot overflow.
+// Everything is read by copying, as the block may be unaligned; sums are 64 bits wide, which 32-bit
+// fields cannot overflow.
 
-[[gnu::format(printf, 1, 2)]] bool invalid(const char* format, ...) {
+[[gnu::format(printf, 1, 2)]] bool Invalid(const char* format, ...) {
     va_list arguments;
     va_start(arguments, format);
     __android_log_vprint(ANDROID_LOG_ERROR, kLogTag, format, arguments);
@@ -21,67 +21,68 @@ namespace {
     return false;
 }
 
-bool checkHeader(const camera_metadata& header) {
+bool CheckHeader(const camera_metadata& header) {
     const uint64_t entriesEnd =
             header.entries_start + uint64_t{header.entry_capacity} * sizeof(BufferEntry);
     const uint64_t dataEnd = uint64_t{header.data_start} + header.data_capacity;
     if (header.size < sizeof(camera_metadata)) {
-        return invalid("size %u is less than a header takes", header.size);
+        return Invalid("size %u is less than a header takes", header.size);
     }
     if (header.entry_count > header.entry_capacity) {
-        return invalid("%u entries exceed their capacity of %u", header.entry_count,
+        return Invalid("%u entries exceed their capacity of %u", header.entry_count,
                        header.entry_capacity);
     }
     if (header.data_count > header.data_capacity) {
-        return invalid("%u bytes of data exceed their capacity of %u", header.data_count,
+        return Invalid("%u bytes of data exceed their capacity of %u", header.data_count,
                        header.data_capacity);
     }
     // Each value outside its entry takes a multiple of 8; the next one starts there.
-    if (header.data_count % kDataAlignment != 0) {
-        return invalid("%u bytes of data are not a multiple of 8", header.data_count);
+    if (header.data_count % kAlignment != 0) {
+        return Invalid("%u bytes of data are not a multiple of 8", header.data_count);
     }
     if (header.entries_start < sizeof(camera_metadata) ||
         header.entries_start % kEntryAlignment != 0) {
-        return invalid("entries cannot start at %u", header.entries_start);
+        return Invalid("entries cannot start at %u", header.entries_start);
     }
-    if (entriesEnd > header.data_start || header.data_start % kDataAlignment != 0) {
-        return invalid("data cannot start at %u, entries end at %llu", header.data_start,
+    if (entriesEnd > header.data_start || header.data_start % kAlignment != 0) {
+        return Invalid("data cannot start at %u, entries end at %llu", header.data_start,
                        static_cast<unsigned long long>(entriesEnd));
     }
     if (dataEnd > header.size) {
-        return invalid("data ends at %llu, behind the block's %u bytes",
+        return Invalid("data ends at %llu, behind the block's %u bytes",
                        static_cast<unsigned long long>(dataEnd), header.size);
     }
     return true;
 }
 
-bool checkEntry(const camera_metadata& header, uint32_t index, const BufferEntry& entry) {
+bool CheckEntry(const camera_metadata& header, uint32_t index, const BufferEntry& entry) {
     if (entry.type >= NUM_TYPES) {
-        return invalid("entry %u (tag 0x%08x) has unknown type %u", index, entry.tag, entry.type);
+        return Invalid("entry %u (tag 0x%08x) has unknown type %u", index, entry.tag, entry.type);
     }
     // A block made on a device holds tags that this library has no table of: vendor tags and most
     // of the platform's. Only a tag outside every section is wrong for certain.
-    const int tagType = get_camera_metadata_tag_type(entry.tag);
+    const int tagType = TypeOfTag(entry.tag);
     const uint32_t section = entry.tag >> 16;
     if (tagType == -1 && section >= ANDROID_SECTION_COUNT && section < VENDOR_SECTION) {
-        return invalid("entry %u has tag 0x%08x, which is in no section", index, entry.tag);
+        return Invalid("entry %u has tag 0x%08x, which is in no section", index, entry.tag);
     }
     if (tagType != -1 && tagType != entry.type) {
-        return invalid("entry %u (tag 0x%08x) has type %u, not its tag's %d", index, entry.tag,
+        return Invalid("entry %u (tag 0x%08x) has type %u, not its tag's %d", index, entry.tag,
                        entry.type, tagType);
     }
-    const size_t size = dataSizeOf(entry);
+    const uint64_t size = DataSizeOf(entry);
     if (size > 0) {
-        if (entry.data.offset % kDataAlignment != 0) {
-            return invalid("entry %u (tag 0x%08x): data offset %u is not a multiple of 8", index,
+        if (entry.data.offset % kAlignment != 0) {
+            return Invalid("entry %u (tag 0x%08x): data offset %u is not a multiple of 8", index,
                            entry.tag, entry.data.offset);
         }
-        if (uint64_t{entry.data.offset} + size > header.data_capacity) {
-            return invalid("entry %u (tag 0x%08x): %zu bytes of data at %u end behind %u", index,
-                           entry.tag, size, entry.data.offset, header.data_capacity);
+        if (entry.data.offset + size > header.data_capacity) {
+            return Invalid("entry %u (tag 0x%08x): %llu bytes of data at %u end behind %u", index,
+                           entry.tag, static_cast<unsigned long long>(size), entry.data.offset,
+                           header.data_capacity);
         }
     } else if (entry.count == 0 && entry.data.offset != 0) {
-        return invalid("entry %u (tag 0x%08x) is empty but has data offset %u", index, entry.tag,
+        return Invalid("entry %u (tag 0x%08x) is empty but has data offset %u", index, entry.tag,
                        entry.data.offset);
     }
     return true;
@@ -92,28 +93,28 @@ bool checkEntry(const camera_metadata& header, uint32_t index, const BufferEntry
 int validate_camera_metadata_structure(const camera_metadata_t* metadata,
                                        const size_t* expected_size) {
     if (metadata == nullptr) {
-        invalid("no metadata: the pointer is null");
+        Invalid("no metadata: the pointer is null");
         return CAMERA_METADATA_VALIDATION_ERROR;
     }
     if (expected_size != nullptr && *expected_size < sizeof(camera_metadata)) {
-        invalid("%zu bytes are less than a header takes", *expected_size);
+        Invalid("%zu bytes are less than a header takes", *expected_size);
         return CAMERA_METADATA_VALIDATION_ERROR;
     }
     const auto* bytes = reinterpret_cast<const uint8_t*>(metadata);
     camera_metadata header;
     std::memcpy(&header, bytes, sizeof(header));
     if (expected_size != nullptr && header.size > *expected_size) {
-        invalid("size %u exceeds the %zu bytes that are there", header.size, *expected_size);
+        Invalid("size %u exceeds the %zu bytes that are there", header.size, *expected_size);
         return CAMERA_METADATA_VALIDATION_ERROR;
     }
-    if (!checkHeader(header)) return CAMERA_METADATA_VALIDATION_ERROR;
+    if (!CheckHeader(header)) return CAMERA_METADATA_VALIDATION_ERROR;
 
     for (uint32_t i = 0; i < header.entry_count; ++i) {
         BufferEntry entry;
         std::memcpy(&entry, bytes + header.entries_start + size_t{i} * sizeof(entry),
                     sizeof(entry));
-        if (!checkEntry(header, i, entry)) return CAMERA_METADATA_VALIDATION_ERROR;
+        if (!CheckEntry(header, i, entry)) return CAMERA_METADATA_VALIDATION_ERROR;
     }
-    const bool aligned = reinterpret_cast<uintptr_t>(metadata) % kBlockAlignment == 0;
+    const bool aligned = reinterpret_cast<uintptr_t>(metadata) % kAlignment == 0;
     return aligned ? kOk : CAMERA_METADATA_VALIDATION_SHIFTED;
 }

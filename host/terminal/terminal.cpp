@@ -32,6 +32,10 @@ std::string red(const std::string& text) {
     return showsColours() ? "\033[31m" + text + "\033[0m" : text;
 }
 
+std::string yellow(const std::string& text) {
+    return showsColours() ? "\033[33m" + text + "\033[0m" : text;
+}
+
 // Blanks over the old line instead of an escape code: NO_COLOR leaves no codes at all.
 std::string blankedLine() {
     return isTerminal() ? "\r" + std::string(kColumns, ' ') + "\r" : "";

@@ -8,7 +8,7 @@
 
 using Bytes = std::vector<uint8_t>;
 
-/** "01 00" or "0100": two digits a byte; blanks are skipped. */
+// "01 00" or "0100": two digits a byte; blanks are skipped.
 inline Bytes Hex(const std::string& text) {
     std::string digits = text;
     digits.erase(std::remove(digits.begin(), digits.end(), ' '), digits.end());
@@ -19,7 +19,7 @@ inline Bytes Hex(const std::string& text) {
     return bytes;
 }
 
-/** The other way, a word of four bytes at a time: what a failed comparison shows. */
+// The other way, a word of four bytes at a time: what a failed comparison shows.
 inline std::string ToHex(const Bytes& bytes) {
     static const char kDigits[] = "0123456789abcdef";
     std::string text;

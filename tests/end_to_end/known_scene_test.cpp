@@ -93,11 +93,11 @@ TEST(KnownScene, JpegsSayWhatTheyAreToEveryReader) {
                                     "\x03\x01\x22\x00\x02\x11\x01\x03\x11\x01"s));
 
         const auto decoded = offlineframes::decodeJpeg(file, "the JPEG");
-        ASSERT_TRUE(decoded.ok());
-        EXPECT_EQ(decoded.value().orientation, orientation);
-        EXPECT_EQ(decoded.value().jpegBytes, size);
-        EXPECT_EQ(decoded.value().picture.width, kOutWidth);
-        EXPECT_EQ(decoded.value().picture.height, kOutHeight);
+        ASSERT_TRUE(decoded.Ok());
+        EXPECT_EQ(decoded.Value().orientation, orientation);
+        EXPECT_EQ(decoded.Value().jpegBytes, size);
+        EXPECT_EQ(decoded.Value().picture.width, kOutWidth);
+        EXPECT_EQ(decoded.Value().picture.height, kOutHeight);
     }
 }
 

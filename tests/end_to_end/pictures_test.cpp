@@ -60,8 +60,8 @@ TEST(Pictures, B2YDevelopsTheChart) {
     const std::string png = device.folder() + "/developed.png";
     ASSERT_EQ(runProgram({OFFLINEFRAMES, "view", dumpOf(&device, "B2Y"), png}).status, 0);
     const auto developed = offlineframes::readPicture(png);
-    ASSERT_TRUE(developed.ok());
-    const Picture& picture = developed.value();
+    ASSERT_TRUE(developed.Ok());
+    const Picture& picture = developed.Value();
     const Picture chart = drawVisibleChart(offlineframes::chartOfVisible({4000, 3000}));
     ASSERT_EQ(picture.rgb.size(), chart.rgb.size());
 
@@ -110,11 +110,11 @@ TEST(Pictures, Y2JIsAWholeJpegOfTheSource) {
     // The tool asks for a picture that is to be shown turned by 90 degrees clockwise.
     const auto lying = offlineframes::readPicture(stored);
     const auto upright = offlineframes::readPicture(path);
-    ASSERT_TRUE(lying.ok() && upright.ok());
-    ASSERT_EQ(upright.value().width, 3000u);
-    ASSERT_EQ(upright.value().height, 4000u);
+    ASSERT_TRUE(lying.Ok() && upright.Ok());
+    ASSERT_EQ(upright.Value().width, 3000u);
+    ASSERT_EQ(upright.Value().height, 4000u);
     for (uint32_t i = 0; i < 3000; i += 100) {
-        EXPECT_EQ(*upright.value().pixel(i, i), *lying.value().pixel(i, 2999 - i));
+        EXPECT_EQ(*upright.Value().pixel(i, i), *lying.Value().pixel(i, 2999 - i));
     }
 }
 

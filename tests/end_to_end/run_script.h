@@ -17,7 +17,6 @@ class RunScript : public ::testing::Test {
     RunScript() {
         std::filesystem::copy(PROJECT_FOLDER "/run", m_root + "/run");
         std::filesystem::copy(PROJECT_FOLDER "/scripts", m_root + "/scripts");
-        std::filesystem::copy(PROJECT_FOLDER "/docs", m_root + "/docs");
         std::filesystem::create_directories(m_root + "/out/build");
         std::filesystem::create_directory_symlink(std::filesystem::path(DEVICESHELL).parent_path(),
                                                   m_root + "/out/build/bin");

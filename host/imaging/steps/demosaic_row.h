@@ -1,16 +1,29 @@
-// Step 3 of imaging/camera_physics.h, the kernels of imaging/demosaic.h on rows with split columns.
+// Step 3 of imaging/camera_physics.h: its kernels on rows with split columns.
 #pragma once
 
 #include <imaging/camera_physics.h>
-#include <imaging/demosaic.h>
 
-#include "../pixel_vector.h"
-#include "colour_row.h"
-#include "split_row.h"
+#include "linear_rows.h"
 
 namespace imaging {
 
-/** The pixels from index `i` of the columns `c` (0 even, 1 odd) on, rows[2] being their row. */
+// A row of colours, three to a pixel, as six runs: red of even columns, red of odd ones, green of
+// even ones, .. Owns nothing.
+template <class Pixel>
+struct ColourRow {
+    Pixel* data;
+    size_t halfWidth;  // pixels of a run, a multiple of kVectorPixels
+
+    Pixel* At(Channel channel, int column) const {
+        return data + (2 * static_cast<size_t>(channel) + static_cast<size_t>(column)) * halfWidth;
+    }
+    size_t Size() const { return 6 * halfWidth; }
+};
+
+using FineRow = ColourRow<int16_t>;  // linear, in eighths of a code
+using ToneRow = ColourRow<uint8_t>;  // tone-mapped
+
+// The pixels from index `i` of the columns `c` (0 even, 1 odd) on, rows[2] being their row.
 IMAGING_INLINE Neighbourhood<ShortPixels> Gather(const SplitRow rows[5], int c, int64_t i) {
     const auto at = [rows, i](int row, int column, int64_t step) IMAGING_LAMBDA_INLINE {
         return Load<ShortPixels>(rows[row].columns[column] + i + step);
@@ -29,19 +42,16 @@ IMAGING_INLINE Neighbourhood<ShortPixels> Gather(const SplitRow rows[5], int c, 
                     at(3, beside, right)};
 }
 
-/** Sixteenths of a code to eighths. */
+// Sixteenths of a code to eighths.
 IMAGING_INLINE ShortPixels Fine(const ShortPixels& sum) {
     return Clamp((sum + 1) >> 1, 0, kFineMax);
 }
 
-/**
- * Interpolates a row of colours.
- *
- * @param rows  linear rows y - 2 .. y + 2, each with mirrored ends
- * @param y     only its parity counts
- * @param left  even; the pixel that goes to index 0
- * @param width pixels to make, rounded up to whole pairs of vectors
- */
+// Interpolates a row of colours.
+// `rows`: linear rows y - 2 .. y + 2, each with mirrored ends
+// `y`: only its parity counts
+// `left`: even; the pixel that goes to index 0
+// `width`: pixels to make, rounded up to whole pairs of vectors
 IMAGING_INLINE void DemosaicRow(const SplitRow rows[5], uint32_t y, uint32_t left, uint32_t width,
                                 const FineRow& out) {
     // An even row is red, green, red, green ..: its own colour is red and stands in the even

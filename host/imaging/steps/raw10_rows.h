@@ -1,23 +1,25 @@
-// RAW10 rows (format: imaging/raw10.h), a vector of 16 pixels at a time: 20 bytes.
+// RAW10 rows (format: imaging/raw10.h), a vector of 16 pixels at a time: 20 bytes;
+// and the average of such rows, see imaging/multi_frame.h.
 #pragma once
 
 #include <imaging/raw10.h>
 
 #include <algorithm>
 
+#include "../instruction_sets.h"
 #include "../pixel_vector.h"
 
 namespace imaging {
 
-/** Eight pixels lie in ten bytes. */
+// Eight pixels lie in ten bytes.
 inline constexpr size_t kRaw10HalfBytes = 2 * kRaw10BytesPerGroup;
 inline constexpr size_t kRaw10VectorBytes = 2 * kRaw10HalfBytes;
 
-/** What is read and written for a vector: twice 16 bytes, ten apart. */
+// What is read and written for a vector: twice 16 bytes, ten apart.
 inline constexpr size_t kRaw10Reach = kRaw10HalfBytes + 16;
 
-/** Bytes of pixels 0 to 7 in places 0 to 9, of pixels 8 to 15 in places 16 to 25; processors
- * shuffle bytes most cheaply inside such halves. */
+// Bytes of pixels 0 to 7 in places 0 to 9, of pixels 8 to 15 in places 16 to 25; processors
+// shuffle bytes most cheaply inside such halves.
 using Raw10Vector = uint8_t __attribute__((vector_size(32)));
 using Raw10Half = uint8_t __attribute__((vector_size(16)));
 
@@ -34,7 +36,7 @@ IMAGING_INLINE CodePixels Unpack(const Raw10Vector& bytes) {
     return high << 2 | ((rests * factor >> 6) & 3);
 }
 
-/** The reverse; the places that Unpack leaves out get bytes that mean nothing. */
+// The reverse; the places that Unpack leaves out get bytes that mean nothing.
 IMAGING_INLINE Raw10Vector Pack(const CodePixels& pixels) {
     const CodePixels factor = {1, 4, 16, 64, 1, 4, 16, 64, 1, 4, 16, 64, 1, 4, 16, 64};
     const auto high = reinterpret_cast<Raw10Vector>(pixels >> 2);
@@ -50,7 +52,7 @@ IMAGING_INLINE Raw10Vector Pack(const CodePixels& pixels) {
                                    16, 16, 16, 16, 16, 16);
 }
 
-/** The pixels at a place in a row; nothing is read beyond the `left` bytes up to its end. */
+// The pixels at a place in a row; nothing is read beyond the `left` bytes up to its end.
 IMAGING_INLINE CodePixels LoadRaw10(const uint8_t* packed, size_t left) {
     // Rows are longer than a page, and the processor's own reading ahead ends with each page.
     constexpr size_t kAhead = 2048;
@@ -67,7 +69,7 @@ IMAGING_INLINE CodePixels LoadRaw10(const uint8_t* packed, size_t left) {
                                           27, 28, 29, 30, 31));
 }
 
-/** The reverse. Of a row that is written from left to right, spare bytes are written over. */
+// The reverse. Of a row that is written from left to right, spare bytes are written over.
 IMAGING_INLINE void StoreRaw10(const CodePixels& pixels, uint8_t* packed, size_t left) {
     const Raw10Vector bytes = Pack(pixels);
     uint8_t last[kRaw10Reach];
@@ -81,11 +83,40 @@ IMAGING_INLINE void StoreRaw10(const CodePixels& pixels, uint8_t* packed, size_t
     if (to == last) memcpy(packed, last, std::min(left, kRaw10VectorBytes));
 }
 
-/** Unpacks a row; writes whole vectors. */
+// Unpacks a row; writes whole vectors.
 IMAGING_INLINE void UnpackRow(const uint8_t* packed, uint32_t width, uint16_t* pixels) {
     const size_t rowBytes = Raw10RowBytes(width);
     for (size_t at = 0; at < rowBytes; at += kRaw10VectorBytes, pixels += kVectorPixels) {
         Store(LoadRaw10(packed + at, rowBytes - at), pixels);
+    }
+}
+
+using WideSums = uint32_t __attribute__((vector_size(4 * kVectorPixels)));
+
+// sum / count, rounded down. There is no vector division, so: the quotient by a reciprocal that is
+// a little too small falls short by one at most, which its remainder shows.
+IMAGING_INLINE CodePixels Quotient(const CodePixels& sum, uint16_t count) {
+    const uint32_t reciprocal = 0xffffu / count;
+    const auto estimate = Convert<CodePixels>(Convert<WideSums>(sum) * reciprocal >> 16);
+    const CodePixels rest = sum - estimate * count;
+    const auto fallsShort = rest >= CodePixels{} + count;  // -1 where true
+    return estimate - reinterpret_cast<CodePixels>(fallsShort);
+}
+
+IMAGING_INLINE void AverageRows(const AverageJob& job) {
+    const auto count = static_cast<uint16_t>(job.frames.size());
+    const size_t rowBytes = Raw10RowBytes(job.out.width);
+    for (uint32_t y = 0; y < job.out.height; ++y) {
+        uint8_t* const row = job.out.data + y * job.out.strideBytes;
+        const uint8_t* rows[kMaxAverageFrames];
+        for (size_t f = 0; f < count; ++f) {
+            rows[f] = job.frames[f].data + (job.begin + y) * job.frames[f].strideBytes;
+        }
+        for (size_t at = 0; at < rowBytes; at += kRaw10VectorBytes) {
+            CodePixels sum = CodePixels{} + static_cast<uint16_t>(count / 2);
+            for (size_t f = 0; f < count; ++f) sum += LoadRaw10(rows[f] + at, rowBytes - at);
+            StoreRaw10(Quotient(sum, count), row + at, rowBytes - at);
+        }
     }
 }
 

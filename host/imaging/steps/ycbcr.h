@@ -1,12 +1,23 @@
-// Step 5 of imaging/camera_physics.h: rows of luma and of chroma.
+// Steps 4 and 5 of imaging/camera_physics.h: the tone curve, looked up, and rows of luma and
+// chroma.
 #pragma once
 
 #include <imaging/camera_physics.h>
 
-#include "../pixel_vector.h"
-#include "colour_row.h"
+#include "demosaic_row.h"
 
 namespace imaging {
+
+IMAGING_INLINE void ApplyToneCurve(const ToneTable& table, const FineRow& in, const ToneRow& out) {
+    const uint8_t* const tone = table.data();
+    const int16_t* const fine = in.data;
+    uint8_t* const to = out.data;
+    const size_t size = in.Size();
+    // Not as vectors: taking indices out of one and putting bytes into another costs more than
+    // the look-ups themselves.
+#pragma clang loop vectorize(disable) interleave(disable) unroll_count(8)
+    for (size_t i = 0; i < size; ++i) to[i] = tone[fine[i]];
+}
 
 IMAGING_INLINE void StoreLuma(const ToneRow& row, uint32_t width, uint8_t* out) {
     const auto luma = [&row](int column, uint32_t i) IMAGING_LAMBDA_INLINE {
@@ -21,7 +32,7 @@ IMAGING_INLINE void StoreLuma(const ToneRow& row, uint32_t width, uint8_t* out) 
     }
 }
 
-/** Cb, Cr, Cb, Cr .. of two rows. */
+// Cb, Cr, Cb, Cr .. of two rows.
 IMAGING_INLINE void StoreChroma(const ToneRow& upper, const ToneRow& lower, uint32_t width,
                                 uint8_t* out) {
     const auto blockSum = [&](Channel channel, uint32_t i) IMAGING_LAMBDA_INLINE {

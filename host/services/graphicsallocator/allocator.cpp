@@ -4,8 +4,8 @@
 #include <aidl/android/hardware/graphics/allocator/AllocationError.h>
 #include <aidlcommonsupport/NativeHandle.h>
 #include <gralloctypes/Gralloc4.h>
-#include <graphics_core/from_aidl.h>
-#include <graphics_core/from_hidl.h>
+#include <graphics/from_aidl.h>
+#include <graphics/from_hidl.h>
 #include <log_throttle.h>
 
 namespace graphics {
@@ -16,42 +16,42 @@ using ::aidl::android::hardware::graphics::allocator::AllocationError;
 using ::android::hardware::graphics::mapper::V4_0::IMapper;
 using ::ndk::ScopedAStatus;
 
-AllocationError toAllocationError(BufferError error) {
-    if (error == BufferError::kNoResources) return AllocationError::NO_RESOURCES;
-    if (error == BufferError::kUnsupported) return AllocationError::UNSUPPORTED;
+AllocationError toAllocationError(int error) {
+    if (error == static_cast<int>(BufferError::kNoResources)) return AllocationError::NO_RESOURCES;
+    if (error == static_cast<int>(BufferError::kUnsupported)) return AllocationError::UNSUPPORTED;
     return AllocationError::BAD_DESCRIPTOR;
 }
 
-ScopedAStatus refuse(const Outcome& outcome) {
+ScopedAStatus refuse(const base::Failure& failure) {
     static auto* const throttle = new standin_log::LogThrottle;
     if (throttle->mayWrite("GraphicsAllocator")) {
         __android_log_print(ANDROID_LOG_ERROR, "GraphicsAllocator", "allocate: %s",
-                            outcome.reason.c_str());
+                            failure.text.c_str());
     }
     return ScopedAStatus::fromServiceSpecificErrorWithMessage(
-            static_cast<int32_t>(toAllocationError(outcome.error)), outcome.reason.c_str());
+            static_cast<int32_t>(toAllocationError(failure.code)), failure.text.c_str());
 }
 
-Outcome checkCount(int32_t count) {
+base::Result<base::Done> checkCount(int32_t count) {
     if (count < 1) {
-        return failure(BufferError::kBadDescriptor,
-                       std::to_string(count) + " buffers: ask for at least one");
+        return Failed(BufferError::kBadDescriptor,
+                      std::to_string(count) + " buffers: ask for at least one");
     }
     if (count > Allocator::kMaxCount) {
-        return failure(BufferError::kNoResources,
-                       std::to_string(count) + " buffers: ask for at most " +
-                               std::to_string(Allocator::kMaxCount) + " at a time");
+        return Failed(BufferError::kNoResources,
+                      std::to_string(count) + " buffers: ask for at most " +
+                              std::to_string(Allocator::kMaxCount) + " at a time");
     }
-    return {};
+    return base::Done{};
 }
 
 // Twice as many rows as there are.
 void lie(native_handle_t* handle) {
     HandleIntegers integers;
-    if (!readIntegers(handle, &integers)) return;
+    if (!ReadIntegers(handle, &integers)) return;
     integers.height *= 2;
     integers.size *= 2;
-    writeIntegers(integers, handle);
+    WriteIntegers(integers, handle);
 }
 
 }  // namespace
@@ -60,26 +60,25 @@ ScopedAStatus Allocator::allocate(const std::vector<uint8_t>& descriptor, int32_
                                   AllocationResult* result) {
     IMapper::BufferDescriptorInfo info{};
     if (::android::gralloc4::decodeBufferDescriptorInfo(descriptor, &info) != ::android::NO_ERROR) {
-        return refuse(failure(BufferError::kBadDescriptor,
-                              "the descriptor of " + std::to_string(descriptor.size()) +
-                                      " bytes is not one that this device's mapper makes"));
+        return refuse(Failed(BufferError::kBadDescriptor,
+                             "the descriptor of " + std::to_string(descriptor.size()) +
+                                     " bytes is not one that this device's mapper makes"));
     }
-    return allocateBuffers(fromHidl(info), count, result);
+    return allocateBuffers(FromHidl(info), count, result);
 }
 
 ScopedAStatus Allocator::allocate2(const BufferDescriptorInfo& descriptor, int32_t count,
                                    AllocationResult* result) {
     if (!descriptor.additionalOptions.empty()) {
-        return refuse(failure(BufferError::kUnsupported,
-                              "there are no additional options, such as " +
-                                      descriptor.additionalOptions.front().name));
+        return refuse(Failed(BufferError::kUnsupported,
+                             "there are no additional options, such as " +
+                                     descriptor.additionalOptions.front().name));
     }
-    return allocateBuffers(fromAidl(descriptor), count, result);
+    return allocateBuffers(FromAidl(descriptor), count, result);
 }
 
 ScopedAStatus Allocator::isSupported(const BufferDescriptorInfo& descriptor, bool* supported) {
-    BufferLayout layout;
-    *supported = descriptor.additionalOptions.empty() && layOut(fromAidl(descriptor), &layout).ok();
+    *supported = descriptor.additionalOptions.empty() && LayOut(FromAidl(descriptor)).Ok();
     return ScopedAStatus::ok();
 }
 
@@ -91,23 +90,22 @@ ScopedAStatus Allocator::getIMapperLibrarySuffix(std::string* suffix) {
 ScopedAStatus Allocator::allocateBuffers(const BufferDescription& description, int32_t count,
                                          AllocationResult* result) const {
     if (mFault == AllocatorFault::kAllocateError) {
-        return refuse(failure(BufferError::kNoResources, "fault allocate-error is switched on"));
+        return refuse(Failed(BufferError::kNoResources, "fault allocate-error is switched on"));
     }
-    if (const Outcome checked = checkCount(count); !checked.ok()) return refuse(checked);
-    BufferLayout layout;
-    if (const Outcome laidOut = layOut(description, &layout); !laidOut.ok()) {
-        return refuse(laidOut);
+    if (const auto checked = checkCount(count); !checked.Ok()) {
+        return refuse(checked.GetFailure());
     }
+    const base::Result<BufferLayout> layout = LayOut(description);
+    if (!layout.Ok()) return refuse(layout.GetFailure());
     if (mFault == AllocatorFault::kAllocateNone) count = 0;
     if (mFault == AllocatorFault::kAllocateTwo) count = 2;
 
     AllocationResult made;
-    made.stride = static_cast<int32_t>(layout.stride);
+    made.stride = static_cast<int32_t>(layout.Value().stride);
     for (int32_t i = 0; i < count; ++i) {
-        UniqueHandle handle;
-        if (const Outcome created = createBuffer(description, &handle); !created.ok()) {
-            return refuse(created);
-        }
+        base::Result<UniqueHandle> created = CreateBuffer(description);
+        if (!created.Ok()) return refuse(created.GetFailure());
+        UniqueHandle handle = std::move(created).Value();
         if (mFault == AllocatorFault::kBadHandle) lie(handle.get());
         made.buffers.push_back(::android::makeToAidl(handle.get()));
         native_handle_delete(handle.release());  // its descriptor has gone to `made`

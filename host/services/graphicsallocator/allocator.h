@@ -2,7 +2,7 @@
 #pragma once
 
 #include <aidl/android/hardware/graphics/allocator/BnAllocator.h>
-#include <graphics_core/buffer_handle.h>
+#include <graphics/buffer_handle.h>
 
 #include <string>
 #include <vector>

@@ -7,14 +7,23 @@
 #include <array>
 #include <cstdint>
 
-#include "chart_canvas.h"
-#include "frame_geometry.h"
 #include "picture.h"
 
 namespace offlineframes {
 
-// Where the chart lies on a sensor: a RAW frame has a striped margin around the visible chart that
-// the centre crop of development (4096x3072 to 4000x3000, or that ratio) removes exactly.
+struct Colour {
+    uint8_t r, g, b;
+};
+
+// In chart units: the visible chart is 4000 x 3000 at any size of the picture.
+struct Box {
+    double left, top, right, bottom;
+};
+inline constexpr double kChartWidth = 4000;
+inline constexpr double kChartHeight = 3000;
+
+// The chart on a sensor: a RAW frame has a striped margin around the visible chart that the centre
+// crop of development (4096x3072 to 4000x3000, or that ratio) removes exactly.
 struct ChartFrame {
     PictureSize sensor;   // pixels of the mosaic
     PictureSize visible;  // pixels after the crop
@@ -31,16 +40,17 @@ Picture drawVisibleChart(const ChartFrame& frame);
 // The raw ramp crosses the whole sensor: level 0 at the left edge to 1023 at the right one. Its
 // green pixels hold every level where the sensor is at least 2048 pixels wide; red and blue make it
 // grey.
+inline constexpr Box kChartRampBox = {-kChartWidth, 2330, 2 * kChartWidth, 2530};
 struct ChartRamp {
-    uint32_t firstRow;  // sensor rows
-    uint32_t endRow;
+    uint32_t firstRow = 0;  // sensor rows
+    uint32_t endRow = 0;
 };
 ChartRamp chartRamp(const ChartFrame& frame);
 inline uint16_t chartRampLevel(uint32_t x, uint32_t sensorWidth) {
     return static_cast<uint16_t>(uint64_t{x} * 1024 / sensorWidth);
 }
 
-// A flat colour of the chart and where it is, in chart units.
+// A flat colour of the chart and where it is.
 struct ChartPatch {
     Colour colour;
     Box box;

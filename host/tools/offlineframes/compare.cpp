@@ -5,24 +5,23 @@
 #include <cmath>
 #include <cstdlib>
 
+#include "frame_geometry.h"
+
 namespace offlineframes {
 namespace {
 
-double psnrOf(uint64_t squares, uint64_t samples) {
+double PsnrOf(uint64_t squares, uint64_t samples) {
     if (squares == 0) return INFINITY;
     return 10 *
            std::log10(255.0 * 255.0 * static_cast<double>(samples) / static_cast<double>(squares));
-}
-
-std::string sizeOf(const Picture& picture) {
-    return std::to_string(picture.width) + "x" + std::to_string(picture.height);
 }
 
 }  // namespace
 
 Result<Comparison> comparePictures(const Picture& a, const Picture& b) {
     if (a.width != b.width || a.height != b.height) {
-        return Failure{"the pictures differ in size: " + sizeOf(a) + " and " + sizeOf(b)};
+        return Failure{"the pictures differ in size: " + describe({a.width, a.height}) + " and " +
+                       describe({b.width, b.height})};
     }
     Comparison result = {};
     uint64_t squares[3] = {};
@@ -40,9 +39,9 @@ Result<Comparison> comparePictures(const Picture& a, const Picture& b) {
         }
     }
     for (size_t channel = 0; channel < 3; ++channel) {
-        result.channelPsnr[channel] = psnrOf(squares[channel], pixels);
+        result.channelPsnr[channel] = PsnrOf(squares[channel], pixels);
     }
-    result.psnr = psnrOf(squares[0] + squares[1] + squares[2], pixels * 3);
+    result.psnr = PsnrOf(squares[0] + squares[1] + squares[2], pixels * 3);
     return result;
 }
 

@@ -1,4 +1,4 @@
-// Files read whole through one checked reader, and written so that no half file is ever seen.
+// Files read whole through one checked reader, and written so that half a file is never seen.
 #pragma once
 
 #include <cstdint>

@@ -10,6 +10,8 @@
 #include <cmath>
 #include <random>
 
+#include "resample.h"
+
 namespace offlineframes {
 namespace {
 
@@ -18,27 +20,29 @@ using imaging::Channel;
 class NoiseSource {
   public:
     explicit NoiseSource(const Noise& noise)
-        : mActive(noise.sigma > 0), mRandom(noise.seed), mGauss(0.0, mActive ? noise.sigma : 1.0) {}
+        : m_active(noise.sigma > 0),
+          m_random(noise.seed),
+          m_gauss(0.0, m_active ? noise.sigma : 1.0) {}
 
     template <class Sample>
-    void add(Sample* samples, size_t count, int maximum) {
-        if (!mActive) return;
+    void Add(Sample* samples, size_t count, int maximum) {
+        if (!m_active) return;
         for (size_t i = 0; i < count; ++i) {
-            const double noisy = std::round(samples[i] + mGauss(mRandom));
+            const double noisy = std::round(samples[i] + m_gauss(m_random));
             samples[i] = static_cast<Sample>(std::clamp(noisy, 0.0, double(maximum)));
         }
     }
 
   private:
-    bool mActive;
-    std::mt19937_64 mRandom;
-    std::normal_distribution<double> mGauss;
+    bool m_active;
+    std::mt19937_64 m_random;
+    std::normal_distribution<double> m_gauss;
 };
 
 // Raw codes of display values, for each channel.
 using RawTable = std::array<std::array<uint16_t, 256>, 3>;
 
-RawTable makeRawTable() {
+RawTable MakeRawTable() {
     RawTable table = {};
     for (int channel = 0; channel < 3; ++channel) {
         for (int tone = 0; tone < 256; ++tone) {
@@ -50,7 +54,7 @@ RawTable makeRawTable() {
     return table;
 }
 
-uint16_t rampCode(uint16_t level, Channel channel) {
+uint16_t RampCode(uint16_t level, Channel channel) {
     if (channel == Channel::kGreen) return level;
     const int linear = imaging::LinearFromRaw(level, Channel::kGreen);
     return static_cast<uint16_t>(imaging::RawFromLinear(linear, channel));
@@ -60,8 +64,8 @@ uint16_t rampCode(uint16_t level, Channel channel) {
 
 Bytes encodeRaw10(const Picture& picture, const FrameGeometry& geometry, const Noise& noise,
                   const std::optional<ChartFrame>& chart) {
-    const RawTable table = makeRawTable();
-    const ChartRamp ramp = chart ? chartRamp(*chart) : ChartRamp{0, 0};
+    const RawTable table = MakeRawTable();
+    const ChartRamp ramp = chart ? chartRamp(*chart) : ChartRamp{};
     NoiseSource source(noise);
     Bytes bytes(size_t{geometry.stride} * geometry.scanlines);
     std::vector<uint16_t> row(picture.width);
@@ -70,10 +74,10 @@ Bytes encodeRaw10(const Picture& picture, const FrameGeometry& geometry, const N
         for (uint32_t x = 0; x < picture.width; ++x) {
             const Channel channel = imaging::MosaicChannel(x, y);
             const auto index = static_cast<size_t>(channel);
-            row[x] = inRamp ? rampCode(chartRampLevel(x, picture.width), channel)
+            row[x] = inRamp ? RampCode(chartRampLevel(x, picture.width), channel)
                             : table[index][picture.pixel(x, y)[index]];
         }
-        source.add(row.data(), row.size(), imaging::kWhiteLevel);
+        source.Add(row.data(), row.size(), imaging::kWhiteLevel);
         imaging::PackRaw10Row(row.data(), picture.width, &bytes[size_t{y} * geometry.stride]);
     }
     return bytes;
@@ -90,7 +94,7 @@ Bytes encodeNv12(const Picture& picture, const FrameGeometry& geometry, const No
         for (uint32_t x = 0; x < picture.width; ++x, rgb += 3) {
             luma[x] = imaging::Luma(rgb[0], rgb[1], rgb[2]);
         }
-        source.add(luma, picture.width, 255);
+        source.Add(luma, picture.width, 255);
     }
     for (uint32_t y = 0; y < picture.height; y += 2) {
         uint8_t* const chroma = &bytes[lumaBytes + size_t{y / 2} * geometry.stride];
@@ -103,9 +107,21 @@ Bytes encodeNv12(const Picture& picture, const FrameGeometry& geometry, const No
             chroma[x] = imaging::ChromaBlue(r, g, b);
             chroma[x + 1] = imaging::ChromaRed(r, g, b);
         }
-        source.add(chroma, picture.width, 255);
+        source.Add(chroma, picture.width, 255);
     }
     return bytes;
+}
+
+Bytes makeFrame(const std::optional<Picture>& photo, const FrameGeometry& geometry,
+                const Noise& noise) {
+    if (geometry.format == FrameFormat::kNv12) {
+        return encodeNv12(photo ? fitPicture(*photo, geometry.size)
+                                : drawVisibleChart(chartOfVisible(geometry.size)),
+                          geometry, noise);
+    }
+    if (photo) return encodeRaw10(fitPicture(*photo, geometry.size), geometry, noise, std::nullopt);
+    const ChartFrame chart = chartOnSensor(geometry.size);
+    return encodeRaw10(drawSensorChart(chart), geometry, noise, chart);
 }
 
 }  // namespace offlineframes

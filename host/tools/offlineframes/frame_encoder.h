@@ -26,4 +26,8 @@ Bytes encodeRaw10(const Picture& picture, const FrameGeometry& geometry, const N
 // BT.601 full-range NV12. Padding is black: luma 0, chroma 128.
 Bytes encodeNv12(const Picture& picture, const FrameGeometry& geometry, const Noise& noise);
 
+// A frame that shows `photo`, scaled to cover it and cut evenly, or else the chart.
+Bytes makeFrame(const std::optional<Picture>& photo, const FrameGeometry& geometry,
+                const Noise& noise);
+
 }  // namespace offlineframes

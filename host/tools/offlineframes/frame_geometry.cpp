@@ -1,32 +1,45 @@
-// Byte arithmetic of RAW10 and NV12 frames.
+// Byte arithmetic of RAW10 and NV12 frames, and the parser of dumps' names.
 
 #include "frame_geometry.h"
 
-#include <graphics_core/buffer_layout.h>
+#include <graphics/buffer_layout.h>
+
+#include <charconv>
 
 #include "file_io.h"
-#include "picture.h"
 
 namespace offlineframes {
 namespace {
 
-uint64_t raw10RowBytes(uint32_t width) {
-    return (uint64_t{width} * 10 + 7) / 8;
-}
-
-// Every geometry that the test modes use, as the allocator pads it and without padding.
+// Every frame that the test modes use, and the source file that holds it.
 constexpr struct {
     FrameFormat format;
     PictureSize size;
+    const char* name;
 } kKnownFrames[] = {
-        {FrameFormat::kRaw10, {4096, 3072}},
-        {FrameFormat::kNv12, {4000, 3000}},
-        {FrameFormat::kNv12, {640, 480}},
+        {FrameFormat::kRaw10, {4096, 3072}, "4096_3072_RAW10.raw"},
+        {FrameFormat::kNv12, {4000, 3000}, "4000_3000_NV12.yuv"},
+        {FrameFormat::kNv12, {640, 480}, "mmf_fd.yuv"},
 };
 
-FrameGeometry unpadded(FrameFormat format, PictureSize size) {
-    const uint64_t row = format == FrameFormat::kRaw10 ? raw10RowBytes(size.width) : size.width;
-    return {format, size, static_cast<uint32_t>(row), size.height};
+uint64_t RowBytes(FrameFormat format, uint32_t width) {
+    return format == FrameFormat::kRaw10 ? (uint64_t{width} * 10 + 7) / 8 : width;
+}
+
+std::string LastComponent(const std::string& path) {
+    return path.substr(path.rfind('/') + 1);  // npos + 1 is 0
+}
+
+// The number of "_<key>[<number>]" in a name. Only a plain positive one that a frame can have.
+std::optional<uint32_t> BracketedNumber(const std::string& name, const std::string& key) {
+    const std::string opening = "_" + key + "[";
+    const size_t found = name.rfind(opening);
+    if (found == std::string::npos) return std::nullopt;
+    uint32_t number = 0;
+    const char* const start = name.c_str() + found + opening.size();
+    const auto [stop, error] = std::from_chars(start, name.c_str() + name.size(), number);
+    if (error != std::errc() || *stop != ']' || number == 0) return std::nullopt;
+    return number;
 }
 
 }  // namespace
@@ -35,20 +48,17 @@ const char* formatName(FrameFormat format) {
     return format == FrameFormat::kRaw10 ? "raw10" : "nv12";
 }
 
-std::optional<FrameFormat> formatFromName(const std::string& name) {
-    if (name == "raw10") return FrameFormat::kRaw10;
-    if (name == "nv12") return FrameFormat::kNv12;
-    return std::nullopt;
-}
-
 bool operator==(const FrameGeometry& a, const FrameGeometry& b) {
     return a.format == b.format && a.size == b.size && a.stride == b.stride &&
            a.scanlines == b.scanlines;
 }
 
+std::string describe(PictureSize size) {
+    return std::to_string(size.width) + "x" + std::to_string(size.height);
+}
+
 std::string describe(const FrameGeometry& geometry) {
-    return std::string(formatName(geometry.format)) + " " + std::to_string(geometry.size.width) +
-           "x" + std::to_string(geometry.size.height) + ", stride " +
+    return std::string(formatName(geometry.format)) + " " + describe(geometry.size) + ", stride " +
            std::to_string(geometry.stride) + ", " + std::to_string(geometry.scanlines) +
            " scan lines";
 }
@@ -60,11 +70,10 @@ FrameGeometry allocatorGeometry(FrameFormat format, PictureSize size) {
     description.layerCount = 1;
     description.format =
             format == FrameFormat::kRaw10 ? graphics::kFormatRaw10 : graphics::kFormatYcbcr420;
-    graphics::BufferLayout layout;
     FrameGeometry geometry = {format, size};
-    if (graphics::layOut(description, &layout).ok()) {
-        geometry.stride = layout.stride;
-        geometry.scanlines = layout.planes[0].scanlines;
+    if (const auto layout = graphics::LayOut(description); layout.Ok()) {
+        geometry.stride = layout.Value().stride;
+        geometry.scanlines = layout.Value().planes[0].scanlines;
     }
     return geometry;
 }
@@ -75,34 +84,34 @@ PictureSize defaultSize(FrameFormat format) {
 
 Result<size_t> frameBytes(const FrameGeometry& geometry) {
     const bool raw = geometry.format == FrameFormat::kRaw10;
-    const std::string what = describe(geometry);
+    const auto refuse = [&](const std::string& why) {
+        return Failure{describe(geometry) + ": " + why};
+    };
     const PictureSize size = geometry.size;
     if (!isUsableSize(size.width, size.height)) {
-        return Failure{what + ": the picture must be 1 to " + std::to_string(kMaxSide) +
-                       " pixels a side and at most " + std::to_string(kMaxPixels) + " in all"};
+        return refuse("the picture must be 1 to " + std::to_string(kMaxSide) +
+                      " pixels a side and at most " + std::to_string(kMaxPixels) + " in all");
     }
     if (size.width % (raw ? 4 : 2) != 0 || size.height % 2 != 0) {
-        return Failure{what + ": the width must be a multiple of " + (raw ? "4" : "2") +
-                       " and the height of 2"};
+        return refuse(std::string("the width must be a multiple of ") + (raw ? "4" : "2") +
+                      " and the height of 2");
     }
-    const uint64_t row = raw ? raw10RowBytes(size.width) : size.width;
+    const uint64_t row = RowBytes(geometry.format, size.width);
     if (geometry.stride < row) {
-        return Failure{what + ": a row needs a stride of at least " + std::to_string(row) +
-                       " bytes"};
+        return refuse("a row needs a stride of at least " + std::to_string(row) + " bytes");
     }
     if (geometry.scanlines < size.height) {
-        return Failure{what + ": the picture needs at least " + std::to_string(size.height) +
-                       " scan lines"};
+        return refuse("the picture needs at least " + std::to_string(size.height) + " scan lines");
     }
     if (!raw && (geometry.stride % 2 != 0 || geometry.scanlines % 2 != 0)) {
-        return Failure{what + ": nv12 needs an even stride and an even number of scan lines"};
+        return refuse("nv12 needs an even stride and an even number of scan lines");
     }
     // Two 32-bit numbers: the product fits 64 bits, and half as much again after the check.
     const uint64_t plane = uint64_t{geometry.stride} * geometry.scanlines;
-    const uint64_t bytes = plane > kMaxFileBytes ? plane : raw ? plane : plane + plane / 2;
+    const uint64_t bytes = raw || plane > kMaxFileBytes ? plane : plane + plane / 2;
     if (bytes > kMaxFileBytes) {
-        return Failure{what + ": is larger than the " + std::to_string(kMaxFileBytes) +
-                       " bytes a frame may have"};
+        return refuse("is larger than the " + std::to_string(kMaxFileBytes) +
+                      " bytes a frame may have");
     }
     return static_cast<size_t>(bytes);
 }
@@ -110,10 +119,11 @@ Result<size_t> frameBytes(const FrameGeometry& geometry) {
 std::optional<FrameGeometry> geometryOfFileSize(FrameFormat format, uint64_t bytes) {
     for (const auto& known : kKnownFrames) {
         if (known.format != format) continue;
-        for (const FrameGeometry& geometry :
-             {allocatorGeometry(format, known.size), unpadded(format, known.size)}) {
+        const auto row = static_cast<uint32_t>(RowBytes(format, known.size.width));
+        const FrameGeometry unpadded = {format, known.size, row, known.size.height};
+        for (const FrameGeometry& geometry : {allocatorGeometry(format, known.size), unpadded}) {
             const Result<size_t> expected = frameBytes(geometry);
-            if (expected.ok() && expected.value() == bytes) return geometry;
+            if (expected.Ok() && expected.Value() == bytes) return geometry;
         }
     }
     return std::nullopt;
@@ -128,6 +138,30 @@ PictureSize pictureInPadding(FrameFormat format, uint32_t stride, uint32_t scanl
     }
     const uint32_t whole = format == FrameFormat::kRaw10 ? stride / 5 * 4 : stride / 2 * 2;
     return {whole, scanlines / 2 * 2};
+}
+
+std::optional<DumpName> parseDumpName(const std::string& path) {
+    const std::string name = LastComponent(path);
+    if (name.rfind("OfflineAidl_CameraId_", 0) != 0 || name.size() < 4) return std::nullopt;
+    const std::string ending = name.substr(name.size() - 4);
+    DumpName dump;
+    if (ending == ".jpg") {
+        dump.width = BracketedNumber(name, "Width");
+        dump.height = BracketedNumber(name, "Height");
+    } else if (ending == ".raw" || ending == ".yuv") {
+        dump.stride = BracketedNumber(name, "Stride");
+        dump.scanlines = BracketedNumber(name, "Scanline");
+    } else {
+        return std::nullopt;
+    }
+    return dump;
+}
+
+std::optional<FrameGeometry> sourceFileGeometry(const std::string& path) {
+    for (const auto& known : kKnownFrames) {
+        if (LastComponent(path) == known.name) return allocatorGeometry(known.format, known.size);
+    }
+    return std::nullopt;
 }
 
 }  // namespace offlineframes

@@ -1,4 +1,5 @@
-// Shapes of frames in files: formats, padding and byte counts, all checked for overflow.
+// Shapes of frames in files: formats, padding and byte counts, all checked for overflow; and what
+// the name of a dump or source file tells about them.
 #pragma once
 
 #include <cstddef>
@@ -6,24 +7,16 @@
 #include <optional>
 #include <string>
 
+#include "picture.h"
 #include "result.h"
 
 namespace offlineframes {
 
 enum class FrameFormat { kRaw10, kNv12 };
 
-const char* formatName(FrameFormat format);                     // "raw10", "nv12"
-std::optional<FrameFormat> formatFromName(const std::string&);  // the inverse
+const char* formatName(FrameFormat format);  // "raw10", "nv12"
 
-struct PictureSize {
-    uint32_t width = 0;
-    uint32_t height = 0;
-};
-inline bool operator==(const PictureSize& a, const PictureSize& b) {
-    return a.width == b.width && a.height == b.height;
-}
-
-// One frame as it lies in a file. RAW10: `scanlines` rows of `stride` bytes, four pixels in five
+// One frame as a file holds it. RAW10: `scanlines` rows of `stride` bytes, four pixels in five
 // bytes. NV12: `scanlines` rows of luma, then scanlines/2 rows of interleaved Cb and Cr, all of
 // `stride` bytes. The picture is the top left width x height pixels, the rest is padding.
 struct FrameGeometry {
@@ -36,6 +29,7 @@ bool operator==(const FrameGeometry& a, const FrameGeometry& b);
 
 // "raw10 4096x3072, stride 5120, 3072 scan lines"
 std::string describe(const FrameGeometry& geometry);
+std::string describe(PictureSize size);  // "4096x3072"
 
 // The stride and scan lines the stand-in's allocator chooses for a picture of this size; both 0,
 // which frameBytes() refuses, when it has no such buffer.
@@ -54,5 +48,22 @@ std::optional<FrameGeometry> geometryOfFileSize(FrameFormat format, uint64_t byt
 // The picture that frames of this padding usually hold: 4000x3000 in 4096 x 3072 NV12, and so on;
 // without a known one, every whole pixel of the padded rows.
 PictureSize pictureInPadding(FrameFormat format, uint32_t stride, uint32_t scanlines);
+
+// Names of dumps: OfflineAidl_CameraId_2_Frame_1_B2Y_Stride[4096]_Scanline[3072].yuv and
+// OfflineAidl_CameraId_2_Frame_1_Y2J_Width[4000]_Height[3000].jpg. Absent numbers are unknown: the
+// name does not give them, gives 0 (a plane query that failed) or gives nonsense.
+struct DumpName {
+    std::optional<uint32_t> stride;     // bytes per row; raw and yuv
+    std::optional<uint32_t> scanlines;  // rows; raw and yuv
+    std::optional<uint32_t> width;      // pixels; jpg
+    std::optional<uint32_t> height;     // pixels; jpg
+};
+
+// Reads the last component of `path`. Nothing when it is not a dump's name.
+std::optional<DumpName> parseDumpName(const std::string& path);
+
+// The geometry of a source file known by its fixed name: 4096_3072_RAW10.raw, 4000_3000_NV12.yuv
+// or mmf_fd.yuv.
+std::optional<FrameGeometry> sourceFileGeometry(const std::string& path);
 
 }  // namespace offlineframes

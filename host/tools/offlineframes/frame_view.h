@@ -5,19 +5,21 @@
 #include <optional>
 #include <string>
 
-#include "dump_name.h"
+#include "file_io.h"
 #include "frame_geometry.h"
 #include "picture.h"
-#include "result.h"
 
 namespace offlineframes {
 
-// What the caller knows; it goes before what the file's name tells.
-struct ViewRequest {
+// What the caller knows of a frame; it goes before what the file's name tells.
+struct KnownGeometry {
     std::optional<FrameFormat> format;
     std::optional<PictureSize> size;
-    std::optional<uint32_t> stride;
-    std::optional<uint32_t> scanlines;
+    std::optional<uint64_t> stride;  // at most kMaxFileBytes, as scanlines
+    std::optional<uint64_t> scanlines;
+};
+
+struct ViewRequest : KnownGeometry {
     bool mosaic = false;    // RAW10 as grey mosaic and not developed
     bool asStored = false;  // JPEG: leave EXIF orientation alone
 };
@@ -34,6 +36,10 @@ Result<View> viewFile(const std::string& path, const ViewRequest& request);
 
 // The geometry of a frame file of `bytes` bytes from name, request and size, checked against it.
 Result<FrameGeometry> resolveGeometry(const std::string& path, FrameFormat format,
-                                      const ViewRequest& request, uint64_t bytes);
+                                      const KnownGeometry& request, uint64_t bytes);
+
+// BT.601 full-range NV12 as RGB; each chroma pair serves its 2 x 2 pixels. `geometry` has passed
+// frameBytes() and `bytes` has at least that many.
+Picture showNv12(const Bytes& bytes, const FrameGeometry& geometry);
 
 }  // namespace offlineframes

@@ -1,7 +1,9 @@
 // offlineframes: makes source frames and shows dumps.
 
-#include "commands.h"
+#include <base/options.h>
+
+#include "program.h"
 
 int main(int argc, char** argv) {
-    return offlineframes::runProgram(std::vector<std::string>(argv + 1, argv + argc));
+    return offlineframes::runProgram(base::WordsOf(argc, argv));
 }

@@ -7,6 +7,14 @@
 
 namespace offlineframes {
 
+struct PictureSize {
+    uint32_t width = 0;
+    uint32_t height = 0;
+};
+inline bool operator==(const PictureSize& a, const PictureSize& b) {
+    return a.width == b.width && a.height == b.height;
+}
+
 struct Picture {
     uint32_t width = 0;
     uint32_t height = 0;
@@ -19,9 +27,9 @@ struct Picture {
     const uint8_t* pixel(uint32_t x, uint32_t y) const { return &rgb[(size_t{y} * width + x) * 3]; }
 };
 
-// Largest side of a picture or frame this program reads or writes, in pixels.
-inline constexpr uint32_t kMaxSide = 32768;
-// Largest picture, in pixels: 200 million, more than any camera the files stand for.
+// Largest side of a picture or frame that is read or made, in pixels: cairo draws no larger one.
+inline constexpr uint32_t kMaxSide = 32767;
+// Largest picture, in pixels: 200 million, more than any camera has.
 inline constexpr uint64_t kMaxPixels = 200'000'000;
 
 inline bool isUsableSize(uint64_t width, uint64_t height) {

@@ -1,48 +1,280 @@
-// Chooses the reader of a picture by its content.
+// Pictures in files, and scaled. gdk-pixbuf reads PNG and PPM and scales. JPEG is TurboJPEG's:
+// gdk-pixbuf takes one that is damaged or cut short for a good one. PNG is packed by libdeflate,
+// twice as fast as libpng does it and four times as fast as gdk-pixbuf.
 
 #include "picture_file.h"
 
+#include <gdk-pixbuf/gdk-pixbuf.h>
+#include <libdeflate.h>
+#include <libexif/exif-data.h>
+#include <stdlib.h>
 #include <string.h>
+#include <turbojpeg.h>
 
-#include "exif_orientation.h"
+#include <algorithm>
+#include <memory>
+
+#include "resample.h"
 
 namespace offlineframes {
 namespace {
 
-bool startsWith(const Bytes& bytes, const char* magic, size_t length) {
-    return bytes.size() >= length && memcmp(bytes.data(), magic, length) == 0;
+using Pixbuf = std::unique_ptr<GdkPixbuf, void (*)(gpointer)>;
+
+// The pixels of `picture`, which outlives it; written only where it is a target.
+Pixbuf PixbufOn(const Picture& picture) {
+    const int width = static_cast<int>(picture.width);
+    return {gdk_pixbuf_new_from_data(const_cast<uint8_t*>(picture.rgb.data()), GDK_COLORSPACE_RGB,
+                                     FALSE, 8, width, static_cast<int>(picture.height), width * 3,
+                                     nullptr, nullptr),
+            g_object_unref};
+}
+
+// A copy, over black where it is transparent.
+Picture PictureOf(const Pixbuf& pixbuf) {
+    Picture picture(static_cast<uint32_t>(gdk_pixbuf_get_width(pixbuf.get())),
+                    static_cast<uint32_t>(gdk_pixbuf_get_height(pixbuf.get())));
+    const size_t channels = static_cast<size_t>(gdk_pixbuf_get_n_channels(pixbuf.get()));
+    const size_t stride = static_cast<size_t>(gdk_pixbuf_get_rowstride(pixbuf.get()));
+    for (uint32_t y = 0; y < picture.height; ++y) {
+        const uint8_t* from = gdk_pixbuf_read_pixels(pixbuf.get()) + y * stride;
+        for (uint32_t x = 0; x < picture.width; ++x, from += channels) {
+            const int opaque = channels == 4 ? from[3] : 255;
+            for (int c = 0; c < 3; ++c) {
+                picture.pixel(x, y)[c] = static_cast<uint8_t>((from[c] * opaque + 127) / 255);
+            }
+        }
+    }
+    return picture;
+}
+
+constexpr char kPngMagic[] = "\x89PNG\r\n\x1a\n";
+constexpr size_t kPngMagicBytes = 8;
+
+Failure TooLarge(const std::string& path, const char* type, int width, int height) {
+    return Failure{path + ": a " + type + " of " + std::to_string(width) + "x" +
+                   std::to_string(height) + " is too large"};
+}
+
+// The orientation in EXIF data or in a JPEG file that has some; 1 where it is missing or damaged.
+int OrientationOf(const uint8_t* data, size_t size) {
+    const std::unique_ptr<ExifData, void (*)(ExifData*)> exif(
+            exif_data_new_from_data(data, static_cast<unsigned>(size)), exif_data_unref);
+    if (!exif) return 1;
+    const ExifEntry* const entry =
+            exif_content_get_entry(exif->ifd[EXIF_IFD_0], EXIF_TAG_ORIENTATION);
+    if (!entry || entry->format != EXIF_FORMAT_SHORT || entry->size < 2) return 1;
+    const int value = exif_get_short(entry->data, exif_data_get_byte_order(exif.get()));
+    return value >= 1 && value <= 8 ? value : 1;
+}
+
+// The same for a PNG file, whose eXIf chunk gdk-pixbuf does not read.
+int PngOrientation(const Bytes& png) {
+    constexpr char kChunk[] = {'e', 'X', 'I', 'f'};
+    const auto found = std::search(png.begin(), png.end(), kChunk, kChunk + 4);
+    if (found == png.end()) return 1;
+    Bytes exif = {'E', 'x', 'i', 'f', 0, 0};  // how a JPEG introduces the same data
+    exif.insert(exif.end(), found + 4, png.end());
+    return OrientationOf(exif.data(), exif.size());
+}
+
+// The bytes of an intact JPEG up to and with its end marker.
+size_t JpegBytes(const Bytes& jpeg) {
+    size_t at = 2;
+    while (at + 1 < jpeg.size()) {
+        const uint8_t marker = jpeg[at + 1];
+        const bool restart = marker >= 0xD0 && marker <= 0xD7;
+        if (jpeg[at] != 0xFF || marker == 0x00 || marker == 0xFF || restart) {
+            ++at;  // coded data
+        } else if (marker == 0xD9 || at + 3 >= jpeg.size()) {
+            break;
+        } else {
+            at += 2 + (size_t{jpeg[at + 2]} << 8 | jpeg[at + 3]);
+        }
+    }
+    return std::min(at + 2, jpeg.size());
+}
+
+// Ink to light. As programs that write such files do, 255 is no ink.
+void RgbFromCmyk(const Bytes& cmyk, Picture* picture) {
+    for (size_t pixel = 0; pixel < cmyk.size() / 4; ++pixel) {
+        for (size_t c = 0; c < 3; ++c) {
+            picture->rgb[pixel * 3 + c] =
+                    static_cast<uint8_t>(cmyk[pixel * 4 + c] * cmyk[pixel * 4 + 3] / 255);
+        }
+    }
+}
+
+void AppendNumber(size_t number, Bytes* bytes) {
+    for (int shift = 24; shift >= 0; shift -= 8) {
+        bytes->push_back(static_cast<uint8_t>(number >> shift));
+    }
+}
+
+void AppendPngChunk(const char* type, const uint8_t* data, size_t size, Bytes* png) {
+    AppendNumber(size, png);
+    png->insert(png->end(), type, type + 4);
+    png->insert(png->end(), data, data + size);
+    AppendNumber(libdeflate_crc32(0, &png->back() + 1 - size - 4, size + 4), png);
 }
 
 }  // namespace
 
 Result<PictureType> pictureType(const Bytes& bytes, const std::string& name) {
-    if (startsWith(bytes, "\x89PNG\r\n\x1a\n", 8)) return PictureType::kPng;
-    if (startsWith(bytes, "\xff\xd8\xff", 3)) return PictureType::kJpeg;
-    if (startsWith(bytes, "P6", 2)) return PictureType::kPpm;
+    const auto startsWith = [&](const char* magic, size_t length) {
+        return bytes.size() >= length && memcmp(bytes.data(), magic, length) == 0;
+    };
+    if (startsWith(kPngMagic, kPngMagicBytes)) return PictureType::kPng;
+    if (startsWith("\xff\xd8\xff", 3)) return PictureType::kJpeg;
+    if (startsWith("P6", 2)) return PictureType::kPpm;
     return Failure{name + ": is not a PNG, JPEG or binary PPM picture"};
-}
-
-Result<Picture> decodePicture(const Bytes& bytes, const std::string& name) {
-    const Result<PictureType> type = pictureType(bytes, name);
-    if (!type.ok()) return type.failure();
-    switch (type.value()) {
-        case PictureType::kPng:
-            return decodePng(bytes, name);
-        case PictureType::kPpm:
-            return decodePpm(bytes, name);
-        case PictureType::kJpeg:
-            break;
-    }
-    Result<JpegPicture> jpeg = decodeJpeg(bytes, name);
-    if (!jpeg.ok()) return jpeg.failure();
-    const int orientation = jpeg.value().orientation;
-    return makeUpright(std::move(jpeg).value().picture, orientation);
 }
 
 Result<Picture> readPicture(const std::string& path) {
     const Result<Bytes> bytes = readFile(path);
-    if (!bytes.ok()) return bytes.failure();
-    return decodePicture(bytes.value(), path);
+    if (!bytes.Ok()) return bytes.GetFailure();
+    return decodePicture(bytes.Value(), path);
+}
+
+Result<Picture> decodePicture(const Bytes& bytes, const std::string& path) {
+    const Result<PictureType> type = pictureType(bytes, path);
+    if (!type.Ok()) return type.GetFailure();
+    if (type.Value() == PictureType::kJpeg) {
+        Result<JpegPicture> jpeg = decodeJpeg(bytes, path);
+        if (!jpeg.Ok()) return jpeg.GetFailure();
+        const int orientation = jpeg.Value().orientation;
+        return makeUpright(std::move(jpeg).Value().picture, orientation);
+    }
+    // gdk-pixbuf tells types by the system's MIME database, which a session's setting may hide.
+    setenv("XDG_DATA_DIRS", "/usr/local/share:/usr/share", 1);
+    const bool png = type.Value() == PictureType::kPng;
+    const char* const typeName = png ? "PNG" : "PPM";
+    int width = 0;
+    int height = 0;
+    if (gdk_pixbuf_get_file_info(path.c_str(), &width, &height) &&
+        !isUsableSize(static_cast<uint64_t>(width), static_cast<uint64_t>(height))) {
+        return TooLarge(path, typeName, width, height);
+    }
+    // From the file: in memory gdk-pixbuf does not notice that a picture is cut short.
+    GError* error = nullptr;
+    const Pixbuf pixbuf = {gdk_pixbuf_new_from_file(path.c_str(), &error), g_object_unref};
+    if (!pixbuf) {
+        const Failure failure = {path + ": damaged " + typeName + ": " + error->message};
+        g_error_free(error);
+        return failure;
+    }
+    return makeUpright(PictureOf(pixbuf), png ? PngOrientation(bytes) : 1);
+}
+
+Result<JpegPicture> decodeJpeg(const Bytes& bytes, const std::string& name, uint32_t leastWidth) {
+    const std::unique_ptr<void, int (*)(tjhandle)> decoder(tjInitDecompress(), tjDestroy);
+    const auto damaged = [&] {
+        return Failure{name + ": damaged JPEG: " + tjGetErrorStr2(decoder.get())};
+    };
+    int width = 0;
+    int height = 0;
+    int subsampling = 0;
+    int colours = 0;
+    const bool read = tjDecompressHeader3(decoder.get(), bytes.data(), bytes.size(), &width,
+                                          &height, &subsampling, &colours) == 0;
+    // A rare subsampling is an error here, but can be decoded; then the size is known.
+    if (width <= 0 || height <= 0) {
+        return read ? Failure{name + ": damaged JPEG: it holds no picture"} : damaged();
+    }
+    if (!isUsableSize(static_cast<uint64_t>(width), static_cast<uint64_t>(height))) {
+        return TooLarge(name, "JPEG", width, height);
+    }
+    tjscalingfactor scale = {8, 8};
+    while (leastWidth != 0 && scale.num > 1 &&
+           int64_t{width} * (scale.num - 1) >= int64_t{leastWidth} * 8) {
+        --scale.num;
+    }
+    const int outWidth = TJSCALED(width, scale);
+    const int outHeight = TJSCALED(height, scale);
+    JpegPicture jpeg;
+    jpeg.picture = Picture(static_cast<uint32_t>(outWidth), static_cast<uint32_t>(outHeight));
+    const bool inks = colours == TJCS_CMYK || colours == TJCS_YCCK;
+    Bytes cmyk(inks ? jpeg.picture.rgb.size() / 3 * 4 : 0);
+    // A warning means damaged data: the decoder would go on with invented pixels.
+    if (tjDecompress2(decoder.get(), bytes.data(), bytes.size(),
+                      inks ? cmyk.data() : jpeg.picture.rgb.data(), outWidth, 0, outHeight,
+                      inks ? TJPF_CMYK : TJPF_RGB, TJFLAG_STOPONWARNING) != 0) {
+        return damaged();
+    }
+    RgbFromCmyk(cmyk, &jpeg.picture);
+    jpeg.fullSize = {static_cast<uint32_t>(width), static_cast<uint32_t>(height)};
+    jpeg.orientation = OrientationOf(bytes.data(), bytes.size());
+    jpeg.jpegBytes = JpegBytes(bytes);
+    return jpeg;
+}
+
+Picture makeUpright(Picture picture, int orientation) {
+    if (orientation == 1) return picture;
+    const Pixbuf stored = PixbufOn(picture);
+    gdk_pixbuf_set_option(stored.get(), "orientation", std::to_string(orientation).c_str());
+    return PictureOf({gdk_pixbuf_apply_embedded_orientation(stored.get()), g_object_unref});
+}
+
+double coveringScale(const Picture& photo, PictureSize size) {
+    return std::max(double(size.width) / photo.width, double(size.height) / photo.height);
+}
+
+Picture fitPicture(const Picture& photo, PictureSize size) {
+    // The scaler's table of weights grows with the square of the factor: several small steps.
+    constexpr uint32_t kStep = 16;
+    if (coveringScale(photo, size) * 2 * kStep < 1) {
+        return fitPicture(fitPicture(photo, {(photo.width + kStep - 1) / kStep,
+                                             (photo.height + kStep - 1) / kStep}),
+                          size);
+    }
+    const double scale = coveringScale(photo, size);
+    const int width = static_cast<int>(size.width);
+    const int height = static_cast<int>(size.height);
+    Picture fitted(size.width, size.height);
+    gdk_pixbuf_scale(PixbufOn(photo).get(), PixbufOn(fitted).get(), 0, 0, width, height,
+                     (width - photo.width * scale) / 2, (height - photo.height * scale) / 2, scale,
+                     scale, GDK_INTERP_BILINEAR);
+    return fitted;
+}
+
+Picture centreCrop(const Picture& picture, PictureSize size) {
+    const uint32_t left = (picture.width - size.width) / 2 & ~1u;
+    const uint32_t top = (picture.height - size.height) / 2 & ~1u;
+    Picture out(size.width, size.height);
+    for (uint32_t y = 0; y < size.height; ++y) {
+        memcpy(out.pixel(0, y), picture.pixel(left, top + y), size_t{size.width} * 3);
+    }
+    return out;
+}
+
+Result<Bytes> encodePng(const Picture& picture, const std::string& name) {
+    constexpr int kFastest = 1;  // a dump is looked at once: speed before size
+    const std::unique_ptr<libdeflate_compressor, void (*)(libdeflate_compressor*)> packer(
+            libdeflate_alloc_compressor(kFastest), libdeflate_free_compressor);
+    const size_t rowBytes = size_t{picture.width} * 3;
+    const size_t size = (rowBytes + 1) * picture.height;
+    const size_t bound = libdeflate_zlib_compress_bound(packer.get(), size);
+    // Not vectors, which would be cleared first.
+    const std::unique_ptr<uint8_t[]> rows(new (std::nothrow) uint8_t[size]);
+    const std::unique_ptr<uint8_t[]> packed(new (std::nothrow) uint8_t[bound]);
+    if (!packer || !rows || !packed) return Failure{name + ": no memory for the PNG"};
+    for (uint32_t y = 0; y < picture.height; ++y) {
+        uint8_t* const row = rows.get() + y * (rowBytes + 1);
+        row[0] = 0;  // no filter: the fastest to pack
+        memcpy(row + 1, picture.pixel(0, y), rowBytes);
+    }
+    const size_t packedBytes =
+            libdeflate_zlib_compress(packer.get(), rows.get(), size, packed.get(), bound);
+    Bytes header;
+    AppendNumber(picture.width, &header);
+    AppendNumber(picture.height, &header);
+    header.insert(header.end(), {8, 2, 0, 0, 0});  // 8-bit RGB
+    Bytes png(kPngMagic, kPngMagic + kPngMagicBytes);
+    png.reserve(packedBytes + 64);
+    AppendPngChunk("IHDR", header.data(), header.size(), &png);
+    AppendPngChunk("IDAT", packed.get(), packedBytes, &png);
+    AppendPngChunk("IEND", nullptr, 0, &png);
+    return png;
 }
 
 }  // namespace offlineframes

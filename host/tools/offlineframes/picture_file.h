@@ -6,7 +6,6 @@
 
 #include "file_io.h"
 #include "picture.h"
-#include "result.h"
 
 namespace offlineframes {
 
@@ -15,21 +14,17 @@ enum class PictureType { kPng, kJpeg, kPpm };
 // Tells the type by the first bytes. Fails, naming `name`, when it is none of the three.
 Result<PictureType> pictureType(const Bytes& bytes, const std::string& name);
 
-// Reads a PNG, JPEG or PPM file; a JPEG is turned upright by its EXIF orientation.
+// Reads a picture, turned upright by its EXIF orientation, as 8-bit RGB over black. A damaged or
+// too large one is an error.
 Result<Picture> readPicture(const std::string& path);
-// The same for bytes already read; `name` stands in messages.
-Result<Picture> decodePicture(const Bytes& bytes, const std::string& name);
+// The same for the bytes of the file `path`, already read.
+Result<Picture> decodePicture(const Bytes& bytes, const std::string& path);
 
-// PNG, in png_picture.cpp. Any colour type is read as 8-bit RGB over black.
-Result<Picture> decodePng(const Bytes& bytes, const std::string& name);
-Result<Bytes> encodePng(const Picture& picture, const std::string& name);
-
-// JPEG, in jpeg_picture.cpp. Bytes after the end marker are ignored; a damaged stream or one that
-// ends before its end marker is an error.
+// Bytes after the JPEG's end marker are ignored; a damaged stream or one that ends before its end
+// marker is an error. `name` is for messages.
 struct JpegPicture {
     Picture picture;       // as stored: orientation not yet applied
-    uint32_t width = 0;    // of the whole picture, pixels
-    uint32_t height = 0;   // likewise
+    PictureSize fullSize;  // of the picture when it is not reduced
     int orientation = 1;   // EXIF 1 to 8
     size_t jpegBytes = 0;  // up to and with the end marker
 };
@@ -38,7 +33,10 @@ struct JpegPicture {
 Result<JpegPicture> decodeJpeg(const Bytes& bytes, const std::string& name,
                                uint32_t leastWidth = 0);
 
-// PPM (binary, P6, 8 or 16 bits), in ppm_picture.cpp.
-Result<Picture> decodePpm(const Bytes& bytes, const std::string& name);
+// Turns and mirrors a picture stored with this EXIF orientation upright.
+Picture makeUpright(Picture picture, int orientation);
+
+// Fails, naming `name`, without memory.
+Result<Bytes> encodePng(const Picture& picture, const std::string& name);
 
 }  // namespace offlineframes

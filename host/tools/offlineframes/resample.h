@@ -1,13 +1,12 @@
 // Fitting a photo into a frame.
 #pragma once
 
-#include "frame_geometry.h"
 #include "picture.h"
 
 namespace offlineframes {
 
-// Scales `photo` until it covers `size` and cuts the overhang off evenly on both sides. Separable
-// triangle filter, widened when the photo shrinks so that fine detail is averaged and not aliased.
+// Scales `photo` until it covers `size` and cuts the overhang off evenly on both sides. A photo
+// that shrinks is averaged over areas, so that fine detail does not alias.
 Picture fitPicture(const Picture& photo, PictureSize size);
 
 // What fitPicture() scales by: output pixels per pixel of `photo`.

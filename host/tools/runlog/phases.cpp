@@ -11,36 +11,40 @@ namespace runlog {
 
 namespace {
 
-enum class Mark { kLine, kCall };
+// What the main thread did at a time.
+struct Event {
+    int64_t timeUs;
+    std::string text;  // a line's message, or ">METHOD" of a call
+    bool isError;
+};
 
 struct Rule {
-    Mark mark;
-    std::string_view begins;  // of the line's message, or the call's method
+    std::string_view begins;  // of an event's text
     const char* phase;
     bool again = false;  // begins a new one even within a phase of the same name
 };
 
 // The first rule that matches counts.
 constexpr Rule kRules[] = {
-        {Mark::kLine, "main: offline camera client connect to service", "start-up"},
-        {Mark::kLine, "main: offline camera client opMode", "open"},
-        {Mark::kLine, "main: offline camera client exit", "exit"},
-        {Mark::kCall, "registerClient", "register"},
-        {Mark::kLine, "OpenOfflineSession", "configure"},
-        {Mark::kLine, "dataspace ", "configure"},
-        {Mark::kLine, "stream size:", "configure"},
-        {Mark::kLine, "ProcessOfflineRequest sucessfully", "submit"},
-        {Mark::kLine, "ProcessOfflineRequest, FAILED", "submit"},
-        {Mark::kLine, "ProcessOfflineRequest", "fill"},
-        {Mark::kCall, "allocate", "allocate", true},
-        {Mark::kLine, "buffer allocationsize", "allocate"},
-        {Mark::kLine, "LoadOffine", "fill"},
-        {Mark::kCall, "processOfflineRequest", "submit"},
-        {Mark::kLine, "WaitForShutter frame", "shutter"},
-        {Mark::kLine, "WaitForResult result", "result"},
-        {Mark::kLine, "result completed outputResult", "dump"},
-        {Mark::kCall, "closeOfflineSession", "close"},
-        {Mark::kLine, "CloseOfflineSession", "close"},
+        {"main: offline camera client connect to service", "start-up"},
+        {"main: offline camera client opMode", "open"},
+        {"main: offline camera client exit", "exit"},
+        {">registerClient", "register"},
+        {"OpenOfflineSession", "configure"},
+        {"dataspace ", "configure"},
+        {"stream size:", "configure"},
+        {"ProcessOfflineRequest sucessfully", "submit"},
+        {"ProcessOfflineRequest, FAILED", "submit"},
+        {"ProcessOfflineRequest", "fill"},
+        {">allocate", "allocate", true},
+        {"buffer allocationsize", "allocate"},
+        {"LoadOffine", "fill"},
+        {">processOfflineRequest", "submit"},
+        {"WaitForShutter frame", "shutter"},
+        {"WaitForResult result", "result"},
+        {"result completed outputResult", "dump"},
+        {">closeOfflineSession", "close"},
+        {"CloseOfflineSession", "close"},
 };
 
 // A number in a line of a phase, as the phase's detail.
@@ -60,19 +64,9 @@ constexpr Detail kDetails[] = {
         {"dump", "imageSize %*d bufferSize %15lu", "a buffer of ", " bytes", true},
 };
 
-// What the main thread did at a time: exactly one of both is set.
-struct Event {
-    int64_t timeUs;
-    const Line* line;
-    const Call* call;
-};
-
-const Rule* RuleOf(const Event& event) {
-    const std::string_view text = event.line ? event.line->message : event.call->method;
+const Rule* RuleOf(const std::string& text) {
     for (const Rule& rule : kRules) {
-        const bool matches = event.line ? text.substr(0, rule.begins.size()) == rule.begins
-                                        : text == rule.begins;
-        if ((rule.mark == Mark::kLine) == (event.line != nullptr) && matches) return &rule;
+        if (std::string_view(text).substr(0, rule.begins.size()) == rule.begins) return &rule;
     }
     return nullptr;
 }
@@ -136,11 +130,11 @@ std::vector<Event> MainThread(const std::vector<Line>& log, const std::vector<Ca
     std::vector<Event> events;
     for (const Line& line : log) {
         const bool ofMain = !line.fromServices && line.pid == first->pid && line.tid == first->tid;
-        if (ofMain) events.push_back({line.timeUs, &line, nullptr});
+        if (ofMain) events.push_back({line.timeUs, line.message, line.IsError()});
     }
     for (const Call& call : calls) {
         if (call.pid == first->pid && !call.incoming && !IsNested(call, calls)) {
-            events.push_back({call.startUs, nullptr, &call});
+            events.push_back({call.startUs, ">" + call.method, false});
         }
     }
     std::stable_sort(events.begin(), events.end(),
@@ -160,23 +154,18 @@ void Begin(const char* name, int64_t timeUs, int64_t durationUs, std::vector<Pha
     phases->push_back(std::move(phase));
 }
 
-// Opening logs success alone.
-void JudgeOpening(std::vector<Phase>* phases) {
-    for (size_t i = 0; i + 1 < phases->size(); ++i) {
+// What no line of the phase itself says: opening logs success alone.
+void Judge(const Facts& facts, std::vector<Phase>* phases) {
+    for (size_t i = 0; i < phases->size(); ++i) {
         Phase& phase = (*phases)[i];
-        if (phase.name == "open" && (*phases)[i + 1].name == "configure") {
+        const bool configured = i + 1 < phases->size() && (*phases)[i + 1].name == "configure";
+        if (!facts.sessionOpened && phase.name == "open" && configured) {
             phase.end = PhaseEnd::kFailed;
             phase.detail = "no session was opened";
         }
-    }
-}
-
-void JudgeWaits(const std::vector<Wait>& waits, std::vector<Phase>* phases) {
-    for (const Wait& wait : waits) {
-        for (Phase& phase : *phases) {
-            const bool same =
-                    phase.waits && phase.startUs <= wait.startUs && wait.startUs < phase.endUs;
-            if (wait.TimedOut() && same) phase.end = PhaseEnd::kTimedOut;
+        for (const Wait& wait : facts.waits) {
+            const bool inside = phase.startUs <= wait.startUs && wait.startUs < phase.endUs;
+            if (phase.waits && inside && wait.TimedOut()) phase.end = PhaseEnd::kTimedOut;
         }
     }
 }
@@ -190,17 +179,15 @@ std::vector<Phase> FindPhases(const std::vector<Line>& log, const std::vector<Ca
     std::vector<Phase> phases;
     Begin("device", 0, durationUs, &phases);
     for (const Event& event : events) {
-        const Rule* const rule = RuleOf(event);
+        const Rule* const rule = RuleOf(event.text);
         if (rule && (phases.back().name != rule->phase || rule->again)) {
             Begin(rule->phase, event.timeUs, durationUs, &phases);
         }
-        if (!event.line) continue;
-        Describe(event.line->message, &phases.back());
-        if (event.line->IsError()) phases.back().end = PhaseEnd::kFailed;
+        Describe(event.text, &phases.back());
+        if (event.isError) phases.back().end = PhaseEnd::kFailed;
     }
     phases.back().endUs = durationUs;
-    JudgeWaits(facts.waits, &phases);
-    if (!facts.sessionOpened) JudgeOpening(&phases);
+    Judge(facts, &phases);
     if (cutShort) phases.back().end = PhaseEnd::kCutShort;
     return phases;
 }

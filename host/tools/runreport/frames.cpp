@@ -1,17 +1,12 @@
-// Sources by the tool's log; geometry by the readers of frames.
+// Geometry by the readers of frames, several files at a time.
 
 #include "frames.h"
 
 #include <offlineframes/file_io.h>
 #include <offlineframes/frame_view.h>
-#include <stdio.h>
-#include <sys/stat.h>
 
-#include <algorithm>
+#include <filesystem>
 #include <thread>
-
-#include "base64.h"
-#include "thumbnail.h"
 
 namespace runreport {
 
@@ -19,108 +14,66 @@ namespace {
 
 using offlineframes::Bytes;
 using offlineframes::FrameFormat;
-using offlineframes::FrameGeometry;
-using offlineframes::Result;
 
 const std::string kDeviceFolder = "/data/vendor/camera/";
 
 // The host's path of a file that the tool named; empty when it is not below the device's folder, or
 // when it is not known which folder that was.
-std::string hostPath(const std::string& path, const std::string& dataFolder) {
+std::string HostPath(const std::string& path, const std::string& dataFolder) {
     if (path.compare(0, kDeviceFolder.size(), kDeviceFolder) != 0) return "";
     if (dataFolder.empty() || path.find("/../") != std::string::npos) return "";
     return dataFolder + "/" + path.substr(kDeviceFolder.size());
 }
 
-bool endsWith(const std::string& text, const std::string& ending) {
-    return text.size() >= ending.size() &&
-           text.compare(text.size() - ending.size(), ending.size(), ending) == 0;
-}
-
-void setPicture(const Result<Thumbnail>& thumbnail, Frame* frame) {
-    if (!thumbnail.ok()) {
-        frame->note = thumbnail.error();
+void ExamineRaster(FrameFormat format, Frame* frame, const Bytes& bytes) {
+    const auto geometry = offlineframes::resolveGeometry(frame->path, format, {}, bytes.size());
+    if (!geometry.Ok()) {
+        frame->note = geometry.Error();
         return;
     }
-    frame->picture = "data:image/jpeg;base64," + base64(thumbnail.value().jpeg);
-    frame->pictureWidth = thumbnail.value().width;
-    frame->pictureHeight = thumbnail.value().height;
+    frame->width = geometry.Value().size.width;
+    frame->height = geometry.Value().size.height;
+    frame->stride = geometry.Value().stride;
+    frame->scanlines = geometry.Value().scanlines;
+    PictureOfFrame(bytes, geometry.Value(), frame);
 }
 
-void examineRaster(FrameFormat format, Frame* frame, const Bytes& bytes) {
-    const Result<FrameGeometry> geometry =
-            offlineframes::resolveGeometry(frame->path, format, {}, bytes.size());
-    if (!geometry.ok()) {
-        frame->note = geometry.error();
-        return;
-    }
-    frame->width = geometry.value().size.width;
-    frame->height = geometry.value().size.height;
-    frame->stride = geometry.value().stride;
-    frame->scanlines = geometry.value().scanlines;
-    setPicture(thumbnailOfFrame(bytes, geometry.value()), frame);
-}
-
-void examineJpeg(Frame* frame, const Bytes& bytes) {
-    offlineframes::PictureSize size;
-    setPicture(thumbnailOfJpeg(bytes, frame->path, &size), frame);
-    frame->width = size.width;
-    frame->height = size.height;
-    if (!frame->picture.empty()) {
-        frame->note = "shown as stored: viewers turn the JPEG as its EXIF says";
-    }
-}
-
-void examine(Frame* frame) {
-    const bool raw = endsWith(frame->path, ".raw");
-    const bool yuv = endsWith(frame->path, ".yuv");
-    const bool jpeg = endsWith(frame->path, ".jpg");
-    frame->format = raw ? "RAW10" : yuv ? "NV12" : jpeg ? "JPEG" : "";
-    struct stat info = {};
-    if (stat(frame->path.c_str(), &info) == 0) frame->bytes = static_cast<uint64_t>(info.st_size);
+void Examine(Frame* frame) {
+    const std::filesystem::path path = frame->path;
+    std::error_code none;
+    const uintmax_t size = std::filesystem::file_size(path, none);
+    if (!none) frame->bytes = size;
+    const std::string type = path.extension();
+    frame->format = type == ".raw"   ? "RAW10"
+                    : type == ".yuv" ? "NV12"
+                    : type == ".jpg" ? "JPEG"
+                                     : "";
     if (frame->format.empty()) return;  // not a picture: its name and size are all there is
-    const Result<Bytes> bytes = offlineframes::readFile(frame->path);
-    if (!bytes.ok()) {
-        frame->note = bytes.error();
-    } else if (jpeg) {
-        examineJpeg(frame, bytes.value());
+    const auto bytes = offlineframes::readFile(frame->path);
+    if (!bytes.Ok()) {
+        frame->note = bytes.Error();
+    } else if (type == ".jpg") {
+        PictureOfJpeg(bytes.Value(), frame);
     } else {
-        examineRaster(raw ? FrameFormat::kRaw10 : FrameFormat::kNv12, frame, bytes.value());
+        ExamineRaster(type == ".raw" ? FrameFormat::kRaw10 : FrameFormat::kNv12, frame,
+                      bytes.Value());
     }
 }
 
 }  // namespace
 
-std::vector<Frame> findSources(const std::vector<LogLine>& log, const std::string& dataFolder) {
-    const std::string opens = ": open input file ";
-    std::vector<Frame> sources;
-    Frame* last = nullptr;
-    for (const LogLine& line : log) {
-        if (line.ofDevice) continue;
-        const size_t at = line.message.find(opens);
-        unsigned rows = 1;
-        if (at != std::string::npos) {
-            const std::string path = hostPath(line.message.substr(at + opens.size()), dataFolder);
-            if (path.empty()) continue;
-            auto found = std::find_if(sources.begin(), sources.end(),
-                                      [&](const Frame& known) { return known.path == path; });
-            if (found == sources.end()) {
-                sources.emplace_back().path = path;
-                found = sources.end() - 1;
-            }
-            last = &*found;
-            ++last->timesOpened;
-        } else if (last != nullptr &&
-                   sscanf(line.message.c_str(), "%*[A-Za-z]: f_wxf_h %*ux%9u", &rows) == 1) {
-            last->leftUnread = rows == 0;
-        }
+void ReadFrames(const std::vector<runlog::Source>& sources, const Inputs& inputs, Report* report) {
+    for (const runlog::Source& source : sources) {
+        Frame frame;
+        frame.path = HostPath(source.path, inputs.dataFolder);
+        frame.timesOpened = source.timesOpened;
+        frame.leftUnread = source.leftUnread;
+        if (!frame.path.empty()) report->sources.push_back(std::move(frame));
     }
-    return sources;
-}
-
-void examineFrames(std::vector<Frame*> frames) {
+    for (const std::string& path : inputs.dumps) report->dumps.emplace_back().path = path;
     std::vector<std::thread> threads;
-    for (Frame* const frame : frames) threads.emplace_back(examine, frame);
+    for (Frame& frame : report->sources) threads.emplace_back(Examine, &frame);
+    for (Frame& frame : report->dumps) threads.emplace_back(Examine, &frame);
     for (std::thread& thread : threads) thread.join();
 }
 

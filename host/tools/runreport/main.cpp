@@ -1,39 +1,119 @@
-// The program: writes the report of a run.
+// The program: the report of a run, and what ./run says about its log.
 
-#include <offlineframes/file_io.h>
+#include <base/options.h>
+#include <errno.h>
 #include <stdio.h>
+#include <string.h>
 
-#include "make_report.h"
-#include "options.h"
-#include "report_json.h"
-#include "report_page.h"
+#include <cmath>
+#include <fstream>
+
+#include "report.h"
+#include "summary.h"
 
 namespace {
 
-// A sentence on standard error when it fails. An empty path is an output that nobody asked for.
-bool write(const std::string& path, const std::string& text) {
+using base::Done;
+using base::Failure;
+using base::Result;
+
+struct Options {
+    runreport::Inputs inputs;
+    std::string htmlFile;
+    std::string jsonFile;
+    bool summary = false;
+    bool followWaits = false;
+    bool help = false;
+};
+
+// Seconds since the epoch, with a fraction after either sign that locales have for it.
+base::Option Seconds(const char* name, const char* help, int64_t* micros) {
+    return {name, "SECONDS", help, [micros](const std::string& word) -> Result<Done> {
+                std::string text = word;
+                for (char& letter : text) letter = letter == ',' ? '.' : letter;
+                char* end = nullptr;
+                const double seconds = strtod(text.c_str(), &end);
+                if (*end != '\0' || !(seconds >= 0 && seconds < 1e11)) {
+                    return Failure{"a number of seconds"};
+                }
+                *micros = std::llround(seconds * 1e6);
+                return Done{};
+            }};
+}
+
+// Leaves the help in `help`.
+Result<Options> ReadOptions(const std::vector<std::string>& words, std::string* help) {
+    Options options;
+    runreport::Inputs& inputs = options.inputs;
+    int64_t ended = 0;
+    std::optional<uint64_t> status;
+    const std::vector<base::Option> table = {
+            base::Text("--html", "FILE", "the page: one file that needs no other and no network",
+                       &options.htmlFile),
+            base::Text("--json", "FILE", "the same facts for programs", &options.jsonFile),
+            base::Switch("--summary", "what ./run says about the log, on standard error",
+                         &options.summary),
+            base::Switch("--follow-waits", "at a terminal show the tool's waits until killed",
+                         &options.followWaits),
+            Seconds("--started", "when the run started, since the epoch, with fraction",
+                    &inputs.run.startedUs),
+            Seconds("--ended", "when it ended", &ended),
+            base::Number("--status", "N", "its status", 0, 255, &status),
+            base::Texts("--option", "WORD", "an option that the device was given; may be repeated",
+                        &inputs.run.options),
+            base::Text("--log", "FILE", "the tool's platform log", &inputs.log),
+            base::Text("--device-log", "FILE", "the services' log", &inputs.deviceLog),
+            base::Text("--trace", "FILE", "the binder trace", &inputs.trace),
+            base::Text("--data", "DIR", "what the tool saw as /data/vendor/camera",
+                       &inputs.dataFolder),
+            base::Texts("--dump", "FILE", "a file that the run wrote; may be repeated",
+                        &inputs.dumps),
+            base::Switch("--help", "show this help", &options.help)};
+    *help = "usage: runreport [OPTIONS] -- COMMAND [ARGUMENTS]\n"
+            "Writes what is known about a run as a page and for programs.\n\n" +
+            base::OptionHelp(table) +
+            "\nStatus 0 when the report was written, 1 when not, 2 for a usage error. Inputs that "
+            "cannot\nbe read are named in the report.\n";
+    const auto command = base::ReadOptions(table, words, base::Order::kBeforeWords);
+    if (!command.Ok()) return command.GetFailure();
+    inputs.run.command = command.Value();
+    inputs.run.durationUs = std::max<int64_t>(ended - inputs.run.startedUs, 0);
+    inputs.run.status = static_cast<int>(status.value_or(0));
+    if (options.htmlFile.empty() && options.jsonFile.empty() && !options.summary &&
+        !options.followWaits && !options.help) {
+        return Failure{"none of --html, --json, --summary and --follow-waits is given"};
+    }
+    return options;
+}
+
+// A sentence on standard error when it fails. An empty path is an output that was not asked for.
+bool Write(const std::string& path, const std::string& text) {
     if (path.empty()) return true;
-    const auto written =
-            offlineframes::writeFile(path, offlineframes::Bytes(text.begin(), text.end()),
-                                     offlineframes::Existing::kReplace);
-    if (!written.ok()) fprintf(stderr, "runreport: %s\n", written.error().c_str());
-    return written.ok();
+    std::ofstream file(path, std::ios::binary);
+    file << text;
+    file.close();
+    if (!file) fprintf(stderr, "runreport: %s: cannot write: %s\n", path.c_str(), strerror(errno));
+    return static_cast<bool>(file);
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-    const auto options = runreport::readOptions({argv + 1, argv + argc});
-    if (!options.ok()) {
-        fprintf(stderr, "runreport: %s\n", options.error().c_str());
+    std::string help;
+    const auto read = ReadOptions(base::WordsOf(argc, argv), &help);
+    if (!read.Ok()) {
+        fprintf(stderr, "runreport: %s; try 'runreport --help'\n", read.Error().c_str());
         return 2;
     }
-    if (options.value().help) {
-        fputs(runreport::kHelp, stdout);
-        return 0;
+    const Options& options = read.Value();
+    if (options.help) return fputs(help.c_str(), stdout) < 0;
+    if (options.followWaits) runreport::FollowWaits(options.inputs);
+    bool written = true;
+    if (!options.htmlFile.empty() || !options.jsonFile.empty()) {
+        const std::string json = runreport::ReportJson(runreport::MakeReport(options.inputs));
+        const bool jsonWritten = Write(options.jsonFile, json);
+        written = Write(options.htmlFile, runreport::ReportPage(json)) && jsonWritten;
     }
-    const std::string json = runreport::reportJson(runreport::makeReport(options.value()));
-    const bool jsonWritten = write(options.value().jsonFile, json);
-    const bool pageWritten = write(options.value().htmlFile, runreport::reportPage(json));
-    return jsonWritten && pageWritten ? 0 : 1;
+    if (options.summary) runreport::PrintSummary(options.inputs);
+    return written ? 0 : 1;
 }

@@ -2,8 +2,11 @@
 // since the run's start.
 #pragma once
 
+#include <runlog/facts.h>
+#include <runlog/phases.h>
+#include <runlog/runlog.h>
+
 #include <cstdint>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -13,7 +16,7 @@ namespace runreport {
 enum class Ending {
     kFinished,    // 0
     kUsageError,  // 255: the tool refused its arguments
-    kSignal,      // 128 + n: the tool was ended by signal n
+    kSignal,      // 128 + n: signal n ended the tool
     kNoDevice,    // 125 to 127: the device or the command did not start
     kOther,
 };
@@ -25,54 +28,14 @@ struct Run {
     int64_t durationUs = 0;
     int status = 0;
 
-    Ending ending() const;
-    std::string signalName() const;  // "SIGSEGV"; empty without a signal
+    Ending GetEnding() const;
+    int Signal() const;              // 0 without one
+    std::string SignalName() const;  // "SIGSEGV"; empty without a signal
 };
-
-struct LogLine {
-    int64_t timeUs = 0;
-    int pid = 0;
-    int tid = 0;
-    char priority = ' ';  // one of V D I W E F; a blank for a line that no log call wrote
-    std::string tag;
-    std::string message;
-    bool ofDevice = false;  // written by a service, not by the tool
-
-    bool isError() const { return priority == 'E' || priority == 'F'; }
-};
-
-// One binder transaction as the tool's process saw it.
-struct Call {
-    int64_t startUs = 0;
-    int64_t durationUs = 0;
-    int pid = 0;
-    bool incoming = false;  // a service called the tool
-    bool oneway = false;
-    std::string peer;  // "7/offlinecamerase": process and its name as far as the system keeps it
-    std::string interface;
-    std::string method;
-    uint64_t bytes = 0;
-    uint64_t descriptors = 0;
-    std::string status;  // "OK", or the name of the transaction's failure
-};
-
-enum class PhaseEnd { kDone, kFailed, kTimedOut, kCutShort };
-
-// A stretch of the tool's main thread; phases follow each other without gap or overlap.
-struct Phase {
-    std::string name;
-    int64_t startUs = 0;
-    int64_t endUs = 0;
-    bool waits = false;
-    PhaseEnd end = PhaseEnd::kDone;
-    std::string detail;  // what it worked on; may be empty
-};
-
-enum class Severity { kError, kWarning };
 
 // Something that a person has to know, with cause and cure where they are known.
 struct Problem {
-    Severity severity = Severity::kError;
+    std::string severity = "error";  // or "warning"
     std::string text;
     std::string cause;  // `words` in backticks are code
     std::string cure;   // as cause
@@ -101,19 +64,36 @@ struct Frame {
 
 struct Report {
     Run run;
-    std::vector<LogLine> log;      // of tool and services, in order of time
-    uint64_t omittedLogLines = 0;  // from the middle of a very long log
-    std::vector<Call> calls;       // in order of time
-    std::vector<Phase> phases;
+    std::vector<runlog::Line> log;    // of tool and services, in order of time
+    uint64_t omittedLogLines = 0;     // from the middle of a very long log
+    std::vector<runlog::Call> calls;  // in order of time
+    std::vector<runlog::Phase> phases;
     std::vector<Problem> problems;
     std::vector<Frame> sources;
     std::vector<Frame> dumps;
     std::vector<std::string> missing;  // inputs of the report that could not be read, and why
 };
 
-// "OK" and the like of each ending and record, as the JSON and the page name them.
-const char* name(Ending ending);
-const char* name(PhaseEnd end);
-const char* name(Severity severity);
+// What a report is made of.
+struct Inputs {
+    Run run;
+    std::string log;         // file of the tool's platform log; as the following may be empty
+    std::string deviceLog;   // of the services' log
+    std::string trace;       // of the binder trace
+    std::string dataFolder;  // what the tool saw as /data/vendor/camera
+    std::vector<std::string> dumps;  // files that the run wrote
+};
+
+// Reads what there is; what cannot be read is named in the report.
+Report MakeReport(const Inputs& inputs);
+
+// Of the log's lines, the phases, the sources and the run's end, in order of time.
+std::vector<Problem> FindProblems(const Report& report);
+
+// A report for programs: UTF-8; bytes of the inputs that are none are replaced by U+FFFD.
+std::string ReportJson(const Report& report);
+
+// The page for people around that JSON: one file that needs no other.
+std::string ReportPage(const std::string& json);
 
 }  // namespace runreport

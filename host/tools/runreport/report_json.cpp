@@ -1,87 +1,26 @@
-// The report's records as JSON objects, in the order in which a person would read them.
-
-#include "report_json.h"
+// The report's records as JSON objects, each field under its own name.
 
 #include <time.h>
 
 #include <nlohmann/json.hpp>
 
-namespace runreport {
+#include "report.h"
 
-namespace {
+using Json = nlohmann::json;
 
-using Json = nlohmann::ordered_json;
+namespace runlog {
 
-constexpr int kVersion = 1;
+NLOHMANN_JSON_SERIALIZE_ENUM(PhaseEnd, {{PhaseEnd::kDone, "done"},
+                                        {PhaseEnd::kFailed, "failed"},
+                                        {PhaseEnd::kTimedOut, "timed-out"},
+                                        {PhaseEnd::kCutShort, "cut-short"}})
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Phase, name, startUs, endUs, waits, end, detail)
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Call, startUs, durationUs, incoming, oneway, peer, interface,
+                                   method, bytes, descriptors, status)
 
-// "2026-11-21T21:58:29+0000", local time.
-std::string startText(int64_t startedUs) {
-    const time_t seconds = startedUs / 1'000'000;
-    tm local = {};
-    localtime_r(&seconds, &local);
-    char text[64];
-    strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%S%z", &local);
-    return text;
-}
-
-Json toJson(const Run& run) {
-    return {{"command", run.command},
-            {"options", run.options},
-            {"started", startText(run.startedUs)},
-            {"durationUs", run.durationUs},
-            {"status", run.status},
-            {"ending", name(run.ending())},
-            {"signal", run.signalName()}};
-}
-
-Json toJson(const Problem& problem) {
-    return {{"severity", name(problem.severity)},
-            {"text", problem.text},
-            {"cause", problem.cause},
-            {"cure", problem.cure},
-            {"phase", problem.phase},
-            {"timeUs", problem.timeUs},
-            {"count", problem.count},
-            {"logged", problem.logged}};
-}
-
-Json toJson(const Phase& phase) {
-    return {{"name", phase.name},   {"startUs", phase.startUs}, {"endUs", phase.endUs},
-            {"waits", phase.waits}, {"end", name(phase.end)},   {"detail", phase.detail}};
-}
-
-Json toJson(const Frame& frame) {
-    return {{"path", frame.path},
-            {"bytes", frame.bytes},
-            {"format", frame.format},
-            {"width", frame.width},
-            {"height", frame.height},
-            {"stride", frame.stride},
-            {"scanlines", frame.scanlines},
-            {"timesOpened", frame.timesOpened},
-            {"leftUnread", frame.leftUnread},
-            {"note", frame.note},
-            {"picture", frame.picture},
-            {"pictureWidth", frame.pictureWidth},
-            {"pictureHeight", frame.pictureHeight}};
-}
-
-Json toJson(const Call& call) {
-    return {{"startUs", call.startUs},
-            {"durationUs", call.durationUs},
-            {"incoming", call.incoming},
-            {"oneway", call.oneway},
-            {"peer", call.peer},
-            {"interface", call.interface},
-            {"method", call.method},
-            {"bytes", call.bytes},
-            {"descriptors", call.descriptors},
-            {"status", call.status}};
-}
-
-Json toJson(const LogLine& line) {
-    return {{"timeUs", line.timeUs},
-            {"from", line.ofDevice ? "services" : "tool"},
+static void to_json(Json& json, const Line& line) {
+    json = {{"timeUs", line.timeUs},
+            {"from", line.fromServices ? "services" : "tool"},
             {"pid", line.pid},
             {"tid", line.tid},
             {"priority", line.priority == ' ' ? "" : std::string(1, line.priority)},
@@ -89,27 +28,44 @@ Json toJson(const LogLine& line) {
             {"message", line.message}};
 }
 
-template <class Record>
-Json list(const std::vector<Record>& records) {
-    Json all = Json::array();
-    for (const Record& record : records) all.push_back(toJson(record));
-    return all;
+}  // namespace runlog
+
+namespace runreport {
+
+NLOHMANN_JSON_SERIALIZE_ENUM(Ending, {{Ending::kOther, "other"},
+                                      {Ending::kFinished, "finished"},
+                                      {Ending::kUsageError, "usage-error"},
+                                      {Ending::kSignal, "signal"},
+                                      {Ending::kNoDevice, "no-device"}})
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Problem, severity, text, cause, cure, phase, timeUs, count,
+                                   logged)
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Frame, path, bytes, format, width, height, stride, scanlines,
+                                   timesOpened, leftUnread, note, picture, pictureWidth,
+                                   pictureHeight)
+
+static void to_json(Json& json, const Run& run) {
+    const time_t seconds = run.startedUs / 1'000'000;
+    tm local = {};
+    localtime_r(&seconds, &local);
+    char started[64];
+    strftime(started, sizeof started, "%Y-%m-%dT%H:%M:%S%z", &local);
+    json = {{"command", run.command},       {"options", run.options}, {"started", started},
+            {"durationUs", run.durationUs}, {"status", run.status},   {"ending", run.GetEnding()},
+            {"signal", run.SignalName()}};
 }
 
-}  // namespace
-
-std::string reportJson(const Report& report) {
+std::string ReportJson(const Report& report) {
     const Json json = {{"report", "run of vexofflinecameratest"},
-                       {"version", kVersion},
-                       {"run", toJson(report.run)},
-                       {"problems", list(report.problems)},
-                       {"phases", list(report.phases)},
-                       {"sources", list(report.sources)},
-                       {"dumps", list(report.dumps)},
-                       {"calls", list(report.calls)},
+                       {"version", 1},
+                       {"run", report.run},
+                       {"problems", report.problems},
+                       {"phases", report.phases},
+                       {"sources", report.sources},
+                       {"dumps", report.dumps},
+                       {"calls", report.calls},
                        {"missing", report.missing},
                        {"omittedLogLines", report.omittedLogLines},
-                       {"log", list(report.log)}};
+                       {"log", report.log}};
     return json.dump(-1, ' ', false, Json::error_handler_t::replace);
 }
 

@@ -1,7 +1,5 @@
 // Box-averages planes and mosaics, then goes the way of a full frame: develop, encode.
 
-#include "thumbnail.h"
-
 #include <imaging/b2y.h>
 #include <imaging/jpeg.h>
 #include <imaging/raw10.h>
@@ -10,146 +8,155 @@
 #include <offlineframes/resample.h>
 
 #include <algorithm>
-#include <vector>
+
+#include "frames.h"
 
 namespace runreport {
 
 namespace {
 
 using offlineframes::Bytes;
-using offlineframes::Failure;
 using offlineframes::FrameFormat;
 using offlineframes::FrameGeometry;
-using offlineframes::PictureSize;
-using offlineframes::Result;
 
+// Pictures are at most about this wide; frames are reduced by whole factors.
+constexpr uint32_t kThumbnailWidth = 800;
 constexpr int kQuality = 85;
 constexpr size_t kJpegHeadRoom = 64 * 1024;
 // One processor each: frames are reduced at the same time.
-constexpr imaging::Execution kOneThread() {
-    return {1, imaging::InstructionSet::kBaseline};
+constexpr imaging::Execution kOneThread = {1, imaging::InstructionSet::kBaseline};
+
+// RFC 4648, section 4.
+std::string Base64(const Bytes& bytes) {
+    constexpr char kDigits[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+    std::string text;
+    for (size_t i = 0; i < bytes.size(); i += 3) {
+        const size_t count = std::min<size_t>(bytes.size() - i, 3);
+        uint32_t group = 0;
+        for (size_t k = 0; k < 3; ++k) group = group << 8 | (k < count ? bytes[i + k] : 0u);
+        for (size_t k = 0; k < 4; ++k) {
+            text += k <= count ? kDigits[group >> (18 - 6 * k) & 63] : '=';
+        }
+    }
+    return text;
 }
 
-// Rows of samples, `channels` interleaved; whoever makes one answers for the memory.
+void Encode(const imaging::Nv12View& picture, Frame* frame) {
+    Bytes jpeg(size_t{picture.width} * picture.height * 3 + kJpegHeadRoom);
+    size_t size = 0;
+    const std::string problem = imaging::EncodeJpeg(picture, {kQuality, 0}, jpeg.data(),
+                                                    jpeg.size(), &size, kOneThread);
+    if (!problem.empty()) {
+        frame->note = "no reduced picture: " + problem;
+        return;
+    }
+    jpeg.resize(size);
+    frame->picture = "data:image/jpeg;base64," + Base64(jpeg);
+    frame->pictureWidth = picture.width;
+    frame->pictureHeight = picture.height;
+}
+
+// Rows of 8-bit samples, or of packed RAW10.
 struct Plane {
     const uint8_t* data;
-    size_t strideBytes;
-    uint32_t channels;
+    size_t stride;      // bytes
+    uint32_t width;     // samples
+    uint32_t channels;  // interleaved
+    bool isRaw10;
 };
 
 // Averages factor x factor samples of each channel to `width` x `height`, rows back to back.
-Bytes averagePlane(const Plane& plane, uint32_t factor, uint32_t width, uint32_t height) {
-    const size_t samples = size_t{width} * factor * plane.channels;
+std::vector<uint16_t> Average(const Plane& plane, uint32_t factor, uint32_t width,
+                              uint32_t height) {
+    std::vector<uint16_t> row(plane.width), out;
+    std::vector<uint32_t> sums(size_t{width} * factor * plane.channels);
     const uint32_t area = factor * factor;
-    std::vector<uint32_t> sums(samples);
-    Bytes out(size_t{width} * height * plane.channels);
-    uint8_t* target = out.data();
+    out.reserve(size_t{width} * height * plane.channels);
     for (uint32_t y = 0; y < height; ++y) {
         std::fill(sums.begin(), sums.end(), 0);
-        for (uint32_t row = 0; row < factor; ++row) {
-            const uint8_t* const source =
-                    plane.data + (size_t{y} * factor + row) * plane.strideBytes;
-            for (size_t i = 0; i < samples; ++i) sums[i] += source[i];
-        }
-        for (uint32_t x = 0; x < width; ++x) {
-            for (uint32_t channel = 0; channel < plane.channels; ++channel) {
-                uint32_t sum = area / 2;
-                for (uint32_t i = 0; i < factor; ++i) {
-                    sum += sums[(size_t{x} * factor + i) * plane.channels + channel];
-                }
-                *target++ = static_cast<uint8_t>(sum / area);
+        for (uint32_t i = 0; i < factor; ++i) {
+            const uint8_t* const source = plane.data + (size_t{y} * factor + i) * plane.stride;
+            if (plane.isRaw10) {
+                imaging::UnpackRaw10Row(source, plane.width, row.data());
+            } else {
+                std::copy(source, source + plane.width, row.begin());
             }
+            for (size_t x = 0; x < sums.size(); ++x) sums[x] += row[x];
+        }
+        for (size_t x = 0; x < size_t{width} * plane.channels; ++x) {
+            const size_t first = x / plane.channels * plane.channels * factor + x % plane.channels;
+            uint32_t sum = area / 2;
+            for (uint32_t i = 0; i < factor; ++i) sum += sums[first + size_t{i} * plane.channels];
+            out.push_back(static_cast<uint16_t>(sum / area));
         }
     }
     return out;
 }
 
-Result<Thumbnail> encode(const imaging::Nv12View& picture) {
-    Thumbnail thumbnail;
-    thumbnail.width = picture.width;
-    thumbnail.height = picture.height;
-    thumbnail.jpeg.resize(size_t{picture.width} * picture.height * 3 + kJpegHeadRoom);
-    size_t size = 0;
-    const std::string problem = imaging::EncodeJpeg(picture, {kQuality, 0}, thumbnail.jpeg.data(),
-                                                    thumbnail.jpeg.size(), &size, kOneThread());
-    if (!problem.empty()) return Failure{"no reduced picture: " + problem};
-    thumbnail.jpeg.resize(size);
-    return thumbnail;
+void ReduceNv12(const Bytes& bytes, const FrameGeometry& geometry, uint32_t factor, Frame* frame) {
+    const auto [width, height] = geometry.size;
+    const uint32_t stride = geometry.stride;
+    const uint8_t* const chroma = bytes.data() + size_t{stride} * geometry.scanlines;
+    const uint32_t cellsWide = width / factor / 2, cellsHigh = height / factor / 2;
+    const auto luma =
+            Average({bytes.data(), stride, width, 1, false}, factor, cellsWide * 2, cellsHigh * 2);
+    const auto colour = Average({chroma, stride, width, 2, false}, factor, cellsWide, cellsHigh);
+    const Bytes y(luma.begin(), luma.end()), uv(colour.begin(), colour.end());
+    Encode({y.data(), uv.data(), cellsWide * 2, cellsHigh * 2, cellsWide * 2}, frame);
 }
 
-Result<Thumbnail> reduceNv12(const Bytes& frame, const FrameGeometry& geometry) {
-    const uint32_t factor = (geometry.size.width + kThumbnailWidth - 1) / kThumbnailWidth;
-    const uint32_t width = geometry.size.width / factor & ~1u;
-    const uint32_t height = geometry.size.height / factor & ~1u;
-    if (width == 0 || height == 0) return Failure{"no reduced picture: the frame is too small"};
-    const uint8_t* const chroma = frame.data() + size_t{geometry.stride} * geometry.scanlines;
-    const Bytes y = averagePlane({frame.data(), geometry.stride, 1}, factor, width, height);
-    const Bytes uv = averagePlane({chroma, geometry.stride, 2}, factor, width / 2, height / 2);
-    return encode({y.data(), uv.data(), width, height, width});
-}
-
-// One row of cells: sums of `factor` mosaic rows of one parity, halved in both directions.
-void averageMosaicRow(const Bytes& frame, const FrameGeometry& geometry, uint32_t factor,
-                      uint32_t y, std::vector<uint16_t>* out) {
-    const uint32_t parity = y % 2;
-    std::vector<uint16_t> row(geometry.size.width);
-    std::vector<uint32_t> sums(out->size());
-    for (uint32_t i = 0; i < factor; ++i) {
-        const size_t source = (size_t{y / 2} * factor + i) * 2 + parity;
-        imaging::UnpackRaw10Row(&frame[source * geometry.stride], geometry.size.width, row.data());
-        for (size_t x = 0; x < sums.size(); ++x) {
-            const uint16_t* cell = &row[x / 2 * factor * 2 + x % 2];
-            for (uint32_t k = 0; k < factor; ++k) sums[x] += cell[size_t{k} * 2];
-        }
-    }
-    const uint32_t area = factor * factor;
-    for (size_t x = 0; x < sums.size(); ++x) {
-        (*out)[x] = static_cast<uint16_t>((sums[x] + area / 2) / area);
-    }
-}
-
-Result<Thumbnail> reduceRaw10(const Bytes& frame, const FrameGeometry& geometry) {
-    const uint32_t factor = (geometry.size.width + kThumbnailWidth - 1) / kThumbnailWidth;
+void ReduceRaw10(const Bytes& bytes, const FrameGeometry& geometry, uint32_t factor, Frame* frame) {
     const uint32_t width = geometry.size.width / 2 / factor * 2 & ~3u;
     const uint32_t height = geometry.size.height / 2 / factor * 2;
-    if (width == 0 || height == 0) return Failure{"no reduced picture: the frame is too small"};
     const size_t rowBytes = imaging::Raw10RowBytes(width);
     Bytes mosaic(rowBytes * height);
-    std::vector<uint16_t> row(width);
-    for (uint32_t y = 0; y < height; ++y) {
-        averageMosaicRow(frame, geometry, factor, y, &row);
-        imaging::PackRaw10Row(row.data(), width, &mosaic[y * rowBytes]);
+    for (const uint32_t parity : {0, 1}) {  // two rows of a mosaic's cells have two colours each
+        const Plane rows = {&bytes[size_t{parity} * geometry.stride], size_t{geometry.stride} * 2,
+                            geometry.size.width, 2, true};
+        const auto samples = Average(rows, factor, width / 2, height / 2);
+        for (uint32_t row = 0; row < height / 2; ++row) {
+            imaging::PackRaw10Row(&samples[size_t{row} * width], width,
+                                  &mosaic[(size_t{row} * 2 + parity) * rowBytes]);
+        }
     }
     Bytes nv12(size_t{width} * height * 3 / 2);
-    const imaging::MutableNv12View developed = {nv12.data(), &nv12[size_t{width} * height], width,
-                                                height, width};
+    const imaging::MutableNv12View developed = {nv12.data(), nv12.data() + size_t{width} * height,
+                                                width, height, width};
     const std::string problem =
-            imaging::RawToNv12({mosaic.data(), width, height, rowBytes}, developed, kOneThread());
-    if (!problem.empty()) return Failure{"no reduced picture: " + problem};
-    return encode(developed);
+            imaging::RawToNv12({mosaic.data(), width, height, rowBytes}, developed, kOneThread);
+    if (problem.empty()) {
+        Encode(developed, frame);
+    } else {
+        frame->note = "no reduced picture: " + problem;
+    }
 }
 
 }  // namespace
 
-Result<Thumbnail> thumbnailOfFrame(const Bytes& frame, const FrameGeometry& geometry) {
-    return geometry.format == FrameFormat::kNv12 ? reduceNv12(frame, geometry)
-                                                 : reduceRaw10(frame, geometry);
+void PictureOfFrame(const Bytes& bytes, const FrameGeometry& geometry, Frame* frame) {
+    const uint32_t factor = (geometry.size.width + kThumbnailWidth - 1) / kThumbnailWidth;
+    const bool isNv12 = geometry.format == FrameFormat::kNv12;
+    (isNv12 ? ReduceNv12 : ReduceRaw10)(bytes, geometry, factor, frame);
 }
 
-Result<Thumbnail> thumbnailOfJpeg(const Bytes& file, const std::string& name,
-                                  PictureSize* fullSize) {
-    const Result<offlineframes::JpegPicture> jpeg =
-            offlineframes::decodeJpeg(file, name, kThumbnailWidth);
-    if (!jpeg.ok()) return jpeg.failure();
-    *fullSize = {jpeg.value().width, jpeg.value().height};
-    const offlineframes::Picture& picture = jpeg.value().picture;
+void PictureOfJpeg(const Bytes& file, Frame* frame) {
+    const auto jpeg = offlineframes::decodeJpeg(file, frame->path, kThumbnailWidth);
+    if (!jpeg.Ok()) {
+        frame->note = jpeg.Error();
+        return;
+    }
+    frame->width = jpeg.Value().fullSize.width;
+    frame->height = jpeg.Value().fullSize.height;
+    const offlineframes::Picture& picture = jpeg.Value().picture;
     const uint32_t width = picture.width & ~1u;
     const uint32_t height = picture.height & ~1u;
-    if (width == 0 || height == 0) return Failure{"no reduced picture: it is too small"};
-    const offlineframes::Picture even = offlineframes::centreCrop(picture, {width, height});
-    const Bytes nv12 = offlineframes::encodeNv12(
-            even, {FrameFormat::kNv12, {width, height}, width, height}, {});
-    return encode({nv12.data(), &nv12[size_t{width} * height], width, height, width});
+    const Bytes nv12 =
+            offlineframes::encodeNv12(offlineframes::centreCrop(picture, {width, height}),
+                                      {FrameFormat::kNv12, {width, height}, width, height}, {});
+    Encode({nv12.data(), nv12.data() + size_t{width} * height, width, height, width}, frame);
+    if (!frame->picture.empty()) {
+        frame->note = "shown as stored: viewers turn the JPEG as its EXIF says";
+    }
 }
 
 }  // namespace runreport

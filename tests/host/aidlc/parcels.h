@@ -12,7 +12,7 @@
 
 using Bytes = std::vector<uint8_t>;
 
-/** The bytes of a record's body, without its presence word. */
+// The bytes of a record's body, without its presence word.
 template <typename Record>
 Bytes BytesOf(const Record& record) {
     const ndk::ScopedAParcel parcel(AParcel_create());
@@ -22,7 +22,7 @@ Bytes BytesOf(const Record& record) {
     return bytes;
 }
 
-/** A parcel to be read from its start. */
+// A parcel to be read from its start.
 inline ndk::ScopedAParcel ParcelOf(const Bytes& bytes) {
     ndk::ScopedAParcel parcel(AParcel_create());
     EXPECT_EQ(AParcel_unmarshal(parcel.get(), bytes.data(), bytes.size()), STATUS_OK);
@@ -35,17 +35,8 @@ binder_status_t Read(const Bytes& bytes, Record* record) {
     return record->readFromParcel(ParcelOf(bytes).get());
 }
 
-inline void PutWord(Bytes* bytes, size_t offset, int32_t word) {
-    std::memcpy(bytes->data() + offset, &word, sizeof(word));
-}
-
-inline void AppendWord(Bytes* bytes, int32_t word) {
-    bytes->resize(bytes->size() + sizeof(word));
-    PutWord(bytes, bytes->size() - sizeof(word), word);
-}
-
 inline Bytes Words(std::initializer_list<int32_t> words) {
-    Bytes bytes;
-    for (const int32_t word : words) AppendWord(&bytes, word);
+    Bytes bytes(words.size() * sizeof(int32_t));
+    std::memcpy(bytes.data(), words.begin(), bytes.size());
     return bytes;
 }

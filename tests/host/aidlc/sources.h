@@ -1,66 +1,51 @@
-// A folder of .aidl files written by a test, and what the compiler says about it.
+// A folder of .aidl files written by a test, and what the compiler makes of it.
 #pragma once
 
-#include <gtest/gtest.h>
-
+#include <filesystem>
+#include <fstream>
+#include <map>
 #include <string>
-#include <vector>
 
 #include "host/aidlc/compile.h"
-#include "host/aidlc/files.h"
 #include "tests/support/temporary_folder.h"
 
 namespace aidlc {
 
 class Sources {
   public:
-    const std::string& Root() const { return mRoot; }
+    std::string Path(const std::string& name) const { return m_folder.path(name); }
 
-    /** Writes a/b/Name.aidl with its package line already there, so that text starts in line 2. */
-    void Add(const std::string& path, const std::string& text) {
-        std::string package = path.substr(0, path.rfind('/'));
+    // Writes a/b/Name.aidl; the lines for its package and annotations are already there, so that
+    // text starts in line 3. An enum has values of 32 bits.
+    void Add(const std::string& name, const std::string& text) {
+        std::string package = name.substr(0, name.rfind('/'));
         for (char& c : package) c = c == '/' ? '.' : c;
-        AddRaw(path, "package " + package + ";\n" + text);
+        std::filesystem::create_directories(Path(name.substr(0, name.rfind('/'))));
+        const std::string backing = text.rfind("enum", 0) == 0 ? " @Backing(type=\"int\")" : "";
+        std::ofstream(Path(name)) << "package " << package << ";\n@VintfStability" << backing
+                                  << "\n"
+                                  << text;
     }
 
-    void AddRaw(const std::string& path, const std::string& text) {
-        std::string error;
-        ASSERT_TRUE(WriteFile(mRoot + "/" + path, text, &error)) << error;
-    }
-
-    std::vector<std::string> Messages(const std::string& path) { return MessagesOfAll({path}); }
-
-    /** Compiles some of the files; the root is the only -I folder. Messages lose its name. */
-    std::vector<std::string> MessagesOfAll(const std::vector<std::string>& paths) {
-        Options options;
-        options.roots = {mRoot};
-        for (const std::string& path : paths) options.files.push_back(mRoot + "/" + path);
-        Diagnostics diagnostics;
-        mFiles = Compile(options, &diagnostics);
-        std::vector<std::string> messages;
-        for (std::string message : diagnostics.Messages()) {
-            for (size_t at; (at = message.find(mRoot + "/")) != std::string::npos;) {
-                message.erase(at, mRoot.size() + 1);
-            }
-            messages.push_back(message);
+    // What is wrong with a file, empty if nothing is. The folder is the only root; messages lose
+    // its name.
+    std::string Compile(const std::string& name) {
+        const auto made = aidlc::Compile({{m_folder.path()}, {3, "0123abcd"}, {Path(name)}});
+        generated.clear();
+        if (made.Ok()) {
+            for (const GeneratedFile& file : made.Value()) generated[file.path] = file.text;
         }
-        return messages;
-    }
-
-    /** Text of a file that the last Messages() made; empty if there is none. */
-    std::string Generated(const std::string& path) const {
-        for (const GeneratedFile& file : mFiles) {
-            if (file.path == path) return file.text;
+        std::string error = made.Ok() ? "" : made.Error();
+        for (size_t at; (at = error.find(Path(""))) != std::string::npos;) {
+            error.erase(at, Path("").size());
         }
-        return "";
+        return error;
     }
 
-    bool MadeFiles() const { return !mFiles.empty(); }
+    std::map<std::string, std::string> generated;  // by path; of the last Compile()
 
   private:
-    const TemporaryFolder mFolder{"aidlc"};
-    const std::string mRoot = mFolder.path();
-    std::vector<GeneratedFile> mFiles;
+    const TemporaryFolder m_folder{"aidlc"};
 };
 
 }  // namespace aidlc

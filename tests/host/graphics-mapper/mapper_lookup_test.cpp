@@ -9,75 +9,42 @@
 
 namespace {
 
-using ::android::BAD_VALUE;
 using ::android::OK;
 using ::android::sp;
-using ::android::hardware::hidl_string;
 using fake::Error;
 using fake::FakeMapper;
 using fake::IMapper;
 
-// What the module's mapper answers; registered ones answer something else.
-constexpr Error kFromModule = Error::NO_RESOURCES;
-constexpr Error kRegistered = Error::UNSUPPORTED;
+// What tells the mappers apart: the vendor's knows no null buffer.
+constexpr Error kVendors = Error::BAD_BUFFER;
+constexpr Error kRegistered = Error::NO_RESOURCES;
 
-class MapperLookupTest : public ::testing::Test {
-  protected:
-    MapperLookupTest() { useModule("good"); }
-    ~MapperLookupTest() override {
-        host::unregisterMapper();
-        host::unregisterMapper("other");
-    }
-
-    void useModule(const std::string& kind) {
-        setenv("STANDIN_HAL_PATH", (std::string(MAPPER_MODULES) + "/" + kind).c_str(), 1);
-    }
-
-    // Which mapper it is; NONE for no mapper.
-    Error mark(const sp<IMapper>& mapper) {
-        return mapper == nullptr ? Error::NONE : static_cast<Error>(mapper->freeBuffer(nullptr));
-    }
-};
-
-TEST_F(MapperLookupTest, TheVendorsLibraryProvidesTheDefault) {
-    const sp<IMapper> mapper = IMapper::getService();
-    ASSERT_EQ(mark(mapper), kFromModule);
-    EXPECT_FALSE(mapper->isRemote());
-    EXPECT_EQ(mark(IMapper::tryGetService()), kFromModule);
-    EXPECT_EQ(mark(IMapper::getService("missing")), Error::NONE);
+// Which mapper it is; NONE for no mapper.
+Error MarkOf(const sp<IMapper>& mapper) {
+    return mapper == nullptr ? Error::NONE : static_cast<Error>(mapper->freeBuffer(nullptr));
 }
 
-TEST_F(MapperLookupTest, ALibraryThatIsNoneGivesNull) {
-    for (const char* kind : {"symbolless", "empty", "no_such_folder"}) {
-        useModule(kind);
-        EXPECT_EQ(IMapper::getService(), nullptr) << kind;
+TEST(MapperLookup, TheVendorsLibraryProvidesTheDefault) {
+    EXPECT_EQ(MarkOf(IMapper::getService()), kVendors);
+    EXPECT_EQ(MarkOf(IMapper::getService("missing")), Error::NONE);
+    const std::string folder = getenv("STANDIN_HAL_PATH");
+    for (const char* other : {MAPPER_MODULES, "/nowhere"}) {
+        setenv("STANDIN_HAL_PATH", other, 1);
+        EXPECT_EQ(IMapper::getService(), nullptr) << other;
     }
+    setenv("STANDIN_HAL_PATH", folder.c_str(), 1);
 }
 
-TEST_F(MapperLookupTest, ARegisteredMapperIsFoundFirst) {
-    const sp<IMapper> fakeMapper = new FakeMapper(kRegistered);
-    ASSERT_EQ(fakeMapper->registerAsService(), OK);
-    EXPECT_EQ(IMapper::getService(), fakeMapper);
-    EXPECT_EQ(IMapper::tryGetService(), fakeMapper);
-    EXPECT_EQ(mark(IMapper::getService(true)), kFromModule);  // the bool overload: stub wanted
-    ASSERT_EQ(fakeMapper->registerAsService("other"), OK);
-    EXPECT_EQ(IMapper::getService(std::string("other")), fakeMapper);
-    EXPECT_EQ(IMapper::tryGetService(hidl_string("other")), fakeMapper);
-    EXPECT_EQ(fakeMapper->registerAsService(""), BAD_VALUE);
-}
-
-TEST_F(MapperLookupTest, UnregisteringReleasesTheMapper) {
-    bool firstDestroyed = false;
-    bool secondDestroyed = false;
-    ASSERT_EQ((sp<IMapper>(new FakeMapper(kRegistered, &firstDestroyed))->registerAsService()), OK);
-    EXPECT_FALSE(firstDestroyed);
-    ASSERT_EQ((sp<IMapper>(new FakeMapper(kRegistered, &secondDestroyed))->registerAsService()),
-              OK);
-    EXPECT_TRUE(firstDestroyed);
+TEST(MapperLookup, ARegisteredMapperIsFoundFirst) {
+    bool destroyed = false;
+    ASSERT_EQ((sp<IMapper>(new FakeMapper(kRegistered, &destroyed))->registerAsService()), OK);
+    EXPECT_EQ(MarkOf(IMapper::getService()), kRegistered);
+    EXPECT_EQ(MarkOf(IMapper::getService("default", true)), kVendors);
+    ASSERT_EQ((sp<IMapper>(new FakeMapper(kRegistered))->registerAsService()), OK);
+    EXPECT_TRUE(destroyed) << "another one has replaced it";
     host::unregisterMapper();
-    EXPECT_TRUE(secondDestroyed);
-    host::unregisterMapper();
-    EXPECT_EQ(mark(IMapper::getService()), kFromModule);
+    EXPECT_EQ(MarkOf(IMapper::getService()), kVendors);
+    EXPECT_NE((sp<IMapper>(new FakeMapper(kRegistered))->registerAsService("")), OK);
 }
 
 }  // namespace

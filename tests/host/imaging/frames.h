@@ -10,37 +10,32 @@
 
 namespace imaging {
 
-/** A RAW10 frame whose rows are 7 bytes longer than they need be, filled by a function of x, y. */
+// A RAW10 frame whose rows are 7 bytes longer than they need be, filled by a function of x, y.
 class RawFrame {
   public:
     using Pixels = std::function<uint16_t(uint32_t x, uint32_t y)>;
 
     RawFrame(uint32_t width, uint32_t height, const Pixels& pixels)
-        : mWidth(width), mHeight(height), mBytes(height * Stride()) {
+        : bytes(height * (Raw10RowBytes(width) + 7)), m_width(width), m_height(height) {
         std::vector<uint16_t> row(width);
         for (uint32_t y = 0; y < height; ++y) {
             for (uint32_t x = 0; x < width; ++x) row[x] = pixels(x, y);
-            PackRaw10Row(row.data(), width, &mBytes[y * Stride()]);
+            PackRaw10Row(row.data(), width, &bytes[y * Stride()]);
         }
     }
 
-    size_t Stride() const { return Raw10RowBytes(mWidth) + 7; }
-    MutableRawView View() { return {mBytes.data(), mWidth, mHeight, Stride()}; }
+    size_t Stride() const { return Raw10RowBytes(m_width) + 7; }
+    MutableRawView View() { return {bytes.data(), m_width, m_height, Stride()}; }
 
-    uint16_t At(uint32_t x, uint32_t y) const {
-        std::vector<uint16_t> row(mWidth);
-        UnpackRaw10Row(&mBytes[y * Stride()], mWidth, row.data());
-        return row[x];
-    }
+    std::vector<uint8_t> bytes;
 
   private:
-    const uint32_t mWidth;
-    const uint32_t mHeight;
-    std::vector<uint8_t> mBytes;
+    const uint32_t m_width;
+    const uint32_t m_height;
 };
 
-/** An NV12 picture whose rows are 6 bytes longer than they need be; everything begins as
- * kUntouched. */
+// An NV12 picture whose rows are 6 bytes longer than they need be; everything begins as
+// kUntouched.
 class Nv12Picture {
   public:
     static constexpr uint8_t kUntouched = 0xa5;

@@ -20,25 +20,16 @@ int ColourAt(int64_t x, int64_t y) {
 
 using Kernel = std::array<std::array<double, 5>, 5>;
 
-// The paper's filters, in eighths.
-constexpr Kernel kSame = {{{0}, {0}, {0, 0, 8, 0, 0}, {0}, {0}}};
+// The paper's filters, in sixteenths.
+constexpr Kernel kSame = {{{0}, {0}, {0, 0, 16, 0, 0}, {0}, {0}}};
 constexpr Kernel kGreenAtColour = {
-        {{0, 0, -1, 0, 0}, {0, 0, 2, 0, 0}, {-1, 2, 4, 2, -1}, {0, 0, 2, 0, 0}, {0, 0, -1, 0, 0}}};
-constexpr Kernel kBeside = {{{0, 0, 0.5, 0, 0},
-                             {0, -1, 0, -1, 0},
-                             {-1, 4, 5, 4, -1},
-                             {0, -1, 0, -1, 0},
-                             {0, 0, 0.5, 0, 0}}};
-constexpr Kernel kAbove = {{{0, 0, -1, 0, 0},
-                            {0, -1, 4, -1, 0},
-                            {0.5, 0, 5, 0, 0.5},
-                            {0, -1, 4, -1, 0},
-                            {0, 0, -1, 0, 0}}};
-constexpr Kernel kOpposite = {{{0, 0, -1.5, 0, 0},
-                               {0, 2, 0, 2, 0},
-                               {-1.5, 0, 6, 0, -1.5},
-                               {0, 2, 0, 2, 0},
-                               {0, 0, -1.5, 0, 0}}};
+        {{0, 0, -2}, {0, 0, 4}, {-2, 4, 8, 4, -2}, {0, 0, 4}, {0, 0, -2}}};
+constexpr Kernel kBeside = {
+        {{0, 0, 1}, {0, -2, 0, -2}, {-2, 8, 10, 8, -2}, {0, -2, 0, -2}, {0, 0, 1}}};
+constexpr Kernel kAbove = {
+        {{0, 0, -2}, {0, -2, 8, -2}, {1, 0, 10, 0, 1}, {0, -2, 8, -2}, {0, 0, -2}}};
+constexpr Kernel kOpposite = {
+        {{0, 0, -3}, {0, 4, 0, 4}, {-3, 0, 12, 0, -3}, {0, 4, 0, 4}, {0, 0, -3}}};
 
 const Kernel& KernelFor(int wanted, int64_t x, int64_t y) {
     const int here = ColourAt(x, y);
@@ -68,42 +59,36 @@ int Sample(double x) {
 }  // namespace
 
 double NaiveCamera::Linear(int64_t x, int64_t y) const {
-    const int64_t column = Reflected(x, mFrame.width);
-    const int64_t row = Reflected(y, mFrame.height);
+    const int64_t column = Reflected(x, m_frame.width);
+    const int64_t row = Reflected(y, m_frame.height);
     constexpr double kGain[3] = {2, 1, 1.5};
-    const double signal = mMosaic(static_cast<uint32_t>(column), static_cast<uint32_t>(row)) - 64.0;
+    const double signal =
+            m_mosaic(static_cast<uint32_t>(column), static_cast<uint32_t>(row)) - 64.0;
     return std::clamp(Round(signal * kGain[ColourAt(column, row)]), 0.0, 959.0);
 }
 
 double NaiveCamera::Interpolated(int colour, int64_t x, int64_t y) const {
     const Kernel& kernel = KernelFor(colour, x, y);
     double sum = 0;
-    for (int dy = -2; dy <= 2; ++dy) {
-        for (int dx = -2; dx <= 2; ++dx) {
-            const double weight = kernel[static_cast<size_t>(dy + 2)][static_cast<size_t>(dx + 2)];
-            if (weight != 0) sum += weight / 8 * Linear(x + dx, y + dy);
-        }
+    for (int i = 0; i < 25; ++i) {
+        const double weight = kernel[static_cast<size_t>(i / 5)][static_cast<size_t>(i % 5)];
+        if (weight != 0) sum += weight / 16 * Linear(x + i % 5 - 2, y + i / 5 - 2);
     }
-    const double clipped = std::clamp(sum, 0.0, 959.0);
-    return mPrecision == Precision::kStated ? Round(8 * clipped) / 8 : clipped;
+    return Round(8 * std::clamp(sum, 0.0, 959.0)) / 8;
 }
 
 NaiveCamera::Rgb NaiveCamera::Toned(uint32_t x, uint32_t y) const {
     // The crop begins in the middle, at an even place.
-    const int64_t left = (mFrame.width - mFrame.outWidth) / 4 * 2;
-    const int64_t top = (mFrame.height - mFrame.outHeight) / 4 * 2;
+    const int64_t left = (m_frame.width - m_frame.outWidth) / 4 * 2;
+    const int64_t top = (m_frame.height - m_frame.outHeight) / 4 * 2;
     const auto tone = [&](int colour) {
-        const double value = 255 * Srgb(Interpolated(colour, left + x, top + y) / 959);
-        return mPrecision == Precision::kStated ? Round(value) : value;
+        return Round(255 * Srgb(Interpolated(colour, left + x, top + y) / 959));
     };
     return {tone(kRed), tone(kGreen), tone(kBlue)};
 }
 
 int NaiveCamera::Y(uint32_t x, uint32_t y) const {
     const Rgb c = Toned(x, y);
-    if (mPrecision == Precision::kReal) {
-        return Sample(0.299 * c.red + 0.587 * c.green + 0.114 * c.blue);
-    }
     return Sample((4899 * c.red + 9617 * c.green + 1868 * c.blue) / 16384);
 }
 
@@ -119,17 +104,11 @@ NaiveCamera::Rgb NaiveCamera::BlockMean(uint32_t x, uint32_t y) const {
 // "Ties down" in the physics: as seen from above, -Round(-x).
 int NaiveCamera::Cb(uint32_t x, uint32_t y) const {
     const Rgb c = BlockMean(x, y);
-    if (mPrecision == Precision::kReal) {
-        return Sample(128 - 0.168736 * c.red - 0.331264 * c.green + 0.5 * c.blue);
-    }
     return Sample(-Round(-128 - (-2765 * c.red - 5427 * c.green + 8192 * c.blue) / 16384));
 }
 
 int NaiveCamera::Cr(uint32_t x, uint32_t y) const {
     const Rgb c = BlockMean(x, y);
-    if (mPrecision == Precision::kReal) {
-        return Sample(128 + 0.5 * c.red - 0.418688 * c.green - 0.081312 * c.blue);
-    }
     return Sample(-Round(-128 - (8192 * c.red - 6860 * c.green - 1332 * c.blue) / 16384));
 }
 

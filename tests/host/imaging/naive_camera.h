@@ -12,11 +12,6 @@ class NaiveCamera {
   public:
     using Mosaic = std::function<int(uint32_t x, uint32_t y)>;  // raw codes 0..1023
 
-    enum class Precision {
-        kStated,  // rounds wherever the physics says so: must agree exactly
-        kReal,    // rounds the white-balanced codes and the final samples only
-    };
-
     struct Frame {
         uint32_t width;
         uint32_t height;
@@ -24,10 +19,9 @@ class NaiveCamera {
         uint32_t outHeight;
     };
 
-    NaiveCamera(const Frame& frame, Mosaic mosaic, Precision precision)
-        : mFrame(frame), mMosaic(std::move(mosaic)), mPrecision(precision) {}
+    NaiveCamera(const Frame& frame, Mosaic mosaic) : m_frame(frame), m_mosaic(std::move(mosaic)) {}
 
-    /** Samples of the picture; chroma is that of the 2 x 2 block of pixel x, y. */
+    // Samples of the picture; chroma is that of the 2 x 2 block of pixel x, y.
     int Y(uint32_t x, uint32_t y) const;
     int Cb(uint32_t x, uint32_t y) const;
     int Cr(uint32_t x, uint32_t y) const;
@@ -42,9 +36,8 @@ class NaiveCamera {
     double Interpolated(int colour, int64_t x, int64_t y) const;
     double Linear(int64_t x, int64_t y) const;
 
-    const Frame mFrame;
-    const Mosaic mMosaic;
-    const Precision mPrecision;
+    const Frame m_frame;
+    const Mosaic m_mosaic;
 };
 
 }  // namespace imaging

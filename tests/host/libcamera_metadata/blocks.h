@@ -13,18 +13,17 @@ struct FreeBlock {
 };
 using Block = std::unique_ptr<camera_metadata_t, FreeBlock>;
 
-inline Block makeBlock(size_t entries, size_t data) {
-    return Block(allocate_camera_metadata(entries, data));
+inline int addOrientation(const Block& block, int32_t degrees) {
+    return add_camera_metadata_entry(block.get(), ANDROID_JPEG_ORIENTATION, &degrees, 1);
 }
 
 // GPS coordinates (24 bytes of data), orientation (inline) and a timestamp (8 bytes of data).
 inline Block makeSampleBlock() {
-    Block block = makeBlock(10, 80);
+    Block block(allocate_camera_metadata(10, 80));
     const double coordinates[3] = {47.5, 8.25, 400.0};
-    const int32_t orientation = 90;
     const int64_t timestamp = 1234567890123;
     add_camera_metadata_entry(block.get(), ANDROID_JPEG_GPS_COORDINATES, coordinates, 3);
-    add_camera_metadata_entry(block.get(), ANDROID_JPEG_ORIENTATION, &orientation, 1);
+    addOrientation(block, 90);
     add_camera_metadata_entry(block.get(), ANDROID_JPEG_GPS_TIMESTAMP, &timestamp, 1);
     return block;
 }
@@ -39,9 +38,4 @@ T fieldAt(const std::vector<uint8_t>& bytes, size_t offset) {
     T value;
     std::memcpy(&value, bytes.data() + offset, sizeof(value));
     return value;
-}
-
-template <typename T>
-void setField(std::vector<uint8_t>& bytes, size_t offset, T value) {
-    std::memcpy(bytes.data() + offset, &value, sizeof(value));
 }

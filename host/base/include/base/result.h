@@ -10,6 +10,7 @@ namespace base {
 struct Failure {
     std::string text;
     bool misuse = false;  // the command line is wrong: the program ends with status 2
+    int code = 0;         // the platform's number of the error, for a caller at its border
 };
 
 template <class T>

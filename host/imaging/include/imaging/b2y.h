@@ -8,19 +8,10 @@
 
 namespace imaging {
 
-/**
- * Develops a RAW10 mosaic into NV12, cropped to the middle. Only the picture is written; row
- * padding and rows beyond the height stay as they are.
- *
- * @return empty when done, else which size does not fit and why; then nothing is written
- */
+// Develops a RAW10 mosaic into NV12, cropped to the middle. Only the picture is written; row
+// padding and rows beyond the height stay as they are.
+// Returns empty when done, else which size does not fit and why; then nothing is written
 [[nodiscard]] std::string RawToNv12(const RawView& raw, const MutableNv12View& out,
                                     const Execution& execution = {});
-
-/**
- * The same, bit for bit, as one loop over the pixels with no thought of speed: the pipeline to
- * read first, and what the benchmark measures the other one by.
- */
-[[nodiscard]] std::string RawToNv12Plain(const RawView& raw, const MutableNv12View& out);
 
 }  // namespace imaging

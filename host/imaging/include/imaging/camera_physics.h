@@ -5,7 +5,7 @@
 //  2. Linear value  v = min(959, (max(raw - 64, 0) * g + 1) >> 1),  g the white-balance gain in
 //     halves: red 4 (2.0), green 2 (1.0), blue 3 (1.5). Range 0..959, 959 = white. Whole codes:
 //     so every sum of the next step, at most 28 x 959 = 26852, fits into 16 bits with its sign.
-//  3. Demosaic, Malvar-He-Cutler 5 x 5 (see demosaic.h), on the linear values. The two missing
+//  3. Demosaic, Malvar-He-Cutler 5 x 5 (see below), on the linear values. The two missing
 //     colours come out in sixteenths of a code and are kept in eighths, f = (sum + 1) >> 1, clipped
 //     to 0..7672; the pixel's own colour is f = 8 v. (In the shadows the tone curve turns one code
 //     into 3.4, so whole codes would show as steps.)
@@ -23,10 +23,9 @@
 // The tone table is the only place with floating point; no entry lies so near to a tie that the
 // math library could matter.
 //
-// To read it as a program, begin with b2y_plain.cpp: one loop over the pixels. What runs is the
-// same in vectors, a file for each step: steps/white_balance.h, steps/demosaic_row.h, steps/tone.h,
-// steps/ycbcr.h, put together in steps/develop_strip.h. Both use the formulas of this header and of
-// demosaic.h.
+// The program is in vectors: steps/linear_rows.h, steps/demosaic_row.h and steps/ycbcr.h, put
+// together in steps/develop_strip.h. tests/host/imaging/naive_camera.cpp is the same once more, one
+// pixel at a time and in double precision.
 #pragma once
 
 #include <array>
@@ -43,10 +42,10 @@ inline constexpr int kFineMax = kFinePerLinear * kLinearMax;  // 7672
 
 enum class Channel : uint8_t { kRed = 0, kGreen = 1, kBlue = 2 };
 
-/** White-balance gains in halves, by channel. */
+// White-balance gains in halves, by channel.
 inline constexpr std::array<int, 3> kGainHalves = {4, 2, 3};
 
-/** The colour of the mosaic at a place. */
+// The colour of the mosaic at a place.
 inline constexpr Channel MosaicChannel(uint32_t x, uint32_t y) {
     const bool oddX = (x & 1) != 0;
     const bool oddY = (y & 1) != 0;
@@ -54,40 +53,97 @@ inline constexpr Channel MosaicChannel(uint32_t x, uint32_t y) {
     return oddX ? Channel::kBlue : Channel::kRed;
 }
 
-/** Step 2: raw code 0..1023 to linear value 0..959. */
+// Step 2: raw code 0..1023 to linear value 0..959.
 inline constexpr int LinearFromRaw(int raw, Channel channel) {
     const int signal = raw > kBlackLevel ? raw - kBlackLevel : 0;
     const int value = (signal * kGainHalves[static_cast<int>(channel)] + 1) >> 1;
     return value < kLinearMax ? value : kLinearMax;
 }
 
-/** The raw code nearest to a linear value 0..959 (ties up): what a sensor would have read. */
+// The raw code nearest to a linear value 0..959 (ties up): what a sensor would have read.
 inline constexpr int RawFromLinear(int linear, Channel channel) {
     const int gain = kGainHalves[static_cast<int>(channel)];
     return kBlackLevel + (2 * linear + gain / 2) / gain;
 }
 
+// Malvar, He, Cutler: "High-quality linear interpolation for demosaicing of Bayer-patterned color
+// images", ICASSP 2004. Coefficients in 1/16 (C centre; N, E, S, W at distance 1; NN .. at 2; D the
+// four diagonal neighbours):
+//   green at red or blue        8 C + 4 (N + E + S + W)       - 2 (NN + EE + SS + WW)
+//   a colour at a green pixel, its neighbours left and right
+//                              10 C + 8 (E + W) - 2 (EE + WW) - 2 D + 1 (NN + SS)
+//   the same, its neighbours above and below: the kernel turned by 90 degrees
+//   red at blue, blue at red   12 C + 4 D                     - 3 (NN + EE + SS + WW)
+// Each is a plain average of the wanted colour's neighbours plus a share of how much the centre
+// stands out among its own colour's: where one colour has an edge, the others have one, too.
+// Result, in eighths of a code: (sum + 1) >> 1, clipped to 0..7672. Beyond an edge the frame is
+// mirrored about its outermost pixel (index -1 is 1, -2 is 2), which keeps the colours of the
+// mosaic in phase.
+
+// How far the kernels reach.
+inline constexpr uint32_t kDemosaicMargin = 2;
+
+// A pixel of the mosaic and its neighbours, summed by distance. T is int for one pixel, or a vector
+// of int16_t for many: on linear values 0..959 no sum leaves -11508..26852.
+template <class T>
+struct Neighbourhood {
+    T centre;
+    T leftRight;    // E + W
+    T aboveBelow;   // N + S
+    T leftRight2;   // EE + WW
+    T aboveBelow2;  // NN + SS
+    T diagonal;
+};
+
+template <class T>
+[[gnu::always_inline]] constexpr T GreenAtColour(const Neighbourhood<T>& n) {
+    return 8 * n.centre + 4 * (n.leftRight + n.aboveBelow) - 2 * (n.leftRight2 + n.aboveBelow2);
+}
+
+template <class T>
+[[gnu::always_inline]] constexpr T ColourLeftRightOfGreen(const Neighbourhood<T>& n) {
+    return 10 * n.centre + 8 * n.leftRight - 2 * n.leftRight2 - 2 * n.diagonal + n.aboveBelow2;
+}
+
+template <class T>
+[[gnu::always_inline]] constexpr T ColourAboveBelowGreen(const Neighbourhood<T>& n) {
+    return 10 * n.centre + 8 * n.aboveBelow - 2 * n.aboveBelow2 - 2 * n.diagonal + n.leftRight2;
+}
+
+template <class T>
+[[gnu::always_inline]] constexpr T OppositeColour(const Neighbourhood<T>& n) {
+    return 12 * n.centre + 4 * n.diagonal - 3 * (n.leftRight2 + n.aboveBelow2);
+}
+
+// The place of index `i` (may lie outside) in a row or column of `size` >= 2 pixels, mirrored.
+constexpr uint32_t Mirror(int64_t i, uint32_t size) {
+    const int64_t period = 2 * (static_cast<int64_t>(size) - 1);
+    int64_t place = i % period;
+    if (place < 0) place += period;
+    return static_cast<uint32_t>(place < size ? place : period - place);
+}
+
 using ToneTable = std::array<uint8_t, kFineMax + 1>;
 
-/** Step 4, by linear value in eighths. Made on first use; lives as long as the process. */
+// Step 4, by linear value in eighths. Made on first use; lives as long as the process.
 const ToneTable& ToneCurve();
 
-/** Step 4 for a linear value in whole codes, 0..959. */
+// Step 4 for a linear value in whole codes, 0..959.
 inline uint8_t ToneFromLinear(int linear) {
     return ToneCurve()[static_cast<size_t>(linear * kFinePerLinear)];
 }
 
-/** The linear value 0..959 nearest to a tone-mapped one: the inverse of the curve. Dark tones lie
- * closer together than whole linear codes, so several of them share one. */
+// The linear value 0..959 nearest to a tone-mapped one: the inverse of the curve. Dark tones lie
+// closer together than whole linear codes, so several of them share one.
 int LinearFromTone(uint8_t tone);
 
-/** Step 5 for one pixel. T is int, or a vector of int32_t for many pixels. */
+// Step 5 for one pixel. T is int, or a vector of int32_t for many pixels.
 template <class T>
 [[gnu::always_inline]] constexpr T LumaValue(T r, T g, T b) {
     return (4899 * r + 9617 * g + 1868 * b + 8192) >> 14;
 }
 
-/** Step 5 for the sums of a 2 x 2 block, each 0..1020. */
+// Step 5 for the sums of a 2 x 2 block, each 0..1020.
 template <class T>
 [[gnu::always_inline]] constexpr T ChromaBlueValue(T sumR, T sumG, T sumB) {
     return (-2765 * sumR - 5427 * sumG + 8192 * sumB + ((128 << 16) + 32767)) >> 16;
@@ -110,7 +166,7 @@ inline constexpr uint8_t ChromaRed(int sumR, int sumG, int sumB) {
     return static_cast<uint8_t>(ChromaRedValue(sumR, sumG, sumB));
 }
 
-/** Step 6: where the output begins in the input, in pixels; `out` is at most `in`, both even. */
+// Step 6: where the output begins in the input, in pixels; `out` is at most `in`, both even.
 inline constexpr uint32_t CropOffset(uint32_t in, uint32_t out) {
     return ((in - out) / 2) & ~1u;
 }

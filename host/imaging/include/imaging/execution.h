@@ -6,18 +6,18 @@
 
 namespace imaging {
 
-/** What the code for a frame's inner loops may use, poorest first. */
+// What the code for a frame's inner loops may use, poorest first.
 enum class InstructionSet : uint8_t {
     kBaseline,  // what every processor of this architecture has (SSE2 on x86-64, NEON on arm64)
     kAvx2,      // (AVX-512 brought nothing: the tone curve's look-ups take the most time)
 };
 
-/** Those that this processor has: kBaseline first, the fastest last. */
+// Those that this processor has: kBaseline first, the fastest last.
 std::vector<InstructionSet> SupportedInstructionSets();
 
 InstructionSet FastestInstructionSet();
 
-/** As many threads as the machine has processors, at most 8. */
+// As many threads as the machine has processors, at most 8.
 uint32_t DefaultThreads();
 
 struct Execution {

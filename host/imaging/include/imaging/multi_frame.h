@@ -9,19 +9,12 @@
 
 namespace imaging {
 
-/**
- * Averages mosaics of equal size, code by code, and develops the average as RawToNv12 does:
- * out = (sum + n / 2) / n, rounded to the nearest code, ties up (with three frames there are none).
- * The average is RAW10 again, so it is as precise as one code.
- *
- * The work goes strip by strip, and the average of a strip is developed while it is still in the
- * processor's caches.
- *
- * @param frames  1 to 64 frames
- * @param scratch room for an average, of the frames' size; strips take turns in it, so nobody can
- *                tell what it holds in the end
- * @return empty when done, else what does not fit; then nothing is written
- */
+// Averages mosaics of equal size, code by code, and develops the average as RawToNv12 does:
+// out = (sum + n / 2) / n, rounded to the nearest code, ties up (with three frames there are none).
+// The average is RAW10 again, so it is as precise as one code.
+// The work goes strip by strip, and the average of a strip is developed while it is still in the
+// processor's caches. There may be 1 to 64 `frames`; `scratch` has their size and holds strips, in
+// no order, in the end. Returns what does not fit, and then has written nothing; empty when done.
 [[nodiscard]] std::string AverageToNv12(const std::vector<RawView>& frames,
                                         const MutableRawView& scratch, const MutableNv12View& out,
                                         const Execution& execution = {});

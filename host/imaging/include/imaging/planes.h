@@ -7,7 +7,7 @@
 
 namespace imaging {
 
-/** A packed RAW10 mosaic; the width is a multiple of 4, the height even. */
+// A packed RAW10 mosaic; the width is a multiple of 4, the height even.
 struct RawView {
     const uint8_t* data;
     uint32_t width;   // pixels
@@ -24,8 +24,7 @@ struct MutableRawView {
     operator RawView() const { return {data, width, height, strideBytes}; }
 };
 
-/** A luma plane and a plane of interleaved Cb, Cr at half size, with the same stride. Even sizes.
- */
+// A luma plane and a plane of interleaved Cb, Cr at half size, with the same stride. Even sizes.
 struct Nv12View {
     const uint8_t* y;
     const uint8_t* uv;

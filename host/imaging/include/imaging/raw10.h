@@ -10,15 +10,15 @@ namespace imaging {
 inline constexpr uint32_t kRaw10PixelsPerGroup = 4;
 inline constexpr uint32_t kRaw10BytesPerGroup = 5;
 
-/** Bytes of one row without padding; `width` is a multiple of 4. */
+// Bytes of one row without padding; `width` is a multiple of 4.
 inline constexpr size_t Raw10RowBytes(uint32_t width) {
     return static_cast<size_t>(width / kRaw10PixelsPerGroup) * kRaw10BytesPerGroup;
 }
 
-/** Reads one row: `width` pixels (a multiple of 4) of 0..1023 from Raw10RowBytes(width) bytes. */
+// Reads one row: `width` pixels (a multiple of 4) of 0..1023 from Raw10RowBytes(width) bytes.
 void UnpackRaw10Row(const uint8_t* packed, uint32_t width, uint16_t* pixels);
 
-/** Writes one row; the reverse of UnpackRaw10Row. Bits above the lower ten are ignored. */
+// Writes one row; the reverse of UnpackRaw10Row. Bits above the lower ten are ignored.
 void PackRaw10Row(const uint16_t* pixels, uint32_t width, uint8_t* packed);
 
 }  // namespace imaging

@@ -12,8 +12,7 @@ extern "C" {
 #endif
 
 // Opaque. One thread at a time; readers may share it. Blocks from outside must pass
-// validate_camera_metadata_structure() before any other function but get_camera_metadata_size()
-// gets them.
+// validate_camera_metadata_structure() before any other function but get_camera_metadata_size().
 struct camera_metadata;
 typedef struct camera_metadata camera_metadata_t;
 
@@ -64,19 +63,11 @@ camera_metadata_t* allocate_camera_metadata(size_t entry_capacity, size_t data_c
 // Null is allowed.
 void free_camera_metadata(camera_metadata_t* metadata);
 
-// Size in bytes of a block with these capacities; SIZE_MAX when that overflows.
-size_t calculate_camera_metadata_size(size_t entry_count, size_t data_count);
-
-// Bytes of data that an entry takes outside of itself: 0 up to 4 bytes and for an unknown type,
-// else a multiple of 8; SIZE_MAX when that overflows.
-size_t calculate_camera_metadata_entry_data_size(uint8_t type, size_t data_count);
-
 // Size in bytes of the whole block, unused capacity included. 1 for null. Reads the first 4 bytes
 // only and checks nothing.
 size_t get_camera_metadata_size(const camera_metadata_t* metadata);
 
 size_t get_camera_metadata_entry_count(const camera_metadata_t* metadata);
-size_t get_camera_metadata_data_count(const camera_metadata_t* metadata);
 
 // Checks every size, offset and type of a block from outside. `expected_size` is the number of
 // bytes that are there (null: trust the block's own size). 0, or CAMERA_METADATA_VALIDATION_...;
@@ -98,11 +89,6 @@ int get_camera_metadata_ro_entry(const camera_metadata_t* src, size_t index,
 // The first entry of `tag`; -ENOENT if there is none.
 int find_camera_metadata_ro_entry(const camera_metadata_t* src, uint32_t tag,
                                   camera_metadata_ro_entry_t* entry);
-
-// ---- Tags
-
-// TYPE_...; -1 for an unknown tag.
-int get_camera_metadata_tag_type(uint32_t tag);
 
 #ifdef __cplusplus
 }

@@ -4,68 +4,50 @@
 #include <hidl/HidlInternal.h>
 
 #include <cstring>
-#include <iosfwd>
 #include <string>
 
-namespace android {
-namespace hardware {
+namespace android::hardware {
 
 // Never null: an empty string is "". Sizes are in bytes without the NUL and limited to 32 bits; a
-// larger one, or a null pointer with characters, ends the process. Copies own their characters.
+// larger one ends the process. Copies own their characters.
 struct hidl_string {
-    hidl_string();
+    hidl_string() = default;
     hidl_string(const char* text);  // a null pointer counts as ""
-    hidl_string(const char* text, size_t length);
-    hidl_string(const std::string& text);
-    hidl_string(const hidl_string& other);
-    hidl_string(hidl_string&& other) noexcept;
-    ~hidl_string();
+    hidl_string(const std::string& text) { copyFrom(text.data(), text.size()); }
+    hidl_string(const hidl_string& other) { copyFrom(other.c_str(), other.size()); }
+    hidl_string(hidl_string&& other) noexcept { swap(other); }
+    hidl_string& operator=(hidl_string other) noexcept {
+        swap(other);
+        return *this;
+    }
+    ~hidl_string() { clear(); }
 
-    hidl_string& operator=(const hidl_string& other);
-    hidl_string& operator=(hidl_string&& other) noexcept;
-    hidl_string& operator=(const char* text);
-    hidl_string& operator=(const std::string& text);
+    operator std::string() const { return std::string(m_text, m_size); }
 
-    operator std::string() const { return std::string(mBuffer, mSize); }
-
-    const char* c_str() const { return mBuffer; }
-    size_t size() const { return mSize; }
-    bool empty() const { return mSize == 0; }
+    const char* c_str() const { return m_text; }
+    size_t size() const { return m_size; }
+    bool empty() const { return m_size == 0; }
     void clear();
 
     // Points at `data` (`size` bytes, followed by a NUL), which the caller keeps alive.
     void setToExternal(const char* data, size_t size);
 
   private:
-    details::hidl_pointer<const char> mBuffer;
-    uint32_t mSize;
-    bool mOwnsBuffer;
+    const char* m_text = "";
+    uint32_t m_size = 0;
+    bool m_owns = false;
 
     void copyFrom(const char* text, size_t length);
-    void take(hidl_string& other);
+    void swap(hidl_string& other) noexcept;
 };
 static_assert(sizeof(hidl_string) == 16, "wrong size");
 
 // Comparisons look at the characters up to the first NUL.
-#define HIDL_STRING_COMPARISON(op)                                               \
-    inline bool operator op(const hidl_string& left, const hidl_string& right) { \
-        return std::strcmp(left.c_str(), right.c_str()) op 0;                    \
-    }                                                                            \
-    inline bool operator op(const hidl_string& left, const char* right) {        \
-        return std::strcmp(left.c_str(), right) op 0;                            \
-    }                                                                            \
-    inline bool operator op(const char* left, const hidl_string& right) {        \
-        return std::strcmp(left, right.c_str()) op 0;                            \
-    }
-HIDL_STRING_COMPARISON(==)
-HIDL_STRING_COMPARISON(!=)
-HIDL_STRING_COMPARISON(<)
-HIDL_STRING_COMPARISON(<=)
-HIDL_STRING_COMPARISON(>)
-HIDL_STRING_COMPARISON(>=)
-#undef HIDL_STRING_COMPARISON
+inline bool operator==(const hidl_string& left, const hidl_string& right) {
+    return std::strcmp(left.c_str(), right.c_str()) == 0;
+}
+inline bool operator!=(const hidl_string& left, const hidl_string& right) {
+    return !(left == right);
+}
 
-std::ostream& operator<<(std::ostream& out, const hidl_string& text);
-
-}  // namespace hardware
-}  // namespace android
+}  // namespace android::hardware

@@ -9,6 +9,8 @@ namespace terminal {
 
 // The text in red where colours are shown, else as it is.
 std::string red(const std::string& text);
+// Likewise in yellow.
+std::string yellow(const std::string& text);
 
 // What takes a line of progress away, which another process may have left; empty where none shows.
 std::string blankedLine();

@@ -1,139 +1,122 @@
-// The log, filtered. The filter stands in the address: #priority=W&from=tool&text=words
+// The log, filtered; and the page as a whole. The filter is in the address:
+// #priority=W&from=tool&text=words
 
-const priorities = 'VDIWEF';
 const rowsAtOnce = 1000;
 
 class LogView {
-    constructor(report) {
+    constructor(report, part) {
         this.lines = report.log;
         this.omitted = report.omittedLogLines;
-        this.first = 0;  // of the rows shown, among those that pass the filter
-        this.rows = make('div', {class: 'rows', tabindex: 0, role: 'log', 'aria-live': 'off'});
-        this.note = make('span', {class: 'muted', id: 'shown'});
-        this.priority = choice(
-                'least priority',
-                [['', 'all'], ['D', 'debug'], ['I', 'info'], ['W', 'warnings'], ['E', 'errors']],
-                () => this.changed());
-        this.from = choice(
-                'from', [['', 'tool and services'], ['tool', 'tool'], ['services', 'services']],
-                () => this.changed());
-        this.text = make('input', {
-            type: 'search',
-            placeholder: 'text in tag or message',
-            'aria-label': 'text in tag or message',
-            oninput: () => this.typed()
+        this.rows = part.querySelector('.rows');
+        this.note = part.querySelector('#shown');
+        this.filters = [...part.querySelectorAll('[name]')];
+        for (const filter of this.filters) {
+            filter.addEventListener('input', () => {
+                clearTimeout(this.pause);
+                this.pause = setTimeout(() => this.changed(), 120);  // a word, not each letter
+            });
+        }
+        part.addEventListener('click', ({target}) => {
+            if (target.dataset.first) this.draw(Number(target.dataset.first));
         });
         addEventListener('hashchange', () => this.readAddress());
-    }
-
-    typed() {
-        clearTimeout(this.pause);
-        this.pause = setTimeout(() => this.changed(), 120);
+        this.readAddress();
     }
 
     changed() {
-        const state = new URLSearchParams();
-        if (this.priority.value) state.set('priority', this.priority.value);
-        if (this.from.value) state.set('from', this.from.value);
-        if (this.text.value) state.set('text', this.text.value);
-        history.replaceState(null, '', `#${state}`);
-        this.first = 0;
-        this.draw();
+        const set = this.filters.filter(({value}) => value).map(({name, value}) => [name, value]);
+        history.replaceState(null, '', `#${new URLSearchParams(set)}`);
+        this.draw(0);
     }
 
     readAddress() {
         const state = new URLSearchParams(location.hash.slice(1));
-        const known =
-                (select, value) => [...select.options].some((option) => option.value === value);
-        const priority = state.get('priority') || '';
-        this.priority.value = known(this.priority, priority) ? priority : '';
-        this.from.value = known(this.from, state.get('from') || '') ? state.get('from') || '' : '';
-        this.text.value = state.get('text') || '';
-        this.first = 0;
-        this.draw();
+        for (const filter of this.filters) {
+            filter.value = state.get(filter.name) || '';
+            if (filter.selectedIndex === -1) filter.value = '';  // no such choice
+        }
+        this.draw(0);
     }
 
     // Lines that no log call wrote have no priority; they count as info.
     passing() {
-        const least = priorities.indexOf(this.priority.value || 'V');
-        const words = this.text.value.toLowerCase();
+        const [priority, from, text] = this.filters.map(({value}) => value);
+        const level = (letter) => 'VDIWEF'.indexOf(letter);
         return this.lines.filter(
-                (line) => priorities.indexOf(line.priority || 'I') >= least &&
-                        (!this.from.value || line.from === this.from.value) &&
-                        (!words || `${line.tag}: ${line.message}`.toLowerCase().includes(words)));
+                (line) => level(line.priority || 'I') >= level(priority || 'V') &&
+                        (!from || line.from === from) &&
+                        `${line.tag}: ${line.message}`.toLowerCase().includes(text.toLowerCase()));
     }
 
-    draw(marked) {
+    draw(first, marked) {
         const lines = this.passing();
-        if (marked) this.first = Math.max(0, lines.indexOf(marked) - 20);
-        const end = Math.min(this.first + rowsAtOnce, lines.length);
+        if (marked) first = Math.max(0, lines.indexOf(marked) - 20);
+        const end = Math.min(first + rowsAtOnce, lines.length);
+        const more = (text, at) =>
+                html`<div class="more"><button data-first="${at}">${text}</button></div>`;
+        const none = this.lines.length ? 'No line passes the filter.' : 'There is no log.';
         this.note.textContent = `${plural(lines.length, 'line')} of ${count(this.lines.length)}` +
                 (this.omitted ? `, ${count(this.omitted)} more in the files only` : '');
-        const more = (text, first) =>
-                make('div', {class: 'more'},
-                     make('button', {
-                         onclick: () => {
-                             this.first = first;
-                             this.draw();
-                             this.rows.scrollTop = 0;
-                         }
-                     },
-                          text));
-        this.rows.replaceChildren(
-                ...[this.first > 0 ? more('earlier lines', Math.max(0, this.first - rowsAtOnce)) :
-                                     '',
-                    ...lines.slice(this.first, end).map((line) => logRow(line, line === marked)),
-                    end < lines.length ? more(`later lines (${count(lines.length - end)})`, end) :
-                                         '',
-                    lines.length ? '' :
-                                   make('div', {class: 'empty'},
-                                        this.lines.length ? 'No line passes the filter.' :
-                                                            'There is no log.'),
-        ].filter((part) => part !== ''));
+        this.rows.innerHTML = markup([
+            first > 0 ? more('earlier lines', Math.max(0, first - rowsAtOnce)) : '',
+            lines.slice(first, end).map((line) => logRow(line, line === marked)),
+            end < lines.length ? more(`later lines (${count(lines.length - end)})`, end) : '',
+            lines.length ? '' : html`<div class="empty">${none}</div>`,
+        ]);
+        this.rows.scrollTop = 0;
     }
 
     // Shows the first line with this message among its neighbours.
     showMessage(message) {
-        this.priority.value = this.from.value = this.text.value = '';
+        for (const filter of this.filters) filter.value = '';
         this.changed();
-        this.draw(this.lines.find((line) => line.message === message));
+        this.draw(0, this.lines.find((line) => line.message === message));
         const row = this.rows.querySelector('.found');
         if (row) row.scrollIntoView({block: 'center'});
     }
 }
 
-function choice(label, options, changed) {
-    return make(
-            'select', {'aria-label': label, onchange: changed},
-            options.map(([value, text]) => make('option', {value}, text)));
+const logRow = (line, found) => html`<div class="row ${line.priority} ${found ? 'found' : ''}"
+    title="${line.pid ? `process ${line.pid}, thread ${line.tid}` : ''}">
+    <span class="time">${stamp(line.timeUs)}</span><span class="from ${line.from}">${line.from}</span>
+    <span class="priority">${line.priority}</span><span class="tag-name">${line.tag}</span>
+    <span class="message">${line.message}</span></div>`;
+
+function logPart() {
+    const choice = (name, label, choices) => html`<select name="${name}" aria-label="${label}">${
+        choices.map(([value, text]) => html`<option value="${value}">${text}</option>`)}</select>`;
+    const priorities = [['', 'all'], ['D', 'debug'], ['I', 'info'], ['W', 'warnings'], ['E', 'errors']];
+    const writers = [['', 'tool and services'], ['tool', 'tool'], ['services', 'services']];
+    return html`<section id="log"><div class="section-head"><h2>Log</h2>
+        <span class="muted" id="shown"></span><span class="spring"></span>
+        <label>at least ${choice('priority', 'least priority', priorities)}</label>
+        <label>from ${choice('from', 'from', writers)}</label>
+        <input type="search" name="text" placeholder="text in tag or message"
+            aria-label="text in tag or message"></div>
+        <div class="muted note">times in milliseconds since the run’s start</div>
+        <div class="rows" tabindex="0" role="log" aria-live="off"></div></section>`;
 }
 
-function logRow(line, found) {
-    const cell = (name, text) => make('span', {class: name}, text);
-    return make(
-            'div', {
-                class: `row ${line.priority}${found ? ' found' : ''}`,
-                title: line.pid ? `process ${line.pid}, thread ${line.tid}` : null
-            },
-            cell('time', stamp(line.timeUs)), cell(`from ${line.from}`, line.from),
-            cell('priority', line.priority), cell('tag-name', line.tag),
-            cell('message', line.message));
+function missingPart({missing}) {
+    if (!missing.length) return '';
+    return html`<section id="missing">
+        <div class="section-head"><h2>Missing in this report</h2></div>
+        <ul>${missing.map((reason) => html`<li class="mono">${reason}</li>`)}</ul></section>`;
 }
 
-let logView = null;
-const showMessage = (message) => logView.showMessage(message);
-
-function logPart(report) {
-    logView = new LogView(report);
-    const labelled = (text, control) => make('label', {}, text, control);
-    const part =
-            make('section', {id: 'log'},
-                 make('div', {class: 'section-head'}, make('h2', {}, 'Log'), logView.note,
-                      make('span', {class: 'spring'}), labelled('at least', logView.priority),
-                      labelled('from', logView.from), logView.text),
-                 make('div', {class: 'muted', style: 'font-size: 12.5px; margin: -8px 0 8px'},
-                      'times in milliseconds since the run’s start'),
-                 logView.rows);
-    logView.readAddress();
-    return part;
+function drawPage() {
+    const report = JSON.parse(document.getElementById('report').textContent);
+    const parts = [headerPart, problemsPart, framesPart, timelinePart, logPart, missingPart];
+    const page = document.getElementById('page');
+    page.innerHTML = markup([
+        parts.map((part) => part(report)),
+        html`<footer>Facts of this page for programs: report.json, beside it.</footer>`,
+    ]);
+    startTimeline(report);
+    const log = new LogView(report, document.getElementById('log'));
+    page.addEventListener('click', ({target}) => {
+        if (target.dataset.message) log.showMessage(target.dataset.message);
+    });
 }
+
+drawPage();

@@ -1,286 +1,297 @@
 // The run over time: a row for each step, then calls, the services' log and errors as marks.
 
-const rowHeight = 26;
-const axisHeight = 26;
+const maxCallRows = 2000;  // a browser is slow with more
+
+// Steps of one name share a row; the rows are in the order of a run's first frame.
+function phaseRows(phases) {
+    const names = [...Object.keys(phaseLabels), ...phases.map((phase) => phase.name)];
+    return [...new Set(names)]
+            .map((name) => ({name, steps: phases.filter((phase) => phase.name === name)}))
+            .filter((row) => row.steps.length);
+}
+
+// Steps that are none of the tool's work.
+const isIdle = ({name}) => name === 'device' || name === 'exit';
+
+function callText(call) {
+    const name = `${call.interface.slice(call.interface.lastIndexOf('.') + 1)}.${call.method}`;
+    const descriptors = call.descriptors ? `, ${plural(call.descriptors, 'descriptor')}` : '';
+    return `${name} ${call.incoming ? 'from' : 'to'} ${call.peer}\nat ${stamp(call.startUs)} ms, ` +
+            `took ${duration(call.durationUs)}, ${plural(call.bytes, 'byte')}${descriptors}, ${call.status}`;
+}
+
+function markRows({calls, log}) {
+    const ofCall = (call) => ({
+        startUs: call.startUs, endUs: call.startUs + call.durationUs, text: callText(call),
+        failed: call.status !== 'OK', name: call.incoming ? call.method : '',
+    });
+    const ofLine = (line) =>
+            ({startUs: line.timeUs, endUs: line.timeUs, text: `${line.tag}: ${line.message}`, name: ''});
+    const isError = (line) => line.priority === 'E' || line.priority === 'F';
+    return [
+        ['Calls out', 'call', calls.filter((call) => !call.incoming).map(ofCall)],
+        ['Calls in', 'call', calls.filter((call) => call.incoming).map(ofCall)],
+        ['Services’ log', 'mark', log.filter((line) => line.from === 'services').map(ofLine)],
+        ['Errors', 'mark error', log.filter(isError).map(ofLine)],
+    ].filter(([, , marks]) => marks.length);
+}
+
+// About one label every 90 pixels, at 1, 2 or 5 times a power of ten.
+function tickStep(range, width) {
+    const rough = Math.max(range * 90 / Math.max(width, 90), 1);
+    const power = 10 ** Math.floor(Math.log10(rough));
+    return power * ([1, 2, 5].find((factor) => factor * power >= rough) || 10);
+}
+
+// With as many digits as tell one label from the next.
+function tickText(micros, step) {
+    const [size, unit] = micros < 1000 ? [1, 'µs'] : micros < 1e6 ? [1000, 'ms'] : [1e6, 's'];
+    const digits = Math.max(0, Math.ceil(Math.log10(size / step)));
+    return micros === 0 ? '0' : `${Number((micros / size).toFixed(digits))} ${unit}`;
+}
 
 class Timeline {
-    constructor(report) {
+    constructor(report, lanes) {
         this.report = report;
         this.rows = phaseRows(report.phases);
         this.marks = markRows(report);
         this.end = Math.max(report.run.durationUs, 1);
-        this.svg = makeSvg(
-                'svg', {role: 'img', 'aria-label': 'Timeline; the tables below hold its values'});
-        this.svg.addEventListener('pointerdown', (event) => this.startDrag(event));
-        this.svg.addEventListener('pointermove', (event) => this.drag(event));
-        this.svg.addEventListener('pointerup', (event) => this.endDrag(event));
-        this.svg.addEventListener('dblclick', () => this.show(0, this.end));
-        this.from = 0;
-        this.to = this.end;
+        this.lanes = lanes;
+        lanes.addEventListener('pointerdown', (event) => this.startDrag(event));
+        lanes.addEventListener('pointermove', (event) => this.drag(event));
+        lanes.addEventListener('pointerup', (event) => this.endDrag(event));
+        lanes.addEventListener('dblclick', () => this.showAll());
+        addEventListener('resize', () => this.draw());
+        this.showAll();
     }
 
     show(from, to) {
-        const least = Math.min(20, this.end);
         const middle = (from + to) / 2;
-        const half = Math.max(to - from, least) / 2;
+        const half = Math.max(to - from, Math.min(20, this.end)) / 2;
         this.from = Math.max(0, middle - half);
         this.to = Math.min(this.end, middle + half);
         this.draw();
     }
 
+    showAll() {
+        this.show(0, this.end);
+    }
+
     // From the tool's first line on to where it begins to exit.
     showTool() {
-        const steps = this.report.phases.filter(
-                (phase) => phase.name !== 'device' && phase.name !== 'exit');
-        if (steps.length) this.show(steps[0].startUs, steps[steps.length - 1].endUs);
+        this.showSteps(this.report.phases.filter((phase) => !isIdle(phase)), 0);
+    }
+
+    showSteps(steps, margin) {
+        if (!steps.length) return;
+        const [from, to] = [steps[0].startUs, steps[steps.length - 1].endUs];
+        const around = margin && Math.max((to - from) * margin, 5);
+        this.show(from - around, to + around);
+    }
+
+    showRow(name) {
+        this.showSteps(this.rows.find((row) => row.name === name).steps, 0.15);
     }
 
     zoom(factor) {
-        const middle = (this.from + this.to) / 2;
-        const half = (this.to - this.from) * factor / 2;
+        const [middle, half] = [(this.from + this.to) / 2, (this.to - this.from) * factor / 2];
         this.show(middle - half, middle + half);
     }
 
-    showRow(row) {
-        const from = row.steps[0].startUs;
-        const to = row.steps[row.steps.length - 1].endUs;
-        const margin = Math.max((to - from) * 0.15, 5);
-        this.show(from - margin, to + margin);
+    // Per cent of the plot's width. What is far outside is just outside: browsers limit lengths.
+    at(micros) {
+        const part = (micros - this.from) / (this.to - this.from) * 100;
+        return Math.min(Math.max(part, -2), 102);
     }
 
     draw() {
-        const width =
-                Math.max(this.svg.parentElement ? this.svg.parentElement.clientWidth : 0, 320);
-        const left = width < 600 ? 110 : 140;
-        const right = width - 12;
-        const perMicro = (right - left) / (this.to - this.from);
-        this.scale = {left, right, x: (micros) => left + (micros - this.from) * perMicro};
-        const height = axisHeight + (this.rows.length + this.marks.length) * rowHeight + 6;
-        this.svg.setAttribute('viewBox', `0 0 ${width} ${height}`);
-        this.svg.setAttribute('height', height);
-        this.svg.replaceChildren(
-                hatching(), clipping(left, right, height), ...this.axis(height),
-                ...this.rows.map(
-                        (row, index) => this.phaseRow(row, axisHeight + index * rowHeight, index)),
-                ...this.marks.map(
-                        (row, index) => this.markRow(
-                                row, axisHeight + (this.rows.length + index) * rowHeight + 6)));
+        this.lanes.innerHTML = markup([
+            this.axis(), this.rows.map((row) => this.phaseRow(row)),
+            this.marks.map((row) => this.markRow(row)),
+        ]);
+        this.plot = this.lanes.querySelector('.plot');
     }
 
-    axis(height) {
-        const step = tickStep(this.to - this.from, this.scale.right - this.scale.left);
-        const parts = [];
-        for (let at = Math.ceil(this.from / step) * step; at <= this.to; at += step) {
-            const x = this.scale.x(at);
-            parts.push(
-                    makeSvg('line', {class: 'grid', x1: x, x2: x, y1: axisHeight - 6, y2: height}));
-            if (x > this.scale.right - 30 && at !== 0) continue;
-            parts.push(makeSvg('text', {class: 'faint', x: x + 3, y: 14}, tickText(at, step)));
+    axis() {
+        const step = tickStep(this.to - this.from, this.lanes.clientWidth - 150);
+        const ticks = [];
+        for (let time = Math.ceil(this.from / step) * step; time <= this.to; time += step) {
+            const text = this.at(time) > 97 ? '' : tickText(time, step);
+            ticks.push(html`<span style="left: ${this.at(time)}%">${text}</span>`);
         }
-        return parts;
+        const lanes = 1 + this.rows.length + this.marks.length;
+        return html`<div class="lane axis" style="--lanes: ${lanes}"><b></b>
+            <div class="plot">${ticks}</div></div>`;
     }
 
-    phaseRow(row, y, index) {
-        const total = row.steps.reduce((sum, step) => sum + step.endUs - step.startUs, 0);
-        const label = makeSvg(
-                'text', {class: 'row-label', x: 0, y: y + 17, tabindex: 0}, phaseLabel(row.name));
-        label.addEventListener('click', () => this.showRow(row));
-        label.addEventListener('keydown', (event) => {
-            if (event.key === 'Enter') this.showRow(row);
-        });
-        const stripe = index % 2 ?
-                '' :
-                makeSvg('rect', {class: 'stripe', x: 0, y, width: '100%', height: rowHeight});
-        const bars = row.steps.map((step) => this.bar(step, y));
-        const text = duration(total) +
-                (row.steps.length > 1 ? ` in ${row.steps.length} steps` : '') +
-                (row.steps.some((step) => step.end === 'timed-out') ? ', timed out' : '');
-        const drawn = makeSvg('g', {'clip-path': 'url(#plot)'}, bars, this.barText(row, text, y));
-        return makeSvg('g', {class: 'phase', 'data-phase': row.name}, stripe, label, drawn);
+    phaseRow({name, steps}) {
+        return html`<div class="lane phase" data-phase="${name}">
+            <b class="row-label" tabindex="0">${phaseLabel(name)}</b>
+            <div class="plot">${steps.map((step) => this.bar(step))}${this.barText(steps)}</div></div>`;
     }
 
-    bar(step, y) {
-        const x = this.scale.x(step.startUs);
-        const width = Math.max(this.scale.x(step.endUs) - x, 3);
-        const idle = step.name === 'device' || step.name === 'exit' ? 'idle' : '';
-        const ending = {
-            failed: 'failed',
-            'timed-out': 'timed out',
-            'cut-short': 'the run ended here'
-        };
-        const text = `${phaseLabel(step.name)}: ${duration(step.endUs - step.startUs)}` +
-                (ending[step.end] ? `, ${ending[step.end]}` : '') +
-                (step.detail ? `\n${step.detail}` : '') +
+    bar(step) {
+        const look = step.waits ? 'waits' : isIdle(step) ? 'idle' : '';
+        const end = {failed: ', failed', 'timed-out': ', timed out', 'cut-short': ', the run ended here'};
+        const tip = `${phaseLabel(step.name)}: ${duration(step.endUs - step.startUs)}` +
+                `${end[step.end] || ''}${step.detail ? `\n${step.detail}` : ''}` +
                 `\nfrom ${stamp(step.startUs)} to ${stamp(step.endUs)} ms`;
-        return withTip(
-                makeSvg('rect', {
-                    class: `bar ${step.waits ? 'waits' : idle} ${step.end}`,
-                    x,
-                    y: y + 5,
-                    width,
-                    height: rowHeight - 10,
-                    rx: 2
-                }),
-                text);
+        return this.piece(`bar ${look} ${step.end}`, step.startUs, step.endUs, tip);
     }
 
-    // Behind the last bar, before the first or on it, wherever there is room; a detail where both
-    // fit.
-    barText(row, text, y) {
-        const detail = row.steps.length === 1 ? row.steps[0].detail : '';
-        const end = Math.max(
-                this.scale.x(row.steps[row.steps.length - 1].endUs),
-                this.scale.x(row.steps[0].startUs) + 3);
-        const start = this.scale.x(row.steps[0].startUs);
-        const reach = (characters) => characters * 6.6 + 14;
-        const shows = (words) => end + reach(words.length) < this.scale.right;
-        if (end < this.scale.left || start > this.scale.right) return '';
-        if (detail && shows(text + detail)) {
-            return makeSvg(
-                    'text', {x: end + 7, y: y + 17}, text,
-                    makeSvg('tspan', {class: 'faint', dx: 9, fill: 'var(--muted)'}, detail));
+    piece(look, startUs, endUs, tip) {
+        const [start, end] = [this.at(startUs), this.at(endUs)];
+        return html`<i class="${look}" style="left: ${start}%; width: ${end - start}%"
+            data-tip="${tip}" role="img" aria-label="${tip}"></i>`;
+    }
+
+    // Behind the last bar, before the first or on it, where there is room.
+    barText(steps) {
+        const [start, end] = [this.at(steps[0].startUs), this.at(steps[steps.length - 1].endUs)];
+        const total = steps.reduce((sum, step) => sum + step.endUs - step.startUs, 0);
+        const text = duration(total) + (steps.length > 1 ? ` in ${steps.length} steps` : '') +
+                (steps.some((step) => step.end === 'timed-out') ? ', timed out' : '');
+        const detail = html` <span class="muted">${steps.length === 1 ? steps[0].detail : ''}</span>`;
+        if (end < 0 || start > 100) return '';
+        if (end < 65) return html`<span style="left: calc(${end}% + 7px)">${text} ${detail}</span>`;
+        if (start > 25) return html`<span style="right: calc(${100 - start}% + 7px)">${text}</span>`;
+        if (steps.some((step) => step.waits)) return '';  // hatched: nothing could be read on it
+        return html`<span class="on-bar" style="left: calc(${Math.max(start, 0)}% + 7px)">${text}</span>`;
+    }
+
+    // Marks that would fall on one pixel become one, whose tip lists the first few.
+    markRow([label, look, marks]) {
+        const pixels = new Map();
+        for (const mark of marks) {
+            if (mark.endUs < this.from || mark.startUs > this.to) continue;
+            const pixel = Math.round(this.at(mark.startUs) * 10);
+            pixels.set(pixel, [...(pixels.get(pixel) || []), mark]);
         }
-        if (shows(text)) return makeSvg('text', {x: end + 7, y: y + 17}, text);
-        if (start - reach(text.length) > this.scale.left) {
-            return makeSvg('text', {x: start - 7, y: y + 17, 'text-anchor': 'end'}, text);
-        }
-        if (row.steps.some((step) => step.waits))
-            return '';  // hatched: nothing could be read on it
-        return makeSvg(
-                'text', {class: 'on-bar', x: Math.max(start, this.scale.left) + 7, y: y + 17},
-                text);
+        const drawn = [...pixels.values()].map((some) => {
+            const tips = some.slice(0, 5).map((mark) => mark.text);
+            if (some.length > 5) tips.push(`and ${count(some.length - 5)} more`);
+            const failed = some.some((mark) => mark.failed) ? 'failed' : '';
+            const end = Math.max(...some.map((mark) => mark.endUs));
+            return this.piece(`${look} ${failed}`, some[0].startUs, end, tips.join('\n'));
+        });
+        return html`<div class="lane"><b class="muted">${label}</b>
+            <div class="plot">${drawn}${this.markNames(marks)}</div></div>`;
     }
 
-    markRow(row, y) {
-        const marks =
-                mergeMarks(row.marks, this.scale)
-                        .map((mark) => withTip(
-                                     makeSvg('rect', {
-                                         class: `${row.className} ${mark.failed ? 'failed' : ''}`,
-                                         x: mark.x - 1,
-                                         y: y + 5,
-                                         width: Math.max(mark.width, 3),
-                                         height: rowHeight - 12,
-                                         rx: 1
-                                     }),
-                                     mark.texts.join('\n')));
-        const names = row.named ?
-                this.markNames(row.marks.filter((mark) => !mark.name.startsWith('(')), y) :
-                '';
-        return makeSvg(
-                'g', {class: 'marks'},
-                makeSvg('text', {x: 0, y: y + 17, fill: 'var(--muted)'}, row.label),
-                makeSvg('g', {'clip-path': 'url(#plot)'}, marks, names));
-    }
-
-    // A name behind each mark, or before it, where no other mark or name is in the way.
-    markNames(marks, y) {
-        let taken = this.scale.left;
-        return marks.map((mark, index) => {
-            const [start, end] = [this.scale.x(mark.startUs) - 5, this.scale.x(mark.endUs) + 5];
-            const width = mark.name.length * 6.4;
-            const next = index + 1 < marks.length ? this.scale.x(marks[index + 1].startUs) - 6 :
-                                                    this.scale.right;
-            const behind = end + width < next;
-            const before = !behind && start - width > taken;
-            taken = behind ? end + width : end;
-            if (start < this.scale.left || !(behind || before)) return '';
-            return makeSvg(
-                    'text', {
-                        class: 'faint',
-                        x: behind ? end : start,
-                        y: y + 17,
-                        'text-anchor': behind ? null : 'end'
-                    },
-                    mark.name);
+    // A name behind each mark where there is room before the next.
+    markNames(marks) {
+        const named = marks.filter(({name}) => name && !name.startsWith('('));
+        return named.map((mark, index) => {
+            const start = this.at(mark.endUs);
+            const next = index + 1 < named.length ? this.at(named[index + 1].startUs) : 100;
+            const width = (mark.name.length * 6.6 + 10) / (this.lanes.clientWidth - 150) * 100;
+            if (start < 0 || start + width > next) return '';
+            return html`<span class="muted" style="left: calc(${start}% + 5px)">${mark.name}</span>`;
         });
     }
 
     timeAt(event) {
-        const box = this.svg.getBoundingClientRect();
-        const {left, right} = this.scale;
-        const x = Math.min(Math.max(event.clientX - box.left, left), right);
-        return this.from + (x - left) / (right - left) * (this.to - this.from);
+        const {left, width} = this.plot.getBoundingClientRect();
+        const part = Math.min(Math.max((event.clientX - left) / width, 0), 1);
+        return this.from + part * (this.to - this.from);
     }
 
     startDrag(event) {
-        if (event.button !== 0 ||
-            event.clientX - this.svg.getBoundingClientRect().left < this.scale.left)
-            return;
+        if (event.button !== 0 || event.clientX < this.plot.getBoundingClientRect().left) return;
         this.dragFrom = this.timeAt(event);
-        this.selection = makeSvg(
-                'rect',
-                {class: 'selection', y: 0, height: '100%', width: 0, 'pointer-events': 'none'});
-        this.svg.append(this.selection);
-        this.svg.setPointerCapture(event.pointerId);
+        this.plot.insertAdjacentHTML('beforeend', '<i class="selection"></i>');
+        this.lanes.setPointerCapture(event.pointerId);
+    }
+
+    dragged(event) {
+        return [this.dragFrom, this.timeAt(event)].sort((a, b) => a - b);
     }
 
     drag(event) {
-        if (!this.selection) return;
-        const ends = [this.scale.x(this.dragFrom), this.scale.x(this.timeAt(event))].sort(
-                (a, b) => a - b);
-        this.selection.setAttribute('x', ends[0]);
-        this.selection.setAttribute('width', ends[1] - ends[0]);
+        const selection = this.plot.querySelector('.selection');
+        if (!selection) return;
+        const [from, to] = this.dragged(event).map((time) => this.at(time));
+        selection.style.left = `${from}%`;
+        selection.style.width = `${to - from}%`;
     }
 
     endDrag(event) {
-        if (!this.selection) return;
-        const ends = [this.dragFrom, this.timeAt(event)].sort((a, b) => a - b);
-        this.selection.remove();
-        this.selection = null;
-        if (this.scale.x(ends[1]) - this.scale.x(ends[0]) > 4) this.show(...ends);
+        const selection = this.plot.querySelector('.selection');
+        if (!selection) return;
+        selection.remove();
+        const [from, to] = this.dragged(event);
+        if (this.at(to) - this.at(from) > 0.5) this.show(from, to);
     }
 }
 
-function hatching() {
-    const pattern = (id, name) => makeSvg(
-            'pattern', {
-                id,
-                width: 6,
-                height: 6,
-                patternUnits: 'userSpaceOnUse',
-                patternTransform: 'rotate(45)'
-            },
-            makeSvg('rect', {class: `${name}-ground`, width: 6, height: 6}),
-            makeSvg('line',
-                    {class: `${name}-line`, x1: 1, x2: 1, y1: 0, y2: 6, 'stroke-width': 2}));
-    return makeSvg('defs', {}, pattern('hatch', 'hatch'), pattern('hatch-bad', 'hatch-bad'));
+const phaseTable = (phases) => table([
+    ['Step', (phase) => phaseLabel(phase.name)],
+    ['From (ms)', (phase) => stamp(phase.startUs), true],
+    ['Took', (phase) => duration(phase.endUs - phase.startUs), true],
+    ['End', (phase) => phase.end.replace('-', ' ')],
+    ['What', (phase) => phase.detail],
+], phases, (phase) => phase.end !== 'done');
+
+const callTable = (calls) => table([
+    ['At (ms)', (call) => stamp(call.startUs), true],
+    ['Took', (call) => duration(call.durationUs), true],
+    ['', (call) => call.incoming ? '←' : '→'],
+    ['Peer', (call) => call.peer],
+    ['Interface', (call) => call.interface],
+    ['Method', (call) => call.method + (call.oneway ? ' (oneway)' : '')],
+    ['Bytes', (call) => count(call.bytes), true],
+    ['Descriptors', (call) => count(call.descriptors), true],
+    ['Status', (call) => call.status],
+], calls.slice(0, maxCallRows), (call) => call.status !== 'OK');
+
+function timelinePart({phases, calls}) {
+    if (!phases.length) return '';
+    const shown = calls.length > maxCallRows ? `, the first ${count(maxCallRows)} shown` : '';
+    const legend = [
+        ['work', 'the tool works'], ['wait', 'the tool waits'],
+        ['bad', 'failed, timed out or cut short'], ['calls', 'a binder transaction'],
+    ];
+    return html`<section id="timeline"><div class="section-head"><h2>Timeline</h2>
+        <span class="muted">drag over a stretch, or click a step’s name, to look closer</span>
+        <span class="spring"></span>
+        <button aria-label="zoom in">+</button><button aria-label="zoom out">−</button>
+        <button>Tool only</button><button>Whole run</button></div>
+        <div class="lanes"></div>
+        <div class="legend">${legend.map(([name, text]) => html`<span><i class="${name}"></i>${text}</span>`)}</div>
+        <details><summary>Table of ${plural(phases.length, 'step')}</summary>${phaseTable(phases)}</details>
+        <details><summary>Table of ${plural(calls.length, 'binder call')}${shown}</summary>
+        ${callTable(calls)}</details></section>`;
 }
 
-function clipping(left, right, height) {
-    return makeSvg(
-            'clipPath', {id: 'plot'},
-            makeSvg('rect', {x: left - 2, y: 0, width: right - left + 14, height}));
+// Makes the drawn part work.
+function startTimeline(report) {
+    const part = document.getElementById('timeline');
+    if (!part) return;
+    const timeline = new Timeline(report, part.querySelector('.lanes'));
+    const actions = [
+        () => timeline.zoom(0.5), () => timeline.zoom(2), () => timeline.showTool(),
+        () => timeline.showAll(),
+    ];
+    part.querySelectorAll('button').forEach((button, i) => button.addEventListener('click', actions[i]));
+    const showRow = ({target, type, key}) => {
+        const chosen = target.closest('.row-label') && (type === 'click' || key === 'Enter');
+        if (chosen) timeline.showRow(target.closest('.phase').dataset.phase);
+    };
+    timeline.lanes.addEventListener('click', showRow);
+    timeline.lanes.addEventListener('keydown', showRow);
+    timeline.lanes.addEventListener('pointermove', showTip);
+    timeline.lanes.addEventListener('pointerleave', showTip);
 }
 
-const timelineLegend = () =>
-        make('div', {class: 'legend'},
-             ['work', 'wait', 'bad', 'calls'].map(
-                     (name, index) => make('span', {}, make('i', {class: name}), [
-                         'the tool works', 'the tool waits', 'failed, timed out or cut short',
-                         'a binder transaction'
-                     ][index])));
-
-function timelinePart(report) {
-    if (!report.phases.length) return '';
-    const timeline = new Timeline(report);
-    const plot = make('div', {class: 'plot'}, timeline.svg);
-    queueMicrotask(() => timeline.draw());  // when the page is whole
-    addEventListener('resize', () => timeline.draw());
-    return make(
-            'section', {id: 'timeline'},
-            make('div', {class: 'section-head'}, make('h2', {}, 'Timeline'),
-                 make('span', {class: 'muted'},
-                      'drag over a stretch, or click a step’s name, to look closer'),
-                 make('span', {class: 'spring'}),
-                 make('button', {onclick: () => timeline.zoom(0.5), 'aria-label': 'zoom in'}, '+'),
-                 make('button', {onclick: () => timeline.zoom(2), 'aria-label': 'zoom out'}, '−'),
-                 make('button', {onclick: () => timeline.showTool()}, 'Tool only'),
-                 make('button', {onclick: () => timeline.show(0, timeline.end)}, 'Whole run')),
-            plot, timelineLegend(),
-            make('details', {},
-                 make('summary', {}, `Table of ${plural(report.phases.length, 'step')}`),
-                 phaseTable(report)),
-            make('details', {}, make('summary', {}, callTableTitle(report.calls)),
-                 callTable(report)));
+// Shows the text of what the pointer is over beside it.
+function showTip({target, type, clientX, clientY}) {
+    const tip = document.getElementById('tip');
+    const text = type === 'pointermove' && target.dataset.tip;
+    tip.hidden = !text;
+    if (!text) return;
+    tip.textContent = text;
+    const left = Math.min(clientX + 14, innerWidth - tip.offsetWidth - 8);
+    const fits = clientY + 18 + tip.offsetHeight < innerHeight;
+    tip.style.left = `${Math.max(8, left)}px`;
+    tip.style.top = `${fits ? clientY + 18 : clientY - tip.offsetHeight - 10}px`;
 }

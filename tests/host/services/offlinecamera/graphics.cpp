@@ -2,7 +2,7 @@
 #include "graphics.h"
 
 #include <aidlcommonsupport/NativeHandle.h>
-#include <graphics_core/buffer_handle.h>
+#include <graphics/buffer_handle.h>
 #include <gtest/gtest.h>
 
 #include <cstdio>
@@ -69,10 +69,12 @@ NativeHandle Allocate(const Stream& stream, int32_t spare) {
     description.layerCount = 1;
     description.format = static_cast<int32_t>(stream.format);
     description.usage = static_cast<uint64_t>(stream.usage);
-    graphics::UniqueHandle handle;
-    const graphics::Outcome outcome = graphics::createBuffer(description, &handle);
-    EXPECT_TRUE(outcome.ok()) << outcome.reason;
-    return outcome.ok() ? ::android::dupToAidl(handle.get()) : NativeHandle();
+    const auto created = graphics::CreateBuffer(description);
+    if (!created.Ok()) {
+        ADD_FAILURE() << created.Error();
+        return NativeHandle();
+    }
+    return ::android::dupToAidl(created.Value().get());
 }
 
 NativeHandle Dup(const NativeHandle& handle) {

@@ -6,7 +6,7 @@
 #include "host/libbinder_ndk/call_context.h"
 #include "refusal.h"
 #include "session_fixture.h"
-#include "tests/host/graphics-core/buffers.h"
+#include "tests/host/graphics/buffers.h"
 #include "tests/support/no_threads.h"
 #include "tests/support/process_counts.h"
 

@@ -1,90 +1,51 @@
-// The page's entries, and which of them a message gets.
+// Which entry a message or status gets.
 
 #include "host/tools/explanations/explanations.h"
 
-#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
-#include <sstream>
+#include <set>
 
 namespace explanations {
 namespace {
 
-constexpr char kPage[] = R"(# A page
-### `no entry outside the sections`
-## Exit statuses
-### `0`
-
-Cause: it ran.
-
-Cure: none is
-needed.
-### `128 + n`
-Cause: a signal.
-## Something else
-### `nor here`
-Cause: of nothing.
-## Error lines
-Words for the reader.
-### `no … of …`
-
-Cause: first line
-  and second line.
-
-Not part of it.
-
-Cure: do `this`.
-### `no … of id …`
-Cure: a cure alone.
-## Error lines
-### `…: gone`
-### `… has left`
-Cause: it went.
-Cure: fetch it.)";
-
-std::vector<Explanation> Read(std::vector<Explanation> (*read)(std::istream&)) {
-    std::istringstream page(kPage);
-    return read(page);
-}
-
 std::string LineFor(const Explanation* found) {
-    return found == nullptr ? "(none)" : found->line;
+    return found ? std::string(found->lines[0]) : "(none)";
 }
 
-TEST(Explanations, ReadsTheEntriesOfTheirSectionsOnly) {
-    const auto entries = Read(ReadExplanations);
-    ASSERT_EQ(entries.size(), 4u);
-    EXPECT_EQ(entries[0].line, "no … of …");
-    EXPECT_EQ(entries[0].cause, "first line and second line.");
-    EXPECT_EQ(entries[0].cure, "do `this`.");
-    EXPECT_EQ(entries[1].cause, "");
-    EXPECT_EQ(entries[1].cure, "a cure alone.");
-    for (const size_t shared : {2, 3}) {
-        EXPECT_EQ(entries[shared].cause, "it went.");
-        EXPECT_EQ(entries[shared].cure, "fetch it.");
+TEST(Explanations, EveryLineIsThereOnceWithCauseAndCure) {
+    std::set<std::string_view> lines;
+    for (const Explanation& entry : Table()) {
+        EXPECT_FALSE(entry.cause.empty() || entry.cure.empty()) << entry.lines[0];
+        for (const std::string_view line : entry.lines) {
+            EXPECT_TRUE(lines.insert(line).second) << line << ": twice";
+        }
     }
 }
 
-TEST(Explanations, TheMostLiteralLineExplainsAWholeMessage) {
-    const auto entries = Read(ReadExplanations);
-    EXPECT_EQ(LineFor(Explain(entries, "no file of id 3")), "no … of id …");
-    EXPECT_EQ(LineFor(Explain(entries, "no file of 3")), "no … of …");
-    EXPECT_EQ(LineFor(Explain(entries, "allocator: gone")), "…: gone");
-    for (const char* other : {"no file", "allocator: gone again", "say no x of y", ""}) {
-        EXPECT_EQ(LineFor(Explain(entries, other)), "(none)") << other;
-    }
-    // The end is the last piece even where it also stands earlier; pieces never overlap.
-    EXPECT_TRUE(MatchesLine("a … b", "a b b"));
-    EXPECT_TRUE(MatchesLine("… x …", "1 x 2 x 3"));
-    EXPECT_FALSE(MatchesLine("ab…bc", "abc"));
+TEST(Explanations, AMessageIsMatchedAsAWhole) {
+    EXPECT_TRUE(Matches("no … of …", "no file of 3"));
+    EXPECT_FALSE(Matches("no … of …", "say no x of y"));
+    EXPECT_FALSE(Matches("…: gone", "allocator: gone again"));
+    // The end is the last piece even where it also comes earlier; pieces never overlap.
+    EXPECT_TRUE(Matches("a … b", "a b b"));
+    EXPECT_TRUE(Matches("… x …", "1 x 2 x 3"));
+    EXPECT_FALSE(Matches("ab…bc", "abc"));
+}
+
+TEST(Explanations, TheMostLiteralLineExplainsAMessage) {
+    EXPECT_EQ(LineFor(Explain("Failed to load mapper.zel.so")), "Failed to load …");
+    EXPECT_EQ(LineFor(Explain("readSize 0 is not same as width 9, file position 4")),
+              "readSize … is not same as width …, file position …");
+    EXPECT_EQ(LineFor(Explain("lock: no such plane")), "createDescriptor: …");
+    EXPECT_EQ(LineFor(Explain("no such line")), "(none)");
+    EXPECT_EQ(LineFor(Explain("0")), "(none)");  // a status is no line
 }
 
 TEST(Explanations, AStatusIsExplainedByItsNumberOrAsASignal) {
-    const auto statuses = Read(ReadExitStatuses);
-    ASSERT_EQ(statuses.size(), 2u);
-    EXPECT_EQ(statuses[0].cure, "none is needed.");
-    EXPECT_EQ(LineFor(ExplainStatus(statuses, 0)), "0");
-    EXPECT_EQ(LineFor(ExplainStatus(statuses, 139)), "128 + n");
-    EXPECT_EQ(LineFor(ExplainStatus(statuses, 1)), "(none)");
+    EXPECT_EQ(LineFor(ExplainStatus(139)), "139");
+    EXPECT_EQ(LineFor(ExplainStatus(137)), "128 + n");
+    EXPECT_EQ(LineFor(ExplainStatus(3)), "(none)");
 }
 
 }  // namespace

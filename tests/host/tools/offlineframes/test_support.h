@@ -25,7 +25,7 @@ class TestFolder : public TemporaryFolder {
 
     // Writes `bytes` and gives the file's path.
     std::string file(const std::string& name, const Bytes& bytes) const {
-        EXPECT_TRUE(writeFile(path(name), bytes, Existing::kReplace).ok());
+        EXPECT_TRUE(writeFile(path(name), bytes, Existing::kReplace).Ok());
         return path(name);
     }
     std::vector<std::string> names() const {
@@ -41,14 +41,14 @@ class TestFolder : public TemporaryFolder {
 // The value of what must have worked; where it has not, a failure that says why.
 template <class T>
 T valueOf(Result<T> result) {
-    EXPECT_TRUE(result.ok()) << result.error();
-    return result.ok() ? std::move(result).value() : T();
+    EXPECT_TRUE(result.Ok()) << result.Error();
+    return result.Ok() ? std::move(result).Value() : T();
 }
 
 // Why something was refused.
 template <class T>
 std::string errorOf(const Result<T>& result) {
-    return result.ok() ? "no error" : result.error();
+    return result.Ok() ? "no error" : result.Error();
 }
 
 // A smooth picture in which every place and channel differs: x to red, y to green.

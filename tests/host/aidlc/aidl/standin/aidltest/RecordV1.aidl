@@ -1,6 +1,7 @@
 package standin.aidltest;
 
-/** RecordV2 before its last two fields were added. */
+/** RecordV2 before its last fields were added. */
+@VintfStability
 parcelable RecordV1 {
     int number;
     String text;

@@ -1,8 +1,11 @@
 package standin.aidltest;
 
+@VintfStability
 parcelable RecordV2 {
     int number;
     String text;
-    int added = 42;
-    int[] more = {1};
+    int added = 1 << 20;
+    boolean flag = true;
+    byte small = -128;
+    long least = -9223372036854775807;
 }

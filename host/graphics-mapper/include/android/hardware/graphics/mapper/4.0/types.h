@@ -4,13 +4,8 @@
 #include <hidl/HidlSupport.h>
 
 #include <cstdint>
-#include <string>
 
-namespace android {
-namespace hardware {
-namespace graphics {
-namespace mapper {
-namespace V4_0 {
+namespace android::hardware::graphics::mapper::V4_0 {
 
 enum class Error : int32_t {
     NONE = 0,
@@ -21,14 +16,7 @@ enum class Error : int32_t {
     UNSUPPORTED = 7,
 };
 
-// The enumerator's name; an unknown value as hexadecimal number.
-std::string toString(Error error);
-
-// Opaque to everyone but the allocator and the mapper.
+// Only the allocator and the mapper know its content.
 typedef ::android::hardware::hidl_vec<uint8_t> BufferDescriptor;
 
-}  // namespace V4_0
-}  // namespace mapper
-}  // namespace graphics
-}  // namespace hardware
-}  // namespace android
+}  // namespace android::hardware::graphics::mapper::V4_0

@@ -1,0 +1,32 @@
+# The one way in which the project's scripts read options. Sourced after terminal.sh.
+
+# read_options SWITCHES VALUES WORD...: options stand before all other words. Each is one of two
+# lists, which have blanks around every name. Leaves the table `given` (every name; what was given
+# has a 1, or its last value), the list `faults` (every value of --fault), the remaining `words`,
+# and in `ended` whether "--" came before them.
+declare -A given=()
+faults=() words=() ended=""
+read_options() {
+    local switches="$1" values="$2" name
+    shift 2
+    for name in $switches $values; do given[$name]=""; done
+    while [[ $# -gt 0 && -z "$ended" ]]; do
+        name="${1%%=*}"
+        if [[ "$1" == -- ]]; then
+            ended=1
+        elif [[ "$switches" == *" $1 "* ]]; then
+            given[$1]=1
+        elif [[ "$values" == *" $name "* ]]; then
+            if [[ "$1" != *=* ]]; then set -- "$name=${2-}" "${@:3}"; fi
+            given[$name]="${1#*=}"
+            [[ -n "${given[$name]}" ]] || refuse "option $name needs a value"
+            [[ "$name" != --fault ]] || faults+=("${given[$name]}")
+        elif [[ "$1" == --* ]]; then
+            refuse "unknown option $1; try '$program --help'"
+        else
+            break
+        fi
+        shift
+    done
+    words=("$@")
+}

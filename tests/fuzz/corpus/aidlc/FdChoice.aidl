@@ -1,6 +1,0 @@
-package standin.aidltest;
-
-union FdChoice {
-    boolean none;
-    ParcelFileDescriptor fd;
-}

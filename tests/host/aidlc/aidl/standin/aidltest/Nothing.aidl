@@ -1,4 +1,0 @@
-package standin.aidltest;
-
-parcelable Nothing {
-}

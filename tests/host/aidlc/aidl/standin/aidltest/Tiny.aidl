@@ -1,7 +1,0 @@
-package standin.aidltest;
-
-enum Tiny {
-    ZERO,
-    ONE,
-    MINUS = -1,
-}

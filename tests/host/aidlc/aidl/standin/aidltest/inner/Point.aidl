@@ -1,6 +1,0 @@
-package standin.aidltest.inner;
-
-parcelable Point {
-    int x;
-    int y;
-}

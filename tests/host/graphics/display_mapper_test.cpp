@@ -1,0 +1,72 @@
+// The plane-layout record, byte by byte where its reader depends on it.
+#include <gtest/gtest.h>
+
+#include <cstring>
+
+#include "gralloc/zeldisplaymapper.h"
+
+namespace mapper {
+namespace {
+
+using ::aidl::android::hardware::graphics::allocator::BufferDescriptorInfo;
+using ::aidl::android::hardware::graphics::common::PixelFormat;
+using MetadataType = vendor_zel_hardware_display_common_MetadataType;
+
+constexpr auto kPlanes = VENDOR_ZEL_METADATA_PLANE_LAYOUTS;
+
+BufferDescriptorInfo Describe(PixelFormat format, int32_t width, int32_t height) {
+    BufferDescriptorInfo info;
+    info.name.fill(0);
+    info.width = width;
+    info.height = height;
+    info.layerCount = 1;
+    info.format = format;
+    return info;
+}
+
+TEST(DisplayMapper, RawPlane) {
+    uint32_t words[sizeof(PlaneLayoutRecord) / 4];
+    std::memset(words, 0xee, sizeof(words));
+    const BufferDescriptorInfo raw = Describe(PixelFormat::RAW10, 4096, 3072);
+    ASSERT_EQ(GetFromBufferDescriptor(raw, kPlanes, words, false), 0);
+    EXPECT_EQ(words[184], 1u);  // planes
+    // Offset, bits per sample, component.
+    const uint32_t begin[] = {0, 10, 0x100000};
+    EXPECT_EQ(std::memcmp(words, begin, sizeof(begin)), 0);
+    // Components, stride, scan lines, bytes, subsampling both ways; no next plane.
+    const uint32_t end[] = {1, 5120, 3072, 15'728'640, 1, 1, 0};
+    EXPECT_EQ(std::memcmp(words + 17, end, sizeof(end)), 0);
+}
+
+TEST(DisplayMapper, LumaAndChromaPlanes) {
+    PlaneLayoutRecord record;
+    const BufferDescriptorInfo nv12 = Describe(PixelFormat::YCBCR_420_888, 4000, 3000);
+    ASSERT_EQ(GetFromBufferDescriptor(nv12, kPlanes, &record, false), 0);
+    ASSERT_EQ(record.numPlanes, 2);
+    EXPECT_EQ(record.planes[0].scanlines, 3072);
+    const PlaneEntry& chroma = record.planes[1];
+    EXPECT_EQ(chroma.offset, 4096u * 3072u);
+    EXPECT_EQ(chroma.numComponents, 2);
+    EXPECT_EQ(chroma.components[0].type | chroma.components[1].type, 6u);
+    EXPECT_EQ(chroma.scanlines, 1536);
+    EXPECT_EQ(chroma.horizontalSubsampling, 2u);
+    EXPECT_EQ(chroma.verticalSubsampling, 2u);
+}
+
+TEST(DisplayMapper, ErrorsLeaveTheRecordAlone) {
+    PlaneLayoutRecord untouched;
+    std::memset(&untouched, 0xee, sizeof(untouched));
+    PlaneLayoutRecord record = untouched;
+    const auto error = [&](const BufferDescriptorInfo& info, int type) {
+        return GetFromBufferDescriptor(info, static_cast<MetadataType>(type), &record, false);
+    };
+    const BufferDescriptorInfo good = Describe(PixelFormat::RAW10, 4096, 3072);
+    EXPECT_EQ(error(good, 14), 7);
+    EXPECT_EQ(error(Describe(PixelFormat::BLOB, 100, 1), kPlanes), 7);
+    EXPECT_EQ(error(Describe(PixelFormat::RAW10, -4, 3072), kPlanes), 7);
+    EXPECT_EQ(std::memcmp(&record, &untouched, sizeof(record)), 0);
+    EXPECT_EQ(GetFromBufferDescriptor(good, kPlanes, nullptr, false), 3);
+}
+
+}  // namespace
+}  // namespace mapper

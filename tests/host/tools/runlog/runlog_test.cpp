@@ -1,0 +1,221 @@
+// Logs and traces, whole and damaged, and what they say about a run.
+
+#include "host/tools/runlog/runlog.h"
+
+#include <gmock/gmock.h>
+#include <time.h>
+
+#include <fstream>
+
+#include "host/tools/runlog/phases.h"
+#include "tests/support/temporary_folder.h"
+
+namespace runlog {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::EndsWith;
+using ::testing::IsEmpty;
+using ::testing::SizeIs;
+using Words = std::vector<std::string>;
+
+// 2026-11-21 23:59:59.5 local time.
+int64_t LateStart() {
+    tm local = {};
+    strptime("2026-11-21 23:59:59", "%F %T", &local);
+    local.tm_isdst = -1;
+    return mktime(&local) * int64_t{1'000'000} + 500'000;
+}
+
+class RunLog : public ::testing::Test {
+  protected:
+    Log LogOf(const std::string& text) { return ReadLog(File(text), LateStart()).Value(); }
+
+    std::string File(const std::string& text) {
+        std::ofstream(m_folder.path("file"), std::ios::binary) << text;
+        return m_folder.path("file");
+    }
+
+    const TemporaryFolder m_folder{"runlog"};
+};
+
+std::string TextOf(const Line& line) {
+    return std::to_string(line.timeUs) + " " + std::to_string(line.pid) + " " +
+           std::to_string(line.tid) + " " + line.priority + " <" + line.tag + "> " + line.message;
+}
+
+TEST_F(RunLog, ReadsLinesAcrossMidnightAndKeepsWhatIsNone) {
+    const Log log =
+            LogOf("11-21 23:59:59.400000    24    25 W Tag one: two: words\n"
+                  "11-22 00:00:01.000250 12345 12346 F T: \n\n"
+                  "11-22 00:00:02.000000 1 1 Q T: no such priority\n"
+                  "11-22 00:00:02.000000 99999999999 1 I T: m\n" +
+                  std::string("\0\xff", 2) + std::string(300'000, 'x') + "\n11-22 00:00:02");
+    ASSERT_THAT(log.lines, SizeIs(7));
+    EXPECT_EQ(TextOf(log.lines[0]), "-100000 24 25 W <Tag one> two: words");
+    EXPECT_EQ(TextOf(log.lines[1]), "1500250 12345 12346 F <T> ");
+    EXPECT_EQ(TextOf(log.lines[2]), "1500250 0 0   <> ");
+    EXPECT_EQ(TextOf(log.lines[3]),
+              "1500250 0 0   <> 11-22 00:00:02.000000 1 1 Q T: no such priority");
+    EXPECT_EQ(log.lines[4].priority, ' ');
+    EXPECT_THAT(log.lines[5].message, EndsWith("x [295906 bytes more]"));
+    EXPECT_EQ(log.lines[6].message, "11-22 00:00:02");
+    EXPECT_EQ(ReadLog(m_folder.path("none")).Error(),
+              m_folder.path("none") + ": cannot open: No such file or directory");
+    EXPECT_EQ(ReadLog(m_folder.path()).Error(), m_folder.path() + ": is not a regular file");
+}
+
+TEST_F(RunLog, KeepsBothEndsAndTheErrorsOfALongLog) {
+    std::string text;
+    for (int line = 0; line < 70'000; ++line) {
+        text += std::string("11-22 00:00:00.000000 1 1 ") + (line % 30'000 == 1 ? 'E' : 'I') +
+                " T: " + std::to_string(line) + "\n";
+    }
+    const Log log = LogOf(text);
+    ASSERT_THAT(log.lines, SizeIs(2 * kKeptAtEachEnd + 1));
+    EXPECT_EQ(log.omitted, 70'000 - log.lines.size());
+    EXPECT_EQ(log.lines[kKeptAtEachEnd - 1].message, "19999");
+    EXPECT_EQ(log.lines[kKeptAtEachEnd].message, "30001");
+    EXPECT_EQ(log.lines[kKeptAtEachEnd + 1].message, "50000");
+}
+
+TEST_F(RunLog, OrdersCallsByTheirStartAndCountsDamagedLines) {
+    const std::string file = File(
+            "00:00:02.000000 24 <- 7/peer a.b.ICallback.notify oneway 184 bytes 1 fds 44 us DEAD\n"
+            "00:00:01.000000 25 -> 2/manager ?.(descriptor) 0 bytes 0 fds 58 us OK\n"
+            "00:00:03.000000 24 -> 2/manager a.b.C.d 10 bytes 0 fds 5\n\n00:00:03.000000 24");
+    const Trace trace = ReadTrace(file).Value();
+    EXPECT_EQ(trace.unreadable, 3u);
+    Words calls;
+    for (const Call& call : trace.calls) {
+        calls.push_back((call.incoming ? "in " : "out ") + std::to_string(call.startUs) + " " +
+                        std::to_string(call.pid) + " " + call.peer + " " + call.interface + " " +
+                        call.method + (call.oneway ? " oneway " : " ") +
+                        std::to_string(call.bytes) + " " + std::to_string(call.descriptors) + " " +
+                        std::to_string(call.durationUs) + " " + call.status);
+    }
+    EXPECT_THAT(calls, ElementsAre("out -1000000 25 2/manager ? (descriptor) 0 0 58 OK",
+                                   "in 0 24 7/peer a.b.ICallback notify oneway 184 1 44 DEAD"));
+}
+
+// A run in which everything takes 10 us. A text that begins with '>' or '<' is a call out or in,
+// one with '*' a line of another thread, one with '!' an error.
+struct Made {
+    explicit Made(const Words& texts) {
+        for (const std::string& text : texts) {
+            now += 10;
+            const std::string rest = text.substr(1);
+            if (text[0] == '>' || text[0] == '<') {
+                Call& call = calls.emplace_back();
+                call.startUs = now;
+                call.durationUs = text[0] == '<' ? 50 : 1;
+                call.incoming = text[0] == '<';
+                call.method = rest;
+            } else {
+                Line& line = log.emplace_back();
+                line.timeUs = now;
+                line.tid = text[0] == '*' ? 31 : 24;
+                line.priority = text[0] == '!' ? 'E' : 'I';
+                line.message = text[0] == '*' || text[0] == '!' ? rest : text;
+            }
+        }
+        facts = FindFacts(log);
+    }
+    std::vector<Phase> Phases(bool cutShort = false) const {
+        return FindPhases(log, calls, facts, now + 10, cutShort);
+    }
+    // "NAME", "NAME: DETAIL", with "!" for one that failed, "?" timed out, "#" cut short.
+    Words Texts(bool cutShort = false) const {
+        Words texts;
+        for (const Phase& phase : Phases(cutShort)) {
+            const std::string end(1, " !?#"[static_cast<int>(phase.end)]);
+            texts.push_back((end == " " ? "" : end) + phase.name +
+                            (phase.detail.empty() ? "" : ": " + phase.detail));
+        }
+        return texts;
+    }
+
+    int64_t now = 0;
+    std::vector<Line> log;
+    std::vector<Call> calls;
+    Facts facts;
+};
+
+const Words kRun = {
+        "main: offline camera client connect to service ",
+        "main: offline camera client opMode 0",
+        "OpenOfflineSession",
+        "stream size:2, sizeof(Stream):120",
+        "ProcessOfflineRequest",
+        ">allocate",
+        "buffer allocationsize: 100",
+        "input streamId 3, bufferStride 64, bufferScanline 9 buffer 0x1 width 40, height 30 "
+        "bufferSize  1234567",
+        "LoadOffineSourceRawFrame: open input file /data/x/4.raw",
+        "LoadOffineSourceRawFrame: f_wxf_h 64x0, stridexscanline 64x0, f_off 0,",
+        ">allocate",
+        ">allocate",
+        "output streamId 1, bufferStride 64, bufferScanline 9, buffer 0x1 width 40, height 30 "
+        "bufferSize  20",
+        "WaitForShutter frame 1 time 5000",
+        "*notify: callback notify",
+        "WaitForShutter frame 1 received 0",
+        "WaitForResult result timeout_ms 5000",
+        "<requestStreamBuffers",
+        ">allocate",
+        "WaitForResult received is 1",
+        "WaitCaptureResultCompleted status is 0",
+        "CloseOfflineSession"};
+
+TEST_F(RunLog, TellsTheStepsOfARun) {
+    const Made run(kRun);
+    EXPECT_THAT(run.Texts(),
+                ElementsAre("device", "start-up", "open", "configure: 2 streams", "fill",
+                            "allocate: input stream 3: 40 × 30, 1,234,567 bytes", "fill: 4.raw",
+                            "allocate", "allocate: output stream 1: 40 × 30, 20 bytes",
+                            "?shutter: waits 5000 ms at most", "result: waits 5000 ms at most",
+                            "close"));
+    int64_t end = 0;
+    for (const Phase& phase : run.Phases()) {
+        EXPECT_EQ(phase.startUs, end);
+        EXPECT_EQ(phase.waits, phase.name == "shutter" || phase.name == "result");
+        end = phase.endUs;
+    }
+    EXPECT_EQ(end, run.now + 10);
+    // A clock that jumps leaves every step within the run.
+    EXPECT_EQ(FindPhases(run.log, {}, run.facts, 25, false).back().endUs, 25);
+    EXPECT_THAT(FindPhases({}, run.calls, {}, 25, false), IsEmpty());
+
+    EXPECT_THAT(
+            Made({"main: offline camera client opMode 0", "stream size:2", "!FAILED"}).Texts(true),
+            ElementsAre("device", "!open: no session was opened", "#configure: 2 streams"));
+}
+
+TEST_F(RunLog, TellsTheFactsOfARun) {
+    Made run(kRun);
+    EXPECT_TRUE(run.facts.sessionOpened && run.facts.sessionClosed);
+    EXPECT_EQ(run.facts.resultStatus, 0);
+    ASSERT_THAT(run.facts.waits, SizeIs(2));
+    EXPECT_TRUE(run.facts.waits[0].forShutter && run.facts.waits[0].TimedOut());
+    EXPECT_EQ(*run.facts.waits[0].endUs - run.facts.waits[0].startUs, 20);
+    EXPECT_TRUE(!run.facts.waits[1].forShutter && run.facts.waits[1].received);
+    ASSERT_THAT(run.facts.sources, SizeIs(1));
+    EXPECT_EQ(run.facts.sources[0].path, "/data/x/4.raw");
+    EXPECT_TRUE(run.facts.sources[0].leftUnread);
+
+    // What came before the wait is not waited for, and has no line of its own.
+    run = Made({"WaitForShutter frame 1 time 5000", "WaitForResult result timeout_ms 5000", "!a",
+                "!b", "!a"});
+    ASSERT_THAT(run.facts.waits, SizeIs(2));
+    EXPECT_TRUE(run.facts.waits[0].received);
+    EXPECT_FALSE(run.facts.waits[1].endUs);
+    EXPECT_EQ(run.facts.errorCount, 3u);
+    EXPECT_EQ(run.facts.lastError, ": a");
+    const std::vector<Error> errors = DifferentErrors(run.log);
+    ASSERT_THAT(errors, SizeIs(2));
+    EXPECT_EQ(errors[0].line.message, "a");
+    EXPECT_EQ(errors[0].count, 2u);
+}
+
+}  // namespace
+}  // namespace runlog

@@ -1,0 +1,222 @@
+// Reports of real runs and of damaged input, by their JSON; and the page in a browser.
+
+#include <gmock/gmock.h>
+
+#include <fstream>
+#include <nlohmann/json.hpp>
+
+#include "tests/end_to_end/device_run.h"
+
+namespace runreport {
+namespace {
+
+using end_to_end::Finished;
+using end_to_end::runProgram;
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::Not;
+using ::testing::SizeIs;
+using ::testing::StartsWith;
+using Json = nlohmann::json;
+using Words = std::vector<std::string>;
+
+// Compares the picture in the page, in the file "base64", with the frame's own picture, which
+// offlineframes scales to its size. Words: offlineframes, folder, frame, width, height.
+constexpr char kCompare[] = R"(
+    cd "$1" && rm -f big.png scaled.* && base64 -d base64 >small.jpg || exit
+    "$0" view --as-stored "$2" big.png 2>/dev/null || "$0" view "$2" big.png || exit
+    shape="--format nv12 --size $3x$4 --stride $3 --scanlines $4"
+    "$0" pack $shape big.png scaled.yuv && "$0" view $shape scaled.yuv scaled.png || exit
+    "$0" compare small.jpg scaled.png)";
+
+class Report : public ::testing::Test {
+  protected:
+    std::string Path(const std::string& name) const { return m_folder.path(name); }
+
+    // Runs the tool in the stand-in device and makes its report.
+    Json OfRun(const Words& options, const std::string& mode) {
+        const std::string started = std::to_string(time(nullptr));
+        const auto run = m_device.with(options).with({"--trace", Path("trace")}).tool({"-t", mode});
+        const std::string folder = m_device.folder();
+        Words words = {"--log=" + folder + "/tool.log",
+                       "--device-log=" + folder + "/device.log",
+                       "--trace=" + Path("trace"),
+                       "--data=" + folder,
+                       "--started=" + started,
+                       "--ended=" + std::to_string(time(nullptr) + 1),
+                       "--status=" + std::to_string(run.status)};
+        for (const std::string& option : options) words.push_back("--option=" + option);
+        for (const auto& [name, size] : run.dumps) {
+            words.push_back("--dump=" + m_device.dumpPath(name));
+        }
+        words.insert(words.end(), {"--", "vexofflinecameratest", "-t", mode});
+        return Make(words);
+    }
+
+    // The lines of --summary go to m_summary.
+    Json Make(Words words) {
+        words.insert(words.begin(), {RUNREPORT, "--summary", "--html=" + Path("report.html"),
+                                     "--json=" + Path("report.json")});
+        const Finished made = runProgram(words);
+        EXPECT_EQ(made.status, 0) << made.err;
+        m_summary = made.err;
+        return Json::parse(end_to_end::readFile(Path("report.json")), nullptr, false);
+    }
+
+    // dB between the frame's reduced picture and its own, scaled.
+    double Likeness(const Json& frame) const {
+        const std::string url = frame["picture"];
+        std::ofstream(Path("base64")) << url.substr(url.find(',') + 1);
+        const Finished compared =
+                runProgram({"sh", "-c", kCompare, OFFLINEFRAMES, Path(""), frame["path"],
+                            frame["pictureWidth"].dump(), frame["pictureHeight"].dump()});
+        EXPECT_EQ(compared.status, 0) << compared.err;
+        return atof(compared.out.c_str() + compared.out.find("all ") + 4);
+    }
+
+    const TemporaryFolder m_folder{"a report"};
+    end_to_end::DeviceRun m_device;
+    std::string m_summary;
+};
+
+TEST_F(Report, TellsEveryStepOfAGoodRun) {
+    const Json report = OfRun({"--planes"}, "B2Y");
+    EXPECT_EQ(m_summary, "");
+    EXPECT_EQ(report["run"]["options"], Json({"--planes"}));
+    EXPECT_EQ(report["run"]["command"], Json({"vexofflinecameratest", "-t", "B2Y"}));
+    EXPECT_EQ(report["run"]["durationUs"], report["phases"].back()["endUs"]);
+    EXPECT_EQ(report["missing"], Json::array());
+    EXPECT_EQ(report["problems"], Json::array());
+    Words phases;
+    for (const Json& phase : report["phases"]) phases.push_back(phase["name"]);
+    EXPECT_THAT(phases,
+                ElementsAre("device", "start-up", "open", "configure", "fill", "allocate", "fill",
+                            "allocate", "submit", "shutter", "result", "dump", "close", "exit"));
+    EXPECT_GT(report["calls"].size(), 10u);
+    ASSERT_THAT(report["sources"], SizeIs(1));
+    ASSERT_THAT(report["dumps"], SizeIs(1));
+    const Json& source = report["sources"][0];
+    EXPECT_EQ(source["format"].dump() + source["width"].dump() + source["stride"].dump(),
+              "\"RAW10\"40965120");
+    const Json& dump = report["dumps"][0];
+    EXPECT_EQ(dump["bytes"], 18874368);
+    EXPECT_EQ(dump["format"].dump() + dump["height"].dump() + dump["scanlines"].dump(),
+              "\"NV12\"30003072");
+    EXPECT_GT(Likeness(dump), 27);
+}
+
+TEST_F(Report, ShowsReducedPicturesAndTellsOfEmptyFrames) {
+    const Json report = OfRun({}, "Y2J");
+    ASSERT_THAT(report["sources"], SizeIs(1));
+    ASSERT_THAT(report["dumps"], SizeIs(1));
+    EXPECT_EQ(report["sources"][0]["leftUnread"], true);
+    EXPECT_EQ(report["problems"].back()["text"], "The input frames were left empty");
+    EXPECT_EQ(report["problems"].back()["phase"], "fill");
+    EXPECT_THAT(m_summary, StartsWith("run: the input frames were left empty: "));
+    EXPECT_EQ(report["dumps"][0]["width"], 4000);
+    EXPECT_NE(report["dumps"][0]["picture"], "");
+
+    std::ofstream(Path("photo")) << "P6 3 2 255 \xff\x20\x10\x40\xc0\x20\x30\x30\xff"
+                                    "\xff\xff\xff\x80\x80\x80\x20\x10\x10";
+    for (const char* name : {"small.raw", "thin.yuv"}) {
+        runProgram({OFFLINEFRAMES, "pack", "--format", name[0] == 's' ? "raw10" : "nv12", "--size",
+                    name[0] == 's' ? "4096x3072" : "4000x2", Path("photo"), Path(name)});
+    }
+    const Json frames =
+            Make({"--dump=" + Path("small.raw"), "--dump=" + Path("thin.yuv")})["dumps"];
+    EXPECT_GT(Likeness(frames[0]), 40);
+    EXPECT_EQ(frames[1]["picture"], "");
+    EXPECT_NE(frames[1]["note"], "");
+}
+
+TEST_F(Report, ExplainsAFailedRun) {
+    const Json report = OfRun({"--fault", "configure-error"}, "B2Y");
+    Words problems;
+    for (const Json& problem : report["problems"]) {
+        problems.push_back(problem["severity"].get<std::string>() + " in " +
+                           problem["phase"].get<std::string>() + ": " +
+                           problem["text"].get<std::string>());
+        EXPECT_FALSE(problem["cause"] == "" || problem["cure"] == "") << problem;
+    }
+    EXPECT_THAT(problems, ElementsAre("error in configure: configureOfflineStreams refused: fault "
+                                      "switched on",
+                                      "error in configure: ConfigureOfflineStreams, FAILED..."));
+    EXPECT_THAT(m_summary,
+                HasSubstr("run: no file was written\nrun: the last one of 1 errors in "));
+    EXPECT_THAT(m_summary, HasSubstr("tool.log: OfflineCameraClient: ConfigureOfflineStreams, FA"));
+}
+
+TEST_F(Report, TellsWhereARunCrashed) {
+    const Json report = OfRun({"--no-service"}, "B2Y");
+    EXPECT_EQ(report["run"]["ending"], "signal");
+    EXPECT_EQ(report["phases"].back()["end"], "cut-short");
+    EXPECT_THAT(report["problems"].back()["text"], StartsWith("The run was ended by SIG"));
+    EXPECT_NE(report["problems"].back()["cure"], "");
+    EXPECT_THAT(m_summary, StartsWith("run: the tool was ended by signal "));
+}
+
+TEST_F(Report, NamesWhatItCouldNotRead) {
+    OfRun({}, "callback");
+    EXPECT_EQ(m_summary, "");  // no session was opened: no file to expect
+    const Json report = Make({"--log=" + Path("none"), "--trace=" + Path(""),
+                              "--dump=" + Path("gone.jpg"), "--status=255", "--", "x"});
+    EXPECT_EQ(report["missing"], Json({Path("none") + ": cannot open: No such file or directory",
+                                       Path("") + ": is not a regular file"}));
+    EXPECT_THAT(report["dumps"][0]["note"], HasSubstr("gone.jpg: cannot open"));
+    EXPECT_EQ(report["run"]["ending"], "usage-error");
+    EXPECT_EQ(runProgram({RUNREPORT, "--html=" + Path("")}).status, 1);
+    EXPECT_EQ(runProgram({RUNREPORT, "--json=" + Path("")}).status, 1);
+    EXPECT_EQ(runProgram({RUNREPORT, "--started=soon", "--summary"}).status, 2);
+}
+
+// A hand for the timeline of a run of one second: it notes the numbers of the axis at each step.
+constexpr char kHand[] = R"(<script>
+const words = (selector) => [...document.querySelectorAll(selector)].map((one) => one.textContent);
+const steps = [];
+const note = () => steps.push(words('.axis span').filter(Boolean).join(' '));
+const hand = document.querySelector('.lanes');
+hand.setPointerCapture = () => {};  // there is no real pointer to capture
+const [zoomIn, zoomOut] = document.querySelectorAll('#timeline button');
+const point = (type, part) => {
+    const {left, width} = document.querySelector('.plot').getBoundingClientRect();
+    hand.dispatchEvent(new PointerEvent(type, {button: 0, clientX: left + part * width}));
+};
+const drag = (from, to) => { point('pointerdown', from); point('pointerup', to); };
+note(); zoomIn.click(); note(); zoomOut.click(); note();
+drag(0.8, 0.4); note(); hand.dispatchEvent(new MouseEvent('dblclick')); note();
+const seen = {steps, lines: words('.message'), verdict: words('h1'), problems: words('article h3')};
+document.body.append(`FACTS${JSON.stringify(seen)}FACTS`);
+</script>)";
+
+TEST_F(Report, IsAPageThatLetsNothingActAsMarkup) {
+    const std::string script = "</script><script>console.error('ran')</script><!--<script>";
+    const std::string image = "<img src=x onerror=console.error('ran')>";
+    std::ofstream(Path("run.log"))
+            << "11-21 21:58:30.041711    24    24 I T: a line\n"
+            << "11-21 21:58:30.041711    24    24 E " << image << ": " << script << "\n"
+            << "11-21 21:58:30.041712    24    24 E T: \xff\xfe " << image << "\n";
+    std::ofstream(Path("a\"'<b>.yuv")) << "short";
+    Make({"--started=1000", "--ended=1001", "--log=" + Path("run.log"),
+          "--dump=" + Path("a\"'<b>.yuv"), "--option=" + script, "--", "x", image});
+    std::ofstream(Path("report.html"), std::ios::app) << kHand;
+    const Finished shown =
+            runProgram({"chromium", "--headless", "--no-sandbox", "--disable-gpu", "--disable-quic",
+                        "--no-first-run", "--disable-background-networking",
+                        "--disable-component-update", "--disable-sync", "--disable-dev-shm-usage",
+                        "--enable-logging=stderr", "--user-data-dir=" + Path("browser"),
+                        "--dump-dom", "file://" + Path("report.html") + "#priority=E&text=onerror"},
+                       {{"HOME", Path("browser")}});
+    EXPECT_THAT(shown.err, Not(HasSubstr("CONSOLE")));
+    EXPECT_THAT(shown.out, Not(HasSubstr("<img src=\"x")));
+    EXPECT_THAT(shown.out, HasSubstr("a\"'&lt;b&gt;.yuv </div>"));
+    const std::string whole = R"("0 200 ms 400 ms 600 ms 800 ms")";
+    EXPECT_THAT(shown.out, HasSubstr(R"(FACTS{"steps":[)" + whole +
+                                     R"(,"300 ms 400 ms 500 ms 600 ms 700 ms",)" + whole +
+                                     R"(,"400 ms 500 ms 600 ms 700 ms",)" + whole + "]"));
+    EXPECT_THAT(shown.out, HasSubstr(R"("lines":["&lt;/script&gt;&lt;script&gt;console)"));
+    EXPECT_THAT(shown.out,
+                HasSubstr(R"("verdict":["Finished with 2 errors"],"problems":["&lt;/s)"));
+}
+
+}  // namespace
+}  // namespace runreport
