@@ -19,7 +19,7 @@ namespace hostbinder {
 
 namespace {
 
-constexpr timeval kSendLimit{5, 0};
+constexpr timeval kSocketSendLimit{5, 0};
 constexpr timeval kReceiveLimit{10, 0};
 constexpr int kBacklog = 128;
 
@@ -88,7 +88,7 @@ int ListenSocket(const std::string& name) {
 }
 
 void LimitWaits(int fd) {
-    setsockopt(fd, SOL_SOCKET, SO_SNDTIMEO, &kSendLimit, sizeof(kSendLimit));
+    setsockopt(fd, SOL_SOCKET, SO_SNDTIMEO, &kSocketSendLimit, sizeof(kSocketSendLimit));
     setsockopt(fd, SOL_SOCKET, SO_RCVTIMEO, &kReceiveLimit, sizeof(kReceiveLimit));
 }
 
