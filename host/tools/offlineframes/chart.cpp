@@ -313,7 +313,7 @@ void DrawHeader(Canvas& canvas, PictureSize visible) {
 
 void DrawColourPatches(Canvas& canvas) {
     canvas.RoundedBox({105, 395, 1230, 2070}, 24, kDark);
-    for (const ChartPatch& patch : chartPatches()) canvas.Fill(patch.box, patch.colour);
+    for (const ChartPatch& patch : ChartPatches()) canvas.Fill(patch.box, patch.colour);
 }
 
 void DrawStar(Canvas& canvas) {
@@ -385,7 +385,7 @@ void DrawRamp(Canvas& canvas, const ChartFrame& frame) {
     canvas.ShadePixels(kChartRampBox, [&](int x, int) {
         const uint32_t sensorX = std::min(static_cast<uint32_t>(x + static_cast<int>(frame.left)),
                                           frame.sensor.width - 1);
-        const int level = chartRampLevel(sensorX, frame.sensor.width);
+        const int level = RampLevel(sensorX, frame.sensor.width);
         const int linear = imaging::LinearFromRaw(level, imaging::Channel::kGreen);
         const uint8_t tone = imaging::ToneFromLinear(linear);
         return Colour{tone, tone, tone};
@@ -416,18 +416,18 @@ Picture Draw(const ChartFrame& frame, PictureSize size, uint32_t left, uint32_t 
 
 }  // namespace
 
-ChartFrame chartOnSensor(PictureSize sensor) {
+ChartFrame ChartOnSensor(PictureSize sensor) {
     // 250 / 256 of the sensor is visible: 4000 of 4096, 3000 of 3072.
     return Centred(sensor, {std::max(2u, Even(sensor.width * 250.0 / 256)),
                             std::max(2u, Even(sensor.height * 250.0 / 256))});
 }
 
-ChartFrame chartOfVisible(PictureSize visible) {
+ChartFrame ChartOfVisible(PictureSize visible) {
     return Centred({Even(visible.width * 256.0 / 250), Even(visible.height * 256.0 / 250)},
                    visible);
 }
 
-ChartRamp chartRamp(const ChartFrame& frame) {
+ChartRamp RampOf(const ChartFrame& frame) {
     // The rows whose middles are in the ramp's box, as the canvas counts them.
     const auto row = [&](double v) {
         return static_cast<uint32_t>(
@@ -436,7 +436,7 @@ ChartRamp chartRamp(const ChartFrame& frame) {
     return {row(kChartRampBox.top), row(kChartRampBox.bottom)};
 }
 
-std::array<ChartPatch, kChartPatches> chartPatches() {
+std::array<ChartPatch, kChartPatches> ChartPatches() {
     constexpr Colour kColours[kChartPatches] = {
             {230, 30, 40},   {40, 170, 60},   {40, 70, 200},   {235, 205, 40},   // primaries
             {200, 50, 140},  {30, 160, 190},  {240, 130, 40},  {110, 60, 150},   //
@@ -454,11 +454,11 @@ std::array<ChartPatch, kChartPatches> chartPatches() {
     return patches;
 }
 
-Picture drawSensorChart(const ChartFrame& frame) {
+Picture DrawSensorChart(const ChartFrame& frame) {
     return Draw(frame, frame.sensor, frame.left, frame.top);
 }
 
-Picture drawVisibleChart(const ChartFrame& frame) {
+Picture DrawVisibleChart(const ChartFrame& frame) {
     return Draw(frame, frame.visible, 0, 0);
 }
 

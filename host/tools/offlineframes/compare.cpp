@@ -18,10 +18,10 @@ double PsnrOf(uint64_t squares, uint64_t samples) {
 
 }  // namespace
 
-base::Result<Comparison> comparePictures(const Picture& a, const Picture& b) {
+base::Result<Comparison> ComparePictures(const Picture& a, const Picture& b) {
     if (a.width != b.width || a.height != b.height) {
-        return base::Failure{"the pictures differ in size: " + describe({a.width, a.height}) +
-                             " and " + describe({b.width, b.height})};
+        return base::Failure{"the pictures differ in size: " + Describe({a.width, a.height}) +
+                             " and " + Describe({b.width, b.height})};
     }
     Comparison result = {};
     uint64_t squares[3] = {};

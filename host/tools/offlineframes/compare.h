@@ -22,6 +22,6 @@ struct Comparison {
 };
 
 // Fails, naming both sizes, when they differ.
-base::Result<Comparison> comparePictures(const Picture& a, const Picture& b);
+base::Result<Comparison> ComparePictures(const Picture& a, const Picture& b);
 
 }  // namespace offlineframes

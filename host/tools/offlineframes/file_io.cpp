@@ -71,7 +71,7 @@ int MoveIntoPlace(const std::string& temporary, const std::string& path, Existin
 
 }  // namespace
 
-base::Result<Bytes> readFile(const std::string& path) {
+base::Result<Bytes> ReadFile(const std::string& path) {
     // O_NONBLOCK: opening a pipe without a writer must not hang.
     const Descriptor file = {open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK)};
     if (file.fd < 0) return SystemFailure(path, "cannot open");
@@ -93,7 +93,7 @@ base::Result<Bytes> readFile(const std::string& path) {
     return base::Failure{path + ": became shorter while it was read"};
 }
 
-base::Result<base::Done> checkWritable(const std::string& path, Existing existing) {
+base::Result<base::Done> CheckWritable(const std::string& path, Existing existing) {
     if (path.empty()) return base::Failure{"the output name is empty"};
     struct stat info = {};
     if (lstat(path.c_str(), &info) == 0) {
@@ -113,8 +113,8 @@ base::Result<base::Done> checkWritable(const std::string& path, Existing existin
     return base::Done{};
 }
 
-base::Result<base::Done> writeFile(const std::string& path, const Bytes& bytes, Existing existing) {
-    const base::Result<base::Done> check = checkWritable(path, existing);
+base::Result<base::Done> WriteFile(const std::string& path, const Bytes& bytes, Existing existing) {
+    const base::Result<base::Done> check = CheckWritable(path, existing);
     if (!check.Ok()) return check;
     const SignalsHeldBack signals;
     // In the folder of `path` (npos + 1 is 0), and short however long the name of `path` is.

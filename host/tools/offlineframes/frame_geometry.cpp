@@ -44,7 +44,7 @@ std::optional<uint32_t> BracketedNumber(const std::string& name, const std::stri
 
 }  // namespace
 
-const char* formatName(FrameFormat format) {
+const char* FormatName(FrameFormat format) {
     return format == FrameFormat::kRaw10 ? "raw10" : "nv12";
 }
 
@@ -53,17 +53,17 @@ bool operator==(const FrameGeometry& a, const FrameGeometry& b) {
            a.scanlines == b.scanlines;
 }
 
-std::string describe(PictureSize size) {
+std::string Describe(PictureSize size) {
     return std::to_string(size.width) + "x" + std::to_string(size.height);
 }
 
-std::string describe(const FrameGeometry& geometry) {
-    return std::string(formatName(geometry.format)) + " " + describe(geometry.size) + ", stride " +
+std::string Describe(const FrameGeometry& geometry) {
+    return std::string(FormatName(geometry.format)) + " " + Describe(geometry.size) + ", stride " +
            std::to_string(geometry.stride) + ", " + std::to_string(geometry.scanlines) +
            " scan lines";
 }
 
-FrameGeometry allocatorGeometry(FrameFormat format, PictureSize size) {
+FrameGeometry AllocatorGeometry(FrameFormat format, PictureSize size) {
     graphics::BufferDescription description;
     description.width = size.width;
     description.height = size.height;
@@ -78,17 +78,17 @@ FrameGeometry allocatorGeometry(FrameFormat format, PictureSize size) {
     return geometry;
 }
 
-PictureSize defaultSize(FrameFormat format) {
+PictureSize DefaultSize(FrameFormat format) {
     return format == FrameFormat::kRaw10 ? PictureSize{4096, 3072} : PictureSize{4000, 3000};
 }
 
-base::Result<size_t> frameBytes(const FrameGeometry& geometry) {
+base::Result<size_t> FrameBytes(const FrameGeometry& geometry) {
     const bool raw = geometry.format == FrameFormat::kRaw10;
     const auto refuse = [&](const std::string& why) {
-        return base::Failure{describe(geometry) + ": " + why};
+        return base::Failure{Describe(geometry) + ": " + why};
     };
     const PictureSize size = geometry.size;
-    if (!isUsableSize(size.width, size.height)) {
+    if (!IsUsableSize(size.width, size.height)) {
         return refuse("the picture must be 1 to " + std::to_string(kMaxSide) +
                       " pixels a side and at most " + std::to_string(kMaxPixels) + " in all");
     }
@@ -116,22 +116,22 @@ base::Result<size_t> frameBytes(const FrameGeometry& geometry) {
     return static_cast<size_t>(bytes);
 }
 
-std::optional<FrameGeometry> geometryOfFileSize(FrameFormat format, uint64_t bytes) {
+std::optional<FrameGeometry> GeometryOfFileSize(FrameFormat format, uint64_t bytes) {
     for (const auto& known : kKnownFrames) {
         if (known.format != format) continue;
         const auto row = static_cast<uint32_t>(RowBytes(format, known.size.width));
         const FrameGeometry unpadded = {format, known.size, row, known.size.height};
-        for (const FrameGeometry& geometry : {allocatorGeometry(format, known.size), unpadded}) {
-            const base::Result<size_t> expected = frameBytes(geometry);
+        for (const FrameGeometry& geometry : {AllocatorGeometry(format, known.size), unpadded}) {
+            const base::Result<size_t> expected = FrameBytes(geometry);
             if (expected.Ok() && expected.Value() == bytes) return geometry;
         }
     }
     return std::nullopt;
 }
 
-PictureSize pictureInPadding(FrameFormat format, uint32_t stride, uint32_t scanlines) {
+PictureSize PictureInPadding(FrameFormat format, uint32_t stride, uint32_t scanlines) {
     for (const auto& known : kKnownFrames) {
-        const FrameGeometry padded = allocatorGeometry(format, known.size);
+        const FrameGeometry padded = AllocatorGeometry(format, known.size);
         if (known.format == format && padded.stride == stride && padded.scanlines == scanlines) {
             return known.size;
         }
@@ -140,7 +140,7 @@ PictureSize pictureInPadding(FrameFormat format, uint32_t stride, uint32_t scanl
     return {whole, scanlines / 2 * 2};
 }
 
-std::optional<DumpName> parseDumpName(const std::string& path) {
+std::optional<DumpName> ParseDumpName(const std::string& path) {
     const std::string name = LastComponent(path);
     if (name.rfind("OfflineAidl_CameraId_", 0) != 0 || name.size() < 4) return std::nullopt;
     const std::string ending = name.substr(name.size() - 4);
@@ -157,9 +157,9 @@ std::optional<DumpName> parseDumpName(const std::string& path) {
     return dump;
 }
 
-std::optional<FrameGeometry> sourceFileGeometry(const std::string& path) {
+std::optional<FrameGeometry> SourceFileGeometry(const std::string& path) {
     for (const auto& known : kKnownFrames) {
-        if (LastComponent(path) == known.name) return allocatorGeometry(known.format, known.size);
+        if (LastComponent(path) == known.name) return AllocatorGeometry(known.format, known.size);
     }
     return std::nullopt;
 }

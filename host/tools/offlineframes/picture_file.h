@@ -12,13 +12,13 @@ namespace offlineframes {
 enum class PictureType { kPng, kJpeg, kPpm };
 
 // Tells the type by the first bytes. Fails, naming `name`, when it is none of the three.
-base::Result<PictureType> pictureType(const Bytes& bytes, const std::string& name);
+base::Result<PictureType> TypeOf(const Bytes& bytes, const std::string& name);
 
 // Reads a picture, turned upright by its EXIF orientation, as 8-bit RGB over black. A damaged or
 // too large one is an error.
-base::Result<Picture> readPicture(const std::string& path);
+base::Result<Picture> ReadPicture(const std::string& path);
 // The same for the bytes of the file `path`, already read.
-base::Result<Picture> decodePicture(const Bytes& bytes, const std::string& path);
+base::Result<Picture> DecodePicture(const Bytes& bytes, const std::string& path);
 
 // Bytes after the JPEG's end marker are ignored; a damaged stream or one that ends before its end
 // marker is an error. `name` is for messages.
@@ -30,13 +30,13 @@ struct JpegPicture {
 };
 // With `leastWidth`, `picture` is reduced in eighths while it stays at least that wide; that costs
 // a fraction of the time.
-base::Result<JpegPicture> decodeJpeg(const Bytes& bytes, const std::string& name,
+base::Result<JpegPicture> DecodeJpeg(const Bytes& bytes, const std::string& name,
                                      uint32_t leastWidth = 0);
 
 // Turns and mirrors a picture stored with this EXIF orientation upright.
-Picture makeUpright(Picture picture, int orientation);
+Picture MakeUpright(Picture picture, int orientation);
 
 // Fails, naming `name`, without memory.
-base::Result<Bytes> encodePng(const Picture& picture, const std::string& name);
+base::Result<Bytes> EncodePng(const Picture& picture, const std::string& name);
 
 }  // namespace offlineframes

@@ -57,7 +57,7 @@ Option FormatOption(const char* help, std::optional<FrameFormat>* format) {
     return {"--format", "raw10|nv12", help,
             [format](const std::string& word) -> base::Result<base::Done> {
                 for (const FrameFormat known : {FrameFormat::kRaw10, FrameFormat::kNv12}) {
-                    if (word == formatName(known)) *format = known;
+                    if (word == FormatName(known)) *format = known;
                 }
                 if (!*format) return base::Failure{"raw10 or nv12"};
                 return base::Done{};
@@ -72,7 +72,7 @@ Option SizeOption(const char* help, std::optional<PictureSize>* size) {
                 const char* const cross = width.ptr;
                 if (cross != end && *cross == 'x' &&
                     std::from_chars(cross + 1, end, read.height).ptr == end &&
-                    isUsableSize(read.width, read.height)) {
+                    IsUsableSize(read.width, read.height)) {
                     *size = read;
                     return base::Done{};
                 }
@@ -112,25 +112,25 @@ Existing ExistingOf(bool force) {
 base::Result<Report> Pack(const Words& words, const PackOptions& options) {
     if (options.seed && !options.sigma) return base::Failure{"--seed needs --noise", true};
     const FrameFormat format = options.format.value_or(FrameFormat::kRaw10);
-    FrameGeometry geometry = allocatorGeometry(format, options.size.value_or(defaultSize(format)));
+    FrameGeometry geometry = AllocatorGeometry(format, options.size.value_or(DefaultSize(format)));
     if (options.stride) geometry.stride = static_cast<uint32_t>(*options.stride);
     if (options.scanlines) geometry.scanlines = static_cast<uint32_t>(*options.scanlines);
-    const base::Result<size_t> size = frameBytes(geometry);
+    const base::Result<size_t> size = FrameBytes(geometry);
     if (!size.Ok()) return base::Failure{size.Error(), true};
     const std::string& output = words[1];
-    const base::Result<base::Done> writable = checkWritable(output, ExistingOf(options.force));
+    const base::Result<base::Done> writable = CheckWritable(output, ExistingOf(options.force));
     if (!writable.Ok()) return writable.GetFailure();
     const Noise noise = {options.sigma.value_or(0), options.seed.value_or(1)};
     std::optional<Picture> photo;
     if (words[0] != "chart") {
-        base::Result<Picture> read = readPicture(words[0]);
+        base::Result<Picture> read = ReadPicture(words[0]);
         if (!read.Ok()) return read.GetFailure();
         photo = std::move(read).Value();
     }
     const base::Result<base::Done> written =
-            writeFile(output, makeFrame(photo, geometry, noise), ExistingOf(options.force));
+            WriteFile(output, MakeFrame(photo, geometry, noise), ExistingOf(options.force));
     if (!written.Ok()) return written.GetFailure();
-    return Report{"", output + ": " + describe(geometry) + ", " + std::to_string(size.Value()) +
+    return Report{"", output + ": " + Describe(geometry) + ", " + std::to_string(size.Value()) +
                               " bytes\n"};
 }
 
@@ -159,16 +159,16 @@ base::Result<Report> MakeSources(const Words& words, const std::string& from) {
     std::optional<Picture> photo;
     char fit[160] = "";
     if (!from.empty()) {
-        base::Result<Picture> read = readPicture(from);
+        base::Result<Picture> read = ReadPicture(from);
         if (!read.Ok()) return read.GetFailure();
         photo = std::move(read).Value();
         snprintf(fit, sizeof(fit),
                  ": %u x %u as seen upright, scaled by %.3g to cover %u x %u, the overhang cut "
                  "evenly\n",
-                 photo->width, photo->height, coveringScale(*photo, kSensorSize), kSensorSize.width,
+                 photo->width, photo->height, CoveringScale(*photo, kSensorSize), kSensorSize.width,
                  kSensorSize.height);
     }
-    const base::Result<std::string> made = makeSources(words[0], photo);
+    const base::Result<std::string> made = MakeSources(words[0], photo);
     if (!made.Ok()) return made.GetFailure();
     return Report{"", (photo ? from + fit : "") + made.Value()};
 }
@@ -187,14 +187,14 @@ Command SourcesCommand() {
 }
 
 base::Result<Report> ViewInput(const Words& words, const ViewOptions& options) {
-    const base::Result<base::Done> writable = checkWritable(words[1], ExistingOf(options.force));
+    const base::Result<base::Done> writable = CheckWritable(words[1], ExistingOf(options.force));
     if (!writable.Ok()) return writable.GetFailure();
-    const base::Result<View> view = viewFile(words[0], options);
+    const base::Result<View> view = ViewFile(words[0], options);
     if (!view.Ok()) return view.GetFailure();
-    const base::Result<Bytes> png = encodePng(view.Value().picture, words[1]);
+    const base::Result<Bytes> png = EncodePng(view.Value().picture, words[1]);
     if (!png.Ok()) return png.GetFailure();
     const base::Result<base::Done> written =
-            writeFile(words[1], png.Value(), ExistingOf(options.force));
+            WriteFile(words[1], png.Value(), ExistingOf(options.force));
     if (!written.Ok()) return written.GetFailure();
     return Report{"", words[0] + ": " + view.Value().description + "\n"};
 }
@@ -227,11 +227,11 @@ std::string Decibels(double psnr) {
 base::Result<Report> Compare(const Words& words, const ViewRequest& request) {
     Picture pictures[2];
     for (size_t i = 0; i < 2; ++i) {
-        base::Result<View> view = viewFile(words[i], request);
+        base::Result<View> view = ViewFile(words[i], request);
         if (!view.Ok()) return view.GetFailure();
         pictures[i] = std::move(view).Value().picture;
     }
-    const base::Result<Comparison> compared = comparePictures(pictures[0], pictures[1]);
+    const base::Result<Comparison> compared = ComparePictures(pictures[0], pictures[1]);
     if (!compared.Ok()) return base::Failure{words[0] + ", " + words[1] + ": " + compared.Error()};
     const Comparison& result = compared.Value();
     std::string text = "PSNR  red " + Decibels(result.channelPsnr[0]) + "  green " +
@@ -241,7 +241,7 @@ base::Result<Report> Compare(const Words& words, const ViewRequest& request) {
     if (result.largest > 0) {
         constexpr const char* kNames[3] = {"red", "green", "blue"};
         const auto sample = [&](const Picture& picture) {
-            return std::to_string(picture.pixel(result.x, result.y)[result.channel]);
+            return std::to_string(picture.Pixel(result.x, result.y)[result.channel]);
         };
         text += std::string(" in ") + kNames[result.channel] + " at x " + std::to_string(result.x) +
                 ", y " + std::to_string(result.y) + ": " + sample(pictures[0]) + " and " +
@@ -313,7 +313,7 @@ base::Result<Report> RunCommand(const Command& command, const std::vector<std::s
 
 }  // namespace
 
-int runProgram(const std::vector<std::string>& words) {
+int RunProgram(const std::vector<std::string>& words) {
     const std::vector<Command> commands = {PackCommand(), SourcesCommand(), ViewCommand(),
                                            CompareCommand()};
     if (words.empty()) return Misuse("no command given", "");

@@ -7,12 +7,12 @@ namespace offlineframes {
 
 // Scales `photo` until it covers `size` and cuts the overhang off evenly on both sides. A photo
 // that shrinks is averaged over areas, so that fine detail does not alias.
-Picture fitPicture(const Picture& photo, PictureSize size);
+Picture FitPicture(const Picture& photo, PictureSize size);
 
-// What fitPicture() scales by: output pixels per pixel of `photo`.
-double coveringScale(const Picture& photo, PictureSize size);
+// What FitPicture() scales by: output pixels per pixel of `photo`.
+double CoveringScale(const Picture& photo, PictureSize size);
 
 // The middle `size` pixels of `picture`, on an even offset. `size` must not be larger.
-Picture centreCrop(const Picture& picture, PictureSize size);
+Picture CentreCrop(const Picture& picture, PictureSize size);
 
 }  // namespace offlineframes

@@ -26,14 +26,14 @@ base::Result<std::string> MakeFile(const std::string& path,
     if (fs::exists(fs::symlink_status(path, unknown))) return path + ": exists, kept\n";
     const base::Result<Bytes> bytes = make();
     if (!bytes.Ok()) return bytes.GetFailure();
-    const base::Result<base::Done> written = writeFile(path, bytes.Value(), Existing::kKeep);
+    const base::Result<base::Done> written = WriteFile(path, bytes.Value(), Existing::kKeep);
     if (!written.Ok()) return written.GetFailure();
     return path + ": made, " + std::to_string(bytes.Value().size()) + " bytes\n";
 }
 
 }  // namespace
 
-base::Result<Bytes> makeMetadataDump() {
+base::Result<Bytes> MakeMetadataDump() {
     const int32_t orientation = 0;
     const uint8_t quality = 95;
     const uint8_t thumbnailQuality = 90;
@@ -53,7 +53,7 @@ base::Result<Bytes> makeMetadataDump() {
     return bytes;
 }
 
-base::Result<std::string> makeSources(const std::string& folder,
+base::Result<std::string> MakeSources(const std::string& folder,
                                       const std::optional<Picture>& photo) {
     const std::string frames = folder + "/offlinecameratest";
     const std::string metadata = folder + "/metadata";
@@ -64,18 +64,18 @@ base::Result<std::string> makeSources(const std::string& folder,
     }
     std::optional<Picture> sensor, visible;
     if (photo) {
-        sensor = fitPicture(*photo, kSensorSize);
-        visible = centreCrop(*sensor, kYuvSize);
+        sensor = FitPicture(*photo, kSensorSize);
+        visible = CentreCrop(*sensor, kYuvSize);
     }
     const auto frame = [](const std::optional<Picture>& scene, FrameFormat format,
                           PictureSize size) {
-        return [=, &scene] { return makeFrame(scene, allocatorGeometry(format, size), {}); };
+        return [=, &scene] { return MakeFrame(scene, AllocatorGeometry(format, size), {}); };
     };
     const std::pair<std::string, std::function<base::Result<Bytes>()>> files[] = {
             {frames + "/4096_3072_RAW10.raw", frame(sensor, FrameFormat::kRaw10, kSensorSize)},
             {frames + "/4000_3000_NV12.yuv", frame(visible, FrameFormat::kNv12, kYuvSize)},
             {frames + "/mmf_fd.yuv", frame(photo, FrameFormat::kNv12, kFaceSize)},
-            {metadata + "/original_dump.bin", makeMetadataDump},
+            {metadata + "/original_dump.bin", MakeMetadataDump},
     };
     std::string lines;
     for (const auto& [path, make] : files) {

@@ -18,11 +18,11 @@ inline constexpr PictureSize kSensorSize = {4096, 3072};
 // The two large frames show the same scene: the NV12 one is what development cuts from the mosaic.
 // The scene is `photo`, or the chart. Existing files stay as they are. Gives one line for each
 // file.
-base::Result<std::string> makeSources(const std::string& folder,
+base::Result<std::string> MakeSources(const std::string& folder,
                                       const std::optional<Picture>& photo);
 
 // One packed camera metadata blob with the JPEG settings of a request: orientation 0, quality 95,
 // thumbnail quality 90, thumbnail size 0 x 0 (none).
-base::Result<Bytes> makeMetadataDump();
+base::Result<Bytes> MakeMetadataDump();
 
 }  // namespace offlineframes

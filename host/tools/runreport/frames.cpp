@@ -26,7 +26,7 @@ std::string HostPath(const std::string& path, const std::string& dataFolder) {
 }
 
 void ExamineRaster(FrameFormat format, Frame* frame, const Bytes& bytes) {
-    const auto geometry = offlineframes::resolveGeometry(frame->path, format, {}, bytes.size());
+    const auto geometry = offlineframes::ResolveGeometry(frame->path, format, {}, bytes.size());
     if (!geometry.Ok()) {
         frame->note = geometry.Error();
         return;
@@ -49,7 +49,7 @@ void Examine(Frame* frame) {
                     : type == ".jpg" ? "JPEG"
                                      : "";
     if (frame->format.empty()) return;  // not a picture: its name and size are all there is
-    const auto bytes = offlineframes::readFile(frame->path);
+    const auto bytes = offlineframes::ReadFile(frame->path);
     if (!bytes.Ok()) {
         frame->note = bytes.Error();
     } else if (type == ".jpg") {

@@ -140,7 +140,7 @@ void PictureOfFrame(const Bytes& bytes, const FrameGeometry& geometry, Frame* fr
 }
 
 void PictureOfJpeg(const Bytes& file, Frame* frame) {
-    const auto jpeg = offlineframes::decodeJpeg(file, frame->path, kThumbnailWidth);
+    const auto jpeg = offlineframes::DecodeJpeg(file, frame->path, kThumbnailWidth);
     if (!jpeg.Ok()) {
         frame->note = jpeg.Error();
         return;
@@ -151,7 +151,7 @@ void PictureOfJpeg(const Bytes& file, Frame* frame) {
     const uint32_t width = picture.width & ~1u;
     const uint32_t height = picture.height & ~1u;
     const Bytes nv12 =
-            offlineframes::encodeNv12(offlineframes::centreCrop(picture, {width, height}),
+            offlineframes::EncodeNv12(offlineframes::CentreCrop(picture, {width, height}),
                                       {FrameFormat::kNv12, {width, height}, width, height}, {});
     Encode({nv12.data(), nv12.data() + size_t{width} * height, width, height, width}, frame);
     if (!frame->picture.empty()) {
