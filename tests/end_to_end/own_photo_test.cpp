@@ -2,9 +2,7 @@
 
 #include <gmock/gmock.h>
 
-#include "host/tools/offlineframes/compare.h"
 #include "host/tools/offlineframes/picture_file.h"
-#include "host/tools/offlineframes/resample.h"
 #include "tests/end_to_end/run_script.h"
 #include "tests/host/tools/offlineframes/test_support.h"
 
@@ -61,7 +59,7 @@ INSTANTIATE_TEST_SUITE_P(Modes, OwnPhotoInMode, ::testing::Values("B2Y", "Y2J", 
                          [](const auto& info) { return std::string(info.param); });
 
 TEST_F(OwnPhoto, ReplacesOnlyTheFramesOfTheRunBefore) {
-    const auto png = offlineframes::EncodePng(offlineframes::gradientPicture(40, 30), "p").Value();
+    const auto png = offlineframes::EncodePng({40, 30}, RowsOf(offlineframes::gradientPicture(40, 30)));
     const Finished first = run({"--source=" + save("one", png), "-t", "B2Y"});
     EXPECT_THAT(first.err, HasSubstr("left empty"));
     const std::string raw = folder() + "/offlinecameratest/4096_3072_RAW10.raw";

@@ -10,7 +10,7 @@
 #include <cmath>
 #include <random>
 
-#include "resample.h"
+#include "picture_file.h"
 
 namespace offlineframes {
 namespace {

@@ -26,17 +26,26 @@ struct FrameGeometry {
     uint32_t stride = 0;     // bytes per row
     uint32_t scanlines = 0;  // rows (of the luma plane)
 };
-bool operator==(const FrameGeometry& a, const FrameGeometry& b);
 
 // "raw10 4096x3072, stride 5120, 3072 scan lines"
 std::string Describe(const FrameGeometry& geometry);
-std::string Describe(PictureSize size);  // "4096x3072"
 
 // The stride and scan lines the stand-in's allocator chooses for a picture of this size; both 0,
 // which FrameBytes() refuses, when it has no such buffer.
 FrameGeometry AllocatorGeometry(FrameFormat format, PictureSize size);
 
-// The sizes the test modes use: 4096x3072 RAW10, 4000x3000 NV12.
+// The source files of the test modes, whose names tell what they hold. The first of a format has
+// its default size.
+struct SourceFile {
+    const char* name;
+    FrameFormat format;
+    PictureSize size;
+};
+inline constexpr SourceFile kSourceFiles[] = {
+        {"4096_3072_RAW10.raw", FrameFormat::kRaw10, {4096, 3072}},
+        {"4000_3000_NV12.yuv", FrameFormat::kNv12, {4000, 3000}},
+        {"mmf_fd.yuv", FrameFormat::kNv12, {640, 480}},
+};
 PictureSize DefaultSize(FrameFormat format);
 
 // Checks that the picture fits its rows and its format's grid (RAW10 width a multiple of 4, all
@@ -63,8 +72,10 @@ struct DumpName {
 // Reads the last component of `path`. Nothing when it is not a dump's name.
 std::optional<DumpName> ParseDumpName(const std::string& path);
 
-// The geometry of a source file known by its fixed name: 4096_3072_RAW10.raw, 4000_3000_NV12.yuv
-// or mmf_fd.yuv.
+// The geometry of a file with the name of a source file.
 std::optional<FrameGeometry> SourceFileGeometry(const std::string& path);
+
+// What the ending of a name tells: ".raw" or ".yuv".
+std::optional<FrameFormat> FormatOfName(const std::string& path);
 
 }  // namespace offlineframes

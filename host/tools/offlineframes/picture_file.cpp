@@ -1,11 +1,12 @@
 // Pictures in files, and scaled. gdk-pixbuf reads PNG and PPM and scales. JPEG is TurboJPEG's:
-// gdk-pixbuf takes one that is damaged or cut short for a good one. PNG is packed by libdeflate,
-// twice as fast as libpng does it and four times as fast as gdk-pixbuf.
+// gdk-pixbuf takes one that is damaged or cut short for a good one. PNG is packed by ISA-L, strip
+// by strip and ten times as fast as gdk-pixbuf does it.
 
 #include "picture_file.h"
 
 #include <gdk-pixbuf/gdk-pixbuf.h>
-#include <libdeflate.h>
+#include <isa-l/crc.h>
+#include <isa-l/igzip_lib.h>
 #include <libexif/exif-data.h>
 #include <stdlib.h>
 #include <string.h>
@@ -13,8 +14,6 @@
 
 #include <algorithm>
 #include <memory>
-
-#include "resample.h"
 
 namespace offlineframes {
 namespace {
@@ -115,7 +114,7 @@ void AppendPngChunk(const char* type, const uint8_t* data, size_t size, Bytes* p
     AppendNumber(size, png);
     png->insert(png->end(), type, type + 4);
     png->insert(png->end(), data, data + size);
-    AppendNumber(libdeflate_crc32(0, &png->back() + 1 - size - 4, size + 4), png);
+    AppendNumber(crc32_gzip_refl(0, &png->back() + 1 - size - 4, size + 4), png);
 }
 
 }  // namespace
@@ -238,42 +237,44 @@ Picture FitPicture(const Picture& photo, PictureSize size) {
     return fitted;
 }
 
-Picture CentreCrop(const Picture& picture, PictureSize size) {
-    const uint32_t left = (picture.width - size.width) / 2 & ~1u;
-    const uint32_t top = (picture.height - size.height) / 2 & ~1u;
-    Picture out(size.width, size.height);
-    for (uint32_t y = 0; y < size.height; ++y) {
-        memcpy(out.Pixel(0, y), picture.Pixel(left, top + y), size_t{size.width} * 3);
-    }
-    return out;
+RowSource RowsOf(Picture picture) {
+    return [picture = std::move(picture)](uint32_t y, uint8_t* rgb) {
+        memcpy(rgb, picture.Pixel(0, y), size_t{picture.width} * 3);
+    };
 }
 
-base::Result<Bytes> EncodePng(const Picture& picture, const std::string& name) {
-    constexpr int kFastest = 1;  // a dump is looked at once: speed before size
-    const std::unique_ptr<libdeflate_compressor, void (*)(libdeflate_compressor*)> packer(
-            libdeflate_alloc_compressor(kFastest), libdeflate_free_compressor);
-    const size_t rowBytes = size_t{picture.width} * 3;
-    const size_t size = (rowBytes + 1) * picture.height;
-    const size_t bound = libdeflate_zlib_compress_bound(packer.get(), size);
-    // Not vectors, which would be cleared first.
-    const std::unique_ptr<uint8_t[]> rows(new (std::nothrow) uint8_t[size]);
-    const std::unique_ptr<uint8_t[]> packed(new (std::nothrow) uint8_t[bound]);
-    if (!packer || !rows || !packed) return base::Failure{name + ": no memory for the PNG"};
-    for (uint32_t y = 0; y < picture.height; ++y) {
-        uint8_t* const row = rows.get() + y * (rowBytes + 1);
-        row[0] = 0;  // no filter: the fastest to pack
-        memcpy(row + 1, picture.Pixel(0, y), rowBytes);
-    }
-    const size_t packedBytes =
-            libdeflate_zlib_compress(packer.get(), rows.get(), size, packed.get(), bound);
+Bytes EncodePng(PictureSize size, const RowSource& rows) {
+    constexpr uint32_t kStripRows = 16;  // stay in the processor's cache
+    const size_t rowBytes = size_t{size.width} * 3 + 1;
     Bytes header;
-    AppendNumber(picture.width, &header);
-    AppendNumber(picture.height, &header);
+    AppendNumber(size.width, &header);
+    AppendNumber(size.height, &header);
     header.insert(header.end(), {8, 2, 0, 0, 0});  // 8-bit RGB
     Bytes png(kPngMagic, kPngMagic + kPngMagicBytes);
-    png.reserve(packedBytes + 64);
     AppendPngChunk("IHDR", header.data(), header.size(), &png);
-    AppendPngChunk("IDAT", packed.get(), packedBytes, &png);
+    const auto packer = std::make_unique<isal_zstream>();
+    isal_deflate_init(packer.get());
+    Bytes levelBuffer(ISAL_DEF_LVL1_DEFAULT);
+    packer->level = 1;  // a dump is looked at once: speed before size
+    packer->level_buf = levelBuffer.data();
+    packer->level_buf_size = static_cast<uint32_t>(levelBuffer.size());
+    packer->gzip_flag = IGZIP_ZLIB;
+    // A row begins with its filter, 0 for none: the fastest to pack.
+    Bytes strip(rowBytes * kStripRows), packed(rowBytes * kStripRows);
+    for (uint32_t y = 0; y < size.height; ++y) {
+        const uint32_t row = y % kStripRows;
+        rows(y, &strip[row * rowBytes + 1]);
+        packer->end_of_stream = y + 1 == size.height;
+        if (row + 1 < kStripRows && !packer->end_of_stream) continue;
+        packer->next_in = strip.data();
+        packer->avail_in = static_cast<uint32_t>((row + 1) * rowBytes);
+        do {
+            packer->next_out = packed.data();
+            packer->avail_out = static_cast<uint32_t>(packed.size());
+            isal_deflate(packer.get());
+            AppendPngChunk("IDAT", packed.data(), packed.size() - packer->avail_out, &png);
+        } while (packer->avail_out == 0);
+    }
     AppendPngChunk("IEND", nullptr, 0, &png);
     return png;
 }

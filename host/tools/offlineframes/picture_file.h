@@ -1,7 +1,8 @@
-// Pictures in files: PNG, JPEG and PPM read by content, PNG written.
+// Pictures in files: PNG, JPEG and PPM read by content, PNG written; and photos fitted into frames.
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <string>
 
 #include "file_io.h"
@@ -36,7 +37,17 @@ base::Result<JpegPicture> DecodeJpeg(const Bytes& bytes, const std::string& name
 // Turns and mirrors a picture stored with this EXIF orientation upright.
 Picture MakeUpright(Picture picture, int orientation);
 
-// Fails, naming `name`, without memory.
-base::Result<Bytes> EncodePng(const Picture& picture, const std::string& name);
+// What FitPicture() scales by: output pixels per pixel of `photo`.
+double CoveringScale(const Picture& photo, PictureSize size);
+
+// Scales `photo` until it covers `size` and cuts the overhang off evenly on both sides. A photo
+// that shrinks is averaged over areas, so that fine detail does not alias.
+Picture FitPicture(const Picture& photo, PictureSize size);
+
+// Writes the RGB bytes of row `y`; called for each row once, from the top.
+using RowSource = std::function<void(uint32_t y, uint8_t* rgb)>;
+RowSource RowsOf(Picture picture);
+
+Bytes EncodePng(PictureSize size, const RowSource& rows);
 
 }  // namespace offlineframes

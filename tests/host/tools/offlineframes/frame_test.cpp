@@ -22,7 +22,8 @@ TEST(FrameGeometry, PadsAndCountsAsTheAllocatorDoes) {
             {{FrameFormat::kNv12, {640, 480}, 640, 512}, 491520},
     };
     for (const auto& c : cases) {
-        EXPECT_EQ(AllocatorGeometry(c.geometry.format, c.geometry.size), c.geometry);
+        EXPECT_EQ(Describe(AllocatorGeometry(c.geometry.format, c.geometry.size)),
+                  Describe(c.geometry));
         EXPECT_EQ(valueOf(FrameBytes(c.geometry)), c.bytes);
     }
 }

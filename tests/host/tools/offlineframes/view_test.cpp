@@ -77,9 +77,9 @@ TEST(ViewFile, DevelopsRawOrShowsItsMosaic) {
             "x.raw", EncodeRaw10(flatPicture(128, 64, {255, 255, 255}), geometry, {}, {}));
     ViewRequest request;
     request.size = geometry.size;
-    EXPECT_EQ(valueOf(ViewFile(path, request)).picture.Pixel(64, 32)[0], 255);
+    EXPECT_EQ(valueOf(ViewFile(path, request)).WholePicture().Pixel(64, 32)[0], 255);
     request.mosaic = true;
-    const Picture mosaic = valueOf(ViewFile(path, request)).picture;
+    const Picture mosaic = valueOf(ViewFile(path, request)).WholePicture();
     EXPECT_EQ(mosaic.Pixel(0, 0)[0], (64 + 480) / 4);  // red
     EXPECT_EQ(mosaic.Pixel(1, 0)[2], 255);             // green
     EXPECT_EQ(mosaic.Pixel(1, 1)[1], (64 + 639) / 4);  // blue
@@ -92,13 +92,13 @@ TEST(ViewFile, ShowsAJpegDumpWithWhatFollowsIt) {
     dump.resize(64 * 48 * 4 + 20000, 0xA5);
     const std::string path = folder.file(kJpegDump, dump);
     const View upright = valueOf(ViewFile(path, {}));
-    EXPECT_EQ(upright.picture.width, 48u);
+    EXPECT_EQ(upright.size.width, 48u);
     EXPECT_EQ(upright.description, "jpeg 64x48, orientation 6, " + std::to_string(length) +
                                            " of the file's " + std::to_string(dump.size()) +
                                            " bytes");
     ViewRequest asStored;
     asStored.asStored = true;
-    EXPECT_EQ(valueOf(ViewFile(path, asStored)).picture.width, 64u);
+    EXPECT_EQ(valueOf(ViewFile(path, asStored)).size.width, 64u);
     // A JPEG of another size than the name's is shown, with a note.
     folder.file(kJpegDump, jpegBytes(gradientPicture(32, 16), 0));
     EXPECT_THAT(valueOf(ViewFile(path, {})).description, HasSubstr("the name says 64x48"));
