@@ -11,7 +11,7 @@ namespace offlineframes {
 
 using Bytes = std::vector<uint8_t>;
 
-// Largest file that is read: the largest frame this program makes fits.
+// Largest file that is read; the largest frame this program makes has fewer bytes.
 inline constexpr uint64_t kMaxFileBytes = uint64_t{1} << 30;
 
 // Reads a regular file whole. Fails for a missing, unreadable, empty, irregular or too large file.
