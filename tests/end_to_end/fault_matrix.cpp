@@ -2,7 +2,7 @@
 // usage: fault_matrix FILE
 
 #include <gtest/gtest.h>
-#include <runlog/facts.h>
+#include <runlog/runlog.h>
 #include <stdio.h>
 #include <string.h>
 #include <terminal/terminal.h>

@@ -30,14 +30,14 @@ constexpr double kSigma = 4;
 
 // The chart on the sensor with the noise of one exposure; seed 0 is the noiseless one.
 Bytes exposure(uint64_t seed) {
-    const offlineframes::ChartFrame frame = offlineframes::chartOnSensor({kWidth, kHeight});
-    const FrameGeometry geometry = allocatorGeometry(FrameFormat::kRaw10, frame.sensor);
-    return encodeRaw10(drawSensorChart(frame), geometry, {seed == 0 ? 0 : kSigma, seed}, frame);
+    const offlineframes::ChartFrame frame = offlineframes::ChartOnSensor({kWidth, kHeight});
+    const FrameGeometry geometry = AllocatorGeometry(FrameFormat::kRaw10, frame.sensor);
+    return EncodeRaw10(DrawSensorChart(frame), geometry, {seed == 0 ? 0 : kSigma, seed}, frame);
 }
 
 // Luma of the developed average of exposures.
 Bytes developedLuma(const std::vector<uint64_t>& seeds) {
-    const uint32_t stride = allocatorGeometry(FrameFormat::kRaw10, {kWidth, kHeight}).stride;
+    const uint32_t stride = AllocatorGeometry(FrameFormat::kRaw10, {kWidth, kHeight}).stride;
     std::vector<Bytes> frames;
     std::vector<imaging::RawView> views;
     for (const uint64_t seed : seeds) frames.push_back(exposure(seed));
@@ -74,8 +74,8 @@ TEST(KnownScene, JpegsSayWhatTheyAreToEveryReader) {
     constexpr uint32_t kOutWidth = 1000, kOutHeight = 750;
     const FrameGeometry geometry = {
             FrameFormat::kNv12, {kOutWidth, kOutHeight}, kOutWidth, kOutHeight};
-    const auto frame = offlineframes::chartOfVisible(geometry.size);
-    const Bytes nv12 = encodeNv12(drawVisibleChart(frame), geometry, {});
+    const auto frame = offlineframes::ChartOfVisible(geometry.size);
+    const Bytes nv12 = EncodeNv12(DrawVisibleChart(frame), geometry, {});
     const imaging::Nv12View view = {nv12.data(), nv12.data() + kOutWidth * kOutHeight, kOutWidth,
                                     kOutHeight, kOutWidth};
     for (const auto& [degrees, orientation] : {std::pair(0, 1), {90, 6}, {180, 3}, {270, 8}}) {
@@ -92,7 +92,7 @@ TEST(KnownScene, JpegsSayWhatTheyAreToEveryReader) {
         EXPECT_THAT(text, HasSubstr("\xFF\xC0\x00\x11\x08\x02\xEE\x03\xE8"
                                     "\x03\x01\x22\x00\x02\x11\x01\x03\x11\x01"s));
 
-        const auto decoded = offlineframes::decodeJpeg(file, "the JPEG");
+        const auto decoded = offlineframes::DecodeJpeg(file, "the JPEG");
         ASSERT_TRUE(decoded.Ok());
         EXPECT_EQ(decoded.Value().orientation, orientation);
         EXPECT_EQ(decoded.Value().jpegBytes, size);

@@ -2,9 +2,7 @@
 
 #include <gmock/gmock.h>
 
-#include "host/tools/offlineframes/compare.h"
 #include "host/tools/offlineframes/picture_file.h"
-#include "host/tools/offlineframes/resample.h"
 #include "tests/end_to_end/run_script.h"
 #include "tests/host/tools/offlineframes/test_support.h"
 
@@ -23,7 +21,7 @@ class OwnPhoto : public RunScript {
     std::string folder() const { return m_root + "/out/camera-from-photo"; }
 
     std::string save(const std::string& name, const offlineframes::Bytes& bytes) const {
-        EXPECT_TRUE(offlineframes::writeFile(m_root + "/" + name, bytes,
+        EXPECT_TRUE(offlineframes::WriteFile(m_root + "/" + name, bytes,
                                              offlineframes::Existing::kReplace)
                             .Ok());
         return m_root + "/" + name;
@@ -34,7 +32,7 @@ class OwnPhoto : public RunScript {
         const size_t begin = finished.err.find(m_root + "/out/pictures/");
         const size_t end = finished.err.find(".png", begin);
         if (begin == std::string::npos || end == std::string::npos) return Picture();
-        const auto read = offlineframes::readPicture(finished.err.substr(begin, end + 4 - begin));
+        const auto read = offlineframes::ReadPicture(finished.err.substr(begin, end + 4 - begin));
         return read.Ok() ? read.Value() : Picture();
     }
 };
@@ -45,13 +43,13 @@ class OwnPhotoInMode : public OwnPhoto, public ::testing::WithParamInterface<con
 TEST_P(OwnPhotoInMode, FillsTheFramesUpright) {
     const auto jpeg = offlineframes::jpegBytes(offlineframes::gradientPicture(300, 200), 90);
     const std::string path = save("my photo.jpg", jpeg);
-    const Picture upright = offlineframes::decodePicture(jpeg, path).Value();
-    const Picture expected = offlineframes::centreCrop(
-            offlineframes::fitPicture(upright, {4096, 3072}), {4000, 3000});
+    const Picture upright = offlineframes::DecodePicture(jpeg, path).Value();
+    const Picture expected = offlineframes::CentreCrop(
+            offlineframes::FitPicture(upright, {4096, 3072}), {4000, 3000});
     const Finished finished = run({"--source", path, "--planes", "-t", GetParam()});
     EXPECT_EQ(finished.status, 0) << finished.err;
     EXPECT_THAT(finished.err, HasSubstr("my photo.jpg: 200 x 300 as seen upright"));
-    const auto compared = offlineframes::comparePictures(madePicture(finished), expected);
+    const auto compared = offlineframes::ComparePictures(madePicture(finished), expected);
     ASSERT_TRUE(compared.Ok()) << compared.Error() << finished.err;
     EXPECT_GT(compared.Value().psnr, 35);
     EXPECT_FALSE(fs::exists(m_root + "/out/camera"));
@@ -61,7 +59,7 @@ INSTANTIATE_TEST_SUITE_P(Modes, OwnPhotoInMode, ::testing::Values("B2Y", "Y2J", 
                          [](const auto& info) { return std::string(info.param); });
 
 TEST_F(OwnPhoto, ReplacesOnlyTheFramesOfTheRunBefore) {
-    const auto png = offlineframes::encodePng(offlineframes::gradientPicture(40, 30), "p").Value();
+    const auto png = offlineframes::EncodePng({40, 30}, RowsOf(offlineframes::gradientPicture(40, 30)));
     const Finished first = run({"--source=" + save("one", png), "-t", "B2Y"});
     EXPECT_THAT(first.err, HasSubstr("left empty"));
     const std::string raw = folder() + "/offlinecameratest/4096_3072_RAW10.raw";

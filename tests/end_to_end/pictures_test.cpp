@@ -38,7 +38,7 @@ std::string dumpOf(DeviceRun* device, const char* command) {
 }
 
 double lumaAt(const Picture& picture, uint32_t x, uint32_t y) {
-    const uint8_t* const pixel = picture.pixel(x, y);
+    const uint8_t* const pixel = picture.Pixel(x, y);
     return 0.299 * pixel[0] + 0.587 * pixel[1] + 0.114 * pixel[2];
 }
 
@@ -59,10 +59,10 @@ TEST(Pictures, B2YDevelopsTheChart) {
     DeviceRun device;
     const std::string png = device.folder() + "/developed.png";
     ASSERT_EQ(runProgram({OFFLINEFRAMES, "view", dumpOf(&device, "B2Y"), png}).status, 0);
-    const auto developed = offlineframes::readPicture(png);
+    const auto developed = offlineframes::ReadPicture(png);
     ASSERT_TRUE(developed.Ok());
     const Picture& picture = developed.Value();
-    const Picture chart = drawVisibleChart(offlineframes::chartOfVisible({4000, 3000}));
+    const Picture chart = DrawVisibleChart(offlineframes::ChartOfVisible({4000, 3000}));
     ASSERT_EQ(picture.rgb.size(), chart.rgb.size());
 
     // One row in five, so that sanitizers do not take long.
@@ -79,10 +79,10 @@ TEST(Pictures, B2YDevelopsTheChart) {
     EXPECT_GT(soft, seen * 4 / 5);
     EXPECT_GE(10 * std::log10(255.0 * 255.0 * static_cast<double>(soft) / squares), 35);
 
-    for (const offlineframes::ChartPatch& patch : offlineframes::chartPatches()) {
+    for (const offlineframes::ChartPatch& patch : offlineframes::ChartPatches()) {
         const auto x = static_cast<uint32_t>((patch.box.left + patch.box.right) / 2);
         const auto y = static_cast<uint32_t>((patch.box.top + patch.box.bottom) / 2);
-        const uint8_t* const pixel = picture.pixel(x, y);
+        const uint8_t* const pixel = picture.Pixel(x, y);
         EXPECT_NEAR(pixel[0], patch.colour.r, 2) << "red at " << x << ", " << y;
         EXPECT_NEAR(pixel[1], patch.colour.g, 2) << "green at " << x << ", " << y;
         EXPECT_NEAR(pixel[2], patch.colour.b, 2) << "blue at " << x << ", " << y;
@@ -108,13 +108,13 @@ TEST(Pictures, Y2JIsAWholeJpegOfTheSource) {
     EXPECT_EQ(runProgram({OFFLINEFRAMES, "view", "--as-stored", path, stored}).status, 0);
     EXPECT_GE(psnr(stored, kYuvSource), 38);
     // The tool asks for a picture that is to be shown turned by 90 degrees clockwise.
-    const auto lying = offlineframes::readPicture(stored);
-    const auto upright = offlineframes::readPicture(path);
+    const auto lying = offlineframes::ReadPicture(stored);
+    const auto upright = offlineframes::ReadPicture(path);
     ASSERT_TRUE(lying.Ok() && upright.Ok());
     ASSERT_EQ(upright.Value().width, 3000u);
     ASSERT_EQ(upright.Value().height, 4000u);
     for (uint32_t i = 0; i < 3000; i += 100) {
-        EXPECT_EQ(*upright.Value().pixel(i, i), *lying.Value().pixel(i, 2999 - i));
+        EXPECT_EQ(*upright.Value().Pixel(i, i), *lying.Value().Pixel(i, 2999 - i));
     }
 }
 

@@ -38,13 +38,13 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     static const int file = memfd_create("picture", MFD_CLOEXEC);
     require(ftruncate(file, 0) == 0);
     require(pwrite(file, data, size, 0) == static_cast<ssize_t>(size));
-    const auto read = offlineframes::readPicture("/proc/self/fd/" + std::to_string(file));
+    const auto read = offlineframes::ReadPicture("/proc/self/fd/" + std::to_string(file));
     if (!read.Ok()) {
         require(!read.Error().empty());
         return 0;
     }
     const offlineframes::Picture& picture = read.Value();
-    require(offlineframes::isUsableSize(picture.width, picture.height));
+    require(offlineframes::IsUsableSize(picture.width, picture.height));
     require(picture.rgb.size() == size_t{picture.width} * picture.height * 3);
     return 0;
 }

@@ -221,42 +221,51 @@ void DrawTexture(Canvas& canvas, const Box& box) {
     });
 }
 
-enum class Direction { kUpright, kLevel, kDiagonal };
-
-// Black and white bars, `pixels` wide each.
-void DrawBars(Canvas& canvas, const Box& box, int pixels, Direction direction) {
-    canvas.ShadePixels(box, [=](int x, int y) {
-        const int along = direction == Direction::kUpright ? x
-                          : direction == Direction::kLevel ? y
-                                                           : x + y;
-        return along / pixels % 2 == 0 ? Colour{24, 24, 24} : Colour{232, 232, 232};
-    });
-}
-
+// Bars 8 to 2 pixels wide, black and white: upright, level, diagonal.
 void DrawLinePairs(Canvas& canvas, double left, double top) {
-    constexpr int kBarPixels[5] = {8, 6, 4, 3, 2};
-    constexpr Direction kDirections[3] = {Direction::kUpright, Direction::kLevel,
-                                          Direction::kDiagonal};
-    for (int column = 0; column < 5; ++column) {
-        const double u = left + column * 220;
-        canvas.Text(u + 97.5, top, 36, std::to_string(kBarPixels[column]) + " PX", kInk,
-                    Canvas::kMiddle);
+    for (const int pixels : {8, 6, 4, 3, 2}) {
+        canvas.Text(left + 97.5, top, 36, std::to_string(pixels) + " PX", kInk, Canvas::kMiddle);
         for (int row = 0; row < 3; ++row) {
             const double v = top + 60 + row * 215;
-            DrawBars(canvas, {u, v, u + 195, v + 190}, kBarPixels[column], kDirections[row]);
+            canvas.ShadePixels({left, v, left + 195, v + 190}, [=](int x, int y) {
+                const int along = (row != 1 ? x : 0) + (row != 0 ? y : 0);
+                return along / pixels % 2 == 0 ? Colour{24, 24, 24} : Colour{232, 232, 232};
+            });
         }
+        left += 220;
     }
 }
 
-void DrawSmallLetters(Canvas& canvas, double left, double top) {
-    constexpr double kHeights[5] = {48, 36, 28, 20, 14};
-    double v = top;
-    for (const double height : kHeights) {
-        const std::string words = "SHARP 0123456789 " + std::to_string(int(height));
-        canvas.Text(left, v, height, words, kInk);
+void DrawSmallLetters(Canvas& canvas, double left, double v) {
+    for (const int height : {48, 36, 28, 20, 14}) {
+        canvas.Text(left, v, height, "SHARP 0123456789 " + std::to_string(height), kInk);
         v += height * 1.6;
     }
-    canvas.Text(left, v + 30, 24, "A MOSAIC TURNS 3 PX AND 2 PX BARS COLOURED", kQuiet);
+}
+
+// The dark grounds of three panels, and every text that is the same on all charts.
+void DrawFrames(Canvas& canvas) {
+    canvas.RoundedBox({105, 395, 1230, 2070}, 24, kDark);
+    canvas.RoundedBox({1280, 395, 2720, 2070}, 24, kDark);
+    canvas.RoundedBox({2770, 395, 3895, 2070}, 24, kDark);
+    constexpr struct {
+        double u, v, height;
+        const char* words;
+        Colour colour;
+        double align;
+    } kTexts[] = {
+            {kChartWidth / 2, 222, 110, "TOP", kInk, Canvas::kMiddle},
+            {330, 130, 90, "OFFLINE FRAMES", kInk, Canvas::kLeft},
+            {330, 262, 48, "TEST CHART", kQuiet, Canvas::kLeft},
+            {3670, 262, 48, "RULER 40 X 30 TEETH", kQuiet, Canvas::kRight},
+            {2000, 455, 40, "CIRCLES ROUND - SPOKES STRAIGHT", kQuiet, Canvas::kMiddle},
+            {2000, 1970, 40, "FINEST DETAIL 5 PX PER PERIOD", kQuiet, Canvas::kMiddle},
+            {2805, 1988.6, 24, "A MOSAIC TURNS 3 PX AND 2 PX BARS COLOURED", kQuiet, Canvas::kLeft},
+            {90, kChartRampBox.top - 52, 22, "RAW", kQuiet, Canvas::kLeft},
+    };
+    for (const auto& text : kTexts) {
+        canvas.Text(text.u, text.v, text.height, text.words, text.colour, text.align);
+    }
 }
 
 void DrawBackground(Canvas& canvas) {
@@ -275,13 +284,12 @@ void DrawBackground(Canvas& canvas) {
 void DrawBorder(Canvas& canvas) {
     constexpr double kRuler = 36;
     const auto tooth = [](double along) { return std::fmod(along, 200) < 100 ? kInk : kDark; };
-    const auto acrossTop = [&](double u, double) { return tooth(u); };
-    const auto alongSide = [&](double, double v) { return tooth(v); };
-    canvas.Shade({0, 0, kChartWidth, kRuler}, acrossTop);
-    canvas.Shade({0, kChartHeight - kRuler, kChartWidth, kChartHeight}, acrossTop);
-    canvas.Shade({0, 0, kRuler, kChartHeight}, alongSide);
-    canvas.Shade({kChartWidth - kRuler, 0, kChartWidth, kChartHeight}, alongSide);
-
+    for (const double v : {0.0, kChartHeight - kRuler}) {
+        canvas.Shade({0, v, kChartWidth, v + kRuler}, [&](double u, double) { return tooth(u); });
+    }
+    for (const double u : {0.0, kChartWidth - kRuler}) {
+        canvas.Shade({u, 0, u + kRuler, kChartHeight}, [&](double, double v) { return tooth(v); });
+    }
     constexpr double kCorners[4][2] = {{80, 80}, {3720, 80}, {3720, 2720}, {80, 2720}};
     constexpr double kDots[4][4][2] = {{{100, 100}},
                                        {{55, 55}, {145, 145}},
@@ -303,17 +311,8 @@ void DrawHeader(Canvas& canvas, PictureSize visible) {
     cairo_line_to(pen, kChartWidth / 2 + 110, 190);
     cairo_line_to(pen, kChartWidth / 2 - 110, 190);
     cairo_fill(pen);
-    canvas.Text(kChartWidth / 2, 222, 110, "TOP", kInk, Canvas::kMiddle);
-    canvas.Text(330, 130, 90, "OFFLINE FRAMES", kInk);
-    canvas.Text(330, 262, 48, "TEST CHART", kQuiet);
     const std::string size = std::to_string(visible.width) + " X " + std::to_string(visible.height);
     canvas.Text(3670, 130, 90, size, kInk, Canvas::kRight);
-    canvas.Text(3670, 262, 48, "RULER 40 X 30 TEETH", kQuiet, Canvas::kRight);
-}
-
-void DrawColourPatches(Canvas& canvas) {
-    canvas.RoundedBox({105, 395, 1230, 2070}, 24, kDark);
-    for (const ChartPatch& patch : chartPatches()) canvas.Fill(patch.box, patch.colour);
 }
 
 void DrawStar(Canvas& canvas) {
@@ -321,7 +320,6 @@ void DrawStar(Canvas& canvas) {
     constexpr double kCentreV = 1232;
     constexpr double kRadius = 600;
     constexpr int kSpokes = 48;
-    canvas.RoundedBox({1280, 395, 2720, 2070}, 24, kDark);
     const Box box = {kCentreU - kRadius, kCentreV - kRadius, kCentreU + kRadius,
                      kCentreV + kRadius};
     canvas.Shade(box, [&](double u, double v) {
@@ -336,16 +334,6 @@ void DrawStar(Canvas& canvas) {
         cairo_arc(pen, kCentreU, kCentreV, radius, 0, 2 * kPi);
         cairo_stroke(pen);
     }
-    canvas.Text(kCentreU, 455, 40, "CIRCLES ROUND - SPOKES STRAIGHT", kQuiet, Canvas::kMiddle);
-    canvas.Text(kCentreU, 1970, 40, "FINEST DETAIL 5 PX PER PERIOD", kQuiet, Canvas::kMiddle);
-}
-
-void DrawDetailColumn(Canvas& canvas) {
-    canvas.RoundedBox({2770, 395, 3895, 2070}, 24, kDark);
-    DrawZonePlate(canvas, {2795, 420, 3320, 945});
-    DrawTexture(canvas, {3345, 420, 3870, 945});
-    DrawLinePairs(canvas, 2795, 985);
-    DrawSmallLetters(canvas, 2805, 1725);
 }
 
 void DrawGreySteps(Canvas& canvas) {
@@ -360,23 +348,19 @@ void DrawGreySteps(Canvas& canvas) {
     }
 }
 
+// Red, green, blue and, below them, hue once around.
 void DrawColourRamps(Canvas& canvas) {
-    constexpr double kLeft = 330;
-    constexpr double kRight = 3670;
-    const auto ramp = [&](double top, auto colourAt) {
-        canvas.Shade({kLeft, top, kRight, top + 70},
-                     [&](double u, double) { return colourAt((u - kLeft) / (kRight - kLeft)); });
-    };
-    ramp(2600, [](double t) { return Colour{ToByte(255 * t), 0, 0}; });
-    ramp(2670, [](double t) { return Colour{0, ToByte(255 * t), 0}; });
-    ramp(2740, [](double t) { return Colour{0, 0, ToByte(255 * t)}; });
-    ramp(2810, [](double t) {
-        // Hue once around: each primary is full for a third and fades over the next sixths.
-        const auto primary = [t](double centre) {
-            const double away = std::abs(t - centre) * 6;
+    constexpr Box kBox = {330, 2600, 3670, 2880};
+    canvas.Shade(kBox, [&](double u, double v) {
+        const double t = (u - kBox.left) / (kBox.right - kBox.left);
+        const int ramp = static_cast<int>((v - kBox.top) / 70);
+        const auto channel = [&](int index) {
+            if (ramp < 3) return index == ramp ? ToByte(255 * t) : uint8_t{0};
+            // Each primary is full for a third and fades over the next sixths.
+            const double away = std::abs(t - index / 3.0) * 6;
             return ToByte(255 * std::clamp(2 - std::min(away, 6 - away), 0.0, 1.0));
         };
-        return Colour{primary(0), primary(1.0 / 3), primary(2.0 / 3)};
+        return Colour{channel(0), channel(1), channel(2)};
     });
 }
 
@@ -385,7 +369,7 @@ void DrawRamp(Canvas& canvas, const ChartFrame& frame) {
     canvas.ShadePixels(kChartRampBox, [&](int x, int) {
         const uint32_t sensorX = std::min(static_cast<uint32_t>(x + static_cast<int>(frame.left)),
                                           frame.sensor.width - 1);
-        const int level = chartRampLevel(sensorX, frame.sensor.width);
+        const int level = RampLevel(sensorX, frame.sensor.width);
         const int linear = imaging::LinearFromRaw(level, imaging::Channel::kGreen);
         const uint8_t tone = imaging::ToneFromLinear(linear);
         return Colour{tone, tone, tone};
@@ -397,15 +381,18 @@ void DrawRamp(Canvas& canvas, const ChartFrame& frame) {
         canvas.Fill({u - 2.5, kChartRampBox.top - 22, u + 2.5, kChartRampBox.top - 6}, kInk);
         canvas.Text(u, kChartRampBox.top - 52, 22, std::to_string(level), kQuiet, Canvas::kMiddle);
     }
-    canvas.Text(90, kChartRampBox.top - 52, 22, "RAW", kQuiet);
 }
 
 Picture Draw(const ChartFrame& frame, PictureSize size, uint32_t left, uint32_t top) {
     Canvas canvas(size, left, top, frame.visible);
     DrawBackground(canvas);
-    DrawColourPatches(canvas);
+    DrawFrames(canvas);
+    for (const ChartPatch& patch : ChartPatches()) canvas.Fill(patch.box, patch.colour);
     DrawStar(canvas);
-    DrawDetailColumn(canvas);
+    DrawZonePlate(canvas, {2795, 420, 3320, 945});
+    DrawTexture(canvas, {3345, 420, 3870, 945});
+    DrawLinePairs(canvas, 2795, 985);
+    DrawSmallLetters(canvas, 2805, 1725);
     DrawGreySteps(canvas);
     DrawColourRamps(canvas);
     DrawBorder(canvas);
@@ -416,18 +403,18 @@ Picture Draw(const ChartFrame& frame, PictureSize size, uint32_t left, uint32_t 
 
 }  // namespace
 
-ChartFrame chartOnSensor(PictureSize sensor) {
+ChartFrame ChartOnSensor(PictureSize sensor) {
     // 250 / 256 of the sensor is visible: 4000 of 4096, 3000 of 3072.
     return Centred(sensor, {std::max(2u, Even(sensor.width * 250.0 / 256)),
                             std::max(2u, Even(sensor.height * 250.0 / 256))});
 }
 
-ChartFrame chartOfVisible(PictureSize visible) {
+ChartFrame ChartOfVisible(PictureSize visible) {
     return Centred({Even(visible.width * 256.0 / 250), Even(visible.height * 256.0 / 250)},
                    visible);
 }
 
-ChartRamp chartRamp(const ChartFrame& frame) {
+ChartRamp RampOf(const ChartFrame& frame) {
     // The rows whose middles are in the ramp's box, as the canvas counts them.
     const auto row = [&](double v) {
         return static_cast<uint32_t>(
@@ -436,7 +423,7 @@ ChartRamp chartRamp(const ChartFrame& frame) {
     return {row(kChartRampBox.top), row(kChartRampBox.bottom)};
 }
 
-std::array<ChartPatch, kChartPatches> chartPatches() {
+std::array<ChartPatch, kChartPatches> ChartPatches() {
     constexpr Colour kColours[kChartPatches] = {
             {230, 30, 40},   {40, 170, 60},   {40, 70, 200},   {235, 205, 40},   // primaries
             {200, 50, 140},  {30, 160, 190},  {240, 130, 40},  {110, 60, 150},   //
@@ -454,11 +441,11 @@ std::array<ChartPatch, kChartPatches> chartPatches() {
     return patches;
 }
 
-Picture drawSensorChart(const ChartFrame& frame) {
+Picture DrawSensorChart(const ChartFrame& frame) {
     return Draw(frame, frame.sensor, frame.left, frame.top);
 }
 
-Picture drawVisibleChart(const ChartFrame& frame) {
+Picture DrawVisibleChart(const ChartFrame& frame) {
     return Draw(frame, frame.visible, 0, 0);
 }
 

@@ -30,12 +30,12 @@ struct ChartFrame {
     uint32_t left = 0;    // of the visible part in the sensor
     uint32_t top = 0;
 };
-ChartFrame chartOnSensor(PictureSize sensor);    // 4096x3072: visible 4000x3000 at (48, 36)
-ChartFrame chartOfVisible(PictureSize visible);  // the reverse
+ChartFrame ChartOnSensor(PictureSize sensor);    // 4096x3072: visible 4000x3000 at (48, 36)
+ChartFrame ChartOfVisible(PictureSize visible);  // the reverse
 
 // The chart in display values, with margin or only the visible part.
-Picture drawSensorChart(const ChartFrame& frame);
-Picture drawVisibleChart(const ChartFrame& frame);
+Picture DrawSensorChart(const ChartFrame& frame);
+Picture DrawVisibleChart(const ChartFrame& frame);
 
 // The raw ramp crosses the whole sensor: level 0 at the left edge to 1023 at the right one. Its
 // green pixels hold every level where the sensor is at least 2048 pixels wide; red and blue make it
@@ -45,8 +45,8 @@ struct ChartRamp {
     uint32_t firstRow = 0;  // sensor rows
     uint32_t endRow = 0;
 };
-ChartRamp chartRamp(const ChartFrame& frame);
-inline uint16_t chartRampLevel(uint32_t x, uint32_t sensorWidth) {
+ChartRamp RampOf(const ChartFrame& frame);
+inline uint16_t RampLevel(uint32_t x, uint32_t sensorWidth) {
     return static_cast<uint16_t>(uint64_t{x} * 1024 / sensorWidth);
 }
 
@@ -56,6 +56,6 @@ struct ChartPatch {
     Box box;
 };
 inline constexpr int kChartPatches = 24;
-std::array<ChartPatch, kChartPatches> chartPatches();
+std::array<ChartPatch, kChartPatches> ChartPatches();
 
 }  // namespace offlineframes

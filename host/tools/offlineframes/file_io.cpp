@@ -10,20 +10,12 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <utility>
+#include <memory>
 
 namespace offlineframes {
 namespace {
 
-struct Descriptor {
-    ~Descriptor() { Close(); }
-    // Returns false when the system reports a late write error.
-    bool Close() {
-        const int closed = std::exchange(fd, -1);
-        return closed < 0 || close(closed) == 0;
-    }
-    int fd;
-};
+using File = std::unique_ptr<FILE, int (*)(FILE*)>;
 
 // Blocks signals, so that none ends the process before its temporary file is gone. For the calling
 // thread; the program has no other then.
@@ -44,21 +36,6 @@ base::Failure SystemFailure(const std::string& path, const char* step) {
     return base::Failure{path + ": " + step + ": " + strerror(errno)};
 }
 
-// Calls step(offset, bytes left), which is read() or write(), until all `size` bytes are done.
-// Returns the bytes done: fewer at the end of the file, or with errno set.
-template <class Step>
-size_t RepeatUntilDone(size_t size, Step step) {
-    size_t done = 0;
-    errno = 0;
-    while (done < size) {
-        const ssize_t n = step(done, size - done);
-        if (n < 0 && errno == EINTR) continue;
-        if (n <= 0) break;
-        done += static_cast<size_t>(n);
-    }
-    return done;
-}
-
 int MoveIntoPlace(const std::string& temporary, const std::string& path, Existing existing) {
     if (existing == Existing::kReplace) return rename(temporary.c_str(), path.c_str());
     const int status =
@@ -71,12 +48,10 @@ int MoveIntoPlace(const std::string& temporary, const std::string& path, Existin
 
 }  // namespace
 
-base::Result<Bytes> readFile(const std::string& path) {
-    // O_NONBLOCK: opening a pipe without a writer must not hang.
-    const Descriptor file = {open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK)};
-    if (file.fd < 0) return SystemFailure(path, "cannot open");
+base::Result<Bytes> ReadFile(const std::string& path) {
     struct stat info = {};
-    if (fstat(file.fd, &info) != 0) return SystemFailure(path, "cannot examine");
+    if (stat(path.c_str(), &info) != 0) return SystemFailure(path, "cannot open");
+    // To open a pipe without a writer would hang.
     if (!S_ISREG(info.st_mode)) return base::Failure{path + ": is not a regular file"};
     if (info.st_size == 0) return base::Failure{path + ": is empty"};
     const uint64_t size = static_cast<uint64_t>(info.st_size);
@@ -84,16 +59,15 @@ base::Result<Bytes> readFile(const std::string& path) {
         return base::Failure{path + ": has " + std::to_string(size) + " bytes, more than the " +
                              std::to_string(kMaxFileBytes) + " that are read"};
     }
+    const File file(fopen(path.c_str(), "rbe"), fclose);
+    if (!file) return SystemFailure(path, "cannot open");
     Bytes bytes(size);
-    const size_t done = RepeatUntilDone(size, [&](size_t offset, size_t left) {
-        return read(file.fd, bytes.data() + offset, left);
-    });
-    if (done == size) return bytes;
-    if (errno != 0) return SystemFailure(path, "cannot read");
+    if (fread(bytes.data(), 1, size, file.get()) == size) return bytes;
+    if (ferror(file.get())) return SystemFailure(path, "cannot read");
     return base::Failure{path + ": became shorter while it was read"};
 }
 
-base::Result<base::Done> checkWritable(const std::string& path, Existing existing) {
+base::Result<base::Done> CheckWritable(const std::string& path, Existing existing) {
     if (path.empty()) return base::Failure{"the output name is empty"};
     struct stat info = {};
     if (lstat(path.c_str(), &info) == 0) {
@@ -113,20 +87,19 @@ base::Result<base::Done> checkWritable(const std::string& path, Existing existin
     return base::Done{};
 }
 
-base::Result<base::Done> writeFile(const std::string& path, const Bytes& bytes, Existing existing) {
-    const base::Result<base::Done> check = checkWritable(path, existing);
+base::Result<base::Done> WriteFile(const std::string& path, const Bytes& bytes, Existing existing) {
+    const base::Result<base::Done> check = CheckWritable(path, existing);
     if (!check.Ok()) return check;
     const SignalsHeldBack signals;
     // In the folder of `path` (npos + 1 is 0), and short however long the name of `path` is.
     const std::string temporary =
             path.substr(0, path.rfind('/') + 1) + ".part-" + std::to_string(getpid());
     unlink(temporary.c_str());  // of a killed process that had this number
-    Descriptor file = {open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666)};
-    if (file.fd < 0) return SystemFailure(path, "cannot create");
-    const size_t done = RepeatUntilDone(bytes.size(), [&](size_t offset, size_t left) {
-        return write(file.fd, bytes.data() + offset, left);
-    });
-    if (done == bytes.size() && file.Close() && MoveIntoPlace(temporary, path, existing) == 0) {
+    File file(fopen(temporary.c_str(), "wbxe"), fclose);
+    if (!file) return SystemFailure(path, "cannot create");
+    const bool whole = fwrite(bytes.data(), 1, bytes.size(), file.get()) == bytes.size();
+    // Closing may report a late error of the system.
+    if (whole && fclose(file.release()) == 0 && MoveIntoPlace(temporary, path, existing) == 0) {
         return base::Done{};
     }
     const base::Failure failure = SystemFailure(path, "cannot write");

@@ -10,7 +10,7 @@
 #include <cmath>
 #include <random>
 
-#include "resample.h"
+#include "picture_file.h"
 
 namespace offlineframes {
 namespace {
@@ -62,10 +62,10 @@ uint16_t RampCode(uint16_t level, Channel channel) {
 
 }  // namespace
 
-Bytes encodeRaw10(const Picture& picture, const FrameGeometry& geometry, const Noise& noise,
+Bytes EncodeRaw10(const Picture& picture, const FrameGeometry& geometry, const Noise& noise,
                   const std::optional<ChartFrame>& chart) {
     const RawTable table = MakeRawTable();
-    const ChartRamp ramp = chart ? chartRamp(*chart) : ChartRamp{};
+    const ChartRamp ramp = chart ? RampOf(*chart) : ChartRamp{};
     NoiseSource source(noise);
     Bytes bytes(size_t{geometry.stride} * geometry.scanlines);
     std::vector<uint16_t> row(picture.width);
@@ -74,8 +74,8 @@ Bytes encodeRaw10(const Picture& picture, const FrameGeometry& geometry, const N
         for (uint32_t x = 0; x < picture.width; ++x) {
             const Channel channel = imaging::MosaicChannel(x, y);
             const auto index = static_cast<size_t>(channel);
-            row[x] = inRamp ? RampCode(chartRampLevel(x, picture.width), channel)
-                            : table[index][picture.pixel(x, y)[index]];
+            row[x] = inRamp ? RampCode(RampLevel(x, picture.width), channel)
+                            : table[index][picture.Pixel(x, y)[index]];
         }
         source.Add(row.data(), row.size(), imaging::kWhiteLevel);
         imaging::PackRaw10Row(row.data(), picture.width, &bytes[size_t{y} * geometry.stride]);
@@ -83,14 +83,14 @@ Bytes encodeRaw10(const Picture& picture, const FrameGeometry& geometry, const N
     return bytes;
 }
 
-Bytes encodeNv12(const Picture& picture, const FrameGeometry& geometry, const Noise& noise) {
+Bytes EncodeNv12(const Picture& picture, const FrameGeometry& geometry, const Noise& noise) {
     const size_t lumaBytes = size_t{geometry.stride} * geometry.scanlines;
     NoiseSource source(noise);
     Bytes bytes(lumaBytes + lumaBytes / 2, 128);
     std::fill(bytes.begin(), bytes.begin() + static_cast<ptrdiff_t>(lumaBytes), 0);
     for (uint32_t y = 0; y < picture.height; ++y) {
         uint8_t* const luma = &bytes[size_t{y} * geometry.stride];
-        const uint8_t* rgb = picture.pixel(0, y);
+        const uint8_t* rgb = picture.Pixel(0, y);
         for (uint32_t x = 0; x < picture.width; ++x, rgb += 3) {
             luma[x] = imaging::Luma(rgb[0], rgb[1], rgb[2]);
         }
@@ -99,8 +99,8 @@ Bytes encodeNv12(const Picture& picture, const FrameGeometry& geometry, const No
     for (uint32_t y = 0; y < picture.height; y += 2) {
         uint8_t* const chroma = &bytes[lumaBytes + size_t{y / 2} * geometry.stride];
         for (uint32_t x = 0; x < picture.width; x += 2) {
-            const uint8_t* top = picture.pixel(x, y);
-            const uint8_t* low = picture.pixel(x, y + 1);
+            const uint8_t* top = picture.Pixel(x, y);
+            const uint8_t* low = picture.Pixel(x, y + 1);
             const int r = top[0] + top[3] + low[0] + low[3];
             const int g = top[1] + top[4] + low[1] + low[4];
             const int b = top[2] + top[5] + low[2] + low[5];
@@ -112,16 +112,16 @@ Bytes encodeNv12(const Picture& picture, const FrameGeometry& geometry, const No
     return bytes;
 }
 
-Bytes makeFrame(const std::optional<Picture>& photo, const FrameGeometry& geometry,
+Bytes MakeFrame(const std::optional<Picture>& photo, const FrameGeometry& geometry,
                 const Noise& noise) {
     if (geometry.format == FrameFormat::kNv12) {
-        return encodeNv12(photo ? fitPicture(*photo, geometry.size)
-                                : drawVisibleChart(chartOfVisible(geometry.size)),
+        return EncodeNv12(photo ? FitPicture(*photo, geometry.size)
+                                : DrawVisibleChart(ChartOfVisible(geometry.size)),
                           geometry, noise);
     }
-    if (photo) return encodeRaw10(fitPicture(*photo, geometry.size), geometry, noise, std::nullopt);
-    const ChartFrame chart = chartOnSensor(geometry.size);
-    return encodeRaw10(drawSensorChart(chart), geometry, noise, chart);
+    if (photo) return EncodeRaw10(FitPicture(*photo, geometry.size), geometry, noise, std::nullopt);
+    const ChartFrame chart = ChartOnSensor(geometry.size);
+    return EncodeRaw10(DrawSensorChart(chart), geometry, noise, chart);
 }
 
 }  // namespace offlineframes

@@ -19,15 +19,15 @@ struct Noise {
 
 // RGGB mosaic of `picture` in packed RAW10: inverse tone curve, white-balance gains divided out,
 // black level added. With `chart` the ramp's green pixels get their raw level exactly. `geometry`
-// has passed frameBytes() and has the picture's size; padding bytes are 0.
-Bytes encodeRaw10(const Picture& picture, const FrameGeometry& geometry, const Noise& noise,
+// has passed FrameBytes() and has the picture's size; padding bytes are 0.
+Bytes EncodeRaw10(const Picture& picture, const FrameGeometry& geometry, const Noise& noise,
                   const std::optional<ChartFrame>& chart);
 
 // BT.601 full-range NV12. Padding is black: luma 0, chroma 128.
-Bytes encodeNv12(const Picture& picture, const FrameGeometry& geometry, const Noise& noise);
+Bytes EncodeNv12(const Picture& picture, const FrameGeometry& geometry, const Noise& noise);
 
 // A frame that shows `photo`, scaled to cover it and cut evenly, or else the chart.
-Bytes makeFrame(const std::optional<Picture>& photo, const FrameGeometry& geometry,
+Bytes MakeFrame(const std::optional<Picture>& photo, const FrameGeometry& geometry,
                 const Noise& noise);
 
 }  // namespace offlineframes

@@ -11,23 +11,17 @@
 namespace offlineframes {
 namespace {
 
-// Every frame that the test modes use, and the source file that holds it.
-constexpr struct {
-    FrameFormat format;
-    PictureSize size;
-    const char* name;
-} kKnownFrames[] = {
-        {FrameFormat::kRaw10, {4096, 3072}, "4096_3072_RAW10.raw"},
-        {FrameFormat::kNv12, {4000, 3000}, "4000_3000_NV12.yuv"},
-        {FrameFormat::kNv12, {640, 480}, "mmf_fd.yuv"},
-};
-
 uint64_t RowBytes(FrameFormat format, uint32_t width) {
     return format == FrameFormat::kRaw10 ? (uint64_t{width} * 10 + 7) / 8 : width;
 }
 
 std::string LastComponent(const std::string& path) {
     return path.substr(path.rfind('/') + 1);  // npos + 1 is 0
+}
+
+bool EndsWith(const std::string& text, const std::string& ending) {
+    return text.size() >= ending.size() &&
+           text.compare(text.size() - ending.size(), ending.size(), ending) == 0;
 }
 
 // The number of "_<key>[<number>]" in a name. Only a plain positive one that a frame can have.
@@ -44,26 +38,17 @@ std::optional<uint32_t> BracketedNumber(const std::string& name, const std::stri
 
 }  // namespace
 
-const char* formatName(FrameFormat format) {
+const char* FormatName(FrameFormat format) {
     return format == FrameFormat::kRaw10 ? "raw10" : "nv12";
 }
 
-bool operator==(const FrameGeometry& a, const FrameGeometry& b) {
-    return a.format == b.format && a.size == b.size && a.stride == b.stride &&
-           a.scanlines == b.scanlines;
-}
-
-std::string describe(PictureSize size) {
-    return std::to_string(size.width) + "x" + std::to_string(size.height);
-}
-
-std::string describe(const FrameGeometry& geometry) {
-    return std::string(formatName(geometry.format)) + " " + describe(geometry.size) + ", stride " +
+std::string Describe(const FrameGeometry& geometry) {
+    return std::string(FormatName(geometry.format)) + " " + Describe(geometry.size) + ", stride " +
            std::to_string(geometry.stride) + ", " + std::to_string(geometry.scanlines) +
            " scan lines";
 }
 
-FrameGeometry allocatorGeometry(FrameFormat format, PictureSize size) {
+FrameGeometry AllocatorGeometry(FrameFormat format, PictureSize size) {
     graphics::BufferDescription description;
     description.width = size.width;
     description.height = size.height;
@@ -78,17 +63,17 @@ FrameGeometry allocatorGeometry(FrameFormat format, PictureSize size) {
     return geometry;
 }
 
-PictureSize defaultSize(FrameFormat format) {
-    return format == FrameFormat::kRaw10 ? PictureSize{4096, 3072} : PictureSize{4000, 3000};
+PictureSize DefaultSize(FrameFormat format) {
+    return kSourceFiles[format == FrameFormat::kRaw10 ? 0 : 1].size;
 }
 
-base::Result<size_t> frameBytes(const FrameGeometry& geometry) {
+base::Result<size_t> FrameBytes(const FrameGeometry& geometry) {
     const bool raw = geometry.format == FrameFormat::kRaw10;
     const auto refuse = [&](const std::string& why) {
-        return base::Failure{describe(geometry) + ": " + why};
+        return base::Failure{Describe(geometry) + ": " + why};
     };
     const PictureSize size = geometry.size;
-    if (!isUsableSize(size.width, size.height)) {
+    if (!IsUsableSize(size.width, size.height)) {
         return refuse("the picture must be 1 to " + std::to_string(kMaxSide) +
                       " pixels a side and at most " + std::to_string(kMaxPixels) + " in all");
     }
@@ -116,22 +101,22 @@ base::Result<size_t> frameBytes(const FrameGeometry& geometry) {
     return static_cast<size_t>(bytes);
 }
 
-std::optional<FrameGeometry> geometryOfFileSize(FrameFormat format, uint64_t bytes) {
-    for (const auto& known : kKnownFrames) {
+std::optional<FrameGeometry> GeometryOfFileSize(FrameFormat format, uint64_t bytes) {
+    for (const auto& known : kSourceFiles) {
         if (known.format != format) continue;
         const auto row = static_cast<uint32_t>(RowBytes(format, known.size.width));
         const FrameGeometry unpadded = {format, known.size, row, known.size.height};
-        for (const FrameGeometry& geometry : {allocatorGeometry(format, known.size), unpadded}) {
-            const base::Result<size_t> expected = frameBytes(geometry);
+        for (const FrameGeometry& geometry : {AllocatorGeometry(format, known.size), unpadded}) {
+            const base::Result<size_t> expected = FrameBytes(geometry);
             if (expected.Ok() && expected.Value() == bytes) return geometry;
         }
     }
     return std::nullopt;
 }
 
-PictureSize pictureInPadding(FrameFormat format, uint32_t stride, uint32_t scanlines) {
-    for (const auto& known : kKnownFrames) {
-        const FrameGeometry padded = allocatorGeometry(format, known.size);
+PictureSize PictureInPadding(FrameFormat format, uint32_t stride, uint32_t scanlines) {
+    for (const auto& known : kSourceFiles) {
+        const FrameGeometry padded = AllocatorGeometry(format, known.size);
         if (known.format == format && padded.stride == stride && padded.scanlines == scanlines) {
             return known.size;
         }
@@ -140,27 +125,26 @@ PictureSize pictureInPadding(FrameFormat format, uint32_t stride, uint32_t scanl
     return {whole, scanlines / 2 * 2};
 }
 
-std::optional<DumpName> parseDumpName(const std::string& path) {
+std::optional<DumpName> ParseDumpName(const std::string& path) {
     const std::string name = LastComponent(path);
-    if (name.rfind("OfflineAidl_CameraId_", 0) != 0 || name.size() < 4) return std::nullopt;
-    const std::string ending = name.substr(name.size() - 4);
-    DumpName dump;
-    if (ending == ".jpg") {
-        dump.width = BracketedNumber(name, "Width");
-        dump.height = BracketedNumber(name, "Height");
-    } else if (ending == ".raw" || ending == ".yuv") {
-        dump.stride = BracketedNumber(name, "Stride");
-        dump.scanlines = BracketedNumber(name, "Scanline");
-    } else {
-        return std::nullopt;
+    if (name.rfind("OfflineAidl_CameraId_", 0) != 0) return std::nullopt;
+    if (FormatOfName(name)) {
+        return DumpName{BracketedNumber(name, "Stride"), BracketedNumber(name, "Scanline"), {}, {}};
     }
-    return dump;
+    if (!EndsWith(name, ".jpg")) return std::nullopt;
+    return DumpName{{}, {}, BracketedNumber(name, "Width"), BracketedNumber(name, "Height")};
 }
 
-std::optional<FrameGeometry> sourceFileGeometry(const std::string& path) {
-    for (const auto& known : kKnownFrames) {
-        if (LastComponent(path) == known.name) return allocatorGeometry(known.format, known.size);
+std::optional<FrameGeometry> SourceFileGeometry(const std::string& path) {
+    for (const SourceFile& known : kSourceFiles) {
+        if (LastComponent(path) == known.name) return AllocatorGeometry(known.format, known.size);
     }
+    return std::nullopt;
+}
+
+std::optional<FrameFormat> FormatOfName(const std::string& path) {
+    if (EndsWith(path, ".raw")) return FrameFormat::kRaw10;
+    if (EndsWith(path, ".yuv")) return FrameFormat::kNv12;
     return std::nullopt;
 }
 

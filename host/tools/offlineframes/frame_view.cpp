@@ -6,10 +6,8 @@
 #include <imaging/raw10.h>
 
 #include <algorithm>
+#include <filesystem>
 #include <utility>
-
-#include "picture_file.h"
-
 namespace offlineframes {
 namespace {
 
@@ -20,18 +18,13 @@ bool IsExpectedSize(uint64_t found, uint64_t expected) {
     return found == expected || found == (expected + kPageBytes - 1) / kPageBytes * kPageBytes;
 }
 
-bool EndsWith(const std::string& text, const std::string& ending) {
-    return text.size() >= ending.size() &&
-           text.compare(text.size() - ending.size(), ending.size(), ending) == 0;
-}
-
 // The stride and scan lines that request and name tell; 0 where they do not.
 FrameGeometry KnownPadding(const std::string& path, FrameFormat format,
                            const KnownGeometry& request) {
     FrameGeometry known;
     known.format = format;
-    const std::optional<FrameGeometry> source = sourceFileGeometry(path);
-    if (const std::optional<DumpName> dump = parseDumpName(path)) {
+    const std::optional<FrameGeometry> source = SourceFileGeometry(path);
+    if (const std::optional<DumpName> dump = ParseDumpName(path)) {
         known.stride = dump->stride.value_or(0);
         known.scanlines = dump->scanlines.value_or(0);
     } else if (source && (!request.size || *request.size == source->size)) {
@@ -57,8 +50,8 @@ std::string Likely(const FrameGeometry& padding, uint64_t bytes) {
     const FrameFormat other =
             padding.format == FrameFormat::kRaw10 ? FrameFormat::kNv12 : FrameFormat::kRaw10;
     for (const FrameFormat candidate : {padding.format, other}) {
-        if (const auto known = geometryOfFileSize(candidate, bytes)) {
-            return "; the size fits " + describe(*known);
+        if (const auto known = GeometryOfFileSize(candidate, bytes)) {
+            return "; the size fits " + Describe(*known);
         }
     }
     const uint32_t rows =
@@ -67,69 +60,98 @@ std::string Likely(const FrameGeometry& padding, uint64_t bytes) {
     return "; the size fits " + std::to_string(rows) + " scan lines of that stride";
 }
 
+// BT.601 full-range NV12 as RGB; each chroma pair serves its 2 x 2 pixels.
+RowSource RowsOfNv12(Bytes&& frame, const FrameGeometry& geometry) {
+    return [bytes = std::move(frame), geometry](uint32_t y, uint8_t* rgb) {
+        const uint8_t* const luma = &bytes[size_t{y} * geometry.stride];
+        const uint8_t* const chroma =
+                &bytes[(size_t{geometry.scanlines} + y / 2) * geometry.stride];
+        for (uint32_t x = 0; x < geometry.size.width; x += 2) {
+            const int cb = chroma[x] - 128;
+            const int cr = chroma[x + 1] - 128;
+            // In 1/65536, and a half to round: 1.402; 0.344136, 0.714136; 1.772.
+            const int add[3] = {91881 * cr + 32768, -22553 * cb - 46802 * cr + 32768,
+                                116130 * cb + 32768};
+            for (uint32_t i = 0; i < 2; ++i) {
+                for (const int share : add) {
+                    const int value = (luma[x + i] * 65536 + share) >> 16;
+                    *rgb++ = static_cast<uint8_t>(std::clamp(value, 0, 255));
+                }
+            }
+        }
+    };
+}
+
 // A RAW10 mosaic developed in colour by the reference camera's own pipeline, not cropped.
-base::Result<Picture> DevelopRaw10(const Bytes& bytes, const FrameGeometry& geometry) {
+base::Result<RowSource> DevelopRaw10(const Bytes& bytes, const FrameGeometry& geometry) {
     const auto [width, height] = geometry.size;
     const FrameGeometry developed = {FrameFormat::kNv12, geometry.size, width, height};
-    const base::Result<size_t> nv12Bytes = frameBytes(developed);
+    const base::Result<size_t> nv12Bytes = FrameBytes(developed);
     if (!nv12Bytes.Ok()) return nv12Bytes.GetFailure();
     Bytes nv12(nv12Bytes.Value());
     const std::string problem = imaging::RawToNv12(
             {bytes.data(), width, height, geometry.stride},
             {nv12.data(), nv12.data() + size_t{width} * height, width, height, width});
     if (!problem.empty())
-        return base::Failure{"cannot develop " + describe(geometry) + ": " + problem};
-    return showNv12(nv12, developed);
+        return base::Failure{"cannot develop " + Describe(geometry) + ": " + problem};
+    return RowsOfNv12(std::move(nv12), developed);
 }
 
 // The mosaic as it is: each pixel's upper eight bits as grey.
-Picture ShowMosaic(const Bytes& bytes, const FrameGeometry& geometry) {
-    Picture picture(geometry.size.width, geometry.size.height);
-    std::vector<uint16_t> row(picture.width);
-    for (uint32_t y = 0; y < picture.height; ++y) {
-        imaging::UnpackRaw10Row(&bytes[size_t{y} * geometry.stride], picture.width, row.data());
-        for (uint32_t x = 0; x < picture.width; ++x) {
-            std::fill_n(picture.pixel(x, y), 3, static_cast<uint8_t>(row[x] >> 2));
+RowSource RowsOfMosaic(Bytes&& frame, const FrameGeometry& geometry) {
+    return [bytes = std::move(frame), geometry](uint32_t y, uint8_t* rgb) {
+        std::vector<uint16_t> row(geometry.size.width);
+        imaging::UnpackRaw10Row(&bytes[size_t{y} * geometry.stride], geometry.size.width,
+                                row.data());
+        for (const uint16_t level : row) {
+            rgb = std::fill_n(rgb, 3, static_cast<uint8_t>(level >> 2));
         }
-    }
-    return picture;
+    };
 }
 
 base::Result<View> ViewFrame(const std::string& path, FrameFormat format,
-                             const ViewRequest& request, const Bytes& bytes) {
+                             const ViewRequest& request, Bytes&& bytes) {
     if (request.asStored) return base::Failure{path + ": --as-stored is only for JPEG files"};
     if (request.mosaic && format != FrameFormat::kRaw10) {
         return base::Failure{path + ": --mosaic is only for raw10 frames"};
     }
-    const base::Result<FrameGeometry> geometry =
-            resolveGeometry(path, format, request, bytes.size());
-    if (!geometry.Ok()) return geometry.GetFailure();
-    const std::string what = describe(geometry.Value());
-    if (format == FrameFormat::kNv12) return View{showNv12(bytes, geometry.Value()), what};
-    if (request.mosaic) return View{ShowMosaic(bytes, geometry.Value()), what + ", mosaic"};
-    base::Result<Picture> developed = DevelopRaw10(bytes, geometry.Value());
+    const base::Result<FrameGeometry> resolved =
+            ResolveGeometry(path, format, request, bytes.size());
+    if (!resolved.Ok()) return resolved.GetFailure();
+    const FrameGeometry& geometry = resolved.Value();
+    const std::string what = Describe(geometry);
+    if (format == FrameFormat::kNv12) {
+        return View{geometry.size, RowsOfNv12(std::move(bytes), geometry), what};
+    }
+    if (request.mosaic) {
+        return View{geometry.size, RowsOfMosaic(std::move(bytes), geometry), what + ", mosaic"};
+    }
+    base::Result<RowSource> developed = DevelopRaw10(bytes, geometry);
     if (!developed.Ok()) return base::Failure{path + ": " + developed.Error()};
-    return View{std::move(developed).Value(), what + ", developed"};
+    return View{geometry.size, std::move(developed).Value(), what + ", developed"};
+}
+
+View ViewOf(Picture picture, const std::string& description) {
+    const PictureSize size = {picture.width, picture.height};
+    return {size, RowsOf(std::move(picture)), description};
 }
 
 base::Result<View> ViewJpeg(const std::string& path, const ViewRequest& request,
                             const Bytes& bytes) {
-    base::Result<JpegPicture> jpeg = decodeJpeg(bytes, path);
+    base::Result<JpegPicture> jpeg = DecodeJpeg(bytes, path);
     if (!jpeg.Ok()) return jpeg.GetFailure();
     const PictureSize size = jpeg.Value().fullSize;
-    View view;
-    view.description = "jpeg " + describe(size) + ", orientation " +
-                       std::to_string(jpeg.Value().orientation) + ", " +
-                       std::to_string(jpeg.Value().jpegBytes) + " of the file's " +
-                       std::to_string(bytes.size()) + " bytes";
-    const std::optional<DumpName> dump = parseDumpName(path);
+    std::string description = "jpeg " + Describe(size) + ", orientation " +
+                              std::to_string(jpeg.Value().orientation) + ", " +
+                              std::to_string(jpeg.Value().jpegBytes) + " of the file's " +
+                              std::to_string(bytes.size()) + " bytes";
+    const std::optional<DumpName> dump = ParseDumpName(path);
     if (dump && dump->width && dump->height) {
         const PictureSize named = {*dump->width, *dump->height};
-        if (!(named == size)) view.description += "; the name says " + describe(named);
+        if (!(named == size)) description += "; the name says " + Describe(named);
     }
     const int orientation = request.asStored ? 1 : jpeg.Value().orientation;
-    view.picture = makeUpright(std::move(jpeg).Value().picture, orientation);
-    return view;
+    return ViewOf(MakeUpright(std::move(jpeg).Value().picture, orientation), description);
 }
 
 base::Result<View> ViewPicture(const std::string& path, const ViewRequest& request,
@@ -141,44 +163,26 @@ base::Result<View> ViewPicture(const std::string& path, const ViewRequest& reque
     }
     if (type == PictureType::kJpeg) return ViewJpeg(path, request, bytes);
     if (request.asStored) return base::Failure{path + ": --as-stored is only for JPEG files"};
-    base::Result<Picture> picture = decodePicture(bytes, path);
+    base::Result<Picture> picture = DecodePicture(bytes, path);
     if (!picture.Ok()) return picture.GetFailure();
     const PictureSize size = {picture.Value().width, picture.Value().height};
-    return View{std::move(picture).Value(), "picture " + describe(size)};
+    return ViewOf(std::move(picture).Value(), "picture " + Describe(size));
 }
 
 }  // namespace
 
-Picture showNv12(const Bytes& bytes, const FrameGeometry& geometry) {
-    const size_t lumaBytes = size_t{geometry.stride} * geometry.scanlines;
-    Picture picture(geometry.size.width, geometry.size.height);
-    for (uint32_t y = 0; y < picture.height; ++y) {
-        const uint8_t* const luma = &bytes[size_t{y} * geometry.stride];
-        const uint8_t* const chroma = &bytes[lumaBytes + size_t{y / 2} * geometry.stride];
-        uint8_t* out = picture.pixel(0, y);
-        for (uint32_t x = 0; x < picture.width; x += 2) {
-            const int cb = chroma[x] - 128;
-            const int cr = chroma[x + 1] - 128;
-            // In 1/65536, and a half to round: 1.402; 0.344136, 0.714136; 1.772.
-            const int add[3] = {91881 * cr + 32768, -22553 * cb - 46802 * cr + 32768,
-                                116130 * cb + 32768};
-            for (uint32_t i = 0; i < 2; ++i) {
-                for (const int share : add) {
-                    const int value = (luma[x + i] * 65536 + share) >> 16;
-                    *out++ = static_cast<uint8_t>(std::clamp(value, 0, 255));
-                }
-            }
-        }
-    }
+Picture View::WholePicture() const {
+    Picture picture(size.width, size.height);
+    for (uint32_t y = 0; y < size.height; ++y) rows(y, picture.Pixel(0, y));
     return picture;
 }
 
-base::Result<FrameGeometry> resolveGeometry(const std::string& path, FrameFormat format,
+base::Result<FrameGeometry> ResolveGeometry(const std::string& path, FrameFormat format,
                                             const KnownGeometry& request, uint64_t bytes) {
     const FrameGeometry padding = KnownPadding(path, format, request);
     FrameGeometry geometry = padding;
     const FrameGeometry allocated =
-            request.size ? allocatorGeometry(format, *request.size) : FrameGeometry{};
+            request.size ? AllocatorGeometry(format, *request.size) : FrameGeometry{};
     if (geometry.stride == 0) geometry.stride = allocated.stride;
     if (geometry.stride != 0 && geometry.scanlines == 0) {
         geometry.scanlines = FromFileSize(format, geometry.stride, bytes);
@@ -186,36 +190,35 @@ base::Result<FrameGeometry> resolveGeometry(const std::string& path, FrameFormat
     } else if (geometry.stride == 0 && geometry.scanlines != 0) {
         geometry.stride = FromFileSize(format, geometry.scanlines, bytes);
     } else if (geometry.stride == 0) {
-        if (const auto known = geometryOfFileSize(format, bytes)) geometry = *known;
+        if (const auto known = GeometryOfFileSize(format, bytes)) geometry = *known;
     }
     if (geometry.stride == 0 || geometry.scanlines == 0) {
         return base::Failure{path + ": cannot tell the geometry of " + std::to_string(bytes) +
-                             " bytes of " + formatName(format) + Likely(padding, bytes) +
+                             " bytes of " + FormatName(format) + Likely(padding, bytes) +
                              "; give --size, --stride and --scanlines"};
     }
     geometry.size = request.size ? *request.size
-                                 : pictureInPadding(format, geometry.stride, geometry.scanlines);
-    const base::Result<size_t> expected = frameBytes(geometry);
+                                 : PictureInPadding(format, geometry.stride, geometry.scanlines);
+    const base::Result<size_t> expected = FrameBytes(geometry);
     if (!expected.Ok()) return base::Failure{path + ": " + expected.Error()};
     if (!IsExpectedSize(bytes, expected.Value())) {
         return base::Failure{path + ": expected " + std::to_string(expected.Value()) +
-                             " bytes for " + describe(geometry) + ", found " +
+                             " bytes for " + Describe(geometry) + ", found " +
                              std::to_string(bytes) + Likely(padding, bytes)};
     }
     return geometry;
 }
 
-base::Result<View> viewFile(const std::string& path, const ViewRequest& request) {
-    const base::Result<Bytes> bytes = readFile(path);
+base::Result<View> ViewFile(const std::string& path, const ViewRequest& request) {
+    base::Result<Bytes> bytes = ReadFile(path);
     if (!bytes.Ok()) return bytes.GetFailure();
-    if (request.format) return ViewFrame(path, *request.format, request, bytes.Value());
-    const base::Result<PictureType> type = pictureType(bytes.Value(), path);
-    if (type.Ok()) return ViewPicture(path, request, type.Value(), bytes.Value());
-    if (EndsWith(path, ".raw")) {
-        return ViewFrame(path, FrameFormat::kRaw10, request, bytes.Value());
+    const base::Result<PictureType> type = TypeOf(bytes.Value(), path);
+    if (!request.format && type.Ok()) {
+        return ViewPicture(path, request, type.Value(), bytes.Value());
     }
-    if (EndsWith(path, ".yuv")) return ViewFrame(path, FrameFormat::kNv12, request, bytes.Value());
-    if (EndsWith(path, ".jpg")) {
+    const auto format = request.format ? request.format : FormatOfName(path);
+    if (format) return ViewFrame(path, *format, request, std::move(bytes).Value());
+    if (std::filesystem::path(path).extension() == ".jpg") {
         return base::Failure{path + ": expected a JPEG, but it does not start with ff d8 ff"};
     }
     return base::Failure{type.Error() + ", and its name is not that of a frame; give --format"};

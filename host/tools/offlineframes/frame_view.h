@@ -7,7 +7,7 @@
 
 #include "file_io.h"
 #include "frame_geometry.h"
-#include "picture.h"
+#include "picture_file.h"
 
 namespace offlineframes {
 
@@ -25,21 +25,20 @@ struct ViewRequest : KnownGeometry {
 };
 
 struct View {
-    Picture picture;
+    PictureSize size;
+    RowSource rows;
     std::string description;  // what the file was taken for, one line
+
+    Picture WholePicture() const;
 };
 
 // Fails when the file cannot be read, its kind or geometry cannot be told, its size does not match
 // (the message gives the bytes expected and found, and what would match) or an option of `request`
 // has no meaning for it.
-base::Result<View> viewFile(const std::string& path, const ViewRequest& request);
+base::Result<View> ViewFile(const std::string& path, const ViewRequest& request);
 
 // The geometry of a frame file of `bytes` bytes from name, request and size, checked against it.
-base::Result<FrameGeometry> resolveGeometry(const std::string& path, FrameFormat format,
+base::Result<FrameGeometry> ResolveGeometry(const std::string& path, FrameFormat format,
                                             const KnownGeometry& request, uint64_t bytes);
-
-// BT.601 full-range NV12 as RGB; each chroma pair serves its 2 x 2 pixels. `geometry` has passed
-// frameBytes() and `bytes` has at least that many.
-Picture showNv12(const Bytes& bytes, const FrameGeometry& geometry);
 
 }  // namespace offlineframes

@@ -5,5 +5,5 @@
 #include "program.h"
 
 int main(int argc, char** argv) {
-    return offlineframes::runProgram(base::WordsOf(argc, argv));
+    return offlineframes::RunProgram(base::WordsOf(argc, argv));
 }

@@ -1,11 +1,12 @@
 // Pictures in files, and scaled. gdk-pixbuf reads PNG and PPM and scales. JPEG is TurboJPEG's:
-// gdk-pixbuf takes one that is damaged or cut short for a good one. PNG is packed by libdeflate,
-// twice as fast as libpng does it and four times as fast as gdk-pixbuf.
+// gdk-pixbuf takes one that is damaged or cut short for a good one. PNG is packed by ISA-L, strip
+// by strip and ten times as fast as gdk-pixbuf does it.
 
 #include "picture_file.h"
 
 #include <gdk-pixbuf/gdk-pixbuf.h>
-#include <libdeflate.h>
+#include <isa-l/crc.h>
+#include <isa-l/igzip_lib.h>
 #include <libexif/exif-data.h>
 #include <stdlib.h>
 #include <string.h>
@@ -13,8 +14,6 @@
 
 #include <algorithm>
 #include <memory>
-
-#include "resample.h"
 
 namespace offlineframes {
 namespace {
@@ -41,7 +40,7 @@ Picture PictureOf(const Pixbuf& pixbuf) {
         for (uint32_t x = 0; x < picture.width; ++x, from += channels) {
             const int opaque = channels == 4 ? from[3] : 255;
             for (int c = 0; c < 3; ++c) {
-                picture.pixel(x, y)[c] = static_cast<uint8_t>((from[c] * opaque + 127) / 255);
+                picture.Pixel(x, y)[c] = static_cast<uint8_t>((from[c] * opaque + 127) / 255);
             }
         }
     }
@@ -115,12 +114,12 @@ void AppendPngChunk(const char* type, const uint8_t* data, size_t size, Bytes* p
     AppendNumber(size, png);
     png->insert(png->end(), type, type + 4);
     png->insert(png->end(), data, data + size);
-    AppendNumber(libdeflate_crc32(0, &png->back() + 1 - size - 4, size + 4), png);
+    AppendNumber(crc32_gzip_refl(0, &png->back() + 1 - size - 4, size + 4), png);
 }
 
 }  // namespace
 
-base::Result<PictureType> pictureType(const Bytes& bytes, const std::string& name) {
+base::Result<PictureType> TypeOf(const Bytes& bytes, const std::string& name) {
     const auto startsWith = [&](const char* magic, size_t length) {
         return bytes.size() >= length && memcmp(bytes.data(), magic, length) == 0;
     };
@@ -130,20 +129,20 @@ base::Result<PictureType> pictureType(const Bytes& bytes, const std::string& nam
     return base::Failure{name + ": is not a PNG, JPEG or binary PPM picture"};
 }
 
-base::Result<Picture> readPicture(const std::string& path) {
-    const base::Result<Bytes> bytes = readFile(path);
+base::Result<Picture> ReadPicture(const std::string& path) {
+    const base::Result<Bytes> bytes = ReadFile(path);
     if (!bytes.Ok()) return bytes.GetFailure();
-    return decodePicture(bytes.Value(), path);
+    return DecodePicture(bytes.Value(), path);
 }
 
-base::Result<Picture> decodePicture(const Bytes& bytes, const std::string& path) {
-    const base::Result<PictureType> type = pictureType(bytes, path);
+base::Result<Picture> DecodePicture(const Bytes& bytes, const std::string& path) {
+    const base::Result<PictureType> type = TypeOf(bytes, path);
     if (!type.Ok()) return type.GetFailure();
     if (type.Value() == PictureType::kJpeg) {
-        base::Result<JpegPicture> jpeg = decodeJpeg(bytes, path);
+        base::Result<JpegPicture> jpeg = DecodeJpeg(bytes, path);
         if (!jpeg.Ok()) return jpeg.GetFailure();
         const int orientation = jpeg.Value().orientation;
-        return makeUpright(std::move(jpeg).Value().picture, orientation);
+        return MakeUpright(std::move(jpeg).Value().picture, orientation);
     }
     // gdk-pixbuf tells types by the system's MIME database, which a session's setting may hide.
     setenv("XDG_DATA_DIRS", "/usr/local/share:/usr/share", 1);
@@ -152,7 +151,7 @@ base::Result<Picture> decodePicture(const Bytes& bytes, const std::string& path)
     int width = 0;
     int height = 0;
     if (gdk_pixbuf_get_file_info(path.c_str(), &width, &height) &&
-        !isUsableSize(static_cast<uint64_t>(width), static_cast<uint64_t>(height))) {
+        !IsUsableSize(static_cast<uint64_t>(width), static_cast<uint64_t>(height))) {
         return TooLarge(path, typeName, width, height);
     }
     // From the file: in memory gdk-pixbuf does not notice that a picture is cut short.
@@ -163,10 +162,10 @@ base::Result<Picture> decodePicture(const Bytes& bytes, const std::string& path)
         g_error_free(error);
         return failure;
     }
-    return makeUpright(PictureOf(pixbuf), png ? PngOrientation(bytes) : 1);
+    return MakeUpright(PictureOf(pixbuf), png ? PngOrientation(bytes) : 1);
 }
 
-base::Result<JpegPicture> decodeJpeg(const Bytes& bytes, const std::string& name,
+base::Result<JpegPicture> DecodeJpeg(const Bytes& bytes, const std::string& name,
                                      uint32_t leastWidth) {
     const std::unique_ptr<void, int (*)(tjhandle)> decoder(tjInitDecompress(), tjDestroy);
     const auto damaged = [&] {
@@ -182,7 +181,7 @@ base::Result<JpegPicture> decodeJpeg(const Bytes& bytes, const std::string& name
     if (width <= 0 || height <= 0) {
         return read ? base::Failure{name + ": damaged JPEG: it holds no picture"} : damaged();
     }
-    if (!isUsableSize(static_cast<uint64_t>(width), static_cast<uint64_t>(height))) {
+    if (!IsUsableSize(static_cast<uint64_t>(width), static_cast<uint64_t>(height))) {
         return TooLarge(name, "JPEG", width, height);
     }
     tjscalingfactor scale = {8, 8};
@@ -209,26 +208,26 @@ base::Result<JpegPicture> decodeJpeg(const Bytes& bytes, const std::string& name
     return jpeg;
 }
 
-Picture makeUpright(Picture picture, int orientation) {
+Picture MakeUpright(Picture picture, int orientation) {
     if (orientation == 1) return picture;
     const Pixbuf stored = PixbufOn(picture);
     gdk_pixbuf_set_option(stored.get(), "orientation", std::to_string(orientation).c_str());
     return PictureOf({gdk_pixbuf_apply_embedded_orientation(stored.get()), g_object_unref});
 }
 
-double coveringScale(const Picture& photo, PictureSize size) {
+double CoveringScale(const Picture& photo, PictureSize size) {
     return std::max(double(size.width) / photo.width, double(size.height) / photo.height);
 }
 
-Picture fitPicture(const Picture& photo, PictureSize size) {
+Picture FitPicture(const Picture& photo, PictureSize size) {
     // The scaler's table of weights grows with the square of the factor: several small steps.
     constexpr uint32_t kStep = 16;
-    if (coveringScale(photo, size) * 2 * kStep < 1) {
-        return fitPicture(fitPicture(photo, {(photo.width + kStep - 1) / kStep,
+    if (CoveringScale(photo, size) * 2 * kStep < 1) {
+        return FitPicture(FitPicture(photo, {(photo.width + kStep - 1) / kStep,
                                              (photo.height + kStep - 1) / kStep}),
                           size);
     }
-    const double scale = coveringScale(photo, size);
+    const double scale = CoveringScale(photo, size);
     const int width = static_cast<int>(size.width);
     const int height = static_cast<int>(size.height);
     Picture fitted(size.width, size.height);
@@ -238,42 +237,44 @@ Picture fitPicture(const Picture& photo, PictureSize size) {
     return fitted;
 }
 
-Picture centreCrop(const Picture& picture, PictureSize size) {
-    const uint32_t left = (picture.width - size.width) / 2 & ~1u;
-    const uint32_t top = (picture.height - size.height) / 2 & ~1u;
-    Picture out(size.width, size.height);
-    for (uint32_t y = 0; y < size.height; ++y) {
-        memcpy(out.pixel(0, y), picture.pixel(left, top + y), size_t{size.width} * 3);
-    }
-    return out;
+RowSource RowsOf(Picture picture) {
+    return [picture = std::move(picture)](uint32_t y, uint8_t* rgb) {
+        memcpy(rgb, picture.Pixel(0, y), size_t{picture.width} * 3);
+    };
 }
 
-base::Result<Bytes> encodePng(const Picture& picture, const std::string& name) {
-    constexpr int kFastest = 1;  // a dump is looked at once: speed before size
-    const std::unique_ptr<libdeflate_compressor, void (*)(libdeflate_compressor*)> packer(
-            libdeflate_alloc_compressor(kFastest), libdeflate_free_compressor);
-    const size_t rowBytes = size_t{picture.width} * 3;
-    const size_t size = (rowBytes + 1) * picture.height;
-    const size_t bound = libdeflate_zlib_compress_bound(packer.get(), size);
-    // Not vectors, which would be cleared first.
-    const std::unique_ptr<uint8_t[]> rows(new (std::nothrow) uint8_t[size]);
-    const std::unique_ptr<uint8_t[]> packed(new (std::nothrow) uint8_t[bound]);
-    if (!packer || !rows || !packed) return base::Failure{name + ": no memory for the PNG"};
-    for (uint32_t y = 0; y < picture.height; ++y) {
-        uint8_t* const row = rows.get() + y * (rowBytes + 1);
-        row[0] = 0;  // no filter: the fastest to pack
-        memcpy(row + 1, picture.pixel(0, y), rowBytes);
-    }
-    const size_t packedBytes =
-            libdeflate_zlib_compress(packer.get(), rows.get(), size, packed.get(), bound);
+Bytes EncodePng(PictureSize size, const RowSource& rows) {
+    constexpr uint32_t kStripRows = 16;  // stay in the processor's cache
+    const size_t rowBytes = size_t{size.width} * 3 + 1;
     Bytes header;
-    AppendNumber(picture.width, &header);
-    AppendNumber(picture.height, &header);
+    AppendNumber(size.width, &header);
+    AppendNumber(size.height, &header);
     header.insert(header.end(), {8, 2, 0, 0, 0});  // 8-bit RGB
     Bytes png(kPngMagic, kPngMagic + kPngMagicBytes);
-    png.reserve(packedBytes + 64);
     AppendPngChunk("IHDR", header.data(), header.size(), &png);
-    AppendPngChunk("IDAT", packed.get(), packedBytes, &png);
+    const auto packer = std::make_unique<isal_zstream>();
+    isal_deflate_init(packer.get());
+    Bytes levelBuffer(ISAL_DEF_LVL1_DEFAULT);
+    packer->level = 1;  // a dump is looked at once: speed before size
+    packer->level_buf = levelBuffer.data();
+    packer->level_buf_size = static_cast<uint32_t>(levelBuffer.size());
+    packer->gzip_flag = IGZIP_ZLIB;
+    // A row begins with its filter, 0 for none: the fastest to pack.
+    Bytes strip(rowBytes * kStripRows), packed(rowBytes * kStripRows);
+    for (uint32_t y = 0; y < size.height; ++y) {
+        const uint32_t row = y % kStripRows;
+        rows(y, &strip[row * rowBytes + 1]);
+        packer->end_of_stream = y + 1 == size.height;
+        if (row + 1 < kStripRows && !packer->end_of_stream) continue;
+        packer->next_in = strip.data();
+        packer->avail_in = static_cast<uint32_t>((row + 1) * rowBytes);
+        do {
+            packer->next_out = packed.data();
+            packer->avail_out = static_cast<uint32_t>(packed.size());
+            isal_deflate(packer.get());
+            AppendPngChunk("IDAT", packed.data(), packed.size() - packer->avail_out, &png);
+        } while (packer->avail_out == 0);
+    }
     AppendPngChunk("IEND", nullptr, 0, &png);
     return png;
 }

@@ -1,5 +1,5 @@
-// The commands pack, sources, view and compare: each a table (words, options, help) and a function
-// that does it; the program chooses one, reads its words and prints what it reports.
+// The commands pack, sources, view and compare: a table (words, options, help) and for each a
+// function that does it and returns what to print.
 
 #include "program.h"
 
@@ -11,15 +11,11 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
-#include <functional>
-#include <memory>
 #include <optional>
 
-#include "compare.h"
 #include "frame_encoder.h"
 #include "frame_view.h"
 #include "picture_file.h"
-#include "resample.h"
 #include "source_set.h"
 
 namespace offlineframes {
@@ -28,10 +24,14 @@ namespace {
 using base::Option;
 using Words = std::vector<std::string>;
 
-// What a command prints when it is done: `output` on standard output, `notes` on standard error.
-struct Report {
-    std::string output;
-    std::string notes;
+// What the options of any command give.
+struct Given : ViewRequest {
+    std::optional<double> sigma;
+    std::optional<uint64_t> seed;
+    std::string from;
+    bool force = false;
+
+    Existing GetExisting() const { return force ? Existing::kReplace : Existing::kKeep; }
 };
 
 struct Command {
@@ -39,25 +39,17 @@ struct Command {
     const char* summary;             // a phrase for the list of commands
     const char* purpose;             // sentences for its own help
     std::vector<const char*> words;  // plain words the command needs, all of them
-    std::vector<base::Option> options;
-    std::function<base::Result<Report>(const Words& words)> run;
-};
-
-struct PackOptions : KnownGeometry {
-    std::optional<double> sigma;
-    std::optional<uint64_t> seed;
-    bool force = false;
-};
-
-struct ViewOptions : ViewRequest {
-    bool force = false;
+    std::vector<Option> options;
+    // Returns the text to print to `output`, stderr for remarks.
+    base::Result<std::string> (*run)(const Words& words, const Given& given);
+    FILE* output = stderr;
 };
 
 Option FormatOption(const char* help, std::optional<FrameFormat>* format) {
     return {"--format", "raw10|nv12", help,
             [format](const std::string& word) -> base::Result<base::Done> {
                 for (const FrameFormat known : {FrameFormat::kRaw10, FrameFormat::kNv12}) {
-                    if (word == formatName(known)) *format = known;
+                    if (word == FormatName(known)) *format = known;
                 }
                 if (!*format) return base::Failure{"raw10 or nv12"};
                 return base::Done{};
@@ -72,7 +64,7 @@ Option SizeOption(const char* help, std::optional<PictureSize>* size) {
                 const char* const cross = width.ptr;
                 if (cross != end && *cross == 'x' &&
                     std::from_chars(cross + 1, end, read.height).ptr == end &&
-                    isUsableSize(read.width, read.height)) {
+                    IsUsableSize(read.width, read.height)) {
                     *size = read;
                     return base::Done{};
                 }
@@ -100,121 +92,55 @@ Option CountOption(const char* name, const char* help, std::optional<uint64_t>* 
     return base::Number(name, "N", help, 1, kMaxFileBytes, count);
 }
 
-Option AsStoredOption(bool* given) {
-    return base::Switch("--as-stored", "JPEG: do not turn it upright by its EXIF orientation",
-                        given);
-}
-
-Existing ExistingOf(bool force) {
-    return force ? Existing::kReplace : Existing::kKeep;
-}
-
-base::Result<Report> Pack(const Words& words, const PackOptions& options) {
-    if (options.seed && !options.sigma) return base::Failure{"--seed needs --noise", true};
-    const FrameFormat format = options.format.value_or(FrameFormat::kRaw10);
-    FrameGeometry geometry = allocatorGeometry(format, options.size.value_or(defaultSize(format)));
-    if (options.stride) geometry.stride = static_cast<uint32_t>(*options.stride);
-    if (options.scanlines) geometry.scanlines = static_cast<uint32_t>(*options.scanlines);
-    const base::Result<size_t> size = frameBytes(geometry);
+base::Result<std::string> Pack(const Words& words, const Given& given) {
+    if (given.seed && !given.sigma) return base::Failure{"--seed needs --noise", true};
+    const FrameFormat format = given.format.value_or(FrameFormat::kRaw10);
+    FrameGeometry geometry = AllocatorGeometry(format, given.size.value_or(DefaultSize(format)));
+    if (given.stride) geometry.stride = static_cast<uint32_t>(*given.stride);
+    if (given.scanlines) geometry.scanlines = static_cast<uint32_t>(*given.scanlines);
+    const base::Result<size_t> size = FrameBytes(geometry);
     if (!size.Ok()) return base::Failure{size.Error(), true};
     const std::string& output = words[1];
-    const base::Result<base::Done> writable = checkWritable(output, ExistingOf(options.force));
+    const base::Result<base::Done> writable = CheckWritable(output, given.GetExisting());
     if (!writable.Ok()) return writable.GetFailure();
-    const Noise noise = {options.sigma.value_or(0), options.seed.value_or(1)};
     std::optional<Picture> photo;
     if (words[0] != "chart") {
-        base::Result<Picture> read = readPicture(words[0]);
+        base::Result<Picture> read = ReadPicture(words[0]);
         if (!read.Ok()) return read.GetFailure();
         photo = std::move(read).Value();
     }
+    const Noise noise = {given.sigma.value_or(0), given.seed.value_or(1)};
     const base::Result<base::Done> written =
-            writeFile(output, makeFrame(photo, geometry, noise), ExistingOf(options.force));
+            WriteFile(output, MakeFrame(photo, geometry, noise), given.GetExisting());
     if (!written.Ok()) return written.GetFailure();
-    return Report{"", output + ": " + describe(geometry) + ", " + std::to_string(size.Value()) +
-                              " bytes\n"};
+    return output + ": " + Describe(geometry) + ", " + std::to_string(size.Value()) + " bytes\n";
 }
 
-Command PackCommand() {
-    const auto options = std::make_shared<PackOptions>();
-    return {"pack",
-            "a photo or the test chart becomes a RAW10 or NV12 frame",
-            "Makes a frame from INPUT, a PNG, JPEG or PPM photo or the word \"chart\" for the "
-            "built-in\ntest chart. A photo is turned upright, scaled to cover the frame and cut "
-            "evenly.",
-            {"INPUT", "OUTPUT"},
-            {FormatOption("packed RAW10 mosaic (default) or NV12", &options->format),
-             SizeOption("picture size (default: raw10 4096x3072, nv12 4000x3000)", &options->size),
-             CountOption("--stride", "bytes per row (default: what the allocator chooses)",
-                         &options->stride),
-             CountOption("--scanlines", "rows of the luma or raw plane (default: the allocator's)",
-                         &options->scanlines),
-             NoiseOption(&options->sigma),
-             base::Number("--seed", "N", "the noise's seed (default 1)", 0, UINT64_MAX,
-                          &options->seed),
-             base::Switch("--force", "replace OUTPUT when it exists", &options->force)},
-            [options](const Words& words) { return Pack(words, *options); }};
+base::Result<std::string> Sources(const Words& words, const Given& given) {
+    if (given.from.empty()) return MakeSources(words[0], std::nullopt);
+    const base::Result<Picture> photo = ReadPicture(given.from);
+    if (!photo.Ok()) return photo.GetFailure();
+    const base::Result<std::string> made = MakeSources(words[0], photo.Value());
+    if (!made.Ok()) return made;
+    const PictureSize sensor = DefaultSize(FrameFormat::kRaw10);
+    char fit[160];
+    snprintf(
+            fit, sizeof(fit),
+            ": %u x %u as seen upright, scaled by %.3g to cover %u x %u, the overhang cut evenly\n",
+            photo.Value().width, photo.Value().height, CoveringScale(photo.Value(), sensor),
+            sensor.width, sensor.height);
+    return given.from + fit + made.Value();
 }
 
-base::Result<Report> MakeSources(const Words& words, const std::string& from) {
-    std::optional<Picture> photo;
-    char fit[160] = "";
-    if (!from.empty()) {
-        base::Result<Picture> read = readPicture(from);
-        if (!read.Ok()) return read.GetFailure();
-        photo = std::move(read).Value();
-        snprintf(fit, sizeof(fit),
-                 ": %u x %u as seen upright, scaled by %.3g to cover %u x %u, the overhang cut "
-                 "evenly\n",
-                 photo->width, photo->height, coveringScale(*photo, kSensorSize), kSensorSize.width,
-                 kSensorSize.height);
-    }
-    const base::Result<std::string> made = makeSources(words[0], photo);
-    if (!made.Ok()) return made.GetFailure();
-    return Report{"", (photo ? from + fit : "") + made.Value()};
-}
-
-Command SourcesCommand() {
-    const auto from = std::make_shared<std::string>();
-    return {"sources",
-            "makes every file the test modes read",
-            "Makes the source files of the test modes that are missing under DIR, which stands "
-            "for\n/data/vendor/camera: RAW10, NV12 and face detection frames and a metadata dump.\n"
-            "Files that exist are kept.",
-            {"DIR"},
-            {base::Text("--from", "PHOTO", "a PNG, JPEG or PPM photo instead of the test chart",
-                        from.get())},
-            [from](const Words& words) { return MakeSources(words, *from); }};
-}
-
-base::Result<Report> ViewInput(const Words& words, const ViewOptions& options) {
-    const base::Result<base::Done> writable = checkWritable(words[1], ExistingOf(options.force));
+base::Result<std::string> ViewInput(const Words& words, const Given& given) {
+    const base::Result<base::Done> writable = CheckWritable(words[1], given.GetExisting());
     if (!writable.Ok()) return writable.GetFailure();
-    const base::Result<View> view = viewFile(words[0], options);
+    const base::Result<View> view = ViewFile(words[0], given);
     if (!view.Ok()) return view.GetFailure();
-    const base::Result<Bytes> png = encodePng(view.Value().picture, words[1]);
-    if (!png.Ok()) return png.GetFailure();
-    const base::Result<base::Done> written =
-            writeFile(words[1], png.Value(), ExistingOf(options.force));
+    const Bytes png = EncodePng(view.Value().size, view.Value().rows);
+    const base::Result<base::Done> written = WriteFile(words[1], png, given.GetExisting());
     if (!written.Ok()) return written.GetFailure();
-    return Report{"", words[0] + ": " + view.Value().description + "\n"};
-}
-
-Command ViewCommand() {
-    const auto options = std::make_shared<ViewOptions>();
-    return {"view",
-            "shows a dump or source file as PNG",
-            "Shows a dump, a source file or a picture as PNG. The geometry comes from the file's "
-            "name,\nfrom its size or from the options; a JPEG is cut at its real end.",
-            {"INPUT", "OUTPUT.png"},
-            {FormatOption("what INPUT holds, when its name does not tell", &options->format),
-             SizeOption("picture size", &options->size),
-             CountOption("--stride", "bytes per row", &options->stride),
-             CountOption("--scanlines", "rows of the luma or raw plane", &options->scanlines),
-             base::Switch("--mosaic", "raw10: the mosaic as grey, not developed to colour",
-                          &options->mosaic),
-             AsStoredOption(&options->asStored),
-             base::Switch("--force", "replace OUTPUT.png when it exists", &options->force)},
-            [options](const Words& words) { return ViewInput(words, *options); }};
+    return words[0] + ": " + view.Value().description + "\n";
 }
 
 std::string Decibels(double psnr) {
@@ -224,41 +150,89 @@ std::string Decibels(double psnr) {
     return text;
 }
 
-base::Result<Report> Compare(const Words& words, const ViewRequest& request) {
+base::Result<std::string> Compare(const Words& words, const Given& given) {
     Picture pictures[2];
     for (size_t i = 0; i < 2; ++i) {
-        base::Result<View> view = viewFile(words[i], request);
+        const base::Result<View> view = ViewFile(words[i], given);
         if (!view.Ok()) return view.GetFailure();
-        pictures[i] = std::move(view).Value().picture;
+        pictures[i] = view.Value().WholePicture();
     }
-    const base::Result<Comparison> compared = comparePictures(pictures[0], pictures[1]);
+    const base::Result<Comparison> compared = ComparePictures(pictures[0], pictures[1]);
     if (!compared.Ok()) return base::Failure{words[0] + ", " + words[1] + ": " + compared.Error()};
     const Comparison& result = compared.Value();
-    std::string text = "PSNR  red " + Decibels(result.channelPsnr[0]) + "  green " +
-                       Decibels(result.channelPsnr[1]) + "  blue " +
-                       Decibels(result.channelPsnr[2]) + "  all " + Decibels(result.psnr) +
-                       "\nlargest difference " + std::to_string(result.largest);
+    constexpr const char* kNames[3] = {"red", "green", "blue"};
+    std::string text = "PSNR";
+    for (size_t i = 0; i < 3; ++i) {
+        text += std::string("  ") + kNames[i] + " " + Decibels(result.channelPsnr[i]);
+    }
+    text += "  all " + Decibels(result.psnr) + "\nlargest difference " +
+            std::to_string(result.largest);
     if (result.largest > 0) {
-        constexpr const char* kNames[3] = {"red", "green", "blue"};
         const auto sample = [&](const Picture& picture) {
-            return std::to_string(picture.pixel(result.x, result.y)[result.channel]);
+            return std::to_string(picture.Pixel(result.x, result.y)[result.channel]);
         };
         text += std::string(" in ") + kNames[result.channel] + " at x " + std::to_string(result.x) +
                 ", y " + std::to_string(result.y) + ": " + sample(pictures[0]) + " and " +
                 sample(pictures[1]);
     }
-    return Report{text + "\n", ""};
+    return text + "\n";
 }
 
-Command CompareCommand() {
-    const auto request = std::make_shared<ViewRequest>();
-    return {"compare",
-            "tells in numbers how much two pictures or frames differ",
-            "Tells how much two pictures, dumps or source files of equal size differ: PSNR of "
-            "each\nchannel and overall, and the largest difference with its place.",
-            {"A", "B"},
-            {AsStoredOption(&request->asStored)},
-            [request](const Words& words) { return Compare(words, *request); }};
+std::vector<Command> Commands(Given* given) {
+    const auto force = [&](const char* help) {
+        return base::Switch("--force", help, &given->force);
+    };
+    const Option asStored =
+            base::Switch("--as-stored", "JPEG: do not turn it upright by its EXIF orientation",
+                         &given->asStored);
+    return {{"pack",
+             "a photo or the test chart becomes a RAW10 or NV12 frame",
+             "Makes a frame from INPUT, a PNG, JPEG or PPM photo or the word \"chart\" for the "
+             "built-in\ntest chart. A photo is turned upright, scaled to cover the frame and cut "
+             "evenly.",
+             {"INPUT", "OUTPUT"},
+             {FormatOption("packed RAW10 mosaic (default) or NV12", &given->format),
+              SizeOption("picture size (default: raw10 4096x3072, nv12 4000x3000)", &given->size),
+              CountOption("--stride", "bytes per row (default: what the allocator chooses)",
+                          &given->stride),
+              CountOption("--scanlines", "rows of the luma or raw plane (default: the allocator's)",
+                          &given->scanlines),
+              NoiseOption(&given->sigma),
+              base::Number("--seed", "N", "the noise's seed (default 1)", 0, UINT64_MAX,
+                           &given->seed),
+              force("replace OUTPUT when it exists")},
+             Pack},
+            {"sources",
+             "makes every file the test modes read",
+             "Makes the source files of the test modes that are missing under DIR, which stands "
+             "for\n/data/vendor/camera: RAW10, NV12 and face detection frames and a metadata "
+             "dump.\n"
+             "Files that exist are kept.",
+             {"DIR"},
+             {base::Text("--from", "PHOTO", "a PNG, JPEG or PPM photo instead of the test chart",
+                         &given->from)},
+             Sources},
+            {"view",
+             "shows a dump or source file as PNG",
+             "Shows a dump, a source file or a picture as PNG. The geometry comes from the file's "
+             "name,\nfrom its size or from the options; a JPEG is cut at its real end.",
+             {"INPUT", "OUTPUT.png"},
+             {FormatOption("what INPUT holds, when its name does not tell", &given->format),
+              SizeOption("picture size", &given->size),
+              CountOption("--stride", "bytes per row", &given->stride),
+              CountOption("--scanlines", "rows of the luma or raw plane", &given->scanlines),
+              base::Switch("--mosaic", "raw10: the mosaic as grey, not developed to colour",
+                           &given->mosaic),
+              asStored, force("replace OUTPUT.png when it exists")},
+             ViewInput},
+            {"compare",
+             "tells in numbers how much two pictures or frames differ",
+             "Tells how much two pictures, dumps or source files of equal size differ: PSNR of "
+             "each\nchannel and overall, and the largest difference with its place.",
+             {"A", "B"},
+             {asStored},
+             Compare,
+             stdout}};
 }
 
 std::string ProgramHelp(const std::vector<Command>& commands) {
@@ -288,8 +262,8 @@ int Misuse(const std::string& text, const std::string& helpOf) {
 }
 
 // Standard output may be a full disk: what could not be printed is a failure.
-int Print(const std::string& text) {
-    if (fputs(text.c_str(), stdout) >= 0 && fflush(stdout) == 0) return 0;
+int Print(const std::string& text, FILE* output = stdout) {
+    if (fputs(text.c_str(), output) >= 0 && fflush(output) == 0) return 0;
     return Fail("cannot write to standard output", 1);
 }
 
@@ -297,38 +271,37 @@ bool AsksForHelp(const std::string& word) {
     return word == "--help" || word == "-h";
 }
 
-base::Result<Report> RunCommand(const Command& command, const std::vector<std::string>& line) {
+base::Result<std::string> RunCommand(const Command& command, const Words& line,
+                                     const Given& given) {
     const auto words = base::ReadOptions(command.options, line, base::Order::kAnywhere);
     if (!words.Ok()) return words.GetFailure();
-    const size_t given = words.Value().size();
+    const size_t count = words.Value().size();
     const size_t needed = command.words.size();
-    if (given < needed) return base::Failure{std::string("missing ") + command.words[given], true};
-    if (given > needed)
+    if (count < needed) return base::Failure{std::string("missing ") + command.words[count], true};
+    if (count > needed) {
         return base::Failure{"unexpected word \"" + words.Value()[needed] + "\"", true};
+    }
     // Frames are large: most commands take about a second.
     terminal::Progress progress;
     progress.show(std::string("offlineframes: ") + command.name + " ...");
-    return command.run(words.Value());
+    return command.run(words.Value(), given);
 }
 
 }  // namespace
 
-int runProgram(const std::vector<std::string>& words) {
-    const std::vector<Command> commands = {PackCommand(), SourcesCommand(), ViewCommand(),
-                                           CompareCommand()};
+int RunProgram(const std::vector<std::string>& words) {
+    Given given;
+    const std::vector<Command> commands = Commands(&given);
     if (words.empty()) return Misuse("no command given", "");
     if (AsksForHelp(words[0])) return Print(ProgramHelp(commands));
     const auto command = std::find_if(commands.begin(), commands.end(),
                                       [&](const Command& c) { return words[0] == c.name; });
     if (command == commands.end()) return Misuse("unknown command \"" + words[0] + "\"", "");
-    const std::vector<std::string> line(words.begin() + 1, words.end());
+    const Words line(words.begin() + 1, words.end());
     const auto optionsEnd = std::find(line.begin(), line.end(), "--");
     if (std::any_of(line.begin(), optionsEnd, AsksForHelp)) return Print(HelpOf(*command));
-    const base::Result<Report> report = RunCommand(*command, line);
-    if (report.Ok()) {
-        fputs(report.Value().notes.c_str(), stderr);
-        return Print(report.Value().output);
-    }
+    const base::Result<std::string> report = RunCommand(*command, line, given);
+    if (report.Ok()) return Print(report.Value(), command->output);
     if (!report.GetFailure().misuse) return Fail(report.Error(), 1);
     return Misuse(words[0] + ": " + report.Error(), words[0] + " ");
 }

@@ -8,6 +8,6 @@ namespace offlineframes {
 
 // The whole program after main(): `words` without the program's name. Prints and gives the exit
 // status: 0 done, 1 failed, 2 wrong command line.
-int runProgram(const std::vector<std::string>& words);
+int RunProgram(const std::vector<std::string>& words);
 
 }  // namespace offlineframes

@@ -9,31 +9,15 @@
 #include <system_error>
 
 #include "frame_encoder.h"
-#include "resample.h"
+#include "picture_file.h"
 
 namespace offlineframes {
 namespace {
 
 namespace fs = std::filesystem;
 
-constexpr PictureSize kYuvSize = {4000, 3000};
-constexpr PictureSize kFaceSize = {640, 480};
-
-// Makes one file unless it is there. Gives the line that says so.
-base::Result<std::string> MakeFile(const std::string& path,
-                                   const std::function<base::Result<Bytes>()>& make) {
-    std::error_code unknown;
-    if (fs::exists(fs::symlink_status(path, unknown))) return path + ": exists, kept\n";
-    const base::Result<Bytes> bytes = make();
-    if (!bytes.Ok()) return bytes.GetFailure();
-    const base::Result<base::Done> written = writeFile(path, bytes.Value(), Existing::kKeep);
-    if (!written.Ok()) return written.GetFailure();
-    return path + ": made, " + std::to_string(bytes.Value().size()) + " bytes\n";
-}
-
-}  // namespace
-
-base::Result<Bytes> makeMetadataDump() {
+// One packed camera metadata blob with the JPEG settings of a request; no thumbnail.
+base::Result<Bytes> MakeMetadataDump() {
     const int32_t orientation = 0;
     const uint8_t quality = 95;
     const uint8_t thumbnailQuality = 90;
@@ -53,7 +37,21 @@ base::Result<Bytes> makeMetadataDump() {
     return bytes;
 }
 
-base::Result<std::string> makeSources(const std::string& folder,
+// Makes one file unless it is there. Gives the line that says so.
+base::Result<std::string> MakeFile(const std::string& path,
+                                   const std::function<base::Result<Bytes>()>& make) {
+    std::error_code unknown;
+    if (fs::exists(fs::symlink_status(path, unknown))) return path + ": exists, kept\n";
+    const base::Result<Bytes> bytes = make();
+    if (!bytes.Ok()) return bytes.GetFailure();
+    const base::Result<base::Done> written = WriteFile(path, bytes.Value(), Existing::kKeep);
+    if (!written.Ok()) return written.GetFailure();
+    return path + ": made, " + std::to_string(bytes.Value().size()) + " bytes\n";
+}
+
+}  // namespace
+
+base::Result<std::string> MakeSources(const std::string& folder,
                                       const std::optional<Picture>& photo) {
     const std::string frames = folder + "/offlinecameratest";
     const std::string metadata = folder + "/metadata";
@@ -62,28 +60,23 @@ base::Result<std::string> makeSources(const std::string& folder,
         fs::create_directory(path, error);  // an existing folder is fine
         if (error) return base::Failure{path + ": cannot make the folder: " + error.message()};
     }
-    std::optional<Picture> sensor, visible;
+    std::optional<Picture> developed;  // what development cuts from the mosaic
     if (photo) {
-        sensor = fitPicture(*photo, kSensorSize);
-        visible = centreCrop(*sensor, kYuvSize);
+        developed = CentreCrop(FitPicture(*photo, DefaultSize(FrameFormat::kRaw10)),
+                               DefaultSize(FrameFormat::kNv12));
     }
-    const auto frame = [](const std::optional<Picture>& scene, FrameFormat format,
-                          PictureSize size) {
-        return [=, &scene] { return makeFrame(scene, allocatorGeometry(format, size), {}); };
-    };
-    const std::pair<std::string, std::function<base::Result<Bytes>()>> files[] = {
-            {frames + "/4096_3072_RAW10.raw", frame(sensor, FrameFormat::kRaw10, kSensorSize)},
-            {frames + "/4000_3000_NV12.yuv", frame(visible, FrameFormat::kNv12, kYuvSize)},
-            {frames + "/mmf_fd.yuv", frame(photo, FrameFormat::kNv12, kFaceSize)},
-            {metadata + "/original_dump.bin", makeMetadataDump},
-    };
     std::string lines;
-    for (const auto& [path, make] : files) {
-        const base::Result<std::string> line = MakeFile(path, make);
-        if (!line.Ok()) return line.GetFailure();
+    for (const SourceFile& file : kSourceFiles) {
+        const auto& scene = file.size == DefaultSize(FrameFormat::kNv12) ? developed : photo;
+        const base::Result<std::string> line = MakeFile(frames + "/" + file.name, [&] {
+            return MakeFrame(scene, AllocatorGeometry(file.format, file.size), {});
+        });
+        if (!line.Ok()) return line;
         lines += line.Value();
     }
-    return lines;
+    const auto line = MakeFile(metadata + "/original_dump.bin", MakeMetadataDump);
+    if (!line.Ok()) return line;
+    return lines + line.Value();
 }
 
 }  // namespace offlineframes

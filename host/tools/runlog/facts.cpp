@@ -1,11 +1,11 @@
 // Finds facts by the fixed texts of the tool's lines.
 
-#include "facts.h"
-
 #include <stdio.h>
 
 #include <algorithm>
 #include <map>
+
+#include "runlog.h"
 
 namespace runlog {
 

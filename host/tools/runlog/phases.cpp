@@ -1,11 +1,11 @@
 // Each phase begins with a line of the main thread's log or with one of its calls.
 
-#include "phases.h"
-
 #include <stdio.h>
 
 #include <algorithm>
 #include <string_view>
+
+#include "runlog.h"
 
 namespace runlog {
 
@@ -190,14 +190,6 @@ std::vector<Phase> FindPhases(const std::vector<Line>& log, const std::vector<Ca
     Judge(facts, &phases);
     if (cutShort) phases.back().end = PhaseEnd::kCutShort;
     return phases;
-}
-
-const Phase* PhaseAt(const std::vector<Phase>& phases, int64_t timeUs) {
-    const Phase* found = phases.empty() ? nullptr : &phases.front();
-    for (const Phase& phase : phases) {
-        if (phase.startUs <= timeUs) found = &phase;
-    }
-    return found;
 }
 
 }  // namespace runlog

@@ -30,7 +30,7 @@ struct TimeOfDay {
     int hours = 0;
     int minutes = 0;
     int seconds = 0;
-    int64_t micros = 0;
+    int micros = 0;
 
     int64_t Micros() const { return ((hours * 60 + minutes) * 60 + seconds) * kSecond + micros; }
 };
@@ -43,8 +43,9 @@ class Clock {
         const time_t seconds = startedUs / kSecond;
         tm local = {};
         localtime_r(&seconds, &local);
-        m_startUs =
-                TimeOfDay{local.tm_hour, local.tm_min, local.tm_sec, startedUs % kSecond}.Micros();
+        m_startUs = TimeOfDay{local.tm_hour, local.tm_min, local.tm_sec,
+                              static_cast<int>(startedUs % kSecond)}
+                            .Micros();
     }
 
     // Up to an hour before the start counts as before it.
@@ -84,15 +85,14 @@ Result<Done> ForEachLine(const std::string& path, const std::function<void(std::
 std::optional<Line> ParseLine(const std::string& text, Clock* clock) {
     Line line;
     TimeOfDay time;
-    int micros = 0, used = 0;
+    int used = 0;
     const int fields = sscanf(text.c_str(), "%*2d-%*2d %2d:%2d:%2d.%6d %9d %9d %c %n", &time.hours,
-                              &time.minutes, &time.seconds, &micros, &line.pid, &line.tid,
+                              &time.minutes, &time.seconds, &time.micros, &line.pid, &line.tid,
                               &line.priority, &used);
     if (fields != 7 || used == 0 || !strchr("VDIWEF", line.priority)) return std::nullopt;
     const size_t start = static_cast<size_t>(used);
     const size_t colon = text.find(": ", start);
     if (colon == std::string::npos) return std::nullopt;
-    time.micros = micros;
     line.timeUs = clock->SinceStart(time);
     line.tag = text.substr(start, colon - start);
     line.message = text.substr(colon + 2);
@@ -116,9 +116,9 @@ std::optional<Call> ParseCall(const std::string& text, Clock* clock) {
     Call call;
     TimeOfDay time;
     char arrow[3] = {}, peer[257] = {}, name[1025] = {};
-    int micros = 0, used = 0;
+    int used = 0;
     if (sscanf(text.c_str(), "%2d:%2d:%2d.%6d %9d %2s %256s %1024s %n", &time.hours, &time.minutes,
-               &time.seconds, &micros, &call.pid, arrow, peer, name, &used) != 8 ||
+               &time.seconds, &time.micros, &call.pid, arrow, peer, name, &used) != 8 ||
         used == 0) {
         return std::nullopt;
     }
@@ -133,7 +133,6 @@ std::optional<Call> ParseCall(const std::string& text, Clock* clock) {
         end == 0 || rest[static_cast<size_t>(end)] == '\0') {
         return std::nullopt;
     }
-    time.micros = micros;
     call.startUs = clock->SinceStart(time);
     call.durationUs = static_cast<int64_t>(took);
     call.incoming = arrow[0] == '<';

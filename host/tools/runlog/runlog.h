@@ -1,10 +1,11 @@
-// What a run left as text: platform logs and the binder trace. Times are microseconds since the
-// run's start. Nothing here keeps state; any thread.
+// What a run left as text, platform logs and the binder trace, and what they say about the run.
+// Times are microseconds since the run's start. Nothing here keeps state; any thread.
 #pragma once
 
 #include <base/result.h>
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -63,5 +64,62 @@ struct Trace {
 
 // As ReadLog.
 base::Result<Trace> ReadTrace(const std::string& path, int64_t startedUs = 0);
+
+// A wait of the tool for the service, of 5 s at most.
+struct Wait {
+    bool forShutter = false;  // else for the result
+    int64_t startUs = 0;
+    std::optional<int64_t> endUs;  // none: the log ends in it
+    bool received = false;
+
+    bool TimedOut() const { return endUs && !received; }
+};
+
+// A source file that the tool opened or tried to.
+struct Source {
+    std::string path;  // on the device
+    uint64_t timesOpened = 0;
+    bool leftUnread = false;  // the tool knew of no row to read
+};
+
+struct Facts {
+    bool sessionOpened = false;
+    bool sessionClosed = false;
+    std::vector<Source> sources;      // each once, in order
+    std::vector<Wait> waits;          // in order
+    std::optional<int> resultStatus;  // of the last request: 0, or -110 after a time-out
+    uint64_t errorCount = 0;          // lines at level E or F
+    std::string lastError;            // "Tag: message"
+};
+
+// Of the tool's own lines; those of services count for nothing.
+Facts FindFacts(const std::vector<Line>& log);
+
+struct Error {
+    Line line;  // the first of its message
+    uint64_t count = 0;
+};
+
+// Each different message at level E or F, of all lines, in order.
+std::vector<Error> DifferentErrors(const std::vector<Line>& log);
+
+// The steps of a run, told from what the tool's main thread logged and called.
+enum class PhaseEnd { kDone, kFailed, kTimedOut, kCutShort };
+
+// A stretch of the main thread; phases follow each other without gap or overlap.
+struct Phase {
+    std::string name;
+    int64_t startUs = 0;
+    int64_t endUs = 0;
+    bool waits = false;
+    PhaseEnd end = PhaseEnd::kDone;
+    std::string detail;  // what it worked on; may be empty
+};
+
+// Phases in order, from the run's start to its end `durationUs` later; the first is "device", in
+// which the stand-in device comes up. None when the tool logged nothing. `log` and `calls` are in
+// order of time, `facts` are of `log`; `cutShort`: a signal ended the run.
+std::vector<Phase> FindPhases(const std::vector<Line>& log, const std::vector<Call>& calls,
+                              const Facts& facts, int64_t durationUs, bool cutShort);
 
 }  // namespace runlog

@@ -26,7 +26,7 @@ std::string HostPath(const std::string& path, const std::string& dataFolder) {
 }
 
 void ExamineRaster(FrameFormat format, Frame* frame, const Bytes& bytes) {
-    const auto geometry = offlineframes::resolveGeometry(frame->path, format, {}, bytes.size());
+    const auto geometry = offlineframes::ResolveGeometry(frame->path, format, {}, bytes.size());
     if (!geometry.Ok()) {
         frame->note = geometry.Error();
         return;
@@ -43,20 +43,17 @@ void Examine(Frame* frame) {
     std::error_code none;
     const uintmax_t size = std::filesystem::file_size(path, none);
     if (!none) frame->bytes = size;
-    const std::string type = path.extension();
-    frame->format = type == ".raw"   ? "RAW10"
-                    : type == ".yuv" ? "NV12"
-                    : type == ".jpg" ? "JPEG"
-                                     : "";
-    if (frame->format.empty()) return;  // not a picture: its name and size are all there is
-    const auto bytes = offlineframes::readFile(frame->path);
+    const auto format = offlineframes::FormatOfName(frame->path);
+    const bool isJpeg = path.extension() == ".jpg";
+    if (!format && !isJpeg) return;  // not a picture: its name and size are all there is
+    frame->format = isJpeg ? "JPEG" : *format == FrameFormat::kRaw10 ? "RAW10" : "NV12";
+    const auto bytes = offlineframes::ReadFile(frame->path);
     if (!bytes.Ok()) {
         frame->note = bytes.Error();
-    } else if (type == ".jpg") {
+    } else if (isJpeg) {
         PictureOfJpeg(bytes.Value(), frame);
     } else {
-        ExamineRaster(type == ".raw" ? FrameFormat::kRaw10 : FrameFormat::kNv12, frame,
-                      bytes.Value());
+        ExamineRaster(*format, frame, bytes.Value());
     }
 }
 

@@ -9,7 +9,6 @@
 #include <fstream>
 
 #include "report.h"
-#include "summary.h"
 
 namespace {
 

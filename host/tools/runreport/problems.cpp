@@ -52,14 +52,16 @@ void AddErrorLines(const std::vector<runlog::Line>& log, std::vector<Problem>* p
 
 void AddPhases(const std::vector<Phase>& phases, std::vector<Problem>* problems) {
     for (const Phase& phase : phases) {
-        if (phase.end == PhaseEnd::kTimedOut && phase.name == "shutter") {
-            AddFinding("warning", "No shutter message came in time", phase.endUs, phase.name,
-                       problems);
-        } else if (phase.end == PhaseEnd::kTimedOut) {
-            AddFinding("error", "No complete result came in time", phase.endUs, phase.name,
-                       problems);
+        const bool timedOut = phase.end == PhaseEnd::kTimedOut;
+        const auto add = [&](const char* severity, const char* text) {
+            AddFinding(severity, text, phase.endUs, phase.name, problems);
+        };
+        if (timedOut && phase.name == "shutter") {
+            add("warning", "No shutter message came in time");
+        } else if (timedOut) {
+            add("error", "No complete result came in time");
         } else if (phase.end == PhaseEnd::kFailed && phase.name == "open") {
-            AddFinding("error", "The service gave no session", phase.endUs, phase.name, problems);
+            add("error", "The service gave no session");
         }
     }
 }
@@ -75,23 +77,14 @@ void AddUnreadSources(const Report& report, std::vector<Problem>* problems) {
 }
 
 void AddEnding(const Run& run, std::vector<Problem>* problems) {
-    std::string text;
-    switch (run.GetEnding()) {
-        case Ending::kFinished:
-            return;
-        case Ending::kUsageError:
-            text = "The tool refused its arguments";
-            break;
-        case Ending::kSignal:
-            text = "The run was ended by " + run.SignalName();
-            break;
-        case Ending::kNoDevice:
-            text = "The run did not start";
-            break;
-        case Ending::kOther:
-            text = "The run ended with status " + std::to_string(run.status);
-            break;
-    }
+    const Ending ending = run.GetEnding();
+    if (ending == Ending::kFinished) return;
+    const std::string text = ending == Ending::kUsageError ? "The tool refused its arguments"
+                             : ending == Ending::kSignal
+                                     ? "The run was ended by " + run.SignalName()
+                             : ending == Ending::kNoDevice
+                                     ? "The run did not start"
+                                     : "The run ended with status " + std::to_string(run.status);
     problems->push_back(Explained(text, run.durationUs, explanations::ExplainStatus(run.status)));
 }
 
@@ -106,8 +99,11 @@ std::vector<Problem> FindProblems(const Report& report) {
     std::stable_sort(problems.begin(), problems.end(),
                      [](const Problem& a, const Problem& b) { return a.timeUs < b.timeUs; });
     for (Problem& problem : problems) {
-        const Phase* const phase = runlog::PhaseAt(report.phases, problem.timeUs);
-        if (phase && problem.phase.empty()) problem.phase = phase->name;
+        if (!problem.phase.empty()) continue;
+        for (const Phase& phase : report.phases) {
+            if (problem.phase.empty() || phase.startUs <= problem.timeUs)
+                problem.phase = phase.name;
+        }
     }
     return problems;
 }

@@ -5,7 +5,6 @@
 #include <string.h>
 
 #include <algorithm>
-#include <iterator>
 
 #include "frames.h"
 
@@ -13,38 +12,34 @@ namespace runreport {
 
 namespace {
 
-constexpr int kSignalBase = 128;
-constexpr int kLastSignal = 64;
+// What `read` finds in an input, or what is missing; nothing for an input that was not given.
+template <class Content>
+Content Read(const std::string& path, base::Result<Content> (*read)(const std::string&, int64_t),
+             Report* report) {
+    if (path.empty()) return {};
+    base::Result<Content> content = read(path, report->run.startedUs);
+    if (content.Ok()) return std::move(content).Value();
+    report->missing.push_back(content.Error());
+    return {};
+}
 
-void ReadLog(const std::string& path, bool fromServices, Report* report) {
-    if (path.empty()) return;
-    base::Result<runlog::Log> log = runlog::ReadLog(path, report->run.startedUs);
-    if (!log.Ok()) {
-        report->missing.push_back(log.Error());
-        return;
-    }
-    report->omittedLogLines += log.Value().omitted;
-    for (runlog::Line& line : log.Value().lines) {
+void TakeLog(const std::string& path, bool fromServices, Report* report) {
+    runlog::Log log = Read(path, runlog::ReadLog, report);
+    report->omittedLogLines += log.omitted;
+    for (runlog::Line& line : log.lines) {
         line.fromServices = fromServices;
         report->log.push_back(std::move(line));
     }
 }
 
-void ReadTrace(const std::string& path, Report* report) {
-    if (path.empty()) return;
-    base::Result<runlog::Trace> trace = runlog::ReadTrace(path, report->run.startedUs);
-    if (!trace.Ok()) {
-        report->missing.push_back(trace.Error());
-        return;
-    }
-    const uint64_t unreadable = trace.Value().unreadable;
-    const uint64_t surplus = trace.Value().surplus;
-    if (unreadable + surplus > 0) {
-        report->missing.push_back(path + ": " + std::to_string(unreadable) +
-                                  " lines are no transactions, " + std::to_string(surplus) +
+void TakeTrace(const std::string& path, Report* report) {
+    runlog::Trace trace = Read(path, runlog::ReadTrace, report);
+    if (trace.unreadable + trace.surplus > 0) {
+        report->missing.push_back(path + ": " + std::to_string(trace.unreadable) +
+                                  " lines are no transactions, " + std::to_string(trace.surplus) +
                                   " are too many");
     }
-    report->calls = std::move(trace.Value().calls);
+    report->calls = std::move(trace.calls);
 }
 
 }  // namespace
@@ -57,7 +52,7 @@ Ending Run::GetEnding() const {
 }
 
 int Run::Signal() const {
-    return status > kSignalBase && status <= kSignalBase + kLastSignal ? status - kSignalBase : 0;
+    return status > 128 && status <= 128 + 64 ? status - 128 : 0;
 }
 
 std::string Run::SignalName() const {
@@ -69,12 +64,12 @@ std::string Run::SignalName() const {
 Report MakeReport(const Inputs& inputs) {
     Report report;
     report.run = inputs.run;
-    ReadLog(inputs.log, false, &report);
-    ReadLog(inputs.deviceLog, true, &report);
+    TakeLog(inputs.log, false, &report);
+    TakeLog(inputs.deviceLog, true, &report);
     std::stable_sort(
             report.log.begin(), report.log.end(),
             [](const runlog::Line& a, const runlog::Line& b) { return a.timeUs < b.timeUs; });
-    ReadTrace(inputs.trace, &report);
+    TakeTrace(inputs.trace, &report);
     const runlog::Facts facts = runlog::FindFacts(report.log);
     ReadFrames(facts.sources, inputs, &report);
     report.phases = runlog::FindPhases(report.log, report.calls, facts, report.run.durationUs,

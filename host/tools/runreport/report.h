@@ -2,8 +2,6 @@
 // since the run's start.
 #pragma once
 
-#include <runlog/facts.h>
-#include <runlog/phases.h>
 #include <runlog/runlog.h>
 
 #include <cstdint>
@@ -95,5 +93,13 @@ std::string ReportJson(const Report& report);
 
 // The page for people around that JSON: one file that needs no other.
 std::string ReportPage(const std::string& json);
+
+// What ./run says about the tool's log on standard error after a run: its signal, its last error,
+// what else is not as it seems.
+void PrintSummary(const Inputs& inputs);
+
+// At a terminal shows which wait the tool is in, once a second, until this process is killed or its
+// parent ends. A log that is older than the run's start does not count.
+[[noreturn]] void FollowWaits(const Inputs& inputs);
 
 }  // namespace runreport

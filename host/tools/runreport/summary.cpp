@@ -1,7 +1,5 @@
 // Sentences from the facts of the log.
 
-#include "summary.h"
-
 #include <signal.h>
 #include <stdio.h>
 #include <sys/prctl.h>
@@ -11,6 +9,8 @@
 
 #include <algorithm>
 #include <filesystem>
+
+#include "report.h"
 
 namespace runreport {
 

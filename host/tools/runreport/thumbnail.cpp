@@ -5,7 +5,6 @@
 #include <imaging/raw10.h>
 #include <offlineframes/frame_encoder.h>
 #include <offlineframes/picture_file.h>
-#include <offlineframes/resample.h>
 
 #include <algorithm>
 
@@ -56,51 +55,38 @@ void Encode(const imaging::Nv12View& picture, Frame* frame) {
     frame->pictureHeight = picture.height;
 }
 
-// Rows of 8-bit samples, or of packed RAW10.
-struct Plane {
-    const uint8_t* data;
-    size_t stride;      // bytes
-    uint32_t width;     // samples
-    uint32_t channels;  // interleaved
-    bool isRaw10;
-};
-
-// Averages factor x factor samples of each channel to `width` x `height`, rows back to back.
-std::vector<uint16_t> Average(const Plane& plane, uint32_t factor, uint32_t width,
-                              uint32_t height) {
-    std::vector<uint16_t> row(plane.width), out;
-    std::vector<uint32_t> sums(size_t{width} * factor * plane.channels);
+// Averages factor x factor samples of each interleaved channel to width x height cells, rows back
+// to back. `row(y)` gives the samples of a row, until it is called again.
+template <class Row>
+std::vector<uint16_t> Average(uint32_t width, uint32_t height, uint32_t channels, uint32_t factor,
+                              Row row) {
+    std::vector<uint16_t> out;
+    out.reserve(size_t{width} * height * channels);
+    std::vector<uint32_t> sums(size_t{width} * channels);
     const uint32_t area = factor * factor;
-    out.reserve(size_t{width} * height * plane.channels);
     for (uint32_t y = 0; y < height; ++y) {
-        std::fill(sums.begin(), sums.end(), 0);
+        std::fill(sums.begin(), sums.end(), area / 2);
         for (uint32_t i = 0; i < factor; ++i) {
-            const uint8_t* const source = plane.data + (size_t{y} * factor + i) * plane.stride;
-            if (plane.isRaw10) {
-                imaging::UnpackRaw10Row(source, plane.width, row.data());
-            } else {
-                std::copy(source, source + plane.width, row.begin());
+            const auto* sample = row(y * factor + i);
+            for (size_t cell = 0; cell < sums.size(); cell += channels) {
+                for (uint32_t k = 0; k < factor; ++k) {
+                    for (uint32_t c = 0; c < channels; ++c) sums[cell + c] += *sample++;
+                }
             }
-            for (size_t x = 0; x < sums.size(); ++x) sums[x] += row[x];
         }
-        for (size_t x = 0; x < size_t{width} * plane.channels; ++x) {
-            const size_t first = x / plane.channels * plane.channels * factor + x % plane.channels;
-            uint32_t sum = area / 2;
-            for (uint32_t i = 0; i < factor; ++i) sum += sums[first + size_t{i} * plane.channels];
-            out.push_back(static_cast<uint16_t>(sum / area));
-        }
+        for (const uint32_t sum : sums) out.push_back(static_cast<uint16_t>(sum / area));
     }
     return out;
 }
 
 void ReduceNv12(const Bytes& bytes, const FrameGeometry& geometry, uint32_t factor, Frame* frame) {
-    const auto [width, height] = geometry.size;
-    const uint32_t stride = geometry.stride;
-    const uint8_t* const chroma = bytes.data() + size_t{stride} * geometry.scanlines;
-    const uint32_t cellsWide = width / factor / 2, cellsHigh = height / factor / 2;
-    const auto luma =
-            Average({bytes.data(), stride, width, 1, false}, factor, cellsWide * 2, cellsHigh * 2);
-    const auto colour = Average({chroma, stride, width, 2, false}, factor, cellsWide, cellsHigh);
+    const auto rowsFrom = [&](size_t first) {
+        return [&, first](uint32_t y) { return &bytes[(first + y) * geometry.stride]; };
+    };
+    const uint32_t cellsWide = geometry.size.width / factor / 2;
+    const uint32_t cellsHigh = geometry.size.height / factor / 2;
+    const auto luma = Average(cellsWide * 2, cellsHigh * 2, 1, factor, rowsFrom(0));
+    const auto colour = Average(cellsWide, cellsHigh, 2, factor, rowsFrom(geometry.scanlines));
     const Bytes y(luma.begin(), luma.end()), uv(colour.begin(), colour.end());
     Encode({y.data(), uv.data(), cellsWide * 2, cellsHigh * 2, cellsWide * 2}, frame);
 }
@@ -110,10 +96,13 @@ void ReduceRaw10(const Bytes& bytes, const FrameGeometry& geometry, uint32_t fac
     const uint32_t height = geometry.size.height / 2 / factor * 2;
     const size_t rowBytes = imaging::Raw10RowBytes(width);
     Bytes mosaic(rowBytes * height);
+    std::vector<uint16_t> unpacked(geometry.size.width);
     for (const uint32_t parity : {0, 1}) {  // two rows of a mosaic's cells have two colours each
-        const Plane rows = {&bytes[size_t{parity} * geometry.stride], size_t{geometry.stride} * 2,
-                            geometry.size.width, 2, true};
-        const auto samples = Average(rows, factor, width / 2, height / 2);
+        const auto samples = Average(width / 2, height / 2, 2, factor, [&](uint32_t y) {
+            imaging::UnpackRaw10Row(&bytes[(size_t{y} * 2 + parity) * geometry.stride],
+                                    geometry.size.width, unpacked.data());
+            return unpacked.data();
+        });
         for (uint32_t row = 0; row < height / 2; ++row) {
             imaging::PackRaw10Row(&samples[size_t{row} * width], width,
                                   &mosaic[(size_t{row} * 2 + parity) * rowBytes]);
@@ -140,7 +129,7 @@ void PictureOfFrame(const Bytes& bytes, const FrameGeometry& geometry, Frame* fr
 }
 
 void PictureOfJpeg(const Bytes& file, Frame* frame) {
-    const auto jpeg = offlineframes::decodeJpeg(file, frame->path, kThumbnailWidth);
+    const auto jpeg = offlineframes::DecodeJpeg(file, frame->path, kThumbnailWidth);
     if (!jpeg.Ok()) {
         frame->note = jpeg.Error();
         return;
@@ -151,7 +140,7 @@ void PictureOfJpeg(const Bytes& file, Frame* frame) {
     const uint32_t width = picture.width & ~1u;
     const uint32_t height = picture.height & ~1u;
     const Bytes nv12 =
-            offlineframes::encodeNv12(offlineframes::centreCrop(picture, {width, height}),
+            offlineframes::EncodeNv12(offlineframes::CentreCrop(picture, {width, height}),
                                       {FrameFormat::kNv12, {width, height}, width, height}, {});
     Encode({nv12.data(), nv12.data() + size_t{width} * height, width, height, width}, frame);
     if (!frame->picture.empty()) {

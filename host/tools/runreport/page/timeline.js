@@ -58,8 +58,8 @@ class Timeline {
         this.end = Math.max(report.run.durationUs, 1);
         this.lanes = lanes;
         lanes.addEventListener('pointerdown', (event) => this.startDrag(event));
-        lanes.addEventListener('pointermove', (event) => this.drag(event));
-        lanes.addEventListener('pointerup', (event) => this.endDrag(event));
+        lanes.addEventListener('pointermove', (event) => this.drag(event, false));
+        lanes.addEventListener('pointerup', (event) => this.drag(event, true));
         lanes.addEventListener('dblclick', () => this.showAll());
         addEventListener('resize', () => this.draw());
         this.showAll();
@@ -77,20 +77,11 @@ class Timeline {
         this.show(0, this.end);
     }
 
-    // From the tool's first line on to where it begins to exit.
-    showTool() {
-        this.showSteps(this.report.phases.filter((phase) => !isIdle(phase)), 0);
-    }
-
     showSteps(steps, margin) {
         if (!steps.length) return;
         const [from, to] = [steps[0].startUs, steps[steps.length - 1].endUs];
         const around = margin && Math.max((to - from) * margin, 5);
         this.show(from - around, to + around);
-    }
-
-    showRow(name) {
-        this.showSteps(this.rows.find((row) => row.name === name).steps, 0.15);
     }
 
     zoom(factor) {
@@ -203,24 +194,17 @@ class Timeline {
         this.lanes.setPointerCapture(event.pointerId);
     }
 
-    dragged(event) {
-        return [this.dragFrom, this.timeAt(event)].sort((a, b) => a - b);
-    }
-
-    drag(event) {
+    // Draws the selection up to the pointer; `ended` shows what was selected.
+    drag(event, ended) {
         const selection = this.plot.querySelector('.selection');
         if (!selection) return;
-        const [from, to] = this.dragged(event).map((time) => this.at(time));
+        const times = [this.dragFrom, this.timeAt(event)].sort((a, b) => a - b);
+        const [from, to] = times.map((time) => this.at(time));
         selection.style.left = `${from}%`;
         selection.style.width = `${to - from}%`;
-    }
-
-    endDrag(event) {
-        const selection = this.plot.querySelector('.selection');
-        if (!selection) return;
+        if (!ended) return;
         selection.remove();
-        const [from, to] = this.dragged(event);
-        if (this.at(to) - this.at(from) > 0.5) this.show(from, to);
+        if (to - from > 0.5) this.show(...times);
     }
 }
 
@@ -269,13 +253,16 @@ function startTimeline(report) {
     if (!part) return;
     const timeline = new Timeline(report, part.querySelector('.lanes'));
     const actions = [
-        () => timeline.zoom(0.5), () => timeline.zoom(2), () => timeline.showTool(),
+        () => timeline.zoom(0.5), () => timeline.zoom(2),
+        () => timeline.showSteps(report.phases.filter((phase) => !isIdle(phase)), 0),
         () => timeline.showAll(),
     ];
     part.querySelectorAll('button').forEach((button, i) => button.addEventListener('click', actions[i]));
     const showRow = ({target, type, key}) => {
         const chosen = target.closest('.row-label') && (type === 'click' || key === 'Enter');
-        if (chosen) timeline.showRow(target.closest('.phase').dataset.phase);
+        if (!chosen) return;
+        const {phase} = target.closest('.phase').dataset;
+        timeline.showSteps(timeline.rows.find((row) => row.name === phase).steps, 0.15);
     };
     timeline.lanes.addEventListener('click', showRow);
     timeline.lanes.addEventListener('keydown', showRow);

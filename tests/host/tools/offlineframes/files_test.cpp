@@ -8,9 +8,7 @@
 #include <system/camera_metadata.h>
 #include <unistd.h>
 
-#include "host/tools/offlineframes/compare.h"
 #include "host/tools/offlineframes/frame_view.h"
-#include "host/tools/offlineframes/resample.h"
 #include "host/tools/offlineframes/source_set.h"
 #include "test_support.h"
 
@@ -32,7 +30,7 @@ TEST(FileIo, RefusesWhatIsNotAReadableFileNamingIt) {
             {"empty", "is empty"},
     };
     for (const auto& [name, reason] : cases) {
-        EXPECT_THAT(errorOf(readFile(folder.path(name))),
+        EXPECT_THAT(errorOf(ReadFile(folder.path(name))),
                     AllOf(HasSubstr(folder.path(name)), HasSubstr(reason)));
     }
 }
@@ -41,13 +39,13 @@ TEST(FileIo, KeepsOrReplacesAnExistingRegularFileAsAsked) {
     const TestFolder folder;
     const std::string name(NAME_MAX, 'n');
     const std::string path = folder.path(name);
-    valueOf(writeFile(path, {1, 2, 3}, Existing::kKeep));
-    EXPECT_THAT(errorOf(writeFile(path, {4}, Existing::kKeep)), HasSubstr("--force"));
-    EXPECT_THAT(valueOf(readFile(path)), ElementsAre(1, 2, 3));
-    valueOf(writeFile(path, {4}, Existing::kReplace));
-    EXPECT_THAT(valueOf(readFile(path)), ElementsAre(4));
+    valueOf(WriteFile(path, {1, 2, 3}, Existing::kKeep));
+    EXPECT_THAT(errorOf(WriteFile(path, {4}, Existing::kKeep)), HasSubstr("--force"));
+    EXPECT_THAT(valueOf(ReadFile(path)), ElementsAre(1, 2, 3));
+    valueOf(WriteFile(path, {4}, Existing::kReplace));
+    EXPECT_THAT(valueOf(ReadFile(path)), ElementsAre(4));
     ASSERT_EQ(symlink("/dev/null", folder.path("link").c_str()), 0);
-    EXPECT_THAT(errorOf(writeFile(folder.path("link"), {1}, Existing::kReplace)),
+    EXPECT_THAT(errorOf(WriteFile(folder.path("link"), {1}, Existing::kReplace)),
                 HasSubstr("not a regular file"));
     EXPECT_THAT(folder.names(), ElementsAre("link", name));  // and nothing temporary
 }
@@ -58,7 +56,7 @@ TEST(FileIo, LeavesNothingWhenASignalEndsTheProgram) {
     const auto writeBeyondTheLimit = [&] {
         const rlimit limit = {10'000, 10'000};
         setrlimit(RLIMIT_FSIZE, &limit);
-        static_cast<void>(writeFile(folder.path("frame"), Bytes(20'000), Existing::kKeep));
+        static_cast<void>(WriteFile(folder.path("frame"), Bytes(20'000), Existing::kKeep));
         _exit(0);
     };
     EXPECT_EXIT(writeBeyondTheLimit(), testing::KilledBySignal(SIGXFSZ), "");
@@ -69,15 +67,15 @@ TEST(Sources, AreMadeOnceAndShowTheSameScene) {
     const TestFolder folder;
     const std::string camera = folder.path("camera");
     const std::string frames = camera + "/offlinecameratest/";
-    const std::string made = valueOf(makeSources(camera, std::nullopt));
+    const std::string made = valueOf(MakeSources(camera, std::nullopt));
     EXPECT_THAT(made, AllOf(HasSubstr("mmf_fd.yuv: made, 491520 bytes"),
                             HasSubstr("4096_3072_RAW10.raw: made, 15728640 bytes")));
-    const Picture raw = valueOf(viewFile(frames + "4096_3072_RAW10.raw", {})).picture;
-    const Picture yuv = valueOf(viewFile(frames + "4000_3000_NV12.yuv", {})).picture;
+    const Picture raw = valueOf(ViewFile(frames + "4096_3072_RAW10.raw", {})).WholePicture();
+    const Picture yuv = valueOf(ViewFile(frames + "4000_3000_NV12.yuv", {})).WholePicture();
     // 29 dB, the mosaic's losses at edges; two pixels beside it would be 17 dB.
-    EXPECT_GT(valueOf(comparePictures(centreCrop(raw, {4000, 3000}), yuv)).psnr, 27);
+    EXPECT_GT(valueOf(ComparePictures(CentreCrop(raw, {4000, 3000}), yuv)).psnr, 27);
 
-    const Bytes dump = valueOf(readFile(camera + "/metadata/original_dump.bin"));
+    const Bytes dump = valueOf(ReadFile(camera + "/metadata/original_dump.bin"));
     const auto* const blob = reinterpret_cast<const camera_metadata_t*>(dump.data());
     camera_metadata_ro_entry_t entry = {};
     ASSERT_EQ(get_camera_metadata_size(blob), dump.size());
@@ -85,19 +83,19 @@ TEST(Sources, AreMadeOnceAndShowTheSameScene) {
     EXPECT_EQ(entry.data.i32[0], 0);
 
     // A second run finds everything and changes nothing, not even a user's own file.
-    valueOf(writeFile(frames + "mmf_fd.yuv", {1, 2, 3}, Existing::kReplace));
-    EXPECT_THAT(valueOf(makeSources(camera, std::nullopt)), testing::Not(HasSubstr("made")));
-    EXPECT_THAT(valueOf(readFile(frames + "mmf_fd.yuv")), ElementsAre(1, 2, 3));
+    valueOf(WriteFile(frames + "mmf_fd.yuv", {1, 2, 3}, Existing::kReplace));
+    EXPECT_THAT(valueOf(MakeSources(camera, std::nullopt)), testing::Not(HasSubstr("made")));
+    EXPECT_THAT(valueOf(ReadFile(frames + "mmf_fd.yuv")), ElementsAre(1, 2, 3));
 }
 
 TEST(Chart, VisiblePartIsTheCropOfTheSensorAtAnySize) {
     for (const PictureSize size : {PictureSize{4000, 3000}, {500, 376}, {66, 50}, {4, 2}}) {
-        const ChartFrame frame = chartOfVisible(size);
-        EXPECT_EQ(centreCrop(drawSensorChart(frame), size).rgb, drawVisibleChart(frame).rgb);
+        const ChartFrame frame = ChartOfVisible(size);
+        EXPECT_EQ(CentreCrop(DrawSensorChart(frame), size).rgb, DrawVisibleChart(frame).rgb);
     }
-    const ChartFrame full = chartOnSensor({4096, 3072});
+    const ChartFrame full = ChartOnSensor({4096, 3072});
     EXPECT_EQ(std::pair(full.left, full.top), std::pair(48u, 36u));
-    EXPECT_LE(chartRamp(chartOnSensor({4, 2})).endRow, 2u);
+    EXPECT_LE(RampOf(ChartOnSensor({4, 2})).endRow, 2u);
 }
 
 }  // namespace

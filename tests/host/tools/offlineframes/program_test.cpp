@@ -21,7 +21,7 @@ struct Outcome {
 Outcome run(const std::vector<std::string>& words) {
     testing::internal::CaptureStdout();
     testing::internal::CaptureStderr();
-    const int status = runProgram(words);
+    const int status = RunProgram(words);
     return {status, testing::internal::GetCapturedStdout(), testing::internal::GetCapturedStderr()};
 }
 
@@ -74,7 +74,7 @@ TEST(Program, EndsWith1WhenTheWorkFailsAndLeavesNothing) {
         EXPECT_THAT(result.errors, HasSubstr(folder.path("")));
     }
     EXPECT_THAT(folder.names(), ElementsAre("garbage", "kept"));
-    EXPECT_THAT(readFile(kept).Value(), ElementsAre(1, 2, 3));
+    EXPECT_THAT(ReadFile(kept).Value(), ElementsAre(1, 2, 3));
 }
 
 TEST(Program, PacksViewsAndComparesAPhoto) {
@@ -85,7 +85,7 @@ TEST(Program, PacksViewsAndComparesAPhoto) {
     const Outcome packed = run({"pack", "--format", "nv12", "--size", "128x64", "--stride", "192",
                                 "--scanlines=80", photo, frame});
     ASSERT_EQ(packed.status, 0) << packed.errors;
-    EXPECT_EQ(readFile(frame).Value().size(), 192u * 80 * 3 / 2);
+    EXPECT_EQ(ReadFile(frame).Value().size(), 192u * 80 * 3 / 2);
     const std::vector<std::string> view = {"view", "--size",      "128x64", "--stride", "192",
                                            frame,  "--scanlines", "80",     png};
     const Outcome viewed = run(view);
@@ -117,7 +117,7 @@ TEST(Program, OptionsChangeWhatIsMade) {
         words.insert(words.end(), {"--force", made});
         const Outcome result = run(words);
         EXPECT_EQ(result.status, 0) << result.errors;
-        return readFile(made).Value();
+        return ReadFile(made).Value();
     };
     const Bytes raw = make({"pack", "--size", "64x48", ppm});
     EXPECT_EQ(raw, make({"pack", "--size", "64x48", "--format", "raw10", ppm}));

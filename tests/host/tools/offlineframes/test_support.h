@@ -25,7 +25,7 @@ class TestFolder : public TemporaryFolder {
 
     // Writes `bytes` and gives the file's path.
     std::string file(const std::string& name, const Bytes& bytes) const {
-        EXPECT_TRUE(writeFile(path(name), bytes, Existing::kReplace).Ok());
+        EXPECT_TRUE(WriteFile(path(name), bytes, Existing::kReplace).Ok());
         return path(name);
     }
     std::vector<std::string> names() const {
@@ -56,7 +56,7 @@ inline Picture gradientPicture(uint32_t width, uint32_t height) {
     Picture picture(width, height);
     for (uint32_t y = 0; y < height; ++y) {
         for (uint32_t x = 0; x < width; ++x) {
-            uint8_t* const pixel = picture.pixel(x, y);
+            uint8_t* const pixel = picture.Pixel(x, y);
             pixel[0] = static_cast<uint8_t>(40 + x * 180 / width);
             pixel[1] = static_cast<uint8_t>(40 + y * 180 / height);
             pixel[2] = static_cast<uint8_t>(60 + (x + y) * 60 / (width + height));
@@ -84,7 +84,7 @@ inline Bytes ppmBytes(const Picture& picture) {
 inline Bytes jpegBytes(const Picture& picture, int orientationDegrees) {
     const uint32_t w = picture.width;
     const uint32_t h = picture.height;
-    const Bytes nv12 = encodeNv12(picture, {FrameFormat::kNv12, {w, h}, w, h}, {});
+    const Bytes nv12 = EncodeNv12(picture, {FrameFormat::kNv12, {w, h}, w, h}, {});
     Bytes jpeg(size_t{w} * h * 3 + 4096);
     size_t size = 0;
     const imaging::Nv12View view = {nv12.data(), nv12.data() + size_t{w} * h, w, h, w};

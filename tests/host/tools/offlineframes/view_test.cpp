@@ -41,8 +41,8 @@ TEST(ResolveGeometry, ComesFromRequestNameAndSize) {
             {kYuvDump, all, 256 * 52 * 3 / 2, {nv12, {100, 50}, 256, 52}},
     };
     for (const auto& c : cases) {
-        const auto found = resolveGeometry(c.name, c.expected.format, c.request, c.bytes);
-        EXPECT_EQ(describe(valueOf(found)), describe(c.expected)) << c.name;
+        const auto found = ResolveGeometry(c.name, c.expected.format, c.request, c.bytes);
+        EXPECT_EQ(Describe(valueOf(found)), Describe(c.expected)) << c.name;
     }
 }
 
@@ -65,24 +65,24 @@ TEST(ResolveGeometry, SaysExpectedAndFoundBytesAndWhatFits) {
             {huge + "4294967294].yuv", FrameFormat::kNv12, 12345, "nv12", "must be 1 to"},
     };
     for (const auto& c : cases) {
-        EXPECT_THAT(errorOf(resolveGeometry(c.name, c.format, {}, c.bytes)),
+        EXPECT_THAT(errorOf(ResolveGeometry(c.name, c.format, {}, c.bytes)),
                     AllOf(HasSubstr(c.name), HasSubstr(c.first), HasSubstr(c.second)));
     }
 }
 
 TEST(ViewFile, DevelopsRawOrShowsItsMosaic) {
     const TestFolder folder;
-    const FrameGeometry geometry = allocatorGeometry(FrameFormat::kRaw10, {128, 64});
+    const FrameGeometry geometry = AllocatorGeometry(FrameFormat::kRaw10, {128, 64});
     const std::string path = folder.file(
-            "x.raw", encodeRaw10(flatPicture(128, 64, {255, 255, 255}), geometry, {}, {}));
+            "x.raw", EncodeRaw10(flatPicture(128, 64, {255, 255, 255}), geometry, {}, {}));
     ViewRequest request;
     request.size = geometry.size;
-    EXPECT_EQ(valueOf(viewFile(path, request)).picture.pixel(64, 32)[0], 255);
+    EXPECT_EQ(valueOf(ViewFile(path, request)).WholePicture().Pixel(64, 32)[0], 255);
     request.mosaic = true;
-    const Picture mosaic = valueOf(viewFile(path, request)).picture;
-    EXPECT_EQ(mosaic.pixel(0, 0)[0], (64 + 480) / 4);  // red
-    EXPECT_EQ(mosaic.pixel(1, 0)[2], 255);             // green
-    EXPECT_EQ(mosaic.pixel(1, 1)[1], (64 + 639) / 4);  // blue
+    const Picture mosaic = valueOf(ViewFile(path, request)).WholePicture();
+    EXPECT_EQ(mosaic.Pixel(0, 0)[0], (64 + 480) / 4);  // red
+    EXPECT_EQ(mosaic.Pixel(1, 0)[2], 255);             // green
+    EXPECT_EQ(mosaic.Pixel(1, 1)[1], (64 + 639) / 4);  // blue
 }
 
 TEST(ViewFile, ShowsAJpegDumpWithWhatFollowsIt) {
@@ -91,17 +91,17 @@ TEST(ViewFile, ShowsAJpegDumpWithWhatFollowsIt) {
     const size_t length = dump.size();
     dump.resize(64 * 48 * 4 + 20000, 0xA5);
     const std::string path = folder.file(kJpegDump, dump);
-    const View upright = valueOf(viewFile(path, {}));
-    EXPECT_EQ(upright.picture.width, 48u);
+    const View upright = valueOf(ViewFile(path, {}));
+    EXPECT_EQ(upright.size.width, 48u);
     EXPECT_EQ(upright.description, "jpeg 64x48, orientation 6, " + std::to_string(length) +
                                            " of the file's " + std::to_string(dump.size()) +
                                            " bytes");
     ViewRequest asStored;
     asStored.asStored = true;
-    EXPECT_EQ(valueOf(viewFile(path, asStored)).picture.width, 64u);
+    EXPECT_EQ(valueOf(ViewFile(path, asStored)).size.width, 64u);
     // A JPEG of another size than the name's is shown, with a note.
     folder.file(kJpegDump, jpegBytes(gradientPicture(32, 16), 0));
-    EXPECT_THAT(valueOf(viewFile(path, {})).description, HasSubstr("the name says 64x48"));
+    EXPECT_THAT(valueOf(ViewFile(path, {})).description, HasSubstr("the name says 64x48"));
 }
 
 TEST(ViewFile, RefusesWhatItCannotTellOrUse) {
@@ -125,7 +125,7 @@ TEST(ViewFile, RefusesWhatItCannotTellOrUse) {
             {picture, asStored, "--as-stored is only for JPEG"},
     };
     for (const auto& c : cases) {
-        EXPECT_THAT(errorOf(viewFile(c.path, c.request)),
+        EXPECT_THAT(errorOf(ViewFile(c.path, c.request)),
                     AllOf(HasSubstr(c.path), HasSubstr(c.reason)));
     }
 }

@@ -7,7 +7,6 @@
 
 #include <fstream>
 
-#include "host/tools/runlog/phases.h"
 #include "tests/support/temporary_folder.h"
 
 namespace runlog {

@@ -1,11 +1,10 @@
-// Picture comparison: PSNR and largest difference.
+// Cuts and compares pictures.
 
-#include "compare.h"
+#include "picture.h"
 
 #include <cmath>
 #include <cstdlib>
-
-#include "frame_geometry.h"
+#include <cstring>
 
 namespace offlineframes {
 namespace {
@@ -18,10 +17,25 @@ double PsnrOf(uint64_t squares, uint64_t samples) {
 
 }  // namespace
 
-base::Result<Comparison> comparePictures(const Picture& a, const Picture& b) {
+std::string Describe(PictureSize size) {
+    return std::to_string(size.width) + "x" + std::to_string(size.height);
+}
+
+Picture CentreCrop(const Picture& picture, PictureSize size) {
+    const uint32_t left = (picture.width - size.width) / 2 & ~1u;
+    const uint32_t top = (picture.height - size.height) / 2 & ~1u;
+    Picture out(size.width, size.height);
+    for (uint32_t y = 0; y < size.height; ++y) {
+        memcpy(out.Pixel(0, y), picture.Pixel(left, top + y), size_t{size.width} * 3);
+    }
+    return out;
+}
+
+base::Result<Comparison> ComparePictures(const Picture& a, const Picture& b) {
     if (a.width != b.width || a.height != b.height) {
-        return base::Failure{"the pictures differ in size: " + describe({a.width, a.height}) +
-                             " and " + describe({b.width, b.height})};
+        return base::Failure{
+                "the pictures differ in size: " + Describe(PictureSize{a.width, a.height}) +
+                " and " + Describe(PictureSize{b.width, b.height})};
     }
     Comparison result = {};
     uint64_t squares[3] = {};

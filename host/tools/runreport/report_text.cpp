@@ -1,8 +1,10 @@
-// The report's records as JSON objects, each field under its own name.
+// The report as text: its records as JSON objects, each field under its own name, and the page
+// around that.
 
 #include <time.h>
 
 #include <nlohmann/json.hpp>
+#include <string_view>
 
 #include "report.h"
 
@@ -67,6 +69,27 @@ std::string ReportJson(const Report& report) {
                        {"omittedLogLines", report.omittedLogLines},
                        {"log", report.log}};
     return json.dump(-1, ' ', false, Json::error_handler_t::replace);
+}
+
+constexpr std::string_view kPage =
+#include "page.html.inc"
+        ;
+
+std::string ReportPage(const std::string& json) {
+    constexpr std::string_view kMark = "{report}";
+    const size_t at = kPage.find(kMark);
+    std::string page(kPage.substr(0, at));
+    // In JSON a "<" is only ever part of a string, where its escape means the same. So HTML sees no
+    // "</script" or "<!--".
+    for (const char letter : json) {
+        if (letter == '<') {
+            page += "\\u003c";
+        } else {
+            page += letter;
+        }
+    }
+    page += kPage.substr(at + kMark.size());
+    return page;
 }
 
 }  // namespace runreport
