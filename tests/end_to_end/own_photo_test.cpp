@@ -68,7 +68,8 @@ TEST_F(OwnPhoto, ReplacesOnlyTheFramesOfTheRunBefore) {
     const std::string before = readFile(raw);
     std::ofstream(folder() + "/offlinecameratest/notes.txt") << "mine";
 
-    const auto grey = offlineframes::ppmBytes(offlineframes::flatPicture(10, 10, {99, 99, 99}));
+    const auto grey =
+            offlineframes::encodePng(offlineframes::flatPicture(10, 10, {99, 99, 99}), "g").Value();
     EXPECT_EQ(run({"--source", save("two", grey), "-t", "Y2Y"}).status, 0);
     const std::string after = readFile(raw);
     EXPECT_NE(after, before);

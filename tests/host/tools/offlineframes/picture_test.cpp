@@ -1,8 +1,12 @@
 // Pictures: the right pixels from good files, a clear error from bad ones, fitted and compared.
 
+#include <endian.h>
 #include <gmock/gmock.h>
 #include <libdeflate.h>
 #include <turbojpeg.h>
+
+#include <cstring>
+#include <tuple>
 
 #include "host/tools/offlineframes/compare.h"
 #include "host/tools/offlineframes/picture_file.h"
@@ -12,7 +16,6 @@
 namespace offlineframes {
 namespace {
 
-using testing::AllOf;
 using testing::ElementsAre;
 using testing::HasSubstr;
 
@@ -34,8 +37,8 @@ TEST(Png, ComesBackAsItWasWrittenAndUpright) {
             "\0\0\0\x1a"
             "eXIfMM\0*\0\0\0\x08\0\x01\x01\x12\0\x03\0\0\0\x01\0\x06\0\0\0\0\0\0",
             34);
-    const uint32_t sum = libdeflate_crc32(0, &chunk[4], 30);
-    for (int shift = 24; shift >= 0; shift -= 8) chunk += static_cast<char>(sum >> shift);
+    const uint32_t sum = htobe32(libdeflate_crc32(0, &chunk[4], 30));
+    chunk.append(reinterpret_cast<const char*>(&sum), 4);
     png.insert(png.begin() + 33, chunk.begin(), chunk.end());
     const Picture turned = valueOf(readPicture(folder.file("b", png)));
     EXPECT_EQ(turned.rgb, makeUpright(picture, 6).rgb);
@@ -53,16 +56,11 @@ TEST(Ppm, OfBothDepthsAndWithComments) {
 
 TEST(Jpeg, EndsAtItsEndMarkerWhateverFollows) {
     const Bytes clean = jpegBytes(gradientPicture(64, 48), 0);
-    const JpegPicture expected = valueOf(decodeJpeg(clean, "x"));
-    EXPECT_EQ(expected.jpegBytes, clean.size());
-    // Zeros, another end marker, a whole second picture.
-    for (const Bytes& junk : {Bytes(5000, 0), Bytes{0xFF, 0xD9, 0xFF, 0xD9}, clean}) {
-        Bytes longer = clean;
-        longer.insert(longer.end(), junk.begin(), junk.end());
-        const JpegPicture read = valueOf(decodeJpeg(longer, "x"));
-        EXPECT_EQ(read.jpegBytes, clean.size());
-        EXPECT_EQ(read.picture.rgb, expected.picture.rgb);
-    }
+    Bytes twice = clean;
+    twice.insert(twice.end(), clean.begin(), clean.end());
+    const JpegPicture read = valueOf(decodeJpeg(twice, "x"));
+    EXPECT_EQ(read.jpegBytes, clean.size());
+    EXPECT_EQ(read.picture.rgb, valueOf(decodeJpeg(clean, "x")).picture.rgb);
     const JpegPicture reduced = valueOf(decodeJpeg(clean, "x", 20));
     EXPECT_EQ(reduced.picture.width, 24u);  // three eighths
     EXPECT_EQ(reduced.fullSize.width, 64u);
@@ -88,13 +86,14 @@ TEST(Pictures, DamagedOrHugeOnesAreErrorsThatNameTheFile) {
     const TestFolder folder;
     const Bytes png = valueOf(encodePng(gradientPicture(37, 21), "x"));
     const Bytes jpeg = jpegBytes(gradientPicture(64, 48), 0);
-    for (size_t length = 8; length < png.size() - 12; length += 7) {
-        const std::string path = folder.file("cut", Bytes(png.begin(), png.begin() + length));
-        ASSERT_THAT(errorOf(readPicture(path)), HasSubstr(path + ": damaged PNG")) << length;
-    }
-    for (size_t length = 3; length + 2 <= jpeg.size(); length += 11) {
-        const std::string path = folder.file("cut", Bytes(jpeg.begin(), jpeg.begin() + length));
-        ASSERT_THAT(errorOf(readPicture(path)), HasSubstr(path + ": damaged JPEG")) << length;
+    // A PNG's last chunk of 12 bytes may be missing, a JPEG's end marker may not.
+    for (const auto& [whole, end, reason] : {std::tuple(&png, png.size() - 12, ": damaged PNG"),
+                                             {&jpeg, jpeg.size() - 1, ": damaged JPEG"}}) {
+        for (size_t length = 8; length < end; length += 9) {
+            const Bytes part(whole->begin(), whole->begin() + length);
+            const std::string path = folder.file("cut", part);
+            ASSERT_THAT(errorOf(readPicture(path)), HasSubstr(path + reason)) << length;
+        }
     }
     Bytes wrong = jpeg;
     wrong[jpeg.size() - 40] = 0xFF;  // an end marker inside the coded data
@@ -102,9 +101,8 @@ TEST(Pictures, DamagedOrHugeOnesAreErrorsThatNameTheFile) {
     EXPECT_THAT(errorOf(readPicture(folder.file("x", wrong))), HasSubstr("damaged JPEG"));
     Bytes large = png;
     large[18] = large[22] = 0xFF;  // sides of 65,000 and some
-    for (size_t i = 0; i < 4; ++i) {
-        large[29 + i] = static_cast<uint8_t>(libdeflate_crc32(0, &large[12], 17) >> (24 - 8 * i));
-    }
+    const uint32_t sum = htobe32(libdeflate_crc32(0, &large[12], 17));
+    std::memcpy(&large[29], &sum, 4);
     EXPECT_THAT(errorOf(readPicture(folder.file("x", large))), HasSubstr("is too large"));
     for (const char* text : {"P6", "P6\n2 2\n255\nxxxxxxxxxxx", "P6\n40000 40000\n255\nx", "x"}) {
         const std::string path = folder.file("x.ppm", bytesOf(text));
@@ -116,17 +114,14 @@ TEST(FitPicture, CutsTheOverhangEvenlyWithoutShiftOrFalseBars) {
     const auto difference = [](const Picture& photo, const Picture& expected) {
         return largestDifference(fitPicture(photo, {expected.width, expected.height}), expected);
     };
-    for (const PictureSize size : {PictureSize{4, 2}, {640, 480}, {6, 100}}) {
-        EXPECT_EQ(difference(flatPicture(33, 470, {10, 130, 250}),
-                             flatPicture(size.width, size.height, {10, 130, 250})),
-                  0);
-    }
+    const Colour colour = {10, 130, 250};
+    EXPECT_EQ(difference(flatPicture(33, 470, colour), flatPicture(640, 480, colour)), 0);
+    EXPECT_EQ(difference(flatPicture(33, 470, colour), flatPicture(6, 100, colour)), 0);
     // Left and right thirds black, the middle white: a square cut holds only the middle.
     Picture wide = flatPicture(90, 30, {0, 0, 0});
     for (uint32_t i = 0; i < 900; ++i) std::fill_n(wide.pixel(30 + i % 30, i / 30), 3, 255);
     EXPECT_EQ(difference(wide, flatPicture(30, 30, {255, 255, 255})), 0);
     EXPECT_LE(difference(gradientPicture(400, 300), gradientPicture(100, 74)), 3);
-    EXPECT_LE(difference(gradientPicture(4000, 3000), gradientPicture(100, 75)), 3);
     EXPECT_LE(difference(gradientPicture(100, 76), gradientPicture(400, 304)), 3);
     // Bars finer than the result's pixels turn grey.
     Picture bars(400, 300);
@@ -144,9 +139,8 @@ TEST(Compare, GivesPsnrAndThePlaceOfTheLargestDifference) {
     EXPECT_THAT((std::vector<uint32_t>{uint32_t(c.largest), c.x, c.y, uint32_t(c.channel)}),
                 ElementsAre(10, 3, 7, 1));
     EXPECT_TRUE(std::isinf(c.channelPsnr[0]));
-    // Mean squares: green (100 + 100) / 100 = 2, blue 9 / 100, all 209 / 300.
+    // Mean squares: green (100 + 100) / 100, all (100 + 100 + 9) / 300.
     EXPECT_NEAR(c.channelPsnr[1], 20 * std::log10(255) - 10 * std::log10(2), 1e-9);
-    EXPECT_NEAR(c.channelPsnr[2], 20 * std::log10(255) - 10 * std::log10(0.09), 1e-9);
     EXPECT_NEAR(c.psnr, 20 * std::log10(255) - 10 * std::log10(209.0 / 300), 1e-9);
 }
 

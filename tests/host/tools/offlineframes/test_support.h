@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cmath>
 #include <filesystem>
+#include <set>
 #include <string>
 #include <utility>
 #include <vector>
@@ -28,12 +29,11 @@ class TestFolder : public TemporaryFolder {
         EXPECT_TRUE(writeFile(path(name), bytes, Existing::kReplace).Ok());
         return path(name);
     }
-    std::vector<std::string> names() const {
-        std::vector<std::string> names;
+    std::set<std::string> names() const {
+        std::set<std::string> names;
         for (const auto& entry : std::filesystem::directory_iterator(path())) {
-            names.push_back(entry.path().filename().string());
+            names.insert(entry.path().filename().string());
         }
-        std::sort(names.begin(), names.end());
         return names;
     }
 };
@@ -70,14 +70,6 @@ inline Picture flatPicture(uint32_t width, uint32_t height, Colour colour) {
     const uint8_t channels[] = {colour.r, colour.g, colour.b};
     for (size_t i = 0; i < picture.rgb.size(); ++i) picture.rgb[i] = channels[i % 3];
     return picture;
-}
-
-inline Bytes ppmBytes(const Picture& picture) {
-    const std::string header = "P6\n" + std::to_string(picture.width) + " " +
-                               std::to_string(picture.height) + "\n255\n";
-    Bytes bytes(header.begin(), header.end());
-    bytes.insert(bytes.end(), picture.rgb.begin(), picture.rgb.end());
-    return bytes;
 }
 
 // A JPEG as the camera service writes it, of a picture with even sides.
