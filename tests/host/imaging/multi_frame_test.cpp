@@ -35,10 +35,6 @@ struct Burst {
     std::vector<RawView> views;
 };
 
-uint16_t Grey(uint32_t, uint32_t) {
-    return 500;
-}
-
 }  // namespace
 
 TEST(AverageRows, AreTheNearestCodesOfAnyCountAndWidth) {
@@ -48,7 +44,7 @@ TEST(AverageRows, AreTheNearestCodesOfAnyCountAndWidth) {
             const RawFrame expected(
                     width, 4, [count](uint32_t x, uint32_t y) { return Average(count, x, y + 2); });
             for (InstructionSet instructions : SupportedInstructionSets()) {
-                RawFrame out(width, 4, Grey);
+                RawFrame out(width, 4);
                 FunctionsFor(instructions).average({burst.views, 2, out.View()});
                 EXPECT_EQ(out.bytes, expected.bytes) << count << " frames, " << width << " wide";
             }
@@ -66,7 +62,7 @@ TEST(AverageToNv12, IsTheDevelopedAverageWhateverTheThreadsAndInstructions) {
         ASSERT_EQ(RawToNv12(average.View(), expected.View(), {1, InstructionSet::kBaseline}), "");
         for (InstructionSet instructions : SupportedInstructionSets()) {
             for (uint32_t threads : {0u, 1u, 2u, 3u, 64u}) {
-                RawFrame scratch(36, height, Grey);
+                RawFrame scratch(36, height);
                 Nv12Picture picture(34, outHeight);
                 ASSERT_EQ(AverageToNv12(burst.views, scratch.View(), picture.View(),
                                         {threads, instructions}),
@@ -78,8 +74,8 @@ TEST(AverageToNv12, IsTheDevelopedAverageWhateverTheThreadsAndInstructions) {
 }
 
 TEST(AverageToNv12, FramesOfDifferentSizesAreRefused) {
-    RawFrame large(8, 4, Grey);
-    RawFrame small(8, 2, Grey);
+    RawFrame large(8, 4);
+    RawFrame small(8, 2);
     Nv12Picture picture(8, 2);
     EXPECT_THAT(AverageToNv12({large.View(), small.View()}, large.View(), picture.View()),
                 testing::HasSubstr("8 x 2"));
