@@ -8,16 +8,15 @@ namespace {
 constexpr size_t kFirstEntry = 48;
 constexpr size_t kEntrySize = 16;
 
-// The result for bytes at an address that is a multiple of 8.
-int validate(const std::vector<uint8_t>& bytes) {
+int Validate(const std::vector<uint8_t>& bytes) {
     const size_t size = bytes.size();
     return validate_camera_metadata_structure(
             reinterpret_cast<const camera_metadata_t*>(bytes.data()), &size);
 }
 
-int validateWith(std::vector<uint8_t> bytes, size_t offset, uint32_t value) {
+int ValidateWith(std::vector<uint8_t> bytes, size_t offset, uint32_t value) {
     std::memcpy(bytes.data() + offset, &value, sizeof(value));
-    return validate(bytes);
+    return Validate(bytes);
 }
 
 // The sample has 3 of 10 entries from 48 to 208, and 32 of 80 bytes of data from 208 to 288.
@@ -46,12 +45,10 @@ TEST(Validate, FindsEveryDamagedField) {
             {"type unknown", kFirstEntry + kEntrySize + 12, NUM_TYPES},
     };
     const std::vector<uint8_t> sound = bytesOf(makeSampleBlock());
-    ASSERT_EQ(validate(sound), 0);
+    ASSERT_EQ(Validate(sound), 0);
     for (const auto& damage : cases) {
         ASSERT_NE(fieldAt(sound, damage.offset), damage.value) << damage.what;
-        EXPECT_EQ(validateWith(sound, damage.offset, damage.value),
-                  CAMERA_METADATA_VALIDATION_ERROR)
-                << damage.what;
+        EXPECT_EQ(ValidateWith(sound, damage.offset, damage.value), 1) << damage.what;
     }
 }
 
@@ -59,12 +56,12 @@ TEST(Validate, AcceptsWhatADeviceMayHaveMade) {
     const std::vector<uint8_t> sound = bytesOf(makeSampleBlock());
     // Tags that are in no table here may have any type: a vendor's, and most of the platform's.
     for (const uint32_t tag : {0x80000001u, 0x7000au, 0x10000u}) {
-        EXPECT_EQ(validateWith(sound, kFirstEntry, tag), 0) << std::hex << tag;
+        EXPECT_EQ(ValidateWith(sound, kFirstEntry, tag), 0) << std::hex << tag;
     }
-    EXPECT_EQ(validateWith(sound, kFirstEntry + 2 * kEntrySize + 8, 72), 0) << "data not in use";
+    EXPECT_EQ(ValidateWith(sound, kFirstEntry + 2 * kEntrySize + 8, 72), 0) << "data not in use";
     std::vector<uint8_t> bytes = sound;
     bytes.resize(bytes.size() + 100);
-    EXPECT_EQ(validate(bytes), 0) << "bytes behind the block";
+    EXPECT_EQ(Validate(bytes), 0) << "bytes behind the block";
 
     std::vector<uint8_t> shifted(4);
     shifted.insert(shifted.end(), sound.begin(), sound.end());

@@ -17,7 +17,6 @@ TEST(HidlVec, CopiesDoNotShareStorage) {
     hidl_vec<int> copy = first;
     first[1] = 20;
     EXPECT_EQ(copy, hidl_vec<int>({1, 2, 3}));
-    EXPECT_NE(first, copy);
     const hidl_vec<int>& alias = copy;
     copy = alias;
     copy.resize(4);
@@ -42,9 +41,6 @@ TEST(HidlString, IsNeverNullAndOwnsItsCharacters) {
     EXPECT_EQ(assigned, "side");
     const hidl_string moved = std::move(assigned);
     EXPECT_STREQ(assigned.c_str(), "");
-    EXPECT_STREQ(moved.c_str(), "side");
-    const std::string zero("a\0b", 3);
-    EXPECT_EQ(std::string(hidl_string(zero)), zero);
     EXPECT_DEATH(view.setToExternal(outside, 3), "followed by a NUL");
 }
 
@@ -52,14 +48,10 @@ Return<int> Fails() {
     return Status::fromStatusT(::android::BAD_VALUE);
 }
 
-Return<void> Dies() {
-    return Status::fromStatusT(::android::DEAD_OBJECT);
-}
-
 TEST(Return, AnExaminedFailureIsHarmless) {
     EXPECT_EQ(static_cast<int>(Return<int>(5)), 5);
     EXPECT_EQ(Fails().withDefault(7), 7);
-    EXPECT_TRUE(Dies().isDeadObject());
+    EXPECT_TRUE(Return<void>(Status::fromStatusT(::android::DEAD_OBJECT)).isDeadObject());
     Return<int> first = Fails();
     const Return<int> second = std::move(first);  // and with it the duty to look
     EXPECT_FALSE(second.isOk());
@@ -72,12 +64,9 @@ TEST(Return, AnIgnoredOrUsedFailureAborts) {
     EXPECT_DEATH((void)Fails(), "was ignored.*-22");
     EXPECT_DEATH((void)Fails().isDeadObject(), "was ignored");  // it was not dead: still unknown
     EXPECT_DEATH((void)static_cast<int>(Fails()), "value of a failed HIDL call");
-    EXPECT_DEATH(
-            {
-                Return<int> overwritten = Fails();
-                overwritten = Return<int>(1);
-            },
-            "was ignored");
+    Return<int> overwritten = Fails();
+    EXPECT_DEATH(overwritten = Return<int>(1), "was ignored");
+    EXPECT_FALSE(overwritten.isOk());
 }
 
 }  // namespace
