@@ -16,12 +16,13 @@ using ::testing::HasSubstr;
 using ::testing::MatchesRegex;
 using ::testing::SizeIs;
 
-std::vector<std::string> LinesOf(const std::string& text) {
+std::vector<std::string> LinesOf(std::istringstream text) {
     std::vector<std::string> lines;
-    std::istringstream rest(text);
-    for (std::string line; std::getline(rest, line);) lines.push_back(line);
+    for (std::string line; std::getline(text, line);) lines.push_back(line);
     return lines;
 }
+
+constexpr char kTime[] = "[01][0-9]-[0-3][0-9] [0-2][0-9]:[0-5][0-9]:[0-6][0-9]\\.[0-9]{6} ";
 
 struct Outcome {
     int pid = -1;
@@ -41,7 +42,7 @@ Outcome RunProbe(std::string logFd, const char* echo) {
     EXPECT_EQ(finished.status, 0);
     const std::string written = end_to_end::readFile("/proc/self/fd/" + std::to_string(log));
     close(log);
-    return {pid, LinesOf(written), LinesOf(finished.err)};
+    return {pid, LinesOf(std::istringstream(written)), LinesOf(std::istringstream(finished.err))};
 }
 
 TEST(LogSink, KeepsEveryMessageWholeInTheDevicesFormAndEchoesIt) {
@@ -51,10 +52,8 @@ TEST(LogSink, KeepsEveryMessageWholeInTheDevicesFormAndEchoesIt) {
     char ids[32];
     std::snprintf(ids, sizeof(ids), "%5d %5d ", pid, pid);  // one thread: the same
     for (size_t i = 0; i < 6; ++i) {
-        EXPECT_THAT(log[i], MatchesRegex("[01][0-9]-[0-3][0-9] [0-2][0-9]:[0-5][0-9]:[0-6][0-9]\\."
-                                         "[0-9]{6} " +
-                                         std::string(ids) + "VDIWEF"[i] + " Probe: priority " +
-                                         std::to_string(i + 2)));
+        EXPECT_THAT(log[i], MatchesRegex(std::string(kTime) + ids + "VDIWEF"[i] +
+                                         " Probe: priority " + std::to_string(i + 2)));
     }
     EXPECT_THAT(log[6], EndsWith(" D Probe: first"));
     EXPECT_THAT(log[7], EndsWith(" D Probe: "));
