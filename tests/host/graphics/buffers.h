@@ -25,7 +25,7 @@ inline UniqueHandle CreateNv12() {
 }
 
 // Mappings of buffers in this process.
-inline int bufferMappings() {
+inline int BufferMappings() {
     std::ifstream maps("/proc/self/maps");
     int count = 0;
     for (std::string line; std::getline(maps, line);) {

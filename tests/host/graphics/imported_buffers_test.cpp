@@ -46,13 +46,13 @@ TEST_F(ImportedBuffersTest, LocksNestAtOneAddressUntilRelease) {
     uint8_t* const address = Lock(handle);
     EXPECT_EQ(address[491'519], 0x5a) << "every import has the same content";
     EXPECT_EQ(Lock(handle), address);
-    EXPECT_EQ(bufferMappings(), 1);
+    EXPECT_EQ(BufferMappings(), 1);
     EXPECT_TRUE(m_buffers.Unlock(handle).Ok());
     EXPECT_TRUE(m_buffers.RequireLocked(handle).Ok());
     EXPECT_TRUE(m_buffers.Unlock(handle).Ok());
     EXPECT_EQ(ErrorOf(m_buffers.RequireLocked(handle)), BufferError::kBadBuffer);
     EXPECT_TRUE(m_buffers.Release(handle).Ok());
-    EXPECT_EQ(bufferMappings(), 0);
+    EXPECT_EQ(BufferMappings(), 0);
     EXPECT_EQ(countOpenDescriptors(), descriptors - 2);
 }
 

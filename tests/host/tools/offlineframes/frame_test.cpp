@@ -25,14 +25,14 @@ TEST(FrameGeometry, RefusesWhatCannotBeAFrameAndSaysWhy) {
             {{FrameFormat::kNv12, {640, 480}, 4294967294, 4294967294}, "larger than"},
     };
     for (const auto& [geometry, reason] : cases) {
-        EXPECT_THAT(errorOf(frameBytes(geometry)),
+        EXPECT_THAT(ErrorOf(frameBytes(geometry)),
                     AllOf(HasSubstr(reason), HasSubstr(describe(geometry))));
     }
 }
 
 // Pixel x of a packed row, by the format's definition: upper eight bits in one byte, the lower two
 // of four pixels together in the fifth.
-int raw10Pixel(const uint8_t* row, uint32_t x) {
+int Raw10Pixel(const uint8_t* row, uint32_t x) {
     const uint8_t* const group = row + x / 4 * 5;
     return group[x % 4] << 2 | (group[4] >> (x % 4 * 2) & 3);
 }
@@ -45,7 +45,7 @@ TEST(EncodeRaw10, RampHoldsEveryLevelToTheLowestBit) {
     ASSERT_LT(ramp.firstRow, ramp.endRow);
     for (uint32_t y = ramp.firstRow; y < ramp.endRow; ++y) {
         for (uint32_t x = (y + 1) % 2; x < 2048; x += 2) {  // green places, 1024 levels
-            ASSERT_EQ(raw10Pixel(&bytes[size_t{y} * geometry.stride], x), static_cast<int>(x / 2));
+            ASSERT_EQ(Raw10Pixel(&bytes[size_t{y} * geometry.stride], x), static_cast<int>(x / 2));
         }
     }
 }
@@ -53,24 +53,24 @@ TEST(EncodeRaw10, RampHoldsEveryLevelToTheLowestBit) {
 TEST(EncodeFrames, InvertThePhysicsAndPad) {
     // White is 959 after the gains 2.0, 1.0 and 1.5.
     const FrameGeometry raw = {FrameFormat::kRaw10, {8, 4}, 16, 6};
-    const Bytes white = encodeRaw10(flatPicture(8, 4, {255, 255, 255}), raw, {}, {});
-    EXPECT_EQ(raw10Pixel(white.data(), 0), 64 + 480);       // red at 0, 0
-    EXPECT_EQ(raw10Pixel(white.data(), 1), 1023);           // green beside it
-    EXPECT_EQ(raw10Pixel(white.data() + 16, 0), 1023);      // and below
-    EXPECT_EQ(raw10Pixel(white.data() + 16, 1), 64 + 639);  // blue at 1, 1
+    const Bytes white = encodeRaw10(FlatPicture(8, 4, {255, 255, 255}), raw, {}, {});
+    EXPECT_EQ(Raw10Pixel(white.data(), 0), 64 + 480);       // red at 0, 0
+    EXPECT_EQ(Raw10Pixel(white.data(), 1), 1023);           // green beside it
+    EXPECT_EQ(Raw10Pixel(white.data() + 16, 0), 1023);      // and below
+    EXPECT_EQ(Raw10Pixel(white.data() + 16, 1), 64 + 639);  // blue at 1, 1
     EXPECT_EQ(white.size(), 16u * 6);
     EXPECT_EQ(white[10] + white[16 * 4], 0);  // padding
-    EXPECT_EQ(raw10Pixel(encodeRaw10(flatPicture(8, 4, {0, 0, 0}), raw, {}, {}).data(), 5), 64);
+    EXPECT_EQ(Raw10Pixel(encodeRaw10(FlatPicture(8, 4, {0, 0, 0}), raw, {}, {}).data(), 5), 64);
     // Luma 0.299 * 255, then Cb and Cr.
     const FrameGeometry nv12 = {FrameFormat::kNv12, {2, 2}, 4, 4};
-    EXPECT_EQ(encodeNv12(flatPicture(2, 2, {255, 0, 0}), nv12, {}),
+    EXPECT_EQ(encodeNv12(FlatPicture(2, 2, {255, 0, 0}), nv12, {}),
               (Bytes{76, 76, 0, 0, 76, 76,  0,   0,   0,   0,   0,   0,
                      0,  0,  0, 0, 85, 255, 128, 128, 128, 128, 128, 128}));
 }
 
 TEST(Noise, HasItsSigmaAndIsClipped) {
     const auto noisy = [&](uint8_t grey, double sigma) {
-        return encodeNv12(flatPicture(512, 256, {grey, grey, grey}),
+        return encodeNv12(FlatPicture(512, 256, {grey, grey, grey}),
                           {FrameFormat::kNv12, {512, 256}, 512, 256}, {sigma, 7});
     };
     double sum = 0;
@@ -110,7 +110,7 @@ TEST(ResolveGeometry, ComesFromRequestNameAndSizeOrSaysWhatFits) {
             {"any.yuv", {}, 18874368, {large}},
             {start + "[4096]_Scanline[8x].yuv", {}, 18874368, {large}},
             {start + "[4096]_Scanline[99999999999].yuv", {}, 18874368, {large}},
-            {"Stride[1]_Scanline[3072].yuv", {}, 18874368, {large}},  // no dump's name
+            {"x_Stride[1]_Scanline[3072].yuv", {}, 18874368, {large}},  // no dump's name
             {"any.raw", {}, 15728640, {"raw10 4096x3072, stride 5120, 3072 scan lines"}},
             // A padding that no known frame has; then rounded up to a page.
             {kYuvDump, {}, 128 * 64 * 3 / 2, {"nv12 128x64, stride 128, 64 scan lines"}},
@@ -142,46 +142,46 @@ TEST(ResolveGeometry, ComesFromRequestNameAndSizeOrSaysWhatFits) {
 TEST(ViewFile, DevelopsRawOrShowsItsMosaic) {
     const TestFolder folder;
     const FrameGeometry geometry = {FrameFormat::kRaw10, {128, 64}, 192, 64};
-    const std::string path = folder.file(
-            "x.raw", encodeRaw10(flatPicture(128, 64, {255, 255, 255}), geometry, {}, {}));
+    const std::string path = folder.File(
+            "x.raw", encodeRaw10(FlatPicture(128, 64, {255, 255, 255}), geometry, {}, {}));
     ViewRequest request;
     request.size = geometry.size;
-    EXPECT_EQ(valueOf(viewFile(path, request)).picture.pixel(64, 32)[0], 255);
+    EXPECT_EQ(ValueOf(viewFile(path, request)).picture.pixel(64, 32)[0], 255);
     request.mosaic = true;
-    EXPECT_EQ(valueOf(viewFile(path, request)).picture.pixel(1, 1)[1], (64 + 639) / 4);  // blue
+    EXPECT_EQ(ValueOf(viewFile(path, request)).picture.pixel(1, 1)[1], (64 + 639) / 4);  // blue
 }
 
 TEST(ViewFile, ShowsAJpegDumpWithWhatFollowsIt) {
     const TestFolder folder;
-    Bytes dump = jpegBytes(gradientPicture(64, 48), 90);
+    Bytes dump = JpegBytes(GradientPicture(64, 48), 90);
     const size_t length = dump.size();
     dump.resize(32288, 0xA5);
-    const std::string path = folder.file(kJpegDump, dump);
-    const View upright = valueOf(viewFile(path, {}));
+    const std::string path = folder.File(kJpegDump, dump);
+    const View upright = ValueOf(viewFile(path, {}));
     EXPECT_EQ(upright.picture.width, 48u);
     EXPECT_EQ(upright.description, "jpeg 64x48, orientation 6, " + std::to_string(length) +
                                            " of the file's 32288 bytes");
     // A JPEG of another size than the name's is shown, with a note.
-    folder.file(kJpegDump, jpegBytes(gradientPicture(32, 16), 0));
-    EXPECT_THAT(valueOf(viewFile(path, {})).description, HasSubstr("the name says 64x48"));
+    folder.File(kJpegDump, JpegBytes(GradientPicture(32, 16), 0));
+    EXPECT_THAT(ValueOf(viewFile(path, {})).description, HasSubstr("the name says 64x48"));
 }
 
 TEST(ViewFile, RefusesWhatItCannotTellOrUse) {
     const TestFolder folder;
-    const std::string frame = folder.file(kYuvDump, Bytes(128 * 64 * 3 / 2));
+    const std::string frame = folder.File(kYuvDump, Bytes(128 * 64 * 3 / 2));
     ViewRequest mosaic;
     mosaic.mosaic = true;
     ViewRequest asStored;
     asStored.asStored = true;
     const std::tuple<std::string, ViewRequest, const char*> cases[] = {
-            {folder.file("zeros.bin", Bytes(100)), {}, "give --format"},
-            {folder.file(kJpegDump, Bytes(100)), {}, "does not start with ff d8 ff"},
-            {folder.file("a.jpg", jpegBytes(gradientPicture(8, 8), 0)), mosaic, "--mosaic"},
+            {folder.File("zeros.bin", Bytes(100)), {}, "give --format"},
+            {folder.File(kJpegDump, Bytes(100)), {}, "does not start with ff d8 ff"},
+            {folder.File("a.jpg", JpegBytes(GradientPicture(8, 8), 0)), mosaic, "--mosaic"},
             {frame, mosaic, "--mosaic is only for raw10"},
             {frame, asStored, "--as-stored is only for JPEG"},
     };
     for (const auto& [path, request, reason] : cases) {
-        EXPECT_THAT(errorOf(viewFile(path, request)), AllOf(HasSubstr(path), HasSubstr(reason)));
+        EXPECT_THAT(ErrorOf(viewFile(path, request)), AllOf(HasSubstr(path), HasSubstr(reason)));
     }
 }
 

@@ -19,19 +19,19 @@ namespace {
 using testing::ElementsAre;
 using testing::HasSubstr;
 
-Bytes bytesOf(const std::string& text) {
+Bytes BytesOf(const std::string& text) {
     return Bytes(text.begin(), text.end());
 }
 
-int largestDifference(const Picture& a, const Picture& b) {
-    return valueOf(comparePictures(a, b)).largest;
+int LargestDifference(const Picture& a, const Picture& b) {
+    return ValueOf(comparePictures(a, b)).largest;
 }
 
 TEST(Png, ComesBackAsItWasWrittenAndUpright) {
     const TestFolder folder;
-    const Picture picture = gradientPicture(37, 21);
-    Bytes png = valueOf(encodePng(picture, "x"));
-    EXPECT_EQ(valueOf(readPicture(folder.file("a", png))).rgb, picture.rgb);
+    const Picture picture = GradientPicture(37, 21);
+    Bytes png = ValueOf(encodePng(picture, "x"));
+    EXPECT_EQ(ValueOf(readPicture(folder.File("a", png))).rgb, picture.rgb);
     // The same with an orientation of 6, in a chunk of its own behind the header.
     std::string chunk(
             "\0\0\0\x1a"
@@ -40,28 +40,28 @@ TEST(Png, ComesBackAsItWasWrittenAndUpright) {
     const uint32_t sum = htobe32(libdeflate_crc32(0, &chunk[4], 30));
     chunk.append(reinterpret_cast<const char*>(&sum), 4);
     png.insert(png.begin() + 33, chunk.begin(), chunk.end());
-    const Picture turned = valueOf(readPicture(folder.file("b", png)));
+    const Picture turned = ValueOf(readPicture(folder.File("b", png)));
     EXPECT_EQ(turned.rgb, makeUpright(picture, 6).rgb);
     EXPECT_EQ(turned.width, 21u);
 }
 
 TEST(Ppm, OfBothDepthsAndWithComments) {
     const TestFolder folder;
-    EXPECT_THAT(valueOf(readPicture(folder.file("a", bytesOf("P6 # a\n2 1 #b\n255\nABCDEF")))).rgb,
+    EXPECT_THAT(ValueOf(readPicture(folder.File("a", BytesOf("P6 # a\n2 1 #b\n255\nABCDEF")))).rgb,
                 ElementsAre('A', 'B', 'C', 'D', 'E', 'F'));
     const std::string deep("P6\n1 1\n1000\n\0\0\1\xF4\x03\xE8", 18);  // 0, 500 and 1000
-    EXPECT_THAT(valueOf(readPicture(folder.file("b", bytesOf(deep)))).rgb,
+    EXPECT_THAT(ValueOf(readPicture(folder.File("b", BytesOf(deep)))).rgb,
                 ElementsAre(0, testing::AnyOf(127, 128), 255));
 }
 
 TEST(Jpeg, EndsAtItsEndMarkerWhateverFollows) {
-    const Bytes clean = jpegBytes(gradientPicture(64, 48), 0);
+    const Bytes clean = JpegBytes(GradientPicture(64, 48), 0);
     Bytes twice = clean;
     twice.insert(twice.end(), clean.begin(), clean.end());
-    const JpegPicture read = valueOf(decodeJpeg(twice, "x"));
+    const JpegPicture read = ValueOf(decodeJpeg(twice, "x"));
     EXPECT_EQ(read.jpegBytes, clean.size());
-    EXPECT_EQ(read.picture.rgb, valueOf(decodeJpeg(clean, "x")).picture.rgb);
-    const JpegPicture reduced = valueOf(decodeJpeg(clean, "x", 20));
+    EXPECT_EQ(read.picture.rgb, ValueOf(decodeJpeg(clean, "x")).picture.rgb);
+    const JpegPicture reduced = ValueOf(decodeJpeg(clean, "x", 20));
     EXPECT_EQ(reduced.picture.width, 24u);  // three eighths
     EXPECT_EQ(reduced.fullSize.width, 64u);
 }
@@ -74,68 +74,68 @@ TEST(Jpeg, OfInksIsRead) {
     ASSERT_EQ(
             tjCompress2(encoder, inks.data(), 2, 0, 1, TJPF_CMYK, &file, &size, TJSAMP_444, 100, 0),
             0);
-    const Picture read = valueOf(decodeJpeg(Bytes(file, file + size), "x")).picture;
+    const Picture read = ValueOf(decodeJpeg(Bytes(file, file + size), "x")).picture;
     tjFree(file);
     tjDestroy(encoder);
     Picture expected(2, 1);
     expected.rgb = {255, 128, 0, 64, 64, 64};
-    EXPECT_LE(largestDifference(read, expected), 3);
+    EXPECT_LE(LargestDifference(read, expected), 3);
 }
 
 TEST(Pictures, DamagedOrHugeOnesAreErrorsThatNameTheFile) {
     const TestFolder folder;
-    const Bytes png = valueOf(encodePng(gradientPicture(37, 21), "x"));
-    const Bytes jpeg = jpegBytes(gradientPicture(64, 48), 0);
+    const Bytes png = ValueOf(encodePng(GradientPicture(37, 21), "x"));
+    const Bytes jpeg = JpegBytes(GradientPicture(64, 48), 0);
     // A PNG's last chunk of 12 bytes may be missing, a JPEG's end marker may not.
     for (const auto& [whole, end, reason] : {std::tuple(&png, png.size() - 12, ": damaged PNG"),
                                              {&jpeg, jpeg.size() - 1, ": damaged JPEG"}}) {
         for (size_t length = 8; length < end; length += 9) {
             const Bytes part(whole->begin(), whole->begin() + length);
-            const std::string path = folder.file("cut", part);
-            ASSERT_THAT(errorOf(readPicture(path)), HasSubstr(path + reason)) << length;
+            const std::string path = folder.File("cut", part);
+            ASSERT_THAT(ErrorOf(readPicture(path)), HasSubstr(path + reason)) << length;
         }
     }
     Bytes wrong = jpeg;
     wrong[jpeg.size() - 40] = 0xFF;  // an end marker inside the coded data
     wrong[jpeg.size() - 39] = 0xD9;
-    EXPECT_THAT(errorOf(readPicture(folder.file("x", wrong))), HasSubstr("damaged JPEG"));
+    EXPECT_THAT(ErrorOf(readPicture(folder.File("x", wrong))), HasSubstr("damaged JPEG"));
     Bytes large = png;
     large[18] = large[22] = 0xFF;  // sides of 65,000 and some
     const uint32_t sum = htobe32(libdeflate_crc32(0, &large[12], 17));
     std::memcpy(&large[29], &sum, 4);
-    EXPECT_THAT(errorOf(readPicture(folder.file("x", large))), HasSubstr("is too large"));
+    EXPECT_THAT(ErrorOf(readPicture(folder.File("x", large))), HasSubstr("is too large"));
     for (const char* text : {"P6", "P6\n2 2\n255\nxxxxxxxxxxx", "P6\n40000 40000\n255\nx", "x"}) {
-        const std::string path = folder.file("x.ppm", bytesOf(text));
-        EXPECT_THAT(errorOf(readPicture(path)), HasSubstr(path)) << text;
+        const std::string path = folder.File("x.ppm", BytesOf(text));
+        EXPECT_THAT(ErrorOf(readPicture(path)), HasSubstr(path)) << text;
     }
 }
 
 TEST(FitPicture, CutsTheOverhangEvenlyWithoutShiftOrFalseBars) {
     const auto difference = [](const Picture& photo, const Picture& expected) {
-        return largestDifference(fitPicture(photo, {expected.width, expected.height}), expected);
+        return LargestDifference(fitPicture(photo, {expected.width, expected.height}), expected);
     };
     const Colour colour = {10, 130, 250};
-    EXPECT_EQ(difference(flatPicture(33, 470, colour), flatPicture(640, 480, colour)), 0);
-    EXPECT_EQ(difference(flatPicture(33, 470, colour), flatPicture(6, 100, colour)), 0);
+    EXPECT_EQ(difference(FlatPicture(33, 470, colour), FlatPicture(640, 480, colour)), 0);
+    EXPECT_EQ(difference(FlatPicture(33, 470, colour), FlatPicture(6, 100, colour)), 0);
     // Left and right thirds black, the middle white: a square cut holds only the middle.
-    Picture wide = flatPicture(90, 30, {0, 0, 0});
+    Picture wide = FlatPicture(90, 30, {0, 0, 0});
     for (uint32_t i = 0; i < 900; ++i) std::fill_n(wide.pixel(30 + i % 30, i / 30), 3, 255);
-    EXPECT_EQ(difference(wide, flatPicture(30, 30, {255, 255, 255})), 0);
-    EXPECT_LE(difference(gradientPicture(400, 300), gradientPicture(100, 74)), 3);
-    EXPECT_LE(difference(gradientPicture(100, 76), gradientPicture(400, 304)), 3);
+    EXPECT_EQ(difference(wide, FlatPicture(30, 30, {255, 255, 255})), 0);
+    EXPECT_LE(difference(GradientPicture(400, 300), GradientPicture(100, 74)), 3);
+    EXPECT_LE(difference(GradientPicture(100, 76), GradientPicture(400, 304)), 3);
     // Bars finer than the result's pixels turn grey.
     Picture bars(400, 300);
     for (uint32_t i = 0; i < 60000; ++i) std::fill_n(bars.pixel(i % 200 * 2, i / 200), 3, 255);
-    EXPECT_LE(difference(bars, flatPicture(100, 75, {128, 128, 128})), 24);
+    EXPECT_LE(difference(bars, FlatPicture(100, 75, {128, 128, 128})), 24);
 }
 
 TEST(Compare, GivesPsnrAndThePlaceOfTheLargestDifference) {
-    const Picture a = flatPicture(10, 10, {100, 100, 100});
+    const Picture a = FlatPicture(10, 10, {100, 100, 100});
     Picture b = a;
     b.pixel(3, 7)[1] = 90;   // the largest, in green
     b.pixel(8, 8)[1] = 110;  // as large, but later
     b.pixel(9, 9)[2] = 97;
-    const Comparison c = valueOf(comparePictures(a, b));
+    const Comparison c = ValueOf(comparePictures(a, b));
     EXPECT_THAT((std::vector<uint32_t>{uint32_t(c.largest), c.x, c.y, uint32_t(c.channel)}),
                 ElementsAre(10, 3, 7, 1));
     EXPECT_TRUE(std::isinf(c.channelPsnr[0]));

@@ -29,7 +29,7 @@ struct Outcome {
     std::string errors;
 };
 
-Outcome run(const std::vector<std::string>& words) {
+Outcome Execute(const std::vector<std::string>& words) {
     testing::internal::CaptureStdout();
     testing::internal::CaptureStderr();
     const int status = runProgram(words);
@@ -52,63 +52,63 @@ TEST(Program, EndsWith2ForAWrongCommandLine) {
     };
     for (auto [words, named] : cases) {
         if (words.size() > 1) words.insert(words.end(), {"chart", folder.path("out")});
-        const Outcome result = run(words);
+        const Outcome result = Execute(words);
         EXPECT_EQ(result.status, 2) << named;
         EXPECT_THAT(result.errors, AllOf(HasSubstr(named), HasSubstr("--help")));
         EXPECT_EQ(result.output, "");
     }
-    EXPECT_THAT(folder.names(), ElementsAre());
+    EXPECT_THAT(folder.Names(), ElementsAre());
 }
 
 TEST(Program, EndsWith1WhenTheWorkFailsAndLeavesNothing) {
     const TestFolder folder;
-    const std::string garbage = folder.file("garbage", Bytes(100, 7));
-    const std::string kept = folder.file("kept", {1, 2, 3});
+    const std::string garbage = folder.File("garbage", Bytes(100, 7));
+    const std::string kept = folder.File("kept", {1, 2, 3});
     using Words = std::vector<std::string>;
     for (const Words& words : {Words{"pack", folder.path("absent.png"), folder.path("out")},
                                {"pack", "--size", "64x48", "chart", kept},
                                {"view", garbage, folder.path("out")},
                                {"compare", garbage, kept},
                                {"sources", "--from", garbage, folder.path("out")}}) {
-        const Outcome result = run(words);
+        const Outcome result = Execute(words);
         EXPECT_EQ(result.status, 1) << words[0] << " " << words[1];
         EXPECT_THAT(result.errors, HasSubstr(folder.path("")));
     }
-    EXPECT_THAT(folder.names(), ElementsAre("garbage", "kept"));
+    EXPECT_THAT(folder.Names(), ElementsAre("garbage", "kept"));
     EXPECT_THAT(readFile(kept).Value(), ElementsAre(1, 2, 3));
 }
 
 TEST(Program, PacksViewsAndComparesAPhoto) {
     const TestFolder folder;
     const std::string photo =
-            folder.file("photo", valueOf(encodePng(gradientPicture(128, 64), "")));
+            folder.File("photo", ValueOf(encodePng(GradientPicture(128, 64), "")));
     const std::string frame = folder.path("frame.yuv");
     const std::string png = folder.path("frame.png");
-    const Outcome packed = run({"pack", "--format", "nv12", "--size", "128x64", "--stride", "192",
-                                "--scanlines=80", photo, frame});
+    const Outcome packed = Execute({"pack", "--format", "nv12", "--size", "128x64", "--stride",
+                                    "192", "--scanlines=80", photo, frame});
     ASSERT_EQ(packed.status, 0) << packed.errors;
     std::vector<std::string> view = {"view", "--size=128x64",  "--stride=192",
                                      frame,  "--scanlines=80", png};
-    EXPECT_THAT(run(view).errors, HasSubstr("nv12 128x64, stride 192, 80 scan lines"));
-    EXPECT_EQ(run(view).status, 1);  // the PNG exists now
+    EXPECT_THAT(Execute(view).errors, HasSubstr("nv12 128x64, stride 192, 80 scan lines"));
+    EXPECT_EQ(Execute(view).status, 1);  // the PNG exists now
     view.push_back("--force");
-    EXPECT_EQ(run(view).status, 0);
-    const std::string compared = run({"compare", photo, png}).output;
+    EXPECT_EQ(Execute(view).status, 0);
+    const std::string compared = Execute({"compare", photo, png}).output;
     EXPECT_THAT(compared, testing::ContainsRegex("all [4-6][0-9]\\.[0-9]+ dB"));
     EXPECT_THAT(compared, testing::ContainsRegex("largest difference [1-4] in "));
-    EXPECT_THAT(run({"compare", photo, photo}).output, HasSubstr("all equal"));
-    EXPECT_THAT(run({"view", "--help"}).output,
+    EXPECT_THAT(Execute({"compare", photo, photo}).output, HasSubstr("all equal"));
+    EXPECT_THAT(Execute({"view", "--help"}).output,
                 HasSubstr("usage: offlineframes view [OPTION...] INPUT OUTPUT.png"));
-    EXPECT_THAT(run({"-h"}).output, HasSubstr("  compare   tells in numbers"));
+    EXPECT_THAT(Execute({"-h"}).output, HasSubstr("  compare   tells in numbers"));
 }
 
 // What an option adds shows in the file that the command writes.
 TEST(Program, OptionsChangeWhatIsMade) {
     const TestFolder folder;
-    const std::string jpeg = folder.file("photo.jpg", jpegBytes(gradientPicture(64, 48), 90));
+    const std::string jpeg = folder.File("photo.jpg", JpegBytes(GradientPicture(64, 48), 90));
     const auto make = [&](std::vector<std::string> words) {
         words.insert(words.end(), {"--force", jpeg, folder.path("made")});
-        const Outcome result = run(words);
+        const Outcome result = Execute(words);
         EXPECT_EQ(result.status, 0) << result.errors;
         return readFile(folder.path("made")).Value();
     };
@@ -119,19 +119,19 @@ TEST(Program, OptionsChangeWhatIsMade) {
     EXPECT_EQ(noisy, make({"pack", "--size", "64x48", "--noise", "4", "--seed", "1"}));
     EXPECT_NE(noisy, make({"pack", "--size", "64x48", "--noise", "4", "--seed", "2"}));
     EXPECT_NE(make({"view"}), make({"view", "--as-stored"}));
-    const std::string level = folder.file("level.jpg", jpegBytes(gradientPicture(64, 48), 0));
-    EXPECT_EQ(run({"compare", level, jpeg}).status, 1);  // 64 x 48 and 48 x 64
-    EXPECT_EQ(run({"compare", "--as-stored", level, jpeg}).status, 0);
+    const std::string level = folder.File("level.jpg", JpegBytes(GradientPicture(64, 48), 0));
+    EXPECT_EQ(Execute({"compare", level, jpeg}).status, 1);  // 64 x 48 and 48 x 64
+    EXPECT_EQ(Execute({"compare", "--as-stored", level, jpeg}).status, 0);
 }
 
 TEST(FileIo, RefusesWhatIsNotAReadableFileNamingIt) {
     const TestFolder folder;
     ASSERT_EQ(mkfifo(folder.path("pipe").c_str(), 0600), 0);
-    ASSERT_EQ(truncate(folder.file("huge", {1}).c_str(), static_cast<off_t>(kMaxFileBytes) + 1), 0);
-    ASSERT_EQ(truncate(folder.file("empty", {1}).c_str(), 0), 0);
+    ASSERT_EQ(truncate(folder.File("huge", {1}).c_str(), static_cast<off_t>(kMaxFileBytes) + 1), 0);
+    ASSERT_EQ(truncate(folder.File("empty", {1}).c_str(), 0), 0);
     for (const auto& [name, reason] :
          {std::pair("pipe", "not a regular file"), {"huge", "more than"}, {"empty", "is empty"}}) {
-        EXPECT_THAT(errorOf(readFile(folder.path(name))),
+        EXPECT_THAT(ErrorOf(readFile(folder.path(name))),
                     AllOf(HasSubstr(folder.path(name)), HasSubstr(reason)));
     }
 }
@@ -139,12 +139,12 @@ TEST(FileIo, RefusesWhatIsNotAReadableFileNamingIt) {
 TEST(FileIo, ReplacesOnlyRegularFilesOfAnyName) {
     const TestFolder folder;
     const std::string name(NAME_MAX, 'n');
-    folder.file(name, {1, 2, 3});
-    EXPECT_THAT(valueOf(readFile(folder.file(name, {4}))), ElementsAre(4));
+    folder.File(name, {1, 2, 3});
+    EXPECT_THAT(ValueOf(readFile(folder.File(name, {4}))), ElementsAre(4));
     ASSERT_EQ(symlink("/dev/null", folder.path("link").c_str()), 0);
-    EXPECT_THAT(errorOf(writeFile(folder.path("link"), {1}, Existing::kReplace)),
+    EXPECT_THAT(ErrorOf(writeFile(folder.path("link"), {1}, Existing::kReplace)),
                 HasSubstr("not a regular file"));
-    EXPECT_THAT(folder.names(), ElementsAre("link", name));  // and nothing temporary
+    EXPECT_THAT(folder.Names(), ElementsAre("link", name));  // and nothing temporary
 }
 
 // The limit's signal ends the process in the midst of the write, as a Ctrl-C may.
@@ -157,25 +157,25 @@ TEST(FileIo, LeavesNothingWhenASignalEndsTheProgram) {
         _exit(0);
     };
     EXPECT_EXIT(writeBeyondTheLimit(), testing::KilledBySignal(SIGXFSZ), "");
-    EXPECT_THAT(folder.names(), ElementsAre());
+    EXPECT_THAT(folder.Names(), ElementsAre());
 }
 
 TEST(Sources, AreMadeOnceAndShowTheSameScene) {
     const TestFolder folder;
     const std::string camera = folder.path("camera");
     const std::string frames = camera + "/offlinecameratest/";
-    const std::string made = valueOf(makeSources(camera, std::nullopt));
+    const std::string made = ValueOf(makeSources(camera, std::nullopt));
     EXPECT_THAT(made, AllOf(HasSubstr("mmf_fd.yuv: made, 491520 bytes"),
                             HasSubstr("4096_3072_RAW10.raw: made, 15728640 bytes")));
-    const Picture raw = valueOf(viewFile(frames + "4096_3072_RAW10.raw", {})).picture;
-    const Picture yuv = valueOf(viewFile(frames + "4000_3000_NV12.yuv", {})).picture;
+    const Picture raw = ValueOf(viewFile(frames + "4096_3072_RAW10.raw", {})).picture;
+    const Picture yuv = ValueOf(viewFile(frames + "4000_3000_NV12.yuv", {})).picture;
     // 29 dB, the mosaic's losses at edges; two pixels beside it would be 17 dB.
-    EXPECT_GT(valueOf(comparePictures(centreCrop(raw, {4000, 3000}), yuv)).psnr, 27);
+    EXPECT_GT(ValueOf(comparePictures(centreCrop(raw, {4000, 3000}), yuv)).psnr, 27);
 
     // A second run finds everything and changes nothing, not even a user's own file.
-    valueOf(writeFile(frames + "mmf_fd.yuv", {1, 2, 3}, Existing::kReplace));
-    EXPECT_THAT(valueOf(makeSources(camera, std::nullopt)), testing::Not(HasSubstr("made")));
-    EXPECT_THAT(valueOf(readFile(frames + "mmf_fd.yuv")), ElementsAre(1, 2, 3));
+    ValueOf(writeFile(frames + "mmf_fd.yuv", {1, 2, 3}, Existing::kReplace));
+    EXPECT_THAT(ValueOf(makeSources(camera, std::nullopt)), testing::Not(HasSubstr("made")));
+    EXPECT_THAT(ValueOf(readFile(frames + "mmf_fd.yuv")), ElementsAre(1, 2, 3));
 }
 
 }  // namespace

@@ -25,11 +25,11 @@ class TestFolder : public TemporaryFolder {
     TestFolder() : TemporaryFolder("offlineframes") {}
 
     // Writes `bytes` and gives the file's path.
-    std::string file(const std::string& name, const Bytes& bytes) const {
+    std::string File(const std::string& name, const Bytes& bytes) const {
         EXPECT_TRUE(writeFile(path(name), bytes, Existing::kReplace).Ok());
         return path(name);
     }
-    std::set<std::string> names() const {
+    std::set<std::string> Names() const {
         std::set<std::string> names;
         for (const auto& entry : std::filesystem::directory_iterator(path())) {
             names.insert(entry.path().filename().string());
@@ -40,19 +40,19 @@ class TestFolder : public TemporaryFolder {
 
 // The value of what must have worked; where it has not, a failure that says why.
 template <class T>
-T valueOf(base::Result<T> result) {
+T ValueOf(base::Result<T> result) {
     EXPECT_TRUE(result.Ok()) << result.Error();
     return result.Ok() ? std::move(result).Value() : T();
 }
 
 // Why something was refused.
 template <class T>
-std::string errorOf(const base::Result<T>& result) {
+std::string ErrorOf(const base::Result<T>& result) {
     return result.Ok() ? "no error" : result.Error();
 }
 
 // A smooth picture in which every place and channel differs: x to red, y to green.
-inline Picture gradientPicture(uint32_t width, uint32_t height) {
+inline Picture GradientPicture(uint32_t width, uint32_t height) {
     Picture picture(width, height);
     for (uint32_t y = 0; y < height; ++y) {
         for (uint32_t x = 0; x < width; ++x) {
@@ -65,7 +65,7 @@ inline Picture gradientPicture(uint32_t width, uint32_t height) {
     return picture;
 }
 
-inline Picture flatPicture(uint32_t width, uint32_t height, Colour colour) {
+inline Picture FlatPicture(uint32_t width, uint32_t height, Colour colour) {
     Picture picture(width, height);
     const uint8_t channels[] = {colour.r, colour.g, colour.b};
     for (size_t i = 0; i < picture.rgb.size(); ++i) picture.rgb[i] = channels[i % 3];
@@ -73,7 +73,7 @@ inline Picture flatPicture(uint32_t width, uint32_t height, Colour colour) {
 }
 
 // A JPEG as the camera service writes it, of a picture with even sides.
-inline Bytes jpegBytes(const Picture& picture, int orientationDegrees) {
+inline Bytes JpegBytes(const Picture& picture, int orientationDegrees) {
     const uint32_t w = picture.width;
     const uint32_t h = picture.height;
     const Bytes nv12 = encodeNv12(picture, {FrameFormat::kNv12, {w, h}, w, h}, {});
