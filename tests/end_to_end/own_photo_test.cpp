@@ -41,7 +41,7 @@ class OwnPhotoInMode : public OwnPhoto, public ::testing::WithParamInterface<con
 
 // A turned phone picture: 200 x 300 as seen, so its middle band fills the frames.
 TEST_P(OwnPhotoInMode, FillsTheFramesUpright) {
-    const auto jpeg = offlineframes::jpegBytes(offlineframes::gradientPicture(300, 200), 90);
+    const auto jpeg = offlineframes::JpegBytes(offlineframes::GradientPicture(300, 200), 90);
     const std::string path = save("my photo.jpg", jpeg);
     const Picture upright = offlineframes::DecodePicture(jpeg, path).Value();
     const Picture expected = offlineframes::CentreCrop(
@@ -59,14 +59,16 @@ INSTANTIATE_TEST_SUITE_P(Modes, OwnPhotoInMode, ::testing::Values("B2Y", "Y2J", 
                          [](const auto& info) { return std::string(info.param); });
 
 TEST_F(OwnPhoto, ReplacesOnlyTheFramesOfTheRunBefore) {
-    const auto png = offlineframes::EncodePng({40, 30}, RowsOf(offlineframes::gradientPicture(40, 30)));
+    const auto png =
+            offlineframes::EncodePng({40, 30}, RowsOf(offlineframes::GradientPicture(40, 30)));
     const Finished first = run({"--source=" + save("one", png), "-t", "B2Y"});
     EXPECT_THAT(first.err, HasSubstr("left empty"));
     const std::string raw = folder() + "/offlinecameratest/4096_3072_RAW10.raw";
     const std::string before = readFile(raw);
     std::ofstream(folder() + "/offlinecameratest/notes.txt") << "mine";
 
-    const auto grey = offlineframes::ppmBytes(offlineframes::flatPicture(10, 10, {99, 99, 99}));
+    const auto grey = offlineframes::EncodePng(
+            {10, 10}, RowsOf(offlineframes::FlatPicture(10, 10, {99, 99, 99})));
     EXPECT_EQ(run({"--source", save("two", grey), "-t", "Y2Y"}).status, 0);
     const std::string after = readFile(raw);
     EXPECT_NE(after, before);

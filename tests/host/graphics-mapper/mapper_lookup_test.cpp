@@ -1,11 +1,13 @@
 // Which mapper IMapper::getService() finds.
 #include <gtest/gtest.h>
 #include <host_mapper_registry.h>
+#include <unistd.h>
 
 #include <cstdlib>
 #include <string>
 
 #include "tests/host/graphics-mapper/fake_mapper.h"
+#include "tests/support/temporary_folder.h"
 
 namespace {
 
@@ -28,10 +30,14 @@ TEST(MapperLookup, TheVendorsLibraryProvidesTheDefault) {
     EXPECT_EQ(MarkOf(IMapper::getService()), kVendors);
     EXPECT_EQ(MarkOf(IMapper::getService("missing")), Error::NONE);
     const std::string folder = getenv("STANDIN_HAL_PATH");
-    for (const char* other : {MAPPER_MODULES, "/nowhere"}) {
-        setenv("STANDIN_HAL_PATH", other, 1);
-        EXPECT_EQ(IMapper::getService(), nullptr) << other;
-    }
+    // A library of the implementation's name that is another one; then none.
+    const TemporaryFolder other("mapper-modules");
+    const std::string wrong = other.path("android.hardware.graphics.mapper@4.0-impl-zel.so");
+    ASSERT_EQ(symlink((folder + "/mapper.zel.so").c_str(), wrong.c_str()), 0);
+    setenv("STANDIN_HAL_PATH", other.path().c_str(), 1);
+    EXPECT_EQ(IMapper::getService(), nullptr);
+    unlink(wrong.c_str());
+    EXPECT_EQ(IMapper::getService(), nullptr);
     setenv("STANDIN_HAL_PATH", folder.c_str(), 1);
 }
 

@@ -16,10 +16,7 @@ inline BufferDescription Describe(int32_t format, uint32_t width, uint32_t heigh
 }
 
 inline UniqueHandle Create(const BufferDescription& description) {
-    base::Result<UniqueHandle> created = CreateBuffer(description);
-    if (created.Ok()) return std::move(created).Value();
-    ADD_FAILURE() << created.Error();
-    return nullptr;
+    return CreateBuffer(description).Value();
 }
 
 // 491,520 bytes.
@@ -28,7 +25,7 @@ inline UniqueHandle CreateNv12() {
 }
 
 // Mappings of buffers in this process.
-inline int bufferMappings() {
+inline int BufferMappings() {
     std::ifstream maps("/proc/self/maps");
     int count = 0;
     for (std::string line; std::getline(maps, line);) {

@@ -1,12 +1,16 @@
 // The pipeline against its naive twin: every sample of every frame, on any threads and
-// instructions.
+// instructions; the average of frames; the inverses of the physics.
 #include <gmock/gmock.h>
 #include <imaging/b2y.h>
+#include <imaging/camera_physics.h>
+#include <imaging/multi_frame.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <random>
 
 #include "frames.h"
+#include "host/imaging/instruction_sets.h"
 #include "naive_camera.h"
 
 namespace imaging {
@@ -53,24 +57,39 @@ RawFrame::Pixels AllLevels(const Frame& frame, uint32_t seed) {
     };
 }
 
+// Noise, in three of four frames near white, so that sums grow as large as they can.
+uint16_t Code(uint32_t frame, uint32_t x, uint32_t y) {
+    uint32_t noise = (frame * 0x9E3779B1u) ^ (x * 0x85EBCA77u) ^ (y * 0xC2B2AE3Du);
+    noise = (noise ^ (noise >> 15)) * 0x2C1B3C6Du >> 8;
+    return static_cast<uint16_t>(frame % 4 != 0 ? 1023 - noise % 8 : noise % 1024);
+}
+
+uint16_t Average(uint32_t count, uint32_t x, uint32_t y) {
+    uint32_t sum = count / 2;
+    for (uint32_t frame = 0; frame < count; ++frame) sum += Code(frame, x, y);
+    return static_cast<uint16_t>(sum / count);
+}
+
+struct Burst {
+    Burst(uint32_t count, uint32_t width, uint32_t height) {
+        for (uint32_t i = 0; i < count; ++i) {
+            frames.emplace_back(width, height,
+                                [i](uint32_t x, uint32_t y) { return Code(i, x, y); });
+        }
+        for (RawFrame& frame : frames) views.push_back(frame.View());
+    }
+    std::vector<RawFrame> frames;
+    std::vector<RawView> views;
+};
+
 }  // namespace
 
-TEST(B2yTwin, NoiseOfAllLevels) {
+// Where the tone curve is steepest.
+TEST(B2yTwin, Shadows) {
     const Frame frame = {180, 150, 176, 146};
-    ExpectAgreement(frame, AllLevels(frame, 1));
-    // The shadows, where the tone curve is steepest.
     ExpectAgreement(frame, [all = AllLevels(frame, 2)](uint32_t x, uint32_t y) {
         return static_cast<uint16_t>(50 + all(x, y) / 16);
     });
-}
-
-TEST(B2yTwin, FlatFramesAndGradients) {
-    const Frame frame = {40, 24, 36, 20};
-    for (uint16_t code : {0, 63, 64, 65, 1022, 1023}) {
-        ExpectAgreement(frame, [code](uint32_t, uint32_t) { return code; });
-    }
-    const Frame wide = {1024, 6, 1024, 6};
-    ExpectAgreement(wide, [](uint32_t x, uint32_t) { return static_cast<uint16_t>(x); });
 }
 
 TEST(B2yTwin, EveryCropOfASmallFrame) {
@@ -98,12 +117,11 @@ TEST(B2yTwin, AnyThreadsInstructionsAndStrips) {
 }
 
 TEST(B2y, ImpossibleSizesAreNamed) {
-    RawFrame raw(8, 6, [](uint32_t x, uint32_t) { return static_cast<uint16_t>(x); });
+    RawFrame raw(8, 6);
     Nv12Picture picture(8, 6);
-    const MutableRawView frame = raw.View();
     const MutableNv12View out = picture.View();
     const auto develop = [&](uint32_t width, size_t stride, uint32_t outWidth, uint32_t outHeight) {
-        return RawToNv12({frame.data, width, 6, stride},
+        return RawToNv12({raw.bytes.data(), width, 6, stride},
                          {out.y, out.uv, outWidth, outHeight, out.strideBytes});
     };
     EXPECT_THAT(develop(8, 17, 10, 6), HasSubstr("10 x 6 is larger than"));
@@ -111,6 +129,69 @@ TEST(B2y, ImpossibleSizesAreNamed) {
     EXPECT_THAT(develop(8, 9, 8, 6), HasSubstr("stride of 9"));
     EXPECT_THAT(develop(6, 17, 6, 6), HasSubstr("multiple of 4"));
     EXPECT_THAT(picture.bytes, testing::Each(Nv12Picture::kUntouched));
+}
+
+TEST(AverageRows, AreTheNearestCodesOfAnyCountAndWidth) {
+    for (uint32_t count : {1u, 2u, 3u, 7u, 63u, 64u}) {
+        for (uint32_t width : {4u, 8u, 12u, 16u, 20u, 68u}) {
+            Burst burst(count, width, 6);
+            const RawFrame expected(
+                    width, 4, [count](uint32_t x, uint32_t y) { return Average(count, x, y + 2); });
+            for (InstructionSet instructions : SupportedInstructionSets()) {
+                RawFrame out(width, 4);
+                FunctionsFor(instructions).average({burst.views, 2, out.View()});
+                EXPECT_EQ(out.bytes, expected.bytes) << count << " frames, " << width << " wide";
+            }
+        }
+    }
+}
+
+TEST(AverageToNv12, IsTheDevelopedAverageWhateverTheThreadsAndInstructions) {
+    // Scratch frames with room for one worker, for one barely, for several; crops at both ends.
+    for (const auto& [height, outHeight] :
+         {std::pair(2u, 2u), {132u, 132u}, {136u, 130u}, {270u, 258u}, {540u, 520u}}) {
+        Burst burst(3, 36, height);
+        RawFrame average(36, height, [](uint32_t x, uint32_t y) { return Average(3, x, y); });
+        Nv12Picture expected(34, outHeight);
+        ASSERT_EQ(RawToNv12(average.View(), expected.View(), {1, InstructionSet::kBaseline}), "");
+        for (InstructionSet instructions : SupportedInstructionSets()) {
+            for (uint32_t threads : {0u, 1u, 2u, 3u, 64u}) {
+                RawFrame scratch(36, height);
+                Nv12Picture picture(34, outHeight);
+                ASSERT_EQ(AverageToNv12(burst.views, scratch.View(), picture.View(),
+                                        {threads, instructions}),
+                          "");
+                EXPECT_EQ(picture.bytes, expected.bytes) << height << " " << threads;
+            }
+        }
+    }
+}
+
+TEST(AverageToNv12, FramesOfDifferentSizesAreRefused) {
+    RawFrame large(8, 4);
+    RawFrame small(8, 2);
+    Nv12Picture picture(8, 2);
+    EXPECT_THAT(AverageToNv12({large.View(), small.View()}, large.View(), picture.View()),
+                HasSubstr("8 x 2"));
+    EXPECT_THAT(AverageToNv12({small.View()}, large.View(), picture.View()), HasSubstr("8 x 4"));
+    EXPECT_NE(AverageToNv12({}, large.View(), picture.View()), "");
+}
+
+TEST(CameraPhysics, RawOfALinearValueDevelopsBackWithinHalfAGain) {
+    for (Channel channel : {Channel::kRed, Channel::kGreen, Channel::kBlue}) {
+        const int slack = channel == Channel::kGreen ? 0 : 1;
+        for (int v = 0; v <= kLinearMax; ++v) {
+            EXPECT_LE(std::abs(LinearFromRaw(RawFromLinear(v, channel), channel) - v), slack) << v;
+        }
+    }
+}
+
+TEST(CameraPhysics, InverseToneCurveReturnsEveryToneOfAWholeCode) {
+    for (int v = 0; v <= kLinearMax; ++v) {
+        const uint8_t tone = ToneFromLinear(v);
+        EXPECT_EQ(ToneFromLinear(LinearFromTone(tone)), tone) << v;
+    }
+    EXPECT_EQ(LinearFromTone(255), 959);
 }
 
 }  // namespace imaging

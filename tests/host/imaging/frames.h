@@ -15,7 +15,9 @@ class RawFrame {
   public:
     using Pixels = std::function<uint16_t(uint32_t x, uint32_t y)>;
 
-    RawFrame(uint32_t width, uint32_t height, const Pixels& pixels)
+    RawFrame(
+            uint32_t width, uint32_t height,
+            const Pixels& pixels = [](uint32_t, uint32_t) { return uint16_t{500}; })
         : bytes(height * (Raw10RowBytes(width) + 7)), m_width(width), m_height(height) {
         std::vector<uint16_t> row(width);
         for (uint32_t y = 0; y < height; ++y) {

@@ -15,32 +15,6 @@ using testing::HasSubstr;
 
 namespace {
 
-struct Decoded {
-    int width = 0;
-    int height = 0;
-    std::vector<uint8_t> planes[3];  // Y, Cb, Cr; rows back to back
-};
-
-Decoded Decode(const std::vector<uint8_t>& file) {
-    Decoded out;
-    int subsampling = 0;
-    const std::unique_ptr<void, int (*)(tjhandle)> decoder(tjInitDecompress(), tjDestroy);
-    EXPECT_EQ(tjDecompressHeader2(decoder.get(), const_cast<uint8_t*>(file.data()), file.size(),
-                                  &out.width, &out.height, &subsampling),
-              0);
-    EXPECT_EQ(subsampling, TJSAMP_420);
-    uint8_t* planes[3];
-    for (int i = 0; i < 3; ++i) {
-        out.planes[i].resize(tjPlaneSizeYUV(i, out.width, 0, out.height, subsampling));
-        planes[i] = out.planes[i].data();
-    }
-    EXPECT_EQ(tjDecompressToYUVPlanes(decoder.get(), file.data(), file.size(), planes, out.width,
-                                      nullptr, out.height, TJFLAG_STOPONWARNING),
-              0)
-            << tjGetErrorStr2(decoder.get());
-    return out;
-}
-
 // Soft luma waves and chroma that changes from left to right, all the way to the edges.
 void Paint(Nv12Picture& picture) {
     const MutableNv12View view = picture.View();
@@ -64,22 +38,36 @@ std::vector<uint8_t> Encode(Nv12Picture& picture, int32_t degrees, uint32_t thre
     return file;
 }
 
-// Peak signal-to-noise ratio of one component, in dB.
-double Psnr(const Nv12Picture& picture, const Decoded& decoded, int component) {
-    const uint32_t step = component == 0 ? 1 : 2;
-    const uint8_t* sample = decoded.planes[component].data();
-    double sum = 0;
-    for (uint32_t y = 0; y < picture.height; y += step) {
-        for (uint32_t x = 0; x < picture.width; x += step) {
-            const int original = component == 0   ? picture.Y(x, y)
-                                 : component == 1 ? picture.Cb(x, y)
-                                                  : picture.Cr(x, y);
-            sum += (original - *sample) * (original - *sample);
-            ++sample;
+// The least peak signal-to-noise ratio of a component of the picture in `file`, in dB.
+double LeastPsnr(const Nv12Picture& picture, const std::vector<uint8_t>& file) {
+    const int width = static_cast<int>(picture.width);
+    const int height = static_cast<int>(picture.height);
+    int size[3] = {};  // width, height, subsampling
+    const std::unique_ptr<void, int (*)(tjhandle)> decoder(tjInitDecompress(), tjDestroy);
+    EXPECT_EQ(tjDecompressHeader2(decoder.get(), const_cast<uint8_t*>(file.data()), file.size(),
+                                  &size[0], &size[1], &size[2]),
+              0);
+    EXPECT_THAT(size, testing::ElementsAre(width, height, TJSAMP_420));
+    std::vector<uint8_t> decoded(picture.width * picture.height * 3 / 2);  // Y, Cb, Cr
+    EXPECT_EQ(tjDecompressToYUV2(decoder.get(), file.data(), file.size(), decoded.data(), width, 1,
+                                 height, TJFLAG_STOPONWARNING),
+              0)
+            << tjGetErrorStr2(decoder.get());
+    const uint8_t* sample = decoded.data();
+    double least = 1000;
+    for (const auto original : {&Nv12Picture::Y, &Nv12Picture::Cb, &Nv12Picture::Cr}) {
+        const uint32_t step = original == &Nv12Picture::Y ? 1 : 2;
+        double sum = 1e-9;
+        for (uint32_t y = 0; y < picture.height; y += step) {
+            for (uint32_t x = 0; x < picture.width; x += step) {
+                const int difference = (picture.*original)(x, y) - *sample++;
+                sum += difference * difference;
+            }
         }
+        const double count = picture.width * picture.height / (step * step);
+        least = std::min(least, 10 * std::log10(255.0 * 255.0 * count / sum));
     }
-    const double count = static_cast<double>(sample - decoded.planes[component].data());
-    return 10 * std::log10(255.0 * 255.0 * count / (sum + 1e-9));
+    return least;
 }
 
 }  // namespace
@@ -87,13 +75,10 @@ double Psnr(const Nv12Picture& picture, const Decoded& decoded, int component) {
 TEST(EncodeJpeg, ThePictureComesBackAtEverySize) {
     // Whole coded units, then sizes that end inside one; one strip, then some, the last short.
     for (const auto& [width, height] :
-         {std::pair(64u, 48u), std::pair(50u, 38u), std::pair(2u, 2u), std::pair(72u, 40u),
-          std::pair(32u, 512u), std::pair(34u, 514u), std::pair(16u, 2400u)}) {
+         {std::pair(64u, 48u), {50u, 38u}, {2u, 2u}, {32u, 512u}, {34u, 514u}, {16u, 2400u}}) {
         Nv12Picture picture(width, height);
         Paint(picture);
-        const Decoded decoded = Decode(Encode(picture, 0));
-        ASSERT_EQ(std::pair(decoded.width, decoded.height), std::pair(int(width), int(height)));
-        for (int i = 0; i < 3; ++i) EXPECT_GT(Psnr(picture, decoded, i), 40) << width << " " << i;
+        EXPECT_GT(LeastPsnr(picture, Encode(picture, 0)), 40) << width << " x " << height;
     }
 }
 
@@ -119,17 +104,14 @@ TEST(EncodeJpeg, AFileThatDoesNotFitIsAnErrorAndStaysInside) {
     Nv12Picture picture(64, 48);
     Paint(picture);
     const size_t needed = Encode(picture, 0).size();
-    for (size_t capacity : {size_t{0}, size_t{700}, needed - 1, needed}) {
-        std::vector<uint8_t> file(needed, 0x5a);
-        size_t size = 0;
-        const std::string problem = EncodeJpeg(picture.View(), {}, file.data(), capacity, &size);
-        if (capacity == needed) {
-            EXPECT_EQ(problem, "");
-            continue;
-        }
-        EXPECT_THAT(problem, HasSubstr("fit into " + std::to_string(capacity) + " bytes"));
+    std::vector<uint8_t> file(needed, 0x5a);
+    size_t size = 0;
+    for (size_t capacity : {size_t{0}, size_t{700}, needed - 1}) {
+        EXPECT_THAT(EncodeJpeg(picture.View(), {}, file.data(), capacity, &size),
+                    HasSubstr("fit into " + std::to_string(capacity) + " bytes"));
         EXPECT_EQ(std::count(file.begin() + capacity, file.end(), 0x5a), needed - capacity);
     }
+    EXPECT_EQ(EncodeJpeg(picture.View(), {}, file.data(), needed, &size), "");
 }
 
 TEST(EncodeJpeg, ImpossibleSettingsAreNamed) {

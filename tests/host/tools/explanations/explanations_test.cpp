@@ -33,16 +33,13 @@ TEST(Explanations, AMessageIsMatchedAsAWhole) {
     EXPECT_FALSE(Matches("ab…bc", "abc"));
 }
 
-TEST(Explanations, TheMostLiteralLineExplainsAMessage) {
+TEST(Explanations, TheMostLiteralLineOrItsStatusExplainsARun) {
     EXPECT_EQ(LineFor(Explain("Failed to load mapper.zel.so")), "Failed to load …");
     EXPECT_EQ(LineFor(Explain("readSize 0 is not same as width 9, file position 4")),
               "readSize … is not same as width …, file position …");
     EXPECT_EQ(LineFor(Explain("lock: no such plane")), "createDescriptor: …");
     EXPECT_EQ(LineFor(Explain("no such line")), "(none)");
     EXPECT_EQ(LineFor(Explain("0")), "(none)");  // a status is no line
-}
-
-TEST(Explanations, AStatusIsExplainedByItsNumberOrAsASignal) {
     EXPECT_EQ(LineFor(ExplainStatus(139)), "139");
     EXPECT_EQ(LineFor(ExplainStatus(137)), "128 + n");
     EXPECT_EQ(LineFor(ExplainStatus(3)), "(none)");

@@ -1,38 +1,20 @@
-// Frames: byte counts, what names tell, and every bit of what is encoded.
+// Frames: every bit of what is encoded; dumps are recognised, shown rightly, or refused with
+// numbers.
 
 #include <gmock/gmock.h>
 
 #include "host/tools/offlineframes/frame_encoder.h"
+#include "host/tools/offlineframes/frame_view.h"
 #include "test_support.h"
 
 namespace offlineframes {
 namespace {
 
+using testing::AllOf;
 using testing::HasSubstr;
-using testing::Optional;
-
-TEST(FrameGeometry, PadsAndCountsAsTheAllocatorDoes) {
-    const struct {
-        FrameGeometry geometry;
-        size_t bytes;
-    } cases[] = {
-            {{FrameFormat::kRaw10, {4096, 3072}, 5120, 3072}, 15728640},
-            {{FrameFormat::kRaw10, {100, 10}, 128, 10}, 1280},
-            {{FrameFormat::kNv12, {4000, 3000}, 4096, 3072}, 18874368},
-            {{FrameFormat::kNv12, {640, 480}, 640, 512}, 491520},
-    };
-    for (const auto& c : cases) {
-        EXPECT_EQ(Describe(AllocatorGeometry(c.geometry.format, c.geometry.size)),
-                  Describe(c.geometry));
-        EXPECT_EQ(valueOf(FrameBytes(c.geometry)), c.bytes);
-    }
-}
 
 TEST(FrameGeometry, RefusesWhatCannotBeAFrameAndSaysWhy) {
-    const struct {
-        FrameGeometry geometry;
-        const char* reason;
-    } cases[] = {
+    const std::pair<FrameGeometry, const char*> cases[] = {
             {{FrameFormat::kRaw10, {0, 480}, 800, 480}, "1 to 32767"},
             {{FrameFormat::kRaw10, {642, 480}, 1000, 480}, "multiple of 4"},
             {{FrameFormat::kNv12, {640, 481}, 640, 482}, "height of 2"},
@@ -42,37 +24,15 @@ TEST(FrameGeometry, RefusesWhatCannotBeAFrameAndSaysWhy) {
             {{FrameFormat::kNv12, {640, 480}, 65536, 65536}, "larger than"},
             {{FrameFormat::kNv12, {640, 480}, 4294967294, 4294967294}, "larger than"},
     };
-    for (const auto& c : cases) {
-        EXPECT_THAT(errorOf(FrameBytes(c.geometry)),
-                    testing::AllOf(HasSubstr(c.reason), HasSubstr(Describe(c.geometry))));
-    }
-}
-
-TEST(DumpName, GivesUsableNumbersOnly) {
-    const std::string start = "/x/OfflineAidl_CameraId_x_Stride[1]_Frame_1_B2Y_Stride[4096]";
-    const DumpName frame = ParseDumpName(start + "_Scanline[3072].yuv").value_or(DumpName());
-    EXPECT_THAT(frame.stride, Optional(4096u));  // the last one: a camera's id may hold anything
-    EXPECT_THAT(frame.scanlines, Optional(3072u));
-    const DumpName jpeg = ParseDumpName("OfflineAidl_CameraId_0_Y2J_Width[40]_Height[30].jpg")
-                                  .value_or(DumpName());
-    EXPECT_THAT(jpeg.width, Optional(40u));
-    EXPECT_THAT(jpeg.height, Optional(30u));
-    // 0 is what the name carries when the planes could not be asked for.
-    for (const char* number : {"0]", "]", "-1]", "+8]", "8x]", " 8]", "99999999999]", "8", ""}) {
-        const auto dump = ParseDumpName(start + "_Scanline[" + number + ".yuv");
-        ASSERT_TRUE(dump) << number;
-        EXPECT_FALSE(dump->scanlines) << number;
-    }
-    for (const char* name : {"", "/", ".yuv", "Stride[4096]_Scanline[3072].yuv",
-                             "OfflineAidl_CameraId_", "OfflineAidl_CameraId_2.unknown",
-                             "OfflineAidl_CameraId_2_Stride[4096]_Scanline[3072].yuv/other"}) {
-        EXPECT_FALSE(ParseDumpName(name)) << name;
+    for (const auto& [geometry, reason] : cases) {
+        EXPECT_THAT(ErrorOf(FrameBytes(geometry)),
+                    AllOf(HasSubstr(reason), HasSubstr(Describe(geometry))));
     }
 }
 
 // Pixel x of a packed row, by the format's definition: upper eight bits in one byte, the lower two
 // of four pixels together in the fifth.
-int raw10Pixel(const uint8_t* row, uint32_t x) {
+int Raw10Pixel(const uint8_t* row, uint32_t x) {
     const uint8_t* const group = row + x / 4 * 5;
     return group[x % 4] << 2 | (group[4] >> (x % 4 * 2) & 3);
 }
@@ -85,7 +45,7 @@ TEST(EncodeRaw10, RampHoldsEveryLevelToTheLowestBit) {
     ASSERT_LT(ramp.firstRow, ramp.endRow);
     for (uint32_t y = ramp.firstRow; y < ramp.endRow; ++y) {
         for (uint32_t x = (y + 1) % 2; x < 2048; x += 2) {  // green places, 1024 levels
-            ASSERT_EQ(raw10Pixel(&bytes[size_t{y} * geometry.stride], x), static_cast<int>(x / 2));
+            ASSERT_EQ(Raw10Pixel(&bytes[size_t{y} * geometry.stride], x), static_cast<int>(x / 2));
         }
     }
 }
@@ -93,31 +53,29 @@ TEST(EncodeRaw10, RampHoldsEveryLevelToTheLowestBit) {
 TEST(EncodeFrames, InvertThePhysicsAndPad) {
     // White is 959 after the gains 2.0, 1.0 and 1.5.
     const FrameGeometry raw = {FrameFormat::kRaw10, {8, 4}, 16, 6};
-    const Bytes white = EncodeRaw10(flatPicture(8, 4, {255, 255, 255}), raw, {}, {});
-    EXPECT_EQ(raw10Pixel(white.data(), 0), 64 + 480);       // red at 0, 0
-    EXPECT_EQ(raw10Pixel(white.data(), 1), 1023);           // green beside it
-    EXPECT_EQ(raw10Pixel(white.data() + 16, 0), 1023);      // and below
-    EXPECT_EQ(raw10Pixel(white.data() + 16, 1), 64 + 639);  // blue at 1, 1
+    const Bytes white = EncodeRaw10(FlatPicture(8, 4, {255, 255, 255}), raw, {}, {});
+    EXPECT_EQ(Raw10Pixel(white.data(), 0), 64 + 480);       // red at 0, 0
+    EXPECT_EQ(Raw10Pixel(white.data(), 1), 1023);           // green beside it
+    EXPECT_EQ(Raw10Pixel(white.data() + 16, 0), 1023);      // and below
+    EXPECT_EQ(Raw10Pixel(white.data() + 16, 1), 64 + 639);  // blue at 1, 1
     EXPECT_EQ(white.size(), 16u * 6);
     EXPECT_EQ(white[10] + white[16 * 4], 0);  // padding
-    EXPECT_EQ(raw10Pixel(EncodeRaw10(flatPicture(8, 4, {0, 0, 0}), raw, {}, {}).data(), 5), 64);
+    EXPECT_EQ(Raw10Pixel(EncodeRaw10(FlatPicture(8, 4, {0, 0, 0}), raw, {}, {}).data(), 5), 64);
     // Luma 0.299 * 255, then Cb and Cr.
     const FrameGeometry nv12 = {FrameFormat::kNv12, {2, 2}, 4, 4};
-    EXPECT_EQ(EncodeNv12(flatPicture(2, 2, {255, 0, 0}), nv12, {}),
+    EXPECT_EQ(EncodeNv12(FlatPicture(2, 2, {255, 0, 0}), nv12, {}),
               (Bytes{76, 76, 0, 0, 76, 76,  0,   0,   0,   0,   0,   0,
                      0,  0,  0, 0, 85, 255, 128, 128, 128, 128, 128, 128}));
 }
 
-TEST(Noise, HasItsSigmaRepeatsWithItsSeedAndIsClipped) {
-    const FrameGeometry geometry = {FrameFormat::kNv12, {512, 256}, 512, 256};
-    const auto noisy = [&](uint8_t grey, const Noise& noise) {
-        return EncodeNv12(flatPicture(512, 256, {grey, grey, grey}), geometry, noise);
+TEST(Noise, HasItsSigmaAndIsClipped) {
+    const auto noisy = [&](uint8_t grey, double sigma) {
+        return EncodeNv12(FlatPicture(512, 256, {grey, grey, grey}),
+                          {FrameFormat::kNv12, {512, 256}, 512, 256}, {sigma, 7});
     };
-    const Bytes frame = noisy(128, {10, 7});
-    EXPECT_EQ(noisy(128, {10, 7}), frame);
-    EXPECT_NE(noisy(128, {10, 8}), frame);
     double sum = 0;
     double squares = 0;
+    const Bytes frame = noisy(128, 10);
     for (const uint8_t sample : frame) {
         sum += sample - 128;
         squares += (sample - 128) * (sample - 128);
@@ -125,8 +83,107 @@ TEST(Noise, HasItsSigmaRepeatsWithItsSeedAndIsClipped) {
     EXPECT_NEAR(sum / frame.size(), 0, 0.15);  // five standard errors
     EXPECT_NEAR(std::sqrt(squares / frame.size()), 10, 0.1);
     // Clipped and not wrapped around: half of them would exceed the highest value.
-    const Bytes white = noisy(255, {40, 1});
+    const Bytes white = noisy(255, 40);
     EXPECT_GT(*std::min_element(white.begin(), white.begin() + 512), 80);
+}
+
+const char* const kYuvDump = "OfflineAidl_CameraId_2_Frame_1_B2Y_Stride[128]_Scanline[64].yuv";
+const char* const kJpegDump = "OfflineAidl_CameraId_2_Frame_1_Y2J_Width[64]_Height[48].jpg";
+
+TEST(ResolveGeometry, ComesFromRequestNameAndSizeOrSaysWhatFits) {
+    // The last number counts: a camera's id may hold anything.
+    const std::string start = "d/OfflineAidl_CameraId_x_Stride[1]_B2Y_Stride";
+    const KnownGeometry size = {{}, PictureSize{100, 50}, {}, {}};
+    const KnownGeometry all = {{}, PictureSize{100, 50}, 256, 52};
+    const std::string large = "nv12 4000x3000, stride 4096, 3072 scan lines";
+    const std::string fits = "the size fits nv12 4000x3000, stride 4000, 3000 scan lines";
+    const struct {
+        std::string name;
+        KnownGeometry request;
+        uint64_t bytes;
+        std::vector<std::string> expected;  // the geometry, or parts of the error
+    } cases[] = {
+            {start + "[4096]_Scanline[3072].yuv", {}, 18874368, {large}},
+            // What the name does not tell, the file's size gives.
+            {start + "[4096]_Scanline[0].yuv", {}, 18874368, {large}},
+            {start + "[0]_Scanline[3072].yuv", {}, 18874368, {large}},
+            {"any.yuv", {}, 18874368, {large}},
+            {start + "[4096]_Scanline[8x].yuv", {}, 18874368, {large}},
+            {start + "[4096]_Scanline[99999999999].yuv", {}, 18874368, {large}},
+            {"x_Stride[1]_Scanline[3072].yuv", {}, 18874368, {large}},  // no dump's name
+            {"any.raw", {}, 15728640, {"raw10 4096x3072, stride 5120, 3072 scan lines"}},
+            // A padding that no known frame has; then rounded up to a page.
+            {kYuvDump, {}, 128 * 64 * 3 / 2, {"nv12 128x64, stride 128, 64 scan lines"}},
+            {start + "[130]_Scanline[64].yuv", {}, 16384, {"nv12 130x64, stride 130, 64 "}},
+            {kYuvDump, size, 128 * 64 * 3 / 2, {"nv12 100x50, stride 128, 64 scan lines"}},
+            // Another size under a source's name: the allocator's padding for that size.
+            {"mmf_fd.yuv", size, 128 * 128 * 3 / 2, {"nv12 100x50, stride 128, 128 scan lines"}},
+            {kYuvDump, all, 256 * 52 * 3 / 2, {"nv12 100x50, stride 256, 52 scan lines"}},
+            {"4000_3000_NV12.yuv",
+             {},
+             18000000,
+             {"expected 18874368 bytes", "found 18000000; " + fits}},
+            {"4096_3072_RAW10.raw", {}, 15728639, {"is the file cut short?"}},
+            {"4096_3072_RAW10.raw", {}, 5120 * 3000, {"3000 scan lines of that stride"}},
+            {"any.yuv", {}, 12345, {"any.yuv", "cannot tell", "give --size"}},
+            {start + "[4294967294]_Scanline[4294967294].yuv", {}, 12345, {"must be 1 to"}},
+    };
+    for (const auto& c : cases) {
+        const bool raw = c.name.find(".raw") != std::string::npos;
+        const auto found = ResolveGeometry(c.name, raw ? FrameFormat::kRaw10 : FrameFormat::kNv12,
+                                           c.request, c.bytes);
+        for (const std::string& part : c.expected) {
+            EXPECT_THAT(found.Ok() ? Describe(found.Value()) : found.Error(), HasSubstr(part))
+                    << c.name;
+        }
+    }
+}
+
+TEST(ViewFile, DevelopsRawOrShowsItsMosaic) {
+    const TestFolder folder;
+    const FrameGeometry geometry = {FrameFormat::kRaw10, {128, 64}, 192, 64};
+    const std::string path = folder.File(
+            "x.raw", EncodeRaw10(FlatPicture(128, 64, {255, 255, 255}), geometry, {}, {}));
+    ViewRequest request;
+    request.size = geometry.size;
+    EXPECT_EQ(ValueOf(ViewFile(path, request)).WholePicture().Pixel(64, 32)[0], 255);
+    request.mosaic = true;
+    EXPECT_EQ(ValueOf(ViewFile(path, request)).WholePicture().Pixel(1, 1)[1],
+              (64 + 639) / 4);  // blue
+}
+
+TEST(ViewFile, ShowsAJpegDumpWithWhatFollowsIt) {
+    const TestFolder folder;
+    Bytes dump = JpegBytes(GradientPicture(64, 48), 90);
+    const size_t length = dump.size();
+    dump.resize(32288, 0xA5);
+    const std::string path = folder.File(kJpegDump, dump);
+    const View upright = ValueOf(ViewFile(path, {}));
+    EXPECT_EQ(upright.size.width, 48u);
+    EXPECT_EQ(upright.description, "jpeg 64x48, orientation 6, " + std::to_string(length) +
+                                           " of the file's 32288 bytes");
+    // A JPEG of another size than the name's is shown, with a note.
+    folder.File(kJpegDump, JpegBytes(GradientPicture(32, 16), 0));
+    EXPECT_THAT(ValueOf(ViewFile(path, {})).description, HasSubstr("the name says 64x48"));
+}
+
+TEST(ViewFile, RefusesWhatItCannotTellOrUse) {
+    const TestFolder folder;
+    const std::string frame = folder.File(kYuvDump, Bytes(128 * 64 * 3 / 2));
+    ViewRequest mosaic;
+    mosaic.mosaic = true;
+    ViewRequest asStored;
+    asStored.asStored = true;
+    const std::tuple<std::string, ViewRequest, const char*> cases[] = {
+            {folder.File("zeros.bin", Bytes(100)), {}, "give --format"},
+            {folder.File(kJpegDump, Bytes(100)), {}, "does not start with ff d8 ff"},
+            {folder.File("a.jpg", JpegBytes(GradientPicture(8, 8), 0)), mosaic, "--mosaic"},
+            {frame, mosaic, "--mosaic is only for raw10"},
+            {frame, asStored, "--as-stored is only for JPEG"},
+    };
+    for (const auto& [path, request, reason] : cases) {
+        EXPECT_THAT(ErrorOf(ViewFile(path, request)), AllOf(HasSubstr(path), HasSubstr(reason)));
+    }
 }
 
 }  // namespace

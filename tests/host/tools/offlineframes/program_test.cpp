@@ -1,14 +1,23 @@
-// The program as a person runs it: what it prints, what it leaves behind, its exit status.
+// The program as a person runs it: what it prints, its exit status, the files it makes and keeps.
 
 #include "host/tools/offlineframes/program.h"
 
 #include <gmock/gmock.h>
+#include <limits.h>
+#include <signal.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
+#include "host/tools/offlineframes/frame_view.h"
+#include "host/tools/offlineframes/picture_file.h"
+#include "host/tools/offlineframes/source_set.h"
 #include "test_support.h"
 
 namespace offlineframes {
 namespace {
 
+using testing::AllOf;
 using testing::ElementsAre;
 using testing::HasSubstr;
 
@@ -18,7 +27,7 @@ struct Outcome {
     std::string errors;
 };
 
-Outcome run(const std::vector<std::string>& words) {
+Outcome Execute(const std::vector<std::string>& words) {
     testing::internal::CaptureStdout();
     testing::internal::CaptureStderr();
     const int status = RunProgram(words);
@@ -27,109 +36,144 @@ Outcome run(const std::vector<std::string>& words) {
 
 TEST(Program, EndsWith2ForAWrongCommandLine) {
     const TestFolder folder;
-    const std::string out = folder.path("out");
-    const struct {
-        std::vector<std::string> words;
-        const char* named;
-    } cases[] = {
+    const std::pair<std::vector<std::string>, const char*> cases[] = {
             {{}, "no command"},
             {{"paint"}, "\"paint\""},
-            {{"pack", "chart"}, "missing OUTPUT"},
-            {{"pack", "--", "--help"}, "missing OUTPUT"},
-            {{"pack", "--format", "raw12", "chart", out}, "raw12"},
-            {{"pack", "--size", "642x480", "chart", out}, "multiple of 4"},
-            {{"pack", "--size", "640x480", "--stride", "10", "chart", out}, "stride of at least"},
-            {{"pack", "--seed", "3", "chart", out}, "--seed needs --noise"},
-            {{"pack", "--noise", "0", "chart", out}, "--noise"},
-            {{"pack", "--size", "64x48x2", "chart", out}, "--size: \"64x48x2\" is not a size like"},
-            {{"pack", "--size", "40000x2", "chart", out}, "32767 a side"},
-            {{"pack", "--noise", "201", "chart", out}, "above 0, up to 200"},
-            {{"compare", "a", "b", "c"}, "unexpected word \"c\""},
             {{"sources"}, "missing DIR"},
+            {{"pack", "--format", "raw12"}, "raw12"},
+            {{"pack", "--size", "642x480"}, "multiple of 4"},
+            {{"pack", "--seed", "3"}, "--seed needs --noise"},
+            {{"pack", "--noise", "0"}, "--noise"},
+            {{"pack", "--noise", "201"}, "above 0, up to 200"},
+            {{"pack", "--size", "64x48x2"}, "--size: \"64x48x2\" is not a size like"},
+            {{"pack", "--size", "40000x2"}, "32767 a side"},
     };
-    for (const auto& c : cases) {
-        const Outcome result = run(c.words);
-        EXPECT_EQ(result.status, 2) << c.named;
-        EXPECT_THAT(result.errors, HasSubstr(c.named));
-        EXPECT_THAT(result.errors, HasSubstr("--help"));
+    for (auto [words, named] : cases) {
+        if (words.size() > 1) words.insert(words.end(), {"chart", folder.path("out")});
+        const Outcome result = Execute(words);
+        EXPECT_EQ(result.status, 2) << named;
+        EXPECT_THAT(result.errors, AllOf(HasSubstr(named), HasSubstr("--help")));
         EXPECT_EQ(result.output, "");
     }
-    EXPECT_THAT(folder.names(), ElementsAre());
+    EXPECT_THAT(folder.Names(), ElementsAre());
 }
 
 TEST(Program, EndsWith1WhenTheWorkFailsAndLeavesNothing) {
     const TestFolder folder;
-    const std::string garbage = folder.file("garbage", Bytes(100, 7));
-    const std::string kept = folder.file("kept", {1, 2, 3});
-    for (const std::vector<std::string>& words :
-         {std::vector<std::string>{"pack", folder.path("absent.png"), folder.path("out")},
-          {"pack", "--size", "64x48", "chart", kept},
-          {"pack", "--size", "64x48", "chart", folder.path("absent/out")},
-          {"view", garbage, folder.path("out")},
-          {"compare", garbage, kept},
-          {"sources", kept},
-          {"sources", "--from", garbage, folder.path("out")}}) {
-        const Outcome result = run(words);
+    const std::string garbage = folder.File("garbage", Bytes(100, 7));
+    const std::string kept = folder.File("kept", {1, 2, 3});
+    using Words = std::vector<std::string>;
+    for (const Words& words : {Words{"pack", folder.path("absent.png"), folder.path("out")},
+                               {"pack", "--size", "64x48", "chart", kept},
+                               {"view", garbage, folder.path("out")},
+                               {"compare", garbage, kept},
+                               {"sources", "--from", garbage, folder.path("out")}}) {
+        const Outcome result = Execute(words);
         EXPECT_EQ(result.status, 1) << words[0] << " " << words[1];
         EXPECT_THAT(result.errors, HasSubstr(folder.path("")));
     }
-    EXPECT_THAT(folder.names(), ElementsAre("garbage", "kept"));
+    EXPECT_THAT(folder.Names(), ElementsAre("garbage", "kept"));
     EXPECT_THAT(ReadFile(kept).Value(), ElementsAre(1, 2, 3));
 }
 
 TEST(Program, PacksViewsAndComparesAPhoto) {
     const TestFolder folder;
-    const std::string photo = folder.file("photo.ppm", ppmBytes(gradientPicture(128, 64)));
+    const std::string photo =
+            folder.File("photo", EncodePng({128, 64}, RowsOf(GradientPicture(128, 64))));
     const std::string frame = folder.path("frame.yuv");
     const std::string png = folder.path("frame.png");
-    const Outcome packed = run({"pack", "--format", "nv12", "--size", "128x64", "--stride", "192",
-                                "--scanlines=80", photo, frame});
+    const Outcome packed = Execute({"pack", "--format", "nv12", "--size", "128x64", "--stride",
+                                    "192", "--scanlines=80", photo, frame});
     ASSERT_EQ(packed.status, 0) << packed.errors;
-    EXPECT_EQ(ReadFile(frame).Value().size(), 192u * 80 * 3 / 2);
-    const std::vector<std::string> view = {"view", "--size",      "128x64", "--stride", "192",
-                                           frame,  "--scanlines", "80",     png};
-    const Outcome viewed = run(view);
-    ASSERT_EQ(viewed.status, 0) << viewed.errors;
-    EXPECT_THAT(viewed.errors, HasSubstr("nv12 128x64, stride 192, 80 scan lines"));
-    EXPECT_EQ(run(view).status, 1);  // the PNG exists now
-    std::vector<std::string> forced = view;
-    forced.push_back("--force");
-    EXPECT_EQ(run(forced).status, 0);
-
-    const Outcome compared = run({"compare", photo, png});
-    EXPECT_EQ(compared.status, 0) << compared.errors;
-    EXPECT_THAT(compared.output, testing::ContainsRegex("all [4-6][0-9]\\.[0-9]+ dB"));
-    EXPECT_THAT(compared.output, testing::ContainsRegex("largest difference [1-4] in "));
-    EXPECT_THAT(run({"compare", photo, photo}).output, HasSubstr("all equal"));
-    const Outcome help = run({"view", "--help"});
-    EXPECT_EQ(help.status, 0);
-    EXPECT_THAT(help.output, HasSubstr("usage: offlineframes view [OPTION...] INPUT OUTPUT.png"));
-    EXPECT_THAT(run({"-h"}).output, HasSubstr("  compare   tells in numbers"));
+    std::vector<std::string> view = {"view", "--size=128x64",  "--stride=192",
+                                     frame,  "--scanlines=80", png};
+    EXPECT_THAT(Execute(view).errors, HasSubstr("nv12 128x64, stride 192, 80 scan lines"));
+    EXPECT_EQ(Execute(view).status, 1);  // the PNG exists now
+    view.push_back("--force");
+    EXPECT_EQ(Execute(view).status, 0);
+    const std::string compared = Execute({"compare", photo, png}).output;
+    EXPECT_THAT(compared, testing::ContainsRegex("all [4-6][0-9]\\.[0-9]+ dB"));
+    EXPECT_THAT(compared, testing::ContainsRegex("largest difference [1-4] in "));
+    EXPECT_THAT(Execute({"compare", photo, photo}).output, HasSubstr("all equal"));
+    EXPECT_THAT(Execute({"view", "--help"}).output,
+                HasSubstr("usage: offlineframes view [OPTION...] INPUT OUTPUT.png"));
+    EXPECT_THAT(Execute({"-h"}).output, HasSubstr("  compare   tells in numbers"));
 }
 
 // What an option adds shows in the file that the command writes.
 TEST(Program, OptionsChangeWhatIsMade) {
     const TestFolder folder;
-    const std::string ppm = folder.file("photo.ppm", ppmBytes(gradientPicture(64, 48)));
-    const std::string jpeg = folder.file("photo.jpg", jpegBytes(gradientPicture(64, 48), 90));
-    const std::string made = folder.file("made", {1});
+    const std::string jpeg = folder.File("photo.jpg", JpegBytes(GradientPicture(64, 48), 90));
     const auto make = [&](std::vector<std::string> words) {
-        words.insert(words.end(), {"--force", made});
-        const Outcome result = run(words);
+        words.insert(words.end(), {"--force", jpeg, folder.path("made")});
+        const Outcome result = Execute(words);
         EXPECT_EQ(result.status, 0) << result.errors;
-        return ReadFile(made).Value();
+        return ReadFile(folder.path("made")).Value();
     };
-    const Bytes raw = make({"pack", "--size", "64x48", ppm});
-    EXPECT_EQ(raw, make({"pack", "--size", "64x48", "--format", "raw10", ppm}));
-    const Bytes noisy = make({"pack", "--size", "64x48", "--noise", "4", ppm});
+    const Bytes raw = make({"pack", "--size", "64x48"});
+    EXPECT_EQ(raw, make({"pack", "--size", "64x48", "--format", "raw10"}));
+    const Bytes noisy = make({"pack", "--size", "64x48", "--noise", "4"});
     EXPECT_NE(noisy, raw);
-    EXPECT_EQ(noisy, make({"pack", "--size", "64x48", "--noise", "4", "--seed", "1", ppm}));
-    EXPECT_NE(noisy, make({"pack", "--size", "64x48", "--noise", "4", "--seed", "2", ppm}));
+    EXPECT_EQ(noisy, make({"pack", "--size", "64x48", "--noise", "4", "--seed", "1"}));
+    EXPECT_NE(noisy, make({"pack", "--size", "64x48", "--noise", "4", "--seed", "2"}));
+    EXPECT_NE(make({"view"}), make({"view", "--as-stored"}));
+    const std::string level = folder.File("level.jpg", JpegBytes(GradientPicture(64, 48), 0));
+    EXPECT_EQ(Execute({"compare", level, jpeg}).status, 1);  // 64 x 48 and 48 x 64
+    EXPECT_EQ(Execute({"compare", "--as-stored", level, jpeg}).status, 0);
+}
 
-    EXPECT_NE(make({"view", jpeg}), make({"view", "--as-stored", jpeg}));
-    const std::string level = folder.file("level.jpg", jpegBytes(gradientPicture(64, 48), 0));
-    EXPECT_EQ(run({"compare", level, jpeg}).status, 1);  // 64 x 48 and 48 x 64
-    EXPECT_EQ(run({"compare", "--as-stored", level, jpeg}).status, 0);
+TEST(FileIo, RefusesWhatIsNotAReadableFileNamingIt) {
+    const TestFolder folder;
+    ASSERT_EQ(mkfifo(folder.path("pipe").c_str(), 0600), 0);
+    ASSERT_EQ(truncate(folder.File("huge", {1}).c_str(), static_cast<off_t>(kMaxFileBytes) + 1), 0);
+    ASSERT_EQ(truncate(folder.File("empty", {1}).c_str(), 0), 0);
+    for (const auto& [name, reason] :
+         {std::pair("pipe", "not a regular file"), {"huge", "more than"}, {"empty", "is empty"}}) {
+        EXPECT_THAT(ErrorOf(ReadFile(folder.path(name))),
+                    AllOf(HasSubstr(folder.path(name)), HasSubstr(reason)));
+    }
+}
+
+TEST(FileIo, ReplacesOnlyRegularFilesOfAnyName) {
+    const TestFolder folder;
+    const std::string name(NAME_MAX, 'n');
+    folder.File(name, {1, 2, 3});
+    EXPECT_THAT(ValueOf(ReadFile(folder.File(name, {4}))), ElementsAre(4));
+    ASSERT_EQ(symlink("/dev/null", folder.path("link").c_str()), 0);
+    EXPECT_THAT(ErrorOf(WriteFile(folder.path("link"), {1}, Existing::kReplace)),
+                HasSubstr("not a regular file"));
+    EXPECT_THAT(folder.Names(), ElementsAre("link", name));  // and nothing temporary
+}
+
+// The limit's signal ends the process in the midst of the write, as a Ctrl-C may.
+TEST(FileIo, LeavesNothingWhenASignalEndsTheProgram) {
+    const TestFolder folder;
+    const auto writeBeyondTheLimit = [&] {
+        const rlimit limit = {10'000, 10'000};
+        setrlimit(RLIMIT_FSIZE, &limit);
+        static_cast<void>(WriteFile(folder.path("frame"), Bytes(20'000), Existing::kKeep));
+        _exit(0);
+    };
+    EXPECT_EXIT(writeBeyondTheLimit(), testing::KilledBySignal(SIGXFSZ), "");
+    EXPECT_THAT(folder.Names(), ElementsAre());
+}
+
+TEST(Sources, AreMadeOnceAndShowTheSameScene) {
+    const TestFolder folder;
+    const std::string camera = folder.path("camera");
+    const std::string frames = camera + "/offlinecameratest/";
+    const std::string made = ValueOf(MakeSources(camera, std::nullopt));
+    EXPECT_THAT(made, AllOf(HasSubstr("mmf_fd.yuv: made, 491520 bytes"),
+                            HasSubstr("4096_3072_RAW10.raw: made, 15728640 bytes")));
+    const Picture raw = ValueOf(ViewFile(frames + "4096_3072_RAW10.raw", {})).WholePicture();
+    const Picture yuv = ValueOf(ViewFile(frames + "4000_3000_NV12.yuv", {})).WholePicture();
+    // 29 dB, the mosaic's losses at edges; two pixels beside it would be 17 dB.
+    EXPECT_GT(ValueOf(ComparePictures(CentreCrop(raw, {4000, 3000}), yuv)).psnr, 27);
+
+    // A second run finds everything and changes nothing, not even a user's own file.
+    ValueOf(WriteFile(frames + "mmf_fd.yuv", {1, 2, 3}, Existing::kReplace));
+    EXPECT_THAT(ValueOf(MakeSources(camera, std::nullopt)), testing::Not(HasSubstr("made")));
+    EXPECT_THAT(ValueOf(ReadFile(frames + "mmf_fd.yuv")), ElementsAre(1, 2, 3));
 }
 
 }  // namespace

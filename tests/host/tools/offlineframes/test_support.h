@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cmath>
 #include <filesystem>
+#include <set>
 #include <string>
 #include <utility>
 #include <vector>
@@ -24,35 +25,34 @@ class TestFolder : public TemporaryFolder {
     TestFolder() : TemporaryFolder("offlineframes") {}
 
     // Writes `bytes` and gives the file's path.
-    std::string file(const std::string& name, const Bytes& bytes) const {
+    std::string File(const std::string& name, const Bytes& bytes) const {
         EXPECT_TRUE(WriteFile(path(name), bytes, Existing::kReplace).Ok());
         return path(name);
     }
-    std::vector<std::string> names() const {
-        std::vector<std::string> names;
+    std::set<std::string> Names() const {
+        std::set<std::string> names;
         for (const auto& entry : std::filesystem::directory_iterator(path())) {
-            names.push_back(entry.path().filename().string());
+            names.insert(entry.path().filename().string());
         }
-        std::sort(names.begin(), names.end());
         return names;
     }
 };
 
 // The value of what must have worked; where it has not, a failure that says why.
 template <class T>
-T valueOf(base::Result<T> result) {
+T ValueOf(base::Result<T> result) {
     EXPECT_TRUE(result.Ok()) << result.Error();
     return result.Ok() ? std::move(result).Value() : T();
 }
 
 // Why something was refused.
 template <class T>
-std::string errorOf(const base::Result<T>& result) {
+std::string ErrorOf(const base::Result<T>& result) {
     return result.Ok() ? "no error" : result.Error();
 }
 
 // A smooth picture in which every place and channel differs: x to red, y to green.
-inline Picture gradientPicture(uint32_t width, uint32_t height) {
+inline Picture GradientPicture(uint32_t width, uint32_t height) {
     Picture picture(width, height);
     for (uint32_t y = 0; y < height; ++y) {
         for (uint32_t x = 0; x < width; ++x) {
@@ -65,23 +65,15 @@ inline Picture gradientPicture(uint32_t width, uint32_t height) {
     return picture;
 }
 
-inline Picture flatPicture(uint32_t width, uint32_t height, Colour colour) {
+inline Picture FlatPicture(uint32_t width, uint32_t height, Colour colour) {
     Picture picture(width, height);
     const uint8_t channels[] = {colour.r, colour.g, colour.b};
     for (size_t i = 0; i < picture.rgb.size(); ++i) picture.rgb[i] = channels[i % 3];
     return picture;
 }
 
-inline Bytes ppmBytes(const Picture& picture) {
-    const std::string header = "P6\n" + std::to_string(picture.width) + " " +
-                               std::to_string(picture.height) + "\n255\n";
-    Bytes bytes(header.begin(), header.end());
-    bytes.insert(bytes.end(), picture.rgb.begin(), picture.rgb.end());
-    return bytes;
-}
-
 // A JPEG as the camera service writes it, of a picture with even sides.
-inline Bytes jpegBytes(const Picture& picture, int orientationDegrees) {
+inline Bytes JpegBytes(const Picture& picture, int orientationDegrees) {
     const uint32_t w = picture.width;
     const uint32_t h = picture.height;
     const Bytes nv12 = EncodeNv12(picture, {FrameFormat::kNv12, {w, h}, w, h}, {});

@@ -12,6 +12,7 @@ namespace {
 
 using end_to_end::Finished;
 using end_to_end::runProgram;
+using ::testing::AllOf;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::Not;
@@ -38,16 +39,16 @@ class Report : public ::testing::Test {
         const std::string started = std::to_string(time(nullptr));
         const auto run = m_device.with(options).with({"--trace", Path("trace")}).tool({"-t", mode});
         const std::string folder = m_device.folder();
-        Words words = {"--log=" + folder + "/tool.log",
-                       "--device-log=" + folder + "/device.log",
-                       "--trace=" + Path("trace"),
-                       "--data=" + folder,
-                       "--started=" + started,
-                       "--ended=" + std::to_string(time(nullptr) + 1),
-                       "--status=" + std::to_string(run.status)};
+        Words words = {"--log",        folder + "/tool.log",
+                       "--device-log", folder + "/device.log",
+                       "--trace",      Path("trace"),
+                       "--data",       folder,
+                       "--started",    started,
+                       "--ended",      std::to_string(time(nullptr) + 1),
+                       "--status",     std::to_string(run.status)};
         for (const std::string& option : options) words.push_back("--option=" + option);
-        for (const auto& [name, size] : run.dumps) {
-            words.push_back("--dump=" + m_device.dumpPath(name));
+        for (const auto& dump : run.dumps) {
+            words.insert(words.end(), {"--dump", m_device.dumpPath(dump.first)});
         }
         words.insert(words.end(), {"--", "vexofflinecameratest", "-t", mode});
         return Make(words);
@@ -85,8 +86,7 @@ TEST_F(Report, TellsEveryStepOfAGoodRun) {
     EXPECT_EQ(report["run"]["options"], Json({"--planes"}));
     EXPECT_EQ(report["run"]["command"], Json({"vexofflinecameratest", "-t", "B2Y"}));
     EXPECT_EQ(report["run"]["durationUs"], report["phases"].back()["endUs"]);
-    EXPECT_EQ(report["missing"], Json::array());
-    EXPECT_EQ(report["problems"], Json::array());
+    EXPECT_EQ(report["missing"].size() + report["problems"].size(), 0u) << report["problems"];
     Words phases;
     for (const Json& phase : report["phases"]) phases.push_back(phase["name"]);
     EXPECT_THAT(phases,
@@ -107,7 +107,6 @@ TEST_F(Report, TellsEveryStepOfAGoodRun) {
 
 TEST_F(Report, ShowsReducedPicturesAndTellsOfEmptyFrames) {
     const Json report = OfRun({}, "Y2J");
-    ASSERT_THAT(report["sources"], SizeIs(1));
     ASSERT_THAT(report["dumps"], SizeIs(1));
     EXPECT_EQ(report["sources"][0]["leftUnread"], true);
     EXPECT_EQ(report["problems"].back()["text"], "The input frames were left empty");
@@ -116,12 +115,10 @@ TEST_F(Report, ShowsReducedPicturesAndTellsOfEmptyFrames) {
     EXPECT_EQ(report["dumps"][0]["width"], 4000);
     EXPECT_NE(report["dumps"][0]["picture"], "");
 
-    std::ofstream(Path("photo")) << "P6 3 2 255 \xff\x20\x10\x40\xc0\x20\x30\x30\xff"
-                                    "\xff\xff\xff\x80\x80\x80\x20\x10\x10";
-    for (const char* name : {"small.raw", "thin.yuv"}) {
-        runProgram({OFFLINEFRAMES, "pack", "--format", name[0] == 's' ? "raw10" : "nv12", "--size",
-                    name[0] == 's' ? "4096x3072" : "4000x2", Path("photo"), Path(name)});
-    }
+    std::ofstream(Path("photo")) << "P6 2 2 255 \xff\x20\x10\x40\xc0\x20\x30\x30\xff\x80\x80\x80";
+    runProgram({OFFLINEFRAMES, "pack", Path("photo"), Path("small.raw")});
+    runProgram(
+            {OFFLINEFRAMES, "pack", "--format=nv12", "--size=4000x2", "chart", Path("thin.yuv")});
     const Json frames =
             Make({"--dump=" + Path("small.raw"), "--dump=" + Path("thin.yuv")})["dumps"];
     EXPECT_GT(Likeness(frames[0]), 40);
@@ -142,8 +139,8 @@ TEST_F(Report, ExplainsAFailedRun) {
                                       "switched on",
                                       "error in configure: ConfigureOfflineStreams, FAILED..."));
     EXPECT_THAT(m_summary,
-                HasSubstr("run: no file was written\nrun: the last one of 1 errors in "));
-    EXPECT_THAT(m_summary, HasSubstr("tool.log: OfflineCameraClient: ConfigureOfflineStreams, FA"));
+                AllOf(HasSubstr("run: no file was written\nrun: the last one of 1 errors in "),
+                      HasSubstr("tool.log: OfflineCameraClient: ConfigureOfflineStreams, FA")));
 }
 
 TEST_F(Report, TellsWhereARunCrashed) {
@@ -165,7 +162,6 @@ TEST_F(Report, NamesWhatItCouldNotRead) {
     EXPECT_THAT(report["dumps"][0]["note"], HasSubstr("gone.jpg: cannot open"));
     EXPECT_EQ(report["run"]["ending"], "usage-error");
     EXPECT_EQ(runProgram({RUNREPORT, "--html=" + Path("")}).status, 1);
-    EXPECT_EQ(runProgram({RUNREPORT, "--json=" + Path("")}).status, 1);
     EXPECT_EQ(runProgram({RUNREPORT, "--started=soon", "--summary"}).status, 2);
 }
 

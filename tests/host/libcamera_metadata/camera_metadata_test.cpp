@@ -1,0 +1,170 @@
+// Metadata blocks: layout, adding and finding entries, and what is found in damaged ones.
+#include <gtest/gtest.h>
+#include <system/camera_metadata.h>
+
+#include <cerrno>
+#include <cstring>
+#include <memory>
+#include <vector>
+
+namespace {
+
+struct FreeBlock {
+    void operator()(camera_metadata_t* block) const { free_camera_metadata(block); }
+};
+using Block = std::unique_ptr<camera_metadata_t, FreeBlock>;
+
+int AddOrientation(const Block& block, int32_t degrees) {
+    return add_camera_metadata_entry(block.get(), ANDROID_JPEG_ORIENTATION, &degrees, 1);
+}
+
+// GPS coordinates (24 bytes of data), orientation (inline) and a timestamp (8 bytes of data).
+Block MakeSampleBlock() {
+    Block block(allocate_camera_metadata(10, 80));
+    const double coordinates[3] = {47.5, 8.25, 400.0};
+    const int64_t timestamp = 1234567890123;
+    add_camera_metadata_entry(block.get(), ANDROID_JPEG_GPS_COORDINATES, coordinates, 3);
+    AddOrientation(block, 90);
+    add_camera_metadata_entry(block.get(), ANDROID_JPEG_GPS_TIMESTAMP, &timestamp, 1);
+    return block;
+}
+
+std::vector<uint8_t> BytesOf(const Block& block) {
+    const auto* first = reinterpret_cast<const uint8_t*>(block.get());
+    return std::vector<uint8_t>(first, first + get_camera_metadata_size(block.get()));
+}
+
+template <typename T = uint32_t>
+T FieldAt(const std::vector<uint8_t>& bytes, size_t offset) {
+    T value;
+    std::memcpy(&value, bytes.data() + offset, sizeof(value));
+    return value;
+}
+
+TEST(Block, LayoutOfInlineEntriesAndOfDataOutside) {
+    const Block block(allocate_camera_metadata(10, 80));
+    ASSERT_EQ(AddOrientation(block, 90), 0);
+    const std::vector<uint8_t> bytes = BytesOf(block);
+    // size, version, flags, entry count, capacity and start, data count, capacity and start
+    const uint32_t header[] = {288, 1, 0, 1, 10, 48, 0, 80, 208};
+    for (size_t i = 0; i < 9; ++i) EXPECT_EQ(FieldAt(bytes, 4 * i), header[i]) << "field " << i;
+    EXPECT_EQ(FieldAt<uint64_t>(bytes, 40), UINT64_MAX);
+    // tag, count, value, type
+    const uint32_t entry[] = {0x70003, 1, 90, TYPE_INT32};
+    for (size_t i = 0; i < 4; ++i) EXPECT_EQ(FieldAt(bytes, 48 + 4 * i), entry[i]) << "word " << i;
+
+    const std::vector<uint8_t> outside = BytesOf(MakeSampleBlock());
+    EXPECT_EQ(FieldAt(outside, 48 + 2 * 16 + 8), 24u);  // the third entry's offset
+    EXPECT_EQ(FieldAt<int64_t>(outside, 208 + 24), 1234567890123);
+    EXPECT_EQ(allocate_camera_metadata(SIZE_MAX, 0), nullptr);
+    EXPECT_EQ(allocate_camera_metadata(0, UINT32_MAX), nullptr) << "a header more than 4 GiB";
+}
+
+TEST(AddEntry, RefusesWhatDoesNotFitAndChangesNothing) {
+    const Block block(allocate_camera_metadata(2, 8));
+    const auto add = [&](uint32_t tag, const void* data, size_t count) {
+        return add_camera_metadata_entry(block.get(), tag, data, count);
+    };
+    const int64_t two[2] = {1, 2};
+    ASSERT_EQ(add(ANDROID_JPEG_GPS_PROCESSING_METHOD, "GPS", 4), 0);
+    const std::vector<uint8_t> before = BytesOf(block);
+    EXPECT_EQ(add(ANDROID_JPEG_GPS_TIMESTAMP, two, 2), 1) << "no room for the data";
+    EXPECT_EQ(add(ANDROID_JPEG_GPS_TIMESTAMP, two, SIZE_MAX), 1) << "size overflows";
+    EXPECT_EQ(add(ANDROID_JPEG_ORIENTATION, nullptr, 1), 1) << "no data";
+    EXPECT_EQ(add(ANDROID_JPEG_END, two, 1), 1) << "unknown tag";
+    EXPECT_EQ(BytesOf(block), before);
+    EXPECT_EQ(add(ANDROID_JPEG_GPS_TIMESTAMP, two, 1), 0);
+    EXPECT_EQ(add(ANDROID_JPEG_QUALITY, "\x5f", 1), 1) << "no entry left";
+    camera_metadata_ro_entry_t entry;
+    EXPECT_EQ(get_camera_metadata_ro_entry(block.get(), 2, &entry), 1);
+}
+
+TEST(FindEntry, FindsTheFirstOfItsTagSortedOrNot) {
+    const Block block(allocate_camera_metadata(4, 16));
+    const auto add = [&](uint32_t tag, const int64_t value) {
+        ASSERT_EQ(add_camera_metadata_entry(block.get(), tag, &value, 1), 0);
+    };
+    camera_metadata_ro_entry_t entry;
+    const auto find = [&](uint32_t tag) {
+        return find_camera_metadata_ro_entry(block.get(), tag, &entry);
+    };
+    add(ANDROID_JPEG_GPS_TIMESTAMP, 5);
+    add(ANDROID_JPEG_ORIENTATION, 90);
+    add(ANDROID_JPEG_ORIENTATION, 270);
+    for (const uint32_t sorted : {0u, 1u}) {
+        memcpy(reinterpret_cast<char*>(block.get()) + 8, &sorted, sizeof(sorted));  // the flags
+        ASSERT_EQ(find(ANDROID_JPEG_ORIENTATION), 0);
+        EXPECT_EQ(entry.index, 1u);
+        EXPECT_EQ(entry.data.i32[0], 90);
+        EXPECT_EQ(find(ANDROID_JPEG_QUALITY), -ENOENT);
+    }
+    add(ANDROID_JPEG_GPS_PROCESSING_METHOD, 'A');  // ends the order
+    EXPECT_EQ(find(ANDROID_JPEG_GPS_PROCESSING_METHOD), 0);
+}
+
+constexpr size_t kFirstEntry = 48;
+constexpr size_t kEntrySize = 16;
+
+int Validate(const std::vector<uint8_t>& bytes) {
+    const size_t size = bytes.size();
+    return validate_camera_metadata_structure(
+            reinterpret_cast<const camera_metadata_t*>(bytes.data()), &size);
+}
+
+int ValidateWith(std::vector<uint8_t> bytes, size_t offset, uint32_t value) {
+    std::memcpy(bytes.data() + offset, &value, sizeof(value));
+    return Validate(bytes);
+}
+
+// The sample has 3 of 10 entries from 48 to 208, and 32 of 80 bytes of data from 208 to 288.
+TEST(Validate, FindsEveryDamagedField) {
+    const struct {
+        const char* what;
+        size_t offset;
+        uint32_t value;
+    } cases[] = {
+            {"size less than a header", 0, 47},
+            {"size too large", 0, 289},
+            {"more entries than capacity", 12, 11},
+            {"entry capacity overflows", 16, 0x10000000 + 10},
+            {"entries inside the header", 20, 44},
+            {"entries unaligned", 20, 50},
+            {"more data than capacity", 24, 88},
+            {"next value unaligned", 24, 36},
+            {"data capacity overflows", 28, 0xffffffff},
+            {"data starts in the entries", 32, 200},
+            {"data unaligned", 32, 212},
+            {"tag in no section", kFirstEntry, 0x7ff0000},
+            {"count overflows", kFirstEntry + 4, 0x20000000},
+            {"empty with data", kFirstEntry + kEntrySize + 4, 0},
+            {"offset overflows", kFirstEntry + 2 * kEntrySize + 8, 0xfffffff8},
+            {"type not its tags", kFirstEntry + kEntrySize + 12, TYPE_FLOAT},
+            {"type unknown", kFirstEntry + kEntrySize + 12, NUM_TYPES},
+    };
+    const std::vector<uint8_t> sound = BytesOf(MakeSampleBlock());
+    ASSERT_EQ(Validate(sound), 0);
+    for (const auto& damage : cases) {
+        ASSERT_NE(FieldAt(sound, damage.offset), damage.value) << damage.what;
+        EXPECT_EQ(ValidateWith(sound, damage.offset, damage.value), 1) << damage.what;
+    }
+}
+
+TEST(Validate, AcceptsWhatADeviceMayHaveMade) {
+    const std::vector<uint8_t> sound = BytesOf(MakeSampleBlock());
+    // Tags that are in no table here may have any type: a vendor's, and most of the platform's.
+    for (const uint32_t tag : {0x80000001u, 0x7000au, 0x10000u}) {
+        EXPECT_EQ(ValidateWith(sound, kFirstEntry, tag), 0) << std::hex << tag;
+    }
+    EXPECT_EQ(ValidateWith(sound, kFirstEntry + 2 * kEntrySize + 8, 72), 0) << "data not in use";
+    std::vector<uint8_t> bytes = sound;
+    bytes.resize(bytes.size() + 100);
+    EXPECT_EQ(Validate(bytes), 0) << "bytes behind the block";
+
+    std::vector<uint8_t> shifted(4);
+    shifted.insert(shifted.end(), sound.begin(), sound.end());
+    const auto* block = reinterpret_cast<const camera_metadata_t*>(shifted.data() + 4);
+    EXPECT_EQ(validate_camera_metadata_structure(block, nullptr),
+              CAMERA_METADATA_VALIDATION_SHIFTED);
+}
+
+}  // namespace
