@@ -49,7 +49,7 @@ bool CheckHeader(const camera_metadata& header) {
                        static_cast<unsigned long long>(entriesEnd));
     }
     if (dataEnd > header.size) {
-        return Invalid("data ends at %llu, behind the block's %u bytes",
+        return Invalid("data ends at %llu, after the block's %u bytes",
                        static_cast<unsigned long long>(dataEnd), header.size);
     }
     return true;
@@ -77,9 +77,10 @@ bool CheckEntry(const camera_metadata& header, uint32_t index, const BufferEntry
                            entry.tag, entry.data.offset);
         }
         if (entry.data.offset + size > header.data_capacity) {
-            return Invalid("entry %u (tag 0x%08x): %llu bytes of data at %u end behind %u", index,
-                           entry.tag, static_cast<unsigned long long>(size), entry.data.offset,
-                           header.data_capacity);
+            return Invalid(
+                    "entry %u (tag 0x%08x): %llu bytes of data at %u end after the %u there are",
+                    index, entry.tag, static_cast<unsigned long long>(size), entry.data.offset,
+                    header.data_capacity);
         }
     } else if (entry.count == 0 && entry.data.offset != 0) {
         return Invalid("entry %u (tag 0x%08x) is empty but has data offset %u", index, entry.tag,

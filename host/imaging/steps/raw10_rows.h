@@ -11,7 +11,7 @@
 
 namespace imaging {
 
-// Eight pixels lie in ten bytes.
+// Bytes of eight pixels.
 inline constexpr size_t kRaw10HalfBytes = 2 * kRaw10BytesPerGroup;
 inline constexpr size_t kRaw10VectorBytes = 2 * kRaw10HalfBytes;
 

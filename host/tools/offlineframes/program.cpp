@@ -279,7 +279,7 @@ std::string HelpOf(const Command& command) {
 }
 
 int Fail(const std::string& text, int status) {
-    fprintf(stderr, "offlineframes: %s\n", terminal::red(text).c_str());
+    fprintf(stderr, "offlineframes: %s\n", terminal::Red(text).c_str());
     return status;
 }
 
@@ -307,7 +307,7 @@ base::Result<Report> RunCommand(const Command& command, const std::vector<std::s
         return base::Failure{"unexpected word \"" + words.Value()[needed] + "\"", true};
     // Frames are large: most commands take about a second.
     terminal::Progress progress;
-    progress.show(std::string("offlineframes: ") + command.name + " ...");
+    progress.Show(std::string("offlineframes: ") + command.name + " ...");
     return command.run(words.Value());
 }
 

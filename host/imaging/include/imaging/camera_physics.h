@@ -20,7 +20,7 @@
 //     clipping.
 //  6. Crop to the output size in the middle, at an even offset: ((in - out) / 2) & ~1.
 //
-// The tone table is the only place with floating point; no entry lies so near to a tie that the
+// The tone table is the only place with floating point; no entry is so near to a tie that the
 // math library could matter.
 //
 // The program is in vectors: steps/linear_rows.h, steps/demosaic_row.h and steps/ycbcr.h, put
@@ -115,7 +115,7 @@ template <class T>
     return 12 * n.centre + 4 * n.diagonal - 3 * (n.leftRight2 + n.aboveBelow2);
 }
 
-// The place of index `i` (may lie outside) in a row or column of `size` >= 2 pixels, mirrored.
+// The place of index `i` (may be outside) in a row or column of `size` >= 2 pixels, mirrored.
 constexpr uint32_t Mirror(int64_t i, uint32_t size) {
     const int64_t period = 2 * (static_cast<int64_t>(size) - 1);
     int64_t place = i % period;
@@ -133,7 +133,7 @@ inline uint8_t ToneFromLinear(int linear) {
     return ToneCurve()[static_cast<size_t>(linear * kFinePerLinear)];
 }
 
-// The linear value 0..959 nearest to a tone-mapped one: the inverse of the curve. Dark tones lie
+// The linear value 0..959 nearest to a tone-mapped one: the inverse of the curve. Dark tones are
 // closer together than whole linear codes, so several of them share one.
 int LinearFromTone(uint8_t tone);
 
