@@ -208,7 +208,7 @@ bool Device::Await(const Words& services) {
         if (WIFSIGNALED(event.waitStatus)) Complain("the service manager stopped answering");
         return event.waitStatus == 0;
     }
-    kill(waiter, SIGKILL);  // before it tells again what it waits for
+    kill(waiter, SIGKILL);  // so that it shows no more progress
     waitpid(waiter, nullptr, 0);
     return !EndsStart(event);
 }

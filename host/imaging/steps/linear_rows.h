@@ -46,7 +46,7 @@ IMAGING_INLINE void MirrorEnds(uint32_t width, const SplitRow& row) {
     }
 }
 
-// `pixels` and what whole pairs of vectors write or read beyond them.
+// `pixels` rounded up to whole pairs of vectors, which is what is read and written.
 inline constexpr size_t RoundUpToVectors(size_t pixels) {
     return (pixels + 2 * kVectorPixels - 1) / (2 * kVectorPixels) * (2 * kVectorPixels);
 }

@@ -35,8 +35,9 @@ enum class Order {
     kBeforeWords,  // the first other word, or "--", ends them
 };
 
-// Reads options as "--name value" or "--name=value" and returns the other words. A misuse that
-// names the option: unknown, repeated, without its value, or with a value of another kind.
+// Reads options as "--name value" or "--name=value" and returns the other words. Fails with a
+// misuse that names the option: unknown, repeated, without its value, or with a value of another
+// kind.
 Result<std::vector<std::string>> ReadOptions(const std::vector<Option>& options,
                                              const std::vector<std::string>& words, Order order);
 
