@@ -19,7 +19,7 @@ struct PlanarPicture {
 };
 
 // One thread, 4:2:0, standard tables, no restart markers. Returns the bytes of the file; 0 if `out`
-// was too small
+// was too small.
 size_t EncodePlainJpeg(PlanarPicture& picture, int quality, uint8_t* out, size_t capacity);
 
 }  // namespace bench

@@ -1,6 +1,6 @@
 # Debian's packages of the platform's own liblog, libcutils and libutils.
-# Headers lie in an "android" folder of the include directory, libraries in one of the multiarch
-# library directory, so both need their paths named.
+# Compiler and linker do not search their folders, /usr/include/android and the "android" folder of
+# the multiarch library directory.
 
 find_path(DEBIAN_ANDROID_INCLUDE cutils/native_handle.h PATHS /usr/include/android NO_DEFAULT_PATH)
 if(NOT DEBIAN_ANDROID_INCLUDE)

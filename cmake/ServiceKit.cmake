@@ -1,5 +1,5 @@
-# offline_camera_service_kit: what a service program links. The build folder holds it as the CMake
-# package OfflineCameraServiceKit, too, for programs that lie outside the project.
+# offline_camera_service_kit: what a service program links. The build folder also has it as the
+# CMake package OfflineCameraServiceKit, for programs outside the project.
 
 add_library(offline_camera_service_kit INTERFACE)
 target_link_libraries(offline_camera_service_kit INTERFACE

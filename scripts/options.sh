@@ -1,7 +1,7 @@
 # The one way in which the project's scripts read options. Sourced after terminal.sh.
 
-# read_options SWITCHES VALUES WORD...: options stand before all other words. Each is one of two
-# lists, which have blanks around every name. Leaves the table `given` (every name; what was given
+# read_options SWITCHES VALUES WORD...: reads the options, which come before all other words. SWITCHES
+# and VALUES list their names, with a blank on both sides of each. Leaves the table `given` (every name; what was given
 # has a 1, or its last value), the list `faults` (every value of --fault), the remaining `words`,
 # and in `ended` whether "--" came before them.
 declare -A given=()

@@ -32,7 +32,7 @@ if [[ "${1:-}" != --inside ]]; then
     cp "$(dirname "${BASH_SOURCE[0]}")/terminal.sh" "$data"
     share=$((sessions / 5))
     on_device $((sessions - 2 * share))
-    if ((share > 0)); then # those after which a session goes on at once
+    if ((share > 0)); then # faults that do not make the tool wait
         on_device "$share" lend return-twice return-unknown empty-callbacks split-result \
             duplicate-result corrupt-metadata
         on_device "$share" bad-handle
@@ -75,7 +75,7 @@ session() {
     esac >/dev/null || { echo "soak.sh: session $1 ended with status $?" >&2 && return 1; }
 }
 
-# Ends a command after so many seconds. The shell's own line about it is not shown.
+# killed SECONDS COMMAND...: kills the command after SECONDS, without the shell's own line about it.
 killed() {
     { timeout -s KILL "$@" || [[ $? == 137 ]]; } 2>/dev/null
 }

@@ -25,7 +25,7 @@ progress_ends() {
 # tell COLOUR TEXT...: one line; the colour, which may be empty, is one of the above.
 tell() {
     progress_ends
-    printf '%s: %s%s%s\n' "$program" "$1" "${*:2}" "${1:+$plain}" >&2 || true # nobody may listen
+    printf '%s: %s%s%s\n' "$program" "$1" "${*:2}" "${1:+$plain}" >&2 || true # standard error may be closed
 }
 complain() { tell "$red" "$@"; }
 

@@ -7,7 +7,7 @@
 
 // The middle of the mosaic. Four RAW10 pixels are five bytes; each of the first four holds the
 // upper eight bits of one.
-inline void develop(const imaging::RawView& raw, const imaging::MutableNv12View& picture) {
+inline void Develop(const imaging::RawView& raw, const imaging::MutableNv12View& picture) {
     const uint32_t left = (raw.width - picture.width) / 2, top = (raw.height - picture.height) / 2;
     for (uint32_t y = 0; y < picture.height; ++y) {
         const uint8_t* const from = raw.data + (y + top) * raw.strideBytes;
@@ -21,7 +21,7 @@ inline void develop(const imaging::RawView& raw, const imaging::MutableNv12View&
 }
 
 // Leaves the buffers unlocked: a client that gets the result reads the picture.
-inline base::Result<base::Done> develop(const offlinecamera::Request& request) {
+inline base::Result<base::Done> Develop(const offlinecamera::Request& request) {
     const offlinecamera::RequestBuffer& from = request.inputs[0][0];
     const auto mosaic =
             offlinecamera::LockedBuffer::Lock(from.buffer, offlinecamera::Access::kRead);
@@ -30,7 +30,7 @@ inline base::Result<base::Done> develop(const offlinecamera::Request& request) {
         const auto picture =
                 offlinecamera::LockedBuffer::Lock(to.buffer, offlinecamera::Access::kWrite);
         if (!picture.Ok()) return picture.GetFailure();
-        develop(mosaic.Value().Raw(*from.stream), picture.Value().Nv12(*to.stream));
+        Develop(mosaic.Value().Raw(*from.stream), picture.Value().Nv12(*to.stream));
     }
     return base::Done{};
 }

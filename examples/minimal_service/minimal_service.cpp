@@ -20,11 +20,11 @@ using Client = std::shared_ptr<IOfflineCameraCallback>;
 
 namespace {
 
-constexpr size_t kMaxFrames = 4;  // a session works on so many at a time
+constexpr size_t kMaxFrames = 4;  // in work or waiting, per session
 
 // On the session's own thread. After the session's end nothing is sent.
-void work(const Client& client, const Request& request, const StopSignal& stop) {
-    const auto developed = develop(request);
+void Work(const Client& client, const Request& request, const StopSignal& stop) {
+    const auto developed = Develop(request);
     if (!developed.Ok()) LogProblem("no picture: " + developed.Error());
     if (!stop.Stopped()) client->notify({MakeShutter(request.frameNumber, 0)});
     std::vector<OfflineCaptureResult> results;
@@ -37,7 +37,7 @@ class Session : public BnOfflineCameraSession {
   public:
     explicit Session(const Client& client)
         : m_worker([client](const Request& request, const StopSignal& stop) {
-              work(client, request, stop);
+              Work(client, request, stop);
           }) {}
 
     ScopedAStatus configureOfflineStreams(const OfflineSessionConfigureInfo& info) override {

@@ -22,7 +22,7 @@ std::string ReplaceDots(const std::string& text, const std::string& by) {
     return result;
 }
 
-// Passed by value and zero at first.
+// Passed by value and initialised with zero.
 bool IsValue(const TypeUse& type) {
     if (type.isArray) return false;
     return type.basic ? type.basic->zero[0] != '\0'

@@ -13,7 +13,7 @@ namespace {
 
 using Kind = Declaration::Kind;
 
-// What a call leaves out of warnings if its method is deprecated.
+// Around generated code that calls a deprecated method, so that it compiles without a warning.
 constexpr char kQuiet[] =
         "#pragma clang diagnostic push\n"
         "#pragma clang diagnostic ignored \"-Wdeprecated-declarations\"";

@@ -31,7 +31,7 @@ class Lexer {
     }
 
   private:
-    // 0 behind the end.
+    // 0 past the end.
     int Peek(size_t ahead = 0) const {
         const size_t at = m_offset + ahead;
         return at < m_text.size() ? static_cast<unsigned char>(m_text[at]) : 0;

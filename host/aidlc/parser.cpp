@@ -61,7 +61,7 @@ class Parser {
     bool AtEnd() const { return Next().kind == TokenKind::kEnd; }
     Token Take() { return AtEnd() ? Next() : m_tokens[m_next++]; }
 
-    // The first error counts and ends the text: what follows it fails unheard and no loop goes on.
+    // Keeps the first error and moves to the end of the text, where every loop ends.
     void FailAt(const Position& position, const std::string& message) {
         if (m_error.empty()) m_error = Located(m_document->file, position, message);
         m_next = m_tokens.size() - 1;

@@ -111,7 +111,7 @@ done
 # the trace. ---
 terminal=()
 if [[ $# -gt 0 ]]; then
-    # Also where a folder of PATH may not be searched, which would be called "permission denied".
+    # Asked here, as execvp says "permission denied" where a folder of PATH may not be searched.
     [[ "$1" == */* ]] || PATH="$bin:$PATH" type -P -- "$1" >/dev/null ||
         { complain "$1: no such command" && exit 127; }
     : "${given[--log]:=/dev/null}" "${given[--device-log]:=/dev/null}"
@@ -136,7 +136,7 @@ for name in --log --device-log --trace --run-record; do
 done
 [[ -z "${private-}" ]] || rm -rf "$private" # what is open stays until the device is gone
 
-# --- What the command finds; the programs find its log's place taken by their own. ---
+# --- The environment of the command; the programs write to a log of their own. ---
 unset ENV BASH_ENV STANDIN_HAL_PATH STANDIN_LOG_ECHO STANDIN_BINDER_TRACE_FD STANDIN_RUN_RECORD_FD
 export STANDIN_BINDER_DIR=/binder STANDIN_LOG_FD="${descriptor[--device-log]:-${descriptor[--log]}}"
 trace="${descriptor[--trace]}" record="${descriptor[--run-record]}"
@@ -160,8 +160,8 @@ while IFS= read -rd '' kind && IFS= read -rd '' path && IFS= read -rd '' target;
 done < <(find "${above[@]}" -mindepth 1 -maxdepth 1 -printf '%y\0%p\0%l\0' 2>/dev/null)
 sandbox+=(--proc /proc --dev /dev --ro-bind "$bin" /vendor/bin
     --ro-bind-try "$bin/../vendor/lib64/hw" /vendor/lib64/hw --perms 0700 --tmpfs /binder)
-# Programs may be in the host's /dev/shm, say: the folder below /dev comes back as it is, so that a
-# program finds its libraries, too.
+# A build in the host's /dev/shm is hidden by --dev: its folder is mounted again, whole, because
+# programs need their libraries, too.
 for path in "$bin/" "$service"; do
     [[ "$path" =~ ^/dev/[^/]+ ]] && sandbox+=(--ro-bind "${BASH_REMATCH[0]}" "${BASH_REMATCH[0]}")
 done

@@ -25,7 +25,7 @@
 namespace deviceshell {
 namespace {
 
-// For a program to answer. Generous: an instrumented build on a busy machine needs some.
+// For a program to answer: a sanitizer build on a busy machine needs some of them.
 constexpr unsigned kStartSeconds = 30;
 // For the command after a signal, and for the programs after it, to end by themselves.
 constexpr long kGraceMilliseconds = 2000;
@@ -61,14 +61,13 @@ bool WaitForAnswer(const std::string& service) {
     while (!Answers(service)) {
         const long waited = (NowMilliseconds() - begin) / 1000;
         if (waited > kStartSeconds) {
-            Complain((service.empty() ? awaited + " did not answer"
-                                      : "nobody registered " + awaited) +
+            Complain(awaited + (service.empty() ? " did not answer" : " was not registered") +
                      " within " + std::to_string(kStartSeconds) + " s");
             return false;
         }
         if (waited > told) {
             told = waited;
-            progress.show("deviceshell: waits " + std::to_string(waited) + " s for " + awaited);
+            progress.Show("deviceshell: waits " + std::to_string(waited) + " s for " + awaited);
         }
         usleep(2000);
     }
@@ -209,13 +208,13 @@ bool Device::Await(const Words& services) {
         if (WIFSIGNALED(event.waitStatus)) Complain("the service manager stopped answering");
         return event.waitStatus == 0;
     }
-    kill(waiter, SIGKILL);  // before it tells again what it waits for
+    kill(waiter, SIGKILL);  // so that it shows no more progress
     waitpid(waiter, nullptr, 0);
     return !EndsStart(event);
 }
 
-// True, with a complaint, when the command cannot be run any more: what a program would have
-// offered is missing for good.
+// True, with a complaint, when the command can no longer run: a program that it needs has ended, or
+// a signal came.
 bool Device::EndsStart(const Event& event) {
     if (event.ofProgram) {
         Complain(m_running[event.pid] + " " + DescribeEnd(event.waitStatus) +

@@ -21,7 +21,7 @@ void Become(const Words& argv) {
 
 void Complain(const std::string& sentence) {
     const std::string line =
-            terminal::blankedLine() + "deviceshell: " + terminal::red(sentence) + "\n";
+            terminal::BlankedLine() + "deviceshell: " + terminal::Red(sentence) + "\n";
     // One write, so that lines of several processes do not mix.
     if (write(STDERR_FILENO, line.data(), line.size()) < 0) return;
 }

@@ -16,7 +16,8 @@
 namespace deviceshell {
 namespace {
 
-constexpr int kPatienceMilliseconds = 6000;  // for the first process, which sets limits of 2 s
+constexpr int kPatienceMilliseconds =
+        6000;  // for the device's end after a signal; its own limits are 2 s
 
 class Sandbox {
   public:

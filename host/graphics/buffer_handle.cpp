@@ -48,16 +48,15 @@ Result<Done> CheckMemory(const HandleIntegers& integers, int fd) {
     const int seals = fcntl(fd, F_GET_SEALS);
     struct stat status = {};
     if (seals < 0 || fstat(fd, &status) != 0) {
-        return BadBuffer("descriptor " + std::to_string(fd) + " is not a memory file");
+        return BadBuffer("descriptor " + std::to_string(fd) + " is not a memfd");
     }
-    if ((seals & F_SEAL_SHRINK) == 0)
-        return BadBuffer("the memory file is not sealed against shrinking");
+    if ((seals & F_SEAL_SHRINK) == 0) return BadBuffer("the memfd is not sealed against shrinking");
     if (static_cast<uint64_t>(status.st_size) != integers.size) {
         return BadBuffer("the handle says " + std::to_string(integers.size) +
-                         " bytes, the memory file has " + std::to_string(status.st_size));
+                         " bytes, the memfd has " + std::to_string(status.st_size));
     }
     if (static_cast<uint64_t>(status.st_ino) != integers.id) {
-        return BadBuffer("the handle's buffer id is not that of the memory file");
+        return BadBuffer("the handle's buffer id is not that of the memfd");
     }
     return Done{};
 }
@@ -136,8 +135,9 @@ Result<UniqueHandle> CreateBuffer(const BufferDescription& description) {
 Result<CheckedBuffer> DuplicateBuffer(const native_handle_t* raw) {
     HandleIntegers integers;
     if (!ReadIntegers(raw, &integers)) {
-        return BadBuffer(raw == nullptr ? "the handle is null"
-                                        : "the handle has not the shape of a buffer");
+        return BadBuffer(raw == nullptr
+                                 ? "the handle is null"
+                                 : "the handle has not the descriptors and integers of a buffer");
     }
     UniqueHandle handle = NewHandle();
     if (handle == nullptr) return NoResources("native_handle_create");

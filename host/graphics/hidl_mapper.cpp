@@ -21,7 +21,7 @@ using ::android::hardware::graphics::mapper::V4_0::Error;
 using ::android::hardware::graphics::mapper::V4_0::IMapper;
 using base::Result;
 
-// Logs a failure; its number.
+// Logs a failure and returns its number.
 template <class T>
 Error Report(const char* operation, const Result<T>& result) {
     if (!result.Ok()) {

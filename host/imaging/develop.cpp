@@ -13,7 +13,7 @@ namespace imaging {
 
 namespace {
 
-// Even. A strip needs 2 x kDemosaicMargin rows that its neighbours need, too.
+// Even. Each strip reads 2 x kDemosaicMargin rows that its neighbours read, too.
 constexpr uint32_t kStripRows = 128;
 
 // Calls `develop` for every strip of a picture, with the number of the worker that does it.

@@ -1,7 +1,7 @@
 // Compiles the steps for each instruction set, and finds out what this processor has.
 //
-// The steps are inline functions without instructions of their own choice: the target attribute of
-// the function that they end up in decides.
+// The steps are inline functions: the target attribute of the function that they are inlined into
+// chooses the instructions.
 #include "instruction_sets.h"
 
 #include "steps/develop_strip.h"

@@ -18,7 +18,7 @@ struct DevelopJob {
     uint32_t left;   // of the picture in the mosaic; even
     uint32_t begin;  // first row of the picture; even, as is `end`
     uint32_t end;
-    uint32_t mosaicRow;  // where row `begin` lies in `raw`; even
+    uint32_t mosaicRow;  // row of `raw` at picture row `begin`; even
 };
 
 inline constexpr size_t kMaxAverageFrames = 64;  // then no sum of codes leaves 16 bits
@@ -35,7 +35,7 @@ struct Functions {
     void (*average)(const AverageJob& job);
 };
 
-// `instructions`: one that this processor supports
+// `instructions`: one that this processor supports.
 const Functions& FunctionsFor(InstructionSet instructions);
 
 }  // namespace imaging

@@ -5,7 +5,7 @@
 //   header of the first strip, with the large file's height
 //   data of strip 0, marker RST0, data of strip 1, marker RST1, .., data of the last strip
 //   end marker
-// Where the cuts lie depends on the picture's size only, so that the file never depends on threads.
+// The cuts depend on the picture's size only, so the file never depends on threads.
 #include <imaging/jpeg.h>
 
 #include <algorithm>
@@ -40,7 +40,7 @@ struct JpegParts {
 
 // Returns false for a header without a frame and a scan.
 bool FindParts(const FileBytes& file, JpegParts* parts) {
-    size_t at = kMarkerBytes;  // behind the start marker
+    size_t at = kMarkerBytes;  // past the start marker
     while (at + kMarkerBytes + 2 <= file.size && file[at] == kMarker) {
         const uint8_t marker = file[at + 1];
         // A segment's length counts its own two bytes and what follows.
@@ -83,7 +83,7 @@ std::array<uint8_t, kExifSegmentBytes> MakeExifSegment(uint16_t orientation) {
     };
 }
 
-// Joins the strips' files. @return empty, or what is wrong
+// Joins the strips' files. Returns empty, or what is wrong.
 std::string Join(std::vector<FileBytes>& strips, uint32_t height, uint8_t* out, size_t capacity,
                  size_t* size) {
     std::vector<JpegParts> parts(strips.size());
@@ -100,7 +100,7 @@ std::string Join(std::vector<FileBytes>& strips, uint32_t height, uint8_t* out, 
     strips[0][parts[0].height + 1] = static_cast<uint8_t>(height & 0xff);
     uint8_t* to = out;
     for (size_t i = 0; i < strips.size(); ++i) {
-        // With the end marker, in whose place a restart marker stands between two strips.
+        // Each strip brings its end marker; between two strips a restart marker replaces it.
         const size_t begin = i == 0 ? 0 : parts[i].data;
         memcpy(to, &strips[i][begin], strips[i].size - begin);
         to += strips[i].size - begin;

@@ -81,8 +81,8 @@ void SetParameters(j_compress_ptr info, const Nv12View& strip, const JpegStripSe
     info->restart_interval = settings.restartInterval;
 }
 
-// Everything that libjpeg may jump out of: no object with a destructor lives in here.
-// `data` and `size` are memory to begin with; where that does not suffice, libjpeg takes more.
+// libjpeg may jump out of this function, so nothing in it has a destructor. `*data` and `*size` are
+// memory to begin with, which libjpeg replaces when it is too small.
 bool Compress(const Nv12View& strip, const JpegStripSettings& settings, Rows* rows, uint8_t** data,
               unsigned long* size, ErrorState* error) {
     jpeg_compress_struct info = {};

@@ -33,7 +33,7 @@ struct FileBytes {
     uint8_t operator[](size_t at) const { return data.get()[at]; }
 };
 
-// Returns empty when `file` holds the strip's file, else what libjpeg said
+// Returns empty when `file` holds the strip's file, else what libjpeg said.
 [[nodiscard]] std::string EncodeJpegStrip(const Nv12View& strip, const JpegStripSettings& settings,
                                           FileBytes* file);
 

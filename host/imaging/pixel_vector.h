@@ -6,9 +6,9 @@
 #include <cstdint>
 #include <cstring>
 
-// For functions that work on vectors, formulas in public headers among them. Only when they end up
-// inside the function of a certain instruction set does the compiler know what it may use; as
-// functions of their own they would also hand vectors over in another way than that one expects.
+// For functions that work on vectors. Only inside the function of an instruction set does the
+// compiler know which instructions it may use; out of line, they would also pass vectors by another
+// calling convention than their caller's.
 #define IMAGING_INLINE [[gnu::always_inline]] inline
 #define IMAGING_LAMBDA_INLINE __attribute__((always_inline))
 

@@ -8,22 +8,22 @@ using namespace host::metadata;
 
 const size_t camera_metadata_type_size[NUM_TYPES] = {1, 4, 4, 8, 8, 8};
 
-camera_metadata_t* allocate_camera_metadata(size_t entry_capacity, size_t data_capacity) {
-    if (entry_capacity > UINT32_MAX || data_capacity > UINT32_MAX) return nullptr;
+camera_metadata_t* allocate_camera_metadata(size_t entryCapacity, size_t dataCapacity) {
+    if (entryCapacity > UINT32_MAX || dataCapacity > UINT32_MAX) return nullptr;
     const uint64_t dataStart =
-            AlignUp(sizeof(camera_metadata) + uint64_t{entry_capacity} * sizeof(BufferEntry));
-    const uint64_t size = AlignUp(dataStart + data_capacity);
+            AlignUp(sizeof(camera_metadata) + uint64_t{entryCapacity} * sizeof(BufferEntry));
+    const uint64_t size = AlignUp(dataStart + dataCapacity);
     if (size > UINT32_MAX) return nullptr;
     auto* block = static_cast<camera_metadata_t*>(std::calloc(1, size));
     if (block == nullptr) return nullptr;
 
     block->size = static_cast<uint32_t>(size);
     block->version = 1;
-    block->entry_capacity = static_cast<uint32_t>(entry_capacity);
-    block->entries_start = sizeof(camera_metadata);
-    block->data_capacity = static_cast<uint32_t>(data_capacity);
-    block->data_start = static_cast<uint32_t>(dataStart);
-    block->vendor_id = UINT64_MAX;  // no vendor
+    block->entryCapacity = static_cast<uint32_t>(entryCapacity);
+    block->entriesStart = sizeof(camera_metadata);
+    block->dataCapacity = static_cast<uint32_t>(dataCapacity);
+    block->dataStart = static_cast<uint32_t>(dataStart);
+    block->vendorId = UINT64_MAX;  // no vendor
     return block;
 }
 
@@ -39,5 +39,5 @@ size_t get_camera_metadata_size(const camera_metadata_t* metadata) {
 }
 
 size_t get_camera_metadata_entry_count(const camera_metadata_t* metadata) {
-    return metadata->entry_count;
+    return metadata->entryCount;
 }

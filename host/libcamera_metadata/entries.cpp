@@ -29,7 +29,7 @@ static_assert(sizeof(kJpegTypes) == ANDROID_JPEG_END - ANDROID_JPEG_START, "one 
 // The first entry of `tag`; null if there is none.
 const BufferEntry* FindTag(const camera_metadata_t* block, uint32_t tag) {
     const BufferEntry* const first = EntriesOf(block);
-    const BufferEntry* const last = first + block->entry_count;
+    const BufferEntry* const last = first + block->entryCount;
     const BufferEntry* found = first;
     if (block->flags & kFlagSorted) {
         found = std::lower_bound(first, last, tag, [](const BufferEntry& entry, uint32_t wanted) {
@@ -49,41 +49,41 @@ int host::metadata::TypeOfTag(uint32_t tag) {
 }
 
 int add_camera_metadata_entry(camera_metadata_t* dst, uint32_t tag, const void* data,
-                              size_t data_count) {
+                              size_t dataCount) {
     const int type = TypeOfTag(tag);
     if (type < 0) {
         __android_log_print(ANDROID_LOG_ERROR, kLogTag,
                             "add_camera_metadata_entry: unknown tag 0x%08x", tag);
         return kError;
     }
-    if (dst == nullptr || dst->entry_count >= dst->entry_capacity) return kError;
-    if (data == nullptr && data_count > 0) return kError;
-    if (data_count > UINT32_MAX) return kError;
+    if (dst == nullptr || dst->entryCount >= dst->entryCapacity) return kError;
+    if (data == nullptr && dataCount > 0) return kError;
+    if (dataCount > UINT32_MAX) return kError;
 
     BufferEntry entry{};
     entry.tag = tag;
-    entry.count = static_cast<uint32_t>(data_count);
+    entry.count = static_cast<uint32_t>(dataCount);
     entry.type = static_cast<uint8_t>(type);
     const size_t size = DataSizeOf(entry);
-    if (size > dst->data_capacity - dst->data_count) return kError;
+    if (size > dst->dataCapacity - dst->dataCount) return kError;
 
-    const size_t payload = data_count * camera_metadata_type_size[type];
+    const size_t payload = dataCount * camera_metadata_type_size[type];
     if (size == 0) {
         if (payload > 0) std::memcpy(entry.data.value, data, payload);
     } else {
-        entry.data.offset = dst->data_count;
+        entry.data.offset = dst->dataCount;
         // What is left of the last 8 bytes has been zero since the allocation.
-        std::memcpy(DataOf(dst) + dst->data_count, data, payload);
-        dst->data_count += static_cast<uint32_t>(size);
+        std::memcpy(DataOf(dst) + dst->dataCount, data, payload);
+        dst->dataCount += static_cast<uint32_t>(size);
     }
-    EntriesOf(dst)[dst->entry_count++] = entry;
+    EntriesOf(dst)[dst->entryCount++] = entry;
     dst->flags &= ~kFlagSorted;
     return kOk;
 }
 
 int get_camera_metadata_ro_entry(const camera_metadata_t* src, size_t index,
                                  camera_metadata_ro_entry_t* entry) {
-    if (src == nullptr || entry == nullptr || index >= src->entry_count) return kError;
+    if (src == nullptr || entry == nullptr || index >= src->entryCount) return kError;
     const BufferEntry& source = EntriesOf(src)[index];
     entry->index = index;
     entry->tag = source.tag;

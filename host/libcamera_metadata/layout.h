@@ -6,20 +6,20 @@
 #include <cstddef>
 #include <cstdint>
 
-// Values of at most 4 bytes are inside their entry; larger ones at data_start + offset, each
+// Values of at most 4 bytes are inside their entry; larger ones at dataStart + offset, each
 // rounded up to 8 bytes. Native byte order; offsets are from the start of the header.
 struct camera_metadata {
     uint32_t size;  // bytes of the whole block
     uint32_t version;
     uint32_t flags;
-    uint32_t entry_count;
-    uint32_t entry_capacity;
-    uint32_t entries_start;
-    uint32_t data_count;     // bytes in use
-    uint32_t data_capacity;  // bytes
-    uint32_t data_start;
+    uint32_t entryCount;
+    uint32_t entryCapacity;
+    uint32_t entriesStart;
+    uint32_t dataCount;     // bytes in use
+    uint32_t dataCapacity;  // bytes
+    uint32_t dataStart;
     uint32_t padding;
-    uint64_t vendor_id;
+    uint64_t vendorId;
 };
 static_assert(sizeof(camera_metadata) == 48, "part of the format");
 
@@ -46,14 +46,14 @@ constexpr int kError = 1;
 constexpr char kLogTag[] = "camera_metadata";
 
 inline BufferEntry* EntriesOf(camera_metadata_t* block) {
-    return reinterpret_cast<BufferEntry*>(reinterpret_cast<uint8_t*>(block) + block->entries_start);
+    return reinterpret_cast<BufferEntry*>(reinterpret_cast<uint8_t*>(block) + block->entriesStart);
 }
 inline const BufferEntry* EntriesOf(const camera_metadata_t* block) {
     return EntriesOf(const_cast<camera_metadata_t*>(block));
 }
 
 inline uint8_t* DataOf(camera_metadata_t* block) {
-    return reinterpret_cast<uint8_t*>(block) + block->data_start;
+    return reinterpret_cast<uint8_t*>(block) + block->dataStart;
 }
 inline const uint8_t* DataOf(const camera_metadata_t* block) {
     return DataOf(const_cast<camera_metadata_t*>(block));

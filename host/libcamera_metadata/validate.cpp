@@ -23,33 +23,33 @@ namespace {
 
 bool CheckHeader(const camera_metadata& header) {
     const uint64_t entriesEnd =
-            header.entries_start + uint64_t{header.entry_capacity} * sizeof(BufferEntry);
-    const uint64_t dataEnd = uint64_t{header.data_start} + header.data_capacity;
+            header.entriesStart + uint64_t{header.entryCapacity} * sizeof(BufferEntry);
+    const uint64_t dataEnd = uint64_t{header.dataStart} + header.dataCapacity;
     if (header.size < sizeof(camera_metadata)) {
         return Invalid("size %u is less than a header takes", header.size);
     }
-    if (header.entry_count > header.entry_capacity) {
-        return Invalid("%u entries exceed their capacity of %u", header.entry_count,
-                       header.entry_capacity);
+    if (header.entryCount > header.entryCapacity) {
+        return Invalid("%u entries exceed their capacity of %u", header.entryCount,
+                       header.entryCapacity);
     }
-    if (header.data_count > header.data_capacity) {
-        return Invalid("%u bytes of data exceed their capacity of %u", header.data_count,
-                       header.data_capacity);
+    if (header.dataCount > header.dataCapacity) {
+        return Invalid("%u bytes of data exceed their capacity of %u", header.dataCount,
+                       header.dataCapacity);
     }
     // Each value outside its entry takes a multiple of 8; the next one starts there.
-    if (header.data_count % kAlignment != 0) {
-        return Invalid("%u bytes of data are not a multiple of 8", header.data_count);
+    if (header.dataCount % kAlignment != 0) {
+        return Invalid("%u bytes of data are not a multiple of 8", header.dataCount);
     }
-    if (header.entries_start < sizeof(camera_metadata) ||
-        header.entries_start % kEntryAlignment != 0) {
-        return Invalid("entries cannot start at %u", header.entries_start);
+    if (header.entriesStart < sizeof(camera_metadata) ||
+        header.entriesStart % kEntryAlignment != 0) {
+        return Invalid("entries cannot start at %u", header.entriesStart);
     }
-    if (entriesEnd > header.data_start || header.data_start % kAlignment != 0) {
-        return Invalid("data cannot start at %u, entries end at %llu", header.data_start,
+    if (entriesEnd > header.dataStart || header.dataStart % kAlignment != 0) {
+        return Invalid("data cannot start at %u, entries end at %llu", header.dataStart,
                        static_cast<unsigned long long>(entriesEnd));
     }
     if (dataEnd > header.size) {
-        return Invalid("data ends at %llu, behind the block's %u bytes",
+        return Invalid("data ends at %llu, after the block's %u bytes",
                        static_cast<unsigned long long>(dataEnd), header.size);
     }
     return true;
@@ -76,10 +76,11 @@ bool CheckEntry(const camera_metadata& header, uint32_t index, const BufferEntry
             return Invalid("entry %u (tag 0x%08x): data offset %u is not a multiple of 8", index,
                            entry.tag, entry.data.offset);
         }
-        if (entry.data.offset + size > header.data_capacity) {
-            return Invalid("entry %u (tag 0x%08x): %llu bytes of data at %u end behind %u", index,
-                           entry.tag, static_cast<unsigned long long>(size), entry.data.offset,
-                           header.data_capacity);
+        if (entry.data.offset + size > header.dataCapacity) {
+            return Invalid(
+                    "entry %u (tag 0x%08x): %llu bytes of data at %u end after the %u there are",
+                    index, entry.tag, static_cast<unsigned long long>(size), entry.data.offset,
+                    header.dataCapacity);
         }
     } else if (entry.count == 0 && entry.data.offset != 0) {
         return Invalid("entry %u (tag 0x%08x) is empty but has data offset %u", index, entry.tag,
@@ -91,28 +92,27 @@ bool CheckEntry(const camera_metadata& header, uint32_t index, const BufferEntry
 }  // namespace
 
 int validate_camera_metadata_structure(const camera_metadata_t* metadata,
-                                       const size_t* expected_size) {
+                                       const size_t* expectedSize) {
     if (metadata == nullptr) {
         Invalid("no metadata: the pointer is null");
         return CAMERA_METADATA_VALIDATION_ERROR;
     }
-    if (expected_size != nullptr && *expected_size < sizeof(camera_metadata)) {
-        Invalid("%zu bytes are less than a header takes", *expected_size);
+    if (expectedSize != nullptr && *expectedSize < sizeof(camera_metadata)) {
+        Invalid("%zu bytes are less than a header takes", *expectedSize);
         return CAMERA_METADATA_VALIDATION_ERROR;
     }
     const auto* bytes = reinterpret_cast<const uint8_t*>(metadata);
     camera_metadata header;
     std::memcpy(&header, bytes, sizeof(header));
-    if (expected_size != nullptr && header.size > *expected_size) {
-        Invalid("size %u exceeds the %zu bytes that are there", header.size, *expected_size);
+    if (expectedSize != nullptr && header.size > *expectedSize) {
+        Invalid("size %u exceeds the %zu bytes that are there", header.size, *expectedSize);
         return CAMERA_METADATA_VALIDATION_ERROR;
     }
     if (!CheckHeader(header)) return CAMERA_METADATA_VALIDATION_ERROR;
 
-    for (uint32_t i = 0; i < header.entry_count; ++i) {
+    for (uint32_t i = 0; i < header.entryCount; ++i) {
         BufferEntry entry;
-        std::memcpy(&entry, bytes + header.entries_start + size_t{i} * sizeof(entry),
-                    sizeof(entry));
+        std::memcpy(&entry, bytes + header.entriesStart + size_t{i} * sizeof(entry), sizeof(entry));
         if (!CheckEntry(header, i, entry)) return CAMERA_METADATA_VALIDATION_ERROR;
     }
     const bool aligned = reinterpret_cast<uintptr_t>(metadata) % kAlignment == 0;

@@ -15,7 +15,7 @@ void fatal(const char* message) {
 
 uint32_t checkedSize(size_t size) {
     if (size > std::numeric_limits<uint32_t>::max()) {
-        fatal("a HIDL container of more than 32 bits of size: make it smaller");
+        fatal("the size of a HIDL container has more than 32 bits: make it smaller");
     }
     return static_cast<uint32_t>(size);
 }

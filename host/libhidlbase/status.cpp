@@ -34,7 +34,7 @@ void return_status::assertOk() const {
                   .c_str());
 }
 
-// Hands on the duty to look at the status, too.
+// The duty to examine the status moves, too.
 void return_status::swap(return_status& other) noexcept {
     std::swap(m_status, other.m_status);
     std::swap(m_examined, other.m_examined);

@@ -15,7 +15,7 @@ constexpr char kDefaultFolder[] = "/vendor/lib64/hw";
 
 void* Refuse(const char* name, const char* reason) {
     __android_log_print(ANDROID_LOG_ERROR, "vndksupport",
-                        "Could not load %s from %s namespace: %s.", name, "sphal", reason);
+                        "Could not load %s from sphal namespace: %s.", name, reason);
     return nullptr;
 }
 

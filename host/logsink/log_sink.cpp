@@ -25,7 +25,7 @@ namespace {
 int gLogFd = -1;
 int gEchoFd = -1;
 
-char priorityLetter(int priority) {
+char PriorityLetter(int priority) {
     switch (priority) {
         case ANDROID_LOG_VERBOSE:
             return 'V';
@@ -42,7 +42,7 @@ char priorityLetter(int priority) {
     }
 }
 
-std::string linePrefix(int priority, const char* tag) {
+std::string LinePrefix(int priority, const char* tag) {
     timespec now{};
     clock_gettime(CLOCK_REALTIME, &now);
     tm local{};
@@ -51,12 +51,12 @@ std::string linePrefix(int priority, const char* tag) {
     std::strftime(date, sizeof(date), "%m-%d %H:%M:%S", &local);
     char head[96];
     std::snprintf(head, sizeof(head), "%s.%06ld %5d %5ld %c ", date, now.tv_nsec / 1000, getpid(),
-                  syscall(SYS_gettid), priorityLetter(priority));
+                  syscall(SYS_gettid), PriorityLetter(priority));
     return std::string(head) + (tag != nullptr ? tag : "") + ": ";
 }
 
 // Each line of `message` with the prefix; a newline at its end adds no empty line.
-std::string formatMessage(const std::string& prefix, const char* message) {
+std::string FormatMessage(const std::string& prefix, const char* message) {
     std::string text;
     do {
         const char* const end = std::strchr(message, '\n');
@@ -70,7 +70,7 @@ std::string formatMessage(const std::string& prefix, const char* message) {
 
 // One write() unless the descriptor takes only a part: an append of one message is never mixed
 // with that of another process.
-void writeAll(int fd, const std::string& text) {
+void WriteAll(int fd, const std::string& text) {
     size_t done = 0;
     while (done < text.size()) {
         const ssize_t written = write(fd, text.data() + done, text.size() - done);
@@ -81,15 +81,15 @@ void writeAll(int fd, const std::string& text) {
 }
 
 // liblog leaves errno as it was: callers log first and look at errno afterwards.
-void logMessage(const __android_logger_data* data, const char* message) {
-    const std::string text = formatMessage(linePrefix(data->priority, data->tag),
+void LogMessage(const __android_logger_data* data, const char* message) {
+    const std::string text = FormatMessage(LinePrefix(data->priority, data->tag),
                                            message != nullptr ? message : "(null)");
-    if (gLogFd >= 0) writeAll(gLogFd, text);
-    if (gEchoFd >= 0) writeAll(gEchoFd, text);
+    if (gLogFd >= 0) WriteAll(gLogFd, text);
+    if (gEchoFd >= 0) WriteAll(gEchoFd, text);
 }
 
 // The descriptor that the text names; -1, after telling why, if it cannot be written to.
-int writableDescriptor(const char* text) {
+int WritableDescriptor(const char* text) {
     char* end = nullptr;
     errno = 0;
     const long number = std::strtol(text, &end, 10);
@@ -105,16 +105,16 @@ int writableDescriptor(const char* text) {
 }
 
 // Before main(), and before the constructors of the program's own objects, which may log.
-[[gnu::constructor]] void installLogSink() {
+[[gnu::constructor]] void InstallLogSink() {
     const char* fd = std::getenv("STANDIN_LOG_FD");
     const char* echo = std::getenv("STANDIN_LOG_ECHO");
-    if (fd != nullptr && *fd != '\0') gLogFd = writableDescriptor(fd);
+    if (fd != nullptr && *fd != '\0') gLogFd = WritableDescriptor(fd);
     if (echo != nullptr && std::strcmp(echo, "1") == 0 && gLogFd != STDERR_FILENO) {
         gEchoFd = STDERR_FILENO;
     }
     if (gLogFd < 0 && gEchoFd < 0) return;
     __android_log_set_minimum_priority(ANDROID_LOG_VERBOSE);
-    __android_log_set_logger(logMessage);
+    __android_log_set_logger(LogMessage);
 }
 
 }  // namespace

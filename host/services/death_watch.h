@@ -1,4 +1,4 @@
-// Tells an owner of something that the process it is kept for has died.
+// Calls a function when the process of a remote object dies.
 #pragma once
 
 #include <android/binder_auto_utils.h>

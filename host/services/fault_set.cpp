@@ -29,7 +29,9 @@ base::Result<base::Done> FaultSet::Add(const std::string& text) {
                                  std::to_string(fault->maxArgument)};
         }
     }
-    m_arguments[name] = argument;
+    if (!m_arguments.emplace(name, argument).second) {
+        return base::Failure{"fault '" + name + "' is given twice"};
+    }
     return base::Done{};
 }
 

@@ -18,14 +18,14 @@ struct FaultName {
     int64_t maxArgument = 0;
 };
 
-// Those that are switched on, out of all that a service knows.
+// All faults that a service knows, and those of them that are switched on.
 class FaultSet {
   public:
     // `title`: the first line of the help; may be empty.
     FaultSet(std::string title, std::vector<FaultName> known, size_t most = SIZE_MAX)
         : m_title(std::move(title)), m_known(std::move(known)), m_most(most) {}
 
-    // Switches "NAME" or "NAME=ARG" on; fails after `most` of them.
+    // Switches "NAME" or "NAME=ARG" on: each name once, and at most `most` of them.
     base::Result<base::Done> Add(const std::string& text);
 
     bool Has(const char* name) const { return m_arguments.count(name) != 0; }

@@ -11,44 +11,44 @@ namespace {
 
 constexpr size_t kColumns = 78;  // a line that wraps could not be taken away
 
-bool isTerminal() {
+bool IsTerminal() {
     const char* const kind = getenv("TERM");
     return isatty(STDERR_FILENO) && kind && strcmp(kind, "dumb") != 0;
 }
 
-bool showsColours() {
+bool ShowsColours() {
     const char* const none = getenv("NO_COLOR");
-    return isTerminal() && (!none || !*none);
+    return IsTerminal() && (!none || !*none);
 }
 
-void replaceLine(const std::string& text) {
-    const std::string line = blankedLine() + text.substr(0, kColumns);
+void ReplaceLine(const std::string& text) {
+    const std::string line = BlankedLine() + text.substr(0, kColumns);
     if (write(STDERR_FILENO, line.data(), line.size()) < 0) return;
 }
 
 }  // namespace
 
-std::string red(const std::string& text) {
-    return showsColours() ? "\033[31m" + text + "\033[0m" : text;
+std::string Red(const std::string& text) {
+    return ShowsColours() ? "\033[31m" + text + "\033[0m" : text;
 }
 
-std::string yellow(const std::string& text) {
-    return showsColours() ? "\033[33m" + text + "\033[0m" : text;
+std::string Yellow(const std::string& text) {
+    return ShowsColours() ? "\033[33m" + text + "\033[0m" : text;
 }
 
 // Blanks over the old line instead of an escape code: NO_COLOR leaves no codes at all.
-std::string blankedLine() {
-    return isTerminal() ? "\r" + std::string(kColumns, ' ') + "\r" : "";
+std::string BlankedLine() {
+    return IsTerminal() ? "\r" + std::string(kColumns, ' ') + "\r" : "";
 }
 
 Progress::~Progress() {
-    if (m_shown) replaceLine("");
+    if (m_shown) ReplaceLine("");
 }
 
-void Progress::show(const std::string& text) {
-    if (!isTerminal()) return;
+void Progress::Show(const std::string& text) {
+    if (!IsTerminal()) return;
     m_shown = true;
-    replaceLine(text);
+    ReplaceLine(text);
 }
 
 }  // namespace terminal

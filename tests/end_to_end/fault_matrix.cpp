@@ -159,7 +159,7 @@ void runAll(std::vector<Row>* rows) {
             for (size_t job = next++; job < rows->size(); job = next++) {
                 run(&(*rows)[job]);
                 const std::lock_guard<std::mutex> guard(lock);
-                progress.show("run " + std::to_string(++done) + " of " +
+                progress.Show("run " + std::to_string(++done) + " of " +
                               std::to_string(rows->size()));
             }
         });

@@ -54,8 +54,8 @@ IMAGING_INLINE ShortPixels Fine(const ShortPixels& sum) {
 // `width`: pixels to make, rounded up to whole pairs of vectors
 IMAGING_INLINE void DemosaicRow(const SplitRow rows[5], uint32_t y, uint32_t left, uint32_t width,
                                 const FineRow& out) {
-    // An even row is red, green, red, green ..: its own colour is red and stands in the even
-    // columns; an odd row is green, blue, green, blue ...
+    // An even row is red, green, red, green ..: its own colour is red, in the even columns;
+    // an odd row is green, blue, green, blue ..
     const int ownColumns = y & 1;
     const auto own = ownColumns == 0 ? Channel::kRed : Channel::kBlue;
     const auto other = ownColumns == 0 ? Channel::kBlue : Channel::kRed;

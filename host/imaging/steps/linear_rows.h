@@ -46,33 +46,33 @@ IMAGING_INLINE void MirrorEnds(uint32_t width, const SplitRow& row) {
     }
 }
 
-// `pixels` and what whole pairs of vectors write or read beyond them.
+// `pixels` rounded up to whole pairs of vectors, which is what is read and written.
 inline constexpr size_t RoundUpToVectors(size_t pixels) {
     return (pixels + 2 * kVectorPixels - 1) / (2 * kVectorPixels) * (2 * kVectorPixels);
 }
 
-// The linear mosaic rows around the current one; row y lies in slot y mod 8.
+// The linear mosaic rows around the current one; row y is in slot y mod 8.
 class LinearRows {
   public:
-    // `first`: the first row that AdvanceTo makes present
+    // `first`: the first row that AdvanceTo makes present.
     LinearRows(const RawView& raw, uint32_t first)
-        : mRaw(raw),
-          mNext(first),
-          mHalfRow(kFront + RoundUpToVectors(raw.width) / 2 + kBehind),
-          mPixels(kSlots * 2 * mHalfRow),
-          mCodes(RoundUpToVectors(raw.width)) {}
+        : m_raw(raw),
+          m_next(first),
+          m_halfRow(kFront + RoundUpToVectors(raw.width) / 2 + kBehind),
+          m_pixels(kSlots * 2 * m_halfRow),
+          m_codes(RoundUpToVectors(raw.width)) {}
 
     // Makes rows up to and including `last` (a row of the frame) present; they come in order.
     IMAGING_INLINE void AdvanceTo(uint32_t last) {
-        for (; mNext <= last; ++mNext) {
-            UnpackRow(mRaw.data + mNext * mRaw.strideBytes, mRaw.width, mCodes.data());
-            WhiteBalanceRow(mCodes.data(), mRaw.width, mNext, Slot(mNext));
-            MirrorEnds(mRaw.width, Slot(mNext));
+        for (; m_next <= last; ++m_next) {
+            UnpackRow(m_raw.data + m_next * m_raw.strideBytes, m_raw.width, m_codes.data());
+            WhiteBalanceRow(m_codes.data(), m_raw.width, m_next, Slot(m_next));
+            MirrorEnds(m_raw.width, Slot(m_next));
         }
     }
 
-    // Row y, which may lie beyond an edge.
-    SplitRow Row(int64_t y) { return Slot(Mirror(y, mRaw.height)); }
+    // Row y, which may be beyond an edge.
+    SplitRow Row(int64_t y) { return Slot(Mirror(y, m_raw.height)); }
 
   private:
     static constexpr uint32_t kSlots = 8;
@@ -80,15 +80,15 @@ class LinearRows {
     static constexpr size_t kBehind = 2 * kVectorPixels;  // the same, and for a last vector
 
     SplitRow Slot(uint32_t y) {
-        int16_t* even = mPixels.data() + (y % kSlots) * 2 * mHalfRow + kFront;
-        return {{even, even + mHalfRow}};
+        int16_t* even = m_pixels.data() + (y % kSlots) * 2 * m_halfRow + kFront;
+        return {{even, even + m_halfRow}};
     }
 
-    const RawView mRaw;
-    uint32_t mNext;
-    const size_t mHalfRow;
-    std::vector<int16_t> mPixels;
-    std::vector<uint16_t> mCodes;
+    const RawView m_raw;
+    uint32_t m_next;
+    const size_t m_halfRow;
+    std::vector<int16_t> m_pixels;
+    std::vector<uint16_t> m_codes;
 };
 
 }  // namespace imaging

@@ -11,7 +11,7 @@
 
 namespace imaging {
 
-// Eight pixels lie in ten bytes.
+// Bytes of eight pixels.
 inline constexpr size_t kRaw10HalfBytes = 2 * kRaw10BytesPerGroup;
 inline constexpr size_t kRaw10VectorBytes = 2 * kRaw10HalfBytes;
 
@@ -69,7 +69,7 @@ IMAGING_INLINE CodePixels LoadRaw10(const uint8_t* packed, size_t left) {
                                           27, 28, 29, 30, 31));
 }
 
-// The reverse. Of a row that is written from left to right, spare bytes are written over.
+// The reverse. Writes spare bytes, which the row's next vector overwrites.
 IMAGING_INLINE void StoreRaw10(const CodePixels& pixels, uint8_t* packed, size_t left) {
     const Raw10Vector bytes = Pack(pixels);
     uint8_t last[kRaw10Reach];

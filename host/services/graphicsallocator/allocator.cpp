@@ -6,7 +6,6 @@
 #include <android/log.h>
 #include <gralloctypes/Gralloc4.h>
 #include <graphics/from_aidl.h>
-#include <graphics/from_hidl.h>
 
 namespace graphics {
 
@@ -15,6 +14,16 @@ namespace {
 using ::aidl::android::hardware::graphics::allocator::AllocationError;
 using ::android::hardware::graphics::mapper::V4_0::IMapper;
 using ::ndk::ScopedAStatus;
+
+BufferDescription FromHidl(const IMapper::BufferDescriptorInfo& info) {
+    return {info.name,
+            info.width,
+            info.height,
+            info.layerCount,
+            static_cast<int32_t>(info.format),
+            info.usage,
+            info.reservedSize};
+}
 
 AllocationError ToAllocationError(int error) {
     if (error == static_cast<int>(BufferError::kNoResources)) return AllocationError::NO_RESOURCES;

@@ -13,7 +13,7 @@ namespace offlinecamera {
 
 using ::aidl::vendor::zel::hardware::camera::offlinecamera::IOfflineCameraCallback;
 
-// Whom a session works for, and what imports that client's buffers.
+// The client of a session, and the mapper that imports its buffers.
 struct SessionClient {
     std::shared_ptr<IOfflineCameraCallback> callback;
     ::android::sp<ImportedBuffer::IMapper> mapper;

@@ -32,7 +32,7 @@ struct BufferGeometry {
 
 Result<BufferGeometry> ReadGeometry(const ::android::sp<IMapper>& mapper, void* handle) {
     BufferGeometry geometry;
-    std::string missing;  // the first that could not be had
+    std::string missing;  // the first value that the mapper did not give
     const auto read = [&](const char* name, const IMapper::MetadataType& type, auto decode,
                           auto* out) {
         bool decoded = false;

@@ -1,4 +1,4 @@
-// What a client is told of a frame.
+// The messages and results that a client gets for a frame.
 #pragma once
 
 #include <aidl/android/hardware/camera/device/NotifyMsg.h>

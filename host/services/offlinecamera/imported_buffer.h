@@ -26,8 +26,6 @@ class ImportedBuffer {
                                                const NativeHandle& acquireFence,
                                                const Stream& stream);
 
-    const PlanePlaces& Planes() const { return m_planes; }
-
   private:
     friend class LockedBuffer;
 

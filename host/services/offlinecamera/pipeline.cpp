@@ -17,7 +17,7 @@ using base::Done;
 using base::Failure;
 using base::Result;
 
-// Calls develop(picture) for every output, which returns what went wrong or nothing.
+// Calls `develop` with the picture of every output; it returns what went wrong, empty when done.
 template <class Develop>
 Result<Done> DevelopAll(const std::vector<RequestBuffer>& outputs, const Develop& develop) {
     for (const RequestBuffer& output : outputs) {

@@ -57,7 +57,7 @@ class BufferCollector {
         }
         if (buffer.status != BufferStatus::OK) return Failure{"the buffer is marked as broken"};
         if (!buffer.releaseFence.fds.empty() || !buffer.releaseFence.ints.empty()) {
-            return Failure{"there is a release fence: it is the service that would set one"};
+            return Failure{"there is a release fence: only the service sets one"};
         }
         return ImportedBuffer::Import(m_mapper, buffer.buffer, buffer.acquireFence, stream);
     }

@@ -37,7 +37,7 @@ class OfflineCameraService
                                           std::shared_ptr<IOfflineCameraSession>* session) override;
 
   private:
-    // The service has nothing to tell a registered client yet; it is kept until it leaves.
+    // Kept until the client leaves or dies; the service never calls it.
     struct Registration {
         std::shared_ptr<IOfflineCameraCallback> callback;
         services::DeathWatch watch;

@@ -74,7 +74,7 @@ Result<int32_t> OfflineCameraSession::AssignFrameNumbers(std::vector<Request>* r
     for (Request& request : *requests) {
         if (request.frameNumber == -1) {
             if (asking != nullptr) {
-                return Failure{"two requests ask for a frame number: one can be told"};
+                return Failure{"two requests ask for a frame number: a call returns only one"};
             }
             asking = &request;
         } else if (!taken.insert(request.frameNumber).second) {

@@ -62,12 +62,12 @@ binder_status_t OnTransact(AIBinder*, transaction_code_t code, const AParcel* in
 }
 
 AIBinder* NewServiceManager() {
-    AIBinder_Class* clazz = AIBinder_Class_define(
+    AIBinder_Class* const managerClass = AIBinder_Class_define(
             HOST_SERVICE_MANAGER_DESCRIPTOR, [](void*) -> void* { return nullptr; }, [](void*) {},
             OnTransact);
     static constexpr const char* kNames[] = {"checkService", "addService", "listServices"};
-    AIBinder_Class_setTransactionNames(clazz, kNames, 3);
-    return AIBinder_new(clazz, nullptr);
+    AIBinder_Class_setTransactionNames(managerClass, kNames, 3);
+    return AIBinder_new(managerClass, nullptr);
 }
 
 }  // namespace

@@ -253,7 +253,7 @@ std::string HelpOf(const Command& command) {
 }
 
 int Fail(const std::string& text, int status) {
-    fprintf(stderr, "offlineframes: %s\n", terminal::red(text).c_str());
+    fprintf(stderr, "offlineframes: %s\n", terminal::Red(text).c_str());
     return status;
 }
 
@@ -283,7 +283,7 @@ base::Result<std::string> RunCommand(const Command& command, const Words& line,
     }
     // Frames are large: most commands take about a second.
     terminal::Progress progress;
-    progress.show(std::string("offlineframes: ") + command.name + " ...");
+    progress.Show(std::string("offlineframes: ") + command.name + " ...");
     return command.run(words.Value(), given);
 }
 

@@ -17,7 +17,7 @@ namespace runreport {
 namespace {
 
 void Say(const std::string& text) {
-    fprintf(stderr, "%srun: %s\n", terminal::blankedLine().c_str(), text.c_str());
+    fprintf(stderr, "%srun: %s\n", terminal::BlankedLine().c_str(), text.c_str());
 }
 
 // The path as a user would write it here.
@@ -49,19 +49,19 @@ void PrintSummary(const Inputs& inputs) {
     const Run& run = inputs.run;
     if (run.Signal() != 0) {
         const char* const name = sigabbrev_np(run.Signal());
-        Say(terminal::red("the tool was ended by signal " + std::to_string(run.Signal()) + " (" +
+        Say(terminal::Red("the tool was ended by signal " + std::to_string(run.Signal()) + " (" +
                           (name ? name : "?") + ")"));
     } else if (facts.sessionOpened && inputs.dumps.empty()) {
-        Say(terminal::red("no file was written"));
+        Say(terminal::Red("no file was written"));
     }
     if (facts.errorCount > 0) {
-        Say(terminal::red("the last one of " + std::to_string(facts.errorCount) + " errors in " +
+        Say(terminal::Red("the last one of " + std::to_string(facts.errorCount) + " errors in " +
                           Here(inputs.log) + ": " + facts.lastError));
     }
     const bool planes =
             std::find(run.options.begin(), run.options.end(), "--planes") != run.options.end();
     if (!facts.sources.empty() && !planes) {
-        Say(terminal::yellow(
+        Say(terminal::Yellow(
                 "the input frames were left empty: nothing answers the tool's plane-layout query, "
                 "so it read no row of its source files (--planes provides the answer)"));
     }
@@ -77,7 +77,7 @@ void FollowWaits(const Inputs& inputs) {
         if (wait != last) seconds = 1;
         last = wait;
         if (!wait.empty()) {
-            progress.show("run: the tool waits for " + wait + ", " + std::to_string(seconds) +
+            progress.Show("run: the tool waits for " + wait + ", " + std::to_string(seconds) +
                           " s");
         }
     }

@@ -13,7 +13,7 @@ namespace base {
 
 struct Option {
     const char* name;   // with its dashes
-    const char* value;  // stands for the value in the help; null for a switch
+    const char* value;  // names the value in the help; null for a switch
     const char* help;   // lines, separated by '\n'
     // Stores the value, which is empty for a switch only. Fails with what the value is not: "a
     // number from 1 to 9".
@@ -29,14 +29,15 @@ Option Texts(const char* name, const char* value, const char* help,
 Option Number(const char* name, const char* value, const char* help, uint64_t minimum,
               uint64_t maximum, std::optional<uint64_t>* number);
 
-// Where options may stand.
+// Where options may come.
 enum class Order {
     kAnywhere,     // between the other words, too; "--" ends them
     kBeforeWords,  // the first other word, or "--", ends them
 };
 
-// Reads options as "--name value" or "--name=value" and returns the other words. A misuse that
-// names the option: unknown, repeated, without its value, or with a value of another kind.
+// Reads options as "--name value" or "--name=value" and returns the other words. Fails with a
+// misuse that names the option: unknown, repeated, without its value, or with a value of another
+// kind.
 Result<std::vector<std::string>> ReadOptions(const std::vector<Option>& options,
                                              const std::vector<std::string>& words, Order order);
 

@@ -37,7 +37,7 @@ struct HandleCloser {
 };
 using UniqueHandle = std::unique_ptr<native_handle_t, HandleCloser>;
 
-// What a checked handle stands for.
+// What a checked handle describes.
 struct BufferInfo {
     BufferDescription description;
     BufferLayout layout;

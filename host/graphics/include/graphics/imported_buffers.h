@@ -23,8 +23,8 @@ struct Region {
 // kBadBuffer.
 class ImportedBuffers {
   public:
-    // The buffers of this library's user. Never destroyed: threads may still use them while the
-    // process exits.
+    // The table of the library or program that links this code. Never destroyed: threads may still
+    // use it while the process exits.
     static ImportedBuffers& Instance();
 
     // Checks `raw` (which stays the caller's) and gives an independent handle, to be released with

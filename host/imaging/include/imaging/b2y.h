@@ -10,7 +10,7 @@ namespace imaging {
 
 // Develops a RAW10 mosaic into NV12, cropped to the middle. Only the picture is written; row
 // padding and rows beyond the height stay as they are.
-// Returns empty when done, else which size does not fit and why; then nothing is written
+// Returns empty when done, else which size does not fit and why; then nothing is written.
 [[nodiscard]] std::string RawToNv12(const RawView& raw, const MutableNv12View& out,
                                     const Execution& execution = {});
 

@@ -3,8 +3,8 @@
 //
 //  1. Mosaic RGGB: red at (even x, even y), blue at (odd x, odd y), green elsewhere.
 //  2. Linear value  v = min(959, (max(raw - 64, 0) * g + 1) >> 1),  g the white-balance gain in
-//     halves: red 4 (2.0), green 2 (1.0), blue 3 (1.5). Range 0..959, 959 = white. Whole codes:
-//     so every sum of the next step, at most 28 x 959 = 26852, fits into 16 bits with its sign.
+//     halves: red 4 (2.0), green 2 (1.0), blue 3 (1.5). Range 0..959, 959 = white. Whole codes,
+//     so that every sum of the next step, at most 28 x 959 = 26852, fits a signed 16-bit number.
 //  3. Demosaic, Malvar-He-Cutler 5 x 5 (see below), on the linear values. The two missing
 //     colours come out in sixteenths of a code and are kept in eighths, f = (sum + 1) >> 1, clipped
 //     to 0..7672; the pixel's own colour is f = 8 v. (In the shadows the tone curve turns one code
@@ -20,12 +20,12 @@
 //     clipping.
 //  6. Crop to the output size in the middle, at an even offset: ((in - out) / 2) & ~1.
 //
-// The tone table is the only place with floating point; no entry lies so near to a tie that the
+// The tone table is the only place with floating point; no entry is so near to a tie that the
 // math library could matter.
 //
-// The program is in vectors: steps/linear_rows.h, steps/demosaic_row.h and steps/ycbcr.h, put
-// together in steps/develop_strip.h. tests/host/imaging/naive_camera.cpp is the same once more, one
-// pixel at a time and in double precision.
+// The code works on vectors of pixels: steps/linear_rows.h, steps/demosaic_row.h and steps/ycbcr.h,
+// combined in steps/develop_strip.h. tests/host/imaging/naive_camera.cpp computes the same one
+// pixel at a time, in double precision.
 #pragma once
 
 #include <array>
@@ -115,7 +115,7 @@ template <class T>
     return 12 * n.centre + 4 * n.diagonal - 3 * (n.leftRight2 + n.aboveBelow2);
 }
 
-// The place of index `i` (may lie outside) in a row or column of `size` >= 2 pixels, mirrored.
+// The place of index `i` (may be outside) in a row or column of `size` >= 2 pixels, mirrored.
 constexpr uint32_t Mirror(int64_t i, uint32_t size) {
     const int64_t period = 2 * (static_cast<int64_t>(size) - 1);
     int64_t place = i % period;
@@ -133,7 +133,7 @@ inline uint8_t ToneFromLinear(int linear) {
     return ToneCurve()[static_cast<size_t>(linear * kFinePerLinear)];
 }
 
-// The linear value 0..959 nearest to a tone-mapped one: the inverse of the curve. Dark tones lie
+// The linear value 0..959 nearest to a tone-mapped one: the inverse of the curve. Dark tones are
 // closer together than whole linear codes, so several of them share one.
 int LinearFromTone(uint8_t tone);
 

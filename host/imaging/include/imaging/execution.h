@@ -6,7 +6,7 @@
 
 namespace imaging {
 
-// What the code for a frame's inner loops may use, poorest first.
+// The instructions that a frame's inner loops may use, slowest first.
 enum class InstructionSet : uint8_t {
     kBaseline,  // what every processor of this architecture has (SSE2 on x86-64, NEON on arm64)
     kAvx2,      // (AVX-512 brought nothing: the tone curve's look-ups take the most time)

@@ -13,8 +13,9 @@ namespace imaging {
 // out = (sum + n / 2) / n, rounded to the nearest code, ties up (with three frames there are none).
 // The average is RAW10 again, so it is as precise as one code.
 // The work goes strip by strip, and the average of a strip is developed while it is still in the
-// processor's caches. There may be 1 to 64 `frames`; `scratch` has their size and holds strips, in
-// no order, in the end. Returns what does not fit, and then has written nothing; empty when done.
+// processor's caches. There may be 1 to 64 `frames`; `scratch` has their size, and its content
+// afterwards has no meaning. Returns what does not fit, and then has written nothing; empty when
+// done.
 [[nodiscard]] std::string AverageToNv12(const std::vector<RawView>& frames,
                                         const MutableRawView& scratch, const MutableNv12View& out,
                                         const Execution& execution = {});

@@ -1,5 +1,5 @@
-// Views of image planes in memory. A view owns nothing and checks nothing: who makes one answers
-// for height x strideBytes bytes behind each pointer (height / 2 rows for the CbCr plane).
+// Views of image planes in memory. A view owns nothing and checks nothing: its maker
+// guarantees height x strideBytes bytes at each pointer (height / 2 rows for the CbCr plane).
 #pragma once
 
 #include <cstddef>

@@ -8,14 +8,14 @@
 namespace terminal {
 
 // The text in red where colours are shown, else as it is.
-std::string red(const std::string& text);
+std::string Red(const std::string& text);
 // Likewise in yellow.
-std::string yellow(const std::string& text);
+std::string Yellow(const std::string& text);
 
 // What takes a line of progress away, which another process may have left; empty where none shows.
-std::string blankedLine();
+std::string BlankedLine();
 
-// One line that show() replaces and the destructor takes away. Used by one thread at a time.
+// One line that Show() replaces and the destructor takes away. Used by one thread at a time.
 class Progress {
   public:
     Progress() = default;
@@ -23,7 +23,7 @@ class Progress {
     Progress(const Progress&) = delete;
     Progress& operator=(const Progress&) = delete;
 
-    void show(const std::string& text);
+    void Show(const std::string& text);
 
   private:
     bool m_shown = false;

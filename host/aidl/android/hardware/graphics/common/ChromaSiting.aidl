@@ -1,6 +1,6 @@
 package android.hardware.graphics.common;
 
-/** Where chroma samples lie; values for StandardMetadataType.CHROMA_SITING. */
+/** Where chroma samples are; values for StandardMetadataType.CHROMA_SITING. */
 @VintfStability
 @Backing(type="long")
 enum ChromaSiting {
