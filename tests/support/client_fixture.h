@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <cstring>
-#include <initializer_list>
 #include <memory>
 #include <new>
 #include <string>
@@ -19,6 +18,7 @@
 #include "tests/support/fake_services.h"
 #include "tests/support/log_capture.h"
 #include "tests/support/memory_mapper.h"
+#include "tests/support/words.h"
 
 namespace vendor::zel::hardware::camera::offlinecamera::implementation {
 
@@ -94,7 +94,7 @@ using ::testing::Contains;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using ::testing::SizeIs;
-using Lines = std::vector<std::string>;
+using Lines = Words;
 
 constexpr char kRawFile[] = "offlinecameratest/4096_3072_RAW10.raw";
 
@@ -102,12 +102,6 @@ inline NotifyMsg Shutter(int32_t frameNumber) {
     ::aidl::android::hardware::camera::device::ShutterMsg message;
     message.frameNumber = frameNumber;
     return NotifyMsg::make<NotifyMsg::Tag::shutter>(message);
-}
-
-inline Lines Joined(std::initializer_list<Lines> parts) {
-    Lines all;
-    for (const Lines& part : parts) all.insert(all.end(), part.begin(), part.end());
-    return all;
 }
 
 // The services are up and the client is constructed; its lines so far are taken.

@@ -36,11 +36,8 @@ class Subprocess {
 
     pid_t pid() const { return m_pid; }
 
-    // Reads on until standard output holds the text; false when it ends first or time is over.
-    bool waitForOutput(const std::string& text);
-
-    // Reads on until standard output holds the text after what was there at the call before this
-    // one; false as above. For a dialogue in which the same text comes again.
+    // Reads on until standard output holds the text after what the last call found; false when it
+    // ends first or time is over.
     bool waitForNext(const std::string& text);
 
     // Types at the terminal, or writes into the pipe.
