@@ -21,7 +21,7 @@ constexpr const char* kSourceFiles[] = {
 
 }  // namespace
 
-Subprocess::Environment crashSettings(const Subprocess::Environment& added) {
+Subprocess::Environment CrashSettings(const Subprocess::Environment& added) {
     Subprocess::Environment all = {{"ASAN_OPTIONS", "handle_segv=0:handle_abort=0"},
                                    {"TSAN_OPTIONS", "handle_segv=0:handle_abort=0"},
                                    {"UBSAN_OPTIONS", "abort_on_error=1"}};
@@ -38,7 +38,7 @@ std::string readFile(const std::string& path) {
     return text.str();
 }
 
-std::vector<LogLine> readLog(const std::string& path) {
+std::vector<LogLine> ReadLog(const std::string& path) {
     const auto log = runlog::ReadLog(path);
     if (!log.Ok()) {
         ADD_FAILURE() << log.Error();
@@ -50,13 +50,13 @@ std::vector<LogLine> readLog(const std::string& path) {
     return log.Value().lines;
 }
 
-Words RunResult::messages() const {
+Words RunResult::Messages() const {
     Words texts;
     for (const LogLine& line : log) texts.push_back(line.message);
     return texts;
 }
 
-std::string RunResult::allOutput() const {
+std::string RunResult::AllOutput() const {
     std::string text = "status " + std::to_string(status) + "\n" + out + err;
     for (const LogLine& line : log) {
         text += std::string(1, line.priority) + " " + line.message + "\n";
@@ -81,28 +81,28 @@ std::string DeviceRun::dumpPath(const std::string& name) const {
 }
 
 RunResult DeviceRun::tool(const Words& arguments) {
-    return command(Joined({{"vexofflinecameratest"}, arguments}));
+    return Command(Joined({{"vexofflinecameratest"}, arguments}));
 }
 
-RunResult DeviceRun::command(const Words& words) {
+RunResult DeviceRun::Command(const Words& words) {
     const std::string log = folder() + "/tool.log";
     const std::string deviceLog = folder() + "/device.log";
     const Words shell = {DEVICESHELL, "--data", folder(), "--log", log, "--device-log", deviceLog};
     const Finished finished =
-            runProgram(Joined({shell, m_options, {"--"}, words}), crashSettings());
+            runProgram(Joined({shell, m_options, {"--"}, words}), CrashSettings());
 
     RunResult result{finished.status, finished.out,        finished.err,
-                     readLog(log),    readFile(deviceLog), {}};
+                     ReadLog(log),    readFile(deviceLog), {}};
     std::error_code missing;
     for (const auto& entry : fs::directory_iterator(folder() + "/offlinecameratest", missing)) {
         if (entry.is_symlink() || !entry.is_regular_file()) continue;
         result.dumps[entry.path().filename()] = entry.file_size();
     }
-    EXPECT_FALSE(missing) << "no folder for dumps\n" << result.allOutput();
-    EXPECT_NE(result.status, -1) << "the run did not end\n" << result.allOutput();
+    EXPECT_FALSE(missing) << "no folder for dumps\n" << result.AllOutput();
+    EXPECT_NE(result.status, -1) << "the run did not end\n" << result.AllOutput();
     for (const char* report : {"AddressSanitizer", "LeakSanitizer", "ThreadSanitizer"}) {
         EXPECT_EQ((result.err + result.deviceLog).find(report), std::string::npos)
-                << result.allOutput();
+                << result.AllOutput();
     }
     return result;
 }

@@ -23,8 +23,8 @@ struct RunResult {
     std::string deviceLog;                  // log and output of the services
     std::map<std::string, uint64_t> dumps;  // size of each file that was written, by its name
 
-    Words messages() const;         // of `log`
-    std::string allOutput() const;  // everything for a failure's explanation
+    Words Messages() const;         // of `log`
+    std::string AllOutput() const;  // everything for a failure's explanation
 };
 
 // A fresh data folder with the source files and the options of a run to come. After a run, the
@@ -39,7 +39,7 @@ class DeviceRun {
     // Runs "vexofflinecameratest ARGUMENTS" or another command. A test fails here when the run
     // does not end in time or a sanitizer reported something in any process.
     RunResult tool(const Words& arguments);
-    RunResult command(const Words& words);
+    RunResult Command(const Words& words);
 
     // Folder on the host that the run sees as /data/vendor/camera, and paths in it.
     std::string folder() const { return m_folder.path(); }
@@ -51,12 +51,12 @@ class DeviceRun {
 };
 
 // Lines of a log file of the stand-in device; a test fails here when one has another form.
-std::vector<LogLine> readLog(const std::string& path);
+std::vector<LogLine> ReadLog(const std::string& path);
 
 std::string readFile(const std::string& path);
 
 // Environment in which a crash looks as it does without a sanitizer (a signal, not a report and
 // status 1), and with these settings.
-Subprocess::Environment crashSettings(const Subprocess::Environment& added = {});
+Subprocess::Environment CrashSettings(const Subprocess::Environment& added = {});
 
 }  // namespace end_to_end

@@ -34,8 +34,8 @@ double psnr(const std::string& a, const std::string& b) {
 // Path of the one dump of a run with plane layouts.
 std::string dumpOf(DeviceRun* device, const char* command) {
     const RunResult run = device->with({"--planes"}).tool({"-t", command});
-    EXPECT_EQ(run.status, 0) << run.allOutput();
-    EXPECT_THAT(run.dumps, SizeIs(1)) << run.allOutput();
+    EXPECT_EQ(run.status, 0) << run.AllOutput();
+    EXPECT_THAT(run.dumps, SizeIs(1)) << run.AllOutput();
     return run.dumps.empty() ? "" : device->dumpPath(run.dumps.begin()->first);
 }
 

@@ -25,7 +25,7 @@ class RunScript : public ::testing::Test {
                    "build examples/all: phony\n";
     }
     Finished run(const Words& arguments) {
-        return runProgram(Joined({{m_root + "/run"}, arguments}), crashSettings());
+        return runProgram(Joined({{m_root + "/run"}, arguments}), CrashSettings());
     }
 
     const TemporaryFolder m_folder{"run script"};

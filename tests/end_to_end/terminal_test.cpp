@@ -17,8 +17,8 @@ const char kEscape[] = "\033[";
 class Terminal : public RunScript {
   protected:
     // The screen after a program has run at a terminal of this kind.
-    Finished show(const Words& words, const char* kind, const char* noColor) {
-        return Subprocess(words, crashSettings({{"TERM", kind}, {"NO_COLOR", noColor}}),
+    Finished Show(const Words& words, const char* kind, const char* noColor) {
+        return Subprocess(words, CrashSettings({{"TERM", kind}, {"NO_COLOR", noColor}}),
                           Subprocess::Input::Terminal)
                 .finish();
     }
@@ -31,9 +31,9 @@ TEST_F(Terminal, ShowsErrorsInRedUnlessAskedNotTo) {
                               {OFFLINEFRAMES, "bogus"}};
     for (const Words& words : programs) {
         SCOPED_TRACE(words[0]);
-        EXPECT_THAT(show(words, "xterm", "").out,
+        EXPECT_THAT(Show(words, "xterm", "").out,
                     AllOf(HasSubstr("\033[31m"), HasSubstr("bogus"), HasSubstr("\033[0m")));
-        const std::string plain[] = {show(words, "xterm", "1").out, show(words, "dumb", "").out,
+        const std::string plain[] = {Show(words, "xterm", "1").out, Show(words, "dumb", "").out,
                                      runProgram(words, {{"NO_COLOR", ""}}).err};
         for (const std::string& text : plain) {
             EXPECT_THAT(text, AllOf(HasSubstr("bogus"), Not(HasSubstr(kEscape))));
@@ -44,7 +44,7 @@ TEST_F(Terminal, ShowsErrorsInRedUnlessAskedNotTo) {
 // The time-out of the shutter is long enough to be told.
 TEST_F(Terminal, TellsWhatTheToolWaitsForAndTakesItAway) {
     const Words words = {m_root + "/run", "--fault", "no-shutter", "-t", "B2Y"};
-    const Finished coloured = show(words, "xterm", "");
+    const Finished coloured = Show(words, "xterm", "");
     EXPECT_EQ(coloured.status, 0) << coloured.out;
     const std::string waits = "run: the tool waits for the shutter, 2 s";
     EXPECT_THAT(coloured.out, AllOf(HasSubstr(waits), HasSubstr("makes missing source files"),
@@ -56,14 +56,14 @@ TEST_F(Terminal, TellsWhatTheToolWaitsForAndTakesItAway) {
     EXPECT_EQ(coloured.out.find('\n', last),
               coloured.out.find("\n", coloured.out.find("wrote", last)));
 
-    const Finished plain = show(words, "xterm", "1");
+    const Finished plain = Show(words, "xterm", "1");
     EXPECT_THAT(plain.out, AllOf(HasSubstr(waits), Not(HasSubstr(kEscape))));
 }
 
 // The first one is killed while its tool waits, and leaves no process behind that holds up the
 // next. (The shell around it lives on, as its end would take everything at the terminal along.)
 TEST_F(Terminal, RunsOneAfterTheOther) {
-    const auto environment = crashSettings({{"TERM", "xterm"}});
+    const auto environment = CrashSettings({{"TERM", "xterm"}});
     const auto at = Subprocess::Input::Terminal;
     Subprocess shell({"bash", "-c",
                       "\"$0\" --fault no-shutter -t B2Y &"

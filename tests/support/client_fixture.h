@@ -107,8 +107,8 @@ inline NotifyMsg Shutter(int32_t frameNumber) {
 // The services are up and the client is constructed; its lines so far are taken.
 class ClientTest : public ::testing::Test {
   public:
-    ClientTest() : client(*OfflineCameraClientAccess::Construct(storage)), access{&client} {
-        log.take();
+    ClientTest() : client(*OfflineCameraClientAccess::Construct(m_storage)), access{&client} {
+        log.Take();
     }
     ~ClientTest() override { Destroy(); }
 
@@ -122,13 +122,13 @@ class ClientTest : public ::testing::Test {
         client.setOpMode(opMode);
         client.OpenOfflineSession("test");
         ASSERT_EQ(client.ConfigureOfflineStreams("2"), 0);
-        log.take();
+        log.Take();
     }
 
     // B2Y, with its source file in place.
     void ConfigureB2Y() {
         Configure(0);
-        data.write(kRawFile, "");
+        data.Write(kRawFile, "");
     }
 
     // Delivers a frame's only buffer, of stream 1, as the service would.
@@ -146,7 +146,7 @@ class ClientTest : public ::testing::Test {
 
     // So many lines at the end of the client's log, which is taken.
     Lines LastLines(size_t count) {
-        Lines lines = log.take();
+        Lines lines = log.Take();
         EXPECT_GE(lines.size(), count);
         lines.erase(lines.begin(), lines.end() - std::min(count, lines.size()));
         return lines;
@@ -188,7 +188,7 @@ class ClientTest : public ::testing::Test {
     } around;
 
   private:
-    alignas(OfflineCameraClient) char storage[sizeof(OfflineCameraClient)];
+    alignas(OfflineCameraClient) char m_storage[sizeof(OfflineCameraClient)];
 
   public:
     OfflineCameraClient& client;

@@ -106,6 +106,14 @@ void Subprocess::type(const std::string& keys) {
     if (write(m_input >= 0 ? m_input : m_ends[0], keys.data(), keys.size()) < 0) return;
 }
 
+bool Subprocess::Converse(std::initializer_list<std::pair<std::string, std::string>> lines) {
+    for (const auto& [typed, shown] : lines) {
+        type(typed);
+        if (!waitForNext(shown)) return false;
+    }
+    return true;
+}
+
 Finished Subprocess::finish() {
     while (readSome()) {
     }

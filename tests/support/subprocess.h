@@ -4,6 +4,7 @@
 #include <sys/types.h>
 
 #include <chrono>
+#include <initializer_list>
 #include <string>
 #include <utility>
 #include <vector>
@@ -42,6 +43,9 @@ class Subprocess {
 
     // Types at the terminal, or writes into the pipe.
     void type(const std::string& keys);
+
+    // For each pair, types the first text and waits for the second one as above.
+    bool Converse(std::initializer_list<std::pair<std::string, std::string>> lines);
 
     // Waits until the program has ended and no process holds its output open any more, which
     // includes processes that it left behind. Status -1 when that takes too long.

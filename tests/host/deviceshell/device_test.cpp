@@ -174,10 +174,7 @@ TEST_F(Deviceshell, CtrlCReachesTheCommandAtTheTerminalOnce) {
     Subprocess device(Script("n=0; trap 'n=$((n + 1)); echo caught $n' INT; echo ready\n"
                              "while [ $n = 0 ]; do :; done; read line; exit 5"),
                       {}, Subprocess::Input::Terminal);
-    ASSERT_TRUE(device.waitForNext("ready"));
-    device.type("\x03");
-    ASSERT_TRUE(device.waitForNext("caught 1"));
-    device.type("\n");
+    EXPECT_TRUE(device.Converse({{"", "ready"}, {"\x03", "caught 1"}, {"\n", ""}}));
     const Finished finished = device.finish();
     EXPECT_EQ(finished.status, 5);
     EXPECT_THAT(finished.out, Not(HasSubstr("caught 2")));
@@ -190,9 +187,7 @@ TEST_F(Deviceshell, CtrlCIsNotLostBeforeTheFirstProcessIsThere) {
                "PATH=${PATH#*:}; exec bwrap \"$@\"");
     Subprocess device(Script("echo ran"), {{"PATH", m_folder + ":" + getenv("PATH")}},
                       Subprocess::Input::Terminal);
-    ASSERT_TRUE(device.waitForNext("early"));
-    device.type("\x03");
-    ASSERT_TRUE(device.waitForNext("^C"));
+    EXPECT_TRUE(device.Converse({{"", "early"}, {"\x03", "^C"}}));
     std::ofstream(m_folder + "/bwrap.go").close();
     const Finished finished = device.finish();
     EXPECT_EQ(finished.status, 128 + SIGINT);
@@ -218,8 +213,8 @@ TEST_F(Deviceshell, TellsAtATerminalWhichServiceItWaitsForAndStopsAtCtrlC) {
     const std::string program = AddProgram(m_folder + "/service", "exec sleep " + m_mark);
     Subprocess device({DEVICESHELL, "--no-allocator", "--service", program, "true"},
                       {{"TERM", "xterm"}}, Subprocess::Input::Terminal);
-    ASSERT_TRUE(device.waitForNext("waits 2 s for vendor.zel.hardware.camera.offlinecamera"));
-    device.type("\x03");
+    EXPECT_TRUE(device.Converse(
+            {{"", "waits 2 s for vendor.zel.hardware.camera.offlinecamera"}, {"\x03", ""}}));
     const Finished finished = device.finish();
     EXPECT_EQ(finished.status, 128 + SIGINT);
     EXPECT_THAT(finished.out, HasSubstr("signal 2 (Interrupt) came before the device was up"));
