@@ -40,6 +40,13 @@ elseif(SANITIZE STREQUAL "thread")
 elseif(NOT SANITIZE STREQUAL "")
     message(FATAL_ERROR "SANITIZE=${SANITIZE}: use address, thread or nothing")
 endif()
+# A target's files are compiled together: most of the time goes into headers that they share. With
+# a sanitizer each is compiled alone, which shows a file that does not include what it uses.
+if(SANITIZE STREQUAL "")
+    set(CMAKE_UNITY_BUILD ON)
+    set(CMAKE_UNITY_BUILD_BATCH_SIZE 0)
+endif()
+
 # FUZZ: fuzzers in addition (tests/fuzz), and what they need in everything they link.
 option(FUZZ "build the fuzzers, with the address sanitizer" OFF)
 if(FUZZ)

@@ -22,7 +22,7 @@ namespace {
 
 constexpr uint32_t kMaxSide = 65500;  // as libjpeg counts
 constexpr uint32_t kStripMcuRows = 16;
-constexpr uint32_t kStripRows = kStripMcuRows * kMcuSide;
+constexpr uint32_t kRowsOfStrip = kStripMcuRows * kMcuSide;
 static_assert((kMaxSide + kMcuSide - 1) / kMcuSide * kStripMcuRows <= 0xffff,
               "a restart interval has 16 bits");
 
@@ -124,15 +124,15 @@ std::string EncodeJpeg(const Nv12View& picture, const JpegSettings& settings, ui
     const JpegStripSettings stripSettings = {
             settings.quality, (picture.width + kMcuSide - 1) / kMcuSide * kStripMcuRows,
             MakeExifSegment(ExifOrientation(settings.orientationDegrees))};
-    const uint32_t count = (picture.height + kStripRows - 1) / kStripRows;
+    const uint32_t count = (picture.height + kRowsOfStrip - 1) / kRowsOfStrip;
     std::vector<FileBytes> strips(count);
     std::vector<std::string> problems(count);
     ParallelFor(count, execution.threads, [&](uint32_t i, uint32_t) {
-        const size_t top = size_t{i} * kStripRows;
+        const size_t top = size_t{i} * kRowsOfStrip;
         Nv12View strip = picture;
         strip.y += top * picture.strideBytes;
         strip.uv += top / 2 * picture.strideBytes;
-        strip.height = std::min(kStripRows, picture.height - i * kStripRows);
+        strip.height = std::min(kRowsOfStrip, picture.height - i * kRowsOfStrip);
         problems[i] = EncodeJpegStrip(strip, stripSettings, &strips[i]);
     });
     for (const std::string& problem : problems) {

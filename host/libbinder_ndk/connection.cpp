@@ -5,7 +5,9 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <utility>
 
 #include "log.h"
@@ -73,11 +75,13 @@ void Connection::RunReader() {
 binder_status_t Connection::Send(OutgoingFrame* frame) {
     std::lock_guard<std::mutex> lock(m_sendMutex);
     if (!m_open) return STATUS_DEAD_OBJECT;
-    const SendResult result = SendFrame(m_fd, frame);
-    if (result == SendResult::kSent) return STATUS_OK;
-    if (result == SendResult::kRefused) return STATUS_FAILED_TRANSACTION;
-    if (result == SendResult::kUnread) {
+    const int error = SendFrame(m_fd, frame);
+    if (error == 0) return STATUS_OK;
+    if (error == EAGAIN) {
         BINDER_LOGE("connection to %s ended: it does not read what is sent", m_peerLabel.c_str());
+    } else if (error != EPIPE && error != ECONNRESET) {
+        BINDER_LOGE("connection to %s ended: sending failed: %s", m_peerLabel.c_str(),
+                    strerror(error));
     }
     ShutDown();
     return STATUS_DEAD_OBJECT;
@@ -86,7 +90,7 @@ binder_status_t Connection::Send(OutgoingFrame* frame) {
 void Connection::SendControl(const FrameHeader& header) {
     OutgoingFrame frame;
     frame.header = header;
-    if (Send(&frame) == STATUS_FAILED_TRANSACTION) ShutDown();  // the peer would miss it
+    Send(&frame);
 }
 
 void Connection::SendControlLater(const FrameHeader& header) {

@@ -46,10 +46,9 @@ class Connection : public std::enable_shared_from_this<Connection> {
     // For a call or a question, and what refers to it.
     uint64_t NextId() { return ++m_lastId; }
 
-    // Waits, bounded, for a peer that does not read; then the connection ends.
-    // STATUS_FAILED_TRANSACTION: nothing was sent. STATUS_DEAD_OBJECT: the connection has ended.
+    // Waits, bounded, for a peer that does not read. STATUS_DEAD_OBJECT: the connection has ended.
     binder_status_t Send(OutgoingFrame* frame);
-    // Sends a header alone; if that fails the connection ends.
+    // Sends a header alone.
     void SendControl(const FrameHeader& header);
     // The same from the reader's thread: another one sends.
     void SendControlLater(const FrameHeader& header);

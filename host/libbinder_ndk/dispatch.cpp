@@ -32,9 +32,8 @@ void ThreadPool::Submit(Work work) {
 }
 
 void ThreadPool::GrowLocked() {
-    // Without a serving thread no call is to be served yet.
-    if (m_serving == 0) {
-        if (m_started) StartThreadLocked();  // Start() had none
+    if (m_serving == 0) {  // no call is to be served yet, or Start() had no thread
+        if (m_started) StartThreadLocked();
     } else if (m_queue.size() > m_idle && m_extraThreads < m_maxThreads && StartThreadLocked()) {
         ++m_extraThreads;
     }

@@ -118,6 +118,9 @@ std::shared_ptr<Peer> Endpoint::ConnectTo(const std::string& name) {
             if (peer != nullptr && !IsOpen(entry.peer) &&
                 StartThread("binder-reader", [peer]() { peer->RunReader(); })) {
                 entry.peer = peer;
+                // Objects that go there may be passed on to processes that connect to this one. If
+                // it fails, which is logged once, peers that are connected can still call.
+                if (!m_listening) ListenLocked();
             }
             if (IsOpen(entry.peer)) return entry.peer;
             const bool late = std::chrono::steady_clock::now() > limit;
@@ -146,7 +149,7 @@ AIBinder* Endpoint::Resolve(const std::string& owner, uint64_t number) {
     ReferenceTable& table = ReferenceTable::Instance();
     AIBinder* found = nullptr;
     if (owner == m_name) {
-        found = table.FindExported(number);
+        found = table.Find(nullptr, number);
     } else if (std::shared_ptr<Peer> peer = ConnectTo(owner)) {
         found = table.FindProxy(peer->References(), number);
         if (found == nullptr && peer->Acquire(number)) {
@@ -156,31 +159,20 @@ AIBinder* Endpoint::Resolve(const std::string& owner, uint64_t number) {
     return found != nullptr ? found : new ProxyBinder(nullptr, number);
 }
 
-bool Endpoint::ListenLocked() {
+int Endpoint::ListenLocked() {
+    m_listening = true;
     const int listener =
             m_name == kServiceManagerSocket ? ListenAsServiceManager() : ListenSocket(m_name);
     if (listener < 0) {
         BINDER_LOGE("cannot listen on %s: %s", SocketPath(m_name).c_str(), strerror(-listener));
-        errno = -listener;
-        return false;
+        return -listener;
     }
     gSocketPath = new std::string(SocketPath(m_name));
     gSocketOwner = getpid();
     atexit(RemoveSocket);
-    if (!StartThread("binder-accept", [this, listener]() { AcceptLoop(listener); })) {
-        close(listener);
-        errno = EAGAIN;
-        return false;
-    }
-    return true;
-}
-
-void Endpoint::EnsureListening() {
-    if (SocketFolder() == nullptr) return;
-    std::lock_guard<std::mutex> lock(m_mutex);
-    if (m_listening || m_listenFailed) return;
-    m_listening = ListenLocked();
-    m_listenFailed = !m_listening;  // logged once; peers that are connected already can still call
+    if (StartThread("binder-accept", [this, listener]() { AcceptLoop(listener); })) return 0;
+    close(listener);
+    return EAGAIN;
 }
 
 binder_status_t Endpoint::BecomeServiceManager() {
@@ -191,9 +183,9 @@ binder_status_t Endpoint::BecomeServiceManager() {
     std::lock_guard<std::mutex> lock(m_mutex);
     if (m_listening || !m_peers.empty()) return STATUS_INVALID_OPERATION;
     m_name = kServiceManagerSocket;
-    m_listening = ListenLocked();
-    if (m_listening) return STATUS_OK;
-    return errno == EADDRINUSE ? STATUS_ALREADY_EXISTS : STATUS_NO_INIT;
+    const int error = ListenLocked();
+    if (error == 0) return STATUS_OK;
+    return error == EADDRINUSE ? STATUS_ALREADY_EXISTS : STATUS_NO_INIT;
 }
 
 void Endpoint::AcceptLoop(int listener) {

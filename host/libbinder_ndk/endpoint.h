@@ -23,7 +23,6 @@ class Endpoint final : public Neighbourhood {
     binder_status_t BecomeServiceManager();
 
     AIBinder* Resolve(const std::string& owner, uint64_t number) override;
-    void EnsureListening() override;
     void Forget(const Connection* peer) override;
 
   private:
@@ -35,7 +34,8 @@ class Endpoint final : public Neighbourhood {
     Endpoint();
     // Connects and greets. Null if the process is gone, or, with *busy, connects itself.
     std::shared_ptr<Peer> Greet(const std::string& name, bool* busy);
-    bool ListenLocked();
+    // The errno of what fails; 0: it listens.
+    int ListenLocked();
     [[noreturn]] void AcceptLoop(int listener);
     void ServeAccepted(int fd);
     // Answers the peer's greeting. Null if the connection in the other direction is to be used.
@@ -44,8 +44,7 @@ class Endpoint final : public Neighbourhood {
     std::mutex m_mutex;  // guards what follows
     std::condition_variable m_changed;
     std::string m_name;
-    bool m_listening = false;
-    bool m_listenFailed = false;
+    bool m_listening = false;  // or it has failed
     std::unordered_map<std::string, Entry> m_peers;
 };
 

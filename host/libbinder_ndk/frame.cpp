@@ -10,8 +10,6 @@
 #include <chrono>
 #include <cstring>
 
-#include "log.h"
-
 namespace hostbinder {
 
 namespace {
@@ -45,31 +43,21 @@ void Advance(msghdr* message, size_t sent) {
     }
 }
 
-SendResult SendAll(int fd, msghdr* message) {
+int SendAll(int fd, msghdr* message) {
     const auto limit = std::chrono::steady_clock::now() + kSendLimit;
     bool begun = false;
     while (message->msg_iovlen > 0) {
         // The socket's own limit is for one part.
-        if (begun && std::chrono::steady_clock::now() > limit) return SendResult::kUnread;
+        if (begun && std::chrono::steady_clock::now() > limit) return EAGAIN;
         const ssize_t sent = sendmsg(fd, message, MSG_NOSIGNAL);
-        if (sent >= 0) {
-            begun = true;
-            message->msg_control = nullptr;  // went with the first byte
-            message->msg_controllen = 0;
-            Advance(message, static_cast<size_t>(sent));
-        } else if (errno == EAGAIN) {
-            return SendResult::kUnread;
-        } else if (!begun && (errno == ETOOMANYREFS || errno == EBADF || errno == ENOBUFS)) {
-            BINDER_LOGE("message cannot be sent: %s", strerror(errno));
-            return SendResult::kRefused;
-        } else if (errno != EINTR) {
-            if (errno != EPIPE && errno != ECONNRESET) {
-                BINDER_LOGE("sending failed: %s", strerror(errno));
-            }
-            return SendResult::kBroken;
-        }
+        if (sent < 0 && errno == EINTR) continue;
+        if (sent < 0) return errno;
+        begun = true;
+        message->msg_control = nullptr;  // went with the first byte
+        message->msg_controllen = 0;
+        Advance(message, static_cast<size_t>(sent));
     }
-    return SendResult::kSent;
+    return 0;
 }
 
 // Keeps the descriptors that came with a piece of data.
@@ -158,7 +146,7 @@ std::string ProblemOf(const FrameHeader& header) {
 
 }  // namespace
 
-SendResult SendFrame(int fd, OutgoingFrame* frame) {
+int SendFrame(int fd, OutgoingFrame* frame) {
     FrameHeader& header = frame->header;
     header.magic = kFrameMagic;
     header.dataSize = static_cast<uint32_t>(frame->dataSize);

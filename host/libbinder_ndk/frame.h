@@ -23,15 +23,9 @@ struct OutgoingFrame {
     std::vector<int> descriptors;
 };
 
-enum class SendResult {
-    kSent,
-    kRefused,  // nothing was sent; the connection is as before
-    kUnread,   // the peer does not read; the connection cannot be used any more
-    kBroken,   // the connection cannot be used any more
-};
-
-// Sends the whole frame; waits as long as the socket's limit allows. Logs errors.
-SendResult SendFrame(int fd, OutgoingFrame* frame);
+// Sends the whole frame. 0, or errno: EAGAIN if the peer does not read within the socket's limit.
+// The connection cannot be used any more then.
+int SendFrame(int fd, OutgoingFrame* frame);
 
 struct FreeBlock {
     void operator()(uint8_t* block) const { free(block); }

@@ -6,7 +6,7 @@
 #include <cerrno>
 #include <limits>
 
-#include "objects.h"
+#include "ibinder.h"
 #include "parcel.h"
 
 using hostbinder::kBinderHandle;

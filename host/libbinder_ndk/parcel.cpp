@@ -8,6 +8,8 @@
 #include <cstdlib>
 #include <limits>
 
+#include "ibinder.h"
+
 using hostbinder::kBinderHandle;
 using hostbinder::kBinderNull;
 using hostbinder::kDescriptor;
@@ -27,7 +29,7 @@ bool startsBefore(const ParcelObject& object, size_t offset) {
 }
 
 void dropObject(const ParcelObject& object) {
-    if (object.binder != nullptr) AIBinder_decStrong(object.binder);
+    if (object.binder != nullptr) object.binder->DecStrong();
     if (object.fd >= 0) close(object.fd);
 }
 
@@ -40,8 +42,8 @@ AParcel::~AParcel() {
 }
 
 void AParcel::setPreparedFor(AIBinder* binder) {
-    if (binder != nullptr) AIBinder_incStrong(binder);
-    if (m_preparedFor != nullptr) AIBinder_decStrong(m_preparedFor);
+    if (binder != nullptr) binder->IncStrong();
+    if (m_preparedFor != nullptr) m_preparedFor->DecStrong();
     m_preparedFor = binder;
 }
 

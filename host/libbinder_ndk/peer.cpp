@@ -39,13 +39,6 @@ FrameHeader ReplyHeader(uint64_t id, binder_status_t status) {
     return header;
 }
 
-bool HasOwnObject(const AParcel& parcel) {
-    for (const ParcelObject& object : parcel.objects()) {
-        if (object.binder != nullptr && object.binder->AsLocal() != nullptr) return true;
-    }
-    return false;
-}
-
 void ReleaseAll(const std::vector<AIBinder*>& references) {
     for (AIBinder* binder : references) binder->DecStrong();
 }
@@ -70,7 +63,6 @@ struct Peer::IncomingCall {
 };
 
 binder_status_t Peer::SendMessage(OutgoingFrame* frame, AParcel* parcel) {
-    if (HasOwnObject(*parcel)) m_neighbours->EnsureListening();  // the peer may pass it on
     std::vector<AIBinder*> heldForPeer;
     binder_status_t status = EncodeMessage(parcel, this, &m_references, frame, &heldForPeer);
     if (status != STATUS_OK) {
@@ -219,7 +211,7 @@ base::Result<base::Done> Peer::Decode(IncomingFrame* frame, IncomingMessage* mes
 
 base::Result<base::Done> Peer::HandleCall(IncomingFrame* frame) {
     const FrameHeader header = frame->header;
-    LocalBinder* target = ReferenceTable::Instance().FindHeld(&m_references, header.target);
+    LocalBinder* target = ReferenceTable::Instance().Find(&m_references, header.target);
     if (target == nullptr) {
         return base::Failure{"call to unknown object " + std::to_string(header.target)};
     }

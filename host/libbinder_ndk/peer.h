@@ -11,8 +11,6 @@ namespace hostbinder {
 class Neighbourhood {
   public:
     virtual ~Neighbourhood() = default;
-    // Makes sure that other processes can connect to this one.
-    virtual void EnsureListening() = 0;
     // A reference to object `number` of process `owner`: owned, never null. If the process or the
     // object is gone, calls of the object fail with STATUS_DEAD_OBJECT.
     virtual AIBinder* Resolve(const std::string& owner, uint64_t number) = 0;

@@ -59,25 +59,16 @@ bool ReferenceTable::Acquire(PeerReferences* peer, uint64_t number) {
     return true;
 }
 
-LocalBinder* ReferenceTable::FindExportedLocked(uint64_t number) {
+LocalBinder* ReferenceTable::Find(const PeerReferences* peer, uint64_t number) {
+    std::lock_guard<std::mutex> lock(m_mutex);
     LocalBinder* found = m_contextObject;
     if (number != kContextObject) {
+        if (peer != nullptr && peer->held.count(number) == 0) return nullptr;
         auto entry = m_exported.find(number);
         found = entry == m_exported.end() ? nullptr : entry->second.binder;
     }
     if (found != nullptr) found->IncStrong();
     return found;
-}
-
-LocalBinder* ReferenceTable::FindHeld(PeerReferences* peer, uint64_t number) {
-    std::lock_guard<std::mutex> lock(m_mutex);
-    if (number != kContextObject && peer->held.count(number) == 0) return nullptr;
-    return FindExportedLocked(number);
-}
-
-LocalBinder* ReferenceTable::FindExported(uint64_t number) {
-    std::lock_guard<std::mutex> lock(m_mutex);
-    return FindExportedLocked(number);
 }
 
 void ReferenceTable::SetContextObject(LocalBinder* binder) {
@@ -209,7 +200,7 @@ base::Result<AIBinder*> DecodeReference(const ReferenceRecord& reference,
         return static_cast<AIBinder*>(table.ProxyFor(peer, references, reference.number, 1));
     }
     if (reference.owner == ReferenceOwner::kReceiver) {
-        if (AIBinder* found = table.FindHeld(references, reference.number)) return found;
+        if (AIBinder* found = table.Find(references, reference.number)) return found;
         return base::Failure{"reference to unknown object " + std::to_string(reference.number)};
     }
     if (reference.owner != ReferenceOwner::kOther) {

@@ -41,10 +41,8 @@ class ReferenceTable {
     bool GiveBack(PeerReferences* peer, uint64_t number, uint64_t count, LocalBinder** dropped);
     // The peer wants a reference of its own. False if there is no such object.
     bool Acquire(PeerReferences* peer, uint64_t number);
-    // An object the peer holds, or null.
-    LocalBinder* FindHeld(PeerReferences* peer, uint64_t number);
-    // An object any peer holds, or null.
-    LocalBinder* FindExported(uint64_t number);
+    // An object the peer (if null: any peer) holds, or null.
+    LocalBinder* Find(const PeerReferences* peer, uint64_t number);
     // The object with the number every peer knows; takes a reference.
     void SetContextObject(LocalBinder* binder);
 
@@ -66,7 +64,6 @@ class ReferenceTable {
         uint64_t references;  // of all peers together
     };
     LocalBinder* DropReferencesLocked(uint64_t number, uint64_t count);
-    LocalBinder* FindExportedLocked(uint64_t number);
 
     std::mutex m_mutex;  // guards all, also in PeerReferences; nothing else is locked inside
     std::unordered_map<uint64_t, Exported> m_exported;

@@ -19,7 +19,7 @@ namespace hostbinder {
 
 namespace {
 
-constexpr timeval kSendLimit{5, 0};
+constexpr timeval kSocketSendLimit{5, 0};
 constexpr timeval kReceiveLimit{10, 0};
 constexpr int kBacklog = 128;
 
@@ -39,12 +39,15 @@ int MakeAddress(const std::string& name, sockaddr_un* address) {
     return 0;
 }
 
-int OpenSocket() {
+// A socket that `use` connects or binds to the name; -errno on failure.
+template <typename Use>
+int Open(const std::string& name, Use use) {
+    sockaddr_un address;
+    if (const int error = MakeAddress(name, &address); error != 0) return error;
     const int fd = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    return fd < 0 ? -errno : fd;
-}
-
-int CloseAndReport(int fd, int error) {
+    if (fd < 0) return -errno;
+    if (use(fd, reinterpret_cast<sockaddr*>(&address), sizeof(address))) return fd;
+    const int error = errno;
     close(fd);
     return -error;
 }
@@ -72,31 +75,20 @@ std::string SocketPath(const std::string& name) {
 }
 
 int ConnectSocket(const std::string& name) {
-    sockaddr_un address;
-    if (const int error = MakeAddress(name, &address); error != 0) return error;
-    const int fd = OpenSocket();
-    if (fd < 0) return fd;
-    LimitWaits(fd);  // also for a place in the listener's queue
-    if (connect(fd, reinterpret_cast<sockaddr*>(&address), sizeof(address)) != 0) {
-        return CloseAndReport(fd, errno);
-    }
-    return fd;
+    return Open(name, [](int fd, const sockaddr* address, socklen_t size) {
+        LimitWaits(fd);  // also for a place in the listener's queue
+        return connect(fd, address, size) == 0;
+    });
 }
 
 int ListenSocket(const std::string& name) {
-    sockaddr_un address;
-    if (const int error = MakeAddress(name, &address); error != 0) return error;
-    const int fd = OpenSocket();
-    if (fd < 0) return fd;
-    if (bind(fd, reinterpret_cast<sockaddr*>(&address), sizeof(address)) != 0 ||
-        listen(fd, kBacklog) != 0) {
-        return CloseAndReport(fd, errno);
-    }
-    return fd;
+    return Open(name, [](int fd, const sockaddr* address, socklen_t size) {
+        return bind(fd, address, size) == 0 && listen(fd, kBacklog) == 0;
+    });
 }
 
 void LimitWaits(int fd) {
-    setsockopt(fd, SOL_SOCKET, SO_SNDTIMEO, &kSendLimit, sizeof(kSendLimit));
+    setsockopt(fd, SOL_SOCKET, SO_SNDTIMEO, &kSocketSendLimit, sizeof(kSocketSendLimit));
     setsockopt(fd, SOL_SOCKET, SO_RCVTIMEO, &kReceiveLimit, sizeof(kReceiveLimit));
 }
 

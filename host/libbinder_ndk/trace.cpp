@@ -9,8 +9,8 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "ibinder.h"
 #include "log.h"
-#include "objects.h"
 #include "parcel.h"
 #include "status_names.h"
 #include "wire_format.h"

@@ -22,10 +22,10 @@ struct FaultName {
 class FaultSet {
   public:
     // `title`: the first line of the help; may be empty.
-    FaultSet(std::string title, std::vector<FaultName> known)
-        : m_title(std::move(title)), m_known(std::move(known)) {}
+    FaultSet(std::string title, std::vector<FaultName> known, size_t most = SIZE_MAX)
+        : m_title(std::move(title)), m_known(std::move(known)), m_most(most) {}
 
-    // Switches "NAME" or "NAME=ARG" on.
+    // Switches "NAME" or "NAME=ARG" on; fails after `most` of them.
     base::Result<base::Done> Add(const std::string& text);
 
     bool Has(const char* name) const { return m_arguments.count(name) != 0; }
@@ -38,6 +38,7 @@ class FaultSet {
   private:
     std::string m_title;
     std::vector<FaultName> m_known;
+    size_t m_most;
     std::map<std::string, int64_t> m_arguments;
 };
 

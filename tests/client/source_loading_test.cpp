@@ -7,8 +7,8 @@ using ::testing::StartsWith;
 namespace test {
 namespace {
 
-const std::string kYuvFile = "offlinecameratest/mmf_fd.yuv";
-const std::string kYuvPath = "/data/vendor/camera/" + kYuvFile;
+const std::string kNv12File = "offlinecameratest/mmf_fd.yuv";
+const std::string kYuvPath = "/data/vendor/camera/" + kNv12File;
 const std::string kRawPath = std::string("/data/vendor/camera/") + kRawFile;
 const char kMetadataFile[] = "metadata/original_dump.bin";
 
@@ -48,7 +48,7 @@ const std::string kRawOpen = "I " + kRaw + "open input file " + kRawPath;
 
 TEST_F(SourceLoading, ReadsNv12WithHalfOfAnOddHeightRoundedDown) {
     const std::string file = Pattern(6 * 5 + 6 * 2 + 10);
-    data.Write(kYuvFile, file);
+    data.Write(kNv12File, file);
     EXPECT_EQ(LoadYuv(6, 5), 0);
     EXPECT_EQ(buffer, file.substr(0, 42) + std::string(256 - 42, '\0'));
     EXPECT_EQ(log.Take(),
@@ -57,12 +57,12 @@ TEST_F(SourceLoading, ReadsNv12WithHalfOfAnOddHeightRoundedDown) {
 
 TEST_F(SourceLoading, ReportsWhereNv12ComesShort) {
     const std::string geometry = "I " + kYuv + "f_wxf_h 8x4, stridexscanline 8x4, f_uv_off 32,";
-    data.Write(kYuvFile, Pattern(8 * 4 + 8 * 2 - 1));
+    data.Write(kNv12File, Pattern(8 * 4 + 8 * 2 - 1));
     EXPECT_EQ(LoadYuv(8, 4), 1);
     EXPECT_EQ(log.Take(),
               (Lines{kYuvOpen, geometry, "E readSize 7 is not same as width 8, file position 40"}));
 
-    data.Write(kYuvFile, Pattern(3));
+    data.Write(kNv12File, Pattern(3));
     EXPECT_EQ(LoadYuv(8, 4), 1);
     EXPECT_EQ(log.Take(), (Lines{kYuvOpen, geometry, "E readSize 3 is not same as width 8"}));
 }
@@ -82,7 +82,7 @@ TEST_F(SourceLoading, ReadsRawRowsAndNothingBehindThem) {
 
 // As without plane layouts: the file must be there, but may be anything.
 TEST_F(SourceLoading, OpensTheFileForNoRows) {
-    data.Write(kYuvFile, "");
+    data.Write(kNv12File, "");
     data.Write(kRawFile, "");
     EXPECT_EQ(LoadYuv(640, 0), 0);
     EXPECT_EQ(LoadRaw(5120, 0), 0);

@@ -58,7 +58,8 @@ services::FaultSet Allocator::Faults() {
             {{"allocate-error", "every allocation fails with \"no resources\""},
              {"allocate-none", "an allocation succeeds but brings no buffer"},
              {"allocate-two", "an allocation brings two buffers, whatever was asked for"},
-             {"bad-handle", "the integers of a new buffer's handle state twice its size"}}};
+             {"bad-handle", "the integers of a new buffer's handle state twice its size"}},
+            1};
 }
 
 ScopedAStatus Allocator::allocate(const std::vector<uint8_t>& descriptor, int32_t count,

@@ -79,7 +79,7 @@ TEST_F(Deviceshell, RefusesBadUsageAndStartsNothing) {
             {{"--data", "/no/such/folder"}, "/no/such/folder: no such folder"},
             {{"--fault", "lendx"}, "--fault lendx: unknown"},
             {{"--fault", "lend", "--fault=late-result=x"}, "--fault late-result=x: refused by "},
-            {{"--fault", "bad-handle=3"}, "--fault bad-handle=3: refused by "},
+            {{"--fault", "bad-handle", "--fault", "bad-handle"}, "--fault bad-handle: refused by "},
             {{"--fault", "lend", "--no-service"}, "--fault lend: its program is left out"},
             {{"--fault", "bad-handle", "--no-allocator"}, "its program is left out"},
             {{"--fault", "lend", "--service", "/bin/cat"}, "of the reference service, not of "}};

@@ -53,16 +53,14 @@ TEST_F(MalformedMessage, WithABadHeader) {
     ExpectRefused("kind", frameHeader(static_cast<FrameKind>(99)));
     ExpectRefused("greeting", frameHeader(FrameKind::kHello));
     ExpectRefused("size", frameHeader(FrameKind::kCall, hostbinder::kMaxParcelBytes + 1));
-    ExpectRefused("largest size", frameHeader(FrameKind::kCall, UINT32_MAX));
     ExpectRefused("content without a parcel", frameHeader(FrameKind::kAcquire, 8));
-    FrameHeader objects = frameHeader(FrameKind::kCall, 24);
-    objects.objectCount = objects.referenceCount = 2;
-    ExpectRefused("more objects than fit", objects);
-    FrameHeader counts = frameHeader(FrameKind::kCall, 48);
-    counts.objectCount = 1;
-    counts.referenceCount = UINT32_MAX;
-    counts.descriptorCount = 2;
-    ExpectRefused("sum of counts wraps around", counts);
+    bad = frameHeader(FrameKind::kCall, 24);
+    bad.objectCount = bad.referenceCount = 2;
+    ExpectRefused("more objects than fit", bad);
+    bad.objectCount = 1;
+    bad.referenceCount = UINT32_MAX;
+    bad.descriptorCount = 2;
+    ExpectRefused("sum of counts wraps around", bad);
 }
 
 TEST_F(MalformedMessage, ThatEndsEarly) {
@@ -152,9 +150,6 @@ TEST_F(MalformedMessage, InPlaceOfAGreeting) {
     RawConnection callsFirst(mSocket);
     callsFirst.send(bytesOf(frameHeader(FrameKind::kCall)));
     EXPECT_TRUE(callsFirst.isClosed());
-    RawConnection longName(mSocket);
-    longName.sendHello(std::string(48, 'n'));
-    EXPECT_TRUE(longName.isClosed());
 }
 
 }  // namespace

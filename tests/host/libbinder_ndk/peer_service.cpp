@@ -22,6 +22,12 @@ State& state() {
     return *shared;
 }
 
+template <typename T>
+T locked(T State::*member) {
+    std::lock_guard<std::mutex> lock(state().mutex);
+    return state().*member;
+}
+
 // The answer is the argument.
 template <typename T>
 binder_status_t echo(const AParcel* in, AParcel* out) {
@@ -45,18 +51,6 @@ binder_status_t callBinder(const AParcel* in, AParcel* out) {
     if (status != STATUS_OK) return status;
     const int32_t answer = add(target, value, &status);
     return status == STATUS_OK ? writes(answer)(out) : status;
-}
-
-binder_status_t playPingPong(const AParcel* in, AParcel* out) {
-    ndk::SpAIBinder other;
-    ndk::SpAIBinder self;
-    int32_t depth = 0;
-    binder_status_t status = reads(&other, &self, &depth)(in);
-    int32_t answer = 0;
-    if (status == STATUS_OK && depth > 1) {
-        answer = askPeer(other, kPingPong, writes(self, other, depth - 1), &status);
-    }
-    return status == STATUS_OK ? writes(answer + 1)(out) : status;
 }
 
 binder_status_t block(const AParcel* in) {
@@ -94,18 +88,12 @@ binder_status_t handle(AIBinder*, transaction_code_t code, const AParcel* in, AP
             return echo<uint8_t>(in, out);
         case kHold:
             return holdBinder(in);
-        case kGetHeld: {
-            std::lock_guard<std::mutex> lock(state().mutex);
-            return writes(state().held)(out);
-        }
-        case kRecords: {
-            std::lock_guard<std::mutex> lock(state().mutex);
-            return writes(state().records)(out);
-        }
+        case kGetHeld:
+            return writes(locked(&State::held))(out);
+        case kRecords:
+            return writes(locked(&State::records))(out);
         case kCall:
             return callBinder(in, out);
-        case kPingPong:
-            return playPingPong(in, out);
         case kNewObject:
             return writes(newPeerObject())(out);
         case kLiveObjects:
@@ -151,8 +139,7 @@ int livePeerObjects() {
 }
 
 std::thread::id lastAddThread() {
-    std::lock_guard<std::mutex> lock(state().mutex);
-    return state().addThread;
+    return locked(&State::addThread);
 }
 
 binder_status_t callPeer(const ndk::SpAIBinder& binder, transaction_code_t code,

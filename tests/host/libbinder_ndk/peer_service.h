@@ -19,7 +19,6 @@ enum PeerRequest : transaction_code_t {
     kHold,                          // binder, which may be null: kept until the next kHold
     kGetHeld,                       // -> binder
     kCall,                          // binder, value -> what the binder's kAdd answers
-    kPingPong,                      // binder other, binder self, depth -> 1 + the other's answer
     kNewObject,                     // -> binder of a new object of the peer
     kLiveObjects,                   // -> how many such objects are alive
     kBlock,                         // fd entered, fd go: writes to one, waits for the other

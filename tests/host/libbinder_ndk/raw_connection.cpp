@@ -14,25 +14,6 @@
 using hostbinder::FrameHeader;
 using hostbinder::FrameKind;
 
-namespace {
-
-sockaddr_un addressOf(const std::string& path) {
-    sockaddr_un address{};
-    address.sun_family = AF_UNIX;
-    EXPECT_LT(path.size(), sizeof(address.sun_path));
-    memcpy(address.sun_path, path.data(), std::min(path.size(), sizeof(address.sun_path) - 1));
-    return address;
-}
-
-int newSocket() {
-    const int fd = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    const timeval limit{20, 0};  // bounds accept as well
-    setsockopt(fd, SOL_SOCKET, SO_RCVTIMEO, &limit, sizeof(limit));
-    return fd;
-}
-
-}  // namespace
-
 FrameHeader frameHeader(FrameKind kind, uint32_t dataSize) {
     FrameHeader header{};
     header.magic = hostbinder::kFrameMagic;
@@ -47,20 +28,17 @@ std::string bytesOf(const FrameHeader& header, const std::string& body) {
     return bytes + body;
 }
 
-int listenAt(const std::string& path) {
-    const sockaddr_un address = addressOf(path);
-    const int fd = newSocket();
-    EXPECT_EQ(bind(fd, reinterpret_cast<const sockaddr*>(&address), sizeof(address)), 0) << path;
-    EXPECT_EQ(listen(fd, 8), 0);
-    return fd;
-}
-
 uint64_t numberOf(const ndk::SpAIBinder& binder) {
     return binder.get()->AsProxy()->Number();
 }
 
-RawConnection::RawConnection(const std::string& path) : mFd(newSocket()) {
-    const sockaddr_un address = addressOf(path);
+RawConnection::RawConnection(const std::string& path)
+    : mFd(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
+    const timeval limit{20, 0};
+    setsockopt(mFd, SOL_SOCKET, SO_RCVTIMEO, &limit, sizeof(limit));
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    path.copy(address.sun_path, sizeof(address.sun_path) - 1);
     EXPECT_EQ(connect(mFd, reinterpret_cast<const sockaddr*>(&address), sizeof(address)), 0)
             << path;
 }
@@ -68,13 +46,6 @@ RawConnection::RawConnection(const std::string& path) : mFd(newSocket()) {
 RawConnection::RawConnection(const std::string& path, uint64_t object) : RawConnection(path) {
     EXPECT_TRUE(greet());
     acquire(object);
-}
-
-RawConnection::RawConnection(int listener)
-    : mFd(accept4(listener, nullptr, nullptr, SOCK_CLOEXEC)) {
-    EXPECT_GE(mFd, 0) << "nobody connects";
-    const timeval limit{20, 0};
-    setsockopt(mFd, SOL_SOCKET, SO_RCVTIMEO, &limit, sizeof(limit));
 }
 
 RawConnection::~RawConnection() {
@@ -103,7 +74,7 @@ void RawConnection::send(const std::string& bytes, const std::vector<int>& fds) 
     EXPECT_TRUE(sendBytes(mFd, bytes, fds));
 }
 
-FrameHeader RawConnection::receive(std::string* body) {
+FrameHeader RawConnection::receive() {
     FrameHeader header{};
     EXPECT_EQ(recv(mFd, &header, sizeof(header), MSG_WAITALL),
               static_cast<ssize_t>(sizeof(header)));
@@ -113,7 +84,6 @@ FrameHeader RawConnection::receive(std::string* body) {
     if (!data.empty()) {
         EXPECT_EQ(recv(mFd, &data[0], data.size(), MSG_WAITALL), static_cast<ssize_t>(data.size()));
     }
-    if (body != nullptr) *body = data;
     return header;
 }
 

@@ -26,8 +26,6 @@ class RawConnection {
     explicit RawConnection(const std::string& path);
     // The same, greets and gets the peer's object with the number.
     RawConnection(const std::string& path, uint64_t object);
-    // Waits for a connection on a listening socket.
-    explicit RawConnection(int listener);
     ~RawConnection();
     RawConnection(const RawConnection&) = delete;
     RawConnection& operator=(const RawConnection&) = delete;
@@ -39,16 +37,12 @@ class RawConnection {
     void acquire(uint64_t number);
     // The descriptors go with the first byte.
     void send(const std::string& bytes, const std::vector<int>& fds = {});
-    // The next frame, with its body (data, offsets, references) in *body if that is given.
-    hostbinder::FrameHeader receive(std::string* body = nullptr);
+    // The next frame; its body is dropped.
+    hostbinder::FrameHeader receive();
     void endSending();
-    int descriptor() const { return mFd; }
     // Whether the peer closes the connection without sending anything more.
     bool isClosed();
 
   private:
-    int mFd = -1;
+    const int mFd;
 };
-
-// A socket in the folder, listening.
-int listenAt(const std::string& path);
