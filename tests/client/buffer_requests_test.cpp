@@ -57,7 +57,7 @@ TEST_F(BufferRequests, LendsBuffersUnderFreshIds) {
     EXPECT_THAT(access.captureRequests(), IsEmpty());
 
     // The logged size is the stream's, also for a BLOB.
-    const Lines lines = log.take();
+    const Lines lines = log.Take();
     ASSERT_THAT(lines, SizeIs(9));
     EXPECT_EQ(lines[6], "I buffer allocationsize: 4096");
     EXPECT_THAT(lines[7], ::testing::MatchesRegex("I streamId 5, bufferStride 64, bufferScanline "
@@ -71,7 +71,7 @@ TEST_F(BufferRequests, NumbersBuffersThatCannotBeAllocated) {
     EXPECT_EQ(Lent(0).at(0).bufferId, 1);
     EXPECT_THAT(Lent(0).at(0).buffer.fds, IsEmpty());
     EXPECT_THAT(access.allocatedHandles(), IsEmpty());
-    EXPECT_EQ(log.take(), (Lines{"E Failed to allocate buffer: -8",
+    EXPECT_EQ(log.Take(), (Lines{"E Failed to allocate buffer: -8",
                                  "I streamId 4, bufferStride 0, bufferScanline 0, buffer (nil) "
                                  "width 640, height 480",
                                  "I m_nextBufferId 1"}));
@@ -92,19 +92,19 @@ TEST_F(BufferRequests, RefusesEmptyListsAndMissingPlaces) {
         EXPECT_STREQ(answer.getMessage(), "ILLEGAL_ARGUMENT");
     }
     EXPECT_THAT(rets, SizeIs(1));
-    EXPECT_THAT(log.take(), IsEmpty());
+    EXPECT_THAT(log.Take(), IsEmpty());
     EXPECT_TRUE(Ask(one).isOk());  // the lock is free and no id was used up
     EXPECT_EQ(Lent(0).at(0).bufferId, 1);
 }
 
 TEST_F(BufferRequests, TakesBuffersBackOnce) {
     EXPECT_TRUE(Ask({Request(4, PixelFormat::BLOB, 3)}).isOk());
-    log.take();
+    log.Take();
     around.calls.clear();
     EXPECT_TRUE(Return({3, 0, 1}).isOk());
-    EXPECT_THAT(log.take(), IsEmpty());
+    EXPECT_THAT(log.Take(), IsEmpty());
     EXPECT_TRUE(Return({1, 2, 44, 0}).isOk());
-    EXPECT_EQ(log.take(), (Lines{"E returnStreamBuffers: unknown buffer ID 1",
+    EXPECT_EQ(log.Take(), (Lines{"E returnStreamBuffers: unknown buffer ID 1",
                                  "E returnStreamBuffers: unknown buffer ID 44"}));
     EXPECT_THAT(access.allocatedHandles(), SizeIs(3));
     EXPECT_THAT(around.calls, IsEmpty());  // nothing is freed
@@ -123,7 +123,7 @@ TEST_F(BufferRequests, ComparesBuffersAsSets) {
         return access.ContainsTheSameBuffers(&result, &request);
     };
     EXPECT_TRUE(same({{1, 5}, {2, 1}}, {{2, 1}, {1, 5}}));
-    EXPECT_EQ(log.take(), (Lines{"I ContainsTheSameBuffers result streamId  1 bufferId  5",
+    EXPECT_EQ(log.Take(), (Lines{"I ContainsTheSameBuffers result streamId  1 bufferId  5",
                                  "I ContainsTheSameBuffers result streamId  2 bufferId  1",
                                  "I ContainsTheSameBuffers request streamId  2 bufferId  1",
                                  "I ContainsTheSameBuffers request streamId  1 bufferId  5"}));

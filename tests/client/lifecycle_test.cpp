@@ -15,9 +15,9 @@ class Lifecycle : public ClientTest {
     Lines ConstructAnother() {
         alignas(OfflineCameraClient) char storage[sizeof(OfflineCameraClient)];
         OfflineCameraClient* const another = OfflineCameraClientAccess::Construct(storage);
-        const Lines lines = log.take();
+        const Lines lines = log.Take();
         OfflineCameraClientAccess::Destroy(another);
-        log.take();
+        log.Take();
         return lines;
     }
 };
@@ -48,7 +48,7 @@ TEST_F(Lifecycle, RegistersWhateverTheServiceAnswers) {
     client.registerClient(0);
     EXPECT_THAT(around.service->clientIds, ElementsAre(5, 0));
     EXPECT_EQ(around.service->callback, access.callback());
-    EXPECT_EQ(log.take(),
+    EXPECT_EQ(log.Take(),
               (Lines{"I [AIDL] registerClient clientId 5", "I [AIDL] registerClient clientId 0"}));
 }
 
@@ -58,7 +58,7 @@ TEST_F(Lifecycle, OpensAndClosesASession) {
     around.service->fails = true;
     client.OpenOfflineSession("no one");
     EXPECT_EQ(access.offlineSession(), nullptr);
-    EXPECT_EQ(log.take(), (Lines{"I [AIDL] setOpMode opMode 4"}));
+    EXPECT_EQ(log.Take(), (Lines{"I [AIDL] setOpMode opMode 4"}));
 
     around.service->fails = false;
     client.OpenOfflineSession("offlincameratest");
@@ -72,14 +72,14 @@ TEST_F(Lifecycle, OpensAndClosesASession) {
     client.CloseOfflineSession();
     EXPECT_EQ(around.session->closed, 2);
     EXPECT_EQ(access.offlineSession(), around.session);
-    EXPECT_EQ(log.take(),
+    EXPECT_EQ(log.Take(),
               (Lines{"I OpenOfflineSession", "I CloseOfflineSession", "I CloseOfflineSession"}));
 
     // So it does a failed opening, which then looks like one that worked.
     around.service->fails = true;
     client.OpenOfflineSession("offlincameratest");
     EXPECT_EQ(access.offlineSession(), around.session);
-    EXPECT_EQ(log.take(), (Lines{"I OpenOfflineSession"}));
+    EXPECT_EQ(log.Take(), (Lines{"I OpenOfflineSession"}));
 }
 
 TEST_F(Lifecycle, DiesAtTheFirstCallThroughAnEmptyReference) {
@@ -103,23 +103,23 @@ TEST_F(Lifecycle, DestructionFreesInputBuffersOnly) {
     ASSERT_EQ(client.ProcessOfflineRequest(), 0);
     native_handle* const input = Captured(0).importedBuf;
     native_handle* const output = Captured(1).importedBuf;
-    log.take();
+    log.Take();
     around.calls.clear();
     Destroy();
-    EXPECT_EQ(log.take(), (Lines{Format("I freeBuffer %p", input),
+    EXPECT_EQ(log.Take(), (Lines{Format("I freeBuffer %p", input),
                                  "I [AIDL] OfflineCameraClient destructor called"}));
     EXPECT_THAT(around.calls, ElementsAre("freeBuffer"));
-    EXPECT_NE(around.mapper->memory(output), nullptr);
+    EXPECT_NE(around.mapper->Memory(output), nullptr);
     EXPECT_EQ(around.session->closed, 0);
 
     // The service's reference is the callback's last one.
     around.service->callback = nullptr;
-    EXPECT_EQ(log.take(), (Lines{"I [AIDL]OfflineCameraCallBacks destructor called"}));
+    EXPECT_EQ(log.Take(), (Lines{"I [AIDL]OfflineCameraCallBacks destructor called"}));
 }
 
 TEST_F(Lifecycle, DestructionWithoutASessionTakesTheCallbackAlong) {
     Destroy();
-    EXPECT_EQ(log.take(), (Lines{"I [AIDL] OfflineCameraClient destructor called",
+    EXPECT_EQ(log.Take(), (Lines{"I [AIDL] OfflineCameraClient destructor called",
                                  "I [AIDL]OfflineCameraCallBacks destructor called"}));
 }
 

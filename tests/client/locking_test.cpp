@@ -23,7 +23,7 @@ class Locking : public ClientTest {
   public:
     // Notes which locks are held at each line that begins so.
     void Watch(const std::string& line) {
-        log.atLine(line, [this, line] {
+        log.AtLine(line, [this, line] {
             held[line] += IsHeld(access.resultLock()) ? "results " : "";
             held[line] += IsHeld(*bufferLock) ? "buffers " : "";
         });

@@ -25,10 +25,10 @@ class OutputDump : public ClientTest {
                                                600,
                                                500,
                                                Dataspace::JFIF};
-        memset(around.mapper->memory(handle), 'x', bytes);
+        memset(around.mapper->Memory(handle), 'x', bytes);
         access.streamConfigName() = "2";
         around.calls.clear();
-        log.take();
+        log.Take();
         return handle;
     }
 
@@ -37,19 +37,19 @@ class OutputDump : public ClientTest {
 
 TEST_F(OutputDump, WritesTheBufferAndFreesIt) {
     native_handle* const handle = Prepare(35, 1000);
-    const char* const memory = around.mapper->memory(handle);
+    const char* const memory = around.mapper->Memory(handle);
     const std::string name = "OfflineAidl_CameraId_2_Frame_12_B2Y_Stride[4096]_Scanline[3072].yuv";
-    data.write("offlinecameratest/" + name, std::string(5000, 'o'));
+    data.Write("offlinecameratest/" + name, std::string(5000, 'o'));
     Dump();
-    EXPECT_THAT(data.dumps(), ElementsAre(name));
-    EXPECT_EQ(data.read("offlinecameratest/" + name), std::string(1000, 'x'));
+    EXPECT_THAT(data.Dumps(), ElementsAre(name));
+    EXPECT_EQ(data.Read("offlinecameratest/" + name), std::string(1000, 'x'));
     EXPECT_THAT(around.calls, ElementsAre("lock 2", "unlock", "freeBuffer"));
-    EXPECT_EQ(log.take(),
+    EXPECT_EQ(log.Take(),
               (Lines{Format("I result completed importedBuf %p", handle),
                      Format("I result completed buffer %p", memory),
                      "I imageSize 0 bufferSize  1000", Format("I freeBuffer %p", handle)}));
     access.freeBuffer(handle);
-    EXPECT_THAT(log.take(), IsEmpty());
+    EXPECT_THAT(log.Take(), IsEmpty());
 }
 
 TEST_F(OutputDump, NamesModesAndFormats) {
@@ -70,9 +70,9 @@ TEST_F(OutputDump, NamesModesAndFormats) {
         access.opMode() = dump.opMode;
         Prepare(dump.format, 1200000);
         Dump();
-        EXPECT_THAT(fresh.dumps(),
+        EXPECT_THAT(fresh.Dumps(),
                     ElementsAre("OfflineAidl_CameraId_2_Frame_12" + std::string(dump.rest)));
-        for (const std::string& line : log.take()) {
+        for (const std::string& line : log.Take()) {
             if (line[0] == 'E') errors.push_back(line);
         }
     }
@@ -96,11 +96,11 @@ TEST_F(OutputDump, WritesAsMuchAsTheTrailerOfAJpegAllows) {
         native_handle* const handle = Prepare(33, 1200000);
         access.captureRequests()[kStreamId].dataSpace = jpeg.dataSpace;
         const int32_t trailer[] = {0xFF, jpeg.size};
-        memcpy(around.mapper->memory(handle) + 600000 - 8, trailer, sizeof(trailer));
-        const std::string expected(around.mapper->memory(handle), jpeg.written);
+        memcpy(around.mapper->Memory(handle) + 600000 - 8, trailer, sizeof(trailer));
+        const std::string expected(around.mapper->Memory(handle), jpeg.written);
         Dump();
-        EXPECT_TRUE(fresh.read("offlinecameratest/" + fresh.dumps().at(0)) == expected);
-        const Lines lines = log.take();
+        EXPECT_TRUE(fresh.Read("offlinecameratest/" + fresh.Dumps().at(0)) == expected);
+        const Lines lines = log.Take();
         EXPECT_EQ(lines.at(2),
                   Format("I blob structure info Id 255, JPEGBlobSize %d, bufSize 600000, "
                          "imageSize %u, kMinJpegSize 262152",
@@ -111,18 +111,18 @@ TEST_F(OutputDump, WritesAsMuchAsTheTrailerOfAJpegAllows) {
 
 TEST_F(OutputDump, FreesWhatItCannotWrite) {
     native_handle* handle = Prepare(35);
-    data.remove();
+    data.Remove();
     Dump();
     EXPECT_THAT(around.calls, ElementsAre("lock 2", "unlock", "freeBuffer"));
-    EXPECT_EQ(log.take().at(2), "E WaitCaptureResultCompleted: store fp failed");
+    EXPECT_EQ(log.Take().at(2), "E WaitCaptureResultCompleted: store fp failed");
 
     const DataFolder fresh;
     handle = Prepare(35);
     around.mapper->errors["lock"] = fake::Error::BAD_VALUE;
     Dump();
-    EXPECT_THAT(fresh.dumps(), IsEmpty());
+    EXPECT_THAT(fresh.Dumps(), IsEmpty());
     EXPECT_THAT(around.calls, ElementsAre("lock 2", "freeBuffer"));
-    EXPECT_EQ(log.take(),
+    EXPECT_EQ(log.Take(),
               (Lines{Format("I result completed importedBuf %p", handle),
                      Format("E Failed to lock buffer %p: 3", handle),
                      "I result completed buffer (nil)", Format("I freeBuffer %p", handle)}));
@@ -134,7 +134,7 @@ TEST_F(OutputDump, LooksForTheBufferByItsWholeId) {
     Dump(1 + (int64_t{1} << 32));
     access.Dump({77, 1}, 12);
     EXPECT_THAT(around.calls, IsEmpty());
-    EXPECT_THAT(log.take(), IsEmpty());
+    EXPECT_THAT(log.Take(), IsEmpty());
     EXPECT_EQ(access.captureRequests().count(77), 1u);
     EXPECT_THAT(access.captureRequests()[77].buffers, IsEmpty());
 }
@@ -147,7 +147,7 @@ TEST_F(OutputDump, HandlesEveryBufferOfTheId) {
     Dump();
     EXPECT_THAT(around.calls,
                 ElementsAre("lock 2", "unlock", "freeBuffer", "lock 2", "unlock", "freeBuffer"));
-    EXPECT_EQ(around.mapper->memory(first), nullptr);
+    EXPECT_EQ(around.mapper->Memory(first), nullptr);
 }
 
 TEST_F(OutputDump, DiesOfAFrameBeyond31Bits) {

@@ -42,8 +42,8 @@ TEST_F(RequestBuilding, B2YFillsOneRawInputAndHasOneYuvOutput) {
     Configure(0);
     ProvideScanlines(3);
     const std::string rows(64 * 3, 'r');
-    data.write(kRawFile, rows);
-    data.write("metadata/original_dump.bin", std::string("\x05\0\0\0m", 5));
+    data.Write(kRawFile, rows);
+    data.Write("metadata/original_dump.bin", std::string("\x05\0\0\0m", 5));
     EXPECT_EQ(Build(), 0);
 
     EXPECT_EQ(around.calls, Joined({AllocationCalls("4096x3072 layers 1 format 37 usage 3"),
@@ -73,7 +73,7 @@ TEST_F(RequestBuilding, B2YFillsOneRawInputAndHasOneYuvOutput) {
     EXPECT_EQ(request.outputBuffers[0].streamId, 1);
     EXPECT_EQ(request.outputBuffers[0].bufferId, 1);
 
-    EXPECT_EQ(std::string(around.mapper->memory(kept.importedBuf), rows.size()), rows);
+    EXPECT_EQ(std::string(around.mapper->Memory(kept.importedBuf), rows.size()), rows);
     EXPECT_EQ(kept.bufferId, 1u);
     EXPECT_EQ(kept.bufferSize, 4096u);
     EXPECT_EQ(kept.stride, 64);
@@ -89,12 +89,12 @@ TEST_F(RequestBuilding, B2YFillsOneRawInputAndHasOneYuvOutput) {
 
 TEST_F(RequestBuilding, Y2JAllocatesABlobAndMakesItsMetadata) {
     Configure(1);
-    data.write("metadata/original_dump.bin", "not read");
-    data.write(kYuvFile, "");
+    data.Write("metadata/original_dump.bin", "not read");
+    data.Write(kYuvFile, "");
     EXPECT_EQ(Build(), 0);
     EXPECT_THAT(around.calls,
                 Contains("createDescriptor '' 24000000x1 layers 1 format 33 usage 3 reserved 0"));
-    EXPECT_EQ(log.take().back(),
+    EXPECT_EQ(log.Take().back(),
               Format("I output streamId 1, bufferStride 64, bufferScanline 0, buffer %p width "
                      "24000000, height 1 bufferSize  4096",
                      Captured(1).importedBuf));
@@ -115,7 +115,7 @@ TEST_F(RequestBuilding, Y2JAllocatesABlobAndMakesItsMetadata) {
 
 TEST_F(RequestBuilding, MmfHasThreeFramesAndForgivesEarlierFailures) {
     Configure(3);
-    data.write(kFaceFile, "");
+    data.Write(kFaceFile, "");
     EXPECT_EQ(Build(), 0);
     ASSERT_EQ(access.offlineRequests().size(), 1u);
     EXPECT_EQ(access.offlineRequests()[0].inFrameInfos.size(), 3u);
@@ -125,25 +125,25 @@ TEST_F(RequestBuilding, MmfHasThreeFramesAndForgivesEarlierFailures) {
     EXPECT_EQ(Captured(0, 2).bufferId, 5u);
     EXPECT_EQ(Captured(1, 2).bufferId, 6u);
     EXPECT_EQ(Captured(2).bufferId, 1u);
-    EXPECT_EQ(Count(log.take(), "E load source raw frame failed"), 3);
+    EXPECT_EQ(Count(log.Take(), "E load source raw frame failed"), 3);
 }
 
 TEST_F(RequestBuilding, ALastFailureEndsIt) {
     Configure(3);
-    data.write(kRawFile, "");
+    data.Write(kRawFile, "");
     EXPECT_EQ(Build(), 5);
     EXPECT_THAT(access.offlineRequests(), IsEmpty());
     EXPECT_EQ(access.allocatedHandles().size(), 6u);  // all inputs, no output
-    EXPECT_EQ(Count(log.take(), "E load source mmf fd frame failed"), 3);
+    EXPECT_EQ(Count(log.Take(), "E load source mmf fd frame failed"), 3);
 }
 
 TEST_F(RequestBuilding, AShortYuvFrameEndsIt) {
     Configure(1);
     ProvideScanlines(2);
-    data.write(kYuvFile, std::string(64 * 3 - 1, 'y'));
+    data.Write(kYuvFile, std::string(64 * 3 - 1, 'y'));
     EXPECT_EQ(Build(), 1);
     EXPECT_THAT(access.offlineRequests(), IsEmpty());
-    EXPECT_EQ(log.take().back(), "E load source yuv frame failed");
+    EXPECT_EQ(log.Take().back(), "E load source yuv frame failed");
 }
 
 TEST_F(RequestBuilding, GoesOnWithBuffersThatAreNotThere) {
@@ -157,7 +157,7 @@ TEST_F(RequestBuilding, GoesOnWithBuffersThatAreNotThere) {
     EXPECT_EQ(Captured(0).bufferSize, 0u);
     EXPECT_EQ(Captured(0).stride, 64);  // the allocator's part was done
     EXPECT_THAT(access.allocatedHandles(), IsEmpty());
-    const Lines lines = log.take();
+    const Lines lines = log.Take();
     EXPECT_THAT(lines, Contains("I input streamId 0, bufferStride 64, bufferScanline 0 buffer "
                                 "(nil) width 4096, height 3072 bufferSize  0"));
     EXPECT_EQ(Count(lines, "I buffer allocationsize: 0"), 0);
@@ -170,7 +170,7 @@ TEST_F(RequestBuilding, AnUnknownAllocationSizeIsZero) {
     around.mapper->metadata = {1, 2, 3};
     EXPECT_EQ(Build(), 0);
     EXPECT_EQ(Captured(1).bufferSize, 0u);
-    EXPECT_EQ(Count(log.take(), "I buffer allocationsize: 0"), 2);
+    EXPECT_EQ(Count(log.Take(), "I buffer allocationsize: 0"), 2);
 }
 
 TEST_F(RequestBuilding, LoadsNothingForOtherFormatsAndModes) {
@@ -181,7 +181,7 @@ TEST_F(RequestBuilding, LoadsNothingForOtherFormatsAndModes) {
     stream.format = PixelFormat::YCBCR_420_888;  // in a mode without a source file for it
     access.inputStreams().push_back(stream);
     EXPECT_EQ(Build(), 0);
-    const Lines lines = log.take();
+    const Lines lines = log.Take();
     EXPECT_EQ(Count(lines, "W please process this stream format 1"), 1);
     for (const std::string& line : lines) EXPECT_EQ(line.find("open input file"), line.npos);
     EXPECT_THAT(InputIds(0), ElementsAre(1, 2));
@@ -195,7 +195,7 @@ TEST_F(RequestBuilding, AModeWithoutStreamsHasOneEmptyFrame) {
     EXPECT_THAT(access.offlineRequests()[0].outputBuffers, IsEmpty());
 
     EXPECT_EQ(access.InitOfflineRequest(nullptr), 4);
-    EXPECT_EQ(log.take().back(), "E streamConfig is NULL");
+    EXPECT_EQ(log.Take().back(), "E streamConfig is NULL");
     EXPECT_EQ(access.offlineRequests().size(), 1u);
 }
 

@@ -64,7 +64,7 @@ TEST_F(ResultCallbacks, NotifyReplacesMessages) {
     ExpectIllegalArgument(access.callback()->notify({}));
     ASSERT_THAT(access.notifyMessages(), SizeIs(1));
     EXPECT_EQ(access.notifyMessages()[0], Shutter(3));
-    EXPECT_EQ(log.take(), Lines(3, "I notify: callback notify"));
+    EXPECT_EQ(log.Take(), Lines(3, "I notify: callback notify"));
 }
 
 TEST_F(ResultCallbacks, EachDeliveryWakesTheWaitingThread) {
@@ -90,13 +90,13 @@ TEST_F(ResultCallbacks, WithoutAClient) {
     const auto orphan = ::ndk::SharedRefBase::make<OfflineCameraClientAccess::CallBacks>(nullptr);
     ExpectIllegalArgument(orphan->notify({Shutter(1)}));
     ExpectIllegalArgument(orphan->processCaptureResult({}));
-    EXPECT_EQ(log.take().back(), "I processCaptureResult: callback capture result");
+    EXPECT_EQ(log.Take().back(), "I processCaptureResult: callback capture result");
     EXPECT_DEATH(orphan->processCaptureResult(std::vector<OfflineCaptureResult>(1)), "");
 }
 
 TEST_F(ResultCallbacks, RecordsAFrameAndItsUpdate) {
     Deliver(Result({}, 0));
-    log.take();
+    log.Take();
 
     // All of it still unknown, so all of it is taken from the next one.
     Deliver(Result({4, 9}, 2, Blob()));
@@ -109,7 +109,7 @@ TEST_F(ResultCallbacks, RecordsAFrameAndItsUpdate) {
     EXPECT_EQ(Record().buffers[1].releaseFence, -1);
     EXPECT_EQ(Record().numPartialMetadata, 2);
     EXPECT_NE(Record().pMetadata, nullptr);
-    EXPECT_EQ(log.take(),
+    EXPECT_EQ(log.Take(),
               (Lines{"I processCaptureResult: callback capture result", "I ProcessOfflineResult 1",
                      "I ProcessOfflineResult: outframeinfo numPartialMetadata 2 frame numbrer 3 "
                      "buffer size 2 ",
@@ -124,7 +124,7 @@ TEST_F(ResultCallbacks, RecordsAFrameAndItsUpdate) {
     EXPECT_THAT(Record().buffers, SizeIs(2));
     EXPECT_EQ(Record().numPartialMetadata, 2);
     EXPECT_EQ(Record().pMetadata, metadata);
-    EXPECT_EQ(log.take().at(3),
+    EXPECT_EQ(log.Take().at(3),
               "I GetResultFrameInfo: isBufferUpdate 0 isPartialMetaUpdate 0 isMetaUpdate 0");
 }
 
@@ -133,7 +133,7 @@ TEST_F(ResultCallbacks, MetadataFollowsTheCount) {
     Deliver(Result({1}, 2));
     Deliver(Result({}, 2, Blob()));
     EXPECT_EQ(Record().pMetadata, nullptr);
-    EXPECT_EQ(log.take().at(11),
+    EXPECT_EQ(log.Take().at(11),
               "I GetResultFrameInfo: isBufferUpdate 0 isPartialMetaUpdate 0 isMetaUpdate 1");
 
     access.resultFrameInfos().clear();
@@ -152,7 +152,7 @@ TEST_F(ResultCallbacks, MetadataIsTheDeliveredBytesThemselves) {
     EXPECT_EQ(static_cast<const void*>(Record().pMetadata),
               results[0].outFrameInfo.metadata.data());
     EXPECT_EQ(access.resultFrameInfos().at(4).buffers.at(0).bufferId, 2);
-    EXPECT_EQ(log.take().at(1), "I ProcessOfflineResult 2");
+    EXPECT_EQ(log.Take().at(1), "I ProcessOfflineResult 2");
 }
 
 TEST_F(ResultCallbacks, CorruptMetadataIsReportedAndLeftOut) {
@@ -161,7 +161,7 @@ TEST_F(ResultCallbacks, CorruptMetadataIsReportedAndLeftOut) {
     for (const auto& metadata : {longer, std::vector<uint8_t>{1, 2}}) {
         access.resultFrameInfos().clear();
         Deliver(Result({1}, 1, metadata));
-        EXPECT_EQ(log.take().at(4), "E convertFromAidl: input CameraMetadata is corrupt!");
+        EXPECT_EQ(log.Take().at(4), "E convertFromAidl: input CameraMetadata is corrupt!");
         EXPECT_EQ(Record().pMetadata, nullptr);
         EXPECT_THAT(Record().buffers, SizeIs(1));
     }

@@ -48,33 +48,33 @@ const std::string kRawOpen = "I " + kRaw + "open input file " + kRawPath;
 
 TEST_F(SourceLoading, ReadsNv12WithHalfOfAnOddHeightRoundedDown) {
     const std::string file = Pattern(6 * 5 + 6 * 2 + 10);
-    data.write(kNv12File, file);
+    data.Write(kNv12File, file);
     EXPECT_EQ(LoadYuv(6, 5), 0);
     EXPECT_EQ(buffer, file.substr(0, 42) + std::string(256 - 42, '\0'));
-    EXPECT_EQ(log.take(),
+    EXPECT_EQ(log.Take(),
               (Lines{kYuvOpen, "I " + kYuv + "f_wxf_h 6x5, stridexscanline 6x5, f_uv_off 30,"}));
 }
 
 TEST_F(SourceLoading, ReportsWhereNv12ComesShort) {
     const std::string geometry = "I " + kYuv + "f_wxf_h 8x4, stridexscanline 8x4, f_uv_off 32,";
-    data.write(kNv12File, Pattern(8 * 4 + 8 * 2 - 1));
+    data.Write(kNv12File, Pattern(8 * 4 + 8 * 2 - 1));
     EXPECT_EQ(LoadYuv(8, 4), 1);
-    EXPECT_EQ(log.take(),
+    EXPECT_EQ(log.Take(),
               (Lines{kYuvOpen, geometry, "E readSize 7 is not same as width 8, file position 40"}));
 
-    data.write(kNv12File, Pattern(3));
+    data.Write(kNv12File, Pattern(3));
     EXPECT_EQ(LoadYuv(8, 4), 1);
-    EXPECT_EQ(log.take(), (Lines{kYuvOpen, geometry, "E readSize 3 is not same as width 8"}));
+    EXPECT_EQ(log.Take(), (Lines{kYuvOpen, geometry, "E readSize 3 is not same as width 8"}));
 }
 
 TEST_F(SourceLoading, ReadsRawRowsAndNothingBehindThem) {
     const std::string file = Pattern(5 * 10 + 20);
-    data.write(kRawFile, file);
+    data.Write(kRawFile, file);
     EXPECT_EQ(LoadRaw(10, 5), 0);
     EXPECT_EQ(buffer, file.substr(0, 50) + std::string(256 - 50, '\0'));
     EXPECT_EQ(LoadRaw(10, 8), 1);
     EXPECT_EQ(buffer.substr(0, 70), file);
-    EXPECT_EQ(log.take(),
+    EXPECT_EQ(log.Take(),
               (Lines{kRawOpen, "I " + kRaw + "f_wxf_h 10x5, stridexscanline 10x5, f_off 0,",
                      kRawOpen, "I " + kRaw + "f_wxf_h 10x8, stridexscanline 10x8, f_off 0,",
                      "E readSize 0 is not same as width 10"}));
@@ -82,11 +82,11 @@ TEST_F(SourceLoading, ReadsRawRowsAndNothingBehindThem) {
 
 // As without plane layouts: the file must be there, but may be anything.
 TEST_F(SourceLoading, OpensTheFileForNoRows) {
-    data.write(kNv12File, "");
-    data.write(kRawFile, "");
+    data.Write(kNv12File, "");
+    data.Write(kRawFile, "");
     EXPECT_EQ(LoadYuv(640, 0), 0);
     EXPECT_EQ(LoadRaw(5120, 0), 0);
-    EXPECT_EQ(log.take(),
+    EXPECT_EQ(log.Take(),
               (Lines{kYuvOpen, "I " + kYuv + "f_wxf_h 640x0, stridexscanline 640x0, f_uv_off 0,",
                      kRawOpen, "I " + kRaw + "f_wxf_h 5120x0, stridexscanline 5120x0, f_off 0,"}));
 }
@@ -95,26 +95,26 @@ TEST_F(SourceLoading, ReportsMissingFrames) {
     EXPECT_EQ(LoadYuv(8, 4), 5);
     EXPECT_EQ(LoadRaw(10, 5), 5);
     const std::string reason = ",error code No such file or directory";
-    EXPECT_EQ(log.take(), (Lines{kYuvOpen, "E " + kYuv + "fopen failed " + kYuvPath + reason,  //
+    EXPECT_EQ(log.Take(), (Lines{kYuvOpen, "E " + kYuv + "fopen failed " + kYuvPath + reason,  //
                                  kRawOpen, "E " + kRaw + "fopen failed " + kRawPath + reason}));
 }
 
 TEST_F(SourceLoading, LeavesMetadataAloneWithoutADump) {
     EXPECT_THAT(LoadMetadata(), ElementsAre(9));
-    EXPECT_EQ(log.take(), (Lines{"I allocate input metadata (nil)"}));
+    EXPECT_EQ(log.Take(), (Lines{"I allocate input metadata (nil)"}));
 
-    data.write(kMetadataFile, "abcd");
-    data.failStat();
+    data.Write(kMetadataFile, "abcd");
+    data.FailStat();
     EXPECT_THAT(LoadMetadata(), ElementsAre(9));
-    EXPECT_EQ(log.take(), (Lines{kMetadataRead + "0.", "I allocate input metadata (nil)"}));
+    EXPECT_EQ(log.Take(), (Lines{kMetadataRead + "0.", "I allocate input metadata (nil)"}));
 }
 
 TEST_F(SourceLoading, TakesAsMuchMetadataAsTheDumpsFirstWordSays) {
     using namespace std::string_literals;
     const auto load = [this](const std::string& dump) {
-        data.write(kMetadataFile, dump);
+        data.Write(kMetadataFile, dump);
         const std::vector<uint8_t> metadata = LoadMetadata();
-        EXPECT_THAT(log.take(), ElementsAre(kMetadataRead + std::to_string(dump.size()) + ".",
+        EXPECT_THAT(log.Take(), ElementsAre(kMetadataRead + std::to_string(dump.size()) + ".",
                                             StartsWith("I allocate input metadata 0x")));
         return std::string(metadata.begin(), metadata.end());
     };

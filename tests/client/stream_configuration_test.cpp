@@ -43,7 +43,7 @@ TEST_P(ModeStreams, AreSentToTheSession) {
     const Mode& mode = GetParam();
     client.setOpMode(mode.opMode);
     client.OpenOfflineSession("test");
-    log.take();
+    log.Take();
     EXPECT_EQ(client.ConfigureOfflineStreams("camera 2"), 0);
 
     ASSERT_EQ(around.session->configured.size(), 1u);
@@ -54,7 +54,7 @@ TEST_P(ModeStreams, AreSentToTheSession) {
     EXPECT_EQ(info.streams, mode.streams) << info.toString();
     EXPECT_EQ(access.streamConfigName(), "camera 2");
 
-    EXPECT_EQ(log.take(),
+    EXPECT_EQ(log.Take(),
               Joined({mode.streamLines,
                       {Format("I stream size:%zu, sizeof(Stream):120", mode.streams.size()),
                        "I ConfigureOfflineStreams sucessfully"}}));
@@ -98,7 +98,7 @@ TEST_F(StreamConfiguration, FailsWithTheSession) {
     client.OpenOfflineSession("test");
     const auto expectFailure = [this] {
         EXPECT_EQ(client.ConfigureOfflineStreams("2"), 1);
-        EXPECT_EQ(log.take().back(), "E ConfigureOfflineStreams, FAILED...");
+        EXPECT_EQ(log.Take().back(), "E ConfigureOfflineStreams, FAILED...");
     };
     around.session->fails = true;
     expectFailure();
@@ -110,7 +110,7 @@ TEST_F(StreamConfiguration, FailsWithTheSession) {
 TEST_F(StreamConfiguration, RefusesNull) {
     EXPECT_EQ(access.ConfigureOfflineStreamsInfo(nullptr), 4);
     EXPECT_THAT(access.inputStreams(), IsEmpty());
-    EXPECT_EQ(log.take(), (Lines{"E streamConfig is NULL"}));
+    EXPECT_EQ(log.Take(), (Lines{"E streamConfig is NULL"}));
     access.opMode() = 2;  // without streams, which is no failure
     EXPECT_EQ(access.ConfigureOfflineStreamsInfo(&access.configureInfo()), 0);
 }
@@ -130,7 +130,7 @@ TEST_F(StreamConfiguration, OverwritesAStreamAndFixesThreeFields) {
     expected.physicalCameraId = "physical";
     expected.sensorPixelModesUsed = modes;
     EXPECT_EQ(stream, expected) << stream.toString();
-    EXPECT_EQ(log.take(), (Lines{"I dataspace 0x8c20000,stream->physicalCameraId physical"}));
+    EXPECT_EQ(log.Take(), (Lines{"I dataspace 0x8c20000,stream->physicalCameraId physical"}));
 }
 
 }  // namespace

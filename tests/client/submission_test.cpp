@@ -13,7 +13,7 @@ class Submission : public ClientTest {
   public:
     // Returns when the line is there and its thread has gone to wait with the lock released.
     void AwaitWaiting(const std::string& line, int times = 1) {
-        EXPECT_TRUE(log.waitFor(line, times)) << line;
+        EXPECT_TRUE(log.WaitFor(line, times)) << line;
         const std::lock_guard<std::mutex> lock(access.resultLock());
     }
 };
@@ -21,7 +21,7 @@ class Submission : public ClientTest {
 TEST_F(Submission, BuildsAndSendsTheRequestAndLogsEveryStep) {
     ConfigureB2Y();
     ASSERT_EQ(client.ProcessOfflineRequest(), 0);
-    EXPECT_EQ(log.take(),
+    EXPECT_EQ(log.Take(),
               (Lines{"I allocate input metadata (nil)", "I buffer allocationsize: 4096",
                      Format("I input streamId 0, bufferStride 64, bufferScanline 0 buffer %p width "
                             "4096, height 3072 bufferSize  4096",
@@ -58,8 +58,8 @@ TEST_F(Submission, WaitsForItsOwnFrameDumpsItAndLogsEveryStep) {
     ConfigureB2Y();
     ASSERT_EQ(client.ProcessOfflineRequest(), 0);
     native_handle* const output = Captured(1).importedBuf;
-    const char* const memory = around.mapper->memory(output);
-    log.take();
+    const char* const memory = around.mapper->Memory(output);
+    log.Take();
     std::thread service([this] {
         AwaitWaiting("IsShutterReceivedLocked frameNumber is 7");
         DeliverShutter(8);
@@ -91,8 +91,8 @@ TEST_F(Submission, WaitsForItsOwnFrameDumpsItAndLogsEveryStep) {
                        Format("I result completed buffer %p", memory),
                        "I imageSize 0 bufferSize  4096",
                        Format("I freeBuffer %p", output)};
-    EXPECT_EQ(log.take(), Joined({shutter, DeliveryOf(8), DeliveryOf(7), result}));
-    EXPECT_THAT(data.dumps(), ElementsAre("OfflineAidl_CameraId_2_Frame_7_B2Y_Stride[64]_"
+    EXPECT_EQ(log.Take(), Joined({shutter, DeliveryOf(8), DeliveryOf(7), result}));
+    EXPECT_THAT(data.Dumps(), ElementsAre("OfflineAidl_CameraId_2_Frame_7_B2Y_Stride[64]_"
                                           "Scanline[0].yuv"));
 }
 
@@ -103,9 +103,9 @@ TEST_F(Submission, FindsAtOnceWhatCameBeforeTheWait) {
         DeliverResult(7);
     };
     ASSERT_EQ(client.ProcessOfflineRequest(), 0);
-    log.take();
+    log.Take();
     client.WaitCaptureResultCompleted();
-    Lines lines = log.take();
+    Lines lines = log.Take();
     lines.resize(7);
     EXPECT_EQ(lines,
               (Lines{"I WaitCaptureResultCompleted result frameNum is 7",
@@ -114,7 +114,7 @@ TEST_F(Submission, FindsAtOnceWhatCameBeforeTheWait) {
                      "I ContainsTheSameBuffers request streamId  1 bufferId  1",
                      "I IsResultReceivedLocked sucessfully",
                      "I WaitCaptureResultCompleted status is 0"}));
-    EXPECT_EQ(data.dumps().size(), 1u);
+    EXPECT_EQ(data.Dumps().size(), 1u);
 }
 
 // Waits for the real limits.
@@ -125,7 +125,7 @@ TEST_F(Submission, TimesOutOnAnotherFramesShutterAndOtherBuffers) {
         DeliverResult(7, 2);
     };
     ASSERT_EQ(client.ProcessOfflineRequest(), 0);
-    log.take();
+    log.Take();
     const auto begin = std::chrono::steady_clock::now();
     client.WaitCaptureResultCompleted();
     EXPECT_GE(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds(2 * 5000));
@@ -140,8 +140,8 @@ TEST_F(Submission, TimesOutOnAnotherFramesShutterAndOtherBuffers) {
                         "W IsResultReceivedLocked failed"};
     const Lines again{"I WaitForResult wait_for condtion trigger"};
     const Lines end{"I WaitForResult received is 0", "I WaitCaptureResultCompleted status is -110"};
-    EXPECT_EQ(log.take(), Joined({shutter, refused, again, refused, again, refused, end}));
-    EXPECT_THAT(data.dumps(), IsEmpty());
+    EXPECT_EQ(log.Take(), Joined({shutter, refused, again, refused, again, refused, end}));
+    EXPECT_THAT(data.Dumps(), IsEmpty());
     EXPECT_EQ(access.allocatedHandles().size(), 2u);
 }
 
@@ -155,7 +155,7 @@ TEST_F(Submission, NumbersOnlyRequestsWithoutANumber) {
         EXPECT_EQ(requests[0].frameNumber, 0);
         EXPECT_EQ(requests[1].frameNumber, -1);
     };
-    log.take();
+    log.Take();
     ASSERT_EQ(client.ProcessOfflineRequest(), 0);
     EXPECT_EQ(LastLines(2), (Lines{"I request id frameNumber:0 return frameNumber 8",
                                    "I request id frameNumber:8 return frameNumber 8"}));
@@ -167,7 +167,7 @@ TEST_F(Submission, FailsWithTheSession) {
         around.session->fails = true;
         around.session->statusless = statusless;
         access.offlineRequests().clear();
-        log.take();
+        log.Take();
         EXPECT_EQ(client.ProcessOfflineRequest(), 1);
         EXPECT_EQ(LastLines(2), (Lines{"E ProcessOfflineRequest, FAILED...",
                                        "I request id frameNumber:0 return frameNumber 0"}));
@@ -179,7 +179,7 @@ TEST_F(Submission, WithoutSessionStillNumbersRequests) {
     access.offlineRequests()[0].frameNumber = -1;
     access.notifyMessages().resize(1);
     EXPECT_EQ(client.ProcessOfflineRequest(), 4);
-    EXPECT_EQ(log.take(), (Lines{"E m_offlineSession is NULL",
+    EXPECT_EQ(log.Take(), (Lines{"E m_offlineSession is NULL",
                                  "I request id frameNumber:0 return frameNumber 0"}));
     EXPECT_EQ(access.notifyMessages().size(), 1u);  // nothing was cleared
 }
@@ -190,7 +190,7 @@ TEST_F(Submission, SubmitsNothingThatCouldNotBeBuilt) {
     access.notifyMessages().resize(1);
     EXPECT_EQ(client.ProcessOfflineRequest(), 5);
     EXPECT_EQ(around.session->processed, 0);
-    EXPECT_EQ(log.take().back(), "E load source raw frame failed");
+    EXPECT_EQ(log.Take().back(), "E load source raw frame failed");
     EXPECT_THAT(access.resultFrameInfos(), IsEmpty());  // cleared before the building
     EXPECT_THAT(access.notifyMessages(), IsEmpty());
 }

@@ -39,7 +39,7 @@ class Driver : public ClientTest {
 };
 
 TEST_F(Driver, RunsOneOfflineTest) {
-    data.write(kRawFile, "");
+    data.Write(kRawFile, "");
     around.session->onProcess = [this](const auto&) {
         std::vector<OfflineCaptureResult> results(1);
         results[0].frameNumber = 7;
@@ -48,7 +48,7 @@ TEST_F(Driver, RunsOneOfflineTest) {
         around.session->fails = true;  // so that the driver does not wait
     };
     Run("B2Y", [this] {
-        Lines lines = log.take();
+        Lines lines = log.Take();
         const auto constructed = std::find(lines.begin(), lines.end(),
                                            "I [AIDL] OfflineCameraClient constructor called");
         ASSERT_LT(constructed, lines.end() - 4);

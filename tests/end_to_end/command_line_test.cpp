@@ -65,14 +65,14 @@ TEST(CommandLineRuns, CallbackCommandOnlyRegisters) {
     const RunResult run = device.tool({"-t", "callback"});
     EXPECT_EQ(run.status, 0);
     EXPECT_EQ(run.out, "cmd: -t=callback\ncallback only mode=255\nret: =0\n");
-    EXPECT_THAT(run.messages(),
+    EXPECT_THAT(run.Messages(),
                 InOrder({"main: offline camera client connect to service ",
                          "[AIDL] OfflineCameraClient constructor called",
                          "main: offline camera client opMode 255",
                          "[AIDL] registerClient clientId 0", "main: offline camera client exit",
                          "[AIDL] OfflineCameraClient destructor called"}))
-            << run.allOutput();
-    EXPECT_THAT(run.messages(), Not(Contains("OpenOfflineSession")));
+            << run.AllOutput();
+    EXPECT_THAT(run.Messages(), Not(Contains("OpenOfflineSession")));
     EXPECT_THAT(run.dumps, IsEmpty());
 }
 
@@ -80,7 +80,7 @@ TEST(CommandLineRuns, TheLastTestCommandWins) {
     DeviceRun device;
     const RunResult run = device.tool({"-t", "Y2J", "-t", "QLL"});
     EXPECT_EQ(run.out, "cmd: -t=QLL\nopMode: MMF=4\nret: =0\n");
-    EXPECT_THAT(run.messages(), Contains("[AIDL] setOpMode opMode 4"));
+    EXPECT_THAT(run.Messages(), Contains("[AIDL] setOpMode opMode 4"));
 }
 
 // The log of a test command up to the end of the client's construction ends with an error line
@@ -89,7 +89,7 @@ TEST(CommandLineRuns, AMissingServiceEndsTheRunByASignal) {
     for (const char* command : {"B2Y", "callback"}) {
         DeviceRun device;
         const RunResult run = device.with({"--no-service"}).tool({"-t", command});
-        EXPECT_GT(run.status, 128) << run.allOutput();
+        EXPECT_GT(run.status, 128) << run.AllOutput();
         EXPECT_NE(run.status, 255);
         EXPECT_THAT(run.out, HasSubstr("ret: =0\n"));
         std::vector<std::string> errors;
@@ -97,7 +97,7 @@ TEST(CommandLineRuns, AMissingServiceEndsTheRunByASignal) {
             if (line.priority == 'E') errors.push_back(line.message);
         }
         EXPECT_THAT(errors, ::testing::ElementsAre("getService is NULL for offlinecameraservice"));
-        EXPECT_THAT(run.messages(), Not(Contains("main: offline camera client exit")));
+        EXPECT_THAT(run.Messages(), Not(Contains("main: offline camera client exit")));
     }
 }
 
@@ -105,14 +105,14 @@ TEST(CommandLineRuns, AMissingAllocatorIsLoggedAndHarmsOnlyBuffers) {
     DeviceRun callbackDevice;
     const RunResult callback = callbackDevice.with({"--no-allocator"}).tool({"-t", "callback"});
     EXPECT_EQ(callback.status, 0);
-    EXPECT_THAT(callback.messages(),
+    EXPECT_THAT(callback.Messages(),
                 InOrder({"Gralloc Init failed, reason zelAllocator getService failed",
                          "[AIDL] registerClient clientId 0"}));
 
     DeviceRun device;
     const RunResult run = device.with({"--no-allocator"}).tool({"-t", "B2Y"});
-    EXPECT_GT(run.status, 128) << run.allOutput();
-    EXPECT_THAT(run.messages(), InOrder({"ConfigureOfflineStreams sucessfully"}));
+    EXPECT_GT(run.status, 128) << run.AllOutput();
+    EXPECT_THAT(run.Messages(), InOrder({"ConfigureOfflineStreams sucessfully"}));
     EXPECT_THAT(run.dumps, IsEmpty());
 }
 

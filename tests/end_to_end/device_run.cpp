@@ -19,24 +19,17 @@ constexpr const char* kSourceFiles[] = {
         "offlinecameratest/4096_3072_RAW10.raw", "offlinecameratest/4000_3000_NV12.yuv",
         "offlinecameratest/mmf_fd.yuv", "metadata/original_dump.bin"};
 
-// Appends to a sanitizer's settings, which ./check may have made already.
-std::pair<std::string, std::string> extended(const char* name, const std::string& settings) {
-    const char* const old = getenv(name);
-    return {name, old ? std::string(old) + ":" + settings : settings};
-}
-
-void expectNoSanitizerReport(const std::string& text) {
-    for (const char* report : {"AddressSanitizer", "LeakSanitizer", "ThreadSanitizer"}) {
-        EXPECT_EQ(text.find(report), std::string::npos) << text;
-    }
-}
-
 }  // namespace
 
-Subprocess::Environment crashSettings() {
-    return {extended("ASAN_OPTIONS", "handle_segv=0:handle_abort=0"),
-            extended("TSAN_OPTIONS", "handle_segv=0:handle_abort=0"),
-            extended("UBSAN_OPTIONS", "abort_on_error=1")};
+Subprocess::Environment CrashSettings(const Subprocess::Environment& added) {
+    Subprocess::Environment all = {{"ASAN_OPTIONS", "handle_segv=0:handle_abort=0"},
+                                   {"TSAN_OPTIONS", "handle_segv=0:handle_abort=0"},
+                                   {"UBSAN_OPTIONS", "abort_on_error=1"}};
+    for (auto& [name, settings] : all) {  // ./check may have made some already
+        if (const char* old = getenv(name.c_str())) settings = std::string(old) + ":" + settings;
+    }
+    all.insert(all.end(), added.begin(), added.end());
+    return all;
 }
 
 std::string readFile(const std::string& path) {
@@ -45,7 +38,7 @@ std::string readFile(const std::string& path) {
     return text.str();
 }
 
-std::vector<LogLine> readLog(const std::string& path) {
+std::vector<LogLine> ReadLog(const std::string& path) {
     const auto log = runlog::ReadLog(path);
     if (!log.Ok()) {
         ADD_FAILURE() << log.Error();
@@ -57,32 +50,29 @@ std::vector<LogLine> readLog(const std::string& path) {
     return log.Value().lines;
 }
 
-std::vector<std::string> RunResult::messages() const {
-    std::vector<std::string> texts;
+Words RunResult::Messages() const {
+    Words texts;
     for (const LogLine& line : log) texts.push_back(line.message);
     return texts;
 }
 
-std::string RunResult::allOutput() const {
+std::string RunResult::AllOutput() const {
     std::string text = "status " + std::to_string(status) + "\n" + out + err;
-    for (const LogLine& line : log)
+    for (const LogLine& line : log) {
         text += std::string(1, line.priority) + " " + line.message + "\n";
+    }
     return text + "device log:\n" + deviceLog;
 }
 
-void linkSources(const std::string& folder) {
-    for (const std::string file : kSourceFiles) {
-        fs::create_directories(fs::path(folder + "/" + file).parent_path());
-        fs::create_symlink(std::string(SOURCE_FOLDER) + "/" + file, folder + "/" + file);
+DeviceRun::DeviceRun() {
+    for (const char* file : kSourceFiles) {
+        fs::create_directories((fs::path(folder()) / file).parent_path());
+        fs::create_symlink(fs::path(SOURCE_FOLDER) / file, fs::path(folder()) / file);
     }
 }
 
-DeviceRun::DeviceRun() {
-    linkSources(folder());
-}
-
-DeviceRun& DeviceRun::with(const std::vector<std::string>& options) {
-    m_options.insert(m_options.end(), options.begin(), options.end());
+DeviceRun& DeviceRun::with(const Words& options) {
+    m_options = Joined({m_options, options});
     return *this;
 }
 
@@ -90,36 +80,30 @@ std::string DeviceRun::dumpPath(const std::string& name) const {
     return folder() + "/offlinecameratest/" + name;
 }
 
-RunResult DeviceRun::tool(const std::vector<std::string>& arguments) {
-    std::vector<std::string> words = {"vexofflinecameratest"};
-    words.insert(words.end(), arguments.begin(), arguments.end());
-    return command(words);
+RunResult DeviceRun::tool(const Words& arguments) {
+    return Command(Joined({{"vexofflinecameratest"}, arguments}));
 }
 
-RunResult DeviceRun::command(const std::vector<std::string>& words) {
+RunResult DeviceRun::Command(const Words& words) {
     const std::string log = folder() + "/tool.log";
     const std::string deviceLog = folder() + "/device.log";
-    std::vector<std::string> argv = {DEVICESHELL, "--data",       folder(), "--log",
-                                     log,         "--device-log", deviceLog};
-    argv.insert(argv.end(), m_options.begin(), m_options.end());
-    argv.push_back("--");
-    argv.insert(argv.end(), words.begin(), words.end());
-    const Finished finished = runProgram(argv, crashSettings());
+    const Words shell = {DEVICESHELL, "--data", folder(), "--log", log, "--device-log", deviceLog};
+    const Finished finished =
+            runProgram(Joined({shell, m_options, {"--"}, words}), CrashSettings());
 
-    RunResult result;
-    result.status = finished.status;
-    result.out = finished.out;
-    result.err = finished.err;
-    result.log = readLog(log);
-    result.deviceLog = readFile(deviceLog);
+    RunResult result{finished.status, finished.out,        finished.err,
+                     ReadLog(log),    readFile(deviceLog), {}};
     std::error_code missing;
     for (const auto& entry : fs::directory_iterator(folder() + "/offlinecameratest", missing)) {
         if (entry.is_symlink() || !entry.is_regular_file()) continue;
         result.dumps[entry.path().filename()] = entry.file_size();
     }
-    EXPECT_FALSE(missing) << "no folder for dumps\n" << result.allOutput();
-    EXPECT_NE(result.status, -1) << "the run did not end\n" << result.allOutput();
-    expectNoSanitizerReport(result.err + result.deviceLog);
+    EXPECT_FALSE(missing) << "no folder for dumps\n" << result.AllOutput();
+    EXPECT_NE(result.status, -1) << "the run did not end\n" << result.AllOutput();
+    for (const char* report : {"AddressSanitizer", "LeakSanitizer", "ThreadSanitizer"}) {
+        EXPECT_EQ((result.err + result.deviceLog).find(report), std::string::npos)
+                << result.AllOutput();
+    }
     return result;
 }
 

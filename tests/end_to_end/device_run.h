@@ -4,12 +4,12 @@
 #include <runlog/runlog.h>
 
 #include <map>
-#include <memory>
 #include <string>
 #include <vector>
 
-#include "tests/end_to_end/subprocess.h"
+#include "tests/support/subprocess.h"
 #include "tests/support/temporary_folder.h"
+#include "tests/support/words.h"
 
 namespace end_to_end {
 
@@ -23,8 +23,8 @@ struct RunResult {
     std::string deviceLog;                  // log and output of the services
     std::map<std::string, uint64_t> dumps;  // size of each file that was written, by its name
 
-    std::vector<std::string> messages() const;  // of `log`
-    std::string allOutput() const;              // everything for a failure's explanation
+    Words Messages() const;         // of `log`
+    std::string AllOutput() const;  // everything for a failure's explanation
 };
 
 // A fresh data folder with the source files and the options of a run to come. After a run, the
@@ -34,12 +34,12 @@ class DeviceRun {
     DeviceRun();
 
     // deviceshell's options, appended.
-    DeviceRun& with(const std::vector<std::string>& options);
+    DeviceRun& with(const Words& options);
 
     // Runs "vexofflinecameratest ARGUMENTS" or another command. A test fails here when the run
     // does not end in time or a sanitizer reported something in any process.
-    RunResult tool(const std::vector<std::string>& arguments);
-    RunResult command(const std::vector<std::string>& words);
+    RunResult tool(const Words& arguments);
+    RunResult Command(const Words& words);
 
     // Folder on the host that the run sees as /data/vendor/camera, and paths in it.
     std::string folder() const { return m_folder.path(); }
@@ -47,19 +47,16 @@ class DeviceRun {
 
   private:
     const TemporaryFolder m_folder{"device-run"};
-    std::vector<std::string> m_options;
+    Words m_options;
 };
 
-// Links to the source files from a data folder, so that a run need not make them.
-void linkSources(const std::string& folder);
-
 // Lines of a log file of the stand-in device; a test fails here when one has another form.
-std::vector<LogLine> readLog(const std::string& path);
+std::vector<LogLine> ReadLog(const std::string& path);
 
 std::string readFile(const std::string& path);
 
-// Environment in which a crash looks as it does without a sanitizer: a signal, not a report and
-// status 1.
-Subprocess::Environment crashSettings();
+// Environment in which a crash looks as it does without a sanitizer (a signal, not a report and
+// status 1), and with these settings.
+Subprocess::Environment CrashSettings(const Subprocess::Environment& added = {});
 
 }  // namespace end_to_end

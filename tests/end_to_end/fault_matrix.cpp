@@ -95,13 +95,13 @@ const FileFaults kDumpFaults = {
          "cd ..; rm -r offlinecameratest; ln -s '" SOURCE_FOLDER "/offlinecameratest' ."},
         {"disk full (a link to /dev/full)", "ln -s /dev/full \"$f\""}};
 
-std::string endOf(int status) {
+std::string EndOf(int status) {
     const char* const name = status > 128 ? sigabbrev_np(status - 128) : nullptr;
     return name ? std::string("SIG") + name : std::to_string(status);
 }
 
 // A run that goes on for much longer than its waits is slow beyond what a busy machine explains.
-std::string waitsOf(const std::vector<runlog::Wait>& waits, Clock::duration duration) {
+std::string WaitsOf(const std::vector<runlog::Wait>& waits, Clock::duration duration) {
     const auto count = std::count_if(waits.begin(), waits.end(), [](const runlog::Wait& wait) {
         return wait.endUs && *wait.endUs - wait.startUs > 4'900'000;
     });
@@ -109,7 +109,7 @@ std::string waitsOf(const std::vector<runlog::Wait>& waits, Clock::duration dura
     return duration < seconds(count * 5 + 30) ? text : text + ", then slow";
 }
 
-std::string requestOf(const runlog::Facts& facts) {
+std::string RequestOf(const runlog::Facts& facts) {
     if (!facts.resultStatus) return "";
     const bool shutter = std::none_of(
             facts.waits.begin(), facts.waits.end(),
@@ -118,7 +118,7 @@ std::string requestOf(const runlog::Facts& facts) {
 }
 
 // Addresses differ from run to run.
-std::string errorsOf(std::vector<LogLine> log) {
+std::string ErrorsOf(std::vector<LogLine> log) {
     for (LogLine& line : log) {
         line.message = std::regex_replace(line.message, std::regex("0x[0-9a-f]+"), "ADDRESS");
     }
@@ -130,25 +130,25 @@ std::string errorsOf(std::vector<LogLine> log) {
     return text;
 }
 
-void run(Row* row) {
+void RunOne(Row* row) {
     DeviceRun device;
     const Clock::time_point start = Clock::now();
     const std::string tool = "exec vexofflinecameratest -t " + row->mode->name;
     const RunResult result =
-            device.with({"--planes"}).with(row->options).command({"sh", "-ec", row->shell + tool});
+            device.with({"--planes"}).with(row->options).Command({"sh", "-ec", row->shell + tool});
     const runlog::Facts facts = runlog::FindFacts(result.log);
-    row->end = endOf(result.status);
-    row->waits = waitsOf(facts.waits, Clock::now() - start);
-    row->request = requestOf(facts);
+    row->end = EndOf(result.status);
+    row->waits = WaitsOf(facts.waits, Clock::now() - start);
+    row->request = RequestOf(facts);
     for (const auto& [name, size] : result.dumps) {
         if (name.rfind(kDumpStart, 0) != 0) continue;
         row->dumps[name] = {size, std::hash<std::string>()(readFile(device.dumpPath(name)))};
     }
     row->closed = facts.sessionClosed;
-    row->errors = errorsOf(result.log);
+    row->errors = ErrorsOf(result.log);
 }
 
-void runAll(std::vector<Row>* rows) {
+void RunAll(std::vector<Row>* rows) {
     std::atomic<size_t> next = 0;
     std::mutex lock;
     size_t done = 0;
@@ -157,7 +157,7 @@ void runAll(std::vector<Row>* rows) {
     for (size_t i = 0; i < kWorkers; ++i) {
         workers.emplace_back([&] {
             for (size_t job = next++; job < rows->size(); job = next++) {
-                run(&(*rows)[job]);
+                RunOne(&(*rows)[job]);
                 const std::lock_guard<std::mutex> guard(lock);
                 progress.Show("run " + std::to_string(++done) + " of " +
                               std::to_string(rows->size()));
@@ -168,7 +168,7 @@ void runAll(std::vector<Row>* rows) {
 }
 
 // Every name that `--fault help` lists, service's and allocator's.
-std::vector<std::string> faultNames() {
+std::vector<std::string> FaultNames() {
     std::vector<std::string> names;
     std::istringstream lines(runProgram({DEVICESHELL, "--fault", "help"}).out);
     for (std::string line; std::getline(lines, line);) {
@@ -181,9 +181,9 @@ std::vector<std::string> faultNames() {
     return names;
 }
 
-void addRows(const Mode& mode, std::vector<Row>* rows) {
+void AddRows(const Mode& mode, std::vector<Row>* rows) {
     rows->push_back({&mode, "(none)"});
-    for (const std::string& name : faultNames()) rows->push_back({&mode, name, {"--fault", name}});
+    for (const std::string& name : FaultNames()) rows->push_back({&mode, name, {"--fault", name}});
     const auto addFileFaults = [&](const std::string& what, const std::string& path,
                                    const FileFaults& faults) {
         const fs::path full = fs::path("/data/vendor/camera") / path;
@@ -203,7 +203,7 @@ void addRows(const Mode& mode, std::vector<Row>* rows) {
             {&mode, "dump: files may not grow beyond 1 MiB", {}, "trap '' XFSZ; ulimit -f 2048; "});
 }
 
-std::string dumpsOf(const Dumps& dumps, const Dumps* usual) {
+std::string DumpsOf(const Dumps& dumps, const Dumps* usual) {
     if (dumps.empty()) return "nothing";
     if (usual && dumps == *usual) return "as without the fault";
     std::string text;
@@ -216,7 +216,7 @@ std::string dumpsOf(const Dumps& dumps, const Dumps* usual) {
 }
 
 // The first row of each mode is the run without a fault.
-void writeTables(const std::vector<Row>& rows, std::ostream& stream) {
+void WriteTables(const std::vector<Row>& rows, std::ostream& stream) {
     stream << kHeading;
     const Row* first = nullptr;
     for (const Row& row : rows) {
@@ -228,7 +228,7 @@ void writeTables(const std::vector<Row>& rows, std::ostream& stream) {
                    << "|---|---|---|---|---|---|---|\n";
         }
         stream << "| " << row.fault << " | " << row.end << " | " << row.waits << " | "
-               << row.request << " | " << dumpsOf(row.dumps, begins ? nullptr : &first->dumps)
+               << row.request << " | " << DumpsOf(row.dumps, begins ? nullptr : &first->dumps)
                << " | " << (row.closed ? "yes" : "no") << " | " << row.errors << " |\n";
     }
 }
@@ -244,10 +244,10 @@ int main(int count, char** words) {
         return 2;
     }
     std::vector<Row> rows;
-    for (const Mode& mode : kModes) addRows(mode, &rows);
-    runAll(&rows);
+    for (const Mode& mode : kModes) AddRows(mode, &rows);
+    RunAll(&rows);
     std::ofstream stream(words[1]);
-    writeTables(rows, stream);
+    WriteTables(rows, stream);
     stream.close();
     if (!stream) {
         fprintf(stderr, "cannot write %s\n", words[1]);

@@ -110,17 +110,17 @@ TEST_P(Faults, LeadTo) {
     } else {
         const std::string spoil = std::string("cd /data/vendor/camera; ") + fault.spoil;
         run = device.with({"--planes"})
-                      .command({"sh", "-ec", spoil + "; exec vexofflinecameratest -t B2Y"});
+                      .Command({"sh", "-ec", spoil + "; exec vexofflinecameratest -t B2Y"});
     }
     if (fault.end == End::kCrash) {
         EXPECT_GT(run.status, 128);
     } else {
         EXPECT_EQ(run.status, 0);
     }
-    EXPECT_THAT(run.messages(), InOrder(fault.lines));
-    EXPECT_THAT(run.messages(), Not(Contains(fault.absent)));
+    EXPECT_THAT(run.Messages(), InOrder(fault.lines));
+    EXPECT_THAT(run.Messages(), Not(Contains(fault.absent)));
     EXPECT_THAT(run.dumps, SizeIs(fault.end == End::kDump ? 1 : 0));
-    if (HasFailure()) ADD_FAILURE() << run.allOutput();
+    if (HasFailure()) ADD_FAILURE() << run.AllOutput();
 }
 
 INSTANTIATE_TEST_SUITE_P(OfEachKind, Faults, ::testing::ValuesIn(kFaults), [](const auto& info) {

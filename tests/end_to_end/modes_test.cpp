@@ -45,14 +45,14 @@ TEST_P(Modes, DumpOneFrame) {
     DeviceRun device;
     if (mode.planes) device.with({"--planes"});
     const RunResult run = device.tool({"-t", mode.command});
-    EXPECT_EQ(run.status, 0) << run.allOutput();
+    EXPECT_EQ(run.status, 0) << run.AllOutput();
     EXPECT_EQ(run.out, "cmd: -t=" + mode.command + "\nopMode: " + mode.command + "=" +
                                std::to_string(mode.number) + "\nret: =0\n");
     EXPECT_EQ(run.err, "");
     EXPECT_THAT(run.dumps, ElementsAre(Pair(kDumpStart + mode.dump, mode.bytes)));
-    EXPECT_THAT(run.messages(), InOrder(mode.sourceLines));
+    EXPECT_THAT(run.Messages(), InOrder(mode.sourceLines));
     EXPECT_THAT(
-            run.messages(),
+            run.Messages(),
             InOrder({"main: offline camera client connect to service ", "OpenOfflineSession",
                      "ConfigureOfflineStreams sucessfully", "ProcessOfflineRequest",
                      "ProcessOfflineRequest sucessfully",
@@ -63,7 +63,7 @@ TEST_P(Modes, DumpOneFrame) {
                      "result completed outputResult->second.buffers.size 1", "CloseOfflineSession",
                      "main: offline camera client exit",
                      "[AIDL] OfflineCameraClient destructor called"}))
-            << run.allOutput();
+            << run.AllOutput();
     for (const LogLine& line : run.log) EXPECT_NE(line.priority, 'E') << line.message;
     EXPECT_THAT(run.deviceLog, Not(HasSubstr("was ended by signal")));
 }
@@ -100,7 +100,7 @@ TEST(StreamlessModes, AreRefusedByTheServiceAndStillClosed) {
         const std::string number = std::to_string(mode);
         DeviceRun device;
         const RunResult run = device.tool({"-t", command});
-        EXPECT_EQ(run.status, 0) << run.allOutput();
+        EXPECT_EQ(run.status, 0) << run.AllOutput();
         EXPECT_EQ(run.out,
                   std::string("cmd: -t=") + command + "\nopMode: " + label + "\nret: =0\n");
         EXPECT_THAT(run.dumps, IsEmpty());

@@ -35,7 +35,7 @@ TEST_F(OwnService, GivesTheMosaicInGrey) {
     EXPECT_EQ(differences, 0u);
     const std::string chroma = picture.substr(kYuvStride * (kScanlines + 1499), 4000);
     EXPECT_EQ(chroma, std::string(4000, '\x80'));
-    for (const LogLine& line : readLog(m_root + "/out/run.log")) {
+    for (const LogLine& line : ReadLog(m_root + "/out/run.log")) {
         EXPECT_NE(line.priority, 'E') << line.message;
     }
 }

@@ -1,6 +1,7 @@
 // With plane layouts the dumps are the chart of the source files: right size, place and colours.
 
 #include <gmock/gmock.h>
+#include <imaging/jpeg.h>
 #include <stdlib.h>
 
 #include <cmath>
@@ -14,6 +15,7 @@ using ::testing::EndsWith;
 using ::testing::Ge;
 using ::testing::HasSubstr;
 using ::testing::SizeIs;
+using ::testing::StartsWith;
 
 namespace end_to_end {
 namespace {
@@ -32,8 +34,8 @@ double psnr(const std::string& a, const std::string& b) {
 // Path of the one dump of a run with plane layouts.
 std::string dumpOf(DeviceRun* device, const char* command) {
     const RunResult run = device->with({"--planes"}).tool({"-t", command});
-    EXPECT_EQ(run.status, 0) << run.allOutput();
-    EXPECT_THAT(run.dumps, SizeIs(1)) << run.allOutput();
+    EXPECT_EQ(run.status, 0) << run.AllOutput();
+    EXPECT_THAT(run.dumps, SizeIs(1)) << run.AllOutput();
     return run.dumps.empty() ? "" : device->dumpPath(run.dumps.begin()->first);
 }
 
@@ -115,6 +117,23 @@ TEST(Pictures, Y2JIsAWholeJpegOfTheSource) {
     ASSERT_EQ(upright.Value().height, 4000u);
     for (uint32_t i = 0; i < 3000; i += 100) {
         EXPECT_EQ(*upright.Value().Pixel(i, i), *lying.Value().Pixel(i, 2999 - i));
+    }
+}
+
+// Read back by an independent reader of JPEG and EXIF.
+TEST(Pictures, JpegsSayHowTheyAreToBeTurned) {
+    const offlineframes::Bytes grey(32 * 16 * 3 / 2, 128);
+    const imaging::Nv12View view = {grey.data(), grey.data() + 32 * 16, 32, 16, 32};
+    for (const auto& [degrees, orientation] : {std::pair(0, 1), {90, 6}, {180, 3}, {270, 8}}) {
+        offlineframes::Bytes file(20000);
+        size_t size = 0;
+        ASSERT_EQ(imaging::EncodeJpeg(view, {95, degrees}, file.data(), file.size(), &size), "");
+        EXPECT_THAT(std::string(file.begin(), file.end()),
+                    StartsWith(std::string("\xFF\xD8\xFF\xE0\x00\x10JFIF\x00\x01", 12)));
+        const auto decoded = offlineframes::decodeJpeg(file, "the JPEG");
+        ASSERT_TRUE(decoded.Ok()) << decoded.Error();
+        EXPECT_EQ(decoded.Value().orientation, orientation);
+        EXPECT_EQ(decoded.Value().jpegBytes, size);
     }
 }
 

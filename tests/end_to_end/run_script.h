@@ -6,7 +6,6 @@
 #include <filesystem>
 #include <fstream>
 #include <string>
-#include <vector>
 
 #include "tests/end_to_end/device_run.h"
 
@@ -25,10 +24,8 @@ class RunScript : public ::testing::Test {
                 << "build host/all: phony\nbuild driver/all: phony\n"
                    "build examples/all: phony\n";
     }
-    Finished run(const std::vector<std::string>& arguments) {
-        std::vector<std::string> words = {m_root + "/run"};
-        words.insert(words.end(), arguments.begin(), arguments.end());
-        return runProgram(words, crashSettings());
+    Finished run(const Words& arguments) {
+        return runProgram(Joined({{m_root + "/run"}, arguments}), CrashSettings());
     }
 
     const TemporaryFolder m_folder{"run script"};

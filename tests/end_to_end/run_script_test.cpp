@@ -75,7 +75,7 @@ TEST_F(RunScript, ReportsDumpsAndPictures) {
     EXPECT_THAT(plain.err, HasSubstr(empty + ".yuv (18874368 bytes), "));
     EXPECT_THAT(plain.err, HasSubstr("left empty"));
     EXPECT_THAT(readFile(m_root + "/out/pictures/" + empty + ".png"), StartsWith("\x89PNG"));
-    EXPECT_THAT(readLog(m_root + "/out/run.log"), Not(IsEmpty()));
+    EXPECT_THAT(ReadLog(m_root + "/out/run.log"), Not(IsEmpty()));
 
     const Finished planes = run({"--planes", "-v", "-t", "B2Y"});
     EXPECT_EQ(planes.out, plain.out);
@@ -109,7 +109,7 @@ TEST_F(RunScript, OpensAShellOnTheDeviceAndReportsTheLastRunInIt) {
     const auto shell = [&](const std::string& script, const std::string& options) {
         return runProgram(
                 {"sh", "-c", "echo \"$1\" | \"$0\" --shell " + options, m_root + "/run", script},
-                crashSettings());
+                CrashSettings());
     };
     EXPECT_EQ(shell("service list", "--no-allocator").status, 0);
     EXPECT_FALSE(fs::exists(m_root + "/out/report.json"));

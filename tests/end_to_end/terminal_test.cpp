@@ -17,24 +17,23 @@ const char kEscape[] = "\033[";
 class Terminal : public RunScript {
   protected:
     // The screen after a program has run at a terminal of this kind.
-    Finished show(const std::vector<std::string>& words, const char* kind, const char* noColor) {
-        Subprocess::Environment environment = crashSettings();
-        environment.emplace_back("TERM", kind);
-        environment.emplace_back("NO_COLOR", noColor);
-        return Subprocess(words, environment, Subprocess::Input::Terminal).finish();
+    Finished Show(const Words& words, const char* kind, const char* noColor) {
+        return Subprocess(words, CrashSettings({{"TERM", kind}, {"NO_COLOR", noColor}}),
+                          Subprocess::Input::Terminal)
+                .finish();
     }
 };
 
 TEST_F(Terminal, ShowsErrorsInRedUnlessAskedNotTo) {
-    const std::vector<std::string> programs[] = {{m_root + "/run", "--bogus"},
-                                                 {PROJECT_FOLDER "/check", "bogus"},
-                                                 {DEVICESHELL, "--bogus"},
-                                                 {OFFLINEFRAMES, "bogus"}};
-    for (const std::vector<std::string>& words : programs) {
+    const Words programs[] = {{m_root + "/run", "--bogus"},
+                              {PROJECT_FOLDER "/check", "bogus"},
+                              {DEVICESHELL, "--bogus"},
+                              {OFFLINEFRAMES, "bogus"}};
+    for (const Words& words : programs) {
         SCOPED_TRACE(words[0]);
-        EXPECT_THAT(show(words, "xterm", "").out,
+        EXPECT_THAT(Show(words, "xterm", "").out,
                     AllOf(HasSubstr("\033[31m"), HasSubstr("bogus"), HasSubstr("\033[0m")));
-        const std::string plain[] = {show(words, "xterm", "1").out, show(words, "dumb", "").out,
+        const std::string plain[] = {Show(words, "xterm", "1").out, Show(words, "dumb", "").out,
                                      runProgram(words, {{"NO_COLOR", ""}}).err};
         for (const std::string& text : plain) {
             EXPECT_THAT(text, AllOf(HasSubstr("bogus"), Not(HasSubstr(kEscape))));
@@ -44,8 +43,8 @@ TEST_F(Terminal, ShowsErrorsInRedUnlessAskedNotTo) {
 
 // The time-out of the shutter is long enough to be told.
 TEST_F(Terminal, TellsWhatTheToolWaitsForAndTakesItAway) {
-    const std::vector<std::string> words = {m_root + "/run", "--fault", "no-shutter", "-t", "B2Y"};
-    const Finished coloured = show(words, "xterm", "");
+    const Words words = {m_root + "/run", "--fault", "no-shutter", "-t", "B2Y"};
+    const Finished coloured = Show(words, "xterm", "");
     EXPECT_EQ(coloured.status, 0) << coloured.out;
     const std::string waits = "run: the tool waits for the shutter, 2 s";
     EXPECT_THAT(coloured.out, AllOf(HasSubstr(waits), HasSubstr("makes missing source files"),
@@ -57,24 +56,23 @@ TEST_F(Terminal, TellsWhatTheToolWaitsForAndTakesItAway) {
     EXPECT_EQ(coloured.out.find('\n', last),
               coloured.out.find("\n", coloured.out.find("wrote", last)));
 
-    const Finished plain = show(words, "xterm", "1");
+    const Finished plain = Show(words, "xterm", "1");
     EXPECT_THAT(plain.out, AllOf(HasSubstr(waits), Not(HasSubstr(kEscape))));
 }
 
 // The first one is killed while its tool waits, and leaves no process behind that holds up the
 // next. (The shell around it lives on, as its end would take everything at the terminal along.)
 TEST_F(Terminal, RunsOneAfterTheOther) {
-    Subprocess::Environment environment = crashSettings();
-    environment.emplace_back("TERM", "xterm");
+    const auto environment = CrashSettings({{"TERM", "xterm"}});
     const auto at = Subprocess::Input::Terminal;
     Subprocess shell({"bash", "-c",
                       "\"$0\" --fault no-shutter -t B2Y &"
                       "trap 'kill -9 %1' USR1; wait; read line",
                       m_root + "/run"},
                      environment, at);
-    ASSERT_TRUE(shell.waitForOutput("the tool waits for the shutter"));
+    ASSERT_TRUE(shell.waitForNext("the tool waits for the shutter"));
     Subprocess next({m_root + "/run", "-t", "callback"}, environment, at);
-    ASSERT_TRUE(next.waitForOutput("waits for another ./run to end"));
+    ASSERT_TRUE(next.waitForNext("waits for another ./run to end"));
     kill(shell.pid(), SIGUSR1);
     const Finished finished = next.finish();
     EXPECT_EQ(finished.status, 0) << finished.out;

@@ -8,12 +8,6 @@
 
 namespace {
 
-std::string MakeFolder() {
-    char folder[] = "/tmp/aidlc_fuzz_XXXXXX";
-    require(mkdtemp(folder) != nullptr);
-    return folder;
-}
-
 // Where the text itself says that it belongs, below `root`; empty if it cannot be parsed.
 std::string OwnPath(const std::string& text, const std::string& root) {
     const auto document = aidlc::Parse(text, "input");
@@ -28,15 +22,17 @@ std::string OwnPath(const std::string& text, const std::string& root) {
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const std::string text(reinterpret_cast<const char*>(data), size);
-    static const std::string* const root = new std::string(MakeFolder());
-    const std::string path = OwnPath(text, *root);
+    static char root[] = "/tmp/aidlc_fuzz_XXXXXX";
+    static const bool made = mkdtemp(root) != nullptr;
+    Require(made);
+    const std::string path = OwnPath(text, root);
     std::error_code ignored;
     if (!path.empty()) {
         std::filesystem::create_directories(std::filesystem::path(path).parent_path(), ignored);
         std::ofstream(path) << text;
-        const auto files = aidlc::Compile({{*root, AIDL_ROOT}, {1, "1"}, {path}});
-        require(files.Ok() ? !files.Value().empty() : !files.Error().empty());
+        const auto files = aidlc::Compile({{root, AIDL_ROOT}, {1, "1"}, {path}});
+        Require(files.Ok() ? !files.Value().empty() : !files.Error().empty());
     }
-    std::filesystem::remove_all(*root, ignored);
+    std::filesystem::remove_all(root, ignored);
     return 0;
 }

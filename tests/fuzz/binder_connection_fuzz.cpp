@@ -17,7 +17,7 @@ using namespace hostbinder;
 namespace {
 
 // Reads one value of every kind that has an object, and gives the binder back.
-binder_status_t serve(AIBinder*, transaction_code_t, const AParcel* in, AParcel* out) {
+binder_status_t Serve(AIBinder*, transaction_code_t, const AParcel* in, AParcel* out) {
     ndk::SpAIBinder binder;
     ndk::ScopedFileDescriptor descriptor;
     AParcel_readStrongBinder(in, binder.getR());
@@ -26,54 +26,49 @@ binder_status_t serve(AIBinder*, transaction_code_t, const AParcel* in, AParcel*
     return AParcel_writeStrongBinder(out, binder.get());
 }
 
-LocalBinder* servedObject() {
+LocalBinder* ServedObject() {
     static AIBinder* const object = []() {
         const auto create = [](void* data) { return data; };
         const auto destroy = [](void*) {};
-        return AIBinder_new(AIBinder_Class_define("fuzz.IObject", create, destroy, serve), nullptr);
+        return AIBinder_new(AIBinder_Class_define("fuzz.IObject", create, destroy, Serve), nullptr);
     }();
     return object->AsLocal();
 }
 
-// Whether the bytes are as many as their header announces, so that the reader does not wait for
-// more.
-bool isWhole(const std::string& bytes) {
-    FrameHeader header;
-    if (bytes.size() < sizeof(header)) return false;
-    memcpy(&header, bytes.data(), sizeof(header));
-    return bytes.size() == sizeof(header) + header.dataSize +
-                                   uint64_t{header.objectCount} * sizeof(uint32_t) +
-                                   uint64_t{header.referenceCount} * sizeof(ReferenceRecord);
+size_t BodySize(const FrameHeader& header) {
+    return header.dataSize + uint64_t{header.objectCount} * sizeof(uint32_t) +
+           uint64_t{header.referenceCount} * sizeof(ReferenceRecord);
 }
 
 // Puts our magic number into a message, and the chain of the call that the connection waits for in
-// place of 1, because an input cannot know them.
-void fillIn(std::string* bytes, uint64_t chain) {
-    if (bytes->size() < sizeof(FrameHeader)) return;
+// place of 1, because an input cannot know them. Whether the message is as long as its header
+// announces, so that the reader does not wait for more.
+bool FillIn(std::string* bytes, uint64_t chain) {
     FrameHeader header;
+    if (bytes->size() < sizeof(header)) return false;
     memcpy(&header, bytes->data(), sizeof(header));
     header.magic = kFrameMagic;
     if (header.chain == 1) header.chain = chain;
-    memcpy(&(*bytes)[0], &header, sizeof(header));
+    memcpy(bytes->data(), &header, sizeof(header));
+    return bytes->size() == sizeof(header) + BodySize(header);
 }
 
 // The input's messages, each with its count of descriptors and its size in front. False if the
 // reader may wait for the rest of one.
-bool sendMessages(int fd, FuzzInput input, uint64_t chain) {
+bool SendMessages(int fd, FuzzInput input, uint64_t chain) {
     bool whole = true;
-    while (input.left() > 0) {
-        const std::vector<int> descriptors(input.take<uint8_t>() % 4, fd);
-        std::string bytes = input.bytes(input.take<uint16_t>());
+    while (!input.Empty()) {
+        const std::vector<int> descriptors(input.Take<uint8_t>() % 4, fd);
+        std::string bytes(input.Bytes(input.Take<uint16_t>()));
         if (bytes.empty()) continue;
-        fillIn(&bytes, chain);
-        whole = whole && isWhole(bytes);
+        whole = FillIn(&bytes, chain) && whole;
         if (!sendBytes(fd, bytes, descriptors, MSG_DONTWAIT)) return false;
     }
     return whole;
 }
 
 // All the bytes; false at the connection's end. The fuzzer's own timer interrupts waits.
-bool receiveAll(int fd, void* bytes, size_t size) {
+bool ReceiveAll(int fd, void* bytes, size_t size) {
     for (size_t got = 0; got < size;) {
         const ssize_t count = recv(fd, static_cast<char*>(bytes) + got, size - got, 0);
         if (count == 0 || (count < 0 && errno != EINTR)) return false;
@@ -83,7 +78,7 @@ bool receiveAll(int fd, void* bytes, size_t size) {
 }
 
 // Returns when everything sent before has been dealt with, or the connection has ended.
-void waitForReader(int fd) {
+void WaitForReader(int fd) {
     constexpr uint64_t kLastId = 0x6c617374;
     FrameHeader last{};
     last.magic = kFrameMagic;
@@ -92,20 +87,18 @@ void waitForReader(int fd) {
     const std::string bytes(reinterpret_cast<const char*>(&last), sizeof(last));
     if (!sendBytes(fd, bytes, {}, MSG_DONTWAIT)) return;
     FrameHeader answer{};
-    while (receiveAll(fd, &answer, sizeof(answer))) {
+    while (ReceiveAll(fd, &answer, sizeof(answer))) {
         if (answer.kind == FrameKind::kReply && answer.id == kLastId) return;
-        std::string body(answer.dataSize + answer.objectCount * sizeof(uint32_t) +
-                                 answer.referenceCount * sizeof(ReferenceRecord),
-                         0);
-        if (!receiveAll(fd, body.data(), body.size())) return;
+        std::string body(BodySize(answer), 0);
+        if (!ReceiveAll(fd, body.data(), body.size())) return;
     }
 }
 
 // Fails when the process has ever more descriptors open from one input to the next.
-void requireNoDescriptorLeak() {
+void RequireNoDescriptorLeak() {
     const int probe = open("/dev/null", O_RDONLY | O_CLOEXEC);
     static const int first = probe;
-    require(probe >= 0 && probe < first + 64);
+    Require(probe >= 0 && probe < first + 64);
     close(probe);
 }
 
@@ -113,7 +106,7 @@ void requireNoDescriptorLeak() {
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     int ends[2];
-    require(socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) == 0);
+    Require(socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) == 0);
     const auto connection = std::make_shared<Peer>(
             ends[0], "peer", PeerCredentials{getpid(), getuid()}, &Endpoint::Instance());
     uint64_t number = 0;
@@ -121,10 +114,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     static PeerReferences* const otherPeer = new PeerReferences;
     ReferenceTable& table = ReferenceTable::Instance();
     if (otherPeer->held.empty()) {
-        require(table.Export(otherPeer, servedObject(), &number) == STATUS_OK);
+        Require(table.Export(otherPeer, ServedObject(), &number) == STATUS_OK);
     }
-    require(table.Export(connection->References(), servedObject(), &number) == STATUS_OK);
-    require(number == 1);
+    Require(table.Export(connection->References(), ServedObject(), &number) == STATUS_OK);
+    Require(number == 1);
 
     std::thread caller([connection]() {
         AParcel request;
@@ -135,15 +128,15 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         AParcel_delete(reply);
     });
     FrameHeader call;
-    require(receiveAll(ends[1], &call, sizeof(call)));
+    Require(ReceiveAll(ends[1], &call, sizeof(call)));
     std::thread reader([connection]() { connection->RunReader(); });
-    if (sendMessages(ends[1], {data, size}, call.chain)) waitForReader(ends[1]);
+    if (SendMessages(ends[1], {data, size}, call.chain)) WaitForReader(ends[1]);
     ThreadPool::Instance().RunQueued();  // answers, unless the connection has ended
     shutdown(ends[1], SHUT_WR);
     reader.join();
     ThreadPool::Instance().RunQueued();
     caller.join();
     close(ends[1]);
-    requireNoDescriptorLeak();
+    RequireNoDescriptorLeak();
     return 0;
 }

@@ -3,45 +3,38 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstddef>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <string>
+#include <string_view>
 
 class FuzzInput {
   public:
-    FuzzInput(const uint8_t* data, size_t size) : mData(data), mSize(size) {}
+    FuzzInput(const uint8_t* data, size_t size)
+        : m_left(reinterpret_cast<const char*>(data), size) {}
 
-    size_t left() const { return mSize; }
-    const uint8_t* data() const { return mData; }
+    bool Empty() const { return m_left.empty(); }
 
     template <typename T>
-    T take() {
+    T Take() {
         T value{};
-        const size_t count = std::min(sizeof(T), mSize);
-        if (count > 0) memcpy(&value, mData, count);
-        mData += count;
-        mSize -= count;
+        const std::string_view taken = Bytes(sizeof(T));
+        memcpy(&value, taken.data(), taken.size());
         return value;
     }
-    std::string bytes(size_t count) {
-        count = std::min(count, mSize);
-        std::string taken(reinterpret_cast<const char*>(mData), count);
-        mData += count;
-        mSize -= count;
+    std::string_view Bytes(size_t count) {
+        const std::string_view taken = m_left.substr(0, count);
+        m_left.remove_prefix(taken.size());
         return taken;
     }
-    std::string rest() { return bytes(mSize); }
 
   private:
-    const uint8_t* mData;
-    size_t mSize;
+    std::string_view m_left;
 };
 
 // Ends the process if the promise is broken, which is how a fuzzer learns of it; names the line.
-inline void require(bool promise, const char* file = __builtin_FILE(),
+inline void Require(bool promise, const char* file = __builtin_FILE(),
                     int line = __builtin_LINE()) {
     if (promise) return;
     fprintf(stderr, "%s:%d: promise broken, errno %d\n", file, line, errno);

@@ -7,23 +7,9 @@
 namespace {
 
 // Reads every byte of an entry.
-unsigned readAll(const camera_metadata_ro_entry_t& entry) {
-    unsigned sum = 0;
-    const size_t bytes = entry.count * camera_metadata_type_size[entry.type];
-    for (size_t i = 0; i < bytes; ++i) sum += entry.data.u8[i];
-    return sum;
-}
-
-unsigned readEntries(const camera_metadata_t* block) {
-    unsigned sum = 0;
-    for (size_t i = 0; i < get_camera_metadata_entry_count(block); ++i) {
-        camera_metadata_ro_entry_t entry;
-        if (get_camera_metadata_ro_entry(block, i, &entry) != 0) continue;
-        sum += readAll(entry);
-        camera_metadata_ro_entry_t found;
-        if (find_camera_metadata_ro_entry(block, entry.tag, &found) == 0) sum += readAll(found);
-    }
-    return sum;
+void ReadAll(const camera_metadata_ro_entry_t& entry) {
+    const volatile uint8_t* const bytes = entry.data.u8;
+    for (size_t i = 0; i < entry.count * camera_metadata_type_size[entry.type]; ++i) bytes[i];
 }
 
 }  // namespace
@@ -34,6 +20,12 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
 
     // The vector's bytes are aligned as a block must be, and end where the input ends.
     const auto* block = reinterpret_cast<const camera_metadata_t*>(blob.data());
-    if (validate_camera_metadata_structure(block, &size) == 0) readEntries(block);
+    if (validate_camera_metadata_structure(block, &size) != 0) return 0;
+    for (size_t i = 0; i < get_camera_metadata_entry_count(block); ++i) {
+        camera_metadata_ro_entry_t entry;
+        if (get_camera_metadata_ro_entry(block, i, &entry) != 0) continue;
+        ReadAll(entry);
+        if (find_camera_metadata_ro_entry(block, entry.tag, &entry) == 0) ReadAll(entry);
+    }
     return 0;
 }

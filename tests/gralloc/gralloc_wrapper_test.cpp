@@ -46,7 +46,7 @@ TEST_F(GrallocWrapper, AllocatesAndImportsOneBuffer) {
                                    "allocate '' 4096x3072 layers 1 format 37 usage 3 reserved 0 x1",
                                    "importBuffer"));
     EXPECT_EQ(stride, 5120);
-    ASSERT_NE(mapper->memory(buffer), nullptr);
+    ASSERT_NE(mapper->Memory(buffer), nullptr);
     // The raw handle's descriptors are gone, the imported one has its own and the same integers.
     ASSERT_EQ(buffer->numFds, 1);
     EXPECT_NE(buffer->data[0], allocator->lastDescriptor);
@@ -56,7 +56,7 @@ TEST_F(GrallocWrapper, AllocatesAndImportsOneBuffer) {
     EXPECT_EQ(buffer->data[2], 11);
 
     calls.clear();
-    EXPECT_EQ(wrapper.lock(buffer, BufferUsage::CPU_READ_RARELY), mapper->memory(buffer));
+    EXPECT_EQ(wrapper.lock(buffer, BufferUsage::CPU_READ_RARELY), mapper->Memory(buffer));
     wrapper.unlock(buffer);
     hidl_vec<uint8_t> out;
     wrapper.get(buffer, type, &out);
@@ -65,17 +65,17 @@ TEST_F(GrallocWrapper, AllocatesAndImportsOneBuffer) {
     wrapper.get(buffer, type, &out);
     EXPECT_EQ(out.size(), 0u);
     wrapper.freeBuffer(buffer);
-    EXPECT_EQ(mapper->memory(buffer), nullptr);
+    EXPECT_EQ(mapper->Memory(buffer), nullptr);
     EXPECT_THAT(calls, ElementsAre("lock 2", "unlock", "get some type 10", "get some type 10",
                                    "freeBuffer"));
-    EXPECT_THAT(log.take(), IsEmpty());
+    EXPECT_THAT(log.Take(), IsEmpty());
 }
 
 TEST_F(GrallocWrapper, AllocatesWithAnEmptyDescriptorAfterItsFailure) {
     mapper->errors["createDescriptor"] = fake::Error::BAD_VALUE;
     EXPECT_NE(Allocate(), nullptr);
     EXPECT_EQ(calls.at(1), "allocate x1");
-    EXPECT_THAT(log.take(), ElementsAre("E Failed to create descriptor: 3"));
+    EXPECT_THAT(log.Take(), ElementsAre("E Failed to create descriptor: 3"));
 }
 
 // By exception code: -8 is that of every service-specific error.
@@ -83,7 +83,7 @@ TEST_F(GrallocWrapper, ReportsAFailedAllocation) {
     allocator->serviceError = 2;
     EXPECT_EQ(Allocate(), nullptr);
     EXPECT_EQ(stride, -5);
-    EXPECT_THAT(log.take(), ElementsAre("E Failed to allocate buffer: -8"));
+    EXPECT_THAT(log.Take(), ElementsAre("E Failed to allocate buffer: -8"));
 }
 
 TEST_F(GrallocWrapper, WantsExactlyOneBuffer) {
@@ -92,7 +92,7 @@ TEST_F(GrallocWrapper, WantsExactlyOneBuffer) {
         EXPECT_EQ(Allocate(), nullptr);
         EXPECT_EQ(stride, -5);
         EXPECT_THAT(
-                log.take(),
+                log.Take(),
                 ElementsAre(Format("E Invalid buffer array size (got %zu, expected 1)", buffers)));
         EXPECT_EQ(calls.back().rfind("allocate", 0), 0u) << calls.back();
     }
@@ -104,7 +104,7 @@ TEST_F(GrallocWrapper, WritesTheStrideOfABufferThatIsNotImported) {
     allocator->emptyHandles = true;
     EXPECT_EQ(Allocate(), nullptr);
     EXPECT_EQ(stride, 64);
-    EXPECT_THAT(log.take(), ElementsAre("E Failed to import buffer (nil): 5"));
+    EXPECT_THAT(log.Take(), ElementsAre("E Failed to import buffer (nil): 5"));
 
     allocator->emptyHandles = false;
     allocator->stride = 65;
@@ -126,7 +126,7 @@ TEST_F(GrallocWrapper, ReportsTheMappersErrors) {
     wrapper.get(buffer, type, &out);
     wrapper.freeBuffer(buffer);
     EXPECT_EQ(out, (hidl_vec<uint8_t>{1, 2, 3}));
-    EXPECT_THAT(log.take(), ElementsAre(Format("E Failed to import buffer %p: 7", raw),
+    EXPECT_THAT(log.Take(), ElementsAre(Format("E Failed to import buffer %p: 7", raw),
                                         Format("E Failed to lock buffer %p: 7", buffer),
                                         Format("E Failed to unlock buffer %p: 7", buffer),
                                         Format("E Failed to unlock buffer %p: 7", buffer),
@@ -146,9 +146,9 @@ TEST_F(GrallocWrapper, SurvivesAMapperThatIsGone) {
     wrapper.unlock(buffer);
     wrapper.get(buffer, type, &out);
     EXPECT_EQ(out.size(), 1u);
-    EXPECT_THAT(log.take(), IsEmpty());
+    EXPECT_THAT(log.Take(), IsEmpty());
     wrapper.freeBuffer(buffer);
-    EXPECT_THAT(log.take(), ElementsAre(Format("E Failed to free buffer %p", buffer)));
+    EXPECT_THAT(log.Take(), ElementsAre(Format("E Failed to free buffer %p", buffer)));
     native_handle_delete(raw);
 }
 
@@ -172,7 +172,7 @@ TEST_F(GrallocWrapper, ImportsFences) {
     wrapper.closeFence(fd);
     EXPECT_FALSE(isOpen(fd));
     close(one->data[0]);
-    EXPECT_THAT(log.take(), IsEmpty());
+    EXPECT_THAT(log.Take(), IsEmpty());
 
     EXPECT_FALSE(wrapper.importFence(one.get(), fd));
     EXPECT_LT(fd, 0);
@@ -180,7 +180,7 @@ TEST_F(GrallocWrapper, ImportsFences) {
     fd = 77;
     EXPECT_FALSE(wrapper.importFence(two.get(), fd));
     EXPECT_EQ(fd, 77);
-    EXPECT_THAT(log.take(), ElementsAre(Format("E failed to dup fence fd %d", one->data[0]),
+    EXPECT_THAT(log.Take(), ElementsAre(Format("E failed to dup fence fd %d", one->data[0]),
                                         "E invalid fence handle with 2 file descriptors"));
 }
 

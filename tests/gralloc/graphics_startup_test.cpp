@@ -41,7 +41,7 @@ class GraphicsStartup : public ::testing::Test {
         const GraphicsServices services = ConnectGraphicsServices();
         wrapper = StartGrallocWrapper(services);
         record = StartZelInterface(services.allocator);
-        return log.take();
+        return log.Take();
     }
 
     void ExpectEmptyRecord() {
@@ -155,7 +155,7 @@ TEST_F(GraphicsStartup, WithoutMapperStillFillsTheRecord) {
 // The line is written between the two look-ups.
 TEST_F(GraphicsStartup, LooksForTheMapperBeforeTheAllocator) {
     SetService(kAllocatorInstance, {});
-    log.atLine("mapper ", [this] {
+    log.AtLine("mapper ", [this] {
         host::unregisterMapper();
         SetService(kAllocatorInstance, allocator->asBinder());
     });

@@ -72,14 +72,14 @@ TEST_F(PlaneLayout, EndsAtOnceWithoutTheFirstInterface) {
     EXPECT_EQ(Query(), -7);
     EXPECT_EQ(Query(34), -7);
     EXPECT_EQ(asked, 0);
-    EXPECT_THAT(log.take(), IsEmpty());
+    EXPECT_THAT(log.Take(), IsEmpty());
 }
 
 TEST_F(PlaneLayout, AsksForFormats35To38) {
     EXPECT_EQ(Query(34), -7);
     EXPECT_EQ(Query(39), -7);
     EXPECT_EQ(asked, 0);
-    EXPECT_THAT(log.take(), ElementsAre("I format 34 dont fetch plane layout info",
+    EXPECT_THAT(log.Take(), ElementsAre("I format 34 dont fetch plane layout info",
                                         "I format 39 dont fetch plane layout info"));
     for (int format = 35; format <= 38; ++format) EXPECT_EQ(Query(format), 3072);
 }
@@ -90,9 +90,9 @@ TEST_F(PlaneLayout, EndsQuietlyWithoutMapperAndOnAnError) {
     record.m_aiMapper = nullptr;
     EXPECT_EQ(Query(), -7);
     EXPECT_EQ(asked, 1);
-    EXPECT_THAT(log.take(), IsEmpty());
+    EXPECT_THAT(log.Take(), IsEmpty());
     EXPECT_EQ(Query(34), -7);  // the format is looked at before the mapper
-    EXPECT_THAT(log.take(), ElementsAre("I format 34 dont fetch plane layout info"));
+    EXPECT_THAT(log.Take(), ElementsAre("I format 34 dont fetch plane layout info"));
 }
 
 TEST_F(PlaneLayout, DescribesTheBufferAndLogsItsPlanes) {
@@ -114,7 +114,7 @@ TEST_F(PlaneLayout, DescribesTheBufferAndLogsItsPlanes) {
     EXPECT_EQ(lastInfo.reservedSize, 0);
     EXPECT_THAT(lastInfo.additionalOptions, IsEmpty());
     EXPECT_THAT(
-            log.take(),
+            log.Take(),
             ElementsAre(
                     "I GetPlaneLayout: Number of planes - 2 gralloc format 35",
                     "I GetPlaneLayout: plane info: component - 1",
@@ -132,7 +132,7 @@ TEST_F(PlaneLayout, RoundsPackedSamplesDown) {
     planes[0].sampleIncrementBits = 10;
     planes[0].strideBytes = 5121;
     EXPECT_EQ(Query(37), 3072);
-    EXPECT_THAT(log.take(),
+    EXPECT_THAT(log.Take(),
                 ElementsAre("I GetPlaneLayout: Number of planes - 1 gralloc format 37",
                             "I GetPlaneLayout: plane info: component - 1048576",
                             "I h_subsampling - 0, v_subsampling - 0, offset - 0, "
@@ -144,7 +144,7 @@ TEST_F(PlaneLayout, RoundsPackedSamplesDown) {
 TEST_F(PlaneLayout, DividesInSinglePrecision) {
     planes[0].strideBytes = (1 << 24) + 1;
     Query();
-    EXPECT_THAT(log.take(), Contains("I stride_pixel - 16777216, stride_bytes - 16777217, "
+    EXPECT_THAT(log.Take(), Contains("I stride_pixel - 16777216, stride_bytes - 16777217, "
                                      "scanlines - 3072, size - 0"));
 }
 
@@ -161,13 +161,13 @@ TEST_F(PlaneLayout, ExaminesFourPlanesAtMost) {
     planes = {Plane({kY}, 1), Plane({kY}, 2), Plane({kY}, 3),
               Plane({kY}, 4), Plane({kY}, 5), Plane({kY}, 6)};
     EXPECT_EQ(Query(), 4);
-    const auto lines = log.take();
+    const auto lines = log.Take();
     EXPECT_EQ(lines.front(), "I GetPlaneLayout: Number of planes - 4 gralloc format 35");
     EXPECT_EQ(lines.size(), 1u + 4 * 3);
 
     planes.clear();
     EXPECT_EQ(Query(), -7);
-    EXPECT_THAT(log.take(),
+    EXPECT_THAT(log.Take(),
                 ElementsAre("I GetPlaneLayout: Number of planes - 0 gralloc format 35"));
 }
 

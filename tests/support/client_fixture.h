@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <cstring>
-#include <initializer_list>
 #include <memory>
 #include <new>
 #include <string>
@@ -19,6 +18,7 @@
 #include "tests/support/fake_services.h"
 #include "tests/support/log_capture.h"
 #include "tests/support/memory_mapper.h"
+#include "tests/support/words.h"
 
 namespace vendor::zel::hardware::camera::offlinecamera::implementation {
 
@@ -94,7 +94,7 @@ using ::testing::Contains;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using ::testing::SizeIs;
-using Lines = std::vector<std::string>;
+using Lines = Words;
 
 constexpr char kRawFile[] = "offlinecameratest/4096_3072_RAW10.raw";
 
@@ -104,17 +104,11 @@ inline NotifyMsg Shutter(int32_t frameNumber) {
     return NotifyMsg::make<NotifyMsg::Tag::shutter>(message);
 }
 
-inline Lines Joined(std::initializer_list<Lines> parts) {
-    Lines all;
-    for (const Lines& part : parts) all.insert(all.end(), part.begin(), part.end());
-    return all;
-}
-
 // The services are up and the client is constructed; its lines so far are taken.
 class ClientTest : public ::testing::Test {
   public:
-    ClientTest() : client(*OfflineCameraClientAccess::Construct(storage)), access{&client} {
-        log.take();
+    ClientTest() : client(*OfflineCameraClientAccess::Construct(m_storage)), access{&client} {
+        log.Take();
     }
     ~ClientTest() override { Destroy(); }
 
@@ -128,13 +122,13 @@ class ClientTest : public ::testing::Test {
         client.setOpMode(opMode);
         client.OpenOfflineSession("test");
         ASSERT_EQ(client.ConfigureOfflineStreams("2"), 0);
-        log.take();
+        log.Take();
     }
 
     // B2Y, with its source file in place.
     void ConfigureB2Y() {
         Configure(0);
-        data.write(kRawFile, "");
+        data.Write(kRawFile, "");
     }
 
     // Delivers a frame's only buffer, of stream 1, as the service would.
@@ -152,7 +146,7 @@ class ClientTest : public ::testing::Test {
 
     // So many lines at the end of the client's log, which is taken.
     Lines LastLines(size_t count) {
-        Lines lines = log.take();
+        Lines lines = log.Take();
         EXPECT_GE(lines.size(), count);
         lines.erase(lines.begin(), lines.end() - std::min(count, lines.size()));
         return lines;
@@ -194,7 +188,7 @@ class ClientTest : public ::testing::Test {
     } around;
 
   private:
-    alignas(OfflineCameraClient) char storage[sizeof(OfflineCameraClient)];
+    alignas(OfflineCameraClient) char m_storage[sizeof(OfflineCameraClient)];
 
   public:
     OfflineCameraClient& client;

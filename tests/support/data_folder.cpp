@@ -50,7 +50,7 @@ int __wrap_stat64(const char* path, struct stat* info) {
 namespace test {
 
 DataFolder::DataFolder() {
-    gFolder = mFolder.path();
+    gFolder = m_folder.path();
     std::filesystem::create_directory(gFolder + "/offlinecameratest");
     std::filesystem::create_directory(gFolder + "/metadata");
 }
@@ -60,17 +60,17 @@ DataFolder::~DataFolder() {
     gStatFails = false;
 }
 
-void DataFolder::write(const std::string& path, const std::string& bytes) {
+void DataFolder::Write(const std::string& path, const std::string& bytes) {
     std::ofstream(gFolder + "/" + path, std::ios::binary) << bytes;
 }
 
-std::string DataFolder::read(const std::string& path) const {
+std::string DataFolder::Read(const std::string& path) const {
     std::ifstream file(gFolder + "/" + path, std::ios::binary);
     EXPECT_TRUE(file) << path;
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
-std::vector<std::string> DataFolder::dumps() const {
+std::vector<std::string> DataFolder::Dumps() const {
     std::vector<std::string> names;
     for (const auto& entry : std::filesystem::directory_iterator(gFolder + "/offlinecameratest")) {
         const std::string name = entry.path().filename();
@@ -80,11 +80,11 @@ std::vector<std::string> DataFolder::dumps() const {
     return names;
 }
 
-void DataFolder::remove() {
+void DataFolder::Remove() {
     std::filesystem::remove_all(gFolder);
 }
 
-void DataFolder::failStat() {
+void DataFolder::FailStat() {
     gStatFails = true;
 }
 

@@ -16,20 +16,20 @@ class DataFolder {
     ~DataFolder();
 
     // Paths are relative to /data/vendor/camera, such as "offlinecameratest/mmf_fd.yuv".
-    void write(const std::string& path, const std::string& bytes);
-    std::string read(const std::string& path) const;
+    void Write(const std::string& path, const std::string& bytes);
+    std::string Read(const std::string& path) const;
 
     // Names of the dumps, in alphabetical order.
-    std::vector<std::string> dumps() const;
+    std::vector<std::string> Dumps() const;
 
     // Takes the folder away: nothing can be opened any more.
-    void remove();
+    void Remove();
 
     // From now on the tool's stat() fails.
-    void failStat();
+    void FailStat();
 
   private:
-    const TemporaryFolder mFolder{"offlinecamera"};
+    const TemporaryFolder m_folder{"offlinecamera"};
 };
 
 }  // namespace test

@@ -71,7 +71,7 @@ LogCapture::LogCapture() {
     log.looks.clear();
 }
 
-std::vector<std::string> LogCapture::take(const std::string& tag) {
+std::vector<std::string> LogCapture::Take(const std::string& tag) {
     Collected& log = TheLog();
     const std::lock_guard<std::mutex> lock(log.lock);
     std::vector<std::string> lines;
@@ -84,13 +84,13 @@ std::vector<std::string> LogCapture::take(const std::string& tag) {
     return lines;
 }
 
-void LogCapture::atLine(const std::string& start, std::function<void()> look) {
+void LogCapture::AtLine(const std::string& start, std::function<void()> look) {
     Collected& log = TheLog();
     const std::lock_guard<std::mutex> lock(log.lock);
     log.looks.emplace_back(start, std::move(look));
 }
 
-bool LogCapture::waitFor(const std::string& text, int times) {
+bool LogCapture::WaitFor(const std::string& text, int times) {
     Collected& log = TheLog();
     std::unique_lock<std::mutex> lock(log.lock);
     return log.changed.wait_for(lock, std::chrono::minutes(1), [&] {

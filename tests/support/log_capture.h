@@ -16,14 +16,14 @@ class LogCapture {
     LogCapture();
 
     // The lines under the tag since the last call, such as "E Failed to load mapper.zel.so".
-    std::vector<std::string> take(const std::string& tag = "OfflineCameraClient");
+    std::vector<std::string> Take(const std::string& tag = "OfflineCameraClient");
 
     // Waits until so many lines with this text have come; false after a minute.
-    bool waitFor(const std::string& text, int times = 1);
+    bool WaitFor(const std::string& text, int times = 1);
 
     // Calls `look`, which must not log, on the thread of each line that begins with `start`, while
     // that thread stands at the line.
-    void atLine(const std::string& start, std::function<void()> look);
+    void AtLine(const std::string& start, std::function<void()> look);
 };
 
 }  // namespace test

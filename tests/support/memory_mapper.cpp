@@ -19,19 +19,19 @@ using fake::Error;
 using fake::Return;
 
 MemoryMapper::~MemoryMapper() {
-    for (const auto& [handle, bytes] : mBuffers) {
+    for (const auto& [handle, bytes] : m_buffers) {
         native_handle_close(static_cast<native_handle_t*>(handle));
         native_handle_delete(static_cast<native_handle_t*>(handle));
     }
 }
 
-char* MemoryMapper::memory(const void* buffer) {
-    const auto found = mBuffers.find(const_cast<void*>(buffer));
-    return found != mBuffers.end() ? found->second.get() : nullptr;
+char* MemoryMapper::Memory(const void* buffer) {
+    const auto found = m_buffers.find(const_cast<void*>(buffer));
+    return found != m_buffers.end() ? found->second.get() : nullptr;
 }
 
 Error MemoryMapper::Called(const std::string& operation, const std::string& arguments) {
-    calls->push_back(operation + arguments);
+    m_calls->push_back(operation + arguments);
     const auto told = errors.find(operation);
     return told != errors.end() ? told->second : Error::NONE;
 }
@@ -39,7 +39,7 @@ Error MemoryMapper::Called(const std::string& operation, const std::string& argu
 Error MemoryMapper::CalledOn(void* buffer, const std::string& operation,
                              const std::string& arguments) {
     const Error told = Called(operation, arguments);
-    return mBuffers.count(buffer) == 0 ? Error::BAD_BUFFER : told;
+    return m_buffers.count(buffer) == 0 ? Error::BAD_BUFFER : told;
 }
 
 Status MemoryMapper::Transport(const std::string& operation) const {
@@ -67,7 +67,7 @@ Return<void> MemoryMapper::importBuffer(const fake::hidl_handle& raw, importBuff
     if (error == Error::NONE) {
         EXPECT_NE(raw.getNativeHandle(), nullptr);
         imported = native_handle_clone(raw.getNativeHandle());
-        mBuffers[imported].reset(static_cast<char*>(calloc(1, bufferBytes)));
+        m_buffers[imported].reset(static_cast<char*>(calloc(1, bufferBytes)));
     }
     cb(error, imported);
     return fake::Void();
@@ -77,7 +77,7 @@ Return<Error> MemoryMapper::freeBuffer(void* buffer) {
     const Error error = CalledOn(buffer, "freeBuffer");
     if (Status transport = Transport("freeBuffer"); !transport.isOk()) return transport;
     if (error == Error::NONE) {
-        mBuffers.erase(buffer);
+        m_buffers.erase(buffer);
         native_handle_close(static_cast<native_handle_t*>(buffer));
         native_handle_delete(static_cast<native_handle_t*>(buffer));
     }
@@ -90,7 +90,7 @@ Return<void> MemoryMapper::lock(void* buffer, uint64_t usage, const fake::IMappe
     EXPECT_EQ(fence.getNativeHandle(), nullptr);
     const Error error = CalledOn(buffer, "lock", Format(" %lu", static_cast<unsigned long>(usage)));
     if (Status transport = Transport("lock"); !transport.isOk()) return transport;
-    cb(error, error == Error::NONE ? memory(buffer) : nullptr);
+    cb(error, error == Error::NONE ? Memory(buffer) : nullptr);
     return fake::Void();
 }
 
@@ -113,8 +113,8 @@ Return<void> MemoryMapper::get(void* buffer, const MetadataType& type, get_cb cb
 
 ::ndk::ScopedAStatus FakeAllocator::allocate(const std::vector<uint8_t>& descriptor, int32_t count,
                                              AllocationResult* result) {
-    calls->push_back("allocate" + std::string(descriptor.begin(), descriptor.end()) +
-                     Format(" x%d", count));
+    m_calls->push_back("allocate" + std::string(descriptor.begin(), descriptor.end()) +
+                       Format(" x%d", count));
     if (serviceError != 0) return ::ndk::ScopedAStatus::fromServiceSpecificError(serviceError);
     result->stride = stride;
     result->buffers.resize(buffers);
@@ -128,7 +128,7 @@ Return<void> MemoryMapper::get(void* buffer, const MetadataType& type, get_cb cb
 }
 
 ::ndk::ScopedAStatus FakeAllocator::getIMapperLibrarySuffix(std::string* out) {
-    calls->push_back("getIMapperLibrarySuffix");
+    m_calls->push_back("getIMapperLibrarySuffix");
     if (!suffix.has_value()) return ::ndk::ScopedAStatus::fromStatus(STATUS_FAILED_TRANSACTION);
     *out = *suffix;
     return ::ndk::ScopedAStatus::fromStatus(suffixFails ? STATUS_FAILED_TRANSACTION : STATUS_OK);

@@ -22,11 +22,11 @@ using Calls = std::vector<std::string>;
 // goes with the mapper.
 class MemoryMapper : public fake::FakeMapper {
   public:
-    explicit MemoryMapper(Calls* calls) : FakeMapper(fake::Error::UNSUPPORTED), calls(calls) {}
+    explicit MemoryMapper(Calls* calls) : FakeMapper(fake::Error::UNSUPPORTED), m_calls(calls) {}
     ~MemoryMapper() override;
 
     // The memory of an imported handle; null for any other.
-    char* memory(const void* buffer);
+    char* Memory(const void* buffer);
 
     // What is told, by operation name: an error to answer with, and a failure of the transport.
     std::map<std::string, fake::Error> errors;
@@ -58,8 +58,8 @@ class MemoryMapper : public fake::FakeMapper {
                          const std::string& arguments = "");
     ::android::hardware::Status Transport(const std::string& operation) const;
 
-    Calls* const calls;
-    std::map<void*, std::unique_ptr<char, Freed>> mBuffers;  // by imported handle
+    Calls* const m_calls;
+    std::map<void*, std::unique_ptr<char, Freed>> m_buffers;  // by imported handle
 };
 
 class FakeAllocator : public ::aidl::android::hardware::graphics::allocator::BnAllocator {
@@ -67,7 +67,7 @@ class FakeAllocator : public ::aidl::android::hardware::graphics::allocator::BnA
     using AllocationResult = ::aidl::android::hardware::graphics::allocator::AllocationResult;
     using Info = ::aidl::android::hardware::graphics::allocator::BufferDescriptorInfo;
 
-    explicit FakeAllocator(Calls* calls) : calls(calls) {}
+    explicit FakeAllocator(Calls* calls) : m_calls(calls) {}
 
     // What is told.
     int32_t serviceError = 0;  // answered by allocate when not 0
@@ -89,7 +89,7 @@ class FakeAllocator : public ::aidl::android::hardware::graphics::allocator::BnA
     ::ndk::ScopedAStatus getIMapperLibrarySuffix(std::string* out) override;
 
   private:
-    Calls* const calls;
+    Calls* const m_calls;
 };
 
 }  // namespace test

@@ -8,8 +8,8 @@
 #include <string>
 #include <vector>
 
-#include "tests/end_to_end/subprocess.h"
 #include "tests/support/eventually.h"
+#include "tests/support/subprocess.h"
 
 // A child process, ended with the object. Its standard error is this process's.
 class Child {

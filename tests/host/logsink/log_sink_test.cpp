@@ -7,7 +7,7 @@
 #include <sstream>
 
 #include "tests/end_to_end/device_run.h"
-#include "tests/end_to_end/subprocess.h"
+#include "tests/support/subprocess.h"
 
 namespace {
 

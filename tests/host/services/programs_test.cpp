@@ -1,14 +1,15 @@
 // The command lines of allocator and camera service.
 #include <gmock/gmock.h>
 
-#include "tests/end_to_end/subprocess.h"
+#include "tests/support/subprocess.h"
+#include "tests/support/words.h"
 
 namespace {
 
 TEST(ServicePrograms, SayWhatTheyTakeAndWhatIsMissing) {
     const std::string nowhere = "STANDIN_BINDER_DIR=/nowhere";
     const struct {
-        std::vector<std::string> words;  // behind env: settings, program, arguments
+        Words words;  // behind env: settings, program, arguments
         int status;
         const char* text;  // on standard output where the status is 0, else on standard error
     } cases[] = {
@@ -25,9 +26,7 @@ TEST(ServicePrograms, SayWhatTheyTakeAndWhatIsMissing) {
             {{nowhere, "STANDIN_HAL_PATH=/nowhere", SERVICE_PROGRAM}, 1, "no graphics mapper"},
             {{nowhere, SERVICE_PROGRAM}, 1, "cannot register"}};
     for (const auto& [arguments, status, text] : cases) {
-        std::vector<std::string> words = {"env"};
-        words.insert(words.end(), arguments.begin(), arguments.end());
-        const end_to_end::Finished finished = end_to_end::runProgram(words);
+        const end_to_end::Finished finished = end_to_end::runProgram(Joined({{"env"}, arguments}));
         EXPECT_EQ(finished.status, status) << finished.err;
         EXPECT_THAT(status == 0 ? finished.out : finished.err, testing::HasSubstr(text));
     }

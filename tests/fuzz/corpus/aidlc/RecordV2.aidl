@@ -1,9 +1,11 @@
 package standin.aidltest;
 
+/** One field of each kind. */
 @VintfStability
 parcelable RecordV2 {
-    int number;
-    String text;
+    String[] texts;
+    double[] fines;
+    float ratio;
     int added = 1 << 20;
     boolean flag = true;
     byte small = -128;

@@ -45,16 +45,6 @@ TEST_F(SessionFixture, EachFaultLeadsToItsEvents) {
     }
 }
 
-TEST(FaultInjector, SmallJpegShowsTheCornerOfALargePicture) {
-    FaultInjector faults;
-    ASSERT_TRUE(faults.Add("small-jpeg").Ok());
-    const uint8_t pixel = 0;
-    imaging::Nv12View large = {&pixel, &pixel, 4000, 3000, 4096};
-    faults.ShrinkPicture(&large);
-    EXPECT_EQ(large.width, 320u);
-    EXPECT_EQ(large.height, 240u);
-}
-
 TEST(FaultInjector, UnknownNamesAndBadArgumentsAreErrors) {
     FaultInjector faults;
     EXPECT_EQ(faults.Add("open-eror").Error(), "unknown fault 'open-eror': 'help' lists them");

@@ -4,6 +4,7 @@
 #include <sys/types.h>
 
 #include <chrono>
+#include <initializer_list>
 #include <string>
 #include <utility>
 #include <vector>
@@ -36,15 +37,15 @@ class Subprocess {
 
     pid_t pid() const { return m_pid; }
 
-    // Reads on until standard output holds the text; false when it ends first or time is over.
-    bool waitForOutput(const std::string& text);
-
-    // Reads on until standard output holds the text after what was there at the call before this
-    // one; false as above. For a dialogue in which the same text comes again.
+    // Reads on until standard output holds the text after what the last call found; false when it
+    // ends first or time is over.
     bool waitForNext(const std::string& text);
 
     // Types at the terminal, or writes into the pipe.
     void type(const std::string& keys);
+
+    // For each pair, types the first text and waits for the second one as above.
+    bool Converse(std::initializer_list<std::pair<std::string, std::string>> lines);
 
     // Waits until the program has ended and no process holds its output open any more, which
     // includes processes that it left behind. Status -1 when that takes too long.

@@ -1,6 +1,6 @@
 // A program started by a test: its output, its end, its terminal.
 
-#include "tests/end_to_end/subprocess.h"
+#include "tests/support/subprocess.h"
 
 #include <fcntl.h>
 #include <poll.h>
@@ -93,13 +93,6 @@ bool Subprocess::readSome() {
     return true;
 }
 
-bool Subprocess::waitForOutput(const std::string& text) {
-    while (m_texts[0].find(text) == std::string::npos) {
-        if (!readSome()) return false;
-    }
-    return true;
-}
-
 bool Subprocess::waitForNext(const std::string& text) {
     size_t found = 0;
     while ((found = m_texts[0].find(text, m_seen)) == std::string::npos) {
@@ -111,6 +104,14 @@ bool Subprocess::waitForNext(const std::string& text) {
 
 void Subprocess::type(const std::string& keys) {
     if (write(m_input >= 0 ? m_input : m_ends[0], keys.data(), keys.size()) < 0) return;
+}
+
+bool Subprocess::Converse(std::initializer_list<std::pair<std::string, std::string>> lines) {
+    for (const auto& [typed, shown] : lines) {
+        type(typed);
+        if (!waitForNext(shown)) return false;
+    }
+    return true;
 }
 
 Finished Subprocess::finish() {
@@ -139,7 +140,7 @@ std::vector<std::string> processesWith(const std::string& text) {
         if (name.find_first_not_of("0123456789") != std::string::npos) continue;
         if (name == std::to_string(getpid())) continue;
         std::ifstream file(entry.path() / "cmdline", std::ios::binary);
-        std::string line((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
+        std::string line{std::istreambuf_iterator<char>(file), {}};
         std::replace(line.begin(), line.end(), '\0', ' ');
         if (line.find(text) != std::string::npos) found.push_back(line);
     }
