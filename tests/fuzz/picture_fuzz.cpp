@@ -36,15 +36,15 @@ bool isLarge(const uint8_t* data, size_t size) {
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     if (size == 0 || isLarge(data, size)) return 0;
     static const int file = memfd_create("picture", MFD_CLOEXEC);
-    require(ftruncate(file, 0) == 0);
-    require(pwrite(file, data, size, 0) == static_cast<ssize_t>(size));
+    Require(ftruncate(file, 0) == 0);
+    Require(pwrite(file, data, size, 0) == static_cast<ssize_t>(size));
     const auto read = offlineframes::ReadPicture("/proc/self/fd/" + std::to_string(file));
     if (!read.Ok()) {
-        require(!read.Error().empty());
+        Require(!read.Error().empty());
         return 0;
     }
     const offlineframes::Picture& picture = read.Value();
-    require(offlineframes::IsUsableSize(picture.width, picture.height));
-    require(picture.rgb.size() == size_t{picture.width} * picture.height * 3);
+    Require(offlineframes::IsUsableSize(picture.width, picture.height));
+    Require(picture.rgb.size() == size_t{picture.width} * picture.height * 3);
     return 0;
 }
