@@ -1,9 +1,9 @@
 # The one way in which the project's scripts read options. Sourced after terminal.sh.
 
 # read_options SWITCHES VALUES WORD...: reads the options, which come before all other words. SWITCHES
-# and VALUES list their names, with a blank on both sides of each. Leaves the table `given` (every name; what was given
-# has a 1, or its last value), the list `faults` (every value of --fault), the remaining `words`,
-# and in `ended` whether "--" came before them.
+# and VALUES list their names, with a blank on both sides of each. Leaves the table `given` (every
+# name; what was given has a 1, or its last value), the list `faults` (every value of --fault), the
+# remaining `words`, and in `ended` whether "--" came before them. Errors name the program as $call.
 declare -A given=()
 faults=() words=() ended=""
 read_options() {
@@ -22,7 +22,7 @@ read_options() {
             [[ -n "${given[$name]}" ]] || refuse "option $name needs a value"
             [[ "$name" != --fault ]] || faults+=("${given[$name]}")
         elif [[ "$1" == --* ]]; then
-            refuse "unknown option $1; try '$program --help'"
+            refuse "unknown option $1; try '${call:-$program} --help'"
         else
             break
         fi
