@@ -1,11 +1,7 @@
-// Objects of the process itself: calls, classes, references, and services by name.
+// Objects of the process itself: calls, classes and references.
 #include <android/binder_auto_utils.h>
 #include <android/binder_ibinder_platform.h>
-#include <android/binder_manager.h>
-#include <android/binder_stability.h>
 #include <gtest/gtest.h>
-
-#include <thread>
 
 #include "tests/host/libbinder_ndk/plain_class.h"
 
@@ -56,44 +52,6 @@ TEST(LocalBinder, EndsWithItsLastStrongReference) {
     binder = nullptr;
     EXPECT_TRUE(ended);
     EXPECT_EQ(weak.promote().get(), nullptr);
-}
-
-TEST(LocalBinderDeathTest, StabilityIsDeclaredOnce) {
-    ndk::SpAIBinder binder = NewObject();
-    AIBinder_markVintfStability(binder.get());
-    AIBinder_markVintfStability(binder.get());
-    EXPECT_DEATH(AIBinder_markVendorStability(binder.get()), "");
-}
-
-ndk::SpAIBinder Check(const char* name) {
-    return ndk::SpAIBinder(AServiceManager_checkService(name));
-}
-
-TEST(LocalServices, AreFoundReplacedAndWaitedFor) {
-    ndk::SpAIBinder first = NewObject();
-    ndk::SpAIBinder second = NewObject();
-    EXPECT_EQ(Check("test.IObject/a").get(), nullptr);
-    EXPECT_EQ(AServiceManager_addService(first.get(), "test.IObject/a"), EX_NONE);
-    EXPECT_EQ(Check("test.IObject/a"), first);
-    EXPECT_TRUE(AServiceManager_isDeclared("test.IObject/a"));
-    EXPECT_EQ(AServiceManager_addService(second.get(), "test.IObject/a"), EX_NONE);
-    EXPECT_EQ(Check("test.IObject/a"), second) << "the later one replaces";
-    std::thread adder([&]() {
-        EXPECT_EQ(AServiceManager_addService(first.get(), "test.IObject/late"), EX_NONE);
-    });
-    EXPECT_EQ(ndk::SpAIBinder(AServiceManager_waitForService("test.IObject/late")), first);
-    adder.join();
-}
-
-TEST(LocalServices, HaveValidNames) {
-    ndk::SpAIBinder service = NewObject();
-    EXPECT_EQ(AServiceManager_addService(nullptr, "x"), EX_ILLEGAL_ARGUMENT);
-    EXPECT_EQ(AServiceManager_addService(service.get(), nullptr), EX_ILLEGAL_ARGUMENT);
-    for (const std::string& name : {std::string(), std::string(128, 'a'), std::string("a b")}) {
-        EXPECT_EQ(AServiceManager_addService(service.get(), name.c_str()), EX_ILLEGAL_ARGUMENT);
-    }
-    EXPECT_EQ(AServiceManager_addService(service.get(), std::string(127, 'a').c_str()), EX_NONE);
-    EXPECT_EQ(Check(nullptr).get(), nullptr);
 }
 
 }  // namespace

@@ -3,6 +3,8 @@
 #include <gmock/gmock.h>
 #include <host_service_manager.h>
 
+#include <future>
+
 #include "tests/host/libbinder_ndk/peer_service.h"
 #include "tests/host/libbinder_ndk/test_bus.h"
 #include "tests/support/temporary_folder.h"
@@ -33,7 +35,11 @@ TEST(ServiceManager, FindsReplacesAndForgetsServices) {
     const int before = livePeerObjects();
     {
         const ndk::SpAIBinder own = newPeerObject();
+        auto waiting = std::async(std::launch::async, [&] {
+            return ndk::SpAIBinder(AServiceManager_waitForService(name.c_str()));
+        });
         ASSERT_EQ(Add(own, name), EX_NONE);
+        EXPECT_EQ(waiting.get(), own);
         EXPECT_EQ(Check(name), own);
     }
     EXPECT_EQ(livePeerObjects(), before + 1) << "the service manager holds it";
