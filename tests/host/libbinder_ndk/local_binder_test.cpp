@@ -7,15 +7,6 @@
 
 namespace {
 
-AIBinder_Class* Class() {
-    static AIBinder_Class* const clazz = newPlainClass("test.IObject");
-    return clazz;
-}
-
-ndk::SpAIBinder NewObject(bool* ended = nullptr) {
-    return ndk::SpAIBinder(AIBinder_new(Class(), ended));
-}
-
 // Calls with a request that was prepared for `prepared`.
 binder_status_t Transact(AIBinder* prepared, AIBinder* binder, transaction_code_t code,
                          binder_flags_t flags = 0) {
@@ -30,7 +21,9 @@ binder_status_t Transact(AIBinder* prepared, AIBinder* binder, transaction_code_
 }
 
 TEST(LocalBinder, ChecksCodesFlagsRequestsAndClass) {
-    ndk::SpAIBinder object = NewObject();
+    AIBinder_Class* const clazz = newPlainClass("test.IObject");
+    const ndk::SpAIBinder object(AIBinder_new(clazz, nullptr));
+    const ndk::SpAIBinder other(AIBinder_new(clazz, nullptr));
     AIBinder* const binder = object.get();
     EXPECT_FALSE(AIBinder_isRemote(binder));
     EXPECT_EQ(Transact(binder, binder, 1, FLAG_CLEAR_BUF | FLAG_PRIVATE_VENDOR), STATUS_OK);
@@ -38,14 +31,14 @@ TEST(LocalBinder, ChecksCodesFlagsRequestsAndClass) {
     EXPECT_EQ(Transact(binder, binder, LAST_CALL_TRANSACTION + 1), STATUS_UNKNOWN_TRANSACTION);
     EXPECT_EQ(Transact(binder, binder, 1, 0x40), STATUS_BAD_VALUE);
     EXPECT_EQ(Transact(nullptr, binder, 1), STATUS_UNEXPECTED_NULL);
-    EXPECT_EQ(Transact(NewObject().get(), binder, 1), STATUS_BAD_VALUE);
-    EXPECT_TRUE(AIBinder_associateClass(binder, Class()));
+    EXPECT_EQ(Transact(other.get(), binder, 1), STATUS_BAD_VALUE);
+    EXPECT_TRUE(AIBinder_associateClass(binder, clazz));
     EXPECT_FALSE(AIBinder_associateClass(binder, newPlainClass("test.IObject")));
 }
 
 TEST(LocalBinder, EndsWithItsLastStrongReference) {
     bool ended = false;
-    ndk::SpAIBinder binder = NewObject(&ended);
+    ndk::SpAIBinder binder(AIBinder_new(newPlainClass("test.IObject"), &ended));
     ndk::ScopedAIBinder_Weak weak(AIBinder_Weak_new(binder.get()));
     EXPECT_EQ(weak.promote(), binder);
     EXPECT_FALSE(ended);
