@@ -94,9 +94,8 @@ TEST_F(MisbehavingPeer, LosesItsConnectionByABadHeader) {
     bad.objectCount = bad.referenceCount = 2;
     ExpectRefused("more objects than fit", bytesOf(bad));
     bad.objectCount = 1;
-    bad.referenceCount = UINT32_MAX;
-    bad.descriptorCount = 2;
-    ExpectRefused("sum of counts wraps around", bytesOf(bad));
+    bad.referenceCount = bad.descriptorCount = 1;
+    ExpectRefused("counts that do not add up", bytesOf(bad));
     bad = frameHeader(FrameKind::kReply);
     ExpectRefused("reply to no call", bytesOf(bad));
     bad.kind = FrameKind::kRelease;
@@ -212,7 +211,7 @@ TEST_F(MisbehavingPeer, ThatDoesNotReadOrAnswerLosesItsConnection) {
     silent.Send(CallWithObjects(ArgumentsOfCall(), {0}, kMine));
     EXPECT_EQ(silent.Receive().code, hostbinder::kDescriptorCode) << "never answered";
     for (RawConnection* connection : {&greeting, &half, &silent}) {
-        EXPECT_TRUE(connection->IsClosed());
+        EXPECT_TRUE(connection->IsClosed(20));
     }
 }
 

@@ -30,10 +30,7 @@ class RawConnection {
   public:
     // Connects to the process's socket, and says nothing.
     explicit RawConnection(const std::string& socketName)
-        : m_fd(hostbinder::ConnectSocket(socketName)) {
-        const timeval limit{20, 0};  // longer than a peer waits
-        setsockopt(m_fd, SOL_SOCKET, SO_RCVTIMEO, &limit, sizeof(limit));
-    }
+        : m_fd(hostbinder::ConnectSocket(socketName)) {}
     // The same, greets with a new name and gets the process's object with this number.
     RawConnection(const std::string& socketName, uint64_t object) : RawConnection(socketName) {
         static int count = 0;
@@ -60,8 +57,11 @@ class RawConnection {
         EXPECT_TRUE(received.Ok() && received.Value());
         return frame.header;
     }
-    // Whether the peer closes the connection without sending anything more.
-    bool IsClosed() {
+    // Whether the peer closes the connection without sending anything more. It waits 10 s for the
+    // rest of a message: the usual limit tells that it refused the message without waiting.
+    bool IsClosed(time_t seconds = 8) {
+        const timeval limit{seconds, 0};
+        setsockopt(m_fd, SOL_SOCKET, SO_RCVTIMEO, &limit, sizeof(limit));
         char byte;
         const ssize_t got = recv(m_fd, &byte, 1, 0);
         return got == 0 || (got < 0 && errno == ECONNRESET);
