@@ -24,7 +24,6 @@ class ThreadPool {
 
     void Submit(Work work);
     void Start();
-    bool IsStarted();
     // False if threads beyond `count` may be running already.
     bool SetMaxThreads(uint32_t count);
     [[noreturn]] void Join();

@@ -1,25 +1,11 @@
-// Objects of the process itself: calls, classes, references, and services by name.
+// Objects of the process itself: calls, classes and references.
 #include <android/binder_auto_utils.h>
 #include <android/binder_ibinder_platform.h>
-#include <android/binder_manager.h>
-#include <android/binder_stability.h>
-#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
-#include <thread>
-
-#include "tests/host/libbinder_ndk/list_services.h"
 #include "tests/host/libbinder_ndk/plain_class.h"
 
 namespace {
-
-AIBinder_Class* Class() {
-    static AIBinder_Class* const clazz = newPlainClass("test.IObject");
-    return clazz;
-}
-
-ndk::SpAIBinder NewObject(bool* ended = nullptr) {
-    return ndk::SpAIBinder(AIBinder_new(Class(), ended));
-}
 
 // Calls with a request that was prepared for `prepared`.
 binder_status_t Transact(AIBinder* prepared, AIBinder* binder, transaction_code_t code,
@@ -35,7 +21,9 @@ binder_status_t Transact(AIBinder* prepared, AIBinder* binder, transaction_code_
 }
 
 TEST(LocalBinder, ChecksCodesFlagsRequestsAndClass) {
-    ndk::SpAIBinder object = NewObject();
+    AIBinder_Class* const clazz = newPlainClass("test.IObject");
+    const ndk::SpAIBinder object(AIBinder_new(clazz, nullptr));
+    const ndk::SpAIBinder other(AIBinder_new(clazz, nullptr));
     AIBinder* const binder = object.get();
     EXPECT_FALSE(AIBinder_isRemote(binder));
     EXPECT_EQ(Transact(binder, binder, 1, FLAG_CLEAR_BUF | FLAG_PRIVATE_VENDOR), STATUS_OK);
@@ -43,59 +31,20 @@ TEST(LocalBinder, ChecksCodesFlagsRequestsAndClass) {
     EXPECT_EQ(Transact(binder, binder, LAST_CALL_TRANSACTION + 1), STATUS_UNKNOWN_TRANSACTION);
     EXPECT_EQ(Transact(binder, binder, 1, 0x40), STATUS_BAD_VALUE);
     EXPECT_EQ(Transact(nullptr, binder, 1), STATUS_UNEXPECTED_NULL);
-    EXPECT_EQ(Transact(NewObject().get(), binder, 1), STATUS_BAD_VALUE);
-    EXPECT_TRUE(AIBinder_associateClass(binder, Class()));
+    EXPECT_EQ(Transact(other.get(), binder, 1), STATUS_BAD_VALUE);
+    EXPECT_TRUE(AIBinder_associateClass(binder, clazz));
     EXPECT_FALSE(AIBinder_associateClass(binder, newPlainClass("test.IObject")));
 }
 
 TEST(LocalBinder, EndsWithItsLastStrongReference) {
     bool ended = false;
-    ndk::SpAIBinder binder = NewObject(&ended);
+    ndk::SpAIBinder binder(AIBinder_new(newPlainClass("test.IObject"), &ended));
     ndk::ScopedAIBinder_Weak weak(AIBinder_Weak_new(binder.get()));
     EXPECT_EQ(weak.promote(), binder);
     EXPECT_FALSE(ended);
     binder = nullptr;
     EXPECT_TRUE(ended);
     EXPECT_EQ(weak.promote().get(), nullptr);
-}
-
-TEST(LocalBinderDeathTest, StabilityIsDeclaredOnce) {
-    ndk::SpAIBinder binder = NewObject();
-    AIBinder_markVintfStability(binder.get());
-    AIBinder_markVintfStability(binder.get());
-    EXPECT_DEATH(AIBinder_markVendorStability(binder.get()), "");
-}
-
-ndk::SpAIBinder Check(const char* name) {
-    return ndk::SpAIBinder(AServiceManager_checkService(name));
-}
-
-TEST(LocalServices, AreFoundReplacedAndWaitedFor) {
-    ndk::SpAIBinder first = NewObject();
-    ndk::SpAIBinder second = NewObject();
-    EXPECT_EQ(Check("test.IObject/a").get(), nullptr);
-    EXPECT_EQ(AServiceManager_addService(first.get(), "test.IObject/a"), EX_NONE);
-    EXPECT_EQ(Check("test.IObject/a"), first);
-    EXPECT_TRUE(AServiceManager_isDeclared("test.IObject/a"));
-    EXPECT_EQ(AServiceManager_addService(second.get(), "test.IObject/a"), EX_NONE);
-    EXPECT_EQ(Check("test.IObject/a"), second) << "the later one replaces";
-    EXPECT_THAT(listServices(), testing::Contains("test.IObject/a"));
-    std::thread adder([&]() {
-        EXPECT_EQ(AServiceManager_addService(first.get(), "test.IObject/late"), EX_NONE);
-    });
-    EXPECT_EQ(ndk::SpAIBinder(AServiceManager_waitForService("test.IObject/late")), first);
-    adder.join();
-}
-
-TEST(LocalServices, HaveValidNames) {
-    ndk::SpAIBinder service = NewObject();
-    EXPECT_EQ(AServiceManager_addService(nullptr, "x"), EX_ILLEGAL_ARGUMENT);
-    EXPECT_EQ(AServiceManager_addService(service.get(), nullptr), EX_ILLEGAL_ARGUMENT);
-    for (const std::string& name : {std::string(), std::string(128, 'a'), std::string("a b")}) {
-        EXPECT_EQ(AServiceManager_addService(service.get(), name.c_str()), EX_ILLEGAL_ARGUMENT);
-    }
-    EXPECT_EQ(AServiceManager_addService(service.get(), std::string(127, 'a').c_str()), EX_NONE);
-    EXPECT_EQ(Check(nullptr).get(), nullptr);
 }
 
 }  // namespace

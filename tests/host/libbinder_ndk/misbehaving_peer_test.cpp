@@ -1,10 +1,12 @@
-// Peers with a bug that speak the wire format well: other peers are served on, and nothing stays
+// Peers with a bug. A malformed message ends its own connection, a peer that speaks the wire format
+// well but floods, nests or does not read is refused; others are served on, and nothing stays
 // behind.
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "host/libbinder_ndk/objects.h"
 #include "host/libbinder_ndk/parcel.h"
 #include "tests/host/libbinder_ndk/peer_service.h"
 #include "tests/host/libbinder_ndk/raw_connection.h"
@@ -15,6 +17,9 @@ namespace {
 
 using hostbinder::FrameHeader;
 using hostbinder::FrameKind;
+using hostbinder::ObjectRecord;
+using hostbinder::ReferenceOwner;
+using hostbinder::ReferenceRecord;
 
 // The beginning of a request to the peer's object.
 std::string RequestStart() {
@@ -25,97 +30,188 @@ std::string RequestStart() {
 
 class MisbehavingPeer : public testing::Test {
   protected:
-    explicit MisbehavingPeer(const std::vector<std::string>& options = {})
-        : mPeer(startPeer(options)) {}
+    explicit MisbehavingPeer(const end_to_end::Subprocess::Environment& environment = {})
+        : m_peer(startPeer(environment)) {}
     ~MisbehavingPeer() override {
-        EXPECT_EQ(add(mPeer.binder, 1), 2);
+        EXPECT_EQ(add(m_peer.binder, 1), 2);
         EXPECT_TRUE(eventually([&]() {
-            const ProcessCounts now = countsOf(mPeer.process.pid());
-            return now.descriptors <= mBefore.descriptors && now.threads <= mBefore.threads + 16;
+            const ProcessCounts now = countsOf(m_peer.process->pid());
+            return now.descriptors <= m_before.descriptors && now.threads <= m_before.threads + 16;
         })) << "pool threads stay, and nothing else";
     }
-    std::string Call(uint64_t id, uint32_t code, const std::string& body) {
-        FrameHeader call = frameHeader(FrameKind::kCall, static_cast<uint32_t>(body.size()));
-        call.id = id;
-        call.target = mObject;
-        call.code = code;
-        return bytesOf(call, body);
+    FrameHeader CallHeader(uint32_t code, size_t dataSize) {
+        FrameHeader header = frameHeader(FrameKind::kCall, dataSize);
+        header.target = m_object;
+        header.code = code;
+        return header;
     }
-    // A call of kCall with an object of the sender's.
-    std::string CallWithObject(uint64_t number) {
-        std::string body = RequestStart();
-        FrameHeader call = frameHeader(FrameKind::kCall, static_cast<uint32_t>(body.size()) + 32);
-        const uint32_t offset = call.dataSize - 32;
-        appendBytes(&body, hostbinder::ObjectRecord{hostbinder::kBinderHandle, 0, 0, 0});
-        for (int32_t word : {int32_t{hostbinder::kStabilitySystem}, 1}) appendBytes(&body, word);
-        appendBytes(&body, offset);
-        appendBytes(&body, hostbinder::ReferenceRecord{
-                                   hostbinder::ReferenceOwner::kSender, 0, number, {}});
-        call.target = mObject;
-        call.code = kCall;
-        call.chain = 7;
-        call.objectCount = call.referenceCount = 1;
-        return bytesOf(call, body);
+    std::string Call(uint64_t id, uint32_t code, const std::string& body) {
+        FrameHeader header = CallHeader(code, body.size());
+        header.id = id;
+        return bytesOf(header) + body;
+    }
+    // A call of kCall with these arguments. Objects are at these places in them, each with this
+    // reference.
+    std::string CallWithObjects(const std::string& arguments, const std::vector<size_t>& places,
+                                const ReferenceRecord& reference) {
+        std::string body = RequestStart() + arguments;
+        FrameHeader header = CallHeader(kCall, body.size());
+        header.chain = 7;
+        header.objectCount = header.referenceCount = static_cast<uint32_t>(places.size());
+        for (size_t place : places) {
+            body += bytesOf(static_cast<uint32_t>(RequestStart().size() + place));
+        }
+        for (size_t i = 0; i < places.size(); ++i) body += bytesOf(reference);
+        return bytesOf(header) + body;
+    }
+    // Expects the message to end its connection without an answer, and the peer to live on.
+    void ExpectRefused(const char* what, const std::string& message,
+                       const std::vector<int>& fds = {}) {
+        RawConnection connection(m_socket, m_object);
+        connection.Send(message, fds);
+        EXPECT_TRUE(connection.IsClosed()) << what;
+        EXPECT_EQ(add(m_peer.binder, 1), 2) << what;
     }
 
-    Peer mPeer;
-    const std::string mSocket = peerSocket(mPeer.process.pid());
-    const uint64_t mObject = numberOf(mPeer.binder);
-    const ProcessCounts mBefore = countsOf(mPeer.process.pid());
+    Peer m_peer;
+    const std::string m_socket = m_peer.binder.get()->AsProxy()->Owner()->Name();
+    const uint64_t m_object = m_peer.binder.get()->AsProxy()->Number();
+    const ProcessCounts m_before = countsOf(m_peer.process->pid());
 };
 
+constexpr ReferenceRecord kMine{ReferenceOwner::kSender, 0, 5, {}};
+
+TEST_F(MisbehavingPeer, LosesItsConnectionByABadHeader) {
+    FrameHeader bad = frameHeader(FrameKind::kAcquire);  // with the magic number it is answered
+    bad.target = m_object;
+    bad.magic ^= 1;
+    ExpectRefused("magic", bytesOf(bad));
+    ExpectRefused("kind", bytesOf(frameHeader(static_cast<FrameKind>(99))));
+    ExpectRefused("greeting", bytesOf(frameHeader(FrameKind::kHello)));
+    ExpectRefused("size", bytesOf(frameHeader(FrameKind::kCall, hostbinder::kMaxParcelBytes + 1)));
+    ExpectRefused("content without a parcel", bytesOf(frameHeader(FrameKind::kAcquire, 8)));
+    bad = frameHeader(FrameKind::kCall, 24);
+    bad.objectCount = bad.referenceCount = 2;
+    ExpectRefused("more objects than fit", bytesOf(bad));
+    bad.objectCount = 1;
+    bad.referenceCount = bad.descriptorCount = 1;
+    ExpectRefused("counts that do not add up", bytesOf(bad));
+    bad = frameHeader(FrameKind::kReply);
+    ExpectRefused("reply to no call", bytesOf(bad));
+    bad.kind = FrameKind::kRelease;
+    bad.target = m_object;
+    bad.id = 2;  // one more than the connection has
+    ExpectRefused("release of too many", bytesOf(bad));
+    bad = CallHeader(kAdd, 0);
+    const ndk::SpAIBinder other = getBinder(m_peer.binder, kNewObject);
+    bad.target = other.get()->AsProxy()->Number();
+    ExpectRefused("object of another connection", bytesOf(bad));
+    RawConnection callsFirst(m_socket);
+    callsFirst.Send(bytesOf(frameHeader(FrameKind::kCall)));
+    EXPECT_TRUE(callsFirst.IsClosed()) << "no greeting";
+}
+
+TEST_F(MisbehavingPeer, LosesItsConnectionByABadBody) {
+    const std::string whole = Call(1, kAdd, std::string(8, '\0'));
+    for (size_t size : {size_t{1}, sizeof(FrameHeader) - 1, sizeof(FrameHeader) + 3}) {
+        RawConnection connection(m_socket, m_object);
+        connection.Send(whole.substr(0, size), {STDERR_FILENO});
+        connection.EndSending();
+        EXPECT_TRUE(connection.IsClosed()) << "ends early";
+    }
+    ExpectRefused("unannounced descriptor", Call(1, kAdd, "1234"), {STDERR_FILENO});
+    FrameHeader missing = CallHeader(kAdd, sizeof(ObjectRecord));
+    missing.objectCount = missing.descriptorCount = 1;
+    ExpectRefused("missing descriptor",
+                  bytesOf(missing) + bytesOf(ObjectRecord{hostbinder::kDescriptor, 0, 0, 0}) +
+                          bytesOf(uint32_t{0}));
+}
+
+TEST_F(MisbehavingPeer, LosesItsConnectionByABadObject) {
+    const ObjectRecord good{hostbinder::kBinderHandle, 0, 0, 0};
+    struct Case {
+        const char* what;
+        ObjectRecord record;
+        size_t place;
+        ReferenceRecord reference;
+    };
+    for (const Case& c : std::vector<Case>{
+                 {"behind the end", good, 12, kMine},
+                 {"at the largest offset", good, UINT32_MAX - 3 - RequestStart().size(), kMine},
+                 {"unaligned", good, 2, kMine},
+                 {"unknown type", {1, 0, 0, 0}, 0, kMine},
+                 {"index out of range", {hostbinder::kBinderHandle, 0, 1, 0}, 0, kMine},
+                 {"descriptor without one", {hostbinder::kDescriptor, 0, 0, 0}, 0, kMine},
+                 {"owner", good, 0, {static_cast<ReferenceOwner>(9), 0, 5, {}}},
+                 {"unknown object", good, 0, {ReferenceOwner::kReceiver, 0, 99, {}}},
+         }) {
+        ExpectRefused(c.what, CallWithObjects(bytesOf(c.record) + std::string(8, '\0'), {c.place},
+                                              c.reference));
+    }
+    // The first record's cookie is the second one's type.
+    const ObjectRecord first{hostbinder::kBinderHandle, 0, 0, hostbinder::kBinderHandle};
+    ExpectRefused("overlap", CallWithObjects(bytesOf(first) + std::string(24, '\0'), {0, 16},
+                                             {ReferenceOwner::kReceiver, 0, m_object, {}}));
+}
+
 struct FloodingPeer : MisbehavingPeer {
-    FloodingPeer() : MisbehavingPeer({"--late-pool"}) {}
+    FloodingPeer() : MisbehavingPeer({{"PEER_LATE_POOL", "1"}}) {}
 };
 
 TEST_F(FloodingPeer, IsRefusedWhatNoLongerFits) {
     constexpr size_t kSize = 512 * 1024;
     constexpr uint64_t kFit = 7;  // in 4 MiB, with what each call takes besides
     constexpr uint64_t kCalls = 12;
-    RawConnection flood(mSocket, mObject);
+    RawConnection flood(m_socket, m_object);
     for (uint64_t id = 1; id <= kCalls; ++id) {
-        flood.send(Call(id, kAdd, std::string(kSize, '\0')));
+        flood.Send(Call(id, kAdd, std::string(kSize, '\0')));
         if (id <= kFit) continue;
-        const FrameHeader refusal = flood.receive();
+        const FrameHeader refusal = flood.Receive();
         EXPECT_EQ(refusal.id, id);
         EXPECT_EQ(refusal.status, STATUS_FAILED_TRANSACTION);
     }
-    mPeer.process.nudge();
-    for (uint64_t i = 0; i < kFit; ++i) EXPECT_EQ(flood.receive().status, STATUS_BAD_TYPE);
-    flood.send(Call(99, hostbinder::kPingCode, ""));
-    EXPECT_EQ(flood.receive().status, STATUS_OK) << "there is room again";
+    m_peer.process->type("x");  // starts the pool
+    for (uint64_t i = 0; i < kFit; ++i) EXPECT_EQ(flood.Receive().status, STATUS_BAD_TYPE);
+    flood.Send(Call(99, hostbinder::kPingCode, ""));
+    EXPECT_EQ(flood.Receive().status, STATUS_OK) << "there is room again";
+}
+
+// A call of kCall with a new object of the sender's, whose class the peer asks for.
+std::string ArgumentsOfCall() {
+    return bytesOf(ObjectRecord{hostbinder::kBinderHandle, 0, 0, 0}) +
+           bytesOf(int32_t{hostbinder::kStabilitySystem}) + bytesOf(int32_t{1});
 }
 
 TEST_F(MisbehavingPeer, WhoseCallsBackNestWithoutEndIsRefused) {
-    RawConnection nesting(mSocket, mObject);
-    // Each call has a new object, whose class the peer asks for; the answer is the next call.
-    int depth = 0;
+    RawConnection nesting(m_socket, m_object);
+    uint64_t depth = 0;
     FrameHeader answer{};
     do {
-        nesting.send(CallWithObject(1000 + static_cast<uint64_t>(++depth)));
+        nesting.Send(CallWithObjects(ArgumentsOfCall(), {0},
+                                     {ReferenceOwner::kSender, 0, 1000 + ++depth, {}}));
         do {
-            answer = nesting.receive();
+            answer = nesting.Receive();
         } while (answer.kind == FrameKind::kRelease);
     } while (answer.kind == FrameKind::kCall && depth < 1000);
     EXPECT_EQ(answer.kind, FrameKind::kReply);
     EXPECT_EQ(answer.status, STATUS_FAILED_TRANSACTION);
-    EXPECT_EQ(depth, 65);
+    EXPECT_EQ(depth, 65u);
 }
 
 TEST_F(MisbehavingPeer, ThatDoesNotReadOrAnswerLosesItsConnection) {
-    const std::string large = RequestStart() + std::string("\0\0\1\0", 4) +  // 64 KiB of bytes
-                              std::string(64 * 1024, '\0');
-    RawConnection unread(mSocket, mObject);
-    for (uint64_t id = 1; id <= 20; ++id) unread.send(Call(id, kEchoBytes, large));
-    RawConnection greeting(mSocket);
-    greeting.send(bytesOf(frameHeader(FrameKind::kHello, 8)));
-    RawConnection half(mSocket, mObject);
-    half.send(Call(1, kAdd, "12345678").substr(0, sizeof(FrameHeader) + 4));
-    RawConnection silent(mSocket, mObject);
-    silent.send(CallWithObject(1000));
-    EXPECT_EQ(silent.receive().code, hostbinder::kDescriptorCode) << "never answered";
+    const std::string large = RequestStart() + bytesOf(uint32_t{64 * 1024}) +
+                              std::string(64 * 1024, '\0') + bytesOf(uint32_t{0});
+    RawConnection unread(m_socket, m_object);
+    for (uint64_t id = 1; id <= 20; ++id) unread.Send(Call(id, kEcho, large));
+    RawConnection greeting(m_socket);
+    greeting.Send(bytesOf(frameHeader(FrameKind::kHello, 8)));
+    RawConnection half(m_socket, m_object);
+    half.Send(Call(1, kAdd, "12345678").substr(0, sizeof(FrameHeader) + 4));
+    RawConnection silent(m_socket, m_object);
+    silent.Send(CallWithObjects(ArgumentsOfCall(), {0}, kMine));
+    EXPECT_EQ(silent.Receive().code, hostbinder::kDescriptorCode) << "never answered";
     for (RawConnection* connection : {&greeting, &half, &silent}) {
-        EXPECT_TRUE(connection->isClosed());
+        EXPECT_TRUE(connection->IsClosed(20));
     }
 }
 
@@ -127,11 +223,9 @@ TEST_F(MisbehavingPeer, IsMissedWhenItDiesThoughItsChildHasItsSocket) {
     ASSERT_GE(peer, 0);
     if (peer == 0) {
         alarm(30);
-        RawConnection connection(mSocket, mObject);
+        RawConnection connection(m_socket, m_object);
         const pid_t child = fork();
-        if (child == 0) {
-            for (;;) pause();
-        }
+        while (child == 0) pause();
         if (write(ready[1], &child, sizeof(child)) != sizeof(child)) _exit(1);
         for (;;) pause();
     }
@@ -140,7 +234,7 @@ TEST_F(MisbehavingPeer, IsMissedWhenItDiesThoughItsChildHasItsSocket) {
     kill(peer, SIGKILL);
     waitpid(peer, nullptr, 0);
     EXPECT_TRUE(eventually(
-            [&]() { return countsOf(mPeer.process.pid()).descriptors <= mBefore.descriptors; }));
+            [&]() { return countsOf(m_peer.process->pid()).descriptors <= m_before.descriptors; }));
     kill(child, SIGKILL);
     for (int end : ready) close(end);
 }

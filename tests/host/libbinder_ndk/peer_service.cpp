@@ -5,128 +5,101 @@
 #include <unistd.h>
 
 #include <atomic>
+#include <map>
 #include <mutex>
+#include <tuple>
 
 namespace {
 
-struct State {
-    std::mutex mutex;  // guards what follows
-    ndk::SpAIBinder held;
-    std::vector<int32_t> records;
-    std::thread::id addThread;
-    std::atomic<int> live{0};
+using Bytes = std::vector<uint8_t>;
+using Fd = ndk::ScopedFileDescriptor;
+
+std::mutex gMutex;  // guards the three that follow
+ndk::SpAIBinder gHeld;
+std::vector<int32_t> gRecords;
+std::thread::id gAddThread;
+std::atomic<int> gLive{0};
+
+using Method = std::function<binder_status_t(const AParcel* in, AParcel* out)>;
+
+// Reads the arguments, and calls the function with the answer's parcel and them.
+template <typename... Arguments, typename Function>
+Method Takes(Function function) {
+    return [function](const AParcel* in, AParcel* out) -> binder_status_t {
+        std::tuple<Arguments...> values;
+        const auto read = [in](auto&... value) { return reads(&value...)(in); };
+        const auto call = [&](auto&... value) { return function(out, value...); };
+        const binder_status_t status = std::apply(read, values);
+        return status == STATUS_OK ? std::apply(call, values) : status;
+    };
+}
+
+const std::map<transaction_code_t, Method> kMethods = {
+        {kAdd, Takes<int32_t>([](AParcel* out, int32_t value) {
+             std::lock_guard<std::mutex> lock(gMutex);
+             gAddThread = std::this_thread::get_id();
+             return writes(value + 1)(out);
+         })},
+        {kEcho, Takes<Bytes, std::vector<Fd>>([](AParcel* out, Bytes& bytes, std::vector<Fd>& fds) {
+             return writes(bytes, fds)(out);
+         })},
+        {kHold, Takes<ndk::SpAIBinder>([](AParcel*, ndk::SpAIBinder& binder) {
+             std::lock_guard<std::mutex> lock(gMutex);
+             std::swap(gHeld, binder);  // the one before ends after the lock
+             return STATUS_OK;
+         })},
+        {kGetHeld, Takes<>([](AParcel* out) {
+             std::lock_guard<std::mutex> lock(gMutex);
+             return writes(gHeld)(out);
+         })},
+        {kCall,
+         Takes<ndk::SpAIBinder, int32_t>([](AParcel* out, ndk::SpAIBinder& target, int32_t value) {
+             const auto status = callPeer(target, kAdd, writes(value), reads(&value));
+             return status == STATUS_OK ? writes(value)(out) : status;
+         })},
+        {kNewObject, Takes<>([](AParcel* out) { return writes(newPeerObject())(out); })},
+        {kLiveObjects, Takes<>([](AParcel* out) { return writes(livePeerObjects())(out); })},
+        {kBlock, Takes<Fd, Fd>([](AParcel*, Fd& entered, Fd& go) {
+             char byte = 1;
+             const bool moved =
+                     write(entered.get(), &byte, 1) == 1 && read(go.get(), &byte, 1) == 1;
+             return moved ? STATUS_OK : STATUS_FAILED_TRANSACTION;
+         })},
+        {kRecord, Takes<int32_t>([](AParcel*, int32_t value) {
+             std::lock_guard<std::mutex> lock(gMutex);
+             gRecords.push_back(value);
+             return STATUS_OK;
+         })},
+        {kRecords, Takes<>([](AParcel* out) {
+             std::lock_guard<std::mutex> lock(gMutex);
+             return writes(gRecords)(out);
+         })},
+        {kCaller,
+         Takes<>([](AParcel* out) { return writes(int32_t{AIBinder_getCallingPid()})(out); })},
+        {kFail, Takes<int32_t>([](AParcel*, int32_t status) { return status; })},
 };
 
-State& state() {
-    static State* const shared = new State;
-    return *shared;
+binder_status_t Handle(AIBinder*, transaction_code_t code, const AParcel* in, AParcel* out) {
+    const auto method = kMethods.find(code);
+    return method == kMethods.end() ? STATUS_UNKNOWN_TRANSACTION : method->second(in, out);
 }
 
-template <typename T>
-T locked(T State::*member) {
-    std::lock_guard<std::mutex> lock(state().mutex);
-    return state().*member;
-}
-
-// The answer is the argument.
-template <typename T>
-binder_status_t echo(const AParcel* in, AParcel* out) {
-    std::vector<T> values;
-    const binder_status_t status = reads(&values)(in);
-    return status == STATUS_OK ? writes(values)(out) : status;
-}
-
-binder_status_t holdBinder(const AParcel* in) {
-    ndk::SpAIBinder binder;  // the one before ends after the lock
-    const binder_status_t status = reads(&binder)(in);
-    std::lock_guard<std::mutex> lock(state().mutex);
-    std::swap(state().held, binder);
-    return status;
-}
-
-binder_status_t callBinder(const AParcel* in, AParcel* out) {
-    ndk::SpAIBinder target;
-    int32_t value = 0;
-    binder_status_t status = reads(&target, &value)(in);
-    if (status != STATUS_OK) return status;
-    const int32_t answer = add(target, value, &status);
-    return status == STATUS_OK ? writes(answer)(out) : status;
-}
-
-binder_status_t block(const AParcel* in) {
-    ndk::ScopedFileDescriptor entered;
-    ndk::ScopedFileDescriptor go;
-    const binder_status_t status = reads(&entered, &go)(in);
-    if (status != STATUS_OK) return status;
-    char byte = 1;
-    const bool moved = write(entered.get(), &byte, 1) == 1 && read(go.get(), &byte, 1) == 1;
-    return moved ? STATUS_OK : STATUS_FAILED_TRANSACTION;
-}
-
-binder_status_t handleNumber(transaction_code_t code, const AParcel* in, AParcel* out) {
-    int32_t value = 0;
-    const binder_status_t status = reads(&value)(in);
-    if (status != STATUS_OK || code == kFail) return status == STATUS_OK ? value : status;
-    std::lock_guard<std::mutex> lock(state().mutex);
-    if (code == kRecord) {
-        state().records.push_back(value);
-        return STATUS_OK;
-    }
-    state().addThread = std::this_thread::get_id();
-    return writes(value + 1)(out);
-}
-
-binder_status_t handle(AIBinder*, transaction_code_t code, const AParcel* in, AParcel* out) {
-    switch (code) {
-        case kAdd:
-        case kRecord:
-        case kFail:
-            return handleNumber(code, in, out);
-        case kEchoFds:
-            return echo<ndk::ScopedFileDescriptor>(in, out);
-        case kEchoBytes:
-            return echo<uint8_t>(in, out);
-        case kHold:
-            return holdBinder(in);
-        case kGetHeld:
-            return writes(locked(&State::held))(out);
-        case kRecords:
-            return writes(locked(&State::records))(out);
-        case kCall:
-            return callBinder(in, out);
-        case kNewObject:
-            return writes(newPeerObject())(out);
-        case kLiveObjects:
-            return writes(livePeerObjects())(out);
-        case kBlock:
-            return block(in);
-        case kCountFds:
-            return writes(countOpenDescriptors())(out);
-        case kCaller:
-            return writes(int32_t{AIBinder_getCallingPid()},
-                          static_cast<int32_t>(AIBinder_getCallingUid()))(out);
-        default:
-            return STATUS_UNKNOWN_TRANSACTION;
-    }
-}
-
-AIBinder_Class* makeClass() {
+AIBinder_Class* MakeClass() {
+    const auto create = [](void*) -> void* {
+        ++gLive;
+        return nullptr;
+    };
     AIBinder_Class* clazz = AIBinder_Class_define(
-            "test.IPeer",
-            [](void*) -> void* {
-                ++state().live;
-                return nullptr;
-            },
-            [](void*) { --state().live; }, handle);
-    static constexpr const char* kNames[] = {"add", "echoFds", "echoBytes"};
-    AIBinder_Class_setTransactionNames(clazz, kNames, 3);
+            "test.IPeer", create, [](void*) { --gLive; }, Handle);
+    static constexpr const char* kNames[] = {"add"};
+    AIBinder_Class_setTransactionNames(clazz, kNames, 1);
     return clazz;
 }
 
 }  // namespace
 
 const AIBinder_Class* peerClass() {
-    static const AIBinder_Class* const clazz = makeClass();
+    static const AIBinder_Class* const clazz = MakeClass();
     return clazz;
 }
 
@@ -135,11 +108,12 @@ ndk::SpAIBinder newPeerObject() {
 }
 
 int livePeerObjects() {
-    return state().live;
+    return gLive;
 }
 
 std::thread::id lastAddThread() {
-    return locked(&State::addThread);
+    std::lock_guard<std::mutex> lock(gMutex);
+    return gAddThread;
 }
 
 binder_status_t callPeer(const ndk::SpAIBinder& binder, transaction_code_t code,
@@ -156,38 +130,4 @@ binder_status_t callPeer(const ndk::SpAIBinder& binder, transaction_code_t code,
     ndk::ScopedAParcel out;
     status = AIBinder_transact(binder.get(), code, in.getR(), out.getR(), flags);
     return status == STATUS_OK && read ? read(out.get()) : status;
-}
-
-int32_t askPeer(const ndk::SpAIBinder& binder, transaction_code_t code,
-                const std::function<binder_status_t(AParcel*)>& write, binder_status_t* status) {
-    int32_t answer = -1;
-    const binder_status_t result = callPeer(binder, code, write, reads(&answer));
-    if (status != nullptr) *status = result;
-    return answer;
-}
-
-int32_t add(const ndk::SpAIBinder& binder, int32_t value, binder_status_t* status) {
-    return askPeer(binder, kAdd, writes(value), status);
-}
-
-int32_t callThrough(const ndk::SpAIBinder& via, const ndk::SpAIBinder& target, int32_t value,
-                    binder_status_t* status) {
-    return askPeer(via, kCall, writes(target, value), status);
-}
-
-std::vector<int32_t> recordsOf(const ndk::SpAIBinder& binder) {
-    std::vector<int32_t> records;
-    callPeer(binder, kRecords, nullptr, reads(&records));
-    return records;
-}
-
-binder_status_t hold(const ndk::SpAIBinder& peer, const ndk::SpAIBinder& object,
-                     binder_flags_t flags) {
-    return callPeer(peer, kHold, writes(object), nullptr, flags);
-}
-
-ndk::SpAIBinder getBinder(const ndk::SpAIBinder& peer, transaction_code_t code) {
-    ndk::SpAIBinder binder;
-    callPeer(peer, code, nullptr, reads(&binder));
-    return binder;
 }

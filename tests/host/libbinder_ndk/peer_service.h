@@ -5,17 +5,13 @@
 #include <android/binder_parcel_utils.h>
 
 #include <functional>
-#include <string>
 #include <thread>
 #include <vector>
-
-#include "tests/host/libhidlbase/open_descriptors.h"
 
 // What a peer does on request. Values are int32 unless said otherwise.
 enum PeerRequest : transaction_code_t {
     kAdd = FIRST_CALL_TRANSACTION,  // value -> value + 1
-    kEchoFds,                       // fds -> the same fds
-    kEchoBytes,                     // bytes -> bytes
+    kEcho,                          // bytes, fds -> the same
     kHold,                          // binder, which may be null: kept until the next kHold
     kGetHeld,                       // -> binder
     kCall,                          // binder, value -> what the binder's kAdd answers
@@ -24,8 +20,7 @@ enum PeerRequest : transaction_code_t {
     kBlock,                         // fd entered, fd go: writes to one, waits for the other
     kRecord,                        // value: appended to the peer's list
     kRecords,                       // -> the list
-    kCountFds,                      // -> how many descriptors the process has open
-    kCaller,                        // -> pid and uid of the caller
+    kCaller,                        // -> pid of the caller
     kFail,                          // status: returned as transport status
     kPeerRequestEnd,
 };
@@ -78,15 +73,20 @@ binder_status_t callPeer(const ndk::SpAIBinder& binder, transaction_code_t code,
                          const std::function<binder_status_t(const AParcel*)>& read = nullptr,
                          binder_flags_t flags = 0);
 
-// Calls with an int32 answer; -1 (and *status, if given) on failure.
-int32_t askPeer(const ndk::SpAIBinder& binder, transaction_code_t code,
-                const std::function<binder_status_t(AParcel*)>& write = nullptr,
-                binder_status_t* status = nullptr);
-int32_t add(const ndk::SpAIBinder& binder, int32_t value, binder_status_t* status = nullptr);
-// Lets `via` call add() of `target`.
-int32_t callThrough(const ndk::SpAIBinder& via, const ndk::SpAIBinder& target, int32_t value,
-                    binder_status_t* status = nullptr);
-std::vector<int32_t> recordsOf(const ndk::SpAIBinder& binder);
-binder_status_t hold(const ndk::SpAIBinder& peer, const ndk::SpAIBinder& object,
-                     binder_flags_t flags = 0);
-ndk::SpAIBinder getBinder(const ndk::SpAIBinder& peer, transaction_code_t code);
+// A call with one value as its answer; T() on failure.
+template <typename T = int32_t>
+T askPeer(const ndk::SpAIBinder& binder, transaction_code_t code,
+          const std::function<binder_status_t(AParcel*)>& write = nullptr) {
+    T answer{};
+    return callPeer(binder, code, write, reads(&answer)) == STATUS_OK ? answer : T();
+}
+inline int32_t add(const ndk::SpAIBinder& binder, int32_t value) {
+    return askPeer(binder, kAdd, writes(value));
+}
+inline binder_status_t hold(const ndk::SpAIBinder& peer, const ndk::SpAIBinder& object,
+                            binder_flags_t flags = 0) {
+    return callPeer(peer, kHold, writes(object), nullptr, flags);
+}
+inline ndk::SpAIBinder getBinder(const ndk::SpAIBinder& peer, transaction_code_t code) {
+    return askPeer<ndk::SpAIBinder>(peer, code);
+}

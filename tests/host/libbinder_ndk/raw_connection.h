@@ -1,48 +1,72 @@
 // A connection that speaks the wire format by hand, so that it can say anything.
 #pragma once
 
-#include <android/binder_auto_utils.h>
+#include <gtest/gtest.h>
+#include <sys/socket.h>
+#include <unistd.h>
 
+#include <cerrno>
 #include <string>
 #include <vector>
 
-#include "host/libbinder_ndk/wire_format.h"
+#include "host/libbinder_ndk/frame.h"
+#include "host/libbinder_ndk/sockets.h"
+#include "tests/host/libbinder_ndk/send_bytes.h"
 
-hostbinder::FrameHeader frameHeader(hostbinder::FrameKind kind, uint32_t dataSize = 0);
-
-template <typename T>
-void appendBytes(std::string* bytes, const T& value) {
-    bytes->append(reinterpret_cast<const char*>(&value), sizeof(value));
+inline hostbinder::FrameHeader frameHeader(hostbinder::FrameKind kind, size_t dataSize = 0) {
+    hostbinder::FrameHeader header{};
+    header.magic = hostbinder::kFrameMagic;
+    header.kind = kind;
+    header.dataSize = static_cast<uint32_t>(dataSize);
+    return header;
 }
 
-std::string bytesOf(const hostbinder::FrameHeader& header, const std::string& body = "");
-
-// The number that an object of another process has there.
-uint64_t numberOf(const ndk::SpAIBinder& binder);
+template <typename T>
+std::string bytesOf(const T& value) {
+    return {reinterpret_cast<const char*>(&value), sizeof(value)};
+}
 
 class RawConnection {
   public:
-    // Connects to the socket with this path.
-    explicit RawConnection(const std::string& path);
-    // The same, greets and gets the peer's object with the number.
-    RawConnection(const std::string& path, uint64_t object);
-    ~RawConnection();
+    // Connects to the process's socket, and says nothing.
+    explicit RawConnection(const std::string& socketName)
+        : m_fd(hostbinder::ConnectSocket(socketName)) {}
+    // The same, greets with a new name and gets the process's object with this number.
+    RawConnection(const std::string& socketName, uint64_t object) : RawConnection(socketName) {
+        static int count = 0;
+        const std::string own = "raw" + std::to_string(getpid()) + "-" + std::to_string(++count);
+        Send(bytesOf(frameHeader(hostbinder::FrameKind::kHello, own.size())) + own);
+        EXPECT_EQ(Receive().status, 0);
+        hostbinder::FrameHeader request = frameHeader(hostbinder::FrameKind::kAcquire);
+        request.target = object;
+        Send(bytesOf(request));
+        EXPECT_EQ(Receive().status, 0);
+    }
+    ~RawConnection() { close(m_fd); }
     RawConnection(const RawConnection&) = delete;
     RawConnection& operator=(const RawConnection&) = delete;
 
-    void sendHello(const std::string& name);
-    // Sends a new name; true if the peer accepts the connection.
-    bool greet();
-    // Asks for the peer's object with the number, which the peer is to grant.
-    void acquire(uint64_t number);
-    // The descriptors go with the first byte.
-    void send(const std::string& bytes, const std::vector<int>& fds = {});
-    // The next frame; its body is dropped.
-    hostbinder::FrameHeader receive();
-    void endSending();
-    // Whether the peer closes the connection without sending anything more.
-    bool isClosed();
+    void Send(const std::string& bytes, const std::vector<int>& fds = {}) {
+        EXPECT_TRUE(sendBytes(m_fd, bytes, fds));
+    }
+    void EndSending() { shutdown(m_fd, SHUT_WR); }
+    // The next frame's header.
+    hostbinder::FrameHeader Receive() {
+        hostbinder::IncomingFrame frame;
+        const base::Result<bool> received = hostbinder::ReceiveFrame(m_fd, &frame);
+        EXPECT_TRUE(received.Ok() && received.Value());
+        return frame.header;
+    }
+    // Whether the peer closes the connection without sending anything more. It waits 10 s for the
+    // rest of a message: the usual limit tells that it refused the message without waiting.
+    bool IsClosed(time_t seconds = 8) {
+        const timeval limit{seconds, 0};
+        setsockopt(m_fd, SOL_SOCKET, SO_RCVTIMEO, &limit, sizeof(limit));
+        char byte;
+        const ssize_t got = recv(m_fd, &byte, 1, 0);
+        return got == 0 || (got < 0 && errno == ECONNRESET);
+    }
 
   private:
-    const int mFd;
+    const int m_fd;
 };

@@ -1,7 +1,6 @@
-// Calls between processes: values, descriptors, failures, callbacks, threads and order.
-#include <android/binder_manager.h>
+// Calls between processes: values, descriptors, failures, callbacks, threads, order, the trace.
 #include <fcntl.h>
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 #include <poll.h>
 #include <sys/mman.h>
 #include <unistd.h>
@@ -27,30 +26,43 @@ struct Pipe {
     ndk::ScopedFileDescriptor writing;
 };
 
-TEST(RemoteCall, TellsTheCalleeWhoCalls) {
-    Peer peer = startPeer();
-    EXPECT_EQ(AIBinder_ping(peer.binder.get()), STATUS_OK);
-    int32_t pid = 0;
-    int32_t uid = 0;
-    ASSERT_EQ(callPeer(peer.binder, kCaller, nullptr, reads(&pid, &uid)), STATUS_OK);
-    EXPECT_EQ(pid, getpid());
-    EXPECT_EQ(uid, static_cast<int32_t>(getuid()));
+// What a call with these bytes and this many descriptors, each of its own file, returns.
+binder_status_t Echo(const Peer& peer, const std::vector<uint8_t>& bytes, size_t count) {
+    std::vector<ndk::ScopedFileDescriptor> fds;
+    for (size_t i = 0; i < count; ++i) {
+        fds.emplace_back(memfd_create("test", MFD_CLOEXEC));
+        EXPECT_EQ(pwrite(fds.back().get(), &i, sizeof(i), 0), ssize_t{sizeof(i)});
+    }
+    std::vector<uint8_t> bytesBack;
+    std::vector<ndk::ScopedFileDescriptor> fdsBack;
+    const auto status =
+            callPeer(peer.binder, kEcho, writes(bytes, fds), reads(&bytesBack, &fdsBack));
+    if (status != STATUS_OK) return status;
+    EXPECT_TRUE(bytesBack == bytes);
+    EXPECT_EQ(fdsBack.size(), count);
+    for (size_t i = 0; i < fdsBack.size(); ++i) {
+        size_t number = count;
+        EXPECT_EQ(pread(fdsBack[i].get(), &number, sizeof(number), 0), ssize_t{sizeof(number)});
+        EXPECT_EQ(number, i);
+        EXPECT_NE(fcntl(fdsBack[i].get(), F_GETFD) & FD_CLOEXEC, 0);
+    }
+    return STATUS_OK;
 }
 
-TEST(RemoteCall, PassesDescriptorsBothWays) {
+TEST(RemoteCall, PassesBytesAndDescriptorsBothWaysUpToALimit) {
     Peer peer = startPeer();
-    std::vector<ndk::ScopedFileDescriptor> fds;
-    for (const char* text : {"one", "two"}) {
-        fds.emplace_back(memfd_create("test", MFD_CLOEXEC));
-        EXPECT_EQ(write(fds.back().get(), text, 3), 3);
-    }
-    std::vector<ndk::ScopedFileDescriptor> back;
-    ASSERT_EQ(callPeer(peer.binder, kEchoFds, writes(fds), reads(&back)), STATUS_OK);
-    ASSERT_EQ(back.size(), 2u);
-    char text[4] = {};
-    EXPECT_EQ(pread(back[1].get(), text, 3, 0), 3);
-    EXPECT_STREQ(text, "two");
-    EXPECT_TRUE((fcntl(back[0].get(), F_GETFD) & FD_CLOEXEC) != 0);
+    std::vector<uint8_t> bytes(hostbinder::kMaxParcelBytes - 256);
+    std::iota(bytes.begin(), bytes.end(), uint8_t{0});
+    EXPECT_EQ(Echo(peer, bytes, 2), STATUS_OK);
+    EXPECT_EQ(Echo(peer, {}, hostbinder::kMaxDescriptors), STATUS_OK);
+    EXPECT_EQ(Echo(peer, {}, hostbinder::kMaxDescriptors + 1), STATUS_FAILED_TRANSACTION);
+    bytes.resize(hostbinder::kMaxParcelBytes);
+    EXPECT_EQ(Echo(peer, bytes, 0), STATUS_FAILED_TRANSACTION);
+    const int before = livePeerObjects();
+    EXPECT_EQ(callPeer(peer.binder, kHold, writes(newPeerObject(), bytes)),
+              STATUS_FAILED_TRANSACTION);
+    EXPECT_EQ(livePeerObjects(), before) << "an object of a refused message is not kept";
+    EXPECT_EQ(add(peer.binder, 1), 2) << "the connection survives what is refused";
 }
 
 // A peer that kept a request until after its reply would often still have the descriptor.
@@ -68,33 +80,10 @@ TEST(RemoteCall, LeavesNothingOfItsRequestInTheCalleeWhenItReturns) {
     }
 }
 
-TEST(RemoteCall, LimitsDescriptorsAndSize) {
+TEST(RemoteCall, TellsTheCalleeWhoCallsAndReturnsItsTransportStatus) {
     Peer peer = startPeer();
-    ndk::ScopedFileDescriptor file(memfd_create("test", MFD_CLOEXEC));
-    std::vector<ndk::ScopedFileDescriptor> fds;
-    for (uint32_t i = 0; i < hostbinder::kMaxDescriptors; ++i) fds.push_back(file.dup());
-    std::vector<ndk::ScopedFileDescriptor> back;
-    EXPECT_EQ(callPeer(peer.binder, kEchoFds, writes(fds), reads(&back)), STATUS_OK);
-    EXPECT_EQ(back.size(), fds.size());
-    fds.push_back(file.dup());
-    EXPECT_EQ(callPeer(peer.binder, kEchoFds, writes(fds)), STATUS_FAILED_TRANSACTION);
-    const int before = livePeerObjects();
-    EXPECT_EQ(callPeer(peer.binder, kHold, writes(newPeerObject(), fds)),
-              STATUS_FAILED_TRANSACTION);
-    EXPECT_EQ(livePeerObjects(), before) << "an object of a refused message is not kept";
-
-    std::vector<uint8_t> bytes(hostbinder::kMaxParcelBytes - 256);
-    std::iota(bytes.begin(), bytes.end(), uint8_t{0});
-    std::vector<uint8_t> echoed;
-    EXPECT_EQ(callPeer(peer.binder, kEchoBytes, writes(bytes), reads(&echoed)), STATUS_OK);
-    EXPECT_TRUE(echoed == bytes);
-    bytes.resize(hostbinder::kMaxParcelBytes);
-    EXPECT_EQ(callPeer(peer.binder, kEchoBytes, writes(bytes)), STATUS_FAILED_TRANSACTION);
-    EXPECT_EQ(add(peer.binder, 1), 2) << "the connection survives what is refused";
-}
-
-TEST(RemoteCall, ReturnsTheTransportStatusOfTheMethod) {
-    Peer peer = startPeer();
+    EXPECT_EQ(AIBinder_ping(peer.binder.get()), STATUS_OK);
+    EXPECT_EQ(askPeer(peer.binder, kCaller), getpid());
     EXPECT_EQ(callPeer(peer.binder, kFail, writes(int32_t{STATUS_BAD_INDEX})), STATUS_BAD_INDEX);
     EXPECT_EQ(callPeer(peer.binder, kFail, writes(12345)), STATUS_UNKNOWN_ERROR);
     EXPECT_EQ(callPeer(peer.binder, kPeerRequestEnd), STATUS_UNKNOWN_TRANSACTION);
@@ -109,23 +98,14 @@ TEST(RemoteCall, RefusesAClassWithAnotherDescriptor) {
 }
 
 TEST(Callback, RunsOnTheWaitingThread) {
-    Peer peer = startPeer({"--max", "0"});
-    EXPECT_EQ(callThrough(peer.binder, newPeerObject(), 7), 8);
+    Peer peer = startPeer({{"PEER_THREADS", "0"}});
+    EXPECT_EQ(askPeer(peer.binder, kCall, writes(newPeerObject(), 7)), 8);
     EXPECT_EQ(lastAddThread(), std::this_thread::get_id());
-}
-
-TEST(ExitHandler, CanStillCall) {
-    Peer peer = startPeer();
-    const std::string name = newServiceName();
-    ASSERT_EQ(AServiceManager_addService(peer.binder.get(), name.c_str()), EX_NONE);
-    Child caller(peerCommand(newServiceName(), {"--call-at-exit", name}));
-    EXPECT_EQ(caller.wait(), 0);
-    EXPECT_EQ(recordsOf(peer.binder), std::vector<int32_t>{42});
 }
 
 TEST(ThreadPool, RunsCallsInParallelOnAtMostTheConfiguredThreads) {
     // One thread at the start, one on demand, and the peer's main thread joins.
-    Peer peer = startPeer({"--max", "1"});
+    Peer peer = startPeer({{"PEER_THREADS", "1"}});
     Pipe entered;
     Pipe go;
     std::vector<std::future<binder_status_t>> calls;
@@ -142,14 +122,6 @@ TEST(ThreadPool, RunsCallsInParallelOnAtMostTheConfiguredThreads) {
     for (auto& call : calls) EXPECT_EQ(call.get(), STATUS_OK);
 }
 
-TEST(ThreadPool, QueuesCallsUntilItIsStarted) {
-    Peer peer = startPeer({"--late-pool"});
-    auto answer = std::async(std::launch::async, [&]() { return add(peer.binder, 1); });
-    EXPECT_EQ(answer.wait_for(std::chrono::milliseconds(100)), std::future_status::timeout);
-    peer.process.nudge();
-    EXPECT_EQ(answer.get(), 2);
-}
-
 TEST(Oneway, CallsToOneObjectRunInOrder) {
     Peer peer = startPeer();
     std::vector<int32_t> expected(200);
@@ -157,8 +129,12 @@ TEST(Oneway, CallsToOneObjectRunInOrder) {
     for (int32_t value : expected) {
         ASSERT_EQ(callPeer(peer.binder, kRecord, writes(value), nullptr, FLAG_ONEWAY), STATUS_OK);
     }
-    EXPECT_TRUE(eventually([&]() { return recordsOf(peer.binder).size() == expected.size(); }));
-    EXPECT_EQ(recordsOf(peer.binder), expected);
+    std::vector<int32_t> records;
+    EXPECT_TRUE(eventually([&]() {
+        records = askPeer<std::vector<int32_t>>(peer.binder, kRecords);
+        return records.size() == expected.size();
+    }));
+    EXPECT_EQ(records, expected);
 }
 
 TEST(Callers, OnManyThreadsGetTheirOwnAnswers) {
@@ -175,6 +151,27 @@ TEST(Callers, OnManyThreadsGetTheirOwnAnswers) {
     }
     for (auto& caller : callers) EXPECT_TRUE(caller.get());
     EXPECT_TRUE(eventually([&]() { return askPeer(peer.binder, kLiveObjects) == 1; }));
+}
+
+TEST(Trace, HasOneLinePerTransactionWithNamesAndSizes) {
+    const int trace = memfd_create("trace", 0);
+    {
+        Peer peer = startPeer({{"STANDIN_BINDER_TRACE_FD", std::to_string(trace)}});
+        ASSERT_EQ(add(peer.binder, 1), 2);
+        callPeer(peer.binder, kFail, writes(int32_t{STATUS_BAD_INDEX}));
+    }
+    std::string text(10000, '\0');
+    text.resize(static_cast<size_t>(pread(trace, &text[0], text.size(), 0)));
+    close(trace);
+    const std::string time = "[0-9]{2}:[0-9]{2}:[0-9]{2}\\.[0-9]{6} [0-9]+ ";
+    EXPECT_THAT(text,
+                testing::ContainsRegex(time + "-> [0-9]+/servicemanager host.os.IServiceManager"
+                                              ".addService [0-9]+ bytes 0 fds [0-9]+ us OK\n"));
+    const std::string from = "<- " + std::to_string(getpid()) + "/[^ ]+ test.IPeer.";
+    // Interface header: 12 bytes of words, 4 + 2 * 11 of String, padded; then the argument.
+    EXPECT_THAT(text, testing::ContainsRegex(time + from + "add 44 bytes 0 fds [0-9]+ us OK\n"));
+    EXPECT_THAT(text, testing::ContainsRegex(time + from + std::to_string(kFail) +
+                                             " 44 bytes 0 fds [0-9]+ us BAD_INDEX\n"));
 }
 
 }  // namespace

@@ -9,6 +9,7 @@
 
 #include "tests/host/libbinder_ndk/peer_service.h"
 #include "tests/host/libbinder_ndk/test_bus.h"
+#include "tests/support/process_counts.h"
 
 namespace {
 
@@ -25,27 +26,19 @@ TEST(RemoteObject, ComesBackAsTheLocalObjectAndLivesAsLongAsThePeer) {
     EXPECT_EQ(getBinder(peer.binder, kGetHeld), own);
     own = nullptr;
     EXPECT_EQ(add(getBinder(peer.binder, kGetHeld), 1), 2);
-    peer.process.signal(SIGKILL);
+    peer.Signal(SIGKILL);
     AwaitNoOwnObjects();
 }
 
-TEST(RemoteObject, LastReleaseIsToldToTheOwner) {
-    Peer peer = startPeer();
-    {
-        ndk::SpAIBinder object = getBinder(peer.binder, kNewObject);
-        // Received several times, released once.
-        ASSERT_EQ(hold(peer.binder, object), STATUS_OK);
-        for (int i = 0; i < 3; ++i) EXPECT_EQ(getBinder(peer.binder, kGetHeld), object);
-        ASSERT_EQ(hold(peer.binder, nullptr), STATUS_OK);
-        EXPECT_EQ(askPeer(peer.binder, kLiveObjects), 2);
-    }
-    EXPECT_TRUE(eventually([&]() { return askPeer(peer.binder, kLiveObjects) == 1; }));
-}
-
-TEST(ThirdProcess, GetsAnObjectThatOutlivesTheSendersReference) {
+TEST(ThirdProcess, GetsAnObjectThatOutlivesTheSendersReferenceAndEndsWithTheLast) {
     Peer owner = startPeer();
     Peer holder = startPeer();
     ndk::SpAIBinder object = getBinder(owner.binder, kNewObject);
+    ASSERT_EQ(hold(owner.binder, object), STATUS_OK);
+    // Received several times, released once.
+    for (int i = 0; i < 3; ++i) EXPECT_EQ(getBinder(owner.binder, kGetHeld), object);
+    ASSERT_EQ(hold(owner.binder, nullptr), STATUS_OK);
+    EXPECT_EQ(askPeer(owner.binder, kLiveObjects), 2);
     ASSERT_EQ(hold(holder.binder, object), STATUS_OK);
     EXPECT_EQ(getBinder(holder.binder, kGetHeld), object) << "one binder, whichever process sends";
     object = nullptr;
@@ -60,11 +53,9 @@ TEST(ThirdProcess, GetsAnObjectThatOutlivesTheSendersReference) {
         ASSERT_EQ(hold(holder.binder, nullptr), STATUS_OK);
     }
     object = getBinder(owner.binder, kNewObject);
-    owner.process.signal(SIGKILL);
-    owner.process.wait();
-    binder_status_t status = STATUS_OK;
-    callThrough(holder.binder, object, 1, &status);
-    EXPECT_EQ(status, STATUS_DEAD_OBJECT);
+    owner.Signal(SIGKILL);
+    owner.process->finish();
+    EXPECT_EQ(callPeer(holder.binder, kCall, writes(object, 1)), STATUS_DEAD_OBJECT);
 }
 
 TEST(ManyCallsAndProcesses, LeaveNoDescriptorsAndObjectsBehind) {
@@ -72,13 +63,12 @@ TEST(ManyCallsAndProcesses, LeaveNoDescriptorsAndObjectsBehind) {
     Peer peer = startPeer();
     ndk::ScopedFileDescriptor file(memfd_create("test", MFD_CLOEXEC));
     ASSERT_EQ(hold(peer.binder, newPeerObject()), STATUS_OK);  // what is made once exists now
-    const int32_t remoteBefore = askPeer(peer.binder, kCountFds);
-    const int32_t ownBefore = countOpenDescriptors();
+    const size_t remoteBefore = countsOf(peer.process->pid()).descriptors;
+    const size_t ownBefore = countsOf(getpid()).descriptors;
     for (int i = 0; i < 1000; ++i) {
         std::vector<ndk::ScopedFileDescriptor> fds;
         fds.push_back(file.dup());
-        std::vector<ndk::ScopedFileDescriptor> back;
-        ASSERT_EQ(callPeer(peer.binder, kEchoFds, writes(fds), reads(&back)), STATUS_OK);
+        ASSERT_EQ(callPeer(peer.binder, kEcho, writes(std::vector<uint8_t>(), fds)), STATUS_OK);
         ASSERT_EQ(hold(peer.binder, newPeerObject()), STATUS_OK);
         ASSERT_NE(getBinder(peer.binder, kNewObject).get(), nullptr);
     }
@@ -88,9 +78,10 @@ TEST(ManyCallsAndProcesses, LeaveNoDescriptorsAndObjectsBehind) {
         ASSERT_EQ(hold(peer.binder, getBinder(goes.binder, kNewObject)), STATUS_OK);
     }
     ASSERT_EQ(hold(peer.binder, nullptr), STATUS_OK);
-    EXPECT_TRUE(eventually([&]() { return countOpenDescriptors() <= ownBefore; }));
+    EXPECT_TRUE(eventually([&]() { return countsOf(getpid()).descriptors <= ownBefore; }));
     // The peer closes its own side of what it sent right after sending.
-    EXPECT_TRUE(eventually([&]() { return askPeer(peer.binder, kCountFds) == remoteBefore; }));
+    EXPECT_TRUE(eventually(
+            [&]() { return countsOf(peer.process->pid()).descriptors <= remoteBefore; }));
     EXPECT_TRUE(eventually([&]() { return askPeer(peer.binder, kLiveObjects) == 1; }));
     AwaitNoOwnObjects();
 }
@@ -100,9 +91,10 @@ TEST(Connecting, OfRealProcessesToEachOtherGivesWorkingCalls) {
         Peer first = startPeer();
         Peer second = startPeer();
         // Neither knows the other yet: each call makes its callee connect.
-        auto forth = std::async(std::launch::async,
-                                [&]() { return callThrough(first.binder, second.binder, 1); });
-        EXPECT_EQ(callThrough(second.binder, first.binder, 2), 3);
+        auto forth = std::async(std::launch::async, [&]() {
+            return askPeer(first.binder, kCall, writes(second.binder, 1));
+        });
+        EXPECT_EQ(askPeer(second.binder, kCall, writes(first.binder, 2)), 3);
         EXPECT_EQ(forth.get(), 2);
     }
 }
@@ -129,9 +121,9 @@ struct DeathCounter {
 TEST(Death, EndsAPendingCallAndFailsLaterOnes) {
     Peer peer = startPeer();
     ASSERT_EQ(add(peer.binder, 1), 2);
-    peer.process.signal(SIGSTOP);
+    peer.Signal(SIGSTOP);
     auto pending = std::async(std::launch::async, [&]() { return callPeer(peer.binder, kAdd); });
-    peer.process.signal(SIGKILL);
+    peer.Signal(SIGKILL);
     EXPECT_EQ(pending.get(), STATUS_DEAD_OBJECT);
     EXPECT_FALSE(AIBinder_isAlive(peer.binder.get()));
     EXPECT_EQ(AIBinder_ping(peer.binder.get()), STATUS_DEAD_OBJECT);
@@ -146,7 +138,7 @@ TEST(Death, IsToldOnceOnThePoolAlsoOfObjectsPassedOnByOthers) {
     ndk::SpAIBinder object = getBinder(holder.binder, kGetHeld);
     DeathCounter counter;
     ASSERT_EQ(counter.Link(object), STATUS_OK);
-    owner.process.signal(SIGKILL);
+    owner.Signal(SIGKILL);
     EXPECT_TRUE(eventually([&]() { return counter.unlinked == 1; }));
     EXPECT_EQ(counter.died, 1);
     EXPECT_EQ(counter.Unlink(object), STATUS_DEAD_OBJECT);
@@ -158,7 +150,6 @@ TEST(Death, IsToldOnceOnThePoolAlsoOfObjectsPassedOnByOthers) {
 TEST(DeathLink, EndsOnceByUnlinkingOrWithTheRecipientOrTheObject) {
     Peer peer = startPeer();
     DeathCounter unlinked;
-    EXPECT_EQ(unlinked.Unlink(peer.binder), STATUS_NAME_NOT_FOUND);
     ASSERT_EQ(unlinked.Link(peer.binder), STATUS_OK);
     EXPECT_EQ(unlinked.Unlink(peer.binder), STATUS_OK);
     EXPECT_EQ(unlinked.Unlink(peer.binder), STATUS_NAME_NOT_FOUND);

@@ -132,7 +132,7 @@ TEST_F(SessionFixture, TheDeathOfAClientEndsItsSessionAndItsRegistration) {
     Open();
     ASSERT_TRUE(m_service->registerClient(3, client).isOk());
     ASSERT_TRUE(m_service->openOfflineSession("mortal", client, &m_session).isOk());
-    peer.process.signal(SIGKILL);
+    peer.Signal(SIGKILL);
     EXPECT_TRUE(eventually([&] { return Process({}) == "the session has ended"; }));
     EXPECT_FALSE(m_service->unregisterClient(3).isOk());
     EXPECT_EQ(m_service->openOfflineSession("late", client, &m_session).getServiceSpecificError(),

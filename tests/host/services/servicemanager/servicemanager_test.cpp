@@ -1,9 +1,10 @@
 // The service manager process: names, replacement, death, and one at a time in a folder.
 #include <android/binder_manager.h>
 #include <gmock/gmock.h>
-#include <signal.h>
+#include <host_service_manager.h>
 
-#include "tests/host/libbinder_ndk/list_services.h"
+#include <future>
+
 #include "tests/host/libbinder_ndk/peer_service.h"
 #include "tests/host/libbinder_ndk/test_bus.h"
 #include "tests/support/temporary_folder.h"
@@ -18,6 +19,15 @@ binder_exception_t Add(const ndk::SpAIBinder& service, const std::string& name) 
     return AServiceManager_addService(service.get(), name.c_str());
 }
 
+std::vector<std::string> ListServices() {
+    std::vector<std::string> names;
+    const auto collect = [](const char* name, void* context) {
+        static_cast<std::vector<std::string>*>(context)->push_back(name);
+    };
+    EXPECT_EQ(AServiceManager_forEachService(&names, collect), STATUS_OK);
+    return names;
+}
+
 TEST(ServiceManager, FindsReplacesAndForgetsServices) {
     Peer peer = startPeer();
     const std::string name = newServiceName();
@@ -25,18 +35,22 @@ TEST(ServiceManager, FindsReplacesAndForgetsServices) {
     const int before = livePeerObjects();
     {
         const ndk::SpAIBinder own = newPeerObject();
+        auto waiting = std::async(std::launch::async, [&] {
+            return ndk::SpAIBinder(AServiceManager_waitForService(name.c_str()));
+        });
         ASSERT_EQ(Add(own, name), EX_NONE);
+        EXPECT_EQ(waiting.get(), own);
         EXPECT_EQ(Check(name), own);
     }
     EXPECT_EQ(livePeerObjects(), before + 1) << "the service manager holds it";
     ASSERT_EQ(Add(peer.binder, name), EX_NONE);
     EXPECT_EQ(Check(name), peer.binder);
     EXPECT_TRUE(eventually([&] { return livePeerObjects() == before; }));
-    EXPECT_THAT(listServices(), testing::Contains(name));
+    EXPECT_THAT(ListServices(), testing::Contains(name));
 
-    peer.process.signal(SIGKILL);
+    peer.Signal(SIGKILL);
     EXPECT_TRUE(eventually([&] { return Check(name).get() == nullptr; }));
-    EXPECT_THAT(listServices(), testing::Not(testing::Contains(name)));
+    EXPECT_THAT(ListServices(), testing::Not(testing::Contains(name)));
     EXPECT_EQ(Add(peer.binder, newServiceName()), EX_TRANSACTION_FAILED) << "it is dead";
     EXPECT_NE(Add(newPeerObject(), "no name"), EX_NONE);
 }
@@ -49,27 +63,26 @@ TEST(ServiceManager, KeepsTheNewServiceWhenTheReplacedOneDies) {
     ASSERT_EQ(Add(old.binder, shared), EX_NONE);
     ASSERT_EQ(Add(old.binder, onlyOld), EX_NONE);
     ASSERT_EQ(Add(current.binder, shared), EX_NONE);
-    old.process.signal(SIGKILL);
+    old.Signal(SIGKILL);
     EXPECT_TRUE(eventually([&] { return Check(onlyOld).get() == nullptr; }));
     EXPECT_EQ(Check(shared), current.binder);
 }
 
 TEST(ServiceManager, IsOneAtATimeInAFolder) {
-    busFolder();
     const TemporaryFolder folder("servicemanager");
     const end_to_end::Subprocess::Environment environment = {{"STANDIN_BINDER_DIR", folder.path()}};
-    const auto startManager = [&] { return Child({SERVICEMANAGER_PROGRAM}, environment); };
-    const auto startPeerHere = [&] { return Child(peerCommand(newServiceName()), environment); };
+    const auto startManager = [&] { return startChild({SERVICEMANAGER_PROGRAM}, environment); };
+    const auto startPeerHere = [&] { return startPeerProgram(newServiceName(), environment); };
     const auto answersAPeer = [&] {
-        return eventually([&] { return startPeerHere().waitForLine(); });
+        return eventually([&] { return startPeerHere()->waitForNext("\n"); });
     };
-    EXPECT_EQ(startPeerHere().wait(), 3) << "there is none";
-    Child first = startManager();
+    EXPECT_EQ(startPeerHere()->finish().status, 3) << "there is none";
+    const Child first = startManager();
     ASSERT_TRUE(answersAPeer());
-    EXPECT_EQ(startManager().wait(), 1) << "the second one gives up";
-    first.signal(SIGKILL);
-    first.wait();
-    EXPECT_EQ(startPeerHere().wait(), 3) << "a socket without a process refuses at once";
+    EXPECT_EQ(startManager()->finish().status, 1) << "the second one gives up";
+    kill(first->pid(), SIGKILL);
+    first->finish();
+    EXPECT_EQ(startPeerHere()->finish().status, 3) << "a socket without a process refuses at once";
     const Child next = startManager();
     EXPECT_TRUE(answersAPeer()) << "the dead one's socket is taken over";
 }
