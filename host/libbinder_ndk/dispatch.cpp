@@ -54,6 +54,11 @@ void ThreadPool::Start() {
     StartThreadLocked();
 }
 
+bool ThreadPool::IsStarted() {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    return m_started;
+}
+
 bool ThreadPool::SetMaxThreads(uint32_t count) {
     std::lock_guard<std::mutex> lock(m_mutex);
     if (m_started && count < m_maxThreads) return false;

@@ -24,6 +24,7 @@ class ThreadPool {
 
     void Submit(Work work);
     void Start();
+    bool IsStarted();
     // False if threads beyond `count` may be running already.
     bool SetMaxThreads(uint32_t count);
     [[noreturn]] void Join();

@@ -200,6 +200,10 @@ pid_t AIBinder_getCallingPid(void) {
     return context.handling ? context.pid : getpid();
 }
 
+bool AIBinder_isHandlingTransaction(void) {
+    return hostbinder::TheCallContext().handling;
+}
+
 AIBinder_DeathRecipient* AIBinder_DeathRecipient_new(
         AIBinder_DeathRecipient_onBinderDied onBinderDied) {
     return onBinderDied == nullptr ? nullptr : new AIBinder_DeathRecipient(onBinderDied);
@@ -251,6 +255,10 @@ bool ABinderProcess_setThreadPoolMaxThreadCount(uint32_t numThreads) {
         abort();
     }
     return true;
+}
+
+bool ABinderProcess_isThreadPoolStarted(void) {
+    return hostbinder::ThreadPool::Instance().IsStarted();
 }
 
 void ABinderProcess_joinThreadPool(void) {

@@ -1,4 +1,5 @@
-// AServiceManager: services by name, kept by the service manager process.
+// AServiceManager: services by name, kept by the service manager process if there is a folder of
+// sockets, else inside this process.
 #include <android/binder_manager.h>
 #include <android/binder_parcel_utils.h>
 #include <host_binder_trace.h>
@@ -6,6 +7,8 @@
 #include <time.h>
 
 #include <cstring>
+#include <map>
+#include <mutex>
 
 #include "endpoint.h"
 #include "log.h"
@@ -16,6 +19,22 @@ namespace {
 
 constexpr size_t kMaxNameLength = 127;
 constexpr int kPollMilliseconds = 20;
+constexpr int kGetServiceMilliseconds = 5000;
+
+// The services of a process without a folder of sockets.
+struct LocalServices {
+    std::mutex mutex;  // guards byName
+    std::map<std::string, ndk::SpAIBinder> byName;
+};
+
+LocalServices& TheLocalServices() {
+    static LocalServices* const services = new LocalServices;
+    return *services;
+}
+
+bool HasServiceManager() {
+    return SocketFolder() != nullptr;
+}
 
 const AIBinder_Class* NewClientClass() {
     // Only for proxies: no object of this class is ever made here.
@@ -65,14 +84,29 @@ binder_status_t Ask(transaction_code_t code, Write write, Read read) {
 // Null if there is no such service, or no service manager.
 ndk::SpAIBinder FindService(const std::string& name) {
     ndk::SpAIBinder binder;
-    Ask(
-            HOST_SERVICE_MANAGER_CHECK,
-            [&](AParcel* in) { return ndk::AParcel_writeString(in, name); },
-            [&](AParcel* out) { return ndk::AParcel_readNullableStrongBinder(out, &binder); });
-    return binder;
+    if (HasServiceManager()) {
+        Ask(
+                HOST_SERVICE_MANAGER_CHECK,
+                [&](AParcel* in) { return ndk::AParcel_writeString(in, name); },
+                [&](AParcel* out) { return ndk::AParcel_readNullableStrongBinder(out, &binder); });
+        return binder;
+    }
+    LocalServices& services = TheLocalServices();
+    std::lock_guard<std::mutex> lock(services.mutex);
+    auto found = services.byName.find(name);
+    return found == services.byName.end() ? ndk::SpAIBinder() : found->second;
 }
 
 binder_exception_t AddService(const std::string& name, const ndk::SpAIBinder& binder) {
+    if (!HasServiceManager()) {
+        LocalServices& services = TheLocalServices();
+        ndk::SpAIBinder replaced;  // ends after the lock: its end may run any code
+        std::lock_guard<std::mutex> lock(services.mutex);
+        ndk::SpAIBinder& place = services.byName[name];
+        replaced = place;
+        place = binder;
+        return EX_NONE;
+    }
     binder_status_t status = Ask(
             HOST_SERVICE_MANAGER_ADD,
             [&](AParcel* in) {
@@ -87,10 +121,39 @@ binder_exception_t AddService(const std::string& name, const ndk::SpAIBinder& bi
     return status == STATUS_BAD_VALUE ? EX_ILLEGAL_ARGUMENT : EX_TRANSACTION_FAILED;
 }
 
+binder_status_t ListServices(std::vector<std::string>* names) {
+    if (HasServiceManager()) {
+        return Ask(
+                HOST_SERVICE_MANAGER_LIST, [](AParcel*) { return STATUS_OK; },
+                [&](AParcel* out) { return ndk::AParcel_readVector(out, names); });
+    }
+    LocalServices& services = TheLocalServices();
+    std::lock_guard<std::mutex> lock(services.mutex);
+    for (const auto& service : services.byName) names->push_back(service.first);
+    return STATUS_OK;
+}
+
 AIBinder* Release(ndk::SpAIBinder binder) {
     AIBinder* raw = binder.get();
     *binder.getR() = nullptr;
     return raw;
+}
+
+// Asks until the service is there or limitMilliseconds (negative: no limit) are over.
+AIBinder* PollForService(const char* instance, int limitMilliseconds) {
+    if (instance == nullptr) return nullptr;
+    for (int waited = 0;; waited += kPollMilliseconds) {
+        if (AIBinder* binder = Release(FindService(instance))) return binder;
+        if (limitMilliseconds >= 0 && waited >= limitMilliseconds) {
+            BINDER_LOGW("service '%s' did not appear within %d ms", instance, limitMilliseconds);
+            return nullptr;
+        }
+        if (waited > 0 && waited % 1000 == 0) {
+            BINDER_LOGI("waiting for service '%s' for %d s", instance, waited / 1000);
+        }
+        const timespec pause{0, kPollMilliseconds * 1000000L};
+        nanosleep(&pause, nullptr);
+    }
 }
 
 }  // namespace
@@ -118,24 +181,18 @@ AIBinder* AServiceManager_checkService(const char* instance) {
     return instance == nullptr ? nullptr : Release(FindService(instance));
 }
 
+AIBinder* AServiceManager_getService(const char* instance) {
+    return PollForService(instance, kGetServiceMilliseconds);
+}
+
 AIBinder* AServiceManager_waitForService(const char* instance) {
-    if (instance == nullptr) return nullptr;
-    for (int waited = 0;; waited += kPollMilliseconds) {
-        if (AIBinder* binder = Release(FindService(instance))) return binder;
-        if (waited > 0 && waited % 1000 == 0) {
-            BINDER_LOGI("waiting for service '%s' for %d s", instance, waited / 1000);
-        }
-        const timespec pause{0, kPollMilliseconds * 1000000L};
-        nanosleep(&pause, nullptr);
-    }
+    return PollForService(instance, -1);
 }
 
 binder_status_t AServiceManager_forEachService(void* context,
                                                void (*callback)(const char*, void*)) {
     std::vector<std::string> names;
-    const binder_status_t status = Ask(
-            HOST_SERVICE_MANAGER_LIST, [](AParcel*) { return STATUS_OK; },
-            [&](AParcel* out) { return ndk::AParcel_readVector(out, &names); });
+    const binder_status_t status = ListServices(&names);
     for (const std::string& name : names) callback(name.c_str(), context);
     return status;
 }

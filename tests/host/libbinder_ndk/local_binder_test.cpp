@@ -7,6 +7,15 @@
 
 namespace {
 
+AIBinder_Class* Class() {
+    static AIBinder_Class* const clazz = newPlainClass("test.IObject");
+    return clazz;
+}
+
+ndk::SpAIBinder NewObject(bool* ended = nullptr) {
+    return ndk::SpAIBinder(AIBinder_new(Class(), ended));
+}
+
 // Calls with a request that was prepared for `prepared`.
 binder_status_t Transact(AIBinder* prepared, AIBinder* binder, transaction_code_t code,
                          binder_flags_t flags = 0) {
@@ -21,9 +30,7 @@ binder_status_t Transact(AIBinder* prepared, AIBinder* binder, transaction_code_
 }
 
 TEST(LocalBinder, ChecksCodesFlagsRequestsAndClass) {
-    AIBinder_Class* const clazz = newPlainClass("test.IObject");
-    const ndk::SpAIBinder object(AIBinder_new(clazz, nullptr));
-    const ndk::SpAIBinder other(AIBinder_new(clazz, nullptr));
+    ndk::SpAIBinder object = NewObject();
     AIBinder* const binder = object.get();
     EXPECT_FALSE(AIBinder_isRemote(binder));
     EXPECT_EQ(Transact(binder, binder, 1, FLAG_CLEAR_BUF | FLAG_PRIVATE_VENDOR), STATUS_OK);
@@ -31,14 +38,14 @@ TEST(LocalBinder, ChecksCodesFlagsRequestsAndClass) {
     EXPECT_EQ(Transact(binder, binder, LAST_CALL_TRANSACTION + 1), STATUS_UNKNOWN_TRANSACTION);
     EXPECT_EQ(Transact(binder, binder, 1, 0x40), STATUS_BAD_VALUE);
     EXPECT_EQ(Transact(nullptr, binder, 1), STATUS_UNEXPECTED_NULL);
-    EXPECT_EQ(Transact(other.get(), binder, 1), STATUS_BAD_VALUE);
-    EXPECT_TRUE(AIBinder_associateClass(binder, clazz));
+    EXPECT_EQ(Transact(NewObject().get(), binder, 1), STATUS_BAD_VALUE);
+    EXPECT_TRUE(AIBinder_associateClass(binder, Class()));
     EXPECT_FALSE(AIBinder_associateClass(binder, newPlainClass("test.IObject")));
 }
 
 TEST(LocalBinder, EndsWithItsLastStrongReference) {
     bool ended = false;
-    ndk::SpAIBinder binder(AIBinder_new(newPlainClass("test.IObject"), &ended));
+    ndk::SpAIBinder binder = NewObject(&ended);
     ndk::ScopedAIBinder_Weak weak(AIBinder_Weak_new(binder.get()));
     EXPECT_EQ(weak.promote(), binder);
     EXPECT_FALSE(ended);

@@ -74,8 +74,10 @@ const std::map<transaction_code_t, Method> kMethods = {
              std::lock_guard<std::mutex> lock(gMutex);
              return writes(gRecords)(out);
          })},
-        {kCaller,
-         Takes<>([](AParcel* out) { return writes(int32_t{AIBinder_getCallingPid()})(out); })},
+        {kCaller, Takes<>([](AParcel* out) {
+             return writes(int32_t{AIBinder_getCallingPid()},
+                           static_cast<int32_t>(AIBinder_getCallingUid()))(out);
+         })},
         {kFail, Takes<int32_t>([](AParcel*, int32_t status) { return status; })},
 };
 

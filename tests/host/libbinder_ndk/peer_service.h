@@ -20,7 +20,7 @@ enum PeerRequest : transaction_code_t {
     kBlock,                         // fd entered, fd go: writes to one, waits for the other
     kRecord,                        // value: appended to the peer's list
     kRecords,                       // -> the list
-    kCaller,                        // -> pid of the caller
+    kCaller,                        // -> pid and uid of the caller
     kFail,                          // status: returned as transport status
     kPeerRequestEnd,
 };

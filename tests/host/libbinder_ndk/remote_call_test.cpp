@@ -26,6 +26,16 @@ struct Pipe {
     ndk::ScopedFileDescriptor writing;
 };
 
+TEST(RemoteCall, TellsTheCalleeWhoCalls) {
+    Peer peer = startPeer();
+    EXPECT_EQ(AIBinder_ping(peer.binder.get()), STATUS_OK);
+    int32_t pid = 0;
+    int32_t uid = 0;
+    ASSERT_EQ(callPeer(peer.binder, kCaller, nullptr, reads(&pid, &uid)), STATUS_OK);
+    EXPECT_EQ(pid, getpid());
+    EXPECT_EQ(uid, static_cast<int32_t>(getuid()));
+}
+
 // What a call with these bytes and this many descriptors, each of its own file, returns.
 binder_status_t Echo(const Peer& peer, const std::vector<uint8_t>& bytes, size_t count) {
     std::vector<ndk::ScopedFileDescriptor> fds;
@@ -80,10 +90,8 @@ TEST(RemoteCall, LeavesNothingOfItsRequestInTheCalleeWhenItReturns) {
     }
 }
 
-TEST(RemoteCall, TellsTheCalleeWhoCallsAndReturnsItsTransportStatus) {
+TEST(RemoteCall, ReturnsTheTransportStatusOfTheMethod) {
     Peer peer = startPeer();
-    EXPECT_EQ(AIBinder_ping(peer.binder.get()), STATUS_OK);
-    EXPECT_EQ(askPeer(peer.binder, kCaller), getpid());
     EXPECT_EQ(callPeer(peer.binder, kFail, writes(int32_t{STATUS_BAD_INDEX})), STATUS_BAD_INDEX);
     EXPECT_EQ(callPeer(peer.binder, kFail, writes(12345)), STATUS_UNKNOWN_ERROR);
     EXPECT_EQ(callPeer(peer.binder, kPeerRequestEnd), STATUS_UNKNOWN_TRANSACTION);

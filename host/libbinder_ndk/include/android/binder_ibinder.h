@@ -68,6 +68,7 @@ binder_status_t AIBinder_unlinkToDeath(AIBinder* binder, AIBinder_DeathRecipient
 // Who made the call this thread serves; the process itself outside of a call.
 uid_t AIBinder_getCallingUid(void) __INTRODUCED_IN(29);
 pid_t AIBinder_getCallingPid(void) __INTRODUCED_IN(29);
+bool AIBinder_isHandlingTransaction(void) __INTRODUCED_IN(33);
 
 void AIBinder_incStrong(AIBinder* binder) __INTRODUCED_IN(29);
 void AIBinder_decStrong(AIBinder* binder) __INTRODUCED_IN(29);

@@ -12,6 +12,7 @@ void ABinderProcess_startThreadPool(void);
 // Threads that may start on demand, beyond the first; 15 unless set. True on success.
 // Lowering it after the pool was started ends the process.
 bool ABinderProcess_setThreadPoolMaxThreadCount(uint32_t numThreads);
+bool ABinderProcess_isThreadPoolStarted(void);
 // The calling thread serves calls and does not return.
 void ABinderProcess_joinThreadPool(void);
 
