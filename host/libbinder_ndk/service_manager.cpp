@@ -189,6 +189,10 @@ AIBinder* AServiceManager_waitForService(const char* instance) {
     return PollForService(instance, -1);
 }
 
+bool AServiceManager_isDeclared(const char* instance) {
+    return instance != nullptr && FindService(instance).get() != nullptr;
+}
+
 binder_status_t AServiceManager_forEachService(void* context,
                                                void (*callback)(const char*, void*)) {
     std::vector<std::string> names;

@@ -28,4 +28,7 @@ AServiceManager_getService(const char* instance) __INTRODUCED_IN(29);
 __attribute__((warn_unused_result)) AIBinder* AServiceManager_waitForService(const char* instance)
         __INTRODUCED_IN(31);
 
+// On a device: asks the manifest. There is none here: what is registered counts as declared.
+bool AServiceManager_isDeclared(const char* instance) __INTRODUCED_IN(31);
+
 __END_DECLS
