@@ -1,9 +1,7 @@
 // The platform's types: values that programs built for a device rely on; with them, how enums and
 // unions behave.
-#include <aidl/android/hardware/camera/device/BufferStatus.h>
 #include <aidl/android/hardware/camera/device/NotifyMsg.h>
 #include <aidl/android/hardware/camera/device/Stream.h>
-#include <aidl/android/hardware/camera/device/StreamBuffersVal.h>
 #include <aidl/android/hardware/graphics/allocator/IAllocator.h>
 #include <aidl/android/hardware/graphics/common/Dataspace.h>
 #include <gtest/gtest.h>
@@ -30,15 +28,8 @@ TEST(PlatformTypesTest, DataspacesAreMadeOfTheRightParts) {
     for (const auto& [dataspace, value] : values) {
         EXPECT_EQ(static_cast<int32_t>(dataspace), value) << toString(dataspace);
     }
-}
-
-TEST(PlatformTypesTest, EnumsHaveNames) {
-    EXPECT_EQ(toString(BufferStatus::ERROR), "ERROR");
     EXPECT_EQ(toString(Dataspace::DISPLAY_P3_LINEAR), "DCI_P3_LINEAR")
             << "of equal values the first name counts";
-    EXPECT_EQ(toString(static_cast<BufferStatus>(5)), "5");
-    EXPECT_EQ((ndk::internal::enum_values<BufferStatus>),
-              (std::array{BufferStatus::OK, BufferStatus::ERROR}));
 }
 
 TEST(PlatformTypesTest, UnionsHoldOneMember) {
@@ -48,18 +39,13 @@ TEST(PlatformTypesTest, UnionsHoldOneMember) {
     EXPECT_EQ(message.toString(),
               "NotifyMsg{shutter: ShutterMsg{frameNumber: 0, timestamp: 3, readoutTimestamp: 0}}");
     EXPECT_LT(NotifyMsg(), message) << "members compare by tag first";
-    EXPECT_EQ(toString(NotifyMsg::Tag::error), "error");
     EXPECT_EQ(Read(Words({2, 0}), &message), STATUS_BAD_VALUE);
     EXPECT_EQ(Read(Words({0, 0}), &message), STATUS_UNEXPECTED_NULL);
     EXPECT_EQ(message.get<NotifyMsg::shutter>(), shutter) << "a failed read leaves it as it was";
-    EXPECT_EQ(NotifyMsg::make<NotifyMsg::error>(), NotifyMsg());
 }
 
 TEST(PlatformTypesTest, FieldsAndNamesAreTheDevices) {
     EXPECT_EQ(static_cast<int64_t>(Stream().dynamicRangeProfile), 0) << "not STANDARD, which is 1";
-    EXPECT_EQ(StreamBuffersVal().get<StreamBuffersVal::error>(),
-              StreamBufferRequestError::UNKNOWN_ERROR);
-    EXPECT_EQ(sizeof(BufferDescriptorInfo().name), 128u);
     EXPECT_STREQ(IAllocator::descriptor, "android.hardware.graphics.allocator.IAllocator");
     EXPECT_EQ(IAllocator::hash, "9499fec09c544e9de5be3c87125721600f8ade66");
 }

@@ -73,7 +73,8 @@ double LeastPsnr(const Nv12Picture& picture, const std::vector<uint8_t>& file) {
 }  // namespace
 
 TEST(EncodeJpeg, ThePictureComesBackAtEverySize) {
-    // Whole coded units, then sizes that end inside one; one strip, then some, the last short.
+    // Whole coded units, then sizes that end inside one; one strip, then some, the last
+    // short, and more than there are restart markers.
     for (const auto& [width, height] :
          {std::pair(64u, 48u), {50u, 38u}, {2u, 2u}, {32u, 512u}, {34u, 514u}, {16u, 2400u}}) {
         Nv12Picture picture(width, height);
@@ -82,21 +83,11 @@ TEST(EncodeJpeg, ThePictureComesBackAtEverySize) {
     }
 }
 
-TEST(EncodeJpeg, StripsMeetAtRestartMarkersWhateverTheThreads) {
-    // 2400 rows are 9 strips and a part: the markers begin anew after the eighth.
+TEST(EncodeJpeg, IsTheSameWhateverTheThreads) {
+    // 2400 rows are 9 strips and a part.
     Nv12Picture picture(24, 2400);
     Paint(picture);
     const std::vector<uint8_t> file = Encode(picture, 90, 1);
-    std::vector<int> restarts;
-    for (size_t i = 0; i + 1 < file.size(); ++i) {
-        if (file[i] == 0xff && file[i + 1] >= 0xd0 && file[i + 1] <= 0xd7) {
-            restarts.push_back(file[i + 1] - 0xd0);
-        }
-    }
-    EXPECT_THAT(restarts, testing::ElementsAre(0, 1, 2, 3, 4, 5, 6, 7, 0));
-    const uint8_t interval[] = {0xff, 0xdd, 0, 4, 0, 2 * 16};  // two coded units across, 16 down
-    EXPECT_NE(std::search(file.begin(), file.end(), std::begin(interval), std::end(interval)),
-              file.end());
     for (uint32_t threads : {0u, 2u, 3u, 40u}) EXPECT_EQ(Encode(picture, 90, threads), file);
 }
 
@@ -112,16 +103,6 @@ TEST(EncodeJpeg, AFileThatDoesNotFitIsAnErrorAndStaysInside) {
         EXPECT_EQ(std::count(file.begin() + capacity, file.end(), 0x5a), needed - capacity);
     }
     EXPECT_EQ(EncodeJpeg(picture.View(), {}, file.data(), needed, &size), "");
-}
-
-TEST(EncodeJpeg, ImpossibleSettingsAreNamed) {
-    Nv12Picture picture(16, 16);
-    Nv12View odd = picture.View();
-    odd.width = 15;
-    size_t size = 0;
-    EXPECT_THAT(EncodeJpeg(picture.View(), {95, 45}, nullptr, 0, &size), HasSubstr("45 degrees"));
-    EXPECT_THAT(EncodeJpeg(picture.View(), {0, 0}, nullptr, 0, &size), HasSubstr("quality 0"));
-    EXPECT_THAT(EncodeJpeg(odd, {}, nullptr, 0, &size), HasSubstr("15 x 16"));
 }
 
 }  // namespace imaging

@@ -24,7 +24,7 @@
 // math library could matter.
 //
 // The code works on vectors of pixels: steps/linear_rows.h, steps/demosaic_row.h and steps/ycbcr.h,
-// combined in steps/develop_strip.h. tests/host/imaging/naive_camera.cpp computes the same one
+// combined in steps/develop_strip.h. tests/host/imaging/naive_camera.h computes the same one
 // pixel at a time, in double precision.
 #pragma once
 

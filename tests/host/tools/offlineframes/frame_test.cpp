@@ -17,11 +17,9 @@ TEST(FrameGeometry, RefusesWhatCannotBeAFrameAndSaysWhy) {
     const std::pair<FrameGeometry, const char*> cases[] = {
             {{FrameFormat::kRaw10, {0, 480}, 800, 480}, "1 to 32767"},
             {{FrameFormat::kRaw10, {642, 480}, 1000, 480}, "multiple of 4"},
-            {{FrameFormat::kNv12, {640, 481}, 640, 482}, "height of 2"},
             {{FrameFormat::kRaw10, {640, 480}, 799, 480}, "stride of at least 800"},
             {{FrameFormat::kNv12, {640, 480}, 640, 478}, "at least 480 scan lines"},
-            // Products beyond 32 and near 64 bits.
-            {{FrameFormat::kNv12, {640, 480}, 65536, 65536}, "larger than"},
+            // A product near 64 bits.
             {{FrameFormat::kNv12, {640, 480}, 4294967294, 4294967294}, "larger than"},
     };
     for (const auto& [geometry, reason] : cases) {
@@ -35,19 +33,6 @@ TEST(FrameGeometry, RefusesWhatCannotBeAFrameAndSaysWhy) {
 int Raw10Pixel(const uint8_t* row, uint32_t x) {
     const uint8_t* const group = row + x / 4 * 5;
     return group[x % 4] << 2 | (group[4] >> (x % 4 * 2) & 3);
-}
-
-TEST(EncodeRaw10, RampHoldsEveryLevelToTheLowestBit) {
-    const FrameGeometry geometry = AllocatorGeometry(FrameFormat::kRaw10, {2048, 1024});
-    const ChartFrame frame = ChartOnSensor(geometry.size);
-    const Bytes bytes = EncodeRaw10(Picture(2048, 1024), geometry, {}, frame);
-    const ChartRamp ramp = RampOf(frame);
-    ASSERT_LT(ramp.firstRow, ramp.endRow);
-    for (uint32_t y = ramp.firstRow; y < ramp.endRow; ++y) {
-        for (uint32_t x = (y + 1) % 2; x < 2048; x += 2) {  // green places, 1024 levels
-            ASSERT_EQ(Raw10Pixel(&bytes[size_t{y} * geometry.stride], x), static_cast<int>(x / 2));
-        }
-    }
 }
 
 TEST(EncodeFrames, InvertThePhysicsAndPad) {
@@ -68,23 +53,17 @@ TEST(EncodeFrames, InvertThePhysicsAndPad) {
                      0,  0,  0, 0, 85, 255, 128, 128, 128, 128, 128, 128}));
 }
 
-TEST(Noise, HasItsSigmaAndIsClipped) {
-    const auto noisy = [&](uint8_t grey, double sigma) {
-        return EncodeNv12(FlatPicture(512, 256, {grey, grey, grey}),
-                          {FrameFormat::kNv12, {512, 256}, 512, 256}, {sigma, 7});
-    };
+TEST(Noise, HasItsSigma) {
     double sum = 0;
     double squares = 0;
-    const Bytes frame = noisy(128, 10);
+    const Bytes frame = EncodeNv12(FlatPicture(512, 256, {128, 128, 128}),
+                                   {FrameFormat::kNv12, {512, 256}, 512, 256}, {10, 7});
     for (const uint8_t sample : frame) {
         sum += sample - 128;
         squares += (sample - 128) * (sample - 128);
     }
     EXPECT_NEAR(sum / frame.size(), 0, 0.15);  // five standard errors
     EXPECT_NEAR(std::sqrt(squares / frame.size()), 10, 0.1);
-    // Clipped and not wrapped around: half of them would exceed the highest value.
-    const Bytes white = noisy(255, 40);
-    EXPECT_GT(*std::min_element(white.begin(), white.begin() + 512), 80);
 }
 
 const char* const kYuvDump = "OfflineAidl_CameraId_2_Frame_1_B2Y_Stride[128]_Scanline[64].yuv";
@@ -106,14 +85,11 @@ TEST(ResolveGeometry, ComesFromRequestNameAndSizeOrSaysWhatFits) {
             {start + "[4096]_Scanline[3072].yuv", {}, 18874368, {large}},
             // What the name does not tell, the file's size gives.
             {start + "[4096]_Scanline[0].yuv", {}, 18874368, {large}},
-            {start + "[0]_Scanline[3072].yuv", {}, 18874368, {large}},
             {"any.yuv", {}, 18874368, {large}},
             {start + "[4096]_Scanline[8x].yuv", {}, 18874368, {large}},
-            {start + "[4096]_Scanline[99999999999].yuv", {}, 18874368, {large}},
             {"x_Stride[1]_Scanline[3072].yuv", {}, 18874368, {large}},  // no dump's name
             {"any.raw", {}, 15728640, {"raw10 4096x3072, stride 5120, 3072 scan lines"}},
-            // A padding that no known frame has; then rounded up to a page.
-            {kYuvDump, {}, 128 * 64 * 3 / 2, {"nv12 128x64, stride 128, 64 scan lines"}},
+            // A padding that no known frame has, rounded up to a page.
             {start + "[130]_Scanline[64].yuv", {}, 16384, {"nv12 130x64, stride 130, 64 "}},
             {kYuvDump, size, 128 * 64 * 3 / 2, {"nv12 100x50, stride 128, 64 scan lines"}},
             // Another size under a source's name: the allocator's padding for that size.
@@ -124,9 +100,7 @@ TEST(ResolveGeometry, ComesFromRequestNameAndSizeOrSaysWhatFits) {
              18000000,
              {"expected 18874368 bytes", "found 18000000; " + fits}},
             {"4096_3072_RAW10.raw", {}, 15728639, {"is the file cut short?"}},
-            {"4096_3072_RAW10.raw", {}, 5120 * 3000, {"3000 scan lines of that stride"}},
             {"any.yuv", {}, 12345, {"any.yuv", "cannot tell", "give --size"}},
-            {start + "[4294967294]_Scanline[4294967294].yuv", {}, 12345, {"must be 1 to"}},
     };
     for (const auto& c : cases) {
         const bool raw = c.name.find(".raw") != std::string::npos;
@@ -162,9 +136,6 @@ TEST(ViewFile, ShowsAJpegDumpWithWhatFollowsIt) {
     EXPECT_EQ(upright.size.width, 48u);
     EXPECT_EQ(upright.description, "jpeg 64x48, orientation 6, " + std::to_string(length) +
                                            " of the file's 32288 bytes");
-    // A JPEG of another size than the name's is shown, with a note.
-    folder.File(kJpegDump, JpegBytes(GradientPicture(32, 16), 0));
-    EXPECT_THAT(ValueOf(ViewFile(path, {})).description, HasSubstr("the name says 64x48"));
 }
 
 TEST(ViewFile, RefusesWhatItCannotTellOrUse) {
@@ -177,7 +148,6 @@ TEST(ViewFile, RefusesWhatItCannotTellOrUse) {
     const std::tuple<std::string, ViewRequest, const char*> cases[] = {
             {folder.File("zeros.bin", Bytes(100)), {}, "give --format"},
             {folder.File(kJpegDump, Bytes(100)), {}, "does not start with ff d8 ff"},
-            {folder.File("a.jpg", JpegBytes(GradientPicture(8, 8), 0)), mosaic, "--mosaic"},
             {frame, mosaic, "--mosaic is only for raw10"},
             {frame, asStored, "--as-stored is only for JPEG"},
     };
