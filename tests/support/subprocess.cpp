@@ -20,8 +20,8 @@ namespace end_to_end {
 using std::chrono::steady_clock;
 
 Subprocess::Subprocess(const std::vector<std::string>& argv, const Environment& environment,
-                       Input input)
-    : m_deadline(steady_clock::now() + std::chrono::seconds(kPatience)) {
+                       Input input, int patience)
+    : m_deadline(steady_clock::now() + std::chrono::seconds(patience)) {
     // Everything is made before the fork: another thread may hold the allocator's lock.
     std::vector<std::string> words = argv;
     if (!environment.empty()) words.insert(words.begin(), "env");
@@ -128,8 +128,8 @@ Finished Subprocess::finish() {
 }
 
 Finished runProgram(const std::vector<std::string>& argv,
-                    const Subprocess::Environment& environment) {
-    return Subprocess(argv, environment, Subprocess::Input::Empty).finish();
+                    const Subprocess::Environment& environment, int patience) {
+    return Subprocess(argv, environment, Subprocess::Input::Empty, patience).finish();
 }
 
 std::vector<std::string> processesWith(const std::string& text) {

@@ -11,7 +11,8 @@
 
 namespace end_to_end {
 
-// How long a test waits for anything, in seconds. It only decides how soon a fault is reported.
+// How long a test waits for anything, in seconds, unless it says otherwise. It only decides how
+// soon a fault is reported.
 constexpr int kPatience = 50;
 
 struct Finished {
@@ -29,7 +30,7 @@ class Subprocess {
     // standard descriptors are that terminal, it leads the session, and `out` is the screen. With
     // a pipe, it ends with this thread, and its standard error is this process's.
     explicit Subprocess(const std::vector<std::string>& argv, const Environment& environment = {},
-                        Input input = Input::Empty);
+                        Input input = Input::Empty, int patience = kPatience);
     ~Subprocess();  // kills the program if it still runs
     Subprocess(const Subprocess&) = delete;
     Subprocess& operator=(const Subprocess&) = delete;
@@ -63,7 +64,7 @@ class Subprocess {
 
 // Starts and finishes.
 Finished runProgram(const std::vector<std::string>& argv,
-                    const Subprocess::Environment& environment = {});
+                    const Subprocess::Environment& environment = {}, int patience = kPatience);
 
 // Command lines of running processes that contain the text; the asking process is left out.
 std::vector<std::string> processesWith(const std::string& text);
