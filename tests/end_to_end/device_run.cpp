@@ -13,14 +13,6 @@ namespace end_to_end {
 
 namespace fs = std::filesystem;
 
-namespace {
-
-constexpr const char* kSourceFiles[] = {
-        "offlinecameratest/4096_3072_RAW10.raw", "offlinecameratest/4000_3000_NV12.yuv",
-        "offlinecameratest/mmf_fd.yuv", "metadata/original_dump.bin"};
-
-}  // namespace
-
 Subprocess::Environment CrashSettings(const Subprocess::Environment& added) {
     Subprocess::Environment all = {{"ASAN_OPTIONS", "handle_segv=0:handle_abort=0"},
                                    {"TSAN_OPTIONS", "handle_segv=0:handle_abort=0"},
@@ -65,10 +57,7 @@ std::string RunResult::AllOutput() const {
 }
 
 DeviceRun::DeviceRun() {
-    for (const char* file : kSourceFiles) {
-        fs::create_directories((fs::path(folder()) / file).parent_path());
-        fs::create_symlink(fs::path(SOURCE_FOLDER) / file, fs::path(folder()) / file);
-    }
+    EXPECT_EQ(runProgram({"cp", "-rs", SOURCE_FOLDER "/.", folder()}).status, 0);
 }
 
 DeviceRun& DeviceRun::with(const Words& options) {

@@ -56,13 +56,10 @@ struct Row {
     const Mode* mode;
     std::string fault;
     std::vector<std::string> options = {};
-    std::string shell = "";  // run before the tool, in its process
-    std::string end = "";    // status or signal
-    std::string waits = "";  // that lasted for their 5 s
-    std::string request = "";
+    std::string shell = "";   // run before the tool, in its process
+    std::string before = "";  // cells up to the dumps
     Dumps dumps = {};
-    bool closed = false;
-    std::string errors = "";
+    std::string after = "";  // cells behind them
 };
 
 // By name, the commands that do it to $f, a file in a folder of /data/vendor/camera. Source files
@@ -137,15 +134,13 @@ void RunOne(Row* row) {
     const RunResult result =
             device.with({"--planes"}).with(row->options).Command({"sh", "-ec", row->shell + tool});
     const runlog::Facts facts = runlog::FindFacts(result.log);
-    row->end = EndOf(result.status);
-    row->waits = WaitsOf(facts.waits, Clock::now() - start);
-    row->request = RequestOf(facts);
+    row->before = EndOf(result.status) + " | " + WaitsOf(facts.waits, Clock::now() - start) +
+                  " | " + RequestOf(facts);
     for (const auto& [name, size] : result.dumps) {
         if (name.rfind(kDumpStart, 0) != 0) continue;
         row->dumps[name] = {size, std::hash<std::string>()(readFile(device.dumpPath(name)))};
     }
-    row->closed = facts.sessionClosed;
-    row->errors = ErrorsOf(result.log);
+    row->after = (facts.sessionClosed ? "yes | " : "no | ") + ErrorsOf(result.log);
 }
 
 void RunAll(std::vector<Row>* rows) {
@@ -171,11 +166,10 @@ void RunAll(std::vector<Row>* rows) {
 std::vector<std::string> FaultNames() {
     std::vector<std::string> names;
     std::istringstream lines(runProgram({DEVICESHELL, "--fault", "help"}).out);
+    const std::regex name("^ *([a-z-]+).*[^:]$");
+    std::smatch found;
     for (std::string line; std::getline(lines, line);) {
-        if (line.empty() || line.back() == ':') continue;
-        std::string word;
-        std::istringstream(line) >> word;
-        names.push_back(word.substr(0, word.find('[')));
+        if (std::regex_search(line, found, name)) names.push_back(found[1]);
     }
     EXPECT_GT(names.size(), 20u);
     return names;
@@ -227,9 +221,9 @@ void WriteTables(const std::vector<Row>& rows, std::ostream& stream) {
                    << "| fault | end | waits | shutter, result | dumped | closed | errors |\n"
                    << "|---|---|---|---|---|---|---|\n";
         }
-        stream << "| " << row.fault << " | " << row.end << " | " << row.waits << " | "
-               << row.request << " | " << DumpsOf(row.dumps, begins ? nullptr : &first->dumps)
-               << " | " << (row.closed ? "yes" : "no") << " | " << row.errors << " |\n";
+        stream << "| " << row.fault << " | " << row.before << " | "
+               << DumpsOf(row.dumps, begins ? nullptr : &first->dumps) << " | " << row.after
+               << " |\n";
     }
 }
 

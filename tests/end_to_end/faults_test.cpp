@@ -29,7 +29,6 @@ const char kProcessed[] = "ProcessOfflineRequest sucessfully";
 const char kNotified[] = "notify: callback notify";
 const char kDelivered[] = "ProcessOfflineResult 1";
 const char kUpdated[] = "GetResultFrameInfo: isBufferUpdate 1 isPartialMetaUpdate 0 isMetaUpdate 0";
-const char kIgnored[] = "GetResultFrameInfo: isBufferUpdate 0 isPartialMetaUpdate 0 isMetaUpdate 0";
 const char kShutter[] = "WaitForShutter frame 1 received 1";
 const char kNoShutter[] = "WaitForShutter frame 1 received 0";
 const char kCompleted[] = "WaitCaptureResultCompleted status is 0";
@@ -41,16 +40,13 @@ const char kClosed[] = "CloseOfflineSession";
 const Fault kFaults[] = {
         // Deliveries.
         {"error-notify", End::kDump, {kNotified, kNoShutter, kCompleted}, kShutter},
-        {"result-first", End::kDump, {kDelivered, kNotified, kCompleted}},
         {"early-result",
          End::kDump,
          {kDelivered, kProcessed, "WaitForResult result timeout_ms 5000",
           "IsResultReceivedLocked sucessfully", kCompleted},
          "WaitForResult received is 1"},
         {"split-result", End::kDump, {kDelivered, kDelivered, kUpdated, kCompleted}},
-        {"duplicate-result", End::kDump, {kDelivered, kCompleted}, kUpdated},
         {"wrong-buffers", End::kNoDump, {"IsResultReceivedLocked failed", kTimedOut}, kCompleted},
-        {"late-result", End::kNoDump, {kProcessed, kNotified, kTimedOut}, kIgnored},
         {"corrupt-metadata",
          End::kDump,
          {"convertFromAidl: input CameraMetadata is corrupt!", kCompleted}},
@@ -66,10 +62,6 @@ const Fault kFaults[] = {
          End::kNoDump,
          {"ConfigureOfflineStreams, FAILED...", kClosed},
          kProcessed},
-        {"process-error",
-         End::kNoDump,
-         {kRefused, "request id frameNumber:0 return frameNumber 0", kClosed},
-         kCompleted},
         // The allocator.
         {"allocate-error",
          End::kNoDump,

@@ -94,15 +94,21 @@ INSTANTIATE_TEST_SUITE_P(All, Modes, ::testing::ValuesIn(kModes), [](const auto&
 });
 
 TEST(StreamlessModes, AreRefusedByTheServiceAndStillClosed) {
-    const std::tuple<const char*, const char*, int> cases[] = {
-            {"Y2Y", "Y2Y=2", 2}, {"QLL", "MMF=4", 4}, {"R2R", "R2R=5", 5}};
-    for (const auto& [command, label, mode] : cases) {
+    struct Case {
+        Words arguments;
+        std::string out;
+        int mode;
+    };
+    for (const auto& [arguments, out, mode] :
+         {Case{{"-t", "Y2Y"}, "cmd: -t=Y2Y\nopMode: Y2Y=2\nret: =0\n", 2},
+          // The last command wins.
+          Case{{"-t", "Y2J", "-t", "QLL"}, "cmd: -t=QLL\nopMode: MMF=4\nret: =0\n", 4},
+          Case{{"-t", "R2R"}, "cmd: -t=R2R\nopMode: R2R=5\nret: =0\n", 5}}) {
         const std::string number = std::to_string(mode);
         DeviceRun device;
-        const RunResult run = device.tool({"-t", command});
+        const RunResult run = device.tool(arguments);
         EXPECT_EQ(run.status, 0) << run.AllOutput();
-        EXPECT_EQ(run.out,
-                  std::string("cmd: -t=") + command + "\nopMode: " + label + "\nret: =0\n");
+        EXPECT_EQ(run.out, out);
         EXPECT_THAT(run.dumps, IsEmpty());
 
         std::vector<std::string> lines;
