@@ -35,6 +35,19 @@ int Raw10Pixel(const uint8_t* row, uint32_t x) {
     return group[x % 4] << 2 | (group[4] >> (x % 4 * 2) & 3);
 }
 
+TEST(EncodeRaw10, RampHoldsEveryLevelToTheLowestBit) {
+    const FrameGeometry geometry = AllocatorGeometry(FrameFormat::kRaw10, {2048, 1024});
+    const ChartFrame frame = ChartOnSensor(geometry.size);
+    const Bytes bytes = EncodeRaw10(Picture(2048, 1024), geometry, {}, frame);
+    const ChartRamp ramp = RampOf(frame);
+    ASSERT_LT(ramp.firstRow, ramp.endRow);
+    for (uint32_t y = ramp.firstRow; y < ramp.endRow; ++y) {
+        for (uint32_t x = (y + 1) % 2; x < 2048; x += 2) {  // green places, 1024 levels
+            ASSERT_EQ(Raw10Pixel(&bytes[size_t{y} * geometry.stride], x), static_cast<int>(x / 2));
+        }
+    }
+}
+
 TEST(EncodeFrames, InvertThePhysicsAndPad) {
     // White is 959 after the gains 2.0, 1.0 and 1.5.
     const FrameGeometry raw = {FrameFormat::kRaw10, {8, 4}, 16, 6};

@@ -1,6 +1,9 @@
 // Pictures: the right pixels from good files, a clear error from bad ones, fitted and compared.
 
+#include <endian.h>
 #include <gmock/gmock.h>
+#include <isa-l/crc.h>
+#include <turbojpeg.h>
 
 #include <tuple>
 
@@ -19,6 +22,41 @@ Bytes BytesOf(const std::string& text) {
 
 int LargestDifference(const Picture& a, const Picture& b) {
     return ValueOf(ComparePictures(a, b)).largest;
+}
+
+TEST(Png, ComesBackAsItWasWrittenAndUpright) {
+    const TestFolder folder;
+    const Picture picture = GradientPicture(37, 21);
+    Bytes png = EncodePng({37, 21}, RowsOf(picture));
+    EXPECT_EQ(ValueOf(ReadPicture(folder.File("a", png))).rgb, picture.rgb);
+    // The same with an orientation of 6, in a chunk of its own behind the header.
+    std::string chunk(
+            "\0\0\0\x1a"
+            "eXIfMM\0*\0\0\0\x08\0\x01\x01\x12\0\x03\0\0\0\x01\0\x06\0\0\0\0\0\0",
+            34);
+    const uint32_t sum =
+            htobe32(crc32_gzip_refl(0, reinterpret_cast<const uint8_t*>(&chunk[4]), 30));
+    chunk.append(reinterpret_cast<const char*>(&sum), 4);
+    png.insert(png.begin() + 33, chunk.begin(), chunk.end());
+    const Picture turned = ValueOf(ReadPicture(folder.File("b", png)));
+    EXPECT_EQ(turned.rgb, MakeUpright(picture, 6).rgb);
+    EXPECT_EQ(turned.width, 21u);
+}
+
+TEST(Jpeg, OfInksIsRead) {
+    const Bytes inks = {255, 128, 0, 255, 255, 255, 255, 64};  // 255: no ink
+    unsigned char* file = nullptr;
+    unsigned long size = 0;
+    const tjhandle encoder = tjInitCompress();
+    ASSERT_EQ(
+            tjCompress2(encoder, inks.data(), 2, 0, 1, TJPF_CMYK, &file, &size, TJSAMP_444, 100, 0),
+            0);
+    const Picture read = ValueOf(DecodeJpeg(Bytes(file, file + size), "x")).picture;
+    tjFree(file);
+    tjDestroy(encoder);
+    Picture expected(2, 1);
+    expected.rgb = {255, 128, 0, 64, 64, 64};
+    EXPECT_LE(LargestDifference(read, expected), 3);
 }
 
 TEST(Ppm, OfBothDepthsAndWithComments) {

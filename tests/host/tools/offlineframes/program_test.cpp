@@ -3,6 +3,8 @@
 #include "host/tools/offlineframes/program.h"
 
 #include <gmock/gmock.h>
+#include <signal.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -138,6 +140,18 @@ TEST(Sources, AreMadeOnce) {
     ValueOf(WriteFile(frames + "mmf_fd.yuv", {1, 2, 3}, Existing::kReplace));
     EXPECT_THAT(ValueOf(MakeSources(camera, std::nullopt)), testing::Not(HasSubstr("made")));
     EXPECT_THAT(ValueOf(ReadFile(frames + "mmf_fd.yuv")), ElementsAre(1, 2, 3));
+}
+
+TEST(FileIo, LeavesNothingWhenASignalEndsTheProgram) {
+    const TestFolder folder;
+    const auto writeBeyondTheLimit = [&] {
+        const rlimit limit = {10'000, 10'000};
+        setrlimit(RLIMIT_FSIZE, &limit);
+        static_cast<void>(WriteFile(folder.path("frame"), Bytes(20'000), Existing::kKeep));
+        _exit(0);
+    };
+    EXPECT_EXIT(writeBeyondTheLimit(), testing::KilledBySignal(SIGXFSZ), "");
+    EXPECT_THAT(folder.Names(), ElementsAre());
 }
 
 }  // namespace
