@@ -180,20 +180,6 @@ TEST_F(Deviceshell, CtrlCReachesTheCommandAtTheTerminalOnce) {
     EXPECT_THAT(finished.out, Not(HasSubstr("caught 2")));
 }
 
-// A bubblewrap that starts nothing until the terminal has shown the Ctrl-C.
-TEST_F(Deviceshell, CtrlCIsNotLostBeforeTheFirstProcessIsThere) {
-    AddProgram(m_folder + "/bwrap",
-               "echo early; until [ -e \"$0.go\" ]; do :; done\n"
-               "PATH=${PATH#*:}; exec bwrap \"$@\"");
-    Subprocess device(Script("echo ran"), {{"PATH", m_folder + ":" + getenv("PATH")}},
-                      Subprocess::Input::Terminal);
-    EXPECT_TRUE(device.Converse({{"", "early"}, {"\x03", "^C"}}));
-    std::ofstream(m_folder + "/bwrap.go").close();
-    const Finished finished = device.finish();
-    EXPECT_EQ(finished.status, 128 + SIGINT);
-    EXPECT_THAT(finished.out, Not(HasSubstr("ran\r\n")));
-}
-
 // It is in the host's /dev, which the device's own hides but for programs.
 TEST_F(Deviceshell, ReportsAServiceThatDoesNotStart) {
     std::string folder = "/dev/shm/deviceshell-XXXXXX";
