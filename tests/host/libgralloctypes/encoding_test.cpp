@@ -11,7 +11,6 @@ using namespace ::android::gralloc4;
 using ::aidl::android::hardware::graphics::common::PlaneLayout;
 using ::android::BAD_VALUE;
 using ::android::NO_ERROR;
-using ::android::hardware::graphics::common::V1_2::PixelFormat;
 using Bytes = ::android::hardware::hidl_vec<uint8_t>;
 
 // Puts bytes together piece by piece, independently of the code under test.
@@ -36,14 +35,6 @@ class HandWritten {
   private:
     std::vector<uint8_t> m_bytes;
 };
-
-TEST(Gralloc4, NumbersHaveTheWidthOfTheirType) {
-    Bytes bytes = {1, 2, 3};  // replaced
-    EXPECT_EQ(encodeAllocationSize(18874368, &bytes), NO_ERROR);
-    EXPECT_EQ(bytes, HandWritten().Header(10).Number<uint64_t>(18874368));
-    EXPECT_EQ(encodePixelFormatRequested(PixelFormat::RAW10, &bytes), NO_ERROR);
-    EXPECT_EQ(bytes, HandWritten().Header(6).Number<int32_t>(0x25));
-}
 
 TEST(Gralloc4, PlaneLayouts) {
     const std::string component = "android.hardware.graphics.common.PlaneLayoutComponentType";

@@ -104,10 +104,8 @@ TEST_F(HidlHandleTest, BorrowsARawPointerAndCopiesOwnClones) {
 }
 
 TEST_F(HidlHandleTest, ReplacingAnOwnedHandleClosesIt) {
-    hidl_handle first;
-    first.setTo(native_handle_clone(m_raw), true);
-    hidl_handle owner = std::move(first);
-    EXPECT_EQ(first.getNativeHandle(), nullptr);
+    hidl_handle owner;
+    owner.setTo(native_handle_clone(m_raw), true);
     owner.setTo(native_handle_clone(m_raw), true);
     EXPECT_EQ(countOpenDescriptors(), m_openBefore + 2);
     owner = m_raw;

@@ -8,11 +8,10 @@
 #include <signal.h>
 #include <unistd.h>
 
-#include <fstream>
-
 #include "camera_metadata_blob.h"
 #include "refusal.h"
 #include "session_fixture.h"
+#include "tests/host/graphics/buffers.h"
 #include "tests/host/libbinder_ndk/test_bus.h"
 #include "tests/support/eventually.h"
 #include "tests/support/process_counts.h"
@@ -26,13 +25,8 @@ namespace {
 
 // Threads, descriptors and mapped buffers of this process.
 std::vector<size_t> Belongings() {
-    size_t buffers = 0;
-    std::ifstream maps("/proc/self/maps");
-    for (std::string line; std::getline(maps, line);) {
-        buffers += line.find("memfd:graphics_buffer") != std::string::npos;
-    }
     const ProcessCounts counts = countsOf(getpid());
-    return {counts.threads, counts.descriptors, buffers};
+    return {counts.threads, counts.descriptors, static_cast<size_t>(graphics::BufferMappings())};
 }
 
 }  // namespace
@@ -43,15 +37,11 @@ TEST_F(SessionFixture, MmfBorrowsItsScratchBufferAndGivesABadOneBack) {
     m_client->WaitForEvents(4);
     m_client->lendsEmptyHandles = true;
     EXPECT_EQ(Process(MakeInfo()), "2");
-    m_client->WaitForEvents(9);
-    m_client->lacking = 1;
-    EXPECT_EQ(Process(MakeInfo()), "3");
     const std::string inputs = " in 0:1 1:2 0:3 1:4 0:5 1:6";
-    EXPECT_THAT(m_client->WaitForEvents(13),
+    EXPECT_THAT(m_client->WaitForEvents(9),
                 ElementsAre("shutter 1", "lend 0 x 1", "return 0:101", "result 1 out 2:1" + inputs,
                             "shutter 2", "lend 0 x 1", "return 0:102", "error 2",
-                            "result 2 out 2:1!" + inputs, "shutter 3", "lend 0 x 1", "error 3",
-                            "result 3 out 2:1!" + inputs));
+                            "result 2 out 2:1!" + inputs));
 }
 
 // An input is read only after its acquire fence; this one never signals.
@@ -87,7 +77,6 @@ TEST_F(SessionFixture, CallsThatDoNotFitTheStateAreRefused) {
     EXPECT_EQ(m_session->closeOfflineSession().getServiceSpecificError(), kWrongState);
     EXPECT_THAT(m_session->configureOfflineStreams(Configuration(OpMode::kB2Y)).getMessage(),
                 HasSubstr("the session has ended"));
-    EXPECT_EQ(Process({}), "the session has ended");
     EXPECT_EQ(m_service->openOfflineSession("test", nullptr, &m_session).getServiceSpecificError(),
               kIllegalArgument);
     EXPECT_EQ(m_session, nullptr);

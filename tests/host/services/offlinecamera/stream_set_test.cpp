@@ -13,7 +13,6 @@ TEST(StreamSet, StreamsThatDoNotFitTheModeAreNamed) {
         const char* refusal;  // empty: taken
     } cases[] = {
             {OpMode::kMMF, [](auto& i) { std::swap(i.streams[1], i.streams[2]); }, ""},
-            {OpMode::kY2J, [](auto&) {}, ""},
             {b2y, [](auto& i) { i.opMode = 2; }, "op mode 2 has no stream set"},
             {b2y, [](auto& i) { i.streams.clear(); }, "op mode 0: no streams"},
             {b2y, [](auto& i) { i.streams.push_back(i.streams[0]); }, "stream 0 is there twice"},
