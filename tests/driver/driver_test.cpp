@@ -21,7 +21,22 @@ extern "C" void __wrap_ABinderProcess_startThreadPool() {
 namespace test {
 namespace {
 
-using Driver = ClientTest;
+class Driver : public ClientTest {
+  public:
+    // Runs the tool's command and then `check`, in the process of a death test: it ends with the
+    // process-wide client.
+    template <class Check>
+    void Run(std::string command, Check check) {
+        const auto run = [&] {
+            std::string words[] = {"vexofflinecameratest", "-t", std::move(command)};
+            char* arguments[] = {words[0].data(), words[1].data(), words[2].data(), nullptr};
+            EXPECT_EQ(DriverMain(3, arguments), 0);
+            check();
+            exit(HasFailure() ? 1 : 0);
+        };
+        EXPECT_EXIT(run(), ::testing::ExitedWithCode(0), "");
+    }
+};
 
 TEST_F(Driver, RunsOneOfflineTest) {
     data.Write(kRawFile, "");
@@ -32,11 +47,7 @@ TEST_F(Driver, RunsOneOfflineTest) {
         around.service->callback->processCaptureResult(results);
         around.session->fails = true;  // so that the driver does not wait
     };
-    // In the process of a death test: it ends with the process-wide client.
-    const auto run = [this] {
-        std::string words[] = {"vexofflinecameratest", "-t", "B2Y"};
-        char* arguments[] = {words[0].data(), words[1].data(), words[2].data(), nullptr};
-        EXPECT_EQ(DriverMain(3, arguments), 0);
+    Run("B2Y", [this] {
         Lines lines = log.Take();
         const auto constructed = std::find(lines.begin(), lines.end(),
                                            "I [AIDL] OfflineCameraClient constructor called");
@@ -51,9 +62,16 @@ TEST_F(Driver, RunsOneOfflineTest) {
         OfflineCameraClientAccess tool{&OfflineCameraClient::GetInstance()};
         EXPECT_THAT(tool.resultFrameInfos(), IsEmpty());
         EXPECT_THAT(tool.notifyMessages(), IsEmpty());
-        exit(HasFailure() ? 1 : 0);
-    };
-    EXPECT_EXIT(run(), ::testing::ExitedWithCode(0), "");
+    });
+}
+
+TEST_F(Driver, TheCallbackCommandRegistersAndNothingElse) {
+    Run("callback", [this] {
+        EXPECT_EQ(LastLines(3),
+                  (Lines{"I pool of 6", "I pool started", "I [AIDL] registerClient clientId 0"}));
+        EXPECT_THAT(around.service->clientIds, ElementsAre(0));
+        EXPECT_THAT(around.service->clientNames, IsEmpty());
+    });
 }
 
 }  // namespace

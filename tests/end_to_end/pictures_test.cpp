@@ -1,30 +1,114 @@
-// What is in a JPEG dump. The pictures of all modes are looked at in own_photo_test.cpp.
+// With plane layouts the dumps are the chart of the source files: right size, place and colours.
 
 #include <gmock/gmock.h>
 #include <imaging/jpeg.h>
+#include <stdlib.h>
 
+#include <cmath>
+
+#include "host/tools/offlineframes/chart.h"
 #include "host/tools/offlineframes/picture_file.h"
 #include "tests/end_to_end/device_run.h"
 
+using offlineframes::Picture;
 using ::testing::EndsWith;
 using ::testing::Ge;
+using ::testing::HasSubstr;
 using ::testing::SizeIs;
 using ::testing::StartsWith;
 
 namespace end_to_end {
 namespace {
 
-TEST(Pictures, Y2JIsAWholeJpegToBeTurned) {
+const char kYuvSource[] = SOURCE_FOLDER "/offlinecameratest/4000_3000_NV12.yuv";
+
+// PSNR of all channels in dB between two frame files; 0 when they cannot be compared.
+double psnr(const std::string& a, const std::string& b) {
+    const Finished compared = runProgram({OFFLINEFRAMES, "compare", a, b});
+    EXPECT_EQ(compared.status, 0) << compared.err;
+    const size_t all = compared.out.find("  all ");
+    if (all == std::string::npos) return 0;
+    return strtod(compared.out.c_str() + all + 6, nullptr);
+}
+
+// Path of the one dump of a run with plane layouts.
+std::string dumpOf(DeviceRun* device, const char* command) {
+    const RunResult run = device->with({"--planes"}).tool({"-t", command});
+    EXPECT_EQ(run.status, 0) << run.AllOutput();
+    EXPECT_THAT(run.dumps, SizeIs(1)) << run.AllOutput();
+    return run.dumps.empty() ? "" : device->dumpPath(run.dumps.begin()->first);
+}
+
+double lumaAt(const Picture& picture, uint32_t x, uint32_t y) {
+    const uint8_t* const pixel = picture.Pixel(x, y);
+    return 0.299 * pixel[0] + 0.587 * pixel[1] + 0.114 * pixel[2];
+}
+
+// Away from the mosaic's Nyquist frequencies: brightness changes little within two pixels.
+bool isSoft(const Picture& picture, uint32_t x, uint32_t y) {
+    double low = 255, high = 0;
+    for (uint32_t ny = y - 2; ny <= y + 2; ++ny) {
+        for (uint32_t nx = x - 2; nx <= x + 2; ++nx) {
+            low = std::min(low, lumaAt(picture, nx, ny));
+            high = std::max(high, lumaAt(picture, nx, ny));
+        }
+    }
+    return high - low <= 80;
+}
+
+// A wrong row length, crop, turn or colour order costs far more than demosaicing does.
+TEST(Pictures, B2YDevelopsTheChart) {
     DeviceRun device;
-    const RunResult run = device.with({"--planes"}).tool({"-t", "Y2J"});
-    ASSERT_THAT(run.dumps, SizeIs(1)) << run.AllOutput();
-    const std::string path = device.dumpPath(run.dumps.begin()->first);
+    const std::string png = device.folder() + "/developed.png";
+    ASSERT_EQ(runProgram({OFFLINEFRAMES, "view", dumpOf(&device, "B2Y"), png}).status, 0);
+    const auto developed = offlineframes::ReadPicture(png);
+    ASSERT_TRUE(developed.Ok());
+    const Picture& picture = developed.Value();
+    const Picture chart = DrawVisibleChart(offlineframes::ChartOfVisible({4000, 3000}));
+    ASSERT_EQ(picture.rgb.size(), chart.rgb.size());
+
+    // One row in five, so that sanitizers do not take long.
+    double squares = 0;
+    uint64_t soft = 0, seen = 0;
+    for (uint32_t y = 2; y < chart.height - 2; y += 5) {
+        for (uint32_t x = 2; x < chart.width - 2; ++x, ++seen) {
+            if (!isSoft(chart, x, y)) continue;
+            const double difference = lumaAt(chart, x, y) - lumaAt(picture, x, y);
+            squares += difference * difference;
+            ++soft;
+        }
+    }
+    EXPECT_GT(soft, seen * 4 / 5);
+    EXPECT_GE(10 * std::log10(255.0 * 255.0 * static_cast<double>(soft) / squares), 35);
+
+    for (const offlineframes::ChartPatch& patch : offlineframes::ChartPatches()) {
+        const auto x = static_cast<uint32_t>((patch.box.left + patch.box.right) / 2);
+        const auto y = static_cast<uint32_t>((patch.box.top + patch.box.bottom) / 2);
+        const uint8_t* const pixel = picture.Pixel(x, y);
+        EXPECT_NEAR(pixel[0], patch.colour.r, 2) << "red at " << x << ", " << y;
+        EXPECT_NEAR(pixel[1], patch.colour.g, 2) << "green at " << x << ", " << y;
+        EXPECT_NEAR(pixel[2], patch.colour.b, 2) << "blue at " << x << ", " << y;
+    }
+}
+
+TEST(Pictures, MMFOfEqualFramesIsB2Y) {
+    DeviceRun device;
+    const std::string averaged = dumpOf(&device, "MMF");
+    DeviceRun single;
+    const std::string developed = dumpOf(&single, "B2Y");
+    EXPECT_TRUE(readFile(averaged) == readFile(developed));
+}
+
+TEST(Pictures, Y2JIsAWholeJpegOfTheSource) {
+    DeviceRun device;
+    const std::string path = dumpOf(&device, "Y2J");
     const std::string jpeg = readFile(path);
     ASSERT_THAT(jpeg, SizeIs(Ge(262152u)));
     EXPECT_LT(jpeg.size(), 24'000'000u);
     EXPECT_THAT(jpeg, EndsWith("\xFF\xD9"));
     const std::string stored = device.folder() + "/stored.png";
     EXPECT_EQ(runProgram({OFFLINEFRAMES, "view", "--as-stored", path, stored}).status, 0);
+    EXPECT_GE(psnr(stored, kYuvSource), 38);
     // The tool asks for a picture that is to be shown turned by 90 degrees clockwise.
     const auto lying = offlineframes::ReadPicture(stored);
     const auto upright = offlineframes::ReadPicture(path);

@@ -14,17 +14,12 @@ using ::android::hardware::graphics::mapper::V4_0::IMapper;
 
 class FakeMapper : public IMapper {
   public:
-    explicit FakeMapper(Error mark, bool* destroyed = nullptr)
-        : m_mark(mark), m_destroyed(destroyed) {}
-    ~FakeMapper() override {
-        if (m_destroyed != nullptr) *m_destroyed = true;
-    }
+    explicit FakeMapper(Error mark) : m_mark(mark) {}
 
     Return<Error> freeBuffer(void*) override { return m_mark; }
 
   private:
     const Error m_mark;
-    bool* const m_destroyed;
 };
 
 }  // namespace fake

@@ -1,11 +1,10 @@
-// Imported buffers: leaks, locks, fences, fresh pages and the zero tail.
+// Imported buffers: leaks, locks, fences and the zero tail.
 #include <fcntl.h>
 #include <graphics/buffer_mapping.h>
 #include <graphics/fence.h>
 #include <graphics/imported_buffers.h>
 #include <gtest/gtest.h>
 #include <sys/eventfd.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -88,20 +87,6 @@ TEST_F(ImportedBuffersTest, LockWaitsForItsFenceButNotForever) {
     close(ends[0]);
 }
 
-TEST_F(ImportedBuffersTest, FirstLockOfAFreshPictureFillsIt) {
-    const auto kibibytesAfterLock = [&](const UniqueHandle& raw) {
-        Lock(Import(raw));
-        struct stat status = {};
-        EXPECT_EQ(fstat(raw->data[0], &status), 0);
-        return status.st_blocks / 2;
-    };
-    EXPECT_EQ(kibibytesAfterLock(CreateNv12()), 480);
-    EXPECT_EQ(kibibytesAfterLock(Create(Describe(kFormatBlob, 491'520, 1))), 0);
-    const UniqueHandle used = CreateNv12();
-    ASSERT_EQ(pwrite(used->data[0], "x", 1, 0), 1);
-    EXPECT_EQ(kibibytesAfterLock(used), 4) << "has its content already";
-}
-
 TEST_F(ImportedBuffersTest, TailAfterTheBufferIsLargeEnoughZeroAndReadOnly) {
     testing::FLAGS_gtest_death_test_style = "threadsafe";
     for (const uint32_t bytes : {1u, 4096u, 4097u, 24'000'000u}) {
@@ -111,14 +96,6 @@ TEST_F(ImportedBuffersTest, TailAfterTheBufferIsLargeEnoughZeroAndReadOnly) {
         EXPECT_EQ(std::count(data + bytes, data + 2 * size_t{bytes}, 0), bytes);
         if (bytes % 4096 == 0) EXPECT_DEATH(*const_cast<volatile uint8_t*>(data + bytes) = 1, "");
     }
-}
-
-TEST(BufferMapping, FailsForAReadOnlyDescriptor) {
-    const int readOnly = open("/proc/self/exe", O_RDONLY | O_CLOEXEC);
-    BufferMapping mapping;
-    EXPECT_EQ(ErrorOf(mapping.Map(readOnly, 1)), BufferError::kNoResources);
-    EXPECT_EQ(mapping.Data(), nullptr);
-    close(readOnly);
 }
 
 }  // namespace

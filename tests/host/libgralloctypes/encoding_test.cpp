@@ -11,8 +11,6 @@ using namespace ::android::gralloc4;
 using ::aidl::android::hardware::graphics::common::PlaneLayout;
 using ::android::BAD_VALUE;
 using ::android::NO_ERROR;
-using ::android::hardware::graphics::common::V1_2::PixelFormat;
-using ::android::hardware::graphics::mapper::V4_0::IMapper;
 using Bytes = ::android::hardware::hidl_vec<uint8_t>;
 
 // Puts bytes together piece by piece, independently of the code under test.
@@ -37,14 +35,6 @@ class HandWritten {
   private:
     std::vector<uint8_t> m_bytes;
 };
-
-TEST(Gralloc4, NumbersHaveTheWidthOfTheirType) {
-    Bytes bytes = {1, 2, 3};  // replaced
-    EXPECT_EQ(encodeAllocationSize(18874368, &bytes), NO_ERROR);
-    EXPECT_EQ(bytes, HandWritten().Header(10).Number<uint64_t>(18874368));
-    EXPECT_EQ(encodePixelFormatRequested(PixelFormat::RAW10, &bytes), NO_ERROR);
-    EXPECT_EQ(bytes, HandWritten().Header(6).Number<int32_t>(0x25));
-}
 
 TEST(Gralloc4, PlaneLayouts) {
     const std::string component = "android.hardware.graphics.common.PlaneLayoutComponentType";
@@ -90,25 +80,6 @@ TEST(Gralloc4, OtherTypesAndLengthsAreRefused) {
     longer.resize(width.size() + 1);
     EXPECT_EQ(decodeWidth(longer, &value), BAD_VALUE);
     EXPECT_EQ(value, 640u) << "bytes that are left over do not hide the value";
-}
-
-TEST(Gralloc4, BufferDescriptorInfoHasNoHeader) {
-    HandWritten expected;
-    expected.Text("source");
-    for (const uint32_t word : {4096, 3072, 1, 37}) expected.Number(word);
-    for (const uint64_t number : {0x33, 64}) expected.Number(number);
-    Bytes bytes;
-    const IMapper::BufferDescriptorInfo info = {"source",           4096, 3072, 1,
-                                                PixelFormat::RAW10, 0x33, 64};
-    ASSERT_EQ(encodeBufferDescriptorInfo(info, &bytes), NO_ERROR);
-    EXPECT_EQ(bytes, expected);
-    IMapper::BufferDescriptorInfo decoded{};
-    ASSERT_EQ(decodeBufferDescriptorInfo(bytes, &decoded), NO_ERROR);
-    EXPECT_EQ(decoded.name, "source");
-    EXPECT_EQ(decoded.height, 3072u);
-    EXPECT_EQ(decoded.reservedSize, 64u);
-    bytes.resize(bytes.size() - 1);
-    EXPECT_EQ(decodeBufferDescriptorInfo(bytes, &decoded), BAD_VALUE);
 }
 
 }  // namespace

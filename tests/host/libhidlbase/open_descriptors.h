@@ -19,10 +19,6 @@ inline bool isOpen(int fd) {
     return fcntl(fd, F_GETFD) != -1;
 }
 
-inline bool isCloseOnExec(int fd) {
-    return (fcntl(fd, F_GETFD) & FD_CLOEXEC) != 0;
-}
-
 inline bool isSameFile(int first, int second) {
     struct stat a {};
     struct stat b {};

@@ -15,7 +15,8 @@ namespace android::hardware {
 template <typename T>
 struct hidl_vec {
     hidl_vec() = default;
-    hidl_vec(size_t size) : m_data(new T[size]()), m_size(details::checkedSize(size)) {}
+    hidl_vec(size_t size)
+        : m_data(new T[details::checkedSize(size)]()), m_size(static_cast<uint32_t>(size)) {}
     hidl_vec(std::initializer_list<T> list) : hidl_vec(list.begin(), list.end()) {}
     hidl_vec(const std::vector<T>& other) : hidl_vec(other.data(), other.data() + other.size()) {}
     hidl_vec(const T* first, const T* last) : hidl_vec(static_cast<size_t>(last - first)) {

@@ -67,7 +67,7 @@ class RecordingClient : public package::BnOfflineCameraCallback {
                                        device::BufferRequestStatus*) override {
         if (requests.empty()) return Add("empty request");
         const Stream& stream = requests[0].stream;
-        std::vector<StreamBuffer> buffers(requests[0].numBuffersRequested - lacking);
+        std::vector<StreamBuffer> buffers(requests[0].numBuffersRequested);
         for (StreamBuffer& buffer : buffers) {
             buffer.streamId = stream.id;
             buffer.bufferId = ++m_lastLentId;
@@ -98,7 +98,6 @@ class RecordingClient : public package::BnOfflineCameraCallback {
     // Set before the request is sent.
     std::function<void(const OfflineCaptureResult&)> onResult;
     bool lendsEmptyHandles = false;
-    int32_t lacking = 0;  // so many fewer buffers are lent than asked for
 
   private:
     static std::string Text(const std::vector<StreamBuffer>& buffers) {

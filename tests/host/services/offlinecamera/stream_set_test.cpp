@@ -12,14 +12,11 @@ TEST(StreamSet, StreamsThatDoNotFitTheModeAreNamed) {
         std::function<void(OfflineSessionConfigureInfo&)> change;
         const char* refusal;  // empty: taken
     } cases[] = {
-            {OpMode::kMMF, [](auto& i) { std::swap(i.streams[0], i.streams[2]); }, "has format"},
             {OpMode::kMMF, [](auto& i) { std::swap(i.streams[1], i.streams[2]); }, ""},
-            {OpMode::kY2J, [](auto&) {}, ""},
             {b2y, [](auto& i) { i.opMode = 2; }, "op mode 2 has no stream set"},
             {b2y, [](auto& i) { i.streams.clear(); }, "op mode 0: no streams"},
             {b2y, [](auto& i) { i.streams.push_back(i.streams[0]); }, "stream 0 is there twice"},
             {b2y, [](auto& i) { i.streams.pop_back(); }, "no output stream"},
-            {b2y, [](auto& i) { i.streams.erase(i.streams.begin()); }, "0 input streams"},
             {b2y, [](auto& i) { i.streams[0].format = PixelFormat::RAW12; }, "has format RAW12"},
             {b2y, [](auto& i) { i.streams[1].format = PixelFormat::RAW10; }, "gives YCBCR"},
             {b2y, [](auto& i) { i.streams[1].width = 18; }, "stream 1 is 18 x 8: larger"},

@@ -30,7 +30,9 @@ std::vector<std::string> ListServices() {
 
 TEST(ServiceManager, FindsReplacesAndForgetsServices) {
     Peer peer = startPeer();
+    Peer replaced = startPeer();
     const std::string name = newServiceName();
+    const std::string replacedOnly = newServiceName();
     EXPECT_EQ(Check(name).get(), nullptr);
     const int before = livePeerObjects();
     {
@@ -43,9 +45,13 @@ TEST(ServiceManager, FindsReplacesAndForgetsServices) {
         EXPECT_EQ(Check(name), own);
     }
     EXPECT_EQ(livePeerObjects(), before + 1) << "the service manager holds it";
-    ASSERT_EQ(Add(peer.binder, name), EX_NONE);
-    EXPECT_EQ(Check(name), peer.binder);
+    ASSERT_EQ(Add(replaced.binder, replacedOnly), EX_NONE);
+    ASSERT_EQ(Add(replaced.binder, name), EX_NONE);
     EXPECT_TRUE(eventually([&] { return livePeerObjects() == before; }));
+    ASSERT_EQ(Add(peer.binder, name), EX_NONE);
+    replaced.Signal(SIGKILL);
+    EXPECT_TRUE(eventually([&] { return Check(replacedOnly).get() == nullptr; }));
+    EXPECT_EQ(Check(name), peer.binder);
     EXPECT_THAT(ListServices(), testing::Contains(name));
 
     peer.Signal(SIGKILL);
@@ -53,19 +59,6 @@ TEST(ServiceManager, FindsReplacesAndForgetsServices) {
     EXPECT_THAT(ListServices(), testing::Not(testing::Contains(name)));
     EXPECT_EQ(Add(peer.binder, newServiceName()), EX_TRANSACTION_FAILED) << "it is dead";
     EXPECT_NE(Add(newPeerObject(), "no name"), EX_NONE);
-}
-
-TEST(ServiceManager, KeepsTheNewServiceWhenTheReplacedOneDies) {
-    Peer old = startPeer();
-    Peer current = startPeer();
-    const std::string shared = newServiceName();
-    const std::string onlyOld = newServiceName();
-    ASSERT_EQ(Add(old.binder, shared), EX_NONE);
-    ASSERT_EQ(Add(old.binder, onlyOld), EX_NONE);
-    ASSERT_EQ(Add(current.binder, shared), EX_NONE);
-    old.Signal(SIGKILL);
-    EXPECT_TRUE(eventually([&] { return Check(onlyOld).get() == nullptr; }));
-    EXPECT_EQ(Check(shared), current.binder);
 }
 
 TEST(ServiceManager, IsOneAtATimeInAFolder) {
