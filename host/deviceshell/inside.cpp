@@ -253,10 +253,13 @@ int Device::RunCommand() {
     return WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status);
 }
 
-// Asked first, so that they can end in order; the kernel ends the rest.
+// Asked first, so that they can end in order; the kernel ends the rest. The last one first: without
+// the service manager the others would complain.
 void Device::StopPrograms() {
     m_stopping = true;
-    for (const auto& [pid, name] : m_running) kill(pid, SIGTERM);
+    for (auto program = m_running.rbegin(); program != m_running.rend(); ++program) {
+        kill(program->first, SIGTERM);
+    }
     const auto deadline = NowMilliseconds() + kGraceMilliseconds;
     while (!m_running.empty()) {
         const Event event = Next(deadline);
