@@ -47,7 +47,7 @@ binder_status_t CheckCall(AIBinder* binder, transaction_code_t code, const AParc
         BINDER_LOGE("transaction flags 0x%x are not known", flags & ~kAllowedFlags);
         return STATUS_BAD_VALUE;
     }
-    if (in->preparedFor() != binder) {
+    if (in->PreparedFor() != binder) {
         BINDER_LOGE("the request was prepared for another object");
         return STATUS_BAD_VALUE;
     }
@@ -161,7 +161,7 @@ binder_status_t AIBinder_prepareTransaction(AIBinder* binder, AParcel** in) {
         return STATUS_INVALID_OPERATION;
     }
     auto parcel = std::make_unique<AParcel>();
-    parcel->setPreparedFor(binder);
+    parcel->SetPreparedFor(binder);
     binder_status_t status =
             hostbinder::WriteInterfaceHeader(parcel.get(), binder->Class()->descriptor);
     if (status == STATUS_OK) *in = parcel.release();

@@ -24,56 +24,56 @@ void AParcel_delete(AParcel* parcel) {
 
 binder_status_t AParcel_setDataPosition(const AParcel* parcel, int32_t position) {
     if (position < 0) return STATUS_BAD_VALUE;
-    parcel->setPosition(static_cast<size_t>(position));
+    parcel->SetPosition(static_cast<size_t>(position));
     return STATUS_OK;
 }
 
 int32_t AParcel_getDataPosition(const AParcel* parcel) {
-    return static_cast<int32_t>(parcel->position());
+    return static_cast<int32_t>(parcel->Position());
 }
 
 int32_t AParcel_getDataSize(const AParcel* parcel) {
-    return static_cast<int32_t>(parcel->size());
+    return static_cast<int32_t>(parcel->Size());
 }
 
 binder_status_t AParcel_appendFrom(const AParcel* from, AParcel* to, int32_t start, int32_t size) {
     if (start < 0 || size < 0) return STATUS_BAD_VALUE;
-    return to->append(*from, static_cast<size_t>(start), static_cast<size_t>(size));
+    return to->Append(*from, static_cast<size_t>(start), static_cast<size_t>(size));
 }
 
 binder_status_t AParcel_marshal(const AParcel* parcel, uint8_t* buffer, size_t start, size_t len) {
-    if (!parcel->objects().empty()) return STATUS_INVALID_OPERATION;
-    if (start > parcel->size() || len > parcel->size() - start) return STATUS_BAD_VALUE;
-    if (len > 0) memcpy(buffer, parcel->data() + start, len);
+    if (!parcel->Objects().empty()) return STATUS_INVALID_OPERATION;
+    if (start > parcel->Size() || len > parcel->Size() - start) return STATUS_BAD_VALUE;
+    if (len > 0) memcpy(buffer, parcel->Data() + start, len);
     return STATUS_OK;
 }
 
 binder_status_t AParcel_unmarshal(AParcel* parcel, const uint8_t* buffer, size_t len) {
-    if (!parcel->objects().empty()) return STATUS_INVALID_OPERATION;
+    if (!parcel->Objects().empty()) return STATUS_INVALID_OPERATION;
     auto* const block = static_cast<uint8_t*>(malloc(std::max<size_t>(len, 1)));
     if (block == nullptr) return STATUS_NO_MEMORY;
     if (len > 0) memcpy(block, buffer, len);
-    parcel->adopt(block, len);
+    parcel->Adopt(block, len);
     return STATUS_OK;
 }
 
 binder_status_t AParcel_writeInt32(AParcel* parcel, int32_t value) {
-    return parcel->write(value);
+    return parcel->Write(value);
 }
 binder_status_t AParcel_writeInt64(AParcel* parcel, int64_t value) {
-    return parcel->write(value);
+    return parcel->Write(value);
 }
 binder_status_t AParcel_writeFloat(AParcel* parcel, float value) {
-    return parcel->write(value);
+    return parcel->Write(value);
 }
 binder_status_t AParcel_writeDouble(AParcel* parcel, double value) {
-    return parcel->write(value);
+    return parcel->Write(value);
 }
 binder_status_t AParcel_writeBool(AParcel* parcel, bool value) {
-    return parcel->write(int32_t{value});
+    return parcel->Write(int32_t{value});
 }
 binder_status_t AParcel_writeByte(AParcel* parcel, int8_t value) {
-    return parcel->write(int32_t{value});
+    return parcel->Write(int32_t{value});
 }
 
 namespace {
@@ -82,7 +82,7 @@ namespace {
 template <typename T>
 binder_status_t ReadNarrow(const AParcel* parcel, T* value) {
     int32_t word = 0;
-    binder_status_t status = parcel->read(&word);
+    binder_status_t status = parcel->Read(&word);
     if (status == STATUS_OK) *value = static_cast<T>(word);
     return status;
 }
@@ -90,16 +90,16 @@ binder_status_t ReadNarrow(const AParcel* parcel, T* value) {
 }  // namespace
 
 binder_status_t AParcel_readInt32(const AParcel* parcel, int32_t* value) {
-    return parcel->read(value);
+    return parcel->Read(value);
 }
 binder_status_t AParcel_readInt64(const AParcel* parcel, int64_t* value) {
-    return parcel->read(value);
+    return parcel->Read(value);
 }
 binder_status_t AParcel_readFloat(const AParcel* parcel, float* value) {
-    return parcel->read(value);
+    return parcel->Read(value);
 }
 binder_status_t AParcel_readDouble(const AParcel* parcel, double* value) {
-    return parcel->read(value);
+    return parcel->Read(value);
 }
 binder_status_t AParcel_readBool(const AParcel* parcel, bool* value) {
     return ReadNarrow(parcel, value);
@@ -115,19 +115,19 @@ binder_status_t WriteArrayLength(AParcel* parcel, const void* data, int32_t leng
     if (length < -1 || (data == nullptr && length > 0) || (data != nullptr && length == -1)) {
         return STATUS_BAD_VALUE;
     }
-    return parcel->write(length);
+    return parcel->Write(length);
 }
 
 // Reads a length that the bytes left can hold, so that no memory is taken for elements that cannot
 // come. Below -1: STATUS_BAD_VALUE. More elements than bytes left: STATUS_NO_MEMORY.
 binder_status_t ReadArrayLength(const AParcel* parcel, size_t elementSize, int32_t* length) {
-    binder_status_t status = parcel->read(length);
+    binder_status_t status = parcel->Read(length);
     if (status != STATUS_OK) return status;
     if (*length < -1) return STATUS_BAD_VALUE;
     if (*length <= 0) return STATUS_OK;
     const size_t count = static_cast<size_t>(*length);
-    if (count > parcel->left()) return STATUS_NO_MEMORY;
-    if (count > parcel->left() / elementSize) return STATUS_NOT_ENOUGH_DATA;
+    if (count > parcel->Left()) return STATUS_NO_MEMORY;
+    if (count > parcel->Left() / elementSize) return STATUS_NOT_ENOUGH_DATA;
     return STATUS_OK;
 }
 
@@ -146,7 +146,7 @@ binder_status_t WritePackedArray(AParcel* parcel, const T* elements, int32_t len
         return STATUS_NO_MEMORY;
     }
     const size_t bytes = static_cast<size_t>(length) * sizeof(T);
-    uint8_t* place = parcel->grow(bytes);
+    uint8_t* place = parcel->Grow(bytes);
     if (place == nullptr) return STATUS_NO_MEMORY;
     memcpy(place, elements, bytes);
     return STATUS_OK;
@@ -163,7 +163,7 @@ binder_status_t ReadPackedArray(const AParcel* parcel, void* arrayData,
     status = StatusOfAllocation(accepted && (length <= 0 || buffer != nullptr), length);
     if (status != STATUS_OK || length <= 0) return status;
     const size_t bytes = static_cast<size_t>(length) * sizeof(T);
-    const uint8_t* place = parcel->take(bytes);
+    const uint8_t* place = parcel->Take(bytes);
     if (place == nullptr) return STATUS_NOT_ENOUGH_DATA;
     memcpy(buffer, place, bytes);
     return STATUS_OK;
@@ -224,16 +224,16 @@ binder_status_t AParcel_writeStrongBinder(AParcel* parcel, AIBinder* binder) {
         stability = binder->DeclareStability();
     }
     binder_status_t status =
-            parcel->writeObject(binder == nullptr ? kBinderNull : kBinderHandle, binder, -1);
-    return status == STATUS_OK ? parcel->write(int32_t{stability}) : status;
+            parcel->WriteObject(binder == nullptr ? kBinderNull : kBinderHandle, binder, -1);
+    return status == STATUS_OK ? parcel->Write(int32_t{stability}) : status;
 }
 
 binder_status_t AParcel_readStrongBinder(const AParcel* parcel, AIBinder** binder) {
     const ParcelObject* object = nullptr;
-    binder_status_t status = parcel->readObject(kBinderHandle, &object);
+    binder_status_t status = parcel->ReadObject(kBinderHandle, &object);
     if (status != STATUS_OK) return status;
     int32_t stability = 0;
-    status = parcel->read(&stability);
+    status = parcel->Read(&stability);
     if (status != STATUS_OK) return status;
     if (object == nullptr) {
         if (stability != hostbinder::kStabilityUndeclared) return STATUS_BAD_TYPE;
@@ -248,31 +248,31 @@ binder_status_t AParcel_readStrongBinder(const AParcel* parcel, AIBinder** binde
 
 binder_status_t AParcel_writeParcelFileDescriptor(AParcel* parcel, int fd) {
     if (fd < -1) return STATUS_UNKNOWN_ERROR;
-    if (fd == -1) return parcel->write(int32_t{0});
+    if (fd == -1) return parcel->Write(int32_t{0});
     const int copy = fcntl(fd, F_DUPFD_CLOEXEC, 0);
     if (copy < 0) return errno == EMFILE ? STATUS_NO_MEMORY : STATUS_BAD_VALUE;
-    binder_status_t status = parcel->write(int32_t{1});
-    if (status == STATUS_OK) status = parcel->write(int32_t{0});  // no communication channel
+    binder_status_t status = parcel->Write(int32_t{1});
+    if (status == STATUS_OK) status = parcel->Write(int32_t{0});  // no communication channel
     if (status != STATUS_OK) {
         close(copy);
         return status;
     }
-    return parcel->writeObject(kDescriptor, nullptr, copy);
+    return parcel->WriteObject(kDescriptor, nullptr, copy);
 }
 
 binder_status_t AParcel_readParcelFileDescriptor(const AParcel* parcel, int* fd) {
     int32_t present = 0;
-    binder_status_t status = parcel->read(&present);
+    binder_status_t status = parcel->Read(&present);
     if (status != STATUS_OK) return status;
     if (present == 0) {
         *fd = -1;
         return STATUS_OK;
     }
     int32_t channel = 0;
-    status = parcel->read(&channel);
+    status = parcel->Read(&channel);
     if (status != STATUS_OK) return status;
     const ParcelObject* object = nullptr;
-    status = parcel->readObject(kDescriptor, &object);
+    status = parcel->ReadObject(kDescriptor, &object);
     if (status != STATUS_OK) return status;
     const int copy = fcntl(object->fd, F_DUPFD_CLOEXEC, 0);
     if (copy < 0) return STATUS_NO_MEMORY;

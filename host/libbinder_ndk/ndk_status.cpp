@@ -137,7 +137,7 @@ namespace {
 binder_status_t SkipRest(const AParcel* parcel, int32_t blockSize) {
     if (blockSize < 4) return STATUS_BAD_VALUE;
     const size_t rest = static_cast<size_t>(blockSize) - 4;
-    return rest == 0 || parcel->take(rest) != nullptr ? STATUS_OK : STATUS_NOT_ENOUGH_DATA;
+    return rest == 0 || parcel->Take(rest) != nullptr ? STATUS_OK : STATUS_NOT_ENOUGH_DATA;
 }
 
 // The part of a reply's header behind the exception code.
@@ -145,13 +145,13 @@ binder_status_t ReadException(const AParcel* parcel, AStatus* result) {
     binder_status_t status = hostbinder::ReadString(parcel, &result->message);
     if (status != STATUS_OK) return status;
     int32_t stackTrace = 0;
-    status = parcel->read(&stackTrace);
+    status = parcel->Read(&stackTrace);
     if (status == STATUS_OK && stackTrace != 0) status = SkipRest(parcel, stackTrace);
     if (status != STATUS_OK) return status;
-    if (result->exception == EX_SERVICE_SPECIFIC) return parcel->read(&result->serviceSpecific);
+    if (result->exception == EX_SERVICE_SPECIFIC) return parcel->Read(&result->serviceSpecific);
     if (result->exception == EX_PARCELABLE) {
         int32_t size = 0;
-        status = parcel->read(&size);
+        status = parcel->Read(&size);
         if (status == STATUS_OK && size != 0) status = SkipRest(parcel, size);
     }
     return status;
@@ -161,26 +161,26 @@ binder_status_t ReadException(const AParcel* parcel, AStatus* result) {
 
 binder_status_t AParcel_writeStatusHeader(AParcel* parcel, const AStatus* status) {
     if (status->exception == EX_TRANSACTION_FAILED) return status->status;
-    binder_status_t result = parcel->write(status->exception);
+    binder_status_t result = parcel->Write(status->exception);
     if (status->exception == EX_NONE || result != STATUS_OK) return result;
     result = hostbinder::WriteString(parcel, status->message);
-    if (result == STATUS_OK) result = parcel->write(int32_t{0});  // no stack trace
+    if (result == STATUS_OK) result = parcel->Write(int32_t{0});  // no stack trace
     if (result == STATUS_OK && status->exception == EX_SERVICE_SPECIFIC) {
-        result = parcel->write(status->serviceSpecific);
+        result = parcel->Write(status->serviceSpecific);
     }
     if (result == STATUS_OK && status->exception == EX_PARCELABLE) {
-        result = parcel->write(int32_t{0});
+        result = parcel->Write(int32_t{0});
     }
     return result;
 }
 
 binder_status_t AParcel_readStatusHeader(const AParcel* parcel, AStatus** status) {
     int32_t exception = 0;
-    binder_status_t result = parcel->read(&exception);
+    binder_status_t result = parcel->Read(&exception);
     if (result != STATUS_OK) return result;
     if (exception == hostbinder::kSkipBlockException) {
         int32_t blockSize = 0;
-        result = parcel->read(&blockSize);
+        result = parcel->Read(&blockSize);
         if (result == STATUS_OK) result = SkipRest(parcel, blockSize);
         if (result != STATUS_OK) return result;
         exception = EX_NONE;

@@ -10,11 +10,11 @@ namespace hostbinder {
 
 binder_status_t LocalBinder::Transact(transaction_code_t code, AParcel* in, AParcel** out,
                                       binder_flags_t /*flags*/) {
-    in->setPosition(0);
+    in->SetPosition(0);
     auto reply = std::make_unique<AParcel>();
     binder_status_t status = Handle(code, in, reply.get());
     if (status != STATUS_OK) return status;
-    reply->setPosition(0);
+    reply->SetPosition(0);
     *out = reply.release();
     return STATUS_OK;
 }

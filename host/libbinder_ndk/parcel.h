@@ -32,21 +32,21 @@ struct AParcel {
     // Room for `size` bytes at the position, which moves behind it; padding is zeroed.
     // Null if there is no memory, the parcel would grow too large or the position is behind the
     // end.
-    uint8_t* grow(size_t size);
+    uint8_t* Grow(size_t size);
     // The next `size` bytes (and their padding), or null if there are not as many.
-    const uint8_t* take(size_t size) const;
-    size_t left() const { return m_position < m_size ? m_size - m_position : 0; }
+    const uint8_t* Take(size_t size) const;
+    size_t Left() const { return m_position < m_size ? m_size - m_position : 0; }
 
     template <typename T>
-    binder_status_t write(T value) {
-        uint8_t* place = grow(sizeof(T));
+    binder_status_t Write(T value) {
+        uint8_t* place = Grow(sizeof(T));
         if (place == nullptr) return STATUS_NO_MEMORY;
         memcpy(place, &value, sizeof(T));
         return STATUS_OK;
     }
     template <typename T>
-    binder_status_t read(T* value) const {
-        const uint8_t* place = take(sizeof(T));
+    binder_status_t Read(T* value) const {
+        const uint8_t* place = Take(sizeof(T));
         if (place == nullptr) return STATUS_NOT_ENOUGH_DATA;
         memcpy(value, place, sizeof(T));
         return STATUS_OK;
@@ -54,32 +54,32 @@ struct AParcel {
 
     // Writes a record at the end and keeps the object; takes ownership of the reference or
     // descriptor, also on failure.
-    binder_status_t writeObject(uint32_t type, AIBinder* binder, int fd);
+    binder_status_t WriteObject(uint32_t type, AIBinder* binder, int fd);
     // The object of the record at the position; null for the record of a null binder.
-    binder_status_t readObject(uint32_t type, const hostbinder::ParcelObject** object) const;
+    binder_status_t ReadObject(uint32_t type, const hostbinder::ParcelObject** object) const;
 
     // Adds plain bytes: STATUS_INVALID_OPERATION if `from` holds objects.
-    binder_status_t append(const AParcel& from, size_t start, size_t size);
+    binder_status_t Append(const AParcel& from, size_t start, size_t size);
     // Takes over a malloc'ed block whose first `size` bytes are the content; the objects in them
     // are added before or after.
-    void adopt(uint8_t* block, size_t size);
+    void Adopt(uint8_t* block, size_t size);
 
-    const uint8_t* data() const { return m_data; }
-    uint8_t* mutableData() { return m_data; }
-    size_t size() const { return m_size; }
-    size_t position() const { return m_position; }
-    void setPosition(size_t position) const { m_position = position; }
-    std::vector<hostbinder::ParcelObject>& objects() { return m_objects; }
-    const std::vector<hostbinder::ParcelObject>& objects() const { return m_objects; }
+    const uint8_t* Data() const { return m_data; }
+    uint8_t* MutableData() { return m_data; }
+    size_t Size() const { return m_size; }
+    size_t Position() const { return m_position; }
+    void SetPosition(size_t position) const { m_position = position; }
+    std::vector<hostbinder::ParcelObject>& Objects() { return m_objects; }
+    const std::vector<hostbinder::ParcelObject>& Objects() const { return m_objects; }
     // How many of the objects are descriptors.
-    size_t descriptorCount() const;
+    size_t DescriptorCount() const;
 
     // The object a request was prepared for (strong reference), or null.
-    AIBinder* preparedFor() const { return m_preparedFor; }
-    void setPreparedFor(AIBinder* binder);
+    AIBinder* PreparedFor() const { return m_preparedFor; }
+    void SetPreparedFor(AIBinder* binder);
 
   private:
-    bool reserve(size_t size);
+    bool Reserve(size_t size);
 
     uint8_t* m_data = nullptr;
     size_t m_size = 0;

@@ -11,7 +11,7 @@ namespace {
 // A string's units in the parcel; *units is null for a null string.
 binder_status_t ReadUnits(const AParcel* parcel, const char16_t** units, size_t* count) {
     int32_t length = 0;
-    binder_status_t status = parcel->read(&length);
+    binder_status_t status = parcel->Read(&length);
     if (status != STATUS_OK) return status;
     *units = nullptr;
     *count = 0;
@@ -19,7 +19,7 @@ binder_status_t ReadUnits(const AParcel* parcel, const char16_t** units, size_t*
     if (length < -1) return STATUS_BAD_VALUE;
     *count = static_cast<size_t>(length);
     // Every item of a parcel begins at a multiple of 4.
-    *units = reinterpret_cast<const char16_t*>(parcel->take((*count + 1) * sizeof(char16_t)));
+    *units = reinterpret_cast<const char16_t*>(parcel->Take((*count + 1) * sizeof(char16_t)));
     if (*units == nullptr) return STATUS_NOT_ENOUGH_DATA;
     return (*units)[*count] == 0 ? STATUS_OK : STATUS_BAD_VALUE;
 }
@@ -32,16 +32,16 @@ size_t Utf8Size(const char16_t* units, size_t count) {
 }  // namespace
 
 binder_status_t AParcel_writeString(AParcel* parcel, const char* string, int32_t length) {
-    if (string == nullptr) return length == -1 ? parcel->write(int32_t{-1}) : STATUS_BAD_VALUE;
+    if (string == nullptr) return length == -1 ? parcel->Write(int32_t{-1}) : STATUS_BAD_VALUE;
     if (length < 0) return STATUS_BAD_VALUE;
     const auto* const utf8 = reinterpret_cast<const uint8_t*>(string);
     const auto size = static_cast<size_t>(length);
     const ssize_t units = utf8_to_utf16_length(utf8, size, false);
     if (units < 0) return STATUS_BAD_VALUE;  // ends within a character
-    binder_status_t status = parcel->write(static_cast<int32_t>(units));
+    binder_status_t status = parcel->Write(static_cast<int32_t>(units));
     if (status != STATUS_OK) return status;
     const size_t room = static_cast<size_t>(units) + 1;
-    uint8_t* place = parcel->grow(room * sizeof(char16_t));
+    uint8_t* place = parcel->Grow(room * sizeof(char16_t));
     if (place == nullptr) return STATUS_NO_MEMORY;
     utf8_to_utf16(utf8, size, reinterpret_cast<char16_t*>(place), room);
     return STATUS_OK;
@@ -84,9 +84,9 @@ binder_status_t ReadString(const AParcel* parcel, std::string* string) {
 }
 
 binder_status_t WriteInterfaceHeader(AParcel* parcel, const std::string& descriptor) {
-    parcel->write(kStrictModePresent);
-    parcel->write(kWorkSourceUnset);
-    parcel->write(kHeaderTag);
+    parcel->Write(kStrictModePresent);
+    parcel->Write(kWorkSourceUnset);
+    parcel->Write(kHeaderTag);
     return WriteString(parcel, descriptor);
 }
 
@@ -95,8 +95,8 @@ binder_status_t CheckInterfaceHeader(const AParcel* parcel, const std::string& d
     int32_t workSource = 0;
     uint32_t tag = 0;
     std::string named;
-    if (parcel->read(&strictMode) != STATUS_OK || parcel->read(&workSource) != STATUS_OK ||
-        parcel->read(&tag) != STATUS_OK || tag != kHeaderTag ||
+    if (parcel->Read(&strictMode) != STATUS_OK || parcel->Read(&workSource) != STATUS_OK ||
+        parcel->Read(&tag) != STATUS_OK || tag != kHeaderTag ||
         ReadString(parcel, &named) != STATUS_OK || named != descriptor) {
         return STATUS_BAD_TYPE;
     }

@@ -166,7 +166,7 @@ void Peer::Forget(ProxyBinder* proxy) {
 void Peer::ResolveReferences(IncomingMessage* message) {
     for (const UnresolvedReference& reference : message->unresolved) {
         if (message->status != STATUS_OK) break;
-        message->parcel->objects()[reference.objectIndex].binder =
+        message->parcel->Objects()[reference.objectIndex].binder =
                 m_neighbours->Resolve(reference.owner, reference.number);
     }
     message->unresolved.clear();

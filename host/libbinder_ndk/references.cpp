@@ -143,18 +143,18 @@ binder_status_t MakeReference(AIBinder* binder, const ObjectOwner* peer, PeerRef
 
 binder_status_t EncodeMessage(AParcel* parcel, const ObjectOwner* peer, PeerReferences* references,
                               OutgoingFrame* frame, std::vector<AIBinder*>* heldForPeer) {
-    if (parcel->size() > kMaxParcelBytes) {
-        BINDER_LOGE("message of %zu bytes is too large, %u at most", parcel->size(),
+    if (parcel->Size() > kMaxParcelBytes) {
+        BINDER_LOGE("message of %zu bytes is too large, %u at most", parcel->Size(),
                     kMaxParcelBytes);
         return STATUS_FAILED_TRANSACTION;
     }
-    if (parcel->descriptorCount() > kMaxDescriptors) {
+    if (parcel->DescriptorCount() > kMaxDescriptors) {
         BINDER_LOGE("message has more than %u descriptors", kMaxDescriptors);
         return STATUS_FAILED_TRANSACTION;
     }
-    frame->data = parcel->data();
-    frame->dataSize = parcel->size();
-    for (const ParcelObject& object : parcel->objects()) {
+    frame->data = parcel->Data();
+    frame->dataSize = parcel->Size();
+    for (const ParcelObject& object : parcel->Objects()) {
         uint64_t index = frame->descriptors.size();
         if (object.binder == nullptr) {
             frame->descriptors.push_back(object.fd);
@@ -169,7 +169,7 @@ binder_status_t EncodeMessage(AParcel* parcel, const ObjectOwner* peer, PeerRefe
             index = frame->references.size();
             frame->references.push_back(reference);
         }
-        memcpy(parcel->mutableData() + object.offset + offsetof(ObjectRecord, handle), &index,
+        memcpy(parcel->MutableData() + object.offset + offsetof(ObjectRecord, handle), &index,
                sizeof(index));
         frame->offsets.push_back(object.offset);
     }
@@ -207,7 +207,7 @@ base::Result<AIBinder*> DecodeReference(const ReferenceRecord& reference,
         return base::Failure{"reference with unknown kind of owner"};
     }
     message->unresolved.push_back(
-            {message->parcel->objects().size(), reference.name, reference.number});
+            {message->parcel->Objects().size(), reference.name, reference.number});
     return static_cast<AIBinder*>(nullptr);
 }
 
@@ -245,9 +245,9 @@ base::Result<base::Done> DecodeMessage(IncomingFrame* frame,
         } else {
             return RecordFailure(offset, " is not valid");
         }
-        message->parcel->objects().push_back(object);
+        message->parcel->Objects().push_back(object);
     }
-    message->parcel->adopt(frame->body.release(), header.dataSize);
+    message->parcel->Adopt(frame->body.release(), header.dataSize);
     return base::Done{};
 }
 

@@ -65,8 +65,8 @@ TracedCall::TracedCall(Direction direction, const std::string& peer, const AIBin
     m_what = TimeOfDay() + " " + std::to_string(getpid()) +
              (direction == Direction::kOut ? " -> " : " <- ") + peer + " " +
              (clazz == nullptr ? "?" : clazz->descriptor) + "." + MethodName(clazz, code) +
-             ((flags & FLAG_ONEWAY) != 0 ? " oneway " : " ") + std::to_string(request.size()) +
-             " bytes " + std::to_string(request.descriptorCount()) + " fds ";
+             ((flags & FLAG_ONEWAY) != 0 ? " oneway " : " ") + std::to_string(request.Size()) +
+             " bytes " + std::to_string(request.DescriptorCount()) + " fds ";
     m_start = std::chrono::steady_clock::now();
 }
 

@@ -7,20 +7,20 @@
 
 namespace hostbinder {
 
-constexpr uint32_t packCode(char a, char b, char c, char d) {
+constexpr uint32_t PackCode(char a, char b, char c, char d) {
     return static_cast<uint32_t>(static_cast<uint8_t>(a)) << 24 |
            static_cast<uint32_t>(static_cast<uint8_t>(b)) << 16 |
            static_cast<uint32_t>(static_cast<uint8_t>(c)) << 8 | static_cast<uint8_t>(d);
 }
 
 // Codes every object answers, outside of the range of its class.
-constexpr uint32_t kPingCode = packCode('_', 'P', 'N', 'G');
-constexpr uint32_t kDescriptorCode = packCode('_', 'N', 'T', 'F');
+constexpr uint32_t kPingCode = PackCode('_', 'P', 'N', 'G');
+constexpr uint32_t kDescriptorCode = PackCode('_', 'N', 'T', 'F');
 
 // Interface header of a request: strict-mode word, work source, tag, then the descriptor as String.
 constexpr uint32_t kStrictModePresent = 1u << 31;
 constexpr int32_t kWorkSourceUnset = -1;
-constexpr uint32_t kHeaderTag = packCode('S', 'Y', 'S', 'T');
+constexpr uint32_t kHeaderTag = PackCode('S', 'Y', 'S', 'T');
 
 // Exception value of a reply header that is followed by a block to skip and means "no exception".
 constexpr int32_t kSkipBlockException = -128;
@@ -35,9 +35,9 @@ struct ObjectRecord {
     uint64_t cookie;
 };
 static_assert(sizeof(ObjectRecord) == 24);
-constexpr uint32_t kBinderNull = packCode('s', 'b', '*', '\x85');
-constexpr uint32_t kBinderHandle = packCode('s', 'h', '*', '\x85');
-constexpr uint32_t kDescriptor = packCode('f', 'd', '*', '\x85');
+constexpr uint32_t kBinderNull = PackCode('s', 'b', '*', '\x85');
+constexpr uint32_t kBinderHandle = PackCode('s', 'h', '*', '\x85');
+constexpr uint32_t kDescriptor = PackCode('f', 'd', '*', '\x85');
 
 // Stability levels, written as int32 after each binder.
 constexpr int16_t kStabilityUndeclared = 0;
@@ -56,7 +56,7 @@ enum class FrameKind : uint32_t {
     kRelease = 6,     // target, id: the sender gives back that many references
     kReferencesTaken = 7,  // id: acknowledges a frame's referencesId
 };
-constexpr uint32_t kFrameMagic = packCode('1', 'R', 'D', 'B');
+constexpr uint32_t kFrameMagic = PackCode('1', 'R', 'D', 'B');
 
 struct FrameHeader {
     uint32_t magic;

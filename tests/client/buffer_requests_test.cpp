@@ -22,7 +22,7 @@ OfflineBufferRequest Request(int32_t streamId, PixelFormat format, int32_t count
 class BufferRequests : public ClientTest {
   public:
     ::ndk::ScopedAStatus Ask(const std::vector<OfflineBufferRequest>& requests) {
-        return access.callback()->requestStreamBuffers(requests, &rets, &status);
+        return access.Callback()->requestStreamBuffers(requests, &rets, &status);
     }
     const std::vector<StreamBuffer>& Lent(size_t ret) {
         return rets.at(ret).val.get<StreamBuffersVal::Tag::buffers>();
@@ -30,7 +30,7 @@ class BufferRequests : public ClientTest {
     ::ndk::ScopedAStatus Return(const std::vector<int64_t>& ids) {
         std::vector<StreamBuffer> buffers(ids.size());
         for (size_t i = 0; i < ids.size(); ++i) buffers[i].bufferId = ids[i];
-        return access.callback()->returnStreamBuffers(buffers);
+        return access.Callback()->returnStreamBuffers(buffers);
     }
 
     std::vector<OfflineStreamBufferRet> rets;
@@ -53,8 +53,8 @@ TEST_F(BufferRequests, LendsBuffersUnderFreshIds) {
     EXPECT_EQ(Lent(1)[0].bufferId, 3);
     EXPECT_THAT(around.calls,
                 Contains("createDescriptor '' 99x1 layers 1 format 33 usage 3 reserved 0"));
-    EXPECT_THAT(access.allocatedHandles(), SizeIs(3));
-    EXPECT_THAT(access.captureRequests(), IsEmpty());
+    EXPECT_THAT(access.AllocatedHandles(), SizeIs(3));
+    EXPECT_THAT(access.CaptureRequests(), IsEmpty());
 
     // The logged size is the stream's, also for a BLOB.
     const Lines lines = log.Take();
@@ -70,7 +70,7 @@ TEST_F(BufferRequests, NumbersBuffersThatCannotBeAllocated) {
     EXPECT_TRUE(Ask({Request(4, PixelFormat::YCBCR_420_888, 1)}).isOk());
     EXPECT_EQ(Lent(0).at(0).bufferId, 1);
     EXPECT_THAT(Lent(0).at(0).buffer.fds, IsEmpty());
-    EXPECT_THAT(access.allocatedHandles(), IsEmpty());
+    EXPECT_THAT(access.AllocatedHandles(), IsEmpty());
     EXPECT_EQ(log.Take(), (Lines{"E Failed to allocate buffer: -8",
                                  "I streamId 4, bufferStride 0, bufferScanline 0, buffer (nil) "
                                  "width 640, height 480",
@@ -84,8 +84,8 @@ TEST_F(BufferRequests, RefusesEmptyListsAndMissingPlaces) {
     rets.resize(1);
     std::vector<::ndk::ScopedAStatus> refused;
     refused.push_back(Ask({}));
-    refused.push_back(access.callback()->requestStreamBuffers(one, nullptr, &status));
-    refused.push_back(access.callback()->requestStreamBuffers(one, &rets, nullptr));
+    refused.push_back(access.Callback()->requestStreamBuffers(one, nullptr, &status));
+    refused.push_back(access.Callback()->requestStreamBuffers(one, &rets, nullptr));
     refused.push_back(Return({}));
     for (const ::ndk::ScopedAStatus& answer : refused) {
         EXPECT_EQ(answer.getServiceSpecificError(), 1);
@@ -106,7 +106,7 @@ TEST_F(BufferRequests, TakesBuffersBackOnce) {
     EXPECT_TRUE(Return({1, 2, 44, 0}).isOk());
     EXPECT_EQ(log.Take(), (Lines{"E returnStreamBuffers: unknown buffer ID 1",
                                  "E returnStreamBuffers: unknown buffer ID 44"}));
-    EXPECT_THAT(access.allocatedHandles(), SizeIs(3));
+    EXPECT_THAT(access.AllocatedHandles(), SizeIs(3));
     EXPECT_THAT(around.calls, IsEmpty());  // nothing is freed
 }
 

@@ -30,7 +30,7 @@ TEST_F(Lifecycle, ConstructsInOrder) {
                    "E Gralloc Init failed, reason zelAidlMapper getInstance failed",
                    "I [AIDL] OfflineCameraClient constructor called"};
     EXPECT_EQ(ConstructAnother(), expected);
-    EXPECT_EQ(access.reservedBytes(), 80u);
+    EXPECT_EQ(access.ReservedBytes(), 80u);
 
     SetService(kServiceInstance, {});
     expected.insert(expected.begin() + 3, "E getService is NULL for offlinecameraservice");
@@ -47,7 +47,7 @@ TEST_F(Lifecycle, RegistersWhateverTheServiceAnswers) {
     around.service->fails = true;
     client.registerClient(0);
     EXPECT_THAT(around.service->clientIds, ElementsAre(5, 0));
-    EXPECT_EQ(around.service->callback, access.callback());
+    EXPECT_EQ(around.service->callback, access.Callback());
     EXPECT_EQ(log.Take(),
               (Lines{"I [AIDL] registerClient clientId 5", "I [AIDL] registerClient clientId 0"}));
 }
@@ -57,28 +57,28 @@ TEST_F(Lifecycle, OpensAndClosesASession) {
     client.setOpMode(4);
     around.service->fails = true;
     client.OpenOfflineSession("no one");
-    EXPECT_EQ(access.offlineSession(), nullptr);
+    EXPECT_EQ(access.OfflineSession(), nullptr);
     EXPECT_EQ(log.Take(), (Lines{"I [AIDL] setOpMode opMode 4"}));
 
     around.service->fails = false;
     client.OpenOfflineSession("offlincameratest");
-    EXPECT_EQ(access.offlineSession(), around.session);
+    EXPECT_EQ(access.OfflineSession(), around.session);
     EXPECT_THAT(around.service->clientNames, ElementsAre("no one", "offlincameratest"));
-    EXPECT_EQ(around.service->callback, access.callback());
+    EXPECT_EQ(around.service->callback, access.Callback());
 
     // The reference outlives the closing, whose outcome does not matter.
     client.CloseOfflineSession();
     around.session->fails = true;
     client.CloseOfflineSession();
     EXPECT_EQ(around.session->closed, 2);
-    EXPECT_EQ(access.offlineSession(), around.session);
+    EXPECT_EQ(access.OfflineSession(), around.session);
     EXPECT_EQ(log.Take(),
               (Lines{"I OpenOfflineSession", "I CloseOfflineSession", "I CloseOfflineSession"}));
 
     // So it does a failed opening, which then looks like one that worked.
     around.service->fails = true;
     client.OpenOfflineSession("offlincameratest");
-    EXPECT_EQ(access.offlineSession(), around.session);
+    EXPECT_EQ(access.OfflineSession(), around.session);
     EXPECT_EQ(log.Take(), (Lines{"I OpenOfflineSession"}));
 }
 
@@ -92,8 +92,8 @@ TEST_F(Lifecycle, DiesAtTheFirstCallThroughAnEmptyReference) {
     OfflineCameraClientAccess::Destroy(alone);
 
     native_handle* const recorded = native_handle_create(0, 0);
-    access.allocatedHandles().insert(recorded);
-    access.wrapper().reset();
+    access.AllocatedHandles().insert(recorded);
+    access.Wrapper().reset();
     EXPECT_DEATH(access.freeBuffer(recorded), "");
     native_handle_delete(recorded);
 }
@@ -129,7 +129,7 @@ TEST(ProcessWideClient, IsOneAndIsDestroyedAtExit) {
         __android_log_set_logger(__android_log_stderr_logger);
         OfflineCameraClient& client = OfflineCameraClient::GetInstance();
         const bool same = &client == &OfflineCameraClient::GetInstance();
-        const bool zeroed = OfflineCameraClientAccess{&client}.opMode() == 0;
+        const bool zeroed = OfflineCameraClientAccess{&client}.OpMode() == 0;
         exit(same && zeroed ? 0 : 1);
     };
     EXPECT_EXIT(use(), ::testing::ExitedWithCode(0),

@@ -24,14 +24,14 @@ class Locking : public ClientTest {
     // Notes which locks are held at each line that begins so.
     void Watch(const std::string& line) {
         log.AtLine(line, [this, line] {
-            held[line] += IsHeld(access.resultLock()) ? "results " : "";
+            held[line] += IsHeld(access.ResultLock()) ? "results " : "";
             held[line] += IsHeld(*bufferLock) ? "buffers " : "";
         });
     }
 
     std::map<std::string, std::string> held;
-    const std::shared_ptr<OfflineCameraClientAccess::CallBacks> callback = access.callback();
-    std::mutex* const bufferLock = &access.bufferLock();
+    const std::shared_ptr<OfflineCameraClientAccess::CallBacks> callback = access.Callback();
+    std::mutex* const bufferLock = &access.BufferLock();
 };
 
 TEST_F(Locking, EachLockIsHeldForItsOwnState) {
@@ -74,11 +74,11 @@ TEST_F(Locking, SomeDeliveriesWaitForNobody) {
             [this] { callback->processCaptureResult({}); }};
     for (const auto& deliver : deliveries) {
         std::future<void> delivery;
-        const std::lock_guard<std::mutex> lock(access.resultLock());
+        const std::lock_guard<std::mutex> lock(access.ResultLock());
         delivery = std::async(std::launch::async, deliver);
         EXPECT_EQ(delivery.wait_for(std::chrono::seconds(20)), std::future_status::ready);
     }
-    EXPECT_EQ(access.notifyMessages().size(), 2u);
+    EXPECT_EQ(access.NotifyMessages().size(), 2u);
 }
 
 // What the thread sanitizer looks at; without it, a map that two threads change breaks.
@@ -90,7 +90,7 @@ TEST_F(Locking, ResultsArriveWhileTheyAreCleared) {
     for (int32_t i = 0; i < kResults; ++i) client.ClearResultsAndMessages();
     service.join();
     client.ClearResultsAndMessages();
-    EXPECT_TRUE(access.resultFrameInfos().empty());
+    EXPECT_TRUE(access.ResultFrameInfos().empty());
 }
 
 }  // namespace

@@ -15,10 +15,10 @@ class OutputDump : public ClientTest {
     native_handle* Prepare(int format, size_t bytes = 4096) {
         around.mapper->bufferBytes = bytes;
         int32_t stride = 0;
-        native_handle* const handle = access.wrapper()->allocate(
+        native_handle* const handle = access.Wrapper()->allocate(
                 1, 1, PixelFormat::RAW10, BufferUsage::CPU_READ_OFTEN, &stride);
-        access.allocatedHandles().insert(handle);
-        access.captureRequests()[kStreamId] = {0,
+        access.AllocatedHandles().insert(handle);
+        access.CaptureRequests()[kStreamId] = {0,
                                                {{1, handle, bytes, 4096, 3072}},
                                                static_cast<PixelFormat>(format),
                                                2,
@@ -26,7 +26,7 @@ class OutputDump : public ClientTest {
                                                500,
                                                Dataspace::JFIF};
         memset(around.mapper->Memory(handle), 'x', bytes);
-        access.streamConfigName() = "2";
+        access.StreamConfigName() = "2";
         around.calls.clear();
         log.Take();
         return handle;
@@ -67,7 +67,7 @@ TEST_F(OutputDump, NamesModesAndFormats) {
     Lines errors;
     for (const auto& dump : cases) {
         const DataFolder fresh;
-        access.opMode() = dump.opMode;
+        access.OpMode() = dump.opMode;
         Prepare(dump.format, 1200000);
         Dump();
         EXPECT_THAT(fresh.Dumps(),
@@ -94,7 +94,7 @@ TEST_F(OutputDump, WritesAsMuchAsTheTrailerOfAJpegAllows) {
     for (const auto& jpeg : cases) {
         const DataFolder fresh;
         native_handle* const handle = Prepare(33, 1200000);
-        access.captureRequests()[kStreamId].dataSpace = jpeg.dataSpace;
+        access.CaptureRequests()[kStreamId].dataSpace = jpeg.dataSpace;
         const int32_t trailer[] = {0xFF, jpeg.size};
         memcpy(around.mapper->Memory(handle) + 600000 - 8, trailer, sizeof(trailer));
         const std::string expected(around.mapper->Memory(handle), jpeg.written);
@@ -135,15 +135,15 @@ TEST_F(OutputDump, LooksForTheBufferByItsWholeId) {
     access.Dump({77, 1}, 12);
     EXPECT_THAT(around.calls, IsEmpty());
     EXPECT_THAT(log.Take(), IsEmpty());
-    EXPECT_EQ(access.captureRequests().count(77), 1u);
-    EXPECT_THAT(access.captureRequests()[77].buffers, IsEmpty());
+    EXPECT_EQ(access.CaptureRequests().count(77), 1u);
+    EXPECT_THAT(access.CaptureRequests()[77].buffers, IsEmpty());
 }
 
 TEST_F(OutputDump, HandlesEveryBufferOfTheId) {
     native_handle* const first = Prepare(35);
-    auto entries = access.captureRequests()[kStreamId].buffers;
+    auto entries = access.CaptureRequests()[kStreamId].buffers;
     Prepare(35);
-    access.captureRequests()[kStreamId].buffers.push_back(entries[0]);
+    access.CaptureRequests()[kStreamId].buffers.push_back(entries[0]);
     Dump();
     EXPECT_THAT(around.calls,
                 ElementsAre("lock 2", "unlock", "freeBuffer", "lock 2", "unlock", "freeBuffer"));
@@ -152,8 +152,8 @@ TEST_F(OutputDump, HandlesEveryBufferOfTheId) {
 
 TEST_F(OutputDump, DiesOfAFrameBeyond31Bits) {
     Prepare(33);
-    access.captureRequests()[kStreamId].width = 32768;
-    access.captureRequests()[kStreamId].height = 32768;
+    access.CaptureRequests()[kStreamId].width = 32768;
+    access.CaptureRequests()[kStreamId].height = 32768;
     EXPECT_EXIT(Dump(), ::testing::KilledBySignal(SIGABRT), "");
 }
 

@@ -52,7 +52,7 @@ TEST_P(ModeStreams, AreSentToTheSession) {
     EXPECT_EQ(info.opMode, mode.opMode);
     EXPECT_THAT(info.sessionParams, IsEmpty());
     EXPECT_EQ(info.streams, mode.streams) << info.toString();
-    EXPECT_EQ(access.streamConfigName(), "camera 2");
+    EXPECT_EQ(access.StreamConfigName(), "camera 2");
 
     EXPECT_EQ(log.Take(),
               Joined({mode.streamLines,
@@ -88,10 +88,10 @@ TEST_F(StreamConfiguration, RepeatsWholeListsInOrder) {
     Configure(0);
     ASSERT_EQ(client.ConfigureOfflineStreams("2"), 0);
     std::vector<StreamType> types;
-    for (const Stream& stream : access.configureInfo().streams) types.push_back(stream.streamType);
+    for (const Stream& stream : access.ConfigureInfo().streams) types.push_back(stream.streamType);
     EXPECT_THAT(types, ElementsAre(kIn, kOut, kIn, kIn, kOut, kOut));
-    EXPECT_EQ(around.session->configured[1].streams, access.configureInfo().streams);
-    EXPECT_EQ(access.inputStreams().size() + access.outputStreams().size(), 4u);
+    EXPECT_EQ(around.session->configured[1].streams, access.ConfigureInfo().streams);
+    EXPECT_EQ(access.InputStreams().size() + access.OutputStreams().size(), 4u);
 }
 
 TEST_F(StreamConfiguration, FailsWithTheSession) {
@@ -104,15 +104,15 @@ TEST_F(StreamConfiguration, FailsWithTheSession) {
     expectFailure();
     around.session->statusless = true;
     expectFailure();
-    EXPECT_EQ(access.inputStreams().size(), 2u);  // what was appended stays
+    EXPECT_EQ(access.InputStreams().size(), 2u);  // what was appended stays
 }
 
 TEST_F(StreamConfiguration, RefusesNull) {
     EXPECT_EQ(access.ConfigureOfflineStreamsInfo(nullptr), 4);
-    EXPECT_THAT(access.inputStreams(), IsEmpty());
+    EXPECT_THAT(access.InputStreams(), IsEmpty());
     EXPECT_EQ(log.Take(), (Lines{"E streamConfig is NULL"}));
-    access.opMode() = 2;  // without streams, which is no failure
-    EXPECT_EQ(access.ConfigureOfflineStreamsInfo(&access.configureInfo()), 0);
+    access.OpMode() = 2;  // without streams, which is no failure
+    EXPECT_EQ(access.ConfigureOfflineStreamsInfo(&access.ConfigureInfo()), 0);
 }
 
 TEST_F(StreamConfiguration, OverwritesAStreamAndFixesThreeFields) {

@@ -60,8 +60,8 @@ TEST_F(Driver, RunsOneOfflineTest) {
         EXPECT_EQ(around.session->closed, 1);
         // Cleared at the end, also after a failure.
         OfflineCameraClientAccess tool{&OfflineCameraClient::GetInstance()};
-        EXPECT_THAT(tool.resultFrameInfos(), IsEmpty());
-        EXPECT_THAT(tool.notifyMessages(), IsEmpty());
+        EXPECT_THAT(tool.ResultFrameInfos(), IsEmpty());
+        EXPECT_THAT(tool.NotifyMessages(), IsEmpty());
     });
 }
 

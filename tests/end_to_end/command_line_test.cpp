@@ -51,7 +51,7 @@ TEST(CommandLine, OfAWrongFormEndsWithoutLookingForTheService) {
     for (const auto& usage : cases) {
         SCOPED_TRACE(::testing::PrintToString(usage.arguments));
         DeviceRun device;
-        const RunResult run = device.with({"--no-service", "--no-allocator"}).tool(usage.arguments);
+        const RunResult run = device.With({"--no-service", "--no-allocator"}).Tool(usage.arguments);
         EXPECT_EQ(run.status, usage.status);
         EXPECT_EQ(run.out, usage.out);
         EXPECT_THAT(run.err, HasSubstr(usage.err));
@@ -62,7 +62,7 @@ TEST(CommandLine, OfAWrongFormEndsWithoutLookingForTheService) {
 
 TEST(CommandLineRuns, CallbackCommandOnlyRegisters) {
     DeviceRun device;
-    const RunResult run = device.tool({"-t", "callback"});
+    const RunResult run = device.Tool({"-t", "callback"});
     EXPECT_EQ(run.status, 0);
     EXPECT_EQ(run.out, "cmd: -t=callback\ncallback only mode=255\nret: =0\n");
     EXPECT_THAT(run.Messages(),
@@ -81,7 +81,7 @@ TEST(CommandLineRuns, CallbackCommandOnlyRegisters) {
 TEST(CommandLineRuns, AMissingServiceEndsTheRunByASignal) {
     for (const char* command : {"B2Y", "callback"}) {
         DeviceRun device;
-        const RunResult run = device.with({"--no-service"}).tool({"-t", command});
+        const RunResult run = device.With({"--no-service"}).Tool({"-t", command});
         EXPECT_GT(run.status, 128) << run.AllOutput();
         EXPECT_NE(run.status, 255);
         EXPECT_THAT(run.out, HasSubstr("ret: =0\n"));
@@ -96,7 +96,7 @@ TEST(CommandLineRuns, AMissingServiceEndsTheRunByASignal) {
 
 TEST(CommandLineRuns, AMissingAllocatorIsLoggedAndHarmsOnlyBuffers) {
     DeviceRun device;
-    const RunResult run = device.with({"--no-allocator"}).tool({"-t", "B2Y"});
+    const RunResult run = device.With({"--no-allocator"}).Tool({"-t", "B2Y"});
     EXPECT_GT(run.status, 128) << run.AllOutput();
     EXPECT_THAT(run.Messages(),
                 InOrder({"Gralloc Init failed, reason zelAllocator getService failed",

@@ -24,7 +24,7 @@ Subprocess::Environment CrashSettings(const Subprocess::Environment& added) {
     return all;
 }
 
-std::string readFile(const std::string& path) {
+std::string ReadFile(const std::string& path) {
     std::ostringstream text;
     text << std::ifstream(path, std::ios::binary).rdbuf();
     return text.str();
@@ -57,33 +57,33 @@ std::string RunResult::AllOutput() const {
 }
 
 DeviceRun::DeviceRun() {
-    EXPECT_EQ(runProgram({"cp", "-rs", SOURCE_FOLDER "/.", folder()}).status, 0);
+    EXPECT_EQ(RunProgram({"cp", "-rs", SOURCE_FOLDER "/.", Folder()}).status, 0);
 }
 
-DeviceRun& DeviceRun::with(const Words& options) {
+DeviceRun& DeviceRun::With(const Words& options) {
     m_options = Joined({m_options, options});
     return *this;
 }
 
-std::string DeviceRun::dumpPath(const std::string& name) const {
-    return folder() + "/offlinecameratest/" + name;
+std::string DeviceRun::DumpPath(const std::string& name) const {
+    return Folder() + "/offlinecameratest/" + name;
 }
 
-RunResult DeviceRun::tool(const Words& arguments) {
+RunResult DeviceRun::Tool(const Words& arguments) {
     return Command(Joined({{"vexofflinecameratest"}, arguments}));
 }
 
 RunResult DeviceRun::Command(const Words& words) {
-    const std::string log = folder() + "/tool.log";
-    const std::string deviceLog = folder() + "/device.log";
-    const Words shell = {DEVICESHELL, "--data", folder(), "--log", log, "--device-log", deviceLog};
+    const std::string log = Folder() + "/tool.log";
+    const std::string deviceLog = Folder() + "/device.log";
+    const Words shell = {DEVICESHELL, "--data", Folder(), "--log", log, "--device-log", deviceLog};
     const Finished finished =
-            runProgram(Joined({shell, m_options, {"--"}, words}), CrashSettings());
+            RunProgram(Joined({shell, m_options, {"--"}, words}), CrashSettings());
 
     RunResult result{finished.status, finished.out,        finished.err,
-                     ReadLog(log),    readFile(deviceLog), {}};
+                     ReadLog(log),    ReadFile(deviceLog), {}};
     std::error_code missing;
-    for (const auto& entry : fs::directory_iterator(folder() + "/offlinecameratest", missing)) {
+    for (const auto& entry : fs::directory_iterator(Folder() + "/offlinecameratest", missing)) {
         if (entry.is_symlink() || !entry.is_regular_file()) continue;
         result.dumps[entry.path().filename()] = entry.file_size();
     }

@@ -34,16 +34,16 @@ class DeviceRun {
     DeviceRun();
 
     // deviceshell's options, appended.
-    DeviceRun& with(const Words& options);
+    DeviceRun& With(const Words& options);
 
     // Runs "vexofflinecameratest ARGUMENTS" or another command. A test fails here when the run
     // does not end in time or a sanitizer reported something in any process.
-    RunResult tool(const Words& arguments);
+    RunResult Tool(const Words& arguments);
     RunResult Command(const Words& words);
 
     // Folder on the host that the run sees as /data/vendor/camera, and paths in it.
-    std::string folder() const { return m_folder.path(); }
-    std::string dumpPath(const std::string& name) const;
+    std::string Folder() const { return m_folder.Path(); }
+    std::string DumpPath(const std::string& name) const;
 
   private:
     const TemporaryFolder m_folder{"device-run"};
@@ -53,7 +53,7 @@ class DeviceRun {
 // Lines of a log file of the stand-in device; a test fails here when one has another form.
 std::vector<LogLine> ReadLog(const std::string& path);
 
-std::string readFile(const std::string& path);
+std::string ReadFile(const std::string& path);
 
 // Environment in which a crash looks as it does without a sanitizer (a signal, not a report and
 // status 1), and with these settings.

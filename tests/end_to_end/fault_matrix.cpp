@@ -132,13 +132,13 @@ void RunOne(Row* row) {
     const Clock::time_point start = Clock::now();
     const std::string tool = "exec vexofflinecameratest -t " + row->mode->name;
     const RunResult result =
-            device.with({"--planes"}).with(row->options).Command({"sh", "-ec", row->shell + tool});
+            device.With({"--planes"}).With(row->options).Command({"sh", "-ec", row->shell + tool});
     const runlog::Facts facts = runlog::FindFacts(result.log);
     row->before = EndOf(result.status) + " | " + WaitsOf(facts.waits, Clock::now() - start) +
                   " | " + RequestOf(facts);
     for (const auto& [name, size] : result.dumps) {
         if (name.rfind(kDumpStart, 0) != 0) continue;
-        row->dumps[name] = {size, std::hash<std::string>()(readFile(device.dumpPath(name)))};
+        row->dumps[name] = {size, std::hash<std::string>()(ReadFile(device.DumpPath(name)))};
     }
     row->after = (facts.sessionClosed ? "yes | " : "no | ") + ErrorsOf(result.log);
 }
@@ -165,7 +165,7 @@ void RunAll(std::vector<Row>* rows) {
 // Every name that `--fault help` lists, service's and allocator's.
 std::vector<std::string> FaultNames() {
     std::vector<std::string> names;
-    std::istringstream lines(runProgram({DEVICESHELL, "--fault", "help"}).out);
+    std::istringstream lines(RunProgram({DEVICESHELL, "--fault", "help"}).out);
     const std::regex name("^ *([a-z-]+).*[^:]$");
     std::smatch found;
     for (std::string line; std::getline(lines, line);) {

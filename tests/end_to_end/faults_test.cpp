@@ -98,10 +98,10 @@ TEST_P(Faults, LeadTo) {
     DeviceRun device;
     RunResult run;
     if (fault.spoil == nullptr) {
-        run = device.with({"--fault", fault.name}).tool({"-t", "B2Y"});
+        run = device.With({"--fault", fault.name}).Tool({"-t", "B2Y"});
     } else {
         const std::string spoil = std::string("cd /data/vendor/camera; ") + fault.spoil;
-        run = device.with({"--planes"})
+        run = device.With({"--planes"})
                       .Command({"sh", "-ec", spoil + "; exec vexofflinecameratest -t B2Y"});
     }
     if (fault.end == End::kCrash) {

@@ -43,8 +43,8 @@ class Modes : public ::testing::TestWithParam<Mode> {};
 TEST_P(Modes, DumpOneFrame) {
     const Mode& mode = GetParam();
     DeviceRun device;
-    if (mode.planes) device.with({"--planes"});
-    const RunResult run = device.tool({"-t", mode.command});
+    if (mode.planes) device.With({"--planes"});
+    const RunResult run = device.Tool({"-t", mode.command});
     EXPECT_EQ(run.status, 0) << run.AllOutput();
     EXPECT_EQ(run.out, "cmd: -t=" + mode.command + "\nopMode: " + mode.command + "=" +
                                std::to_string(mode.number) + "\nret: =0\n");
@@ -106,7 +106,7 @@ TEST(StreamlessModes, AreRefusedByTheServiceAndStillClosed) {
           Case{{"-t", "R2R"}, "cmd: -t=R2R\nopMode: R2R=5\nret: =0\n", 5}}) {
         const std::string number = std::to_string(mode);
         DeviceRun device;
-        const RunResult run = device.tool(arguments);
+        const RunResult run = device.Tool(arguments);
         EXPECT_EQ(run.status, 0) << run.AllOutput();
         EXPECT_EQ(run.out, out);
         EXPECT_THAT(run.dumps, IsEmpty());

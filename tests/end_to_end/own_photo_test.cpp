@@ -18,9 +18,9 @@ namespace fs = std::filesystem;
 
 class OwnPhoto : public RunScript {
   protected:
-    std::string folder() const { return m_root + "/out/camera-from-photo"; }
+    std::string Folder() const { return m_root + "/out/camera-from-photo"; }
 
-    std::string save(const std::string& name, const offlineframes::Bytes& bytes) const {
+    std::string Save(const std::string& name, const offlineframes::Bytes& bytes) const {
         EXPECT_TRUE(offlineframes::WriteFile(m_root + "/" + name, bytes,
                                              offlineframes::Existing::kReplace)
                             .Ok());
@@ -28,7 +28,7 @@ class OwnPhoto : public RunScript {
     }
 
     // The one picture that the run said it made.
-    Picture madePicture(const Finished& finished) const {
+    Picture MadePicture(const Finished& finished) const {
         const size_t begin = finished.err.find(m_root + "/out/pictures/");
         const size_t end = finished.err.find(".png", begin);
         if (begin == std::string::npos || end == std::string::npos) return Picture();
@@ -42,14 +42,14 @@ class OwnPhotoInMode : public OwnPhoto, public ::testing::WithParamInterface<con
 // A turned phone picture: 200 x 300 as seen, so its middle band fills the frames.
 TEST_P(OwnPhotoInMode, FillsTheFramesUpright) {
     const auto jpeg = offlineframes::JpegBytes(offlineframes::GradientPicture(300, 200), 90);
-    const std::string path = save("my photo.jpg", jpeg);
+    const std::string path = Save("my photo.jpg", jpeg);
     const Picture upright = offlineframes::DecodePicture(jpeg, path).Value();
     const Picture expected = offlineframes::CentreCrop(
             offlineframes::FitPicture(upright, {4096, 3072}), {4000, 3000});
-    const Finished finished = run({"--source", path, "--planes", "-t", GetParam()});
+    const Finished finished = Run({"--source", path, "--planes", "-t", GetParam()});
     EXPECT_EQ(finished.status, 0) << finished.err;
     EXPECT_THAT(finished.err, HasSubstr("my photo.jpg: 200 x 300 as seen upright"));
-    const auto compared = offlineframes::ComparePictures(madePicture(finished), expected);
+    const auto compared = offlineframes::ComparePictures(MadePicture(finished), expected);
     ASSERT_TRUE(compared.Ok()) << compared.Error() << finished.err;
     EXPECT_GT(compared.Value().psnr, 35);
     EXPECT_FALSE(fs::exists(m_root + "/out/camera"));
@@ -61,34 +61,34 @@ INSTANTIATE_TEST_SUITE_P(Modes, OwnPhotoInMode, ::testing::Values("B2Y", "Y2J", 
 TEST_F(OwnPhoto, ReplacesOnlyTheFramesOfTheRunBefore) {
     const auto png =
             offlineframes::EncodePng({40, 30}, RowsOf(offlineframes::GradientPicture(40, 30)));
-    const Finished first = run({"--source=" + save("one", png), "-t", "B2Y"});
+    const Finished first = Run({"--source=" + Save("one", png), "-t", "B2Y"});
     EXPECT_THAT(first.err, HasSubstr("left empty"));
-    const std::string raw = folder() + "/offlinecameratest/4096_3072_RAW10.raw";
-    const std::string before = readFile(raw);
-    std::ofstream(folder() + "/offlinecameratest/notes.txt") << "mine";
+    const std::string raw = Folder() + "/offlinecameratest/4096_3072_RAW10.raw";
+    const std::string before = ReadFile(raw);
+    std::ofstream(Folder() + "/offlinecameratest/notes.txt") << "mine";
 
     const auto grey = offlineframes::EncodePng(
             {10, 10}, RowsOf(offlineframes::FlatPicture(10, 10, {99, 99, 99})));
-    EXPECT_EQ(run({"--source", save("two", grey), "-t", "Y2Y"}).status, 0);
-    const std::string after = readFile(raw);
+    EXPECT_EQ(Run({"--source", Save("two", grey), "-t", "Y2Y"}).status, 0);
+    const std::string after = ReadFile(raw);
     EXPECT_NE(after, before);
-    EXPECT_EQ(readFile(folder() + "/offlinecameratest/notes.txt"), "mine");
+    EXPECT_EQ(ReadFile(Folder() + "/offlinecameratest/notes.txt"), "mine");
 
-    const Finished bad = run({"--source", save("not a picture", {1, 2, 3}), "-t", "Y2Y"});
+    const Finished bad = Run({"--source", Save("not a picture", {1, 2, 3}), "-t", "Y2Y"});
     EXPECT_EQ(bad.status, 2);
     EXPECT_THAT(bad.err, AllOf(HasSubstr("--source"), HasSubstr("not a picture: is not a PNG")));
-    EXPECT_EQ(readFile(raw), after);
-    EXPECT_FALSE(fs::exists(folder() + ".new"));
+    EXPECT_EQ(ReadFile(raw), after);
+    EXPECT_FALSE(fs::exists(Folder() + ".new"));
 }
 
 TEST_F(OwnPhoto, LeavesADataFolderOfTheUsersAlone) {
     fs::create_directory(m_root + "/mine");
-    const std::string photo = save("photo", {});
-    const Finished both = run({"--data", m_root + "/mine", "--source", photo, "-t", "B2Y"});
+    const std::string photo = Save("photo", {});
+    const Finished both = Run({"--data", m_root + "/mine", "--source", photo, "-t", "B2Y"});
     EXPECT_EQ(both.status, 2);
     EXPECT_THAT(both.err, AllOf(HasSubstr("exclude each other"), HasSubstr("/run\\ script-")));
     EXPECT_TRUE(fs::is_empty(m_root + "/mine"));
-    const Finished missing = run({"--source", m_root + "/no photo", "-t", "B2Y"});
+    const Finished missing = Run({"--source", m_root + "/no photo", "-t", "B2Y"});
     EXPECT_EQ(missing.status, 2);
     EXPECT_THAT(missing.err, HasSubstr("/no photo: no picture"));
 }

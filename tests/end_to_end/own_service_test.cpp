@@ -16,13 +16,13 @@ constexpr size_t kYuvStride = 4096;
 constexpr size_t kScanlines = 3072;
 
 TEST_F(OwnService, GivesTheMosaicInGrey) {
-    const Finished finished = run({"--service", MINIMAL_SERVICE, "--planes", "-t", "B2Y"});
+    const Finished finished = Run({"--service", MINIMAL_SERVICE, "--planes", "-t", "B2Y"});
     EXPECT_EQ(finished.status, 0) << finished.err;
     EXPECT_EQ(finished.out, "cmd: -t=B2Y\nopMode: B2Y=0\nret: =0\n");
     const std::string frames = m_root + "/out/camera/offlinecameratest/";
-    const std::string raw = readFile(frames + "4096_3072_RAW10.raw");
+    const std::string raw = ReadFile(frames + "4096_3072_RAW10.raw");
     const std::string picture =
-            readFile(frames + "OfflineAidl_CameraId_2_Frame_1_B2Y_Stride[4096]_Scanline[3072].yuv");
+            ReadFile(frames + "OfflineAidl_CameraId_2_Frame_1_B2Y_Stride[4096]_Scanline[3072].yuv");
     ASSERT_EQ(picture.size(), kYuvStride * kScanlines * 3 / 2);
     size_t differences = 0;
     for (size_t y = 0; y < 3000; ++y) {
@@ -42,13 +42,13 @@ TEST_F(OwnService, GivesTheMosaicInGrey) {
 
 TEST_F(OwnService, RefusesWhatItCannotDoAndSaysWhy) {
     for (const char* mode : {"Y2J", "MMF", "Y2Y"}) {
-        const Finished finished = run({"--service", MINIMAL_SERVICE, "-t", mode});
+        const Finished finished = Run({"--service", MINIMAL_SERVICE, "-t", mode});
         EXPECT_EQ(finished.status, 0) << finished.err;
-        EXPECT_THAT(readFile(m_root + "/out/run.log"),
+        EXPECT_THAT(ReadFile(m_root + "/out/run.log"),
                     HasSubstr("ConfigureOfflineStreams, FAILED..."));
-        EXPECT_THAT(readFile(m_root + "/out/device.log"), HasSubstr("op mode 0 only"));
+        EXPECT_THAT(ReadFile(m_root + "/out/device.log"), HasSubstr("op mode 0 only"));
     }
-    EXPECT_EQ(run({"--service", MINIMAL_SERVICE, "-t", "callback"}).status, 0);
+    EXPECT_EQ(Run({"--service", MINIMAL_SERVICE, "-t", "callback"}).status, 0);
 }
 
 }  // namespace

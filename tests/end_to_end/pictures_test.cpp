@@ -23,8 +23,8 @@ namespace {
 const char kYuvSource[] = SOURCE_FOLDER "/offlinecameratest/4000_3000_NV12.yuv";
 
 // PSNR of all channels in dB between two frame files; 0 when they cannot be compared.
-double psnr(const std::string& a, const std::string& b) {
-    const Finished compared = runProgram({OFFLINEFRAMES, "compare", a, b});
+double Psnr(const std::string& a, const std::string& b) {
+    const Finished compared = RunProgram({OFFLINEFRAMES, "compare", a, b});
     EXPECT_EQ(compared.status, 0) << compared.err;
     const size_t all = compared.out.find("  all ");
     if (all == std::string::npos) return 0;
@@ -32,25 +32,25 @@ double psnr(const std::string& a, const std::string& b) {
 }
 
 // Path of the one dump of a run with plane layouts.
-std::string dumpOf(DeviceRun* device, const char* command) {
-    const RunResult run = device->with({"--planes"}).tool({"-t", command});
+std::string DumpOf(DeviceRun* device, const char* command) {
+    const RunResult run = device->With({"--planes"}).Tool({"-t", command});
     EXPECT_EQ(run.status, 0) << run.AllOutput();
     EXPECT_THAT(run.dumps, SizeIs(1)) << run.AllOutput();
-    return run.dumps.empty() ? "" : device->dumpPath(run.dumps.begin()->first);
+    return run.dumps.empty() ? "" : device->DumpPath(run.dumps.begin()->first);
 }
 
-double lumaAt(const Picture& picture, uint32_t x, uint32_t y) {
+double LumaAt(const Picture& picture, uint32_t x, uint32_t y) {
     const uint8_t* const pixel = picture.Pixel(x, y);
     return 0.299 * pixel[0] + 0.587 * pixel[1] + 0.114 * pixel[2];
 }
 
 // Away from the mosaic's Nyquist frequencies: brightness changes little within two pixels.
-bool isSoft(const Picture& picture, uint32_t x, uint32_t y) {
+bool IsSoft(const Picture& picture, uint32_t x, uint32_t y) {
     double low = 255, high = 0;
     for (uint32_t ny = y - 2; ny <= y + 2; ++ny) {
         for (uint32_t nx = x - 2; nx <= x + 2; ++nx) {
-            low = std::min(low, lumaAt(picture, nx, ny));
-            high = std::max(high, lumaAt(picture, nx, ny));
+            low = std::min(low, LumaAt(picture, nx, ny));
+            high = std::max(high, LumaAt(picture, nx, ny));
         }
     }
     return high - low <= 80;
@@ -59,8 +59,8 @@ bool isSoft(const Picture& picture, uint32_t x, uint32_t y) {
 // A wrong row length, crop, turn or colour order costs far more than demosaicing does.
 TEST(Pictures, B2YDevelopsTheChart) {
     DeviceRun device;
-    const std::string png = device.folder() + "/developed.png";
-    ASSERT_EQ(runProgram({OFFLINEFRAMES, "view", dumpOf(&device, "B2Y"), png}).status, 0);
+    const std::string png = device.Folder() + "/developed.png";
+    ASSERT_EQ(RunProgram({OFFLINEFRAMES, "view", DumpOf(&device, "B2Y"), png}).status, 0);
     const auto developed = offlineframes::ReadPicture(png);
     ASSERT_TRUE(developed.Ok());
     const Picture& picture = developed.Value();
@@ -72,8 +72,8 @@ TEST(Pictures, B2YDevelopsTheChart) {
     uint64_t soft = 0, seen = 0;
     for (uint32_t y = 2; y < chart.height - 2; y += 5) {
         for (uint32_t x = 2; x < chart.width - 2; ++x, ++seen) {
-            if (!isSoft(chart, x, y)) continue;
-            const double difference = lumaAt(chart, x, y) - lumaAt(picture, x, y);
+            if (!IsSoft(chart, x, y)) continue;
+            const double difference = LumaAt(chart, x, y) - LumaAt(picture, x, y);
             squares += difference * difference;
             ++soft;
         }
@@ -93,22 +93,22 @@ TEST(Pictures, B2YDevelopsTheChart) {
 
 TEST(Pictures, MMFOfEqualFramesIsB2Y) {
     DeviceRun device;
-    const std::string averaged = dumpOf(&device, "MMF");
+    const std::string averaged = DumpOf(&device, "MMF");
     DeviceRun single;
-    const std::string developed = dumpOf(&single, "B2Y");
-    EXPECT_TRUE(readFile(averaged) == readFile(developed));
+    const std::string developed = DumpOf(&single, "B2Y");
+    EXPECT_TRUE(ReadFile(averaged) == ReadFile(developed));
 }
 
 TEST(Pictures, Y2JIsAWholeJpegOfTheSource) {
     DeviceRun device;
-    const std::string path = dumpOf(&device, "Y2J");
-    const std::string jpeg = readFile(path);
+    const std::string path = DumpOf(&device, "Y2J");
+    const std::string jpeg = ReadFile(path);
     ASSERT_THAT(jpeg, SizeIs(Ge(262152u)));
     EXPECT_LT(jpeg.size(), 24'000'000u);
     EXPECT_THAT(jpeg, EndsWith("\xFF\xD9"));
-    const std::string stored = device.folder() + "/stored.png";
-    EXPECT_EQ(runProgram({OFFLINEFRAMES, "view", "--as-stored", path, stored}).status, 0);
-    EXPECT_GE(psnr(stored, kYuvSource), 38);
+    const std::string stored = device.Folder() + "/stored.png";
+    EXPECT_EQ(RunProgram({OFFLINEFRAMES, "view", "--as-stored", path, stored}).status, 0);
+    EXPECT_GE(Psnr(stored, kYuvSource), 38);
     // The tool asks for a picture that is to be shown turned by 90 degrees clockwise.
     const auto lying = offlineframes::ReadPicture(stored);
     const auto upright = offlineframes::ReadPicture(path);

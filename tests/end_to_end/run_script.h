@@ -24,12 +24,12 @@ class RunScript : public ::testing::Test {
                 << "build host/all: phony\nbuild driver/all: phony\n"
                    "build examples/all: phony\n";
     }
-    Finished run(const Words& arguments) {
-        return runProgram(Joined({{m_root + "/run"}, arguments}), CrashSettings());
+    Finished Run(const Words& arguments) {
+        return RunProgram(Joined({{m_root + "/run"}, arguments}), CrashSettings());
     }
 
     const TemporaryFolder m_folder{"run script"};
-    const std::string m_root = m_folder.path();
+    const std::string m_root = m_folder.Path();
 };
 
 }  // namespace end_to_end

@@ -19,8 +19,8 @@ class Terminal : public RunScript {
     // The screen after a program has run at a terminal of this kind.
     Finished Show(const Words& words, const char* kind, const char* noColor) {
         return Subprocess(words, CrashSettings({{"TERM", kind}, {"NO_COLOR", noColor}}),
-                          Subprocess::Input::Terminal)
-                .finish();
+                          Subprocess::Input::kTerminal)
+                .Finish();
     }
 };
 
@@ -34,7 +34,7 @@ TEST_F(Terminal, ShowsErrorsInRedUnlessAskedNotTo) {
         EXPECT_THAT(Show(words, "xterm", "").out,
                     AllOf(HasSubstr("\033[31m"), HasSubstr("bogus"), HasSubstr("\033[0m")));
         const std::string plain[] = {Show(words, "xterm", "1").out, Show(words, "dumb", "").out,
-                                     runProgram(words, {{"NO_COLOR", ""}}).err};
+                                     RunProgram(words, {{"NO_COLOR", ""}}).err};
         for (const std::string& text : plain) {
             EXPECT_THAT(text, AllOf(HasSubstr("bogus"), Not(HasSubstr(kEscape))));
         }
@@ -64,20 +64,20 @@ TEST_F(Terminal, TellsWhatTheToolWaitsForAndTakesItAway) {
 // next. (The shell around it lives on, as its end would take everything at the terminal along.)
 TEST_F(Terminal, RunsOneAfterTheOther) {
     const auto environment = CrashSettings({{"TERM", "xterm"}});
-    const auto at = Subprocess::Input::Terminal;
+    const auto at = Subprocess::Input::kTerminal;
     Subprocess shell({"bash", "-c",
                       "\"$0\" --fault no-shutter -t B2Y &"
                       "trap 'kill -9 %1' USR1; wait; read line",
                       m_root + "/run"},
                      environment, at);
-    ASSERT_TRUE(shell.waitForNext("the tool waits for the shutter"));
+    ASSERT_TRUE(shell.WaitForNext("the tool waits for the shutter"));
     Subprocess next({m_root + "/run", "-t", "callback"}, environment, at);
-    ASSERT_TRUE(next.waitForNext("waits for another ./run to end"));
-    kill(shell.pid(), SIGUSR1);
-    const Finished finished = next.finish();
+    ASSERT_TRUE(next.WaitForNext("waits for another ./run to end"));
+    kill(shell.Pid(), SIGUSR1);
+    const Finished finished = next.Finish();
     EXPECT_EQ(finished.status, 0) << finished.out;
     EXPECT_THAT(finished.out, HasSubstr("report: "));
-    EXPECT_THAT(readFile(m_root + "/out/run.log"), Not(HasSubstr("WaitForShutter")));
+    EXPECT_THAT(ReadFile(m_root + "/out/run.log"), Not(HasSubstr("WaitForShutter")));
 }
 
 }  // namespace

@@ -62,7 +62,7 @@ bool SendMessages(int fd, FuzzInput input, uint64_t chain) {
         std::string bytes(input.Bytes(input.Take<uint16_t>()));
         if (bytes.empty()) continue;
         whole = FillIn(&bytes, chain) && whole;
-        if (!sendBytes(fd, bytes, descriptors, MSG_DONTWAIT)) return false;
+        if (!SendBytes(fd, bytes, descriptors, MSG_DONTWAIT)) return false;
     }
     return whole;
 }
@@ -85,7 +85,7 @@ void WaitForReader(int fd) {
     last.kind = FrameKind::kAcquire;
     last.id = kLastId;
     const std::string bytes(reinterpret_cast<const char*>(&last), sizeof(last));
-    if (!sendBytes(fd, bytes, {}, MSG_DONTWAIT)) return;
+    if (!SendBytes(fd, bytes, {}, MSG_DONTWAIT)) return;
     FrameHeader answer{};
     while (ReceiveAll(fd, &answer, sizeof(answer))) {
         if (answer.kind == FrameKind::kReply && answer.id == kLastId) return;

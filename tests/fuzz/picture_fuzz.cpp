@@ -11,20 +11,20 @@ namespace {
 // pictures than these are left to the readers' own tests.
 constexpr uint32_t kMaxSide = 1024;
 
-uint32_t bigEndian(const uint8_t* bytes, size_t count) {
+uint32_t BigEndian(const uint8_t* bytes, size_t count) {
     uint32_t value = 0;
     for (size_t i = 0; i < count; ++i) value = value << 8 | bytes[i];
     return value;
 }
 
-bool isLarge(const uint8_t* data, size_t size) {
+bool IsLarge(const uint8_t* data, size_t size) {
     if (size >= 24 && data[0] == 0x89) {
-        return bigEndian(data + 16, 4) > kMaxSide || bigEndian(data + 20, 4) > kMaxSide;
+        return BigEndian(data + 16, 4) > kMaxSide || BigEndian(data + 20, 4) > kMaxSide;
     }
     for (size_t i = 0; size >= 9 && i < size - 8 && data[0] == 0xff; ++i) {
         const bool startOfFrame = data[i] == 0xff && data[i + 1] >= 0xc0 && data[i + 1] <= 0xcf;
         if (startOfFrame &&
-            (bigEndian(data + i + 5, 2) > kMaxSide || bigEndian(data + i + 7, 2) > kMaxSide)) {
+            (BigEndian(data + i + 5, 2) > kMaxSide || BigEndian(data + i + 7, 2) > kMaxSide)) {
             return true;
         }
     }
@@ -34,7 +34,7 @@ bool isLarge(const uint8_t* data, size_t size) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    if (size == 0 || isLarge(data, size)) return 0;
+    if (size == 0 || IsLarge(data, size)) return 0;
     static const int file = memfd_create("picture", MFD_CLOEXEC);
     Require(ftruncate(file, 0) == 0);
     Require(pwrite(file, data, size, 0) == static_cast<ssize_t>(size));

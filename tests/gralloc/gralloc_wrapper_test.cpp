@@ -50,8 +50,8 @@ TEST_F(GrallocWrapper, AllocatesAndImportsOneBuffer) {
     // The raw handle's descriptors are gone, the imported one has its own and the same integers.
     ASSERT_EQ(buffer->numFds, 1);
     EXPECT_NE(buffer->data[0], allocator->lastDescriptor);
-    EXPECT_FALSE(isOpen(allocator->lastDescriptor));
-    EXPECT_TRUE(isOpen(buffer->data[0]));
+    EXPECT_FALSE(IsOpen(allocator->lastDescriptor));
+    EXPECT_TRUE(IsOpen(buffer->data[0]));
     ASSERT_EQ(buffer->numInts, 2);
     EXPECT_EQ(buffer->data[2], 11);
 
@@ -96,7 +96,7 @@ TEST_F(GrallocWrapper, WantsExactlyOneBuffer) {
                 ElementsAre(Format("E Invalid buffer array size (got %zu, expected 1)", buffers)));
         EXPECT_EQ(calls.back().rfind("allocate", 0), 0u) << calls.back();
     }
-    EXPECT_FALSE(isOpen(allocator->lastDescriptor));
+    EXPECT_FALSE(IsOpen(allocator->lastDescriptor));
 }
 
 TEST_F(GrallocWrapper, WritesTheStrideOfABufferThatIsNotImported) {
@@ -110,7 +110,7 @@ TEST_F(GrallocWrapper, WritesTheStrideOfABufferThatIsNotImported) {
     allocator->stride = 65;
     EXPECT_EQ(Allocate(), nullptr);
     EXPECT_EQ(stride, 65);
-    EXPECT_FALSE(isOpen(allocator->lastDescriptor));
+    EXPECT_FALSE(IsOpen(allocator->lastDescriptor));
 }
 
 TEST_F(GrallocWrapper, ReportsTheMappersErrors) {
@@ -168,9 +168,9 @@ TEST_F(GrallocWrapper, ImportsFences) {
     one->data[0] = open("/dev/null", O_RDONLY | O_CLOEXEC);
     EXPECT_TRUE(wrapper.importFence(one.get(), fd));
     EXPECT_NE(fd, one->data[0]);
-    EXPECT_TRUE(isOpen(fd));
+    EXPECT_TRUE(IsOpen(fd));
     wrapper.closeFence(fd);
-    EXPECT_FALSE(isOpen(fd));
+    EXPECT_FALSE(IsOpen(fd));
     close(one->data[0]);
     EXPECT_THAT(log.Take(), IsEmpty());
 
@@ -189,7 +189,7 @@ TEST_F(GrallocWrapper, ClosesFencesFromDescriptorZeroOn) {
     const int saved = fcntl(0, F_DUPFD_CLOEXEC, 3);
     ASSERT_EQ(dup2(open("/dev/null", O_RDONLY | O_CLOEXEC), 0), 0);
     wrapper.closeFence(0);
-    EXPECT_FALSE(isOpen(0));
+    EXPECT_FALSE(IsOpen(0));
     if (saved >= 0) {
         dup2(saved, 0);
         close(saved);

@@ -35,26 +35,26 @@ struct OfflineCameraClientAccess {
 
     OfflineCameraClient* client;
 
-    auto& wrapper() { return client->m_grallocWrapper; }
-    auto& allocatedHandles() { return client->m_allocatedHandles; }
-    auto& captureRequests() { return client->m_captureRequests; }
-    auto& configureInfo() { return client->m_configureInfo; }
-    auto& opMode() { return client->m_opMode; }
-    auto& offlineRequests() { return client->m_offlineRequests; }
-    auto& offlineSession() { return client->m_offlineSession; }
-    auto& callback() { return client->m_callback; }
-    auto& streamConfigName() { return client->m_streamConfigName; }
-    size_t reservedBytes() {
+    auto& Wrapper() { return client->m_grallocWrapper; }
+    auto& AllocatedHandles() { return client->m_allocatedHandles; }
+    auto& CaptureRequests() { return client->m_captureRequests; }
+    auto& ConfigureInfo() { return client->m_configureInfo; }
+    auto& OpMode() { return client->m_opMode; }
+    auto& OfflineRequests() { return client->m_offlineRequests; }
+    auto& OfflineSession() { return client->m_offlineSession; }
+    auto& Callback() { return client->m_callback; }
+    auto& StreamConfigName() { return client->m_streamConfigName; }
+    size_t ReservedBytes() {
         return client->m_reservedList.capacity() * sizeof(client->m_reservedList[0]);
     }
-    auto& bufferLock() { return client->m_callback->m_bufferLock; }
-    auto& resultLock() { return client->m_resultLock; }
-    auto& resultCondition() { return client->m_resultCondition; }
-    auto& inputStreams() { return client->m_inputStreams; }
-    auto& outputStreams() { return client->m_outputStreams; }
-    auto& zelInterface() { return client->m_zelInterface; }
-    auto& resultFrameInfos() { return client->m_resultFrameInfos; }
-    auto& notifyMessages() { return client->m_notifyMessages; }
+    auto& BufferLock() { return client->m_callback->m_bufferLock; }
+    auto& ResultLock() { return client->m_resultLock; }
+    auto& ResultCondition() { return client->m_resultCondition; }
+    auto& InputStreams() { return client->m_inputStreams; }
+    auto& OutputStreams() { return client->m_outputStreams; }
+    auto& ZelInterface() { return client->m_zelInterface; }
+    auto& ResultFrameInfos() { return client->m_resultFrameInfos; }
+    auto& NotifyMessages() { return client->m_notifyMessages; }
 
     template <class... Args>
     static void GetDummyStream(Args&&... args) {
@@ -138,10 +138,10 @@ class ClientTest : public ::testing::Test {
         results[0].outFrameInfo.buffers.resize(1);
         results[0].outFrameInfo.buffers[0].streamId = 1;
         results[0].outFrameInfo.buffers[0].bufferId = bufferId;
-        EXPECT_TRUE(access.callback()->processCaptureResult(results).isOk());
+        EXPECT_TRUE(access.Callback()->processCaptureResult(results).isOk());
     }
     void DeliverShutter(int32_t frameNumber) {
-        EXPECT_TRUE(access.callback()->notify({Shutter(frameNumber)}).isOk());
+        EXPECT_TRUE(access.Callback()->notify({Shutter(frameNumber)}).isOk());
     }
 
     // So many lines at the end of the client's log, which is taken.
@@ -154,14 +154,14 @@ class ClientTest : public ::testing::Test {
 
     // From now on each buffer has so many scan lines, as with the gate of the plane layouts open.
     void ProvideScanlines(int32_t scanlines) {
-        access.zelInterface()->m_planeLayoutInterface = around.mapper;
-        access.zelInterface()->m_aiMapper = reinterpret_cast<AIMapper*>(&around);
+        access.ZelInterface()->m_planeLayoutInterface = around.mapper;
+        access.ZelInterface()->m_aiMapper = reinterpret_cast<AIMapper*>(&around);
         SetDisplayMapperAnswer(LumaScanlines(scanlines));
     }
 
     // One buffer of a stream that has just been allocated.
     ClientCaptureBuffer& Captured(uint32_t streamId, size_t index = 0) {
-        return access.captureRequests()[streamId].buffers.at(index);
+        return access.CaptureRequests()[streamId].buffers.at(index);
     }
 
     LogCapture log;

@@ -50,7 +50,7 @@ int __wrap_stat64(const char* path, struct stat* info) {
 namespace test {
 
 DataFolder::DataFolder() {
-    gFolder = m_folder.path();
+    gFolder = m_folder.Path();
     std::filesystem::create_directory(gFolder + "/offlinecameratest");
     std::filesystem::create_directory(gFolder + "/metadata");
 }

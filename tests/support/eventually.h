@@ -7,7 +7,7 @@
 #include <functional>
 
 // Asks until `condition` holds; false if it does not within 20 s.
-inline bool eventually(const std::function<bool()>& condition) {
+inline bool Eventually(const std::function<bool()>& condition) {
     const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(20);
     while (!condition()) {
         if (std::chrono::steady_clock::now() > limit) return false;

@@ -12,7 +12,7 @@ struct ProcessCounts {
     size_t threads = 0;
 };
 
-inline size_t countEntries(const std::string& folder) {
+inline size_t CountEntries(const std::string& folder) {
     size_t count = 0;
     std::error_code ignored;  // a process that ends has fewer and fewer
     for (auto entry = std::filesystem::directory_iterator(folder, ignored);
@@ -22,7 +22,7 @@ inline size_t countEntries(const std::string& folder) {
     return count;
 }
 
-inline ProcessCounts countsOf(pid_t pid) {
+inline ProcessCounts CountsOf(pid_t pid) {
     const std::string folder = "/proc/" + std::to_string(pid);
-    return {countEntries(folder + "/fd"), countEntries(folder + "/task")};
+    return {CountEntries(folder + "/fd"), CountEntries(folder + "/task")};
 }

@@ -35,11 +35,11 @@ Subprocess::Subprocess(const std::vector<std::string>& argv, const Environment& 
     int inputs[2] = {-1, -1};
     int outputs[2] = {-1, -1};
     int errors[2] = {-1, -1};
-    if (input == Input::Terminal) {
+    if (input == Input::kTerminal) {
         m_pid = forkpty(&m_ends[0], nullptr, nullptr, nullptr);
         if (m_pid > 0) fcntl(m_ends[0], F_SETFD, FD_CLOEXEC);
     } else {
-        int* const third = input == Input::Pipe ? inputs : errors;
+        int* const third = input == Input::kPipe ? inputs : errors;
         if (pipe2(outputs, O_CLOEXEC) != 0 || pipe2(third, O_CLOEXEC) != 0) return;
         m_input = inputs[1];
         m_ends[0] = outputs[0];
@@ -47,8 +47,8 @@ Subprocess::Subprocess(const std::vector<std::string>& argv, const Environment& 
         m_pid = fork();
     }
     if (m_pid == 0) {
-        if (input == Input::Empty) inputs[0] = open("/dev/null", O_RDONLY);
-        if (input == Input::Pipe) prctl(PR_SET_PDEATHSIG, SIGKILL);
+        if (input == Input::kEmpty) inputs[0] = open("/dev/null", O_RDONLY);
+        if (input == Input::kPipe) prctl(PR_SET_PDEATHSIG, SIGKILL);
         if (inputs[0] >= 0) dup2(inputs[0], 0);
         if (outputs[1] >= 0) dup2(outputs[1], 1);
         if (errors[1] >= 0) dup2(errors[1], 2);
@@ -73,7 +73,7 @@ Subprocess::~Subprocess() {
     }
 }
 
-bool Subprocess::readSome() {
+bool Subprocess::ReadSome() {
     if (m_ends[0] < 0 && m_ends[1] < 0) return false;
     const auto left =
             std::chrono::ceil<std::chrono::milliseconds>(m_deadline - steady_clock::now()).count();
@@ -93,29 +93,29 @@ bool Subprocess::readSome() {
     return true;
 }
 
-bool Subprocess::waitForNext(const std::string& text) {
+bool Subprocess::WaitForNext(const std::string& text) {
     size_t found = 0;
     while ((found = m_texts[0].find(text, m_seen)) == std::string::npos) {
-        if (!readSome()) return false;
+        if (!ReadSome()) return false;
     }
     m_seen = found + text.size();
     return true;
 }
 
-void Subprocess::type(const std::string& keys) {
+void Subprocess::Type(const std::string& keys) {
     if (write(m_input >= 0 ? m_input : m_ends[0], keys.data(), keys.size()) < 0) return;
 }
 
 bool Subprocess::Converse(std::initializer_list<std::pair<std::string, std::string>> lines) {
     for (const auto& [typed, shown] : lines) {
-        type(typed);
-        if (!waitForNext(shown)) return false;
+        Type(typed);
+        if (!WaitForNext(shown)) return false;
     }
     return true;
 }
 
-Finished Subprocess::finish() {
-    while (readSome()) {
+Finished Subprocess::Finish() {
+    while (ReadSome()) {
     }
     Finished finished{-1, m_texts[0], m_texts[1]};
     if (m_pid < 0 || m_ends[0] >= 0 || m_ends[1] >= 0) return finished;
@@ -127,12 +127,12 @@ Finished Subprocess::finish() {
     return finished;
 }
 
-Finished runProgram(const std::vector<std::string>& argv,
+Finished RunProgram(const std::vector<std::string>& argv,
                     const Subprocess::Environment& environment, int patience) {
-    return Subprocess(argv, environment, Subprocess::Input::Empty, patience).finish();
+    return Subprocess(argv, environment, Subprocess::Input::kEmpty, patience).Finish();
 }
 
-std::vector<std::string> processesWith(const std::string& text) {
+std::vector<std::string> ProcessesWith(const std::string& text) {
     std::vector<std::string> found;
     std::error_code error;
     for (const auto& entry : std::filesystem::directory_iterator("/proc", error)) {

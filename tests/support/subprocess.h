@@ -24,35 +24,35 @@ struct Finished {
 class Subprocess {
   public:
     using Environment = std::vector<std::pair<std::string, std::string>>;
-    enum class Input { Empty, Pipe, Terminal };
+    enum class Input { kEmpty, kPipe, kTerminal };
 
     // Starts the program; argv[0] is looked for in PATH. With a terminal, all three of its
     // standard descriptors are that terminal, it leads the session, and `out` is the screen. With
     // a pipe, it ends with this thread, and its standard error is this process's.
     explicit Subprocess(const std::vector<std::string>& argv, const Environment& environment = {},
-                        Input input = Input::Empty, int patience = kPatience);
+                        Input input = Input::kEmpty, int patience = kPatience);
     ~Subprocess();  // kills the program if it still runs
     Subprocess(const Subprocess&) = delete;
     Subprocess& operator=(const Subprocess&) = delete;
 
-    pid_t pid() const { return m_pid; }
+    pid_t Pid() const { return m_pid; }
 
     // Reads on until standard output holds the text after what the last call found; false when it
     // ends first or time is over.
-    bool waitForNext(const std::string& text);
+    bool WaitForNext(const std::string& text);
 
     // Types at the terminal, or writes into the pipe.
-    void type(const std::string& keys);
+    void Type(const std::string& keys);
 
     // For each pair, types the first text and waits for the second one as above.
     bool Converse(std::initializer_list<std::pair<std::string, std::string>> lines);
 
     // Waits until the program has ended and no process holds its output open any more, which
     // includes processes that it left behind. Status -1 when that takes too long.
-    Finished finish();
+    Finished Finish();
 
   private:
-    bool readSome();  // false when both ends are closed or time is over
+    bool ReadSome();  // false when both ends are closed or time is over
 
     const std::chrono::steady_clock::time_point m_deadline;
     pid_t m_pid = -1;
@@ -63,10 +63,10 @@ class Subprocess {
 };
 
 // Starts and finishes.
-Finished runProgram(const std::vector<std::string>& argv,
+Finished RunProgram(const std::vector<std::string>& argv,
                     const Subprocess::Environment& environment = {}, int patience = kPatience);
 
 // Command lines of running processes that contain the text; the asking process is left out.
-std::vector<std::string> processesWith(const std::string& text);
+std::vector<std::string> ProcessesWith(const std::string& text);
 
 }  // namespace end_to_end

@@ -20,8 +20,8 @@ class TemporaryFolder {
     TemporaryFolder(const TemporaryFolder&) = delete;
     TemporaryFolder& operator=(const TemporaryFolder&) = delete;
 
-    const std::string& path() const { return m_path; }
-    std::string path(const std::string& name) const { return m_path + "/" + name; }
+    const std::string& Path() const { return m_path; }
+    std::string Path(const std::string& name) const { return m_path + "/" + name; }
 
   private:
     std::string m_path;

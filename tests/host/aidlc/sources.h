@@ -13,7 +13,7 @@ namespace aidlc {
 
 class Sources {
   public:
-    std::string Path(const std::string& name) const { return m_folder.path(name); }
+    std::string Path(const std::string& name) const { return m_folder.Path(name); }
 
     // Writes a/b/Name.aidl; the lines for its package and annotations are already there, so that
     // text starts in line 3. An enum has values of 32 bits.
@@ -30,7 +30,7 @@ class Sources {
     // What is wrong with a file, empty if nothing is. The folder is the only root; messages lose
     // its name.
     std::string Compile(const std::string& name) {
-        const auto made = aidlc::Compile({{m_folder.path()}, {3, "0123abcd"}, {Path(name)}});
+        const auto made = aidlc::Compile({{m_folder.Path()}, {3, "0123abcd"}, {Path(name)}});
         generated.clear();
         if (made.Ok()) {
             for (const GeneratedFile& file : made.Value()) generated[file.path] = file.text;

@@ -40,7 +40,7 @@ class Deviceshell : public ::testing::Test {
     }
 
     const TemporaryFolder m_temporary{"device shell"};
-    const std::string m_folder = m_temporary.path();
+    const std::string m_folder = m_temporary.Path();
     // A command word that only this test's processes have.
     const std::string m_mark = "9" + std::to_string(getpid()) + "00001";
 };
@@ -57,7 +57,7 @@ TEST_F(Deviceshell, PassesArgumentsOutputAndStatusThrough) {
                  {Device({"/etc/passwd"}), 126, "", ""},
                  {Device({"no-such-command"}), 127, "", "no-such-command"}};
     for (const auto& [words, status, out, err] : cases) {
-        const Finished run = runProgram(words);
+        const Finished run = RunProgram(words);
         EXPECT_EQ(run.status, status) << words.back();
         EXPECT_EQ(run.out, out);
         EXPECT_THAT(run.err, HasSubstr(err));
@@ -83,7 +83,7 @@ TEST_F(Deviceshell, RefusesBadUsageAndStartsNothing) {
             {{"--fault", "lend", "--no-service"}, "--fault lend: its program is left out"},
             {{"--fault", "lend", "--service", "/bin/cat"}, "of the reference service, not of "}};
     for (const auto& bad : cases) {
-        const Finished run = runProgram(Device({"touch", "/data/vendor/camera/ran"}, bad.options));
+        const Finished run = RunProgram(Device({"touch", "/data/vendor/camera/ran"}, bad.options));
         EXPECT_EQ(run.status, 2) << bad.said;
         EXPECT_THAT(run.err, HasSubstr(bad.said));
         EXPECT_TRUE(fs::is_empty(m_folder)) << bad.said;
@@ -91,7 +91,7 @@ TEST_F(Deviceshell, RefusesBadUsageAndStartsNothing) {
 }
 
 TEST_F(Deviceshell, TheDataFolderIsTheOnlyPlaceToWrite) {
-    const Finished run = runProgram(
+    const Finished run = RunProgram(
             Script("echo text > /data/vendor/camera/file\n"
                    "for place in / /usr /tmp /data /vendor/bin /vendor/lib64 '" +
                    m_folder +
@@ -100,7 +100,7 @@ TEST_F(Deviceshell, TheDataFolderIsTheOnlyPlaceToWrite) {
                    "done\n"
                    "stat -c %a /binder\n"));
     EXPECT_EQ(run.out, "700\n");
-    EXPECT_EQ(readFile(m_folder + "/file"), "text\n");
+    EXPECT_EQ(ReadFile(m_folder + "/file"), "text\n");
     EXPECT_FALSE(fs::exists(m_folder + "/outside"));
 }
 
@@ -108,7 +108,7 @@ TEST_F(Deviceshell, TheDataFolderIsTheOnlyPlaceToWrite) {
 // bubblewrap itself needs the host's /tmp.
 TEST_F(Deviceshell, KeepsTheHostsOwnDataAndVendorFoldersVisible) {
     const std::string build = fs::path(DEVICESHELL).parent_path().parent_path();
-    const Finished run = runProgram(
+    const Finished run = RunProgram(
             {"sh", "-c",
              "for path in /usr /etc /bin /lib /lib64; do\n"
              "    set -- --ro-bind-try $path $path \"$@\"\n"
@@ -125,16 +125,16 @@ TEST_F(Deviceshell, GivesTheCommandItsLogAndTrace) {
     const std::string trace = m_folder + "/trace";
     std::ofstream(log) << "from an earlier run\n";
     // Descriptors of two digits need another shell than Debian's smallest.
-    const Finished run = runProgram(
+    const Finished run = RunProgram(
             Device({"bash", "-c",
                     "echo 'a line' >&$STANDIN_LOG_FD; echo call >&$STANDIN_BINDER_TRACE_FD; "
                     "echo ${STANDIN_LOG_ECHO-none} $POSIXLY_CORRECT $STANDIN_BINDER_DIR"},
                    Joined({kBare, {"--log", log, "--trace", trace}})));
     EXPECT_EQ(run.out, "none 1 /binder\n");
-    EXPECT_EQ(readFile(log), "a line\n");
-    EXPECT_EQ(readFile(trace), "call\n");
+    EXPECT_EQ(ReadFile(log), "a line\n");
+    EXPECT_EQ(ReadFile(trace), "call\n");
     const Words verbose = Joined({kBare, {"-v"}});
-    EXPECT_EQ(runProgram(Device({"sh", "-c", "echo $STANDIN_LOG_ECHO"}, verbose)).out, "1\n");
+    EXPECT_EQ(RunProgram(Device({"sh", "-c", "echo $STANDIN_LOG_ECHO"}, verbose)).out, "1\n");
 }
 
 TEST_F(Deviceshell, PassesSignalsOnAndKillsACommandThatIgnoresThem) {
@@ -148,33 +148,33 @@ TEST_F(Deviceshell, PassesSignalsOnAndKillsACommandThatIgnoresThem) {
                  {SIGTERM, "trap '' TERM; echo ready; sleep " + m_mark, 128 + SIGTERM}};
     for (const auto& sent : cases) {
         Subprocess device(Script(sent.script));
-        ASSERT_TRUE(device.waitForNext("ready"));
-        kill(device.pid(), sent.number);
-        EXPECT_EQ(device.finish().status, sent.status) << sent.script;
-        EXPECT_THAT(processesWith(m_mark), IsEmpty());
+        ASSERT_TRUE(device.WaitForNext("ready"));
+        kill(device.Pid(), sent.number);
+        EXPECT_EQ(device.Finish().status, sent.status) << sent.script;
+        EXPECT_THAT(ProcessesWith(m_mark), IsEmpty());
     }
 }
 
 // Each ends only when no process of the device holds its output any more.
 TEST_F(Deviceshell, LeavesNoProcessBehindAlsoWhenItOrItsParentIsKilled) {
-    EXPECT_EQ(runProgram(Script("setsid sleep " + m_mark + " & exit 4")).status, 4);
+    EXPECT_EQ(RunProgram(Script("setsid sleep " + m_mark + " & exit 4")).status, 4);
     const Words dying = Device({"sh", "-c", "echo ready; sleep " + m_mark},
                                Joined({kBare, {"--die-with-parent"}}));
     const Words parent = {"sh", "-c", "\"$@\"; true", "sh"};  // "; true": stays the parent
     for (const Words& words : {Script("echo ready; sleep " + m_mark), Joined({parent, dying})}) {
         Subprocess killed(words);
-        ASSERT_TRUE(killed.waitForNext("ready"));
-        kill(killed.pid(), SIGKILL);
-        EXPECT_EQ(killed.finish().status, 128 + SIGKILL);
+        ASSERT_TRUE(killed.WaitForNext("ready"));
+        kill(killed.Pid(), SIGKILL);
+        EXPECT_EQ(killed.Finish().status, 128 + SIGKILL);
     }
 }
 
 TEST_F(Deviceshell, CtrlCReachesTheCommandAtTheTerminalOnce) {
     Subprocess device(Script("n=0; trap 'n=$((n + 1)); echo caught $n' INT; echo ready\n"
                              "while [ $n = 0 ]; do :; done; read line; exit 5"),
-                      {}, Subprocess::Input::Terminal);
+                      {}, Subprocess::Input::kTerminal);
     EXPECT_TRUE(device.Converse({{"", "ready"}, {"\x03", "caught 1"}, {"\n", ""}}));
-    const Finished finished = device.finish();
+    const Finished finished = device.Finish();
     EXPECT_EQ(finished.status, 5);
     EXPECT_THAT(finished.out, Not(HasSubstr("caught 2")));
 }
@@ -184,26 +184,26 @@ TEST_F(Deviceshell, ReportsAServiceThatDoesNotStart) {
     std::string folder = "/dev/shm/deviceshell-XXXXXX";
     if (!mkdtemp(folder.data())) folder = m_folder;
     AddProgram(folder + "/script-service", "echo cannot start; exit 3");
-    const Finished run = runProgram({DEVICESHELL, "--service", folder + "/script-service",
+    const Finished run = RunProgram({DEVICESHELL, "--service", folder + "/script-service",
                                      "--device-log", m_folder + "/device.log", "echo", "ran"});
     fs::remove_all(folder);
     EXPECT_EQ(run.status, 125);
     EXPECT_EQ(run.out, "");
     EXPECT_THAT(run.err, HasSubstr("script-service ended with status 3"));
-    EXPECT_THAT(readFile(m_folder + "/device.log"),
+    EXPECT_THAT(ReadFile(m_folder + "/device.log"),
                 AllOf(HasSubstr("cannot start"), Not(HasSubstr("graphicsallocator"))));
 }
 
 TEST_F(Deviceshell, TellsAtATerminalWhichServiceItWaitsForAndStopsAtCtrlC) {
     const std::string program = AddProgram(m_folder + "/service", "exec sleep " + m_mark);
     Subprocess device({DEVICESHELL, "--no-allocator", "--service", program, "true"},
-                      {{"TERM", "xterm"}}, Subprocess::Input::Terminal);
+                      {{"TERM", "xterm"}}, Subprocess::Input::kTerminal);
     EXPECT_TRUE(device.Converse(
             {{"", "waits 2 s for vendor.zel.hardware.camera.offlinecamera"}, {"\x03", ""}}));
-    const Finished finished = device.finish();
+    const Finished finished = device.Finish();
     EXPECT_EQ(finished.status, 128 + SIGINT);
     EXPECT_THAT(finished.out, HasSubstr("signal 2 (Interrupt) came before the device was up"));
-    EXPECT_THAT(processesWith(m_mark), IsEmpty());
+    EXPECT_THAT(ProcessesWith(m_mark), IsEmpty());
 }
 
 }  // namespace

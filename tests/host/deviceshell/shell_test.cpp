@@ -19,14 +19,14 @@ const char kPrompt[] = "standin:/ $ ";
 // A script on standard input, as "deviceshell OPTIONS < script" gives it.
 Finished RunScript(const std::string& script, const Words& options) {
     const Words feed = {"sh", "-c", "printf %s \"$0\" | \"$@\"", script, DEVICESHELL};
-    return runProgram(Joined({feed, options}), CrashSettings());
+    return RunProgram(Joined({feed, options}), CrashSettings());
 }
 
 class ShellAtTerminal : public ::testing::Test {
   protected:
     Subprocess m_shell{{DEVICESHELL, "--no-service", "--no-allocator"},
                        CrashSettings({{"TERM", "dumb"}}),  // no line editor's escape codes
-                       Subprocess::Input::Terminal};
+                       Subprocess::Input::kTerminal};
 };
 
 TEST_F(ShellAtTerminal, TellsWhatIsAtHandAndEndsWithTheShell) {
@@ -37,11 +37,11 @@ TEST_F(ShellAtTerminal, TellsWhatIsAtHandAndEndsWithTheShell) {
              {"command -v vexofflinecameratest service\r", "\n/vendor/bin/service"},
              {"setsid sleep " + mark + " &\r", "]"},
              {"exit 5\r", ""}}));
-    const Finished finished = m_shell.finish();
+    const Finished finished = m_shell.Finish();
     EXPECT_EQ(finished.status, 5) << finished.out;
     EXPECT_THAT(finished.out, AllOf(StartsWith("A shell on the stand-in device"),
                                     HasSubstr("service list"), HasSubstr("logcat")));
-    EXPECT_THAT(processesWith(mark), IsEmpty());
+    EXPECT_THAT(ProcessesWith(mark), IsEmpty());
 }
 
 // The command repeats what is typed, once it says that it does. By job control, a stopped one
@@ -60,7 +60,7 @@ TEST_F(ShellAtTerminal, CtrlCEndsTheCommandAndNotTheDevice) {
                                   {"second\r", "second\r\nsecond\r\n"},
                                   {"\x04", kPrompt},
                                   {"\x04", ""}}));  // at the prompt: the end
-    const Finished finished = m_shell.finish();
+    const Finished finished = m_shell.Finish();
     EXPECT_EQ(finished.status, 0) << finished.out;
 }
 
@@ -69,10 +69,10 @@ TEST(ShellInAScript, GivesTheTerminalBack) {
     Subprocess caller({"bash", "-c",
                        "'" DEVICESHELL "' --no-service --no-allocator; echo back; read line; "
                        "echo \"read $line, $(stty -a | grep -o -- '[-]*icanon')\""},
-                      {{"TERM", "vt100"}}, Subprocess::Input::Terminal);
+                      {{"TERM", "vt100"}}, Subprocess::Input::kTerminal);
     EXPECT_TRUE(caller.Converse(
             {{"", "$ "}, {"kill -9 $$\r", "back\r\n"}, {"words\r", "read words, icanon"}}));
-    EXPECT_EQ(caller.finish().status, 0);
+    EXPECT_EQ(caller.Finish().status, 0);
 }
 
 // The tool's and the service's lines are in one log. Without -d, logcat goes on until its reader

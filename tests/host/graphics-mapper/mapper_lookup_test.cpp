@@ -32,9 +32,9 @@ TEST(MapperLookup, TheVendorsLibraryProvidesTheDefault) {
     const std::string folder = getenv("STANDIN_HAL_PATH");
     // A library of the implementation's name that is another one.
     const TemporaryFolder other("mapper-modules");
-    const std::string wrong = other.path("android.hardware.graphics.mapper@4.0-impl-zel.so");
+    const std::string wrong = other.Path("android.hardware.graphics.mapper@4.0-impl-zel.so");
     ASSERT_EQ(symlink((folder + "/mapper.zel.so").c_str(), wrong.c_str()), 0);
-    setenv("STANDIN_HAL_PATH", other.path().c_str(), 1);
+    setenv("STANDIN_HAL_PATH", other.Path().c_str(), 1);
     EXPECT_EQ(IMapper::getService(), nullptr);
     setenv("STANDIN_HAL_PATH", folder.c_str(), 1);
 }

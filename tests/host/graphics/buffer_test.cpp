@@ -14,9 +14,9 @@ namespace graphics {
 namespace {
 
 bool Refused(const native_handle_t* raw) {
-    const int before = countOpenDescriptors();
+    const int before = CountOpenDescriptors();
     const auto copy = DuplicateBuffer(raw);
-    EXPECT_EQ(countOpenDescriptors() - before, copy.Ok() ? 1 : 0);
+    EXPECT_EQ(CountOpenDescriptors() - before, copy.Ok() ? 1 : 0);
     return ErrorOf(copy) == BufferError::kBadBuffer;
 }
 

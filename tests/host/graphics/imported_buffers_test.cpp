@@ -38,7 +38,7 @@ TEST_F(ImportedBuffersTest, LocksNestAtOneAddressUntilRelease) {
     const native_handle_t* handle = Import(raw);
     const native_handle_t* second = Import(raw);
     raw.reset();
-    const int descriptors = countOpenDescriptors();
+    const int descriptors = CountOpenDescriptors();
     Lock(second)[491'519] = 0x5a;
     EXPECT_TRUE(m_buffers.Release(second).Ok());
     EXPECT_EQ(ErrorOf(m_buffers.Release(second)), BufferError::kBadBuffer);
@@ -52,7 +52,7 @@ TEST_F(ImportedBuffersTest, LocksNestAtOneAddressUntilRelease) {
     EXPECT_EQ(ErrorOf(m_buffers.RequireLocked(handle)), BufferError::kBadBuffer);
     EXPECT_TRUE(m_buffers.Release(handle).Ok());
     EXPECT_EQ(BufferMappings(), 0);
-    EXPECT_EQ(countOpenDescriptors(), descriptors - 2);
+    EXPECT_EQ(CountOpenDescriptors(), descriptors - 2);
 }
 
 TEST_F(ImportedBuffersTest, LockChecksItsArguments) {

@@ -26,11 +26,11 @@ TEST(NativeHandle, DupToAidlOwnsDuplicates) {
         const AidlHandle aidl = android::dupToAidl(native);
         duplicate = aidl.fds[0].get();
         EXPECT_NE(duplicate, fd);
-        EXPECT_TRUE(isSameFile(duplicate, fd));
+        EXPECT_TRUE(IsSameFile(duplicate, fd));
         EXPECT_TRUE((fcntl(duplicate, F_GETFD) & FD_CLOEXEC) != 0);
         EXPECT_EQ(aidl.ints, (std::vector<int32_t>{-1, 7}));
     }
-    EXPECT_FALSE(isOpen(duplicate));
+    EXPECT_FALSE(IsOpen(duplicate));
     native_handle_close(native);
     EXPECT_EQ(android::dupToAidl(native).fds[0].get(), -1) << "of a closed descriptor";
     native_handle_delete(native);
@@ -48,9 +48,9 @@ TEST(NativeHandle, MakeToAidlTakesTheDescriptorsAndMakeFromAidlBorrows) {
         EXPECT_EQ(native->data[0], fd);
         EXPECT_EQ(native->data[2], 7);
         native_handle_delete(native);
-        EXPECT_TRUE(isOpen(fd));
+        EXPECT_TRUE(IsOpen(fd));
     }
-    EXPECT_FALSE(isOpen(fd));
+    EXPECT_FALSE(IsOpen(fd));
 }
 
 TEST(NativeHandle, EmptyAndOversizedHandles) {

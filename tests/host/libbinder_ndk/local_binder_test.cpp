@@ -8,7 +8,7 @@
 namespace {
 
 AIBinder_Class* Class() {
-    static AIBinder_Class* const clazz = newPlainClass("test.IObject");
+    static AIBinder_Class* const clazz = NewPlainClass("test.IObject");
     return clazz;
 }
 
@@ -40,7 +40,7 @@ TEST(LocalBinder, ChecksCodesFlagsRequestsAndClass) {
     EXPECT_EQ(Transact(nullptr, binder, 1), STATUS_UNEXPECTED_NULL);
     EXPECT_EQ(Transact(NewObject().get(), binder, 1), STATUS_BAD_VALUE);
     EXPECT_TRUE(AIBinder_associateClass(binder, Class()));
-    EXPECT_FALSE(AIBinder_associateClass(binder, newPlainClass("test.IObject")));
+    EXPECT_FALSE(AIBinder_associateClass(binder, NewPlainClass("test.IObject")));
 }
 
 TEST(LocalBinder, EndsWithItsLastStrongReference) {

@@ -25,22 +25,22 @@ using hostbinder::ReferenceRecord;
 std::string RequestStart() {
     AParcel parcel;
     hostbinder::WriteInterfaceHeader(&parcel, "test.IPeer");
-    return {reinterpret_cast<const char*>(parcel.data()), parcel.size()};
+    return {reinterpret_cast<const char*>(parcel.Data()), parcel.Size()};
 }
 
 class MisbehavingPeer : public testing::Test {
   protected:
     explicit MisbehavingPeer(const end_to_end::Subprocess::Environment& environment = {})
-        : m_peer(startPeer(environment)) {}
+        : m_peer(StartPeer(environment)) {}
     ~MisbehavingPeer() override {
-        EXPECT_EQ(add(m_peer.binder, 1), 2);
-        EXPECT_TRUE(eventually([&]() {
-            const ProcessCounts now = countsOf(m_peer.process->pid());
+        EXPECT_EQ(Add(m_peer.binder, 1), 2);
+        EXPECT_TRUE(Eventually([&]() {
+            const ProcessCounts now = CountsOf(m_peer.process->Pid());
             return now.descriptors <= m_before.descriptors && now.threads <= m_before.threads + 16;
         })) << "pool threads stay, and nothing else";
     }
     FrameHeader CallHeader(uint32_t code, size_t dataSize) {
-        FrameHeader header = frameHeader(FrameKind::kCall, dataSize);
+        FrameHeader header = HeaderOf(FrameKind::kCall, dataSize);
         header.target = m_object;
         header.code = code;
         return header;
@@ -48,7 +48,7 @@ class MisbehavingPeer : public testing::Test {
     std::string Call(uint64_t id, uint32_t code, const std::string& body) {
         FrameHeader header = CallHeader(code, body.size());
         header.id = id;
-        return bytesOf(header) + body;
+        return BytesOf(header) + body;
     }
     // A call of kCall with these arguments. Objects are at these places in them, each with this
     // reference.
@@ -59,10 +59,10 @@ class MisbehavingPeer : public testing::Test {
         header.chain = 7;
         header.objectCount = header.referenceCount = static_cast<uint32_t>(places.size());
         for (size_t place : places) {
-            body += bytesOf(static_cast<uint32_t>(RequestStart().size() + place));
+            body += BytesOf(static_cast<uint32_t>(RequestStart().size() + place));
         }
-        for (size_t i = 0; i < places.size(); ++i) body += bytesOf(reference);
-        return bytesOf(header) + body;
+        for (size_t i = 0; i < places.size(); ++i) body += BytesOf(reference);
+        return BytesOf(header) + body;
     }
     // Expects the message to end its connection without an answer, and the peer to live on.
     void ExpectRefused(const char* what, const std::string& message,
@@ -70,44 +70,44 @@ class MisbehavingPeer : public testing::Test {
         RawConnection connection(m_socket, m_object);
         connection.Send(message, fds);
         EXPECT_TRUE(connection.IsClosed()) << what;
-        EXPECT_EQ(add(m_peer.binder, 1), 2) << what;
+        EXPECT_EQ(Add(m_peer.binder, 1), 2) << what;
     }
 
     Peer m_peer;
     const std::string m_socket = m_peer.binder.get()->AsProxy()->Owner()->Name();
     const uint64_t m_object = m_peer.binder.get()->AsProxy()->Number();
-    const ProcessCounts m_before = countsOf(m_peer.process->pid());
+    const ProcessCounts m_before = CountsOf(m_peer.process->Pid());
 };
 
 constexpr ReferenceRecord kMine{ReferenceOwner::kSender, 0, 5, {}};
 
 TEST_F(MisbehavingPeer, LosesItsConnectionByABadHeader) {
-    FrameHeader bad = frameHeader(FrameKind::kAcquire);  // with the magic number it is answered
+    FrameHeader bad = HeaderOf(FrameKind::kAcquire);  // with the magic number it is answered
     bad.target = m_object;
     bad.magic ^= 1;
-    ExpectRefused("magic", bytesOf(bad));
-    ExpectRefused("kind", bytesOf(frameHeader(static_cast<FrameKind>(99))));
-    ExpectRefused("greeting", bytesOf(frameHeader(FrameKind::kHello)));
-    ExpectRefused("size", bytesOf(frameHeader(FrameKind::kCall, hostbinder::kMaxParcelBytes + 1)));
-    ExpectRefused("content without a parcel", bytesOf(frameHeader(FrameKind::kAcquire, 8)));
-    bad = frameHeader(FrameKind::kCall, 24);
+    ExpectRefused("magic", BytesOf(bad));
+    ExpectRefused("kind", BytesOf(HeaderOf(static_cast<FrameKind>(99))));
+    ExpectRefused("greeting", BytesOf(HeaderOf(FrameKind::kHello)));
+    ExpectRefused("size", BytesOf(HeaderOf(FrameKind::kCall, hostbinder::kMaxParcelBytes + 1)));
+    ExpectRefused("content without a parcel", BytesOf(HeaderOf(FrameKind::kAcquire, 8)));
+    bad = HeaderOf(FrameKind::kCall, 24);
     bad.objectCount = bad.referenceCount = 2;
-    ExpectRefused("more objects than fit", bytesOf(bad));
+    ExpectRefused("more objects than fit", BytesOf(bad));
     bad.objectCount = 1;
     bad.referenceCount = bad.descriptorCount = 1;
-    ExpectRefused("counts that do not add up", bytesOf(bad));
-    bad = frameHeader(FrameKind::kReply);
-    ExpectRefused("reply to no call", bytesOf(bad));
+    ExpectRefused("counts that do not add up", BytesOf(bad));
+    bad = HeaderOf(FrameKind::kReply);
+    ExpectRefused("reply to no call", BytesOf(bad));
     bad.kind = FrameKind::kRelease;
     bad.target = m_object;
     bad.id = 2;  // one more than the connection has
-    ExpectRefused("release of too many", bytesOf(bad));
+    ExpectRefused("release of too many", BytesOf(bad));
     bad = CallHeader(kAdd, 0);
-    const ndk::SpAIBinder other = getBinder(m_peer.binder, kNewObject);
+    const ndk::SpAIBinder other = GetBinder(m_peer.binder, kNewObject);
     bad.target = other.get()->AsProxy()->Number();
-    ExpectRefused("object of another connection", bytesOf(bad));
+    ExpectRefused("object of another connection", BytesOf(bad));
     RawConnection callsFirst(m_socket);
-    callsFirst.Send(bytesOf(frameHeader(FrameKind::kCall)));
+    callsFirst.Send(BytesOf(HeaderOf(FrameKind::kCall)));
     EXPECT_TRUE(callsFirst.IsClosed()) << "no greeting";
 }
 
@@ -123,8 +123,8 @@ TEST_F(MisbehavingPeer, LosesItsConnectionByABadBody) {
     FrameHeader missing = CallHeader(kAdd, sizeof(ObjectRecord));
     missing.objectCount = missing.descriptorCount = 1;
     ExpectRefused("missing descriptor",
-                  bytesOf(missing) + bytesOf(ObjectRecord{hostbinder::kDescriptor, 0, 0, 0}) +
-                          bytesOf(uint32_t{0}));
+                  BytesOf(missing) + BytesOf(ObjectRecord{hostbinder::kDescriptor, 0, 0, 0}) +
+                          BytesOf(uint32_t{0}));
 }
 
 TEST_F(MisbehavingPeer, LosesItsConnectionByABadObject) {
@@ -145,12 +145,12 @@ TEST_F(MisbehavingPeer, LosesItsConnectionByABadObject) {
                  {"owner", good, 0, {static_cast<ReferenceOwner>(9), 0, 5, {}}},
                  {"unknown object", good, 0, {ReferenceOwner::kReceiver, 0, 99, {}}},
          }) {
-        ExpectRefused(c.what, CallWithObjects(bytesOf(c.record) + std::string(8, '\0'), {c.place},
+        ExpectRefused(c.what, CallWithObjects(BytesOf(c.record) + std::string(8, '\0'), {c.place},
                                               c.reference));
     }
     // The first record's cookie is the second one's type.
     const ObjectRecord first{hostbinder::kBinderHandle, 0, 0, hostbinder::kBinderHandle};
-    ExpectRefused("overlap", CallWithObjects(bytesOf(first) + std::string(24, '\0'), {0, 16},
+    ExpectRefused("overlap", CallWithObjects(BytesOf(first) + std::string(24, '\0'), {0, 16},
                                              {ReferenceOwner::kReceiver, 0, m_object, {}}));
 }
 
@@ -170,7 +170,7 @@ TEST_F(FloodingPeer, IsRefusedWhatNoLongerFits) {
         EXPECT_EQ(refusal.id, id);
         EXPECT_EQ(refusal.status, STATUS_FAILED_TRANSACTION);
     }
-    m_peer.process->type("x");  // starts the pool
+    m_peer.process->Type("x");  // starts the pool
     for (uint64_t i = 0; i < kFit; ++i) EXPECT_EQ(flood.Receive().status, STATUS_BAD_TYPE);
     flood.Send(Call(99, hostbinder::kPingCode, ""));
     EXPECT_EQ(flood.Receive().status, STATUS_OK) << "there is room again";
@@ -178,8 +178,8 @@ TEST_F(FloodingPeer, IsRefusedWhatNoLongerFits) {
 
 // A call of kCall with a new object of the sender's, whose class the peer asks for.
 std::string ArgumentsOfCall() {
-    return bytesOf(ObjectRecord{hostbinder::kBinderHandle, 0, 0, 0}) +
-           bytesOf(int32_t{hostbinder::kStabilitySystem}) + bytesOf(int32_t{1});
+    return BytesOf(ObjectRecord{hostbinder::kBinderHandle, 0, 0, 0}) +
+           BytesOf(int32_t{hostbinder::kStabilitySystem}) + BytesOf(int32_t{1});
 }
 
 TEST_F(MisbehavingPeer, WhoseCallsBackNestWithoutEndIsRefused) {
@@ -199,12 +199,12 @@ TEST_F(MisbehavingPeer, WhoseCallsBackNestWithoutEndIsRefused) {
 }
 
 TEST_F(MisbehavingPeer, ThatDoesNotReadOrAnswerLosesItsConnection) {
-    const std::string large = RequestStart() + bytesOf(uint32_t{64 * 1024}) +
-                              std::string(64 * 1024, '\0') + bytesOf(uint32_t{0});
+    const std::string large = RequestStart() + BytesOf(uint32_t{64 * 1024}) +
+                              std::string(64 * 1024, '\0') + BytesOf(uint32_t{0});
     RawConnection unread(m_socket, m_object);
     for (uint64_t id = 1; id <= 20; ++id) unread.Send(Call(id, kEcho, large));
     RawConnection greeting(m_socket);
-    greeting.Send(bytesOf(frameHeader(FrameKind::kHello, 8)));
+    greeting.Send(BytesOf(HeaderOf(FrameKind::kHello, 8)));
     RawConnection half(m_socket, m_object);
     half.Send(Call(1, kAdd, "12345678").substr(0, sizeof(FrameHeader) + 4));
     RawConnection silent(m_socket, m_object);
@@ -233,8 +233,8 @@ TEST_F(MisbehavingPeer, IsMissedWhenItDiesThoughItsChildHasItsSocket) {
     EXPECT_EQ(read(ready[0], &child, sizeof(child)), ssize_t{sizeof(child)});
     kill(peer, SIGKILL);
     waitpid(peer, nullptr, 0);
-    EXPECT_TRUE(eventually(
-            [&]() { return countsOf(m_peer.process->pid()).descriptors <= m_before.descriptors; }));
+    EXPECT_TRUE(Eventually(
+            [&]() { return CountsOf(m_peer.process->Pid()).descriptors <= m_before.descriptors; }));
     kill(child, SIGKILL);
     for (int end : ready) close(end);
 }

@@ -145,7 +145,7 @@ TEST(ParcelPosition, MayBeBehindTheEndWithoutReadingOrWritingThere) {
 
 TEST(ParcelObjects, AreKeptUntilTheParcelGoesAndNotTakenForEachOther) {
     bool ended = false;
-    ndk::SpAIBinder object(AIBinder_new(newPlainClass("test.IObject"), &ended));
+    ndk::SpAIBinder object(AIBinder_new(NewPlainClass("test.IObject"), &ended));
     ndk::ScopedFileDescriptor file(memfd_create("test", MFD_CLOEXEC));
     Parcel parcel;
     ASSERT_EQ(AParcel_writeStrongBinder(parcel.get(), object.get()), STATUS_OK);
@@ -221,7 +221,7 @@ TEST(StatusHeader, SkipsWhatItDoesNotUseAndRefusesWhatIsImpossible) {
 
 // They must stay what they are.
 TEST(WireFormat, HasTheseBytesForARequestWithEveryKindOfItem) {
-    ndk::SpAIBinder object(AIBinder_new(newPlainClass("a.IB"), nullptr));
+    ndk::SpAIBinder object(AIBinder_new(NewPlainClass("a.IB"), nullptr));
     AIBinder_markVintfStability(object.get());
     ndk::ScopedAParcel parcel;
     ASSERT_EQ(AIBinder_prepareTransaction(object.get(), parcel.getR()), STATUS_OK);
@@ -237,7 +237,7 @@ TEST(WireFormat, HasTheseBytesForARequestWithEveryKindOfItem) {
     AParcel_writeParcelFileDescriptor(p, file.get());
     AParcel_writeStatusHeader(
             p, ndk::ScopedAStatus::fromServiceSpecificErrorWithMessage(1, "A").get());
-    EXPECT_EQ(ToHex(Bytes(p->data(), p->data() + p->size())),
+    EXPECT_EQ(ToHex(Bytes(p->Data(), p->Data() + p->Size())),
               "00000080 ffffffff 54535953 04000000 61002e00 49004200 00000000 "  // "a.IB"
               "feffffff "                                                        // byte
               "08070605 04030201 "                                               // long, at 32

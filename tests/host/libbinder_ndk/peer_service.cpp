@@ -27,7 +27,7 @@ template <typename... Arguments, typename Function>
 Method Takes(Function function) {
     return [function](const AParcel* in, AParcel* out) -> binder_status_t {
         std::tuple<Arguments...> values;
-        const auto read = [in](auto&... value) { return reads(&value...)(in); };
+        const auto read = [in](auto&... value) { return Reads(&value...)(in); };
         const auto call = [&](auto&... value) { return function(out, value...); };
         const binder_status_t status = std::apply(read, values);
         return status == STATUS_OK ? std::apply(call, values) : status;
@@ -38,10 +38,10 @@ const std::map<transaction_code_t, Method> kMethods = {
         {kAdd, Takes<int32_t>([](AParcel* out, int32_t value) {
              std::lock_guard<std::mutex> lock(gMutex);
              gAddThread = std::this_thread::get_id();
-             return writes(value + 1)(out);
+             return Writes(value + 1)(out);
          })},
         {kEcho, Takes<Bytes, std::vector<Fd>>([](AParcel* out, Bytes& bytes, std::vector<Fd>& fds) {
-             return writes(bytes, fds)(out);
+             return Writes(bytes, fds)(out);
          })},
         {kHold, Takes<ndk::SpAIBinder>([](AParcel*, ndk::SpAIBinder& binder) {
              std::lock_guard<std::mutex> lock(gMutex);
@@ -50,15 +50,15 @@ const std::map<transaction_code_t, Method> kMethods = {
          })},
         {kGetHeld, Takes<>([](AParcel* out) {
              std::lock_guard<std::mutex> lock(gMutex);
-             return writes(gHeld)(out);
+             return Writes(gHeld)(out);
          })},
         {kCall,
          Takes<ndk::SpAIBinder, int32_t>([](AParcel* out, ndk::SpAIBinder& target, int32_t value) {
-             const auto status = callPeer(target, kAdd, writes(value), reads(&value));
-             return status == STATUS_OK ? writes(value)(out) : status;
+             const auto status = CallPeer(target, kAdd, Writes(value), Reads(&value));
+             return status == STATUS_OK ? Writes(value)(out) : status;
          })},
-        {kNewObject, Takes<>([](AParcel* out) { return writes(newPeerObject())(out); })},
-        {kLiveObjects, Takes<>([](AParcel* out) { return writes(livePeerObjects())(out); })},
+        {kNewObject, Takes<>([](AParcel* out) { return Writes(NewPeerObject())(out); })},
+        {kLiveObjects, Takes<>([](AParcel* out) { return Writes(LivePeerObjects())(out); })},
         {kBlock, Takes<Fd, Fd>([](AParcel*, Fd& entered, Fd& go) {
              char byte = 1;
              const bool moved =
@@ -72,10 +72,10 @@ const std::map<transaction_code_t, Method> kMethods = {
          })},
         {kRecords, Takes<>([](AParcel* out) {
              std::lock_guard<std::mutex> lock(gMutex);
-             return writes(gRecords)(out);
+             return Writes(gRecords)(out);
          })},
         {kCaller, Takes<>([](AParcel* out) {
-             return writes(int32_t{AIBinder_getCallingPid()},
+             return Writes(int32_t{AIBinder_getCallingPid()},
                            static_cast<int32_t>(AIBinder_getCallingUid()))(out);
          })},
         {kFail, Takes<int32_t>([](AParcel*, int32_t status) { return status; })},
@@ -100,29 +100,29 @@ AIBinder_Class* MakeClass() {
 
 }  // namespace
 
-const AIBinder_Class* peerClass() {
+const AIBinder_Class* PeerClass() {
     static const AIBinder_Class* const clazz = MakeClass();
     return clazz;
 }
 
-ndk::SpAIBinder newPeerObject() {
-    return ndk::SpAIBinder(AIBinder_new(peerClass(), nullptr));
+ndk::SpAIBinder NewPeerObject() {
+    return ndk::SpAIBinder(AIBinder_new(PeerClass(), nullptr));
 }
 
-int livePeerObjects() {
+int LivePeerObjects() {
     return gLive;
 }
 
-std::thread::id lastAddThread() {
+std::thread::id LastAddThread() {
     std::lock_guard<std::mutex> lock(gMutex);
     return gAddThread;
 }
 
-binder_status_t callPeer(const ndk::SpAIBinder& binder, transaction_code_t code,
+binder_status_t CallPeer(const ndk::SpAIBinder& binder, transaction_code_t code,
                          const std::function<binder_status_t(AParcel*)>& write,
                          const std::function<binder_status_t(const AParcel*)>& read,
                          binder_flags_t flags) {
-    if (!AIBinder_associateClass(binder.get(), peerClass())) {
+    if (!AIBinder_associateClass(binder.get(), PeerClass())) {
         return AIBinder_isAlive(binder.get()) ? STATUS_BAD_TYPE : STATUS_DEAD_OBJECT;
     }
     ndk::ScopedAParcel in;

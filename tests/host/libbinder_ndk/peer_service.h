@@ -26,16 +26,16 @@ enum PeerRequest : transaction_code_t {
 };
 
 // The class of these objects, and a new object of it (an owned reference).
-const AIBinder_Class* peerClass();
-ndk::SpAIBinder newPeerObject();
+const AIBinder_Class* PeerClass();
+ndk::SpAIBinder NewPeerObject();
 
 // How many objects of the class are alive in this process, and which thread ran kAdd last.
-int livePeerObjects();
-std::thread::id lastAddThread();
+int LivePeerObjects();
+std::thread::id LastAddThread();
 
 // Arguments and answers of a call, one after the other; binders may be null.
 template <typename T>
-binder_status_t writeOne(AParcel* parcel, const T& value) {
+binder_status_t WriteOne(AParcel* parcel, const T& value) {
     if constexpr (std::is_same_v<T, ndk::SpAIBinder>) {
         return AParcel_writeStrongBinder(parcel, value.get());
     } else {
@@ -43,7 +43,7 @@ binder_status_t writeOne(AParcel* parcel, const T& value) {
     }
 }
 template <typename T>
-binder_status_t readOne(const AParcel* parcel, T* value) {
+binder_status_t ReadOne(const AParcel* parcel, T* value) {
     if constexpr (std::is_same_v<T, ndk::SpAIBinder>) {
         return ndk::AParcel_readNullableStrongBinder(parcel, value);
     } else {
@@ -51,42 +51,42 @@ binder_status_t readOne(const AParcel* parcel, T* value) {
     }
 }
 template <typename... Values>
-auto writes(const Values&... values) {
+auto Writes(const Values&... values) {
     return [&](AParcel* parcel) {
         binder_status_t status = STATUS_OK;
-        ((status = status == STATUS_OK ? writeOne(parcel, values) : status), ...);
+        ((status = status == STATUS_OK ? WriteOne(parcel, values) : status), ...);
         return status;
     };
 }
 template <typename... Values>
-auto reads(Values*... values) {
+auto Reads(Values*... values) {
     return [=](const AParcel* parcel) {
         binder_status_t status = STATUS_OK;
-        ((status = status == STATUS_OK ? readOne(parcel, values) : status), ...);
+        ((status = status == STATUS_OK ? ReadOne(parcel, values) : status), ...);
         return status;
     };
 }
 
 // One call: the arguments that `write` adds, and the answer that `read` takes.
-binder_status_t callPeer(const ndk::SpAIBinder& binder, transaction_code_t code,
+binder_status_t CallPeer(const ndk::SpAIBinder& binder, transaction_code_t code,
                          const std::function<binder_status_t(AParcel*)>& write = nullptr,
                          const std::function<binder_status_t(const AParcel*)>& read = nullptr,
                          binder_flags_t flags = 0);
 
 // A call with one value as its answer; T() on failure.
 template <typename T = int32_t>
-T askPeer(const ndk::SpAIBinder& binder, transaction_code_t code,
+T AskPeer(const ndk::SpAIBinder& binder, transaction_code_t code,
           const std::function<binder_status_t(AParcel*)>& write = nullptr) {
     T answer{};
-    return callPeer(binder, code, write, reads(&answer)) == STATUS_OK ? answer : T();
+    return CallPeer(binder, code, write, Reads(&answer)) == STATUS_OK ? answer : T();
 }
-inline int32_t add(const ndk::SpAIBinder& binder, int32_t value) {
-    return askPeer(binder, kAdd, writes(value));
+inline int32_t Add(const ndk::SpAIBinder& binder, int32_t value) {
+    return AskPeer(binder, kAdd, Writes(value));
 }
-inline binder_status_t hold(const ndk::SpAIBinder& peer, const ndk::SpAIBinder& object,
+inline binder_status_t Hold(const ndk::SpAIBinder& peer, const ndk::SpAIBinder& object,
                             binder_flags_t flags = 0) {
-    return callPeer(peer, kHold, writes(object), nullptr, flags);
+    return CallPeer(peer, kHold, Writes(object), nullptr, flags);
 }
-inline ndk::SpAIBinder getBinder(const ndk::SpAIBinder& peer, transaction_code_t code) {
-    return askPeer<ndk::SpAIBinder>(peer, code);
+inline ndk::SpAIBinder GetBinder(const ndk::SpAIBinder& peer, transaction_code_t code) {
+    return AskPeer<ndk::SpAIBinder>(peer, code);
 }

@@ -5,7 +5,7 @@
 
 // A new class of the interface; its methods answer at once with STATUS_OK. The argument of
 // AIBinder_new is null or a bool* that the object's end sets.
-inline AIBinder_Class* newPlainClass(const char* descriptor) {
+inline AIBinder_Class* NewPlainClass(const char* descriptor) {
     return AIBinder_Class_define(
             descriptor, [](void* ended) { return ended; },
             [](void* ended) {

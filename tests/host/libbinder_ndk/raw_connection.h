@@ -13,7 +13,7 @@
 #include "host/libbinder_ndk/sockets.h"
 #include "tests/host/libbinder_ndk/send_bytes.h"
 
-inline hostbinder::FrameHeader frameHeader(hostbinder::FrameKind kind, size_t dataSize = 0) {
+inline hostbinder::FrameHeader HeaderOf(hostbinder::FrameKind kind, size_t dataSize = 0) {
     hostbinder::FrameHeader header{};
     header.magic = hostbinder::kFrameMagic;
     header.kind = kind;
@@ -22,7 +22,7 @@ inline hostbinder::FrameHeader frameHeader(hostbinder::FrameKind kind, size_t da
 }
 
 template <typename T>
-std::string bytesOf(const T& value) {
+std::string BytesOf(const T& value) {
     return {reinterpret_cast<const char*>(&value), sizeof(value)};
 }
 
@@ -35,11 +35,11 @@ class RawConnection {
     RawConnection(const std::string& socketName, uint64_t object) : RawConnection(socketName) {
         static int count = 0;
         const std::string own = "raw" + std::to_string(getpid()) + "-" + std::to_string(++count);
-        Send(bytesOf(frameHeader(hostbinder::FrameKind::kHello, own.size())) + own);
+        Send(BytesOf(HeaderOf(hostbinder::FrameKind::kHello, own.size())) + own);
         EXPECT_EQ(Receive().status, 0);
-        hostbinder::FrameHeader request = frameHeader(hostbinder::FrameKind::kAcquire);
+        hostbinder::FrameHeader request = HeaderOf(hostbinder::FrameKind::kAcquire);
         request.target = object;
-        Send(bytesOf(request));
+        Send(BytesOf(request));
         EXPECT_EQ(Receive().status, 0);
     }
     ~RawConnection() { close(m_fd); }
@@ -47,7 +47,7 @@ class RawConnection {
     RawConnection& operator=(const RawConnection&) = delete;
 
     void Send(const std::string& bytes, const std::vector<int>& fds = {}) {
-        EXPECT_TRUE(sendBytes(m_fd, bytes, fds));
+        EXPECT_TRUE(SendBytes(m_fd, bytes, fds));
     }
     void EndSending() { shutdown(m_fd, SHUT_WR); }
     // The next frame's header.

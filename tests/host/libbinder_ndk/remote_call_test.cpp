@@ -27,11 +27,11 @@ struct Pipe {
 };
 
 TEST(RemoteCall, TellsTheCalleeWhoCalls) {
-    Peer peer = startPeer();
+    Peer peer = StartPeer();
     EXPECT_EQ(AIBinder_ping(peer.binder.get()), STATUS_OK);
     int32_t pid = 0;
     int32_t uid = 0;
-    ASSERT_EQ(callPeer(peer.binder, kCaller, nullptr, reads(&pid, &uid)), STATUS_OK);
+    ASSERT_EQ(CallPeer(peer.binder, kCaller, nullptr, Reads(&pid, &uid)), STATUS_OK);
     EXPECT_EQ(pid, getpid());
     EXPECT_EQ(uid, static_cast<int32_t>(getuid()));
 }
@@ -46,7 +46,7 @@ binder_status_t Echo(const Peer& peer, const std::vector<uint8_t>& bytes, size_t
     std::vector<uint8_t> bytesBack;
     std::vector<ndk::ScopedFileDescriptor> fdsBack;
     const auto status =
-            callPeer(peer.binder, kEcho, writes(bytes, fds), reads(&bytesBack, &fdsBack));
+            CallPeer(peer.binder, kEcho, Writes(bytes, fds), Reads(&bytesBack, &fdsBack));
     if (status != STATUS_OK) return status;
     EXPECT_TRUE(bytesBack == bytes);
     EXPECT_EQ(fdsBack.size(), count);
@@ -60,7 +60,7 @@ binder_status_t Echo(const Peer& peer, const std::vector<uint8_t>& bytes, size_t
 }
 
 TEST(RemoteCall, PassesBytesAndDescriptorsBothWaysUpToALimit) {
-    Peer peer = startPeer();
+    Peer peer = StartPeer();
     std::vector<uint8_t> bytes(hostbinder::kMaxParcelBytes - 256);
     std::iota(bytes.begin(), bytes.end(), uint8_t{0});
     EXPECT_EQ(Echo(peer, bytes, 2), STATUS_OK);
@@ -68,22 +68,22 @@ TEST(RemoteCall, PassesBytesAndDescriptorsBothWaysUpToALimit) {
     EXPECT_EQ(Echo(peer, {}, hostbinder::kMaxDescriptors + 1), STATUS_FAILED_TRANSACTION);
     bytes.resize(hostbinder::kMaxParcelBytes);
     EXPECT_EQ(Echo(peer, bytes, 0), STATUS_FAILED_TRANSACTION);
-    const int before = livePeerObjects();
-    EXPECT_EQ(callPeer(peer.binder, kHold, writes(newPeerObject(), bytes)),
+    const int before = LivePeerObjects();
+    EXPECT_EQ(CallPeer(peer.binder, kHold, Writes(NewPeerObject(), bytes)),
               STATUS_FAILED_TRANSACTION);
-    EXPECT_EQ(livePeerObjects(), before) << "an object of a refused message is not kept";
-    EXPECT_EQ(add(peer.binder, 1), 2) << "the connection survives what is refused";
+    EXPECT_EQ(LivePeerObjects(), before) << "an object of a refused message is not kept";
+    EXPECT_EQ(Add(peer.binder, 1), 2) << "the connection survives what is refused";
 }
 
 // A peer that kept a request until after its reply would often still have the descriptor.
 TEST(RemoteCall, LeavesNothingOfItsRequestInTheCalleeWhenItReturns) {
-    Peer peer = startPeer();
+    Peer peer = StartPeer();
     for (int i = 0; i < 300; ++i) {
         Pipe pipe;
         const auto write = [&](AParcel* in) {  // the descriptor is not read
-            return writes(1, std::exchange(pipe.writing, {}))(in);
+            return Writes(1, std::exchange(pipe.writing, {}))(in);
         };
-        ASSERT_EQ(askPeer(peer.binder, kAdd, write), 2);
+        ASSERT_EQ(AskPeer(peer.binder, kAdd, write), 2);
         pollfd end{pipe.reading.get(), POLLIN, 0};
         ASSERT_EQ(poll(&end, 1, 0), 1);
         ASSERT_EQ(end.revents, POLLHUP) << "call " << i;
@@ -91,35 +91,35 @@ TEST(RemoteCall, LeavesNothingOfItsRequestInTheCalleeWhenItReturns) {
 }
 
 TEST(RemoteCall, ReturnsTheTransportStatusOfTheMethod) {
-    Peer peer = startPeer();
-    EXPECT_EQ(callPeer(peer.binder, kFail, writes(int32_t{STATUS_BAD_INDEX})), STATUS_BAD_INDEX);
-    EXPECT_EQ(callPeer(peer.binder, kFail, writes(12345)), STATUS_UNKNOWN_ERROR);
-    EXPECT_EQ(callPeer(peer.binder, kPeerRequestEnd), STATUS_UNKNOWN_TRANSACTION);
+    Peer peer = StartPeer();
+    EXPECT_EQ(CallPeer(peer.binder, kFail, Writes(int32_t{STATUS_BAD_INDEX})), STATUS_BAD_INDEX);
+    EXPECT_EQ(CallPeer(peer.binder, kFail, Writes(12345)), STATUS_UNKNOWN_ERROR);
+    EXPECT_EQ(CallPeer(peer.binder, kPeerRequestEnd), STATUS_UNKNOWN_TRANSACTION);
 }
 
 TEST(RemoteCall, RefusesAClassWithAnotherDescriptor) {
-    Peer peer = startPeer();
-    EXPECT_FALSE(AIBinder_associateClass(peer.binder.get(), newPlainClass("test.IOther")));
+    Peer peer = StartPeer();
+    EXPECT_FALSE(AIBinder_associateClass(peer.binder.get(), NewPlainClass("test.IOther")));
     EXPECT_EQ(AIBinder_getClass(peer.binder.get()), nullptr);
-    EXPECT_TRUE(AIBinder_associateClass(peer.binder.get(), peerClass()));
-    EXPECT_EQ(AIBinder_getClass(peer.binder.get()), peerClass());
+    EXPECT_TRUE(AIBinder_associateClass(peer.binder.get(), PeerClass()));
+    EXPECT_EQ(AIBinder_getClass(peer.binder.get()), PeerClass());
 }
 
 TEST(Callback, RunsOnTheWaitingThread) {
-    Peer peer = startPeer({{"PEER_THREADS", "0"}});
-    EXPECT_EQ(askPeer(peer.binder, kCall, writes(newPeerObject(), 7)), 8);
-    EXPECT_EQ(lastAddThread(), std::this_thread::get_id());
+    Peer peer = StartPeer({{"PEER_THREADS", "0"}});
+    EXPECT_EQ(AskPeer(peer.binder, kCall, Writes(NewPeerObject(), 7)), 8);
+    EXPECT_EQ(LastAddThread(), std::this_thread::get_id());
 }
 
 TEST(ThreadPool, RunsCallsInParallelOnAtMostTheConfiguredThreads) {
     // One thread at the start, one on demand, and the peer's main thread joins.
-    Peer peer = startPeer({{"PEER_THREADS", "1"}});
+    Peer peer = StartPeer({{"PEER_THREADS", "1"}});
     Pipe entered;
     Pipe go;
     std::vector<std::future<binder_status_t>> calls;
     for (int i = 0; i < 5; ++i) {
         calls.push_back(std::async(std::launch::async, [&]() {
-            return callPeer(peer.binder, kBlock, writes(entered.writing, go.reading));
+            return CallPeer(peer.binder, kBlock, Writes(entered.writing, go.reading));
         }));
     }
     char bytes[5] = {};
@@ -131,42 +131,42 @@ TEST(ThreadPool, RunsCallsInParallelOnAtMostTheConfiguredThreads) {
 }
 
 TEST(Oneway, CallsToOneObjectRunInOrder) {
-    Peer peer = startPeer();
+    Peer peer = StartPeer();
     std::vector<int32_t> expected(200);
     std::iota(expected.begin(), expected.end(), 0);
     for (int32_t value : expected) {
-        ASSERT_EQ(callPeer(peer.binder, kRecord, writes(value), nullptr, FLAG_ONEWAY), STATUS_OK);
+        ASSERT_EQ(CallPeer(peer.binder, kRecord, Writes(value), nullptr, FLAG_ONEWAY), STATUS_OK);
     }
     std::vector<int32_t> records;
-    EXPECT_TRUE(eventually([&]() {
-        records = askPeer<std::vector<int32_t>>(peer.binder, kRecords);
+    EXPECT_TRUE(Eventually([&]() {
+        records = AskPeer<std::vector<int32_t>>(peer.binder, kRecords);
         return records.size() == expected.size();
     }));
     EXPECT_EQ(records, expected);
 }
 
 TEST(Callers, OnManyThreadsGetTheirOwnAnswers) {
-    Peer peer = startPeer();
+    Peer peer = StartPeer();
     std::vector<std::future<bool>> callers;
     for (int32_t caller = 0; caller < 8; ++caller) {
         callers.push_back(std::async(std::launch::async, [&peer, caller]() {
             for (int32_t value = caller * 1000; value < caller * 1000 + 300; ++value) {
-                if (add(peer.binder, value) != value + 1) return false;
-                if (getBinder(peer.binder, kNewObject).get() == nullptr) return false;
+                if (Add(peer.binder, value) != value + 1) return false;
+                if (GetBinder(peer.binder, kNewObject).get() == nullptr) return false;
             }
             return true;
         }));
     }
     for (auto& caller : callers) EXPECT_TRUE(caller.get());
-    EXPECT_TRUE(eventually([&]() { return askPeer(peer.binder, kLiveObjects) == 1; }));
+    EXPECT_TRUE(Eventually([&]() { return AskPeer(peer.binder, kLiveObjects) == 1; }));
 }
 
 TEST(Trace, HasOneLinePerTransactionWithNamesAndSizes) {
     const int trace = memfd_create("trace", 0);
     {
-        Peer peer = startPeer({{"STANDIN_BINDER_TRACE_FD", std::to_string(trace)}});
-        ASSERT_EQ(add(peer.binder, 1), 2);
-        callPeer(peer.binder, kFail, writes(int32_t{STATUS_BAD_INDEX}));
+        Peer peer = StartPeer({{"STANDIN_BINDER_TRACE_FD", std::to_string(trace)}});
+        ASSERT_EQ(Add(peer.binder, 1), 2);
+        CallPeer(peer.binder, kFail, Writes(int32_t{STATUS_BAD_INDEX}));
     }
     std::string text(10000, '\0');
     text.resize(static_cast<size_t>(pread(trace, &text[0], text.size(), 0)));

@@ -8,7 +8,7 @@
 #include <vector>
 
 // The descriptors, at most 256, go with the first byte. False if not all bytes were taken.
-inline bool sendBytes(int fd, const std::string& bytes, const std::vector<int>& fds,
+inline bool SendBytes(int fd, const std::string& bytes, const std::vector<int>& fds,
                       int flags = 0) {
     iovec part{const_cast<char*>(bytes.data()), bytes.size()};
     alignas(cmsghdr) char control[CMSG_SPACE(256 * sizeof(int))] = {};

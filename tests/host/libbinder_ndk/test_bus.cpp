@@ -28,43 +28,43 @@ struct Bus {
     Child serviceManager;
 
     Bus() {
-        setenv("STANDIN_BINDER_DIR", folder.path().c_str(), 1);
-        serviceManager = startChild({SERVICEMANAGER_PROGRAM});
+        setenv("STANDIN_BINDER_DIR", folder.Path().c_str(), 1);
+        serviceManager = StartChild({SERVICEMANAGER_PROGRAM});
         const auto answers = []() {
             return AServiceManager_forEachService(nullptr, [](const char*, void*) {}) == STATUS_OK;
         };
-        Require(eventually(answers), "service manager");
+        Require(Eventually(answers), "service manager");
     }
 };
 
 }  // namespace
 
-Child startChild(const std::vector<std::string>& command,
+Child StartChild(const std::vector<std::string>& command,
                  const Subprocess::Environment& environment) {
-    auto child = std::make_unique<Subprocess>(command, environment, Subprocess::Input::Pipe,
+    auto child = std::make_unique<Subprocess>(command, environment, Subprocess::Input::kPipe,
                                               kPatienceOfATest);
-    Require(child->pid() > 0, command[0].c_str());
+    Require(child->Pid() > 0, command[0].c_str());
     return child;
 }
 
-void startBus() {
+void StartBus() {
     static Bus bus;
 }
 
-Child startPeerProgram(const std::string& name, const Subprocess::Environment& environment) {
-    return startChild({PEER_PROGRAM, name}, environment);
+Child StartPeerProgram(const std::string& name, const Subprocess::Environment& environment) {
+    return StartChild({PEER_PROGRAM, name}, environment);
 }
 
-std::string newServiceName() {
+std::string NewServiceName() {
     static int count = 0;
     return "test.IPeer/" + std::to_string(getpid()) + "." + std::to_string(++count);
 }
 
-Peer startPeer(const Subprocess::Environment& environment) {
-    startBus();
-    const std::string name = newServiceName();
-    Peer peer{startPeerProgram(name, environment), nullptr};
-    Require(peer.process->waitForNext("\n"), "peer");
+Peer StartPeer(const Subprocess::Environment& environment) {
+    StartBus();
+    const std::string name = NewServiceName();
+    Peer peer{StartPeerProgram(name, environment), nullptr};
+    Require(peer.process->WaitForNext("\n"), "peer");
     peer.binder = ndk::SpAIBinder(AServiceManager_checkService(name.c_str()));
     Require(peer.binder.get() != nullptr, "peer's service");
     return peer;

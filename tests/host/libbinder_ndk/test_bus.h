@@ -14,7 +14,7 @@
 // A child process, ended with the object. Its standard input is a pipe, and its standard error is
 // this process's.
 using Child = std::unique_ptr<end_to_end::Subprocess>;
-Child startChild(const std::vector<std::string>& command,
+Child StartChild(const std::vector<std::string>& command,
                  const end_to_end::Subprocess::Environment& environment = {});
 
 // A process that serves an object of peer_service.h.
@@ -22,15 +22,15 @@ struct Peer {
     Child process;
     ndk::SpAIBinder binder;
 
-    void Signal(int number) const { kill(process->pid(), number); }
+    void Signal(int number) const { kill(process->Pid(), number); }
 };
 
 // Makes the folder and its service manager on first use; to be called before the library is used.
-void startBus();
+void StartBus();
 // Starts a peer and waits for its service. environment: see test_peer.cpp.
-Peer startPeer(const end_to_end::Subprocess::Environment& environment = {});
+Peer StartPeer(const end_to_end::Subprocess::Environment& environment = {});
 // Starts the peer program with this name for its service, and does not wait.
-Child startPeerProgram(const std::string& name,
+Child StartPeerProgram(const std::string& name,
                        const end_to_end::Subprocess::Environment& environment = {});
 // A name that no other service has.
-std::string newServiceName();
+std::string NewServiceName();

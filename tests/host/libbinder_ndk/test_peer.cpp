@@ -17,7 +17,7 @@ int main(int, char** argv) {
     }
     const bool latePool = getenv("PEER_LATE_POOL") != nullptr;
     if (!latePool) ABinderProcess_startThreadPool();
-    const ndk::SpAIBinder object = newPeerObject();
+    const ndk::SpAIBinder object = NewPeerObject();
     if (AServiceManager_addService(object.get(), argv[1]) != EX_NONE) return 3;
     puts("ready");
     fflush(stdout);

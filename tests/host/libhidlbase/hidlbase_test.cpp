@@ -79,10 +79,10 @@ class HidlHandleTest : public ::testing::Test {
     ~HidlHandleTest() override {
         EXPECT_EQ(native_handle_close(m_raw), 0);
         native_handle_delete(m_raw);
-        EXPECT_EQ(countOpenDescriptors(), m_openBefore);
+        EXPECT_EQ(CountOpenDescriptors(), m_openBefore);
     }
 
-    const int m_openBefore = countOpenDescriptors();
+    const int m_openBefore = CountOpenDescriptors();
     native_handle_t* const m_raw = native_handle_create(1, 1);
 };
 
@@ -92,24 +92,24 @@ TEST_F(HidlHandleTest, BorrowsARawPointerAndCopiesOwnClones) {
     hidl_handle copy = borrowed;
     ASSERT_NE(copy.getNativeHandle(), nullptr);
     EXPECT_NE(copy->data[0], m_raw->data[0]);
-    EXPECT_TRUE(isSameFile(copy->data[0], m_raw->data[0]));
+    EXPECT_TRUE(IsSameFile(copy->data[0], m_raw->data[0]));
     EXPECT_EQ(copy->data[1], 42);
     hidl_handle assigned = copy;
     assigned = borrowed;  // the first clone goes
-    EXPECT_EQ(countOpenDescriptors(), m_openBefore + 3);
+    EXPECT_EQ(CountOpenDescriptors(), m_openBefore + 3);
     const hidl_handle& alias = assigned;
     assigned = alias;
     ASSERT_NE(assigned.getNativeHandle(), nullptr);
-    EXPECT_TRUE(isOpen(assigned->data[0]));
+    EXPECT_TRUE(IsOpen(assigned->data[0]));
 }
 
 TEST_F(HidlHandleTest, ReplacingAnOwnedHandleClosesIt) {
     hidl_handle owner;
     owner.setTo(native_handle_clone(m_raw), true);
     owner.setTo(native_handle_clone(m_raw), true);
-    EXPECT_EQ(countOpenDescriptors(), m_openBefore + 2);
+    EXPECT_EQ(CountOpenDescriptors(), m_openBefore + 2);
     owner = m_raw;
-    EXPECT_EQ(countOpenDescriptors(), m_openBefore + 1);
+    EXPECT_EQ(CountOpenDescriptors(), m_openBefore + 1);
 }
 
 }  // namespace

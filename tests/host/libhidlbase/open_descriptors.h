@@ -6,7 +6,7 @@
 #include <sys/stat.h>
 
 // Number of descriptors that this process has open.
-inline int countOpenDescriptors() {
+inline int CountOpenDescriptors() {
     DIR* folder = opendir("/proc/self/fd");
     if (folder == nullptr) return -1;
     int count = -3;  // ".", ".." and the folder itself
@@ -15,11 +15,11 @@ inline int countOpenDescriptors() {
     return count;
 }
 
-inline bool isOpen(int fd) {
+inline bool IsOpen(int fd) {
     return fcntl(fd, F_GETFD) != -1;
 }
 
-inline bool isSameFile(int first, int second) {
+inline bool IsSameFile(int first, int second) {
     struct stat a {};
     struct stat b {};
     return fstat(first, &a) == 0 && fstat(second, &b) == 0 && a.st_dev == b.st_dev &&

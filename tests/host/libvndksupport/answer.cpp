@@ -1,4 +1,4 @@
 // A library to be opened by name.
-extern "C" int answer() {
+extern "C" int Answer() {
     return ANSWER;
 }

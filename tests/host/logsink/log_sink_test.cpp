@@ -38,10 +38,10 @@ Outcome RunProbe(std::string logFd, const char* echo) {
     if (logFd == "%") logFd = std::to_string(log);
     end_to_end::Subprocess probe({LOG_PROBE},
                                  {{"STANDIN_LOG_FD", logFd}, {"STANDIN_LOG_ECHO", echo}});
-    const int pid = probe.pid();
-    const end_to_end::Finished finished = probe.finish();
+    const int pid = probe.Pid();
+    const end_to_end::Finished finished = probe.Finish();
     EXPECT_EQ(finished.status, 0);
-    const std::string written = end_to_end::readFile("/proc/self/fd/" + std::to_string(log));
+    const std::string written = end_to_end::ReadFile("/proc/self/fd/" + std::to_string(log));
     close(log);
     return {pid, LinesOf(std::istringstream(written)), LinesOf(std::istringstream(finished.err))};
 }

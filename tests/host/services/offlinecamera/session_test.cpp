@@ -25,7 +25,7 @@ namespace {
 
 // Threads, descriptors and mapped buffers of this process.
 std::vector<size_t> Belongings() {
-    const ProcessCounts counts = countsOf(getpid());
+    const ProcessCounts counts = CountsOf(getpid());
     return {counts.threads, counts.descriptors, static_cast<size_t>(graphics::BufferMappings())};
 }
 
@@ -105,13 +105,13 @@ TEST_F(SessionFixture, ClosingInsideACallbackReturns) {
 
 TEST_F(SessionFixture, TheDeathOfAClientEndsItsSessionAndItsRegistration) {
     ABinderProcess_startThreadPool();  // which tells deaths
-    Peer peer = startPeer();
+    Peer peer = StartPeer();
     const auto client = ndk::SharedRefBase::make<package::BpOfflineCameraCallback>(peer.binder);
     Open();
     ASSERT_TRUE(m_service->registerClient(3, client).isOk());
     ASSERT_TRUE(m_service->openOfflineSession("mortal", client, &m_session).isOk());
     peer.Signal(SIGKILL);
-    EXPECT_TRUE(eventually([&] { return Process({}) == "the session has ended"; }));
+    EXPECT_TRUE(Eventually([&] { return Process({}) == "the session has ended"; }));
     EXPECT_FALSE(m_service->unregisterClient(3).isOk());
     EXPECT_EQ(m_service->openOfflineSession("late", client, &m_session).getServiceSpecificError(),
               kIllegalArgument);
@@ -129,7 +129,7 @@ TEST_F(SessionFixture, AThousandSessionsLeaveNothingBehind) {
     for (OpMode mode : kSupportedOpModes) runOne(mode);
     const auto before = Belongings();
     for (int i = 0; i < 1000; ++i) runOne(kSupportedOpModes[i % 3]);
-    EXPECT_TRUE(eventually([&] {  // the last session's thread ends by itself
+    EXPECT_TRUE(Eventually([&] {  // the last session's thread ends by itself
         const auto after = Belongings();
         return std::equal(after.begin(), after.end(), before.begin(), std::less_equal<size_t>());
     }));

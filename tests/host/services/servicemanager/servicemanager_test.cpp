@@ -29,14 +29,14 @@ std::vector<std::string> ListServices() {
 }
 
 TEST(ServiceManager, FindsReplacesAndForgetsServices) {
-    Peer peer = startPeer();
-    Peer replaced = startPeer();
-    const std::string name = newServiceName();
-    const std::string replacedOnly = newServiceName();
+    Peer peer = StartPeer();
+    Peer replaced = StartPeer();
+    const std::string name = NewServiceName();
+    const std::string replacedOnly = NewServiceName();
     EXPECT_EQ(Check(name).get(), nullptr);
-    const int before = livePeerObjects();
+    const int before = LivePeerObjects();
     {
-        const ndk::SpAIBinder own = newPeerObject();
+        const ndk::SpAIBinder own = NewPeerObject();
         auto waiting = std::async(std::launch::async, [&] {
             return ndk::SpAIBinder(AServiceManager_waitForService(name.c_str()));
         });
@@ -44,38 +44,38 @@ TEST(ServiceManager, FindsReplacesAndForgetsServices) {
         EXPECT_EQ(waiting.get(), own);
         EXPECT_EQ(Check(name), own);
     }
-    EXPECT_EQ(livePeerObjects(), before + 1) << "the service manager holds it";
+    EXPECT_EQ(LivePeerObjects(), before + 1) << "the service manager holds it";
     ASSERT_EQ(Add(replaced.binder, replacedOnly), EX_NONE);
     ASSERT_EQ(Add(replaced.binder, name), EX_NONE);
-    EXPECT_TRUE(eventually([&] { return livePeerObjects() == before; }));
+    EXPECT_TRUE(Eventually([&] { return LivePeerObjects() == before; }));
     ASSERT_EQ(Add(peer.binder, name), EX_NONE);
     replaced.Signal(SIGKILL);
-    EXPECT_TRUE(eventually([&] { return Check(replacedOnly).get() == nullptr; }));
+    EXPECT_TRUE(Eventually([&] { return Check(replacedOnly).get() == nullptr; }));
     EXPECT_EQ(Check(name), peer.binder);
     EXPECT_THAT(ListServices(), testing::Contains(name));
 
     peer.Signal(SIGKILL);
-    EXPECT_TRUE(eventually([&] { return Check(name).get() == nullptr; }));
+    EXPECT_TRUE(Eventually([&] { return Check(name).get() == nullptr; }));
     EXPECT_THAT(ListServices(), testing::Not(testing::Contains(name)));
-    EXPECT_EQ(Add(peer.binder, newServiceName()), EX_TRANSACTION_FAILED) << "it is dead";
-    EXPECT_NE(Add(newPeerObject(), "no name"), EX_NONE);
+    EXPECT_EQ(Add(peer.binder, NewServiceName()), EX_TRANSACTION_FAILED) << "it is dead";
+    EXPECT_NE(Add(NewPeerObject(), "no name"), EX_NONE);
 }
 
 TEST(ServiceManager, IsOneAtATimeInAFolder) {
     const TemporaryFolder folder("servicemanager");
-    const end_to_end::Subprocess::Environment environment = {{"STANDIN_BINDER_DIR", folder.path()}};
-    const auto startManager = [&] { return startChild({SERVICEMANAGER_PROGRAM}, environment); };
-    const auto startPeerHere = [&] { return startPeerProgram(newServiceName(), environment); };
+    const end_to_end::Subprocess::Environment environment = {{"STANDIN_BINDER_DIR", folder.Path()}};
+    const auto startManager = [&] { return StartChild({SERVICEMANAGER_PROGRAM}, environment); };
+    const auto startPeerHere = [&] { return StartPeerProgram(NewServiceName(), environment); };
     const auto answersAPeer = [&] {
-        return eventually([&] { return startPeerHere()->waitForNext("\n"); });
+        return Eventually([&] { return startPeerHere()->WaitForNext("\n"); });
     };
-    EXPECT_EQ(startPeerHere()->finish().status, 3) << "there is none";
+    EXPECT_EQ(startPeerHere()->Finish().status, 3) << "there is none";
     const Child first = startManager();
     ASSERT_TRUE(answersAPeer());
-    EXPECT_EQ(startManager()->finish().status, 1) << "the second one gives up";
-    kill(first->pid(), SIGKILL);
-    first->finish();
-    EXPECT_EQ(startPeerHere()->finish().status, 3) << "a socket without a process refuses at once";
+    EXPECT_EQ(startManager()->Finish().status, 1) << "the second one gives up";
+    kill(first->Pid(), SIGKILL);
+    first->Finish();
+    EXPECT_EQ(startPeerHere()->Finish().status, 3) << "a socket without a process refuses at once";
     const Child next = startManager();
     EXPECT_TRUE(answersAPeer()) << "the dead one's socket is taken over";
 }

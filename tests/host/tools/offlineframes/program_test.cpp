@@ -44,7 +44,7 @@ TEST(Program, EndsWith2ForAWrongCommandLine) {
             {{"pack", "--size", "64x48x2"}, "--size: \"64x48x2\" is not a size like"},
     };
     for (auto [words, named] : cases) {
-        if (words.size() > 1) words.insert(words.end(), {"chart", folder.path("out")});
+        if (words.size() > 1) words.insert(words.end(), {"chart", folder.Path("out")});
         const Outcome result = Execute(words);
         EXPECT_EQ(result.status, 2) << named;
         EXPECT_THAT(result.errors, AllOf(HasSubstr(named), HasSubstr("--help")));
@@ -58,14 +58,14 @@ TEST(Program, EndsWith1WhenTheWorkFailsAndLeavesNothing) {
     const std::string garbage = folder.File("garbage", Bytes(100, 7));
     const std::string kept = folder.File("kept", {1, 2, 3});
     using Words = std::vector<std::string>;
-    for (const Words& words : {Words{"pack", folder.path("absent.png"), folder.path("out")},
+    for (const Words& words : {Words{"pack", folder.Path("absent.png"), folder.Path("out")},
                                {"pack", "--size", "64x48", "chart", kept},
-                               {"view", garbage, folder.path("out")},
+                               {"view", garbage, folder.Path("out")},
                                {"compare", garbage, kept},
-                               {"sources", "--from", garbage, folder.path("out")}}) {
+                               {"sources", "--from", garbage, folder.Path("out")}}) {
         const Outcome result = Execute(words);
         EXPECT_EQ(result.status, 1) << words[0] << " " << words[1];
-        EXPECT_THAT(result.errors, HasSubstr(folder.path("")));
+        EXPECT_THAT(result.errors, HasSubstr(folder.Path("")));
     }
     EXPECT_THAT(folder.Names(), ElementsAre("garbage", "kept"));
     EXPECT_THAT(ReadFile(kept).Value(), ElementsAre(1, 2, 3));
@@ -75,8 +75,8 @@ TEST(Program, PacksViewsAndComparesAPhoto) {
     const TestFolder folder;
     const std::string photo =
             folder.File("photo", EncodePng({128, 64}, RowsOf(GradientPicture(128, 64))));
-    const std::string frame = folder.path("frame.yuv");
-    const std::string png = folder.path("frame.png");
+    const std::string frame = folder.Path("frame.yuv");
+    const std::string png = folder.Path("frame.png");
     const Outcome packed = Execute({"pack", "--format", "nv12", "--size", "128x64", "--stride",
                                     "192", "--scanlines=80", photo, frame});
     ASSERT_EQ(packed.status, 0) << packed.errors;
@@ -100,10 +100,10 @@ TEST(Program, OptionsChangeWhatIsMade) {
     const TestFolder folder;
     const std::string jpeg = folder.File("photo.jpg", JpegBytes(GradientPicture(64, 48), 90));
     const auto make = [&](std::vector<std::string> words) {
-        words.insert(words.end(), {"--force", jpeg, folder.path("made")});
+        words.insert(words.end(), {"--force", jpeg, folder.Path("made")});
         const Outcome result = Execute(words);
         EXPECT_EQ(result.status, 0) << result.errors;
-        return ReadFile(folder.path("made")).Value();
+        return ReadFile(folder.Path("made")).Value();
     };
     const Bytes raw = make({"pack", "--size", "64x48"});
     EXPECT_EQ(raw, make({"pack", "--size", "64x48", "--format", "raw10"}));
@@ -116,22 +116,22 @@ TEST(Program, OptionsChangeWhatIsMade) {
 
 TEST(FileIo, ReadsAndReplacesOnlyRegularFiles) {
     const TestFolder folder;
-    ASSERT_EQ(mkfifo(folder.path("pipe").c_str(), 0600), 0);
+    ASSERT_EQ(mkfifo(folder.Path("pipe").c_str(), 0600), 0);
     ASSERT_EQ(truncate(folder.File("huge", {1}).c_str(), static_cast<off_t>(kMaxFileBytes) + 1), 0);
     ASSERT_EQ(truncate(folder.File("empty", {1}).c_str(), 0), 0);
     for (const auto& [name, reason] :
          {std::pair("pipe", "not a regular file"), {"huge", "more than"}, {"empty", "is empty"}}) {
-        EXPECT_THAT(ErrorOf(ReadFile(folder.path(name))),
-                    AllOf(HasSubstr(folder.path(name)), HasSubstr(reason)));
+        EXPECT_THAT(ErrorOf(ReadFile(folder.Path(name))),
+                    AllOf(HasSubstr(folder.Path(name)), HasSubstr(reason)));
     }
-    ASSERT_EQ(symlink("/dev/null", folder.path("link").c_str()), 0);
-    EXPECT_THAT(ErrorOf(WriteFile(folder.path("link"), {1}, Existing::kReplace)),
+    ASSERT_EQ(symlink("/dev/null", folder.Path("link").c_str()), 0);
+    EXPECT_THAT(ErrorOf(WriteFile(folder.Path("link"), {1}, Existing::kReplace)),
                 HasSubstr("not a regular file"));
 }
 
 TEST(Sources, AreMadeOnce) {
     const TestFolder folder;
-    const std::string camera = folder.path("camera");
+    const std::string camera = folder.Path("camera");
     const std::string frames = camera + "/offlinecameratest/";
     const std::string made = ValueOf(MakeSources(camera, std::nullopt));
     EXPECT_THAT(made, AllOf(HasSubstr("mmf_fd.yuv: made, 491520 bytes"),
@@ -147,7 +147,7 @@ TEST(FileIo, LeavesNothingWhenASignalEndsTheProgram) {
     const auto writeBeyondTheLimit = [&] {
         const rlimit limit = {10'000, 10'000};
         setrlimit(RLIMIT_FSIZE, &limit);
-        static_cast<void>(WriteFile(folder.path("frame"), Bytes(20'000), Existing::kKeep));
+        static_cast<void>(WriteFile(folder.Path("frame"), Bytes(20'000), Existing::kKeep));
         _exit(0);
     };
     EXPECT_EXIT(writeBeyondTheLimit(), testing::KilledBySignal(SIGXFSZ), "");

@@ -26,12 +26,12 @@ class TestFolder : public TemporaryFolder {
 
     // Writes `bytes` and gives the file's path.
     std::string File(const std::string& name, const Bytes& bytes) const {
-        EXPECT_TRUE(WriteFile(path(name), bytes, Existing::kReplace).Ok());
-        return path(name);
+        EXPECT_TRUE(WriteFile(Path(name), bytes, Existing::kReplace).Ok());
+        return Path(name);
     }
     std::set<std::string> Names() const {
         std::set<std::string> names;
-        for (const auto& entry : std::filesystem::directory_iterator(path())) {
+        for (const auto& entry : std::filesystem::directory_iterator(Path())) {
             names.insert(entry.path().filename().string());
         }
         return names;

@@ -31,8 +31,8 @@ class RunLog : public ::testing::Test {
     Log LogOf(const std::string& text) { return ReadLog(File(text), LateStart()).Value(); }
 
     std::string File(const std::string& text) {
-        std::ofstream(m_folder.path("file"), std::ios::binary) << text;
-        return m_folder.path("file");
+        std::ofstream(m_folder.Path("file"), std::ios::binary) << text;
+        return m_folder.Path("file");
     }
 
     const TemporaryFolder m_folder{"runlog"};

@@ -11,7 +11,7 @@ namespace runreport {
 namespace {
 
 using end_to_end::Finished;
-using end_to_end::runProgram;
+using end_to_end::RunProgram;
 using ::testing::AllOf;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
@@ -32,13 +32,13 @@ constexpr char kCompare[] = R"(
 
 class Report : public ::testing::Test {
   protected:
-    std::string Path(const std::string& name) const { return m_folder.path(name); }
+    std::string Path(const std::string& name) const { return m_folder.Path(name); }
 
     // Runs the tool in the stand-in device and makes its report.
     Json OfRun(const Words& options, const std::string& mode) {
         const std::string started = std::to_string(time(nullptr));
-        const auto run = m_device.with(options).with({"--trace", Path("trace")}).tool({"-t", mode});
-        const std::string folder = m_device.folder();
+        const auto run = m_device.With(options).With({"--trace", Path("trace")}).Tool({"-t", mode});
+        const std::string folder = m_device.Folder();
         Words words = {"--log",        folder + "/tool.log",
                        "--device-log", folder + "/device.log",
                        "--trace",      Path("trace"),
@@ -48,7 +48,7 @@ class Report : public ::testing::Test {
                        "--status",     std::to_string(run.status)};
         for (const std::string& option : options) words.push_back("--option=" + option);
         for (const auto& dump : run.dumps) {
-            words.insert(words.end(), {"--dump", m_device.dumpPath(dump.first)});
+            words.insert(words.end(), {"--dump", m_device.DumpPath(dump.first)});
         }
         words.insert(words.end(), {"--", "vexofflinecameratest", "-t", mode});
         return Make(words);
@@ -58,10 +58,10 @@ class Report : public ::testing::Test {
     Json Make(Words words) {
         words.insert(words.begin(), {RUNREPORT, "--summary", "--html=" + Path("report.html"),
                                      "--json=" + Path("report.json")});
-        const Finished made = runProgram(words);
+        const Finished made = RunProgram(words);
         EXPECT_EQ(made.status, 0) << made.err;
         m_summary = made.err;
-        return Json::parse(end_to_end::readFile(Path("report.json")), nullptr, false);
+        return Json::parse(end_to_end::ReadFile(Path("report.json")), nullptr, false);
     }
 
     // dB between the frame's reduced picture and its own, scaled.
@@ -69,7 +69,7 @@ class Report : public ::testing::Test {
         const std::string url = frame["picture"];
         std::ofstream(Path("base64")) << url.substr(url.find(',') + 1);
         const Finished compared =
-                runProgram({"sh", "-c", kCompare, OFFLINEFRAMES, Path(""), frame["path"],
+                RunProgram({"sh", "-c", kCompare, OFFLINEFRAMES, Path(""), frame["path"],
                             frame["pictureWidth"].dump(), frame["pictureHeight"].dump()});
         EXPECT_EQ(compared.status, 0) << compared.err;
         return atof(compared.out.c_str() + compared.out.find("all ") + 4);
@@ -116,7 +116,7 @@ TEST_F(Report, ShowsReducedPicturesAndTellsOfEmptyFrames) {
     EXPECT_NE(report["dumps"][0]["picture"], "");
 
     std::ofstream(Path("photo")) << "P6 2 2 255 \xff\x20\x10\x40\xc0\x20\x30\x30\xff\x80\x80\x80";
-    runProgram({OFFLINEFRAMES, "pack", Path("photo"), Path("small.raw")});
+    RunProgram({OFFLINEFRAMES, "pack", Path("photo"), Path("small.raw")});
     EXPECT_GT(Likeness(Make({"--dump=" + Path("small.raw")})["dumps"][0]), 40);
 }
 
@@ -155,8 +155,8 @@ TEST_F(Report, NamesWhatItCouldNotRead) {
                                        Path("") + ": is not a regular file"}));
     EXPECT_THAT(report["dumps"][0]["note"], HasSubstr("gone.jpg: cannot open"));
     EXPECT_EQ(report["run"]["ending"], "usage-error");
-    EXPECT_EQ(runProgram({RUNREPORT, "--html=" + Path("")}).status, 1);
-    EXPECT_EQ(runProgram({RUNREPORT, "--started=soon", "--summary"}).status, 2);
+    EXPECT_EQ(RunProgram({RUNREPORT, "--html=" + Path("")}).status, 1);
+    EXPECT_EQ(RunProgram({RUNREPORT, "--started=soon", "--summary"}).status, 2);
 }
 
 // A hand for the timeline of a run of one second: it notes the numbers of the axis at each step.
@@ -190,7 +190,7 @@ TEST_F(Report, IsAPageThatLetsNothingActAsMarkup) {
           "--dump=" + Path("a\"'<b>.yuv"), "--option=" + script, "--", "x", image});
     std::ofstream(Path("report.html"), std::ios::app) << kHand;
     const Finished shown =
-            runProgram({"chromium", "--headless", "--no-sandbox", "--disable-gpu", "--disable-quic",
+            RunProgram({"chromium", "--headless", "--no-sandbox", "--disable-gpu", "--disable-quic",
                         "--no-first-run", "--disable-background-networking",
                         "--disable-component-update", "--disable-sync", "--disable-dev-shm-usage",
                         "--enable-logging=stderr", "--user-data-dir=" + Path("browser"),
