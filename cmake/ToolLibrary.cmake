@@ -7,7 +7,7 @@
 function(tool_library name)
     add_library(${name} STATIC ${ARGN})
     add_library(${name}_cxx20 OBJECT ${ARGN})
-    set_target_properties(${name}_cxx20 PROPERTIES CXX_STANDARD 20)
+    set_target_properties(${name}_cxx20 PROPERTIES CXX_STANDARD 20 UNITY_BUILD OFF)
     foreach(target ${name} ${name}_cxx20)
         target_include_directories(${target} PUBLIC ${CMAKE_SOURCE_DIR})
         if(SANITIZE STREQUAL "address")
