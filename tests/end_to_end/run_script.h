@@ -21,7 +21,7 @@ class RunScript : public ::testing::Test {
                                                   m_root + "/out/build/bin");
         // Everything is built already.
         std::ofstream(m_root + "/out/build/build.ninja")
-                << "build host/all: phony\nbuild driver/all: phony\n"
+                << "build host/all: phony\nbuild vexofflinecameratest: phony\n"
                    "build examples/all: phony\n";
     }
     Finished Run(const Words& arguments) {
