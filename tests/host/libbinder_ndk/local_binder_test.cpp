@@ -1,6 +1,7 @@
 // Objects of the process itself: calls, classes and references.
 #include <android/binder_auto_utils.h>
 #include <android/binder_ibinder_platform.h>
+#include <android/binder_stability.h>
 #include <gtest/gtest.h>
 
 #include "tests/host/libbinder_ndk/plain_class.h"
