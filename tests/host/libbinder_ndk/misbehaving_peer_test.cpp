@@ -8,6 +8,7 @@
 
 #include "host/libbinder_ndk/objects.h"
 #include "host/libbinder_ndk/parcel.h"
+#include "host/libbinder_ndk/peer.h"
 #include "tests/host/libbinder_ndk/peer_service.h"
 #include "tests/host/libbinder_ndk/raw_connection.h"
 #include "tests/host/libbinder_ndk/test_bus.h"
@@ -74,7 +75,7 @@ class MisbehavingPeer : public testing::Test {
     }
 
     Peer m_peer;
-    const std::string m_socket = m_peer.binder.get()->AsProxy()->Owner()->Name();
+    const std::string m_socket = m_peer.binder.get()->AsProxy()->Owner()->PeerName();
     const uint64_t m_object = m_peer.binder.get()->AsProxy()->Number();
     const ProcessCounts m_before = CountsOf(m_peer.process->Pid());
 };
