@@ -74,17 +74,16 @@ const std::map<transaction_code_t, Method> kMethods = {
              std::lock_guard<std::mutex> lock(gMutex);
              return Writes(gRecords)(out);
          })},
-        {kCaller, Takes<>([](AParcel* out) {
-             return Writes(int32_t{AIBinder_getCallingPid()},
-                           static_cast<int32_t>(AIBinder_getCallingUid()))(out);
+        {kFork, Takes<>([](AParcel*) {
+             char byte;
+             if (fork() == 0) _exit(static_cast<int>(read(STDIN_FILENO, &byte, 1)));
+             return STATUS_OK;
          })},
         {kFail, Takes<int32_t>([](AParcel*, int32_t status) { return status; })},
-        {kRefuse,
-         Takes<int32_t, std::string>([](AParcel* out, int32_t code, const std::string& message) {
-             return AParcel_writeStatusHeader(
-                     out,
-                     ndk::ScopedAStatus::fromServiceSpecificErrorWithMessage(code, message.c_str())
-                             .get());
+        {kRefuse, Takes<std::string>([](AParcel* out, const std::string& message) {
+             const auto refusal = ndk::ScopedAStatus::fromServiceSpecificErrorWithMessage(
+                     AIBinder_getCallingPid(), message.c_str());
+             return AParcel_writeStatusHeader(out, refusal.get());
          })},
 };
 
