@@ -5,31 +5,23 @@
 #include <android/binder_ibinder_platform.h>
 #include <android/binder_parcel_utils.h>
 #include <android/binder_stability.h>
-#include <gtest/gtest.h>
 #include <sys/mman.h>
 
 #include <limits>
 
 #include "host/libbinder_ndk/wire_format.h"
 #include "tests/aidl/hex.h"
+#include "tests/host/aidlc/parcels.h"
 #include "tests/host/libbinder_ndk/plain_class.h"
 
 namespace {
 
 constexpr int32_t kLargest = std::numeric_limits<int32_t>::max();
 
-struct Parcel {
-    Parcel() = default;
-    // Holds these words, and is at its start.
-    explicit Parcel(const std::vector<int32_t>& words) {
-        for (int32_t word : words) AParcel_writeInt32(get(), word);
-        Rewind();
-    }
-    AParcel* get() const { return parcel.get(); }
-    void Rewind() const { AParcel_setDataPosition(get(), 0); }
-    int32_t Size() const { return AParcel_getDataSize(get()); }
-    ndk::ScopedAParcel parcel{AParcel_create()};
-};
+// A parcel of these words, at its start.
+ndk::ScopedAParcel Parcel(const std::vector<int32_t>& words) {
+    return ParcelOf(Words(words));
+}
 
 template <typename T>
 binder_status_t Read(const std::vector<int32_t>& words) {
@@ -87,19 +79,19 @@ TEST(MalformedParcel, IsRefusedWithTheStatusOfItsKind) {
 }
 
 TEST(Parcel, WritesNothingThatCannotBeRead) {
-    Parcel parcel;
+    ndk::ScopedAParcel parcel(AParcel_create());
+    AParcel* const p = parcel.get();
     for (const char* cut : {"\xff", "\xc3", "\xe2\x82"}) {
-        EXPECT_EQ(ndk::AParcel_writeData(parcel.get(), std::string(cut)), STATUS_BAD_VALUE) << cut;
+        EXPECT_EQ(ndk::AParcel_writeData(p, std::string(cut)), STATUS_BAD_VALUE) << cut;
     }
-    EXPECT_EQ(AParcel_writeParcelFileDescriptor(parcel.get(), 1 << 20), STATUS_UNKNOWN_ERROR);
-    EXPECT_EQ(ndk::AParcel_writeData(parcel.get(), ndk::ScopedFileDescriptor()),
-              STATUS_UNEXPECTED_NULL);
-    EXPECT_EQ(parcel.Size(), 0);
-    AParcel_setDataPosition(parcel.get(), 1000);
+    EXPECT_EQ(AParcel_writeParcelFileDescriptor(p, 1 << 20), STATUS_UNKNOWN_ERROR);
+    EXPECT_EQ(ndk::AParcel_writeData(p, ndk::ScopedFileDescriptor()), STATUS_UNEXPECTED_NULL);
+    EXPECT_EQ(AParcel_getDataSize(p), 0);
+    AParcel_setDataPosition(p, 1000);
     int32_t value = 0;
-    EXPECT_EQ(AParcel_readInt32(parcel.get(), &value), STATUS_NOT_ENOUGH_DATA);
-    EXPECT_NE(AParcel_writeInt32(parcel.get(), 3), STATUS_OK);
-    EXPECT_EQ(parcel.Size(), 1000) << "a position counts as a size";
+    EXPECT_EQ(AParcel_readInt32(p, &value), STATUS_NOT_ENOUGH_DATA);
+    EXPECT_NE(AParcel_writeInt32(p, 3), STATUS_OK);
+    EXPECT_EQ(AParcel_getDataSize(p), 1000) << "a position counts as a size";
 }
 
 // As many elements as bytes are left, though each takes more than one byte.
@@ -112,18 +104,7 @@ TEST(ParcelArray, IsBoundedByItsElementsSizeBeforeMemoryIsTaken) {
     EXPECT_FALSE(asked);
 }
 
-TEST(StatusHeader, CarriesWhatItHoldsAndRefusesWhatIsImpossible) {
-    Parcel written;
-    const auto sent = ndk::ScopedAStatus::fromServiceSpecificErrorWithMessage(3, "no");
-    EXPECT_EQ(AParcel_writeStatusHeader(written.get(), sent.get()), STATUS_OK);
-    written.Rewind();
-    ndk::ScopedAStatus back;
-    EXPECT_EQ(AParcel_readStatusHeader(written.get(), back.getR()), STATUS_OK);
-    EXPECT_EQ(back.getDescription(), "Status(-8, EX_SERVICE_SPECIFIC): '3: no'");
-    const auto dead = ndk::ScopedAStatus::fromStatus(STATUS_DEAD_OBJECT);
-    EXPECT_EQ(dead.getDescription(), "Status(-129, EX_TRANSACTION_FAILED): 'DEAD_OBJECT: '");
-    EXPECT_EQ(AParcel_writeStatusHeader(Parcel().get(), dead.get()), STATUS_DEAD_OBJECT);
-
+TEST(StatusHeader, IsReadWithWhatItSkipsAndRefusedIfImpossible) {
     const std::vector<std::pair<std::vector<int32_t>, binder_status_t>> headers = {
             {{-128, 12, 1, 2}, STATUS_OK},
             {{-1, 0, 0, 8, 99}, STATUS_OK},  // 8 bytes of stack trace
@@ -135,11 +116,17 @@ TEST(StatusHeader, CarriesWhatItHoldsAndRefusesWhatIsImpossible) {
             {{-8, 0, 0, 0}, STATUS_NOT_ENOUGH_DATA},
     };
     for (const auto& [words, result] : headers) {
-        Parcel parcel(words);
+        const ndk::ScopedAParcel parcel = Parcel(words);
         ndk::ScopedAStatus status;
         EXPECT_EQ(AParcel_readStatusHeader(parcel.get(), status.getR()), result);
-        if (result == STATUS_OK) EXPECT_EQ(AParcel_getDataPosition(parcel.get()), parcel.Size());
+        if (result != STATUS_OK) continue;
+        EXPECT_EQ(AParcel_getDataPosition(parcel.get()), AParcel_getDataSize(parcel.get()));
     }
+    const auto error = ndk::ScopedAStatus::fromServiceSpecificErrorWithMessage(3, "no");
+    EXPECT_EQ(error.getDescription(), "Status(-8, EX_SERVICE_SPECIFIC): '3: no'");
+    const auto dead = ndk::ScopedAStatus::fromStatus(STATUS_DEAD_OBJECT);
+    EXPECT_EQ(dead.getDescription(), "Status(-129, EX_TRANSACTION_FAILED): 'DEAD_OBJECT: '");
+    EXPECT_EQ(AParcel_writeStatusHeader(Parcel({}).get(), dead.get()), STATUS_DEAD_OBJECT);
 }
 
 // They must stay what they are. Other items: tests/aidl/wire_bytes_test.cpp.

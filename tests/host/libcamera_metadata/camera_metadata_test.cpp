@@ -126,68 +126,56 @@ TEST(FindEntry, FindsTheFirstOfItsTagSortedOrNot) {
 constexpr size_t kFirstEntry = 48;
 constexpr size_t kEntrySize = 16;
 
-int Validate(const std::vector<uint8_t>& bytes) {
-    const size_t size = bytes.size();
-    return validate_camera_metadata_structure(
-            reinterpret_cast<const camera_metadata_t*>(bytes.data()), &size);
-}
-
-int ValidateWith(std::vector<uint8_t> bytes, size_t offset, uint32_t value) {
-    std::memcpy(bytes.data() + offset, &value, sizeof(value));
-    return Validate(bytes);
+int Validate(const uint8_t* bytes, size_t size) {
+    return validate_camera_metadata_structure(reinterpret_cast<const camera_metadata_t*>(bytes),
+                                              &size);
 }
 
 // The sample has 3 of 10 entries from 48 to 208, and 32 of 80 bytes of data from 208 to 288.
-TEST(Validate, FindsEveryDamagedField) {
+TEST(Validate, SaysOfEachDamageWhatADeviceSays) {
     const struct {
         const char* what;
         size_t offset;
         uint32_t value;
+        int verdict;
     } cases[] = {
-            {"size less than a header", 0, 47},
-            {"size too large", 0, 289},
-            {"more entries than capacity", 12, 11},
-            {"entry capacity overflows", 16, 0x10000000 + 10},
-            {"entries unaligned", 20, 50},
-            {"more data than capacity", 24, 88},
-            {"data capacity overflows", 28, 0xffffffff},
-            {"data starts in the entries", 32, 56},
-            {"data unaligned", 32, 212},
-            {"tag of another type", kFirstEntry, ANDROID_SENSOR_FRAME_DURATION},
-            {"tag that there is not", kFirstEntry, ANDROID_JPEG_END},
-            {"count overflows", kFirstEntry + 4, 0x20000000},
-            {"empty with data", kFirstEntry + kEntrySize + 4, 0},
-            {"offset overflows", kFirstEntry + 2 * kEntrySize + 8, 0xfffffff8},
-            {"type not its tags", kFirstEntry + kEntrySize + 12, TYPE_FLOAT},
-            {"type unknown", kFirstEntry + kEntrySize + 12, NUM_TYPES},
+            {"size less than a header", 0, 47, 1},
+            {"size too large", 0, 289, 1},
+            {"more entries than capacity", 12, 11, 1},
+            {"entry capacity overflows", 16, 0x10000000 + 10, 1},
+            {"entry capacity within the data, as one byte each", 16, 160, 0},
+            {"entries unaligned", 20, 50, 1},
+            {"more data than capacity", 24, 88, 1},
+            {"data in use that is no multiple of 8", 24, 36, 0},
+            {"data capacity overflows", 28, 0xffffffff, 1},
+            {"data starts in the entries", 32, 56, 1},
+            {"data unaligned", 32, 212, 1},
+            {"tag of another type", kFirstEntry, ANDROID_SENSOR_FRAME_DURATION, 1},
+            {"tag that there is not", kFirstEntry, ANDROID_JPEG_END, 1},
+            {"vendor's tag of any type", kFirstEntry, 0x80000001, 0},
+            {"count overflows", kFirstEntry + 4, 0x20000000, 1},
+            {"empty with data", kFirstEntry + kEntrySize + 4, 0, 1},
+            {"offset overflows", kFirstEntry + 2 * kEntrySize + 8, 0xfffffff8, 1},
+            {"data not in use", kFirstEntry + 2 * kEntrySize + 8, 72, 0},
+            {"type not its tags", kFirstEntry + kEntrySize + 12, TYPE_FLOAT, 1},
+            {"type unknown", kFirstEntry + kEntrySize + 12, NUM_TYPES, 1},
     };
     const std::vector<uint8_t> sound = BytesOf(MakeSampleBlock());
-    ASSERT_EQ(Validate(sound), 0);
     for (const auto& damage : cases) {
-        ASSERT_NE(FieldAt(sound, damage.offset), damage.value) << damage.what;
-        EXPECT_EQ(ValidateWith(sound, damage.offset, damage.value), 1) << damage.what;
+        std::vector<uint8_t> bytes = sound;
+        ASSERT_NE(FieldAt(bytes, damage.offset), damage.value) << damage.what;
+        std::memcpy(bytes.data() + damage.offset, &damage.value, sizeof(damage.value));
+        EXPECT_EQ(Validate(bytes.data(), bytes.size()), damage.verdict) << damage.what;
     }
-}
-
-TEST(Validate, AcceptsWhatADeviceAccepts) {
-    const std::vector<uint8_t> sound = BytesOf(MakeSampleBlock());
-    EXPECT_EQ(ValidateWith(sound, kFirstEntry, 0x80000001), 0) << "a vendor's tag of any type";
-    EXPECT_EQ(ValidateWith(sound, kFirstEntry + 2 * kEntrySize + 8, 72), 0) << "data not in use";
-    EXPECT_EQ(ValidateWith(sound, 24, 36), 0) << "data in use that is no multiple of 8";
-    EXPECT_EQ(ValidateWith(sound, 16, 160), 0) << "room for entries that ends within the data";
     std::vector<uint8_t> shifted(1);
     shifted.insert(shifted.end(), sound.begin(), sound.end());
-    EXPECT_EQ(validate_camera_metadata_structure(
-                      reinterpret_cast<const camera_metadata_t*>(shifted.data() + 1), nullptr),
-              CAMERA_METADATA_VALIDATION_SHIFTED);
-}
+    EXPECT_EQ(Validate(shifted.data() + 1, sound.size()), CAMERA_METADATA_VALIDATION_SHIFTED);
 
-TEST(Validate, KeepsRoomThatIsNotThereFromBeingUsed) {
     const Block block = MakeSampleBlock();
-    const uint32_t room = 160;
-    std::memcpy(reinterpret_cast<char*>(block.get()) + 16, &room, sizeof(room));
+    const uint32_t capacity = 160;
+    std::memcpy(reinterpret_cast<char*>(block.get()) + 16, &capacity, sizeof(capacity));
     for (int i = 3; i < 10; ++i) EXPECT_EQ(AddOrientation(block, i), 0);
-    EXPECT_EQ(AddOrientation(block, 10), 1);
+    EXPECT_EQ(AddOrientation(block, 10), 1) << "room that is not there is not used";
 }
 
 }  // namespace
