@@ -155,7 +155,7 @@ TEST(WireFormat, HasTheseBytesForARequestWithObjects) {
     AParcel_setDataPosition(p, 36);
     ndk::SpAIBinder binder;
     EXPECT_EQ(ndk::AParcel_readNullableStrongBinder(p, &binder), STATUS_OK);
-    EXPECT_EQ(binder, object);
+    EXPECT_EQ(binder, static_cast<const AIBinder*>(object.get()));
     EXPECT_EQ(ndk::AParcel_readNullableStrongBinder(p, &binder), STATUS_OK);
     EXPECT_EQ(binder, nullptr);
     AParcel_setDataPosition(p, 36 + 28 + 28 + 8);

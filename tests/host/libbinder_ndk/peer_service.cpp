@@ -16,7 +16,7 @@ using Fd = ndk::ScopedFileDescriptor;
 
 std::mutex gMutex;  // guards the three that follow
 ndk::SpAIBinder gHeld;
-std::vector<int32_t> gRecords;
+int32_t gCount = 0;
 std::thread::id gAddThread;
 std::atomic<int> gLive{0};
 
@@ -65,14 +65,10 @@ const std::map<transaction_code_t, Method> kMethods = {
                      write(entered.get(), &byte, 1) == 1 && read(go.get(), &byte, 1) == 1;
              return moved ? STATUS_OK : STATUS_FAILED_TRANSACTION;
          })},
-        {kRecord, Takes<int32_t>([](AParcel*, int32_t value) {
+        {kCount, Takes<int32_t>([](AParcel* out, int32_t value) {
              std::lock_guard<std::mutex> lock(gMutex);
-             gRecords.push_back(value);
-             return STATUS_OK;
-         })},
-        {kRecords, Takes<>([](AParcel* out) {
-             std::lock_guard<std::mutex> lock(gMutex);
-             return Writes(gRecords)(out);
+             if (value == gCount + 1) gCount = value;
+             return Writes(gCount)(out);
          })},
         {kFork, Takes<>([](AParcel*) {
              char byte;

@@ -21,8 +21,7 @@ enum PeerRequest : transaction_code_t {
     kNewObject,                     // -> binder of a new object of the peer
     kLiveObjects,                   // -> how many such objects are alive
     kBlock,                         // fd entered, fd go: writes to one, waits for the other
-    kRecord,                        // value: appended to the peer's list
-    kRecords,                       // -> the list
+    kCount,                         // value -> the peer's count, which takes values one by one
     kFork,                          // makes a child that ends with the peer's standard input
     kFail,                          // status: returned as transport status
     kRefuse,                        // message -> the caller's pid as service-specific error

