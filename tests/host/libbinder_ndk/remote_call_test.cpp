@@ -82,7 +82,7 @@ TEST(RemoteCall, NeedsTheRightClassAndReturnsTheTransportStatusOfTheMethod) {
 TEST(Callback, RunsOnTheWaitingThread) {
     Peer peer = StartPeer({{"PEER_THREADS", "0"}});
     EXPECT_EQ(AskPeer(peer.binder, kCall, Writes(NewPeerObject(), 7)), 8);
-    EXPECT_EQ(LastAddThread(), std::this_thread::get_id());
+    EXPECT_EQ(AddsOnThisThread(), 1);
 }
 
 TEST(ThreadPool, RunsCallsInParallelOnAtMostTheConfiguredThreads) {
