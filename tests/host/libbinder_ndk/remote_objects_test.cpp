@@ -128,8 +128,7 @@ struct DeathCounter {
 
 TEST(Death, EndsAPendingCallAndFailsLaterOnes) {
     Peer peer = StartPeer();
-    Pipe entered;
-    Pipe go;
+    Pipe entered, go;
     auto pending = std::async(std::launch::async, [&]() {
         return CallPeer(peer.binder, kBlock, Writes(entered.writing, go.reading));
     });
