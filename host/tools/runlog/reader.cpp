@@ -1,5 +1,7 @@
 // Reads "MM-DD HH:MM:SS.uuuuuu  PID   TID P Tag: message" and
-// "HH:MM:SS.uuuuuu PID -> PEER INTERFACE.METHOD [oneway] N bytes N fds N us STATUS".
+// "HH:MM:SS.uuuuuu PID -> PEER INTERFACE.METHOD [oneway] N bytes N fds N us STATUS", where the
+// status of a refusal is followed by ", answered EXCEPTION ...". A line "... N fds begins" comes
+// before.
 
 #include <errno.h>
 #include <stdio.h>
@@ -144,6 +146,8 @@ std::optional<Call> ParseCall(const std::string& text, Clock* clock) {
     call.bytes = bytes;
     call.descriptors = descriptors;
     call.status = rest.substr(static_cast<size_t>(end));
+    const size_t answer = call.status.find(", answered ");
+    if (answer != std::string::npos) call.status.erase(answer);
     return call;
 }
 
@@ -172,7 +176,12 @@ Result<Log> ReadLog(const std::string& path, int64_t startedUs) {
 Result<Trace> ReadTrace(const std::string& path, int64_t startedUs) {
     Clock clock(startedUs);
     Trace trace;
+    const std::string begins = " fds begins";
     const Result<Done> read = ForEachLine(path, [&](std::string&& text) {
+        if (text.size() > begins.size() &&
+            text.compare(text.size() - begins.size(), begins.size(), begins) == 0) {
+            return;  // its end has a line of its own
+        }
         std::optional<Call> call = ParseCall(text, &clock);
         if (!call) {
             ++trace.unreadable;

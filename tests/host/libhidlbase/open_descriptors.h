@@ -1,19 +1,8 @@
 // What the tests of descriptor ownership look at.
 #pragma once
 
-#include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
-
-// Number of descriptors that this process has open.
-inline int CountOpenDescriptors() {
-    DIR* folder = opendir("/proc/self/fd");
-    if (folder == nullptr) return -1;
-    int count = -3;  // ".", ".." and the folder itself
-    while (readdir(folder) != nullptr) ++count;
-    closedir(folder);
-    return count;
-}
 
 inline bool IsOpen(int fd) {
     return fcntl(fd, F_GETFD) != -1;

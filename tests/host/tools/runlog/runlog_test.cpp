@@ -77,8 +77,11 @@ TEST_F(RunLog, KeepsBothEndsAndTheErrorsOfALongLog) {
 TEST_F(RunLog, OrdersCallsByTheirStartAndCountsDamagedLines) {
     const Trace trace =
             ReadTrace(File("00:00:02.000000 24 <- 7/peer a.b.ICallback.notify oneway 184 bytes 1 "
+                           "fds begins\n"
+                           "00:00:02.000000 24 <- 7/peer a.b.ICallback.notify oneway 184 bytes 1 "
                            "fds 44 us DEAD\n"
-                           "00:00:01.000000 25 -> 2/manager ?.(descriptor) 0 bytes 0 fds 58 us OK\n"
+                           "00:00:01.000000 25 -> 2/manager ?.(descriptor) 0 bytes 0 fds 58 us OK, "
+                           "answered EX_ILLEGAL_STATE: no\n"
                            "00:00:03.000000 24 -> 2/manager a.b.C.d 10 bytes 0 fds "
                            "5\n\n00:00:03.000000 24"))
                     .Value();
