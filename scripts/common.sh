@@ -7,30 +7,23 @@ source "$root/scripts/options.sh"
 
 say() { tell "" "$@"; }
 
-# lock FD FILE TELL TEXT TOO_LONG: takes a lock. Where another holds it, TELL tells TEXT, and after an
-# hour the call is refused.
+# lock FD FILE TEXT: takes a lock; says TEXT where another holds it, and refuses after an hour.
 lock() {
     { mkdir -p "$out" && : >>"$out/$2"; } 2>/dev/null ||
         refuse "cannot write in $out: clone the project to a place of your own"
     eval "exec $1>>\"\$out/$2\""
     flock -n "$1" && return
-    "${@:3:2}"
-    flock -w 3600 "$1" || refuse "$5"
-    progress_ends
+    say "$3"
+    flock -w 3600 "$1" || refuse "$3: an hour is enough"
 }
 
 # One at a time: installs and builds of two calls would get in each other's way.
-lock_out() {
-    lock 9 .lock progress "$program: waits for another ./run or ./check to install and build" \
-        "another ./run or ./check has been building for an hour"
-}
+lock_out() { lock 9 .lock "waits for another ./run or ./check to install and build"; }
 unlock_out() { exec 9>&-; }
 
 # One run at a time: logs, report, dumps and the frames of --source belong to it. Every process of a
 # run inherits the lock, so that the next one begins when the last of them has gone.
-lock_run() {
-    lock 8 .running say "waits for another ./run to end" "another ./run has been going on for an hour"
-}
+lock_run() { lock 8 .running "waits for another ./run to end"; }
 unlock_run() { exec 8>&-; }
 
 packages_known=/var/lib/dpkg/status # dpkg's list, a new file after each change

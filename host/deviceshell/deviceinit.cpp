@@ -1,15 +1,18 @@
 // The first process in the device: starts the programs, runs the command and ends them all. Ends
 // with the command's status, or kNoDevice after a complaint, and with it every process that is
-// left. A command that is still there 2 s after a signal is killed: 128 + n. usage: deviceinit
-// [--terminal] {NAME PROGRAM "" } -- COMMAND NAME is what the PROGRAM registers (empty: it is the
-// service manager); NAME=VALUE words may come before a program. Descriptor STANDIN_LOG_FD gets the
-// programs' log.
+// left. A command that is still there 2 s after a signal is killed: 128 + n.
+//
+// usage: deviceinit [--terminal] {NAME PROGRAM "" } -- COMMAND
+//
+// NAME is what the PROGRAM registers (empty: it is the service manager); NAME=VALUE words may come
+// before a program. Descriptor STANDIN_LOG_FD gets the programs' log.
 #include "deviceinit.h"
 
 #include <android/binder_ibinder.h>
 #include <android/binder_manager.h>
 #include <errno.h>
 #include <fcntl.h>
+#include <host_service_manager.h>
 #include <limits.h>
 #include <poll.h>
 #include <signal.h>
@@ -17,8 +20,6 @@
 #include <stdlib.h>
 #include <string.h>
 #include <sys/signalfd.h>
-#include <sys/socket.h>
-#include <sys/un.h>
 #include <sys/wait.h>
 #include <terminal/terminal.h>
 #include <time.h>
@@ -48,12 +49,7 @@ bool Answers(const std::string& service) {
         if (binder) AIBinder_decStrong(binder);
         return binder != nullptr;
     }
-    sockaddr_un manager = {AF_UNIX, "/binder/servicemanager"};
-    const int descriptor = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    const int result =
-            connect(descriptor, reinterpret_cast<const sockaddr*>(&manager), sizeof manager);
-    close(descriptor);
-    return result == 0;
+    return AServiceManager_forEachService(nullptr, [](const char*, void*) {}) == STATUS_OK;
 }
 
 // Waits until a service is registered, or with an empty name until the service manager accepts

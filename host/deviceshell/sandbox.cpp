@@ -1,7 +1,9 @@
 // Starts bubblewrap and ends with its command's status; no process of the device is left then.
 // SIGINT, SIGTERM, SIGHUP and SIGQUIT that are sent to this process go to the device's first
-// process; the terminal's Ctrl-C reaches that one by itself. usage: sandbox [--die-with-parent]
-// [--terminal] BUBBLEWRAP'S ARGUMENTS
+// process; the terminal's Ctrl-C reaches that one by itself.
+//
+// usage: sandbox [--die-with-parent] [--terminal] BUBBLEWRAP'S ARGUMENTS
+//
 // --die-with-parent: gets SIGTERM as the calling process ends; --terminal: the terminal of standard
 // input is the command's until it ends.
 #include <errno.h>
