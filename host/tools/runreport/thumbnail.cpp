@@ -62,19 +62,21 @@ std::vector<uint16_t> Average(uint32_t width, uint32_t height, uint32_t channels
                               Row row) {
     std::vector<uint16_t> out;
     out.reserve(size_t{width} * height * channels);
-    std::vector<uint32_t> sums(size_t{width} * channels);
+    std::vector<uint32_t> columns(size_t{width} * factor * channels);  // which vector code adds up
     const uint32_t area = factor * factor;
     for (uint32_t y = 0; y < height; ++y) {
-        std::fill(sums.begin(), sums.end(), area / 2);
+        std::fill(columns.begin(), columns.end(), 0);
         for (uint32_t i = 0; i < factor; ++i) {
-            const auto* sample = row(y * factor + i);
-            for (size_t cell = 0; cell < sums.size(); cell += channels) {
-                for (uint32_t k = 0; k < factor; ++k) {
-                    for (uint32_t c = 0; c < channels; ++c) sums[cell + c] += *sample++;
-                }
+            const auto* const samples = row(y * factor + i);
+            for (size_t x = 0; x < columns.size(); ++x) columns[x] += samples[x];
+        }
+        for (size_t cell = 0; cell < columns.size(); cell += size_t{factor} * channels) {
+            for (uint32_t c = 0; c < channels; ++c) {
+                uint32_t sum = area / 2;
+                for (uint32_t k = 0; k < factor; ++k) sum += columns[cell + k * channels + c];
+                out.push_back(static_cast<uint16_t>(sum / area));
             }
         }
-        for (const uint32_t sum : sums) out.push_back(static_cast<uint16_t>(sum / area));
     }
     return out;
 }
