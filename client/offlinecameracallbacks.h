@@ -43,8 +43,6 @@ class OfflineCameraClient::OfflineCameraCallBacks : public BnOfflineCameraCallba
     ::ndk::ScopedAStatus returnStreamBuffers(const std::vector<StreamBuffer>& buffers) override;
 
   private:
-    friend struct OfflineCameraClientAccess;
-
     static ::ndk::ScopedAStatus IllegalArgument();
 
     // One result into m_resultFrameInfos; called with the client's m_resultLock held.

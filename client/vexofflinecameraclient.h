@@ -115,7 +115,7 @@ class OfflineCameraClient {
     void ClearResultsAndMessages();
 
   private:
-    // For the workstation's plane-layout provider and for tests, which define it themselves.
+    // For the workstation's plane-layout provider and the benchmarks, which define it themselves.
     friend struct OfflineCameraClientAccess;
 
     OfflineCameraClient();

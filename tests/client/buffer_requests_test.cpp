@@ -22,7 +22,7 @@ OfflineBufferRequest Request(int32_t streamId, PixelFormat format, int32_t count
 class BufferRequests : public ClientTest {
   public:
     ::ndk::ScopedAStatus Ask(const std::vector<OfflineBufferRequest>& requests) {
-        return access.Callback()->requestStreamBuffers(requests, &rets, &status);
+        return client.m_callback->requestStreamBuffers(requests, &rets, &status);
     }
     const std::vector<StreamBuffer>& Lent(size_t ret) {
         return rets.at(ret).val.get<StreamBuffersVal::Tag::buffers>();
@@ -30,7 +30,7 @@ class BufferRequests : public ClientTest {
     ::ndk::ScopedAStatus Return(const std::vector<int64_t>& ids) {
         std::vector<StreamBuffer> buffers(ids.size());
         for (size_t i = 0; i < ids.size(); ++i) buffers[i].bufferId = ids[i];
-        return access.Callback()->returnStreamBuffers(buffers);
+        return client.m_callback->returnStreamBuffers(buffers);
     }
 
     std::vector<OfflineStreamBufferRet> rets;
@@ -53,8 +53,8 @@ TEST_F(BufferRequests, LendsBuffersUnderFreshIds) {
     EXPECT_EQ(Lent(1)[0].bufferId, 3);
     EXPECT_THAT(around.calls,
                 Contains("createDescriptor '' 99x1 layers 1 format 33 usage 3 reserved 0"));
-    EXPECT_THAT(access.AllocatedHandles(), SizeIs(3));
-    EXPECT_THAT(access.CaptureRequests(), IsEmpty());
+    EXPECT_THAT(client.m_allocatedHandles, SizeIs(3));
+    EXPECT_THAT(client.m_captureRequests, IsEmpty());
 
     // The logged size is the stream's, also for a BLOB.
     const Lines lines = log.Take();
@@ -70,7 +70,7 @@ TEST_F(BufferRequests, NumbersBuffersThatCannotBeAllocated) {
     EXPECT_TRUE(Ask({Request(4, PixelFormat::YCBCR_420_888, 1)}).isOk());
     EXPECT_EQ(Lent(0).at(0).bufferId, 1);
     EXPECT_THAT(Lent(0).at(0).buffer.fds, IsEmpty());
-    EXPECT_THAT(access.AllocatedHandles(), IsEmpty());
+    EXPECT_THAT(client.m_allocatedHandles, IsEmpty());
     EXPECT_EQ(log.Take(), (Lines{"E Failed to allocate buffer: -8",
                                  "I streamId 4, bufferStride 0, bufferScanline 0, buffer (nil) "
                                  "width 640, height 480",
@@ -82,15 +82,10 @@ TEST_F(BufferRequests, NumbersBuffersThatCannotBeAllocated) {
 TEST_F(BufferRequests, RefusesEmptyListsAndMissingPlaces) {
     const std::vector<OfflineBufferRequest> one{Request(4, PixelFormat::BLOB, 1)};
     rets.resize(1);
-    std::vector<::ndk::ScopedAStatus> refused;
-    refused.push_back(Ask({}));
-    refused.push_back(access.Callback()->requestStreamBuffers(one, nullptr, &status));
-    refused.push_back(access.Callback()->requestStreamBuffers(one, &rets, nullptr));
-    refused.push_back(Return({}));
-    for (const ::ndk::ScopedAStatus& answer : refused) {
-        EXPECT_EQ(answer.getServiceSpecificError(), 1);
-        EXPECT_STREQ(answer.getMessage(), "ILLEGAL_ARGUMENT");
-    }
+    ExpectIllegalArgument(Ask({}));
+    ExpectIllegalArgument(client.m_callback->requestStreamBuffers(one, nullptr, &status));
+    ExpectIllegalArgument(client.m_callback->requestStreamBuffers(one, &rets, nullptr));
+    ExpectIllegalArgument(Return({}));
     EXPECT_THAT(rets, SizeIs(1));
     EXPECT_THAT(log.Take(), IsEmpty());
     EXPECT_TRUE(Ask(one).isOk());  // the lock is free and no id was used up
@@ -106,7 +101,7 @@ TEST_F(BufferRequests, TakesBuffersBackOnce) {
     EXPECT_TRUE(Return({1, 2, 44, 0}).isOk());
     EXPECT_EQ(log.Take(), (Lines{"E returnStreamBuffers: unknown buffer ID 1",
                                  "E returnStreamBuffers: unknown buffer ID 44"}));
-    EXPECT_THAT(access.AllocatedHandles(), SizeIs(3));
+    EXPECT_THAT(client.m_allocatedHandles, SizeIs(3));
     EXPECT_THAT(around.calls, IsEmpty());  // nothing is freed
 }
 
@@ -120,7 +115,7 @@ TEST_F(BufferRequests, ComparesBuffersAsSets) {
             request[i].streamId = requestKeys[i].first;
             request[i].bufferId = requestKeys[i].second;
         }
-        return access.ContainsTheSameBuffers(&result, &request);
+        return client.ContainsTheSameBuffers(&result, &request);
     };
     EXPECT_TRUE(same({{1, 5}, {2, 1}}, {{2, 1}, {1, 5}}));
     EXPECT_EQ(log.Take(), (Lines{"I ContainsTheSameBuffers result streamId  1 bufferId  5",

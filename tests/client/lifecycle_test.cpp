@@ -13,10 +13,9 @@ class Lifecycle : public ClientTest {
   public:
     // The lines of a second client's construction.
     Lines ConstructAnother() {
-        alignas(OfflineCameraClient) char storage[sizeof(OfflineCameraClient)];
-        OfflineCameraClient* const another = OfflineCameraClientAccess::Construct(storage);
+        OwnClient another = NewClient();
         const Lines lines = log.Take();
-        OfflineCameraClientAccess::Destroy(another);
+        another.reset();
         log.Take();
         return lines;
     }
@@ -30,7 +29,7 @@ TEST_F(Lifecycle, ConstructsInOrder) {
                    "E Gralloc Init failed, reason zelAidlMapper getInstance failed",
                    "I [AIDL] OfflineCameraClient constructor called"};
     EXPECT_EQ(ConstructAnother(), expected);
-    EXPECT_EQ(access.ReservedBytes(), 80u);
+    EXPECT_EQ(client.m_reservedList.capacity() * sizeof(client.m_reservedList[0]), 80u);
 
     SetService(kServiceInstance, {});
     expected.insert(expected.begin() + 3, "E getService is NULL for offlinecameraservice");
@@ -47,7 +46,7 @@ TEST_F(Lifecycle, RegistersWhateverTheServiceAnswers) {
     around.service->fails = true;
     client.registerClient(0);
     EXPECT_THAT(around.service->clientIds, ElementsAre(5, 0));
-    EXPECT_EQ(around.service->callback, access.Callback());
+    EXPECT_EQ(around.service->callback, client.m_callback);
     EXPECT_EQ(log.Take(),
               (Lines{"I [AIDL] registerClient clientId 5", "I [AIDL] registerClient clientId 0"}));
 }
@@ -57,44 +56,42 @@ TEST_F(Lifecycle, OpensAndClosesASession) {
     client.setOpMode(4);
     around.service->fails = true;
     client.OpenOfflineSession("no one");
-    EXPECT_EQ(access.OfflineSession(), nullptr);
+    EXPECT_EQ(client.m_offlineSession, nullptr);
     EXPECT_EQ(log.Take(), (Lines{"I [AIDL] setOpMode opMode 4"}));
 
     around.service->fails = false;
     client.OpenOfflineSession("offlincameratest");
-    EXPECT_EQ(access.OfflineSession(), around.session);
+    EXPECT_EQ(client.m_offlineSession, around.session);
     EXPECT_THAT(around.service->clientNames, ElementsAre("no one", "offlincameratest"));
-    EXPECT_EQ(around.service->callback, access.Callback());
+    EXPECT_EQ(around.service->callback, client.m_callback);
 
     // The reference outlives the closing, whose outcome does not matter.
     client.CloseOfflineSession();
     around.session->fails = true;
     client.CloseOfflineSession();
     EXPECT_EQ(around.session->closed, 2);
-    EXPECT_EQ(access.OfflineSession(), around.session);
+    EXPECT_EQ(client.m_offlineSession, around.session);
     EXPECT_EQ(log.Take(),
               (Lines{"I OpenOfflineSession", "I CloseOfflineSession", "I CloseOfflineSession"}));
 
     // So it does a failed opening, which then looks like one that worked.
     around.service->fails = true;
     client.OpenOfflineSession("offlincameratest");
-    EXPECT_EQ(access.OfflineSession(), around.session);
+    EXPECT_EQ(client.m_offlineSession, around.session);
     EXPECT_EQ(log.Take(), (Lines{"I OpenOfflineSession"}));
 }
 
 TEST_F(Lifecycle, DiesAtTheFirstCallThroughAnEmptyReference) {
     EXPECT_DEATH(client.ConfigureOfflineStreams("2"), "");
     SetService(kServiceInstance, {});
-    alignas(OfflineCameraClient) char storage[sizeof(OfflineCameraClient)];
-    OfflineCameraClient* const alone = OfflineCameraClientAccess::Construct(storage);
+    const OwnClient alone = NewClient();
     EXPECT_DEATH(alone->registerClient(0), "");
     EXPECT_DEATH(alone->OpenOfflineSession("test"), "");
-    OfflineCameraClientAccess::Destroy(alone);
 
     native_handle* const recorded = native_handle_create(0, 0);
-    access.AllocatedHandles().insert(recorded);
-    access.Wrapper().reset();
-    EXPECT_DEATH(access.freeBuffer(recorded), "");
+    client.m_allocatedHandles.insert(recorded);
+    client.m_grallocWrapper.reset();
+    EXPECT_DEATH(client.freeBuffer(recorded), "");
     native_handle_delete(recorded);
 }
 
@@ -105,7 +102,7 @@ TEST_F(Lifecycle, DestructionFreesInputBuffersOnly) {
     native_handle* const output = Captured(1).importedBuf;
     log.Take();
     around.calls.clear();
-    Destroy();
+    own.reset();
     EXPECT_EQ(log.Take(), (Lines{Format("I freeBuffer %p", input),
                                  "I [AIDL] OfflineCameraClient destructor called"}));
     EXPECT_THAT(around.calls, ElementsAre("freeBuffer"));
@@ -118,7 +115,7 @@ TEST_F(Lifecycle, DestructionFreesInputBuffersOnly) {
 }
 
 TEST_F(Lifecycle, DestructionWithoutASessionTakesTheCallbackAlong) {
-    Destroy();
+    own.reset();
     EXPECT_EQ(log.Take(), (Lines{"I [AIDL] OfflineCameraClient destructor called",
                                  "I [AIDL]OfflineCameraCallBacks destructor called"}));
 }
@@ -129,7 +126,7 @@ TEST(ProcessWideClient, IsOneAndIsDestroyedAtExit) {
         __android_log_set_logger(__android_log_stderr_logger);
         OfflineCameraClient& client = OfflineCameraClient::GetInstance();
         const bool same = &client == &OfflineCameraClient::GetInstance();
-        const bool zeroed = OfflineCameraClientAccess{&client}.OpMode() == 0;
+        const bool zeroed = client.m_opMode == 0;
         exit(same && zeroed ? 0 : 1);
     };
     EXPECT_EXIT(use(), ::testing::ExitedWithCode(0),

@@ -24,14 +24,14 @@ class Locking : public ClientTest {
     // Notes which locks are held at each line that begins so.
     void Watch(const std::string& line) {
         log.AtLine(line, [this, line] {
-            held[line] += IsHeld(access.ResultLock()) ? "results " : "";
+            held[line] += IsHeld(client.m_resultLock) ? "results " : "";
             held[line] += IsHeld(*bufferLock) ? "buffers " : "";
         });
     }
 
     std::map<std::string, std::string> held;
-    const std::shared_ptr<OfflineCameraClientAccess::CallBacks> callback = access.Callback();
-    std::mutex* const bufferLock = &access.BufferLock();
+    const std::shared_ptr<OfflineCameraClient::OfflineCameraCallBacks> callback = client.m_callback;
+    std::mutex* const bufferLock = &client.m_callback->m_bufferLock;
 };
 
 TEST_F(Locking, EachLockIsHeldForItsOwnState) {
@@ -56,7 +56,7 @@ TEST_F(Locking, EachLockIsHeldForItsOwnState) {
     ConfigureB2Y();
     ASSERT_EQ(client.ProcessOfflineRequest(), 0);
     client.WaitCaptureResultCompleted();
-    Destroy();
+    own.reset();
     EXPECT_THAT(held, ElementsAre(Pair("IsResultReceivedLocked sucessfully", "results "),
                                   Pair("ProcessOfflineResult 1", "results "),
                                   Pair("ProcessOfflineResult: result notifty", "results "),
@@ -74,11 +74,11 @@ TEST_F(Locking, SomeDeliveriesWaitForNobody) {
             [this] { callback->processCaptureResult({}); }};
     for (const auto& deliver : deliveries) {
         std::future<void> delivery;
-        const std::lock_guard<std::mutex> lock(access.ResultLock());
+        const std::lock_guard<std::mutex> lock(client.m_resultLock);
         delivery = std::async(std::launch::async, deliver);
         EXPECT_EQ(delivery.wait_for(std::chrono::seconds(20)), std::future_status::ready);
     }
-    EXPECT_EQ(access.NotifyMessages().size(), 2u);
+    EXPECT_EQ(client.m_notifyMessages.size(), 2u);
 }
 
 // What the thread sanitizer looks at; without it, a map that two threads change breaks.
@@ -90,7 +90,7 @@ TEST_F(Locking, ResultsArriveWhileTheyAreCleared) {
     for (int32_t i = 0; i < kResults; ++i) client.ClearResultsAndMessages();
     service.join();
     client.ClearResultsAndMessages();
-    EXPECT_TRUE(access.ResultFrameInfos().empty());
+    EXPECT_TRUE(client.m_resultFrameInfos.empty());
 }
 
 }  // namespace

@@ -24,15 +24,16 @@ const std::string kMetadataRead = "I LoadOffineInputMetadata: read meta from dum
 class SourceLoading : public ::testing::Test {
   public:
     int32_t LoadYuv(uint32_t width, uint32_t height) {
-        return OfflineCameraClientAccess::LoadYuv(kYuvPath.c_str(), buffer.data(), width, height);
+        return OfflineCameraClient::LoadOffineSourceYUVFrame(kYuvPath.c_str(), buffer.data(), width,
+                                                             height);
     }
     int32_t LoadRaw(int32_t stride, int32_t scanline) {
-        return OfflineCameraClientAccess::LoadRaw(buffer.data(), stride, scanline);
+        return OfflineCameraClient::LoadOffineSourceRawFrame(buffer.data(), stride, scanline);
     }
     // What the loader makes of metadata that is {9} before.
     std::vector<uint8_t> LoadMetadata() {
         std::vector<uint8_t> metadata{9};
-        OfflineCameraClientAccess::LoadMetadata(&metadata);
+        OfflineCameraClient::LoadOffineInputMetadata(&metadata);
         return metadata;
     }
 

@@ -52,7 +52,7 @@ TEST_P(ModeStreams, AreSentToTheSession) {
     EXPECT_EQ(info.opMode, mode.opMode);
     EXPECT_THAT(info.sessionParams, IsEmpty());
     EXPECT_EQ(info.streams, mode.streams) << info.toString();
-    EXPECT_EQ(access.StreamConfigName(), "camera 2");
+    EXPECT_EQ(client.m_streamConfigName, "camera 2");
 
     EXPECT_EQ(log.Take(),
               Joined({mode.streamLines,
@@ -88,10 +88,10 @@ TEST_F(StreamConfiguration, RepeatsWholeListsInOrder) {
     Configure(0);
     ASSERT_EQ(client.ConfigureOfflineStreams("2"), 0);
     std::vector<StreamType> types;
-    for (const Stream& stream : access.ConfigureInfo().streams) types.push_back(stream.streamType);
+    for (const Stream& stream : client.m_configureInfo.streams) types.push_back(stream.streamType);
     EXPECT_THAT(types, ElementsAre(kIn, kOut, kIn, kIn, kOut, kOut));
-    EXPECT_EQ(around.session->configured[1].streams, access.ConfigureInfo().streams);
-    EXPECT_EQ(access.InputStreams().size() + access.OutputStreams().size(), 4u);
+    EXPECT_EQ(around.session->configured[1].streams, client.m_configureInfo.streams);
+    EXPECT_EQ(client.m_inputStreams.size() + client.m_outputStreams.size(), 4u);
 }
 
 TEST_F(StreamConfiguration, FailsWithTheSession) {
@@ -104,15 +104,15 @@ TEST_F(StreamConfiguration, FailsWithTheSession) {
     expectFailure();
     around.session->statusless = true;
     expectFailure();
-    EXPECT_EQ(access.InputStreams().size(), 2u);  // what was appended stays
+    EXPECT_EQ(client.m_inputStreams.size(), 2u);  // what was appended stays
 }
 
 TEST_F(StreamConfiguration, RefusesNull) {
-    EXPECT_EQ(access.ConfigureOfflineStreamsInfo(nullptr), 4);
-    EXPECT_THAT(access.InputStreams(), IsEmpty());
+    EXPECT_EQ(client.ConfigureOfflineStreamsInfo(nullptr), 4);
+    EXPECT_THAT(client.m_inputStreams, IsEmpty());
     EXPECT_EQ(log.Take(), (Lines{"E streamConfig is NULL"}));
-    access.OpMode() = 2;  // without streams, which is no failure
-    EXPECT_EQ(access.ConfigureOfflineStreamsInfo(&access.ConfigureInfo()), 0);
+    client.m_opMode = 2;  // without streams, which is no failure
+    EXPECT_EQ(client.ConfigureOfflineStreamsInfo(&client.m_configureInfo), 0);
 }
 
 TEST_F(StreamConfiguration, OverwritesAStreamAndFixesThreeFields) {
@@ -121,11 +121,11 @@ TEST_F(StreamConfiguration, OverwritesAStreamAndFixesThreeFields) {
     stream.colorSpace = 16;
     std::vector<SensorPixelMode> modes{
             SensorPixelMode::ANDROID_SENSOR_PIXEL_MODE_MAXIMUM_RESOLUTION};
-    OfflineCameraClientAccess::GetDummyStream(
-            &stream, 3u, kOut, 40u, 30u, PixelFormat::BLOB, BufferUsage::CPU_READ_RARELY,
-            Dataspace::JFIF, StreamRotation::ROTATION_90, "physical", 99u, 5, modes,
-            static_cast<RequestAvailableDynamicRangeProfilesMap>(2),
-            static_cast<ScalerAvailableStreamUseCases>(6));
+    OfflineCameraClient::GetDummyStream(&stream, 3u, kOut, 40u, 30u, PixelFormat::BLOB,
+                                        BufferUsage::CPU_READ_RARELY, Dataspace::JFIF,
+                                        StreamRotation::ROTATION_90, "physical", 99u, 5, modes,
+                                        static_cast<RequestAvailableDynamicRangeProfilesMap>(2),
+                                        static_cast<ScalerAvailableStreamUseCases>(6));
     Stream expected = Expected(3, kOut, 40, 30, 33, 2, 6, 0x8C20000, 99);
     expected.physicalCameraId = "physical";
     expected.sensorPixelModesUsed = modes;

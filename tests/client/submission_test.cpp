@@ -14,7 +14,7 @@ class Submission : public ClientTest {
     // Returns when the line is there and its thread has gone to wait with the lock released.
     void AwaitWaiting(const std::string& line, int times = 1) {
         EXPECT_TRUE(log.WaitFor(line, times)) << line;
-        const std::lock_guard<std::mutex> lock(access.ResultLock());
+        const std::lock_guard<std::mutex> lock(client.m_resultLock);
     }
 };
 
@@ -142,7 +142,7 @@ TEST_F(Submission, TimesOutOnAnotherFramesShutterAndOtherBuffers) {
     const Lines end{"I WaitForResult received is 0", "I WaitCaptureResultCompleted status is -110"};
     EXPECT_EQ(log.Take(), Joined({shutter, refused, again, refused, again, refused, end}));
     EXPECT_THAT(data.Dumps(), IsEmpty());
-    EXPECT_EQ(access.AllocatedHandles().size(), 2u);
+    EXPECT_EQ(client.m_allocatedHandles.size(), 2u);
 }
 
 TEST_F(Submission, NumbersOnlyRequestsWithoutANumber) {
@@ -166,7 +166,7 @@ TEST_F(Submission, FailsWithTheSession) {
     for (const bool statusless : {false, true}) {
         around.session->fails = true;
         around.session->statusless = statusless;
-        access.OfflineRequests().clear();
+        client.m_offlineRequests.clear();
         log.Take();
         EXPECT_EQ(client.ProcessOfflineRequest(), 1);
         EXPECT_EQ(LastLines(2), (Lines{"E ProcessOfflineRequest, FAILED...",
@@ -175,24 +175,24 @@ TEST_F(Submission, FailsWithTheSession) {
 }
 
 TEST_F(Submission, WithoutSessionStillNumbersRequests) {
-    access.OfflineRequests().resize(1);
-    access.OfflineRequests()[0].frameNumber = -1;
-    access.NotifyMessages().resize(1);
+    client.m_offlineRequests.resize(1);
+    client.m_offlineRequests[0].frameNumber = -1;
+    client.m_notifyMessages.resize(1);
     EXPECT_EQ(client.ProcessOfflineRequest(), 4);
     EXPECT_EQ(log.Take(), (Lines{"E m_offlineSession is NULL",
                                  "I request id frameNumber:0 return frameNumber 0"}));
-    EXPECT_EQ(access.NotifyMessages().size(), 1u);  // nothing was cleared
+    EXPECT_EQ(client.m_notifyMessages.size(), 1u);  // nothing was cleared
 }
 
 TEST_F(Submission, SubmitsNothingThatCouldNotBeBuilt) {
     Configure(0);
-    access.ResultFrameInfos()[7];
-    access.NotifyMessages().resize(1);
+    client.m_resultFrameInfos[7];
+    client.m_notifyMessages.resize(1);
     EXPECT_EQ(client.ProcessOfflineRequest(), 5);
     EXPECT_EQ(around.session->processed, 0);
     EXPECT_EQ(log.Take().back(), "E load source raw frame failed");
-    EXPECT_THAT(access.ResultFrameInfos(), IsEmpty());  // cleared before the building
-    EXPECT_THAT(access.NotifyMessages(), IsEmpty());
+    EXPECT_THAT(client.m_resultFrameInfos, IsEmpty());  // cleared before the building
+    EXPECT_THAT(client.m_notifyMessages, IsEmpty());
 }
 
 }  // namespace

@@ -59,9 +59,8 @@ TEST_F(Driver, RunsOneOfflineTest) {
         EXPECT_EQ(around.session->processed, 1);
         EXPECT_EQ(around.session->closed, 1);
         // Cleared at the end, also after a failure.
-        OfflineCameraClientAccess tool{&OfflineCameraClient::GetInstance()};
-        EXPECT_THAT(tool.ResultFrameInfos(), IsEmpty());
-        EXPECT_THAT(tool.NotifyMessages(), IsEmpty());
+        EXPECT_THAT(OfflineCameraClient::GetInstance().m_resultFrameInfos, IsEmpty());
+        EXPECT_THAT(OfflineCameraClient::GetInstance().m_notifyMessages, IsEmpty());
     });
 }
 

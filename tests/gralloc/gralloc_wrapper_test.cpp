@@ -78,14 +78,6 @@ TEST_F(GrallocWrapper, AllocatesWithAnEmptyDescriptorAfterItsFailure) {
     EXPECT_THAT(log.Take(), ElementsAre("E Failed to create descriptor: 3"));
 }
 
-// By exception code: -8 is that of every service-specific error.
-TEST_F(GrallocWrapper, ReportsAFailedAllocation) {
-    allocator->serviceError = 2;
-    EXPECT_EQ(Allocate(), nullptr);
-    EXPECT_EQ(stride, -5);
-    EXPECT_THAT(log.Take(), ElementsAre("E Failed to allocate buffer: -8"));
-}
-
 TEST_F(GrallocWrapper, WantsExactlyOneBuffer) {
     for (const size_t buffers : {0, 2}) {
         allocator->buffers = buffers;
@@ -97,6 +89,12 @@ TEST_F(GrallocWrapper, WantsExactlyOneBuffer) {
         EXPECT_EQ(calls.back().rfind("allocate", 0), 0u) << calls.back();
     }
     EXPECT_FALSE(IsOpen(allocator->lastDescriptor));
+
+    // By exception code: -8 is that of every service-specific error.
+    allocator->serviceError = 2;
+    EXPECT_EQ(Allocate(), nullptr);
+    EXPECT_EQ(stride, -5);
+    EXPECT_THAT(log.Take(), ElementsAre("E Failed to allocate buffer: -8"));
 }
 
 TEST_F(GrallocWrapper, WritesTheStrideOfABufferThatIsNotImported) {
