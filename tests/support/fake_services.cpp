@@ -30,21 +30,13 @@ extern "C" AIBinder* __wrap_AServiceManager_checkService(const char* instance) {
 
 namespace test {
 
-namespace {
-
-::ndk::ScopedAStatus Failure() {
-    return ::ndk::ScopedAStatus::fromServiceSpecificError(3);
-}
-
-}  // namespace
-
 void SetService(const std::string& instance, const ::ndk::SpAIBinder& binder, int lookups) {
     Services()[instance] = {binder, binder.get() != nullptr ? lookups : 0};
 }
 
 ::ndk::ScopedAStatus FakeSession::Answer() const {
     if (statusless) return ::ndk::ScopedAStatus();
-    return fails ? Failure() : ::ndk::ScopedAStatus::ok();
+    return ::ndk::ScopedAStatus::fromStatus(fails ? STATUS_DEAD_OBJECT : STATUS_OK);
 }
 
 ::ndk::ScopedAStatus FakeSession::configureOfflineStreams(const ConfigureInfo& info) {
@@ -64,18 +56,10 @@ void SetService(const std::string& instance, const ::ndk::SpAIBinder& binder, in
     return Answer();
 }
 
-::ndk::ScopedAStatus FakeOfflineService::getSupportedOpModes(std::vector<int32_t>*) {
-    return ::ndk::ScopedAStatus::ok();
-}
-
 ::ndk::ScopedAStatus FakeOfflineService::registerClient(int32_t clientId, const Callback& given) {
     clientIds.push_back(clientId);
     callback = given;
-    return fails ? Failure() : ::ndk::ScopedAStatus::ok();
-}
-
-::ndk::ScopedAStatus FakeOfflineService::unregisterClient(int32_t) {
-    return ::ndk::ScopedAStatus::ok();
+    return Answer();
 }
 
 ::ndk::ScopedAStatus FakeOfflineService::openOfflineSession(
@@ -83,9 +67,8 @@ void SetService(const std::string& instance, const ::ndk::SpAIBinder& binder, in
         std::shared_ptr<offline::IOfflineCameraSession>* out) {
     clientNames.push_back(clientName);
     callback = given;
-    if (fails) return Failure();
-    *out = session;
-    return ::ndk::ScopedAStatus::ok();
+    if (!fails) *out = session;
+    return Answer();
 }
 
 }  // namespace test

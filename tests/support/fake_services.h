@@ -57,12 +57,17 @@ class FakeOfflineService : public offline::BnOfflineCameraService {
     std::vector<std::string> clientNames;
     Callback callback;
 
-    ::ndk::ScopedAStatus getSupportedOpModes(std::vector<int32_t>*) override;
+    ::ndk::ScopedAStatus getSupportedOpModes(std::vector<int32_t>*) override { return Answer(); }
     ::ndk::ScopedAStatus registerClient(int32_t clientId, const Callback& given) override;
-    ::ndk::ScopedAStatus unregisterClient(int32_t) override;
+    ::ndk::ScopedAStatus unregisterClient(int32_t) override { return Answer(); }
     ::ndk::ScopedAStatus openOfflineSession(
             const std::string& clientName, const Callback& given,
             std::shared_ptr<offline::IOfflineCameraSession>* out) override;
+
+  private:
+    ::ndk::ScopedAStatus Answer() const {
+        return ::ndk::ScopedAStatus::fromStatus(fails ? STATUS_DEAD_OBJECT : STATUS_OK);
+    }
 };
 
 }  // namespace test
