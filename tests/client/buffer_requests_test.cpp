@@ -39,10 +39,12 @@ class BufferRequests : public ClientTest {
 
 TEST_F(BufferRequests, LendsBuffersUnderFreshIds) {
     rets.resize(5);
-    EXPECT_TRUE(Ask({Request(4, PixelFormat::YCBCR_420_888, 2), Request(5, PixelFormat::BLOB, 1)})
+    EXPECT_TRUE(Ask({Request(4, PixelFormat::YCBCR_420_888, 2), Request(5, PixelFormat::BLOB, 1),
+                     Request(6, PixelFormat::BLOB, -1)})
                         .isOk());
     EXPECT_EQ(static_cast<int>(status), 77);  // never written
-    ASSERT_THAT(rets, SizeIs(2));
+    ASSERT_THAT(rets, SizeIs(3));
+    EXPECT_THAT(Lent(2), IsEmpty());  // a negative number
     EXPECT_EQ(rets[1].stream, Request(5, PixelFormat::BLOB, 1).stream);
     ASSERT_THAT(Lent(0), SizeIs(2));
     EXPECT_EQ(Lent(0)[1].streamId, 4);
@@ -106,15 +108,12 @@ TEST_F(BufferRequests, TakesBuffersBackOnce) {
 }
 
 TEST_F(BufferRequests, ComparesBuffersAsSets) {
-    using Keys = std::vector<std::pair<int32_t, int64_t>>;
-    const auto same = [this](const Keys& resultKeys, const Keys& requestKeys) {
+    const auto same = [this](const Buffers& resultKeys, const Buffers& requestKeys) {
         std::vector<ClientStreamBuffer> result;
         for (const auto& [stream, id] : resultKeys) result.push_back({stream, id});
-        std::vector<StreamBuffer> request(requestKeys.size());
-        for (size_t i = 0; i < request.size(); ++i) {
-            request[i].streamId = requestKeys[i].first;
-            request[i].bufferId = requestKeys[i].second;
-        }
+        std::vector<StreamBuffer> request;
+        for (const auto& [stream, id] : requestKeys)
+            request.push_back({stream, id, {}, {}, {}, {}});
         return client.ContainsTheSameBuffers(&result, &request);
     };
     EXPECT_TRUE(same({{1, 5}, {2, 1}}, {{2, 1}, {1, 5}}));

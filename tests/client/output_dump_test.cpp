@@ -40,7 +40,10 @@ TEST_F(OutputDump, WritesTheBufferAndFreesIt) {
     const char* const memory = around.mapper->Memory(handle);
     const std::string name = "OfflineAidl_CameraId_2_Frame_12_B2Y_Stride[4096]_Scanline[3072].yuv";
     data.Write("offlinecameratest/" + name, std::string(5000, 'o'));
+    Lines beforeWriting;
+    log.AtLine("imageSize", [&] { beforeWriting = around.calls; });
     Dump();
+    EXPECT_THAT(beforeWriting, ElementsAre("lock 2"));
     EXPECT_THAT(data.Dumps(), ElementsAre(name));
     EXPECT_EQ(data.Read("offlinecameratest/" + name), std::string(1000, 'x'));
     EXPECT_THAT(around.calls, ElementsAre("lock 2", "unlock", "freeBuffer"));

@@ -137,6 +137,7 @@ TEST_F(RequestBuilding, ALastFailureEndsIt) {
     EXPECT_EQ(Build(), 5);
     EXPECT_THAT(client.m_offlineRequests, IsEmpty());
     EXPECT_EQ(client.m_allocatedHandles.size(), 6u);  // all inputs, no output
+    EXPECT_EQ(Count(around.calls, "unlock"), 6);
     EXPECT_EQ(Count(log.Take(), "E load source mmf fd frame failed"), 3);
 }
 
@@ -170,15 +171,20 @@ TEST_F(RequestBuilding, AnUnknownAllocationSizeIsZero) {
 TEST_F(RequestBuilding, LoadsNothingForOtherFormatsAndModes) {
     Stream stream;
     stream.id = 4;
-    stream.format = PixelFormat::RGBA_8888;
-    client.m_inputStreams.push_back(stream);
-    stream.format = PixelFormat::YCBCR_420_888;  // in a mode without a source file for it
-    client.m_inputStreams.push_back(stream);
+    // The last one has no source file in this mode.
+    for (const auto format :
+         {PixelFormat::RAW10, PixelFormat::RGBA_8888, PixelFormat::YCBCR_420_888}) {
+        stream.format = format;
+        client.m_inputStreams.push_back(stream);
+    }
+    EXPECT_EQ(Build(), 5);  // of the raw file, which is missing
+    log.Take();
+    data.Write(kRawFile, "");
     EXPECT_EQ(Build(), 0);
     const Lines lines = log.Take();
     EXPECT_EQ(Count(lines, "W please process this stream format 1"), 1);
-    for (const std::string& line : lines) EXPECT_EQ(line.find("open input file"), line.npos);
-    EXPECT_THAT(InputIds(0), ElementsAre(1, 2));
+    for (const std::string& line : lines) EXPECT_EQ(line.find("LoadOffineSourceYUV"), line.npos);
+    EXPECT_THAT(InputIds(0), ElementsAre(1, 2, 3));
 }
 
 TEST_F(RequestBuilding, AModeWithoutStreamsHasOneEmptyFrame) {

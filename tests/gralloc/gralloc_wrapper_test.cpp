@@ -39,6 +39,7 @@ class GrallocWrapper : public ::testing::Test {
 };
 
 TEST_F(GrallocWrapper, AllocatesAndImportsOneBuffer) {
+    const int descriptors = CountOpenDescriptors();
     allocator->stride = 5120;
     native_handle* const buffer = Allocate();
     EXPECT_THAT(calls, ElementsAre("createDescriptor '' 4096x3072 layers 1 format 37 usage 3 "
@@ -66,6 +67,7 @@ TEST_F(GrallocWrapper, AllocatesAndImportsOneBuffer) {
     EXPECT_EQ(out.size(), 0u);
     wrapper.freeBuffer(buffer);
     EXPECT_EQ(mapper->Memory(buffer), nullptr);
+    EXPECT_EQ(CountOpenDescriptors(), descriptors);
     EXPECT_THAT(calls, ElementsAre("lock 2", "unlock", "get some type 10", "get some type 10",
                                    "freeBuffer"));
     EXPECT_THAT(log.Take(), IsEmpty());
@@ -130,6 +132,20 @@ TEST_F(GrallocWrapper, ReportsTheMappersErrors) {
                                         Format("E Failed to unlock buffer %p: 7", buffer),
                                         Format("E Failed to free buffer %p", buffer)));
     native_handle_delete(raw);
+}
+
+TEST_F(GrallocWrapper, AllocatesThroughItsOwnImport) {
+    struct Importing : OfflineCameraGralloc {
+        using OfflineCameraGralloc::OfflineCameraGralloc;
+        native_handle* importBuffer(const hidl_handle& raw) override {
+            imported = OfflineCameraGralloc::importBuffer(raw);
+            return nullptr;
+        }
+        native_handle* imported = nullptr;
+    } importing(allocator, mapper);
+    EXPECT_EQ(importing.allocate(1, 1, PixelFormat::RAW10, BufferUsage::CPU_READ_OFTEN, &stride),
+              nullptr);
+    EXPECT_NE(importing.imported, nullptr);
 }
 
 // Only a failed free is reported, and none ends the process.

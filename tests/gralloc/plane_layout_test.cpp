@@ -126,12 +126,17 @@ TEST_F(PlaneLayout, LogsTheStrideInSamples) {
         int32_t sampleBits, strideBytes;
         const char* logged;
     } cases[] = {{10, 5121, "stride_pixel - 4096, stride_bytes - 5121,"},
-                 {8, (1 << 24) + 1, "stride_pixel - 16777216, stride_bytes - 16777217,"}};
+                 {8, (1 << 24) + 1, "stride_pixel - 16777216, stride_bytes - 16777217,"},
+                 // Beyond the type's range; %d shows its largest value as -1.
+                 {0, 4096, "stride_pixel - -1, stride_bytes - 4096,"},
+                 {8, -4096, "stride_pixel - 0, stride_bytes - -4096,"}};
     for (const auto& layout : cases) {
         planes[0].sampleIncrementBits = layout.sampleBits;
         planes[0].strideBytes = layout.strideBytes;
         Query();
-        EXPECT_THAT(log.Take(), ElementsAre(_, _, HasSubstr("step - 1"), HasSubstr(layout.logged)));
+        EXPECT_THAT(log.Take(),
+                    ElementsAre(_, _, HasSubstr(layout.sampleBits < 8 ? "step - 0" : "step - 1"),
+                                HasSubstr(layout.logged)));
     }
 }
 

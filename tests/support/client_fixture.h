@@ -10,6 +10,7 @@
 #include <memory>
 #include <new>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "client/offlinecameracallbacks.h"
@@ -35,9 +36,8 @@ constexpr char kRawFile[] = "offlinecameratest/4096_3072_RAW10.raw";
 // A client besides the process-wide one; in zeroed storage, as that is.
 using OwnClient = std::unique_ptr<OfflineCameraClient, void (*)(OfflineCameraClient*)>;
 
-inline OwnClient NewClient() {
-    return {new (calloc(1, sizeof(OfflineCameraClient))) OfflineCameraClient(),
-            [](OfflineCameraClient* client) {
+inline OwnClient NewClient(void* storage = calloc(1, sizeof(OfflineCameraClient))) {
+    return {new (storage) OfflineCameraClient(), [](OfflineCameraClient* client) {
                 client->~OfflineCameraClient();
                 free(client);
             }};
@@ -71,13 +71,14 @@ class ClientTest : public ::testing::Test {
         data.Write(kRawFile, "");
     }
 
-    // Delivers a frame's only buffer, of stream 1, as the service would.
-    void DeliverResult(int32_t frameNumber, int64_t bufferId = 1) {
+    // Delivers a frame's buffers, each a stream and an id, as the service would.
+    using Buffers = std::vector<std::pair<int32_t, int64_t>>;
+    void DeliverResult(int32_t frameNumber, const Buffers& buffers = {{1, 1}}) {
         std::vector<OfflineCaptureResult> results(1);
         results[0].frameNumber = frameNumber;
-        results[0].outFrameInfo.buffers.resize(1);
-        results[0].outFrameInfo.buffers[0].streamId = 1;
-        results[0].outFrameInfo.buffers[0].bufferId = bufferId;
+        for (const auto& [streamId, id] : buffers) {
+            results[0].outFrameInfo.buffers.push_back({streamId, id, {}, {}, {}, {}});
+        }
         EXPECT_TRUE(client.m_callback->processCaptureResult(results).isOk());
     }
     void DeliverShutter(int32_t frameNumber) {

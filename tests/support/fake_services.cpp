@@ -3,6 +3,7 @@
 #include "tests/support/fake_services.h"
 
 #include <android/binder_manager.h>
+#include <android/log.h>
 
 #include <map>
 
@@ -30,6 +31,14 @@ extern "C" AIBinder* __wrap_AServiceManager_checkService(const char* instance) {
 
 namespace test {
 
+namespace {
+
+void LogCall(const std::string& call) {
+    __android_log_write(ANDROID_LOG_INFO, "FakeService", call.c_str());
+}
+
+}  // namespace
+
 void SetService(const std::string& instance, const ::ndk::SpAIBinder& binder, int lookups) {
     Services()[instance] = {binder, binder.get() != nullptr ? lookups : 0};
 }
@@ -40,24 +49,25 @@ void SetService(const std::string& instance, const ::ndk::SpAIBinder& binder, in
 }
 
 ::ndk::ScopedAStatus FakeSession::configureOfflineStreams(const ConfigureInfo& info) {
+    LogCall("configureOfflineStreams " + info.cameraId);
     configured.push_back(info);
     return Answer();
 }
 
 ::ndk::ScopedAStatus FakeSession::processOfflineRequest(const Requests& requests, int32_t* out) {
-    ++processed;
+    LogCall("processOfflineRequest");
     if (onProcess) onProcess(requests);
     if (!fails) *out = frameNumber;
     return Answer();
 }
 
 ::ndk::ScopedAStatus FakeSession::closeOfflineSession() {
-    ++closed;
+    LogCall("closeOfflineSession");
     return Answer();
 }
 
 ::ndk::ScopedAStatus FakeOfflineService::registerClient(int32_t clientId, const Callback& given) {
-    clientIds.push_back(clientId);
+    LogCall("registerClient " + std::to_string(clientId));
     callback = given;
     return Answer();
 }
@@ -65,7 +75,7 @@ void SetService(const std::string& instance, const ::ndk::SpAIBinder& binder, in
 ::ndk::ScopedAStatus FakeOfflineService::openOfflineSession(
         const std::string& clientName, const Callback& given,
         std::shared_ptr<offline::IOfflineCameraSession>* out) {
-    clientNames.push_back(clientName);
+    LogCall("openOfflineSession " + clientName);
     callback = given;
     if (!fails) *out = session;
     return Answer();

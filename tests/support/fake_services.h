@@ -1,4 +1,5 @@
-// The service manager's answers, and an offline camera service that answers as told.
+// The service manager's answers, and an offline camera service that answers as told and logs every
+// call.
 #pragma once
 
 #include <aidl/vendor/zel/hardware/camera/offlinecamera/BnOfflineCameraService.h>
@@ -34,8 +35,6 @@ class FakeSession : public offline::BnOfflineCameraSession {
     std::function<void(const Requests&)> onProcess;  // before the answer
 
     std::vector<ConfigureInfo> configured;
-    int processed = 0;
-    int closed = 0;
 
     ::ndk::ScopedAStatus configureOfflineStreams(const ConfigureInfo& info) override;
     ::ndk::ScopedAStatus processOfflineRequest(const Requests& requests, int32_t* out) override;
@@ -53,8 +52,6 @@ class FakeOfflineService : public offline::BnOfflineCameraService {
     bool fails = false;
     std::shared_ptr<FakeSession> session = ::ndk::SharedRefBase::make<FakeSession>();
 
-    std::vector<int32_t> clientIds;
-    std::vector<std::string> clientNames;
     Callback callback;
 
     ::ndk::ScopedAStatus getSupportedOpModes(std::vector<int32_t>*) override { return Answer(); }

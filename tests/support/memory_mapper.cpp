@@ -55,15 +55,14 @@ Return<void> MemoryMapper::createDescriptor(const BufferDescriptorInfo& info,
             static_cast<unsigned long>(info.usage), static_cast<unsigned long>(info.reservedSize));
     const Error error = Called("createDescriptor", text);
     if (Status transport = Transport("createDescriptor"); !transport.isOk()) return transport;
-    const std::vector<uint8_t> descriptor(text.begin(), text.end());
-    cb(error, error == Error::NONE ? descriptor : std::vector<uint8_t>());
+    cb(error, std::vector<uint8_t>(text.begin(), text.end()));
     return fake::Void();
 }
 
 Return<void> MemoryMapper::importBuffer(const fake::hidl_handle& raw, importBuffer_cb cb) {
     const Error error = Called("importBuffer");
     if (Status transport = Transport("importBuffer"); !transport.isOk()) return transport;
-    native_handle_t* imported = nullptr;
+    void* imported = this;
     if (error == Error::NONE) {
         EXPECT_NE(raw.getNativeHandle(), nullptr);
         imported = native_handle_clone(raw.getNativeHandle());
@@ -90,7 +89,7 @@ Return<void> MemoryMapper::lock(void* buffer, uint64_t usage, const fake::IMappe
     EXPECT_EQ(fence.getNativeHandle(), nullptr);
     const Error error = CalledOn(buffer, "lock", Format(" %lu", static_cast<unsigned long>(usage)));
     if (Status transport = Transport("lock"); !transport.isOk()) return transport;
-    cb(error, error == Error::NONE ? Memory(buffer) : nullptr);
+    cb(error, Memory(buffer));
     return fake::Void();
 }
 

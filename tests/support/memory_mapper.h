@@ -28,7 +28,8 @@ class MemoryMapper : public fake::FakeMapper {
     // The memory of an imported handle; null for any other.
     char* Memory(const void* buffer);
 
-    // What is told, by operation name: an error to answer with, and a failure of the transport.
+    // What is told, by operation name: an error to answer with, which comes together with a result
+    // that must not be taken, and a failure of the transport.
     std::map<std::string, fake::Error> errors;
     std::set<std::string> broken;
     bool remote = false;
