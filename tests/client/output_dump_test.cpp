@@ -142,17 +142,6 @@ TEST_F(OutputDump, LooksForTheBufferByItsWholeId) {
     EXPECT_THAT(client.m_captureRequests[77].buffers, IsEmpty());
 }
 
-TEST_F(OutputDump, HandlesEveryBufferOfTheId) {
-    native_handle* const first = Prepare(35);
-    auto entries = client.m_captureRequests[kStreamId].buffers;
-    Prepare(35);
-    client.m_captureRequests[kStreamId].buffers.push_back(entries[0]);
-    Dump();
-    EXPECT_THAT(around.calls,
-                ElementsAre("lock 2", "unlock", "freeBuffer", "lock 2", "unlock", "freeBuffer"));
-    EXPECT_EQ(around.mapper->Memory(first), nullptr);
-}
-
 TEST_F(OutputDump, DiesOfAFrameBeyond31Bits) {
     Prepare(33);
     client.m_captureRequests[kStreamId].width = 32768;

@@ -97,27 +97,6 @@ TEST_F(Submission, WaitsForItsOwnFrameDumpsItAndLogsEveryStep) {
                                           "Scanline[0].yuv"));
 }
 
-TEST_F(Submission, FindsAtOnceWhatCameBeforeTheWait) {
-    ConfigureB2Y();
-    around.session->onProcess = [this](const auto&) {
-        DeliverShutter(7);
-        DeliverResult(7);
-    };
-    ASSERT_EQ(client.ProcessOfflineRequest(), 0);
-    log.Take();
-    client.WaitCaptureResultCompleted();
-    Lines lines = log.Take();
-    lines.resize(7);
-    EXPECT_EQ(lines,
-              (Lines{"I WaitCaptureResultCompleted result frameNum is 7",
-                     "I WaitForShutter frame 7 time 5000", "I WaitForResult result timeout_ms 5000",
-                     "I ContainsTheSameBuffers result streamId  1 bufferId  1",
-                     "I ContainsTheSameBuffers request streamId  1 bufferId  1",
-                     "I IsResultReceivedLocked sucessfully",
-                     "I WaitCaptureResultCompleted status is 0"}));
-    EXPECT_EQ(data.Dumps().size(), 1u);
-}
-
 // The first of two requests gets another frame's shutter and other buffers; waits for the real
 // limits.
 TEST_F(Submission, GoesOnAfterATimeOutDumpsEveryBufferAndFreesEveryInput) {

@@ -121,9 +121,9 @@ TEST_F(Driver, WritesEachLineAtOnce) {
         fflush(stdout);
         const int saved = dup(1);
         dup2(ends[0], 1);
+        Drive({"-t", "callback"});
         Drive({});
         Drive({"-t", "b2y"});
-        Drive({"-t", "callback"});
         fflush(stdout);
         dup2(saved, 1);
         shutdown(ends[0], SHUT_WR);
@@ -132,7 +132,7 @@ TEST_F(Driver, WritesEachLineAtOnce) {
         for (ssize_t size = 0; (size = read(ends[1], bytes, sizeof bytes)) > 0;) {
             written.emplace_back(bytes, static_cast<size_t>(size));
         }
-        EXPECT_THAT(written, SizeIs(4 + 1 + 8 + 3));  // hint; command and help; the run's lines
+        EXPECT_THAT(written, SizeIs(3 + 4 + 1 + 8));  // the run's; hint; command and help
         for (const std::string& line : written) EXPECT_EQ(line.find('\n'), line.size() - 1);
     });
 }

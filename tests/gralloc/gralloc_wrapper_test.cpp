@@ -134,20 +134,6 @@ TEST_F(GrallocWrapper, ReportsTheMappersErrors) {
     native_handle_delete(raw);
 }
 
-TEST_F(GrallocWrapper, AllocatesThroughItsOwnImport) {
-    struct Importing : OfflineCameraGralloc {
-        using OfflineCameraGralloc::OfflineCameraGralloc;
-        native_handle* importBuffer(const hidl_handle& raw) override {
-            imported = OfflineCameraGralloc::importBuffer(raw);
-            return nullptr;
-        }
-        native_handle* imported = nullptr;
-    } importing(allocator, mapper);
-    EXPECT_EQ(importing.allocate(1, 1, PixelFormat::RAW10, BufferUsage::CPU_READ_OFTEN, &stride),
-              nullptr);
-    EXPECT_NE(importing.imported, nullptr);
-}
-
 // Only a failed free is reported, and none ends the process.
 TEST_F(GrallocWrapper, SurvivesAMapperThatIsGone) {
     native_handle* const buffer = Allocate();
