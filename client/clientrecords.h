@@ -12,7 +12,7 @@
 
 namespace vendor::zel::hardware::camera::offlinecamera::implementation {
 
-// One buffer of a result: which one it is. Of its handle and fences nothing is kept.
+// Identifies one buffer of a result. Its handle and fences are not kept.
 struct ClientStreamBuffer {
     int32_t streamId = 0;
     int64_t bufferId = 0;
@@ -32,7 +32,7 @@ struct ClientFrameInfo {
     int32_t numPartialMetadata = 0;
 
     // Kept: points into the call that delivered the result, and dangles once that has returned.
-    // Null for none and for a corrupt one.
+    // Null when there is no metadata or when it is corrupt.
     const camera_metadata_t* pMetadata = nullptr;
 };
 

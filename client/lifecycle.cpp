@@ -4,6 +4,8 @@
 #include <android/binder_interface_utils.h>
 #include <android/binder_manager.h>
 
+#include <memory>
+
 #include "gralloc/clientlog.h"
 #include "gralloc/graphicsstartup.h"
 #include "offlinecameracallbacks.h"

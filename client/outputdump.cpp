@@ -64,11 +64,11 @@ uint32_t BlobSpan(uint32_t width, uint32_t height) {
     return static_cast<uint32_t>(bytes);
 }
 
-// Number of bytes to write of a locked BLOB buffer. Its span is two bytes per pixel, of which the
-// last eight say how long the JPEG is.
+// Number of bytes to write of a locked BLOB buffer: the length of the JPEG, as a trailer says. The
+// trailer is the last eight bytes of the buffer's span, which is two bytes per pixel.
 //
-// Kept: for a JPEG below kMinJpegSize it is not that length but twice the span, which may end
-// behind the buffer, in the JFIF data space, and a third of the span in any other.
+// Kept: a length below kMinJpegSize is not used. In the JFIF data space twice the span is written
+// instead, which may go beyond the buffer; in any other, a third of the span.
 uint32_t BlobImageSize(const ClientCaptureRequest& request, const char* address) {
     const uint32_t bufSize = BlobSpan(request.width, request.height);
     CameraBlob trailer;
@@ -76,7 +76,7 @@ uint32_t BlobImageSize(const ClientCaptureRequest& request, const char* address)
     memcpy(&trailer.blobSizeBytes, address + bufSize - 4, sizeof(trailer.blobSizeBytes));
 
     uint32_t imageSize = 0;
-    // Signed, as the field is: garbage with the top bit set is below the least size, too.
+    // Signed, as the field is: garbage with the top bit set counts as too small.
     if (trailer.blobSizeBytes >= static_cast<int32_t>(kMinJpegSize)) {
         imageSize = static_cast<uint32_t>(trailer.blobSizeBytes);
     } else if (request.dataSpace == Dataspace::JFIF) {

@@ -4,6 +4,7 @@
 
 #include <mutex>
 #include <utility>
+#include <vector>
 
 #include "gralloc/clientlog.h"
 #include "offlinecameracallbacks.h"

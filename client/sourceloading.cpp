@@ -9,6 +9,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <string>
+#include <vector>
 
 #include "gralloc/clientlog.h"
 #include "openfile.h"
@@ -128,8 +129,8 @@ void OfflineCameraClient::LoadOffineInputMetadata(std::vector<uint8_t>* metadata
         uint32_t size = 0;
         if (stat(kMetadataDumpPath, &info) == 0) {
             size = static_cast<uint32_t>(info.st_size);
-            // With room for the size word that CopyRecordedSize reads, and zeroed, as the file may
-            // hold less than that.
+            // At least as long as the size word that CopyRecordedSize reads; zeroed, as the file
+            // may end early.
             block = static_cast<uint8_t*>(calloc(1, std::max<size_t>(size, sizeof(uint32_t))));
             if (block != nullptr) {
                 const size_t items = fread(block, size, 1, file.get());
@@ -148,8 +149,9 @@ void OfflineCameraClient::LoadOffineInputMetadata(std::vector<uint8_t>* metadata
 
 void OfflineCameraClient::BuildJpegOrientationMetadata(std::vector<uint8_t>* metadata) {
     constexpr int32_t kOrientation = 90;
-    camera_metadata_t* block = allocate_camera_metadata(kJpegMetadataEntries, kJpegMetadataBytes);
-    // Also for a null block, which it refuses.
+    camera_metadata_t* const block =
+            allocate_camera_metadata(kJpegMetadataEntries, kJpegMetadataBytes);
+    // Kept: before the test for null; a null block is refused.
     add_camera_metadata_entry(block, ANDROID_JPEG_ORIENTATION, &kOrientation, 1);
     if (block != nullptr) {
         const auto* bytes = reinterpret_cast<const uint8_t*>(block);

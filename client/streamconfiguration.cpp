@@ -51,7 +51,7 @@ StreamRow JpegOutput(uint32_t id) {
     row.usage = BufferUsage::CPU_READ_OFTEN;
     row.format = PixelFormat::BLOB;
     row.dataSpace = Dataspace::JFIF;
-    row.bufferSize = row.width * row.height * 2;  // enough for any JPEG of the frame
+    row.bufferSize = row.width * row.height * 2;  // room for any JPEG of the frame
     return row;
 }
 

@@ -67,14 +67,13 @@ enum OpMode : int32_t { kB2Y = 0, kY2J = 1, kY2Y = 2, kMMF = 3, kQLL = 4, kR2R =
 inline const std::string kOfflineDataDirectory = "/data/vendor/camera/offlinecameratest/";
 
 // The main thread runs a test and is the only one that waits. Meanwhile the service calls the
-// callback object on binder threads, which changes the client:
-// - m_resultFrameInfos: guarded by m_resultLock, except while WaitCaptureResultCompleted dumps;
-// - m_notifyMessages: replaced without a lock, see notify();
-// - m_allocatedHandles, by AllocateStreamBuffer for the buffers that it lends: without a lock that
-//   the main thread takes.
+// callback object on binder threads, and it changes three members:
+// - m_resultFrameInfos, under m_resultLock. The main thread takes this lock, too, except for dumps.
+// - m_notifyMessages, without a lock: see notify() in resultcallbacks.cpp.
+// - m_allocatedHandles, when it lends a buffer, without a lock that the main thread takes.
 //
 // Kept: service and session references are not tested before most calls. Without a service, the
-// process dies at the first one; the constructor's error line is the only diagnosis.
+// process dies at the first call; the constructor's error line is the only diagnosis.
 class OfflineCameraClient {
   public:
     class OfflineCameraCallBacks;  // offlinecameracallbacks.h
@@ -95,7 +94,7 @@ class OfflineCameraClient {
     // Makes the callback known to the service. Logs the same whether that works or not.
     void registerClient(int32_t clientId);
 
-    // Opens a session. After a failure, only its log line is missing.
+    // Opens a session. The only sign of a failure is that the log line is missing.
     void OpenOfflineSession(std::string clientName);
 
     // Closes the session, if there is one. Its reference stays until the client's destruction.
@@ -149,8 +148,8 @@ class OfflineCameraClient {
     static int32_t LoadOffineSourceYUVFrame(const char* path, char* buffer, uint32_t width,
                                             uint32_t height);
 
-    // Reads `scanline` rows of `stride` bytes of the RAW10 file into a locked buffer. Returns the
-    // same.
+    // Reads `scanline` rows of `stride` bytes of the RAW10 file into a locked buffer. Returns as
+    // above.
     static int32_t LoadOffineSourceRawFrame(char* buffer, int32_t stride, int32_t scanline);
 
     // Replaces a frame's metadata by the dump file's; leaves it alone when there is none.
@@ -175,12 +174,12 @@ class OfflineCameraClient {
     // the status of the last load.
     int32_t InitOfflineRequest(const OfflineSessionConfigureInfo* streamConfig);
 
-    // Metadata and filled input buffers of the request's frame number `frame`, from 0. *status
-    // becomes that of the last load, if anything is loaded.
+    // Builds a request's frame `frame`, from 0: its metadata and its filled input buffers. Sets
+    // *status to that of the last load, if there is one.
     OfflineFrameInfo BuildInputFrame(size_t frame, int32_t* status);
 
-    // Fills a locked buffer from the source file for the mode and the stream's format. If there is
-    // one, *status becomes what its loader returned.
+    // Fills a locked buffer from the source file for the mode and the stream's format, and sets
+    // *status to the loader's result. Without such a file, leaves both alone.
     void LoadSourceFrame(const Stream& stream, const AllocatedBuffer& buffer, void* address,
                          int32_t* status);
 
@@ -188,7 +187,7 @@ class OfflineCameraClient {
     // binder threads.
     AllocatedBuffer AllocateStreamBuffer(const Stream& stream);
 
-    // What is sent of a buffer, with duplicates of its descriptors.
+    // The buffer as it is sent, with duplicates of its descriptors.
     static StreamBuffer MakeStreamBuffer(const Stream& stream, int64_t bufferId,
                                          const native_handle* handle);
 
@@ -197,6 +196,7 @@ class OfflineCameraClient {
 
     // --- submission.cpp ------------------------------------------------------------------------
 
+    // The waits take m_resultLock; callers of the other two hold it.
     bool WaitForShutter(int32_t frameNumber, uint32_t timeout_ms);
     bool IsShutterReceivedLocked(int32_t frameNumber);
     int32_t WaitForResult(OfflineRequestInfo* request, uint32_t timeout_ms);

@@ -66,8 +66,8 @@ struct Options {
     int exitStatus = 0;
 };
 
-// Kept: -h, an unknown option or a missing argument is an error only as the first option. After a
-// -t, each of them ends the program with status 0.
+// Kept: -h, an unknown option and a missing argument end the program with status -1 when they come
+// first, and with 0 after a -t.
 Options ParseOptions(int argc, char** argv) {
     constexpr char kOptions[] = "t:h";
     int option = getopt(argc, argv, kOptions);

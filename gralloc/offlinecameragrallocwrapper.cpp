@@ -23,8 +23,8 @@ using HidlPixelFormat = ::android::hardware::graphics::common::V1_2::PixelFormat
 
 namespace {
 
-// For a call whose callback says enough: it is not called when the transport fails. A failed Return
-// that is destroyed without having been examined ends the process.
+// Lets a failed transport pass, as the callback was not called then, which says enough. A failed
+// Return ends the process if it is destroyed without having been examined.
 template <class ReturnT>
 void IgnoreTransport(const ReturnT& ret) {
     static_cast<void>(ret.isOk());
@@ -77,7 +77,7 @@ bool OfflineCameraGrallocWrapper<AllocatorT, MapperT, SharedPtrT>::Succeeded(
 template <class AllocatorT, class MapperT, template <class> class SharedPtrT>
 native_handle* OfflineCameraGrallocWrapper<AllocatorT, MapperT, SharedPtrT>::allocate(
         uint32_t width, uint32_t height, PixelFormat format, BufferUsage usage, int32_t* stride) {
-    // Empty after a failure, and given to the allocator all the same, which refuses it.
+    // After a failure an empty descriptor goes to the allocator, which refuses it.
     const std::vector<uint8_t> descriptor = getDescriptor(width, height, format, usage);
 
     AllocationResult result;
@@ -97,12 +97,13 @@ native_handle* OfflineCameraGrallocWrapper<AllocatorT, MapperT, SharedPtrT>::all
         return nullptr;
     }
 
-    // The raw handle borrows the descriptors of `result`, which closes them: they stay open here.
+    // The raw handle borrows its descriptors from `result`, which closes them. Only its structure
+    // is deleted here.
     const auto& aidlHandle = result.buffers[0];
-    native_handle* raw = aidlHandle.fds.empty() && aidlHandle.ints.empty()
-                                 ? nullptr
-                                 : ::android::makeFromAidl(aidlHandle);
-    native_handle* imported = importBuffer(hidl_handle(raw));
+    native_handle* const raw = aidlHandle.fds.empty() && aidlHandle.ints.empty()
+                                       ? nullptr
+                                       : ::android::makeFromAidl(aidlHandle);
+    native_handle* const imported = importBuffer(hidl_handle(raw));
     *stride = result.stride;
     native_handle_delete(raw);
     return imported;

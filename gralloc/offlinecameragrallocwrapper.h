@@ -51,7 +51,7 @@ class OfflineCameraGrallocWrapper {
     // Replaces *out by the encoded metadata; leaves it alone after a failure.
     virtual void get(native_handle* buffer, const MetadataType& type, Metadata* out);
 
-    // Borrows `raw`, which has not been imported, for the call. Returns the imported handle, or
+    // Borrows `raw`, a handle that is not imported, for the call. Returns the imported one, or
     // null.
     virtual native_handle* importBuffer(const ::android::hardware::hidl_handle& raw);
 
