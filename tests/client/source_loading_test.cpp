@@ -1,5 +1,6 @@
 // Source files: what is read of them, and each way in which one is wrong.
 
+#include "tests/host/libhidlbase/open_descriptors.h"
 #include "tests/support/client_fixture.h"
 
 using ::testing::StartsWith;
@@ -23,6 +24,8 @@ const std::string kMetadataRead = "I LoadOffineInputMetadata: read meta from dum
 
 class SourceLoading : public ::testing::Test {
   public:
+    ~SourceLoading() override { EXPECT_EQ(CountOpenDescriptors(), descriptors); }
+
     int32_t LoadYuv(uint32_t width, uint32_t height) {
         return OfflineCameraClient::LoadOffineSourceYUVFrame(kYuvPath.c_str(), buffer.data(), width,
                                                              height);
@@ -39,6 +42,7 @@ class SourceLoading : public ::testing::Test {
 
     LogCapture log;
     DataFolder data;
+    const int descriptors = CountOpenDescriptors();
     std::string buffer = std::string(256, '\0');
 };
 
