@@ -42,8 +42,9 @@ base::Result<Log> ReadLog(const std::string& path, int64_t startedUs = 0);
 // One binder transaction as the tool's process saw it.
 struct Call {
     int64_t startUs = 0;
-    int64_t durationUs = 0;
-    int pid = 0;
+    int64_t durationUs = 0;  // 0 until it has ended
+    int pid = 0;             // of the tool
+    int tid = 0;
     bool incoming = false;  // a service called the tool
     bool oneway = false;
     std::string peer;  // "7/offlinecamerase": process and its name as far as the system keeps it
@@ -51,7 +52,10 @@ struct Call {
     std::string method;
     uint64_t bytes = 0;
     uint64_t descriptors = 0;
-    std::string status;  // "OK", or the name of the transaction's failure
+    std::string status;  // "OK" or the name of the transaction's failure; empty: it has not ended
+    std::string answer;  // "EX_SERVICE_SPECIFIC 5: message", where the reply's status is not OK
+
+    bool Succeeded() const { return status == "OK" && answer.empty(); }
 };
 
 inline constexpr size_t kMaxCalls = 20'000;

@@ -74,42 +74,52 @@ TEST_F(RunLog, KeepsBothEndsAndTheErrorsOfALongLog) {
     EXPECT_EQ(log.lines[kKeptAtEachEnd + 1].message, "50000");
 }
 
-TEST_F(RunLog, OrdersCallsByTheirStartAndCountsDamagedLines) {
+std::string TextOf(const Call& call) {
+    return std::to_string(call.pid) + " " + std::to_string(call.tid) +
+           (call.incoming ? " from " : " to ") + call.peer + (call.oneway ? " oneway " : " ") +
+           call.interface + " " + call.method + " " + std::to_string(call.bytes) + " " +
+           std::to_string(call.descriptors) + " " + std::to_string(call.durationUs) + " <" +
+           call.status + "> <" + call.answer + ">";
+}
+
+TEST_F(RunLog, JoinsBothLinesOfACallAndOrdersCallsByTheirStart) {
+    const std::string in =
+            "00:00:02.000000 24 25 <- 7/peer a.b.ICallback.notify oneway 184 bytes "
+            "1 fds ";
+    const std::string out = "00:00:01.000000 24 24 -> 2/manager ?.(descriptor) 0 bytes 0 fds ";
+    const std::string hung = "00:00:03.000000 24 24 -> 7/peer a.b.C.d 10 bytes 0 fds begins\n";
     const Trace trace =
-            ReadTrace(File("00:00:02.000000 24 <- 7/peer a.b.ICallback.notify oneway 184 bytes 1 "
-                           "fds begins\n"
-                           "00:00:02.000000 24 <- 7/peer a.b.ICallback.notify oneway 184 bytes 1 "
-                           "fds 44 us DEAD\n"
-                           "00:00:01.000000 25 -> 2/manager ?.(descriptor) 0 bytes 0 fds 58 us OK, "
-                           "answered EX_ILLEGAL_STATE: no\n"
-                           "00:00:03.000000 24 -> 2/manager a.b.C.d 10 bytes 0 fds "
+            ReadTrace(File(in + "begins\n" + out + "begins\n" + hung + in + "44 us DEAD\n" + out +
+                           "58 us OK, answered EX_ILLEGAL_STATE: no\n" + in +
                            "5\n\n00:00:03.000000 24"))
                     .Value();
     EXPECT_EQ(trace.unreadable, 3u);
-    ASSERT_THAT(trace.calls, SizeIs(2));
-    const Call& first = trace.calls[0];
-    EXPECT_EQ(first.peer + " " + first.interface + " " + first.method, "2/manager ? (descriptor)");
-    EXPECT_FALSE(first.incoming || first.oneway);
-    const Call& second = trace.calls[1];
-    EXPECT_TRUE(second.incoming && second.oneway);
-    EXPECT_EQ(second.interface + " " + second.status, "a.b.ICallback DEAD");
-    EXPECT_EQ(second.startUs - first.startUs, 1'000'000);
-    EXPECT_EQ(second.bytes * 1000 + second.durationUs, 184'044u);
+    Words calls;
+    for (const Call& call : trace.calls) calls.push_back(TextOf(call));
+    EXPECT_THAT(calls, ElementsAre("24 24 to 2/manager ? (descriptor) 0 0 58 <OK> "
+                                   "<EX_ILLEGAL_STATE: no>",
+                                   "24 25 from 7/peer oneway a.b.ICallback notify 184 1 44 <DEAD> "
+                                   "<>",
+                                   "24 24 to 7/peer a.b.C d 10 0 0 <> <>"));
+    EXPECT_EQ(trace.calls[1].startUs - trace.calls[0].startUs, 1'000'000);
 }
 
-// A run in which everything takes 10 us. A text that begins with '>' or '<' is a call out or in,
-// one with '*' a line of another thread, one with '!' an error.
+// A run in which everything takes 10 us. A text that begins with '>' is a call of the main thread,
+// which takes as long as 3 other things where it ends in "...", and one that ends in "?" no end;
+// with '*' it is a line of another thread, with '!' an error.
 struct Made {
     explicit Made(const Words& texts) {
         for (const std::string& text : texts) {
             now += 10;
             const std::string rest = text.substr(1);
-            if (text[0] == '>' || text[0] == '<') {
+            if (text[0] == '>') {
+                const size_t end = rest.find_first_of(".?");
                 Call& call = calls.emplace_back();
                 call.startUs = now;
-                call.durationUs = text[0] == '<' ? 50 : 1;
-                call.incoming = text[0] == '<';
-                call.method = rest;
+                call.durationUs = rest.find('.') == std::string::npos ? 1 : 35;
+                call.tid = 24;
+                call.method = rest.substr(0, end);
+                call.status = rest.find('?') == std::string::npos ? "OK" : "";
             } else {
                 Line& line = log.emplace_back();
                 line.timeUs = now;
@@ -137,32 +147,33 @@ struct Made {
     Facts facts;
 };
 
-const Words kRun = {
-        "main: offline camera client connect to service ",
-        "main: offline camera client opMode 0",
-        "OpenOfflineSession",
-        "stream size:2, sizeof(Stream):120",
-        ">allocate",
-        ">allocate",
-        "output streamId 1, bufferStride 64, bufferScanline 9, buffer 0x1 width 40, height 30 "
-        "bufferSize  1234567",
-        "WaitForShutter frame 1 time 5000",
-        "*notify: callback notify",
-        "WaitForShutter frame 1 received 0",
-        "WaitForResult result timeout_ms 5000",
-        "<requestStreamBuffers",
-        ">allocate",
-        "WaitForResult received is 1",
-        "WaitCaptureResultCompleted status is 0",
-        "CloseOfflineSession"};
+const Words kRun = {"main: offline camera client connect to service ",
+                    "main: offline camera client opMode 0",
+                    ">openOfflineSession...",  // while it serves a call, which lends a buffer
+                    ">allocate",
+                    "buffer allocationsize: 1",
+                    "streamId 1",
+                    "OpenOfflineSession",
+                    "stream size:2, sizeof(Stream):120",
+                    ">allocate",
+                    ">allocate",
+                    "output streamId 1, bufferStride 64",
+                    "WaitForShutter frame 1 time 5000",
+                    "*notify: callback notify",
+                    "WaitForShutter frame 1 received 0",
+                    "WaitForResult result timeout_ms 5000",
+                    "*buffer allocationsize: 1",
+                    "WaitForResult received is 1",
+                    "WaitCaptureResultCompleted status is 0",
+                    "CloseOfflineSession"};
 
 TEST_F(RunLog, TellsTheStepsOfARun) {
     const Made run(kRun);
-    EXPECT_THAT(run.Texts(),
-                ElementsAre("device", "start-up", "open", "configure: 2 streams", "allocate",
-                            "allocate: output stream 1: 40 × 30, 1,234,567 bytes",
-                            "?shutter: waits 5000 ms at most", "result: waits 5000 ms at most",
-                            "close"));
+    EXPECT_THAT(run.Texts(), ElementsAre("device", "start-up", "open",
+                                         "configure: stream size:2, sizeof(Stream):120", "allocate",
+                                         "allocate: output streamId 1, bufferStride 64",
+                                         "?shutter: WaitForShutter frame 1 time 5000",
+                                         "result: WaitForResult result timeout_ms 5000", "close"));
     int64_t end = 0;
     for (const Phase& phase : FindPhases(run.log, run.calls, run.facts, run.now + 10, false)) {
         EXPECT_EQ(phase.startUs, end);
@@ -174,13 +185,17 @@ TEST_F(RunLog, TellsTheStepsOfARun) {
     EXPECT_EQ(FindPhases(run.log, {}, run.facts, 25, false).back().endUs, 25);
     EXPECT_THAT(FindPhases({}, run.calls, {}, 25, false), IsEmpty());
 
-    EXPECT_THAT(
-            Made({"main: offline camera client opMode 0", "stream size:2", "!FAILED"}).Texts(true),
-            ElementsAre("device", "!open: no session was opened", "#configure: 2 streams"));
+    EXPECT_THAT(Made({"main: offline camera client opMode 0", "stream size:2", "!FAILED"}).Texts(),
+                ElementsAre("device", "!open", "!configure: stream size:2"));
+    // What is told during a call that never ends is told of it.
+    EXPECT_THAT(Made({"ProcessOfflineRequest", ">processOfflineRequest?", ">allocate"}).Texts(true),
+                ElementsAre("device", "fill", "#submit"));
     // A shutter that came before the wait has no line of its own.
-    EXPECT_THAT(
-            Made({"WaitForShutter frame 1 time 50", "WaitForResult result timeout_ms 50"}).Texts(),
-            ElementsAre("device", "shutter: waits 50 ms at most", "result: waits 50 ms at most"));
+    EXPECT_THAT(Made({"WaitForShutter frame", "WaitForShutter frame 1 time 50",
+                      "WaitForResult result timeout_ms 50"})
+                        .Texts(),
+                ElementsAre("device", "shutter: WaitForShutter frame",
+                            "result: WaitForResult result timeout_ms 50"));
     EXPECT_EQ(DifferentErrors(Made({"!a", "!b", "!a"}).log)[0].count, 2u);
 }
 

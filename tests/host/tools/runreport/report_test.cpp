@@ -159,53 +159,65 @@ TEST_F(Report, NamesWhatItCouldNotRead) {
     EXPECT_EQ(RunProgram({RUNREPORT, "--started=soon", "--summary"}).status, 2);
 }
 
-// A hand for the timeline of a run of one second: it notes the numbers of the axis at each step.
+// A hand for the page of a run of one second, in which the tool works from 0.4 to 0.6 s: it notes
+// the numbers of the axis and the lines of the log at each step.
 constexpr char kHand[] = R"(<script>
 const words = (selector) => [...document.querySelectorAll(selector)].map((one) => one.textContent);
-const steps = [];
-const note = () => steps.push(words('.axis span').filter(Boolean).join(' '));
-const hand = document.querySelector('.lanes');
-hand.setPointerCapture = () => {};  // there is no real pointer to capture
-const [zoomIn, zoomOut] = document.querySelectorAll('#timeline button');
-const point = (type, part) => {
-    const {left, width} = document.querySelector('.plot').getBoundingClientRect();
-    hand.dispatchEvent(new PointerEvent(type, {button: 0, clientX: left + part * width}));
+const axes = [], lines = [];
+const look = () => axes.push(words('.axis span').filter(Boolean).join(' '));
+const read = () => lines.push(words('.row:not([hidden]) .message').length);
+const button = (name) => [...document.querySelectorAll('button')]
+        .find(({textContent}) => textContent === name);
+const choose = (name, value) => {
+    const filter = document.querySelector(`[name=${name}]`);
+    filter.value = value;
+    filter.dispatchEvent(new Event('input'));
 };
-const drag = (from, to) => { point('pointerdown', from); point('pointerup', to); };
-note(); zoomIn.click(); note(); zoomOut.click(); note();
-drag(0.8, 0.4); note(); hand.dispatchEvent(new MouseEvent('dblclick')); note();
-const seen = {steps, lines: words('.message'), verdict: words('h1'), problems: words('article h3')};
-document.body.append(`FACTS${JSON.stringify(seen)}FACTS`);
+look(); button('Tool only').click(); look(); button('Whole run').click(); look();
+button('Start-up').click(); look();
+read(); choose('priority', 'E'); read(); choose('text', 'ONERROR'); read();
+choose('from', 'services'); read();
+addEventListener('hashchange', () => {
+    read();
+    const seen = {axes, lines, verdict: words('h1'), problems: words('article h3'),
+                  found: words(':target .message')};
+    document.body.append(`FACTS${JSON.stringify(seen)}FACTS`);
+});
+document.querySelector('article a').click();
 </script>)";
 
 TEST_F(Report, IsAPageThatLetsNothingActAsMarkup) {
     const std::string script = "</script><script>console.error('ran')</script><!--<script>";
     const std::string image = "<img src=x onerror=console.error('ran')>";
     std::ofstream(Path("run.log"))
-            << "11-21 21:58:30.041711    24    24 I T: a line\n"
-            << "11-21 21:58:30.041711    24    24 E " << image << ": " << script << "\n"
-            << "11-21 21:58:30.041712    24    24 E T: \xff\xfe " << image << "\n";
+            << "11-21 21:58:30.000000     2     2 Q T: no log line\n"
+            << "11-21 21:58:30.000000    24    24 I T: a line\n"
+            << "11-21 21:58:30.400000    24    24 I T: main: offline camera client connect to "
+               "service \n"
+            << "11-21 21:58:30.500000    24    24 E " << image << ": " << script << "\n"
+            << "11-21 21:58:30.500000    24    24 E T: \xff\xfe " << image << "\n"
+            << "11-21 21:58:30.500000    24    24 E T: another\n"
+            << "11-21 21:58:30.600000    24    24 I T: main: offline camera client exit\n";
     std::ofstream(Path("a\"'<b>.yuv")) << "short";
-    Make({"--started=1000", "--ended=1001", "--log=" + Path("run.log"),
-          "--dump=" + Path("a\"'<b>.yuv"), "--option=" + script, "--", "x", image});
+    Make({"--ended=1", "--log=" + Path("run.log"), "--dump=" + Path("a\"'<b>.yuv"),
+          "--option=" + script, "--", "x", image});
     std::ofstream(Path("report.html"), std::ios::app) << kHand;
-    const Finished shown =
-            RunProgram({"chromium", "--headless", "--no-sandbox", "--disable-gpu", "--disable-quic",
-                        "--no-first-run", "--disable-background-networking",
-                        "--disable-component-update", "--disable-sync", "--disable-dev-shm-usage",
-                        "--enable-logging=stderr", "--user-data-dir=" + Path("browser"),
-                        "--dump-dom", "file://" + Path("report.html") + "#priority=E&text=onerror"},
-                       {{"HOME", Path("browser")}});
+    const Finished shown = RunProgram(
+            {"chromium", "--headless", "--no-sandbox", "--disable-gpu", "--disable-quic",
+             "--no-first-run", "--disable-background-networking", "--disable-component-update",
+             "--disable-sync", "--disable-dev-shm-usage", "--enable-logging=stderr",
+             "--user-data-dir=" + Path("browser"), "--dump-dom", "file://" + Path("report.html")},
+            {{"HOME", Path("browser")}});
     EXPECT_THAT(shown.err, Not(HasSubstr("CONSOLE")));
     EXPECT_THAT(shown.out, Not(HasSubstr("<img src=\"x")));
     EXPECT_THAT(shown.out, HasSubstr("a\"'&lt;b&gt;.yuv </div>"));
     const std::string whole = R"("0 200 ms 400 ms 600 ms 800 ms")";
-    EXPECT_THAT(shown.out, HasSubstr(R"(FACTS{"steps":[)" + whole +
-                                     R"(,"300 ms 400 ms 500 ms 600 ms 700 ms",)" + whole +
-                                     R"(,"400 ms 500 ms 600 ms 700 ms",)" + whole + "]"));
-    EXPECT_THAT(shown.out, HasSubstr(R"("lines":["&lt;/script&gt;&lt;script&gt;console)"));
     EXPECT_THAT(shown.out,
-                HasSubstr(R"("verdict":["Finished with 2 errors"],"problems":["&lt;/s)"));
+                HasSubstr(R"(FACTS{"axes":[)" + whole + R"(,"400 ms 450 ms 500 ms 550 ms",)" +
+                          whole + R"(,"400 ms 450 ms 500 ms 550 ms 600 ms"],"lines":[7,3,2,0,7])"));
+    EXPECT_THAT(shown.out,
+                HasSubstr(R"("verdict":["! Finished with 3 errors"],"problems":["&lt;/s)"));
+    EXPECT_THAT(shown.out, HasSubstr(R"("found":["&lt;/script&gt;&lt;script&gt;console)"));
 }
 
 }  // namespace
