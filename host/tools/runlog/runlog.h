@@ -75,6 +75,7 @@ struct Wait {
     int64_t startUs = 0;
     std::optional<int64_t> endUs;  // none: the log ends in it
     bool received = false;
+    int frame = 0;
 
     bool TimedOut() const { return endUs && !received; }
 };
@@ -83,17 +84,35 @@ struct Wait {
 struct Source {
     std::string path;  // on the device
     uint64_t timesOpened = 0;
-    bool leftUnread = false;  // the tool knew of no row to read
+    bool leftUnread = false;  // the tool had a buffer for it and knew of no row to read
+};
+
+// A result that the tool took, of one frame.
+struct CaptureResult {
+    int64_t timeUs = 0;
+    int frame = 0;
+};
+
+// What the tool set out to write of a buffer.
+struct Dump {
+    int64_t timeUs = 0;
+    uint64_t bytes = 0;
+    std::optional<int64_t> trailerBytes;  // of a JPEG, as the buffer's last bytes say
 };
 
 struct Facts {
     bool sessionOpened = false;
     bool sessionClosed = false;
-    std::vector<Source> sources;      // each once, in order
-    std::vector<Wait> waits;          // in order
+    std::optional<int64_t> requestUs;  // the last request's beginning; older messages are forgotten
+    std::optional<int64_t> exitUs;     // the end of the main thread's work
+    std::vector<Source> sources;       // each once, in order
+    std::vector<Wait> waits;           // in order
+    std::vector<CaptureResult> results;  // in order
+    std::vector<Dump> dumps;             // in order
+    // Of the last comparison of a result with the request: "1 of stream 1" and so on.
+    std::vector<std::string> resultBuffers;
+    std::vector<std::string> requestBuffers;
     std::optional<int> resultStatus;  // of the last request: 0, or -110 after a time-out
-    uint64_t errorCount = 0;          // lines at level E or F
-    std::string lastError;            // "Tag: message"
 };
 
 // Of the tool's own lines; those of services count for nothing.

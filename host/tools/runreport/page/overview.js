@@ -51,7 +51,7 @@ function problemPart(problem, log) {
     const link = html` · <a href="#line-${line}">show in the log</a>`;
     const explained = [['Cause', problem.cause], ['Cure', problem.cure]].filter(([, text]) => text);
     return html`<article class="problem ${problem.severity}">
-        <h3 class="${problem.logged ? 'mono' : ''}">${problem.text}</h3>
+        <h3 class="${problem.logged ? 'mono' : ''}">${problem.logged ? problem.text : withCode(problem.text)}</h3>
         <p class="where">${where}${problem.logged ? link : ''}</p>
         <dl>${explained.map(([term, text]) => html`<dt>${term}</dt><dd>${withCode(text)}</dd>`)}</dl>
         </article>`;
@@ -68,8 +68,7 @@ function problemsPart({problems, log}) {
 function framePart(frame) {
     const name = fileName(frame.path);
     const picture = frame.picture ?
-            html`<img src="${frame.picture}" width="${frame.pictureWidth}"
-                height="${frame.pictureHeight}" alt="Picture of ${name}">` :
+            html`<img src="${frame.picture}" alt="Picture of ${name}">` :
             html`<div class="no-picture">${frame.note || 'not a picture'}</div>`;
     return html`<figure>${picture}<figcaption>
         <div class="name" title="${frame.path}">${name} ${
@@ -80,6 +79,7 @@ function framePart(frame) {
             ['Stride', frame.stride ? `${count(frame.stride)} bytes` : ''],
             ['Scan lines', frame.scanlines ? count(frame.scanlines) : ''],
             ['Size', `${count(frame.bytes)} bytes`],
+            ['JPEG', frame.pictureBytes ? `first ${count(frame.pictureBytes)} bytes` : ''],
             ['Opened', frame.timesOpened > 1 ? `${frame.timesOpened} times` : ''],
         ])}${frame.picture && frame.note ? html`<div class="muted note">${frame.note}</div>` : ''}
         </figcaption></figure>`;

@@ -51,33 +51,25 @@ function lanes(report, from, to, width) {
         const look = step.waits ? 'waits' : isIdle(step) ? 'idle' : '';
         return piece(`bar ${look} ${step.end}`, step, stepText(step));
     };
-    // Behind the last bar or before the first.
-    const barText = (steps) => {
-        const [start, end] = [at(steps[0].startUs), at(steps[steps.length - 1].endUs)];
-        const total = steps.reduce((sum, step) => sum + step.endUs - step.startUs, 0);
-        const text = duration(total) + (steps.length > 1 ? ` in ${steps.length} steps` : '');
-        if (end < 0 || start > 100 || start < 20 && end > 80) return '';
-        const place = end <= 80 ? `left: ${end}%` : `right: ${100 - start}%`;
-        return html`<span style="${place}">${text}</span>`;
-    };
     const phaseRow = ({name, steps}) => {
         const [first, last] = [steps[0].startUs, steps[steps.length - 1].endUs];
         const margin = Math.max((last - first) * 0.15, 5);
+        const took = duration(steps.reduce((sum, step) => sum + step.endUs - step.startUs, 0));
         return html`<div class="lane"><button class="link" data-from="${first - margin}"
-            data-to="${last + margin}">${phaseLabel(name)}</button>
-            <div class="plot">${steps.map(bar)}${barText(steps)}</div></div>`;
+            data-to="${last + margin}">${phaseLabel(name)}</button><b class="number">${took}</b>
+            <div class="plot">${steps.map(bar)}</div></div>`;
     };
-    const markRow = ([label, look, marks]) => html`<div class="lane"><b class="muted">${label}</b>
+    const markRow = ([label, look, marks]) => html`<div class="lane"><b>${label}</b><b></b>
         <div class="plot">${marks.slice(0, maxMarks).map((mark) =>
             piece(`${look} ${mark.bad ? 'bad' : ''}`, mark, mark.text))}</div></div>`;
-    const step = tickStep(to - from, width - 150);
+    const step = tickStep(to - from, width - 230);
     const ticks = [];
     for (let time = Math.ceil(from / step) * step; time <= to; time += step) {
         const text = at(time) > 95 ? '' : tickText(time, step);
         ticks.push(html`<span style="left: ${at(time)}%">${text}</span>`);
     }
     const rows = [...phaseRows(report.phases).map(phaseRow), ...markRows(report).map(markRow)];
-    return html`<div class="lane axis" style="--lanes: ${rows.length + 1}"><b></b>
+    return html`<div class="lane axis" style="--lanes: ${rows.length + 1}"><b></b><b></b>
         <div class="plot">${ticks}</div></div>${rows}`;
 }
 
@@ -87,8 +79,9 @@ function stepText(step) {
             `${step.detail ? `\n${step.detail}` : ''}`;
 }
 
-const isBad = ({status}) => status !== 'OK';
-const callEnd = (call) => `${duration(call.durationUs)}, ${call.status}`;
+const isBad = ({status, answer}) => status !== 'OK' || answer;
+const callStatus = ({status, answer}) => answer || status || 'not answered';
+const callEnd = (call) => `${duration(call.durationUs)}, ${callStatus(call)}`;
 
 const phaseTable = (phases) => table([
     ['Step', (phase) => phaseLabel(phase.name)],
@@ -107,7 +100,7 @@ const callTable = (calls) => table([
     ['Method', (call) => call.method + (call.oneway ? ' (oneway)' : '')],
     ['Bytes', (call) => count(call.bytes), true],
     ['Descriptors', (call) => count(call.descriptors), true],
-    ['Status', (call) => call.status],
+    ['Status', callStatus],
 ], calls.slice(0, maxMarks), isBad);
 
 function timelinePart({run, phases, calls}) {

@@ -199,5 +199,43 @@ TEST_F(RunLog, TellsTheStepsOfARun) {
     EXPECT_EQ(DifferentErrors(Made({"!a", "!b", "!a"}).log)[0].count, 2u);
 }
 
+TEST_F(RunLog, FindsWhatARunSaysOfItself) {
+    const Facts facts =
+            Made({"input streamId 0, bufferStride 0, bufferScanline 0 buffer (nil) width 8",
+                  "LoadOffineSourceRawFrame: open input file /a",
+                  "LoadOffineSourceRawFrame: f_wxf_h 0x0, stridexscanline 0x0, f_off 0,",
+                  "input streamId 0, bufferStride 64, bufferScanline 0 buffer 0x1 width 8",
+                  "LoadOffineSourceYUVFrame: open input file /b",
+                  "LoadOffineSourceYUVFrame: f_wxf_h 64x0, stridexscanline 64x0, f_uv_off 0,",
+                  "WaitCaptureResultCompleted result frameNum is 7",
+                  "WaitForResult result timeout_ms 5000",
+                  "ContainsTheSameBuffers result streamId  1 bufferId  9",
+                  "ContainsTheSameBuffers request streamId  1 bufferId  2",
+                  "*ProcessOfflineResult: outframeinfo numPartialMetadata 1 frame numbrer 8 buffer "
+                  "size 1 ",
+                  "WaitForResult wait_for condtion trigger",
+                  "ContainsTheSameBuffers result streamId  1 bufferId  2",
+                  "ContainsTheSameBuffers request streamId  1 bufferId  2",
+                  "ContainsTheSameBuffers request streamId  3 bufferId  4",
+                  "WaitForResult received is 1",
+                  "blob structure info Id 255, JPEGBlobSize -5, bufSize 24, imageSize 48, kMin 9",
+                  "imageSize 48 bufferSize  24", "imageSize 0 bufferSize  32"})
+                    .facts;
+    ASSERT_THAT(facts.sources, SizeIs(2));
+    EXPECT_FALSE(facts.sources[0].leftUnread);  // there was no buffer to fill
+    EXPECT_TRUE(facts.sources[1].leftUnread);
+    ASSERT_THAT(facts.waits, SizeIs(1));
+    EXPECT_EQ(facts.waits[0].frame, 7);
+    ASSERT_THAT(facts.results, SizeIs(1));
+    EXPECT_EQ(facts.results[0].frame, 8);
+    EXPECT_THAT(facts.resultBuffers, ElementsAre("2 of stream 1"));
+    EXPECT_THAT(facts.requestBuffers, ElementsAre("2 of stream 1", "4 of stream 3"));
+    ASSERT_THAT(facts.dumps, SizeIs(2));
+    EXPECT_EQ(facts.dumps[0].bytes, 48u);
+    EXPECT_EQ(facts.dumps[0].trailerBytes, -5);
+    EXPECT_EQ(facts.dumps[1].bytes, 32u);
+    EXPECT_FALSE(facts.dumps[1].trailerBytes);
+}
+
 }  // namespace
 }  // namespace runlog
