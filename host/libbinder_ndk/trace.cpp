@@ -97,7 +97,7 @@ TracedCall::TracedCall(Direction direction, const std::string& peer, const AIBin
                        transaction_code_t code, binder_flags_t flags, const AParcel& request)
     : m_enabled(TraceDescriptor() >= 0) {
     if (!m_enabled) return;
-    m_what = TimeOfDay() + " " + std::to_string(getpid()) +
+    m_what = TimeOfDay() + " " + std::to_string(getpid()) + " " + std::to_string(gettid()) +
              (direction == Direction::kOut ? " -> " : " <- ") + peer + " " +
              (clazz == nullptr ? "?" : clazz->descriptor) + "." + MethodName(clazz, code) +
              ((flags & FLAG_ONEWAY) != 0 ? " oneway " : " ") + std::to_string(request.Size()) +

@@ -129,7 +129,7 @@ TEST(Trace, TellsWhenACallBeginsAndHowItEnds) {
     std::string text(10000, '\0');
     text.resize(static_cast<size_t>(pread(trace, &text[0], text.size(), 0)));
     close(trace);
-    const std::string time = "[0-9]{2}:[0-9]{2}:[0-9]{2}\\.[0-9]{6} [0-9]+ ";
+    const std::string time = "[0-9]{2}:[0-9]{2}:[0-9]{2}\\.[0-9]{6} [0-9]+ [0-9]+ ";
     // Interface header: 12 bytes of words, 4 + 2 * 11 of String, padded; then the argument.
     const std::string in = time + "<- " + std::to_string(getpid()) + "/[^ ]+ test.IPeer.";
     for (const std::string& line :

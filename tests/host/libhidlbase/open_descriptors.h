@@ -3,6 +3,14 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
+
+#include "tests/support/process_counts.h"
+
+// Number of descriptors that this process has open.
+inline int CountOpenDescriptors() {
+    return static_cast<int>(CountsOf(getpid()).descriptors);
+}
 
 inline bool IsOpen(int fd) {
     return fcntl(fd, F_GETFD) != -1;
