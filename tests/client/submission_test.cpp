@@ -7,6 +7,8 @@
 #include "tests/host/libhidlbase/open_descriptors.h"
 #include "tests/support/client_fixture.h"
 
+using ::testing::IsSupersetOf;
+
 namespace test {
 namespace {
 
@@ -193,8 +195,8 @@ TEST_F(Submission, NumbersOnlyRequestsWithoutANumber) {
     };
     log.Take();
     ASSERT_EQ(client.ProcessOfflineRequest(), 0);
-    EXPECT_EQ(LastLines(2), (Lines{"I request id frameNumber:0 return frameNumber 8",
-                                   "I request id frameNumber:8 return frameNumber 8"}));
+    EXPECT_THAT(log.Take(), IsSupersetOf({"I request id frameNumber:0 return frameNumber 8",
+                                          "I request id frameNumber:8 return frameNumber 8"}));
 }
 
 TEST_F(Submission, FailsWithTheSession) {
@@ -205,8 +207,8 @@ TEST_F(Submission, FailsWithTheSession) {
         client.m_offlineRequests.clear();
         log.Take();
         EXPECT_EQ(client.ProcessOfflineRequest(), 1);
-        EXPECT_EQ(LastLines(2), (Lines{"E ProcessOfflineRequest, FAILED...",
-                                       "I request id frameNumber:0 return frameNumber 0"}));
+        EXPECT_THAT(log.Take(), IsSupersetOf({"E ProcessOfflineRequest, FAILED...",
+                                              "I request id frameNumber:0 return frameNumber 0"}));
     }
 }
 
