@@ -10,6 +10,7 @@
 
 #include <android/binder_ibinder.h>
 #include <android/binder_manager.h>
+#include <android/log.h>
 #include <errno.h>
 #include <fcntl.h>
 #include <host_service_manager.h>
@@ -142,9 +143,11 @@ Device::Event Device::Next(long deadline) {
         const auto program = m_running.find(pid);
         if (pid > 0 && program == m_running.end()) return {pid, false, status};
         if (pid > 0) {
-            const bool asked = m_stopping && WIFSIGNALED(status) && WTERMSIG(status) == SIGTERM;
+            const bool asked = m_stopping && (status == 0 ||
+                                              (WIFSIGNALED(status) && WTERMSIG(status) == SIGTERM));
             const std::string end = program->second + " " + DescribeEnd(status);
-            if (!asked) dprintf(m_log, "deviceshell: %s\n", end.c_str());
+            // In the log's form: a report tells by its time in which call a service died.
+            if (!asked) __android_log_write(ANDROID_LOG_ERROR, "deviceshell", end.c_str());
             return {pid, true, status};
         }
         pollfd source = {m_signals, POLLIN, 0};

@@ -132,7 +132,7 @@ binder_status_t Peer::Transact(uint64_t number, const AIBinder_Class* clazz,
         }
         ResolveReferences(&reply);
     }
-    trace.End(reply.status);
+    trace.End(reply.status, *reply.parcel);
     if (reply.status != STATUS_OK) return PruneStatus(reply.status);
     *out = reply.parcel.release();
     return STATUS_OK;
@@ -298,7 +298,7 @@ void Peer::Serve(IncomingCall* call) {
     // Before the caller hears: what came with its request is gone when its call returns.
     message.parcel.reset();
     m_waitingBytes -= std::exchange(call->cost, 0);
-    trace.End(status);
+    trace.End(status, out);
     if (!IsOneway(header.flags)) {
         SendReply(header.id, status, &out);
     } else if (Work next = call->target->NextOneway()) {

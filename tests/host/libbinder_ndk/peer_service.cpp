@@ -79,6 +79,13 @@ const std::map<transaction_code_t, Method> kMethods = {
                            static_cast<int32_t>(AIBinder_getCallingUid()))(out);
          })},
         {kFail, Takes<int32_t>([](AParcel*, int32_t status) { return status; })},
+        {kRefuse,
+         Takes<int32_t, std::string>([](AParcel* out, int32_t code, const std::string& message) {
+             return AParcel_writeStatusHeader(
+                     out,
+                     ndk::ScopedAStatus::fromServiceSpecificErrorWithMessage(code, message.c_str())
+                             .get());
+         })},
 };
 
 binder_status_t Handle(AIBinder*, transaction_code_t code, const AParcel* in, AParcel* out) {

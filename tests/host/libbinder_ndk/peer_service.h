@@ -22,6 +22,7 @@ enum PeerRequest : transaction_code_t {
     kRecords,                       // -> the list
     kCaller,                        // -> pid and uid of the caller
     kFail,                          // status: returned as transport status
+    kRefuse,                        // code, message -> service-specific error
     kPeerRequestEnd,
 };
 

@@ -161,25 +161,33 @@ TEST(Callers, OnManyThreadsGetTheirOwnAnswers) {
     EXPECT_TRUE(Eventually([&]() { return AskPeer(peer.binder, kLiveObjects) == 1; }));
 }
 
-TEST(Trace, HasOneLinePerTransactionWithNamesAndSizes) {
+TEST(Trace, TellsWhenACallBeginsAndHowItEnds) {
     const int trace = memfd_create("trace", 0);
     {
         Peer peer = StartPeer({{"STANDIN_BINDER_TRACE_FD", std::to_string(trace)}});
-        ASSERT_EQ(Add(peer.binder, 1), 2);
+        EXPECT_EQ(AskPeer(peer.binder, kCall, Writes(NewPeerObject(), 7)), 8)
+                << "a reply is read as if there were no trace";
+        ASSERT_EQ(Add(peer.binder, -4), -3) << "no status, though it looks like one";
         CallPeer(peer.binder, kFail, Writes(int32_t{STATUS_BAD_INDEX}));
+        const std::string full(300 - sizeof("two lines"), 'x');
+        CallPeer(peer.binder, kRefuse, Writes(5, "two\nlines" + full + "\xc3\xa9"));
     }
     std::string text(10000, '\0');
     text.resize(static_cast<size_t>(pread(trace, &text[0], text.size(), 0)));
     close(trace);
-    const std::string time = "[0-9]{2}:[0-9]{2}:[0-9]{2}\\.[0-9]{6} [0-9]+ ";
-    EXPECT_THAT(text,
-                testing::ContainsRegex(time + "-> [0-9]+/servicemanager host.os.IServiceManager"
-                                              ".addService [0-9]+ bytes 0 fds [0-9]+ us OK\n"));
-    const std::string from = "<- " + std::to_string(getpid()) + "/[^ ]+ test.IPeer.";
+    const std::string time = "[0-9]{2}:[0-9]{2}:[0-9]{2}\\.[0-9]{6} [0-9]+ [0-9]+ ";
     // Interface header: 12 bytes of words, 4 + 2 * 11 of String, padded; then the argument.
-    EXPECT_THAT(text, testing::ContainsRegex(time + from + "add 44 bytes 0 fds [0-9]+ us OK\n"));
-    EXPECT_THAT(text, testing::ContainsRegex(time + from + std::to_string(kFail) +
+    const std::string in = time + "<- " + std::to_string(getpid()) + "/[^ ]+ test.IPeer.";
+    for (const std::string& line :
+         {time + "-> [0-9]+/servicemanager host.os.IServiceManager.addService [0-9]+ bytes 0 fds ",
+          time + "-> [0-9]+/[^ ]+ test.IPeer.add 44 bytes 0 fds ", in + "add 44 bytes 0 fds "}) {
+        EXPECT_THAT(text, testing::ContainsRegex(line + "begins\n"));
+        EXPECT_THAT(text, testing::ContainsRegex(line + "[0-9]+ us OK\n"));
+    }
+    EXPECT_THAT(text, testing::ContainsRegex(in + std::to_string(kFail) +
                                              " 44 bytes 0 fds [0-9]+ us BAD_INDEX\n"));
+    const std::string answered = "us OK, answered EX_SERVICE_SPECIFIC 5: two linesx+\n";
+    EXPECT_THAT(text, testing::ContainsRegex(answered)) << "cut before a character";
 }
 
 }  // namespace
