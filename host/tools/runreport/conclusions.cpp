@@ -15,6 +15,8 @@ using runlog::Line;
 using runlog::Wait;
 using Words = std::vector<std::string>;
 
+constexpr char kServiceName[] =
+        "vendor.zel.hardware.camera.offlinecamera.IOfflineCameraService/default";
 constexpr size_t kCommBytes = 15;          // of a process's name, as far as the system keeps it
 constexpr int64_t kMinJpegBytes = 262152;  // of a smaller JPEG the tool writes more than that
 
@@ -287,18 +289,13 @@ class Conclusions {
     }
 
     void AddUnreadSources() {
-        const auto& sources = m_facts.sources;
-        if (std::none_of(sources.begin(), sources.end(),
-                         [](const runlog::Source& source) { return source.leftUnread; })) {
+        for (const runlog::Source& source : m_facts.sources) {
+            if (!source.leftUnread) continue;
+            Add("warning", "The input frames were left empty", m_facts.requestUs.value_or(0),
+                "Nothing answers the tool's plane-layout query, so it read no row of its source "
+                "files (`--planes` provides the answer).");
             return;
         }
-        int64_t timeUs = 0;
-        for (const runlog::Phase& phase : m_report.phases) {
-            if (phase.name == "fill") timeUs = phase.startUs;
-        }
-        Add("warning", "The input frames were left empty", timeUs,
-            "Nothing answers the tool's plane-layout query, so it read no row of its source files "
-            "(`--planes` provides the answer).");
     }
 
     const Report& m_report;
@@ -326,9 +323,12 @@ bool ConcludeLine(const Report& report, const Line& line, Problem* problem) {
     const Call* const call =
             line.fromServices ? nullptr : CallBefore(report, line.tid, line.timeUs);
     if (!call) return true;
-    if (text.rfind("getService is NULL", 0) == 0 && call->method == "(descriptor)") {
-        problem->cause = "A service is registered by that name, in process " + call->peer +
-                         ", but it has another interface.";
+    if (text.rfind("getService is NULL", 0) == 0 && call->Succeeded()) {
+        const bool found = call->method == "(descriptor)";
+        problem->cause = found ? "A service is registered by that name, in process " + call->peer +
+                                         ", but it has another interface."
+                               : "No service was registered by its name, `" +
+                                         std::string(kServiceName) + "`, when the tool started.";
     }
     for (const auto& [begins, method] :
          {std::pair("ConfigureOfflineStreams, FAILED", "configureOff"),
