@@ -48,7 +48,7 @@ TEST_F(Terminal, TellsWhatTheToolWaitsForAndTakesItAway) {
     EXPECT_EQ(coloured.status, 0) << coloured.out;
     const std::string waits = "run: the tool waits for the shutter, 2 s";
     EXPECT_THAT(coloured.out, AllOf(HasSubstr(waits), HasSubstr("makes missing source files"),
-                                    HasSubstr("\033[32mwrote "),
+                                    HasSubstr("\033[33mwrote all the same "),
                                     HasSubstr("\033[33mthe input frames were left empty")));
     // What follows the last line of progress begins on a line that was blanked.
     const size_t last = coloured.out.rfind("the tool waits");
