@@ -87,7 +87,8 @@ void ConcludeDeath(const Report& report, const Line& death, Problem* problem) {
         if (call.incoming || call.startUs > death.timeUs || !IsOf(call, death)) continue;
         if (call.status == "DEAD_OBJECT") {
             problem->timeUs = std::min(death.timeUs, EndOf(call));
-            problem->cause = "It ended in the tool's call " + Code(call.method) + ".";
+            problem->cause =
+                    "It ended without an answer to the tool's call " + Code(call.method) + ".";
             break;
         }
         if (IsOfService(call) && call.status == "OK") last = &call;
@@ -95,7 +96,7 @@ void ConcludeDeath(const Report& report, const Line& death, Problem* problem) {
     const bool late =
             problem->cause.empty() && report.facts.exitUs && death.timeUs > *report.facts.exitUs;
     if (late) {
-        problem->cause = "The tool's work was done by then.";
+        problem->cause = "Its end was noticed when the tool's work was done.";
     } else if (problem->cause.empty()) {
         problem->cause = "It ended between the tool's calls";
         if (last) problem->cause += "; the last one that it answered is " + Code(last->method);
@@ -186,13 +187,13 @@ class Conclusions {
     explicit Conclusions(const Report& report) : m_report(report), m_facts(report.facts) {}
 
     std::vector<Problem> All() {
-        for (const Call& call : m_report.calls) AddCall(call);
         for (const Wait& wait : m_facts.waits) AddWait(wait);
         AddLateCallbacks();
         AddDoubleBuffer();
         // With more, it is not known which dump is in which file.
         if (m_facts.dumps.size() == 1 && m_report.dumps.size() <= 1) AddDump(m_facts.dumps[0]);
         AddUnreadSources();
+        for (const Call& call : m_report.calls) AddCall(call);
         return m_problems;
     }
 
@@ -228,7 +229,7 @@ class Conclusions {
 
     void AddWait(const Wait& wait) {
         if (!wait.TimedOut()) return;
-        const bool known = m_report.traceIsWhole;
+        const bool known = m_report.traceIsWhole && m_report.omittedLogLines == 0;
         if (wait.forShutter) {
             Add("warning", "No shutter message came in time", *wait.endUs,
                 known ? CauseOfNoShutter(m_report, wait) : "");

@@ -135,7 +135,9 @@ function startTimeline(report) {
         const half = Math.max(to - from, 20) / 2;
         const middle = (Number(from) + Number(to)) / 2;
         shown = [Math.max(0, middle - half), Math.min(middle + half, Math.max(report.run.durationUs, 20))];
+        const index = [...part.querySelectorAll('button')].indexOf(target);
         draw();
+        part.querySelectorAll('button')[index].focus();  // it was drawn anew
     });
     addEventListener('resize', draw);
     draw();

@@ -194,7 +194,8 @@ assertion failed
 .400 24 24 -> 7/my-service a.b.processOfflineRequest 1 bytes 0 fds begins
 .400 24 24 -> 7/my-service a.b.processOfflineRequest 1 bytes 0 fds 9000 us DEAD_OBJECT)"),
             ElementsAre(
-                    "error: my-service was ended by signal 6 (Aborted) | It ended in the tool's "
+                    "error: my-service was ended by signal 6 (Aborted) | It ended without an "
+                    "answer to the tool's "
                     "call `processOfflineRequest`. Its last line in the log: `assertion failed`.",
                     "error: gives up | ",
                     "error: ProcessOfflineRequest, FAILED... | A consequence: "
