@@ -2,8 +2,10 @@
 
 #include "frames.h"
 
-#include <offlineframes/file_io.h>
+#include <imaging/b2y.h>
+#include <offlineframes/frame_encoder.h>
 #include <offlineframes/frame_view.h>
+#include <offlineframes/picture_file.h>
 
 #include <filesystem>
 #include <thread>
@@ -26,20 +28,32 @@ std::string HostPath(const std::string& path, const std::string& dataFolder) {
 
 void ExamineRaster(FrameFormat format, Frame* frame) {
     const auto geometry = offlineframes::ResolveGeometry(frame->path, format, {}, frame->bytes);
-    const auto view = offlineframes::ViewFile(frame->path, {});
-    if (!geometry.Ok() || !view.Ok()) {
-        frame->note = geometry.Ok() ? view.Error() : geometry.Error();
+    const auto bytes = offlineframes::ReadFile(frame->path);
+    if (!geometry.Ok() || !bytes.Ok()) {
+        frame->note = geometry.Ok() ? bytes.Error() : geometry.Error();
         return;
     }
-    frame->width = geometry.Value().size.width;
-    frame->height = geometry.Value().size.height;
+    const auto [width, height] = geometry.Value().size;
+    frame->width = width;
+    frame->height = height;
+    const size_t stride = geometry.Value().stride;
     frame->stride = geometry.Value().stride;
     frame->scanlines = geometry.Value().scanlines;
     const auto dump = offlineframes::ParseDumpName(frame->path);
     if (dump && !dump->scanlines) {
         frame->note = "scan lines as the file's size tells: its name does not";
     }
-    SetPicture(view.Value().size, view.Value().rows, frame);
+    const uint8_t* const plane = bytes.Value().data();
+    if (format == FrameFormat::kNv12) {
+        SetPicture({plane, plane + stride * frame->scanlines, width, height, stride}, frame);
+        return;
+    }
+    offlineframes::Bytes nv12(size_t{width} * height * 3 / 2);
+    const imaging::MutableNv12View developed = {nv12.data(), nv12.data() + size_t{width} * height,
+                                                width, height, width};
+    const std::string problem = imaging::RawToNv12({plane, width, height, stride}, developed);
+    if (problem.empty()) SetPicture(developed, frame);
+    if (!problem.empty()) frame->note = "no reduced picture: " + problem;
 }
 
 // As it is stored: not turned by its orientation.
@@ -59,10 +73,15 @@ void ExamineJpeg(Pictures pictures, Frame* frame) {
     frame->height = jpeg.Value().fullSize.height;
     frame->pictureBytes = jpeg.Value().jpegBytes;
     frame->note = "shown as stored: viewers turn the JPEG as its EXIF says";
-    offlineframes::Picture picture = std::move(jpeg).Value().picture;
-    const offlineframes::PictureSize size = {picture.width, picture.height};
+    const offlineframes::Picture& picture = jpeg.Value().picture;
+    const offlineframes::PictureSize even = {picture.width & ~1u, picture.height & ~1u};
+    const auto nv12 =
+            offlineframes::EncodeNv12(offlineframes::CentreCrop(picture, even),
+                                      {FrameFormat::kNv12, even, even.width, even.height}, {});
     if (pictures == Pictures::kReduced) {
-        SetPicture(size, offlineframes::RowsOf(std::move(picture)), frame);
+        SetPicture({nv12.data(), nv12.data() + size_t{even.width} * even.height, even.width,
+                    even.height, even.width},
+                   frame);
     }
 }
 

@@ -1,7 +1,7 @@
 // The frames that a run read and wrote, with geometry and a reduced picture.
 #pragma once
 
-#include <offlineframes/picture_file.h>
+#include <imaging/planes.h>
 
 #include "report.h"
 
@@ -12,7 +12,6 @@ namespace runreport {
 void ReadFrames(const Inputs& inputs, Pictures pictures, Report* report);
 
 // Sets the frame's reduced picture, or a note that says why it has none.
-void SetPicture(offlineframes::PictureSize size, const offlineframes::RowSource& rows,
-                Frame* frame);
+void SetPicture(const imaging::Nv12View& picture, Frame* frame);
 
 }  // namespace runreport

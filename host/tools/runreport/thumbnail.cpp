@@ -2,7 +2,6 @@
 
 #include <glib.h>
 #include <imaging/jpeg.h>
-#include <offlineframes/frame_encoder.h>
 
 #include "frames.h"
 
@@ -11,46 +10,45 @@ namespace runreport {
 namespace {
 
 using offlineframes::Bytes;
-using offlineframes::Picture;
 
 constexpr uint32_t kThumbnailWidth = 800;  // at most about this; reduced by whole factors
 constexpr int kQuality = 85;
 constexpr size_t kJpegHeadRoom = 64 * 1024;
 
-// To an even size.
-Picture Reduce(offlineframes::PictureSize size, const offlineframes::RowSource& rows) {
-    const uint32_t factor = (size.width + kThumbnailWidth - 1) / kThumbnailWidth;
-    Picture picture(size.width / factor & ~1u, size.height / factor & ~1u);
-    std::vector<uint8_t> row(size_t{size.width} * 3);
-    std::vector<uint16_t> columns(row.size());  // which vector code adds up
-    for (uint32_t y = 0; y < picture.height; ++y) {
+// Averages factor x factor samples of each interleaved channel to width x height cells, rows back
+// to back.
+Bytes Average(const uint8_t* plane, size_t strideBytes, uint32_t width, uint32_t height,
+              uint32_t channels, uint32_t factor) {
+    Bytes cells;
+    std::vector<uint16_t> columns(size_t{width} * factor * channels);  // which vector code adds up
+    for (uint32_t y = 0; y < height; ++y) {
         std::fill(columns.begin(), columns.end(), 0);
-        for (uint32_t i = 0; i < factor; ++i) {
-            rows(y * factor + i, row.data());
-            for (size_t x = 0; x < row.size(); ++x) columns[x] += row[x];
+        for (uint32_t i = 0; i < factor; ++i, plane += strideBytes) {
+            for (size_t x = 0; x < columns.size(); ++x) columns[x] += plane[x];
         }
-        for (uint32_t x = 0; x < picture.width * 3; ++x) {
+        for (size_t x = 0; x < size_t{width} * channels; ++x) {
             uint32_t sum = factor * factor / 2;
-            for (uint32_t k = 0; k < factor; ++k) sum += columns[(x / 3 * factor + k) * 3 + x % 3];
-            picture.Pixel(0, y)[x] = static_cast<uint8_t>(sum / (factor * factor));
+            const size_t first = x / channels * factor * channels + x % channels;
+            for (uint32_t k = 0; k < factor; ++k) sum += columns[first + k * channels];
+            cells.push_back(static_cast<uint8_t>(sum / (factor * factor)));
         }
     }
-    return picture;
+    return cells;
 }
 
 }  // namespace
 
-void SetPicture(offlineframes::PictureSize size, const offlineframes::RowSource& rows,
-                Frame* frame) {
-    const Picture picture = Reduce(size, rows);
-    const auto [width, height] = std::pair(picture.width, picture.height);
-    const Bytes nv12 = offlineframes::EncodeNv12(
-            picture, {offlineframes::FrameFormat::kNv12, {width, height}, width, height}, {});
-    Bytes jpeg(nv12.size() * 2 + kJpegHeadRoom);
+void SetPicture(const imaging::Nv12View& picture, Frame* frame) {
+    const uint32_t factor = (picture.width + kThumbnailWidth - 1) / kThumbnailWidth;
+    const uint32_t width = picture.width / factor & ~1u;
+    const uint32_t height = picture.height / factor & ~1u;
+    const Bytes y = Average(picture.y, picture.strideBytes, width, height, 1, factor);
+    const Bytes uv = Average(picture.uv, picture.strideBytes, width / 2, height / 2, 2, factor);
+    Bytes jpeg(y.size() * 3 + kJpegHeadRoom);
     size_t bytes = 0;
-    const std::string problem = imaging::EncodeJpeg(
-            {nv12.data(), nv12.data() + size_t{width} * height, width, height, width},
-            {kQuality, 0}, jpeg.data(), jpeg.size(), &bytes);
+    const std::string problem =
+            imaging::EncodeJpeg({y.data(), uv.data(), width, height, width}, {kQuality, 0},
+                                jpeg.data(), jpeg.size(), &bytes);
     if (!problem.empty()) {
         frame->note = "no reduced picture: " + problem;
         return;
