@@ -20,67 +20,52 @@ using ::aidl::android::hardware::common::NativeHandle;
 
 // Where the rows of a plane's picture are, in bytes.
 struct Plane {
-    std::string name;
-    uint64_t offset = 0;
-    uint64_t stride = 0;
-    uint64_t rowBytes = 0;
-    uint64_t rows = 0;
+    uint64_t offset, stride, rowBytes, rows;
 };
 
-// One buffer, imported into this process; frees it at the end. Used by one thread at a time.
+// A buffer that is imported into this process. Used by one thread at a time.
 class Buffer {
   public:
     using Mapper = ::android::hardware::graphics::mapper::V4_0::IMapper;
     using Allocator = ::aidl::android::hardware::graphics::allocator::IAllocator;
 
-    // A BLOB stream gets a buffer of its buffer size by 1. Problem() tells of a failure.
+    // A BLOB stream gets a buffer of its buffer size by 1.
     Buffer(Allocator& allocator, ::android::sp<Mapper> mapper, const Stream& stream);
-    ~Buffer();
     Buffer(const Buffer&) = delete;
     Buffer& operator=(const Buffer&) = delete;
 
-    // Why there is no buffer; empty where there is one.
-    const std::string& Problem() const { return m_problem; }
-
-    // Independent of the buffer; empty where there is none.
+    // A duplicate; empty where the buffer could not be made.
     NativeHandle Handle() const;
-
-    uint64_t Size() const { return m_size; }
-
-    // The picture's planes; none of a BLOB, and none where the mapper does not tell.
+    uint64_t Size() const { return m_size; }  // bytes
+    // Those of the picture; none of a BLOB.
     const std::vector<Plane>& Planes() const { return m_planes; }
 
-    // Calls `use` with the first byte, for reading and writing. Not called where the lock fails.
-    bool Access(const std::function<void(uint8_t* bytes)>& use);
-
+    // Calls `use` with the first byte, for reading and writing, unless the lock fails.
+    void Access(const std::function<void(uint8_t* bytes)>& use);
     void Fill(uint8_t value);
 
   private:
     void ReadGeometry();
 
     const ::android::sp<Mapper> m_mapper;
-    std::string m_problem;
-    void* m_handle = nullptr;
+    void* m_handle = nullptr;  // until the process ends, as buffers are
     uint64_t m_size = 0;
     std::vector<Plane> m_planes;
 };
 
-// All buffers of this process: made when first asked for, kept to the end, as their content does
-// not matter to most checks. Any thread.
+// All buffers of this process, made when first asked for and used again and again. Any thread.
 class Pool {
   public:
-    // Connects to the services; Problem() tells of a failure.
     Pool();
 
-    const std::string& Problem() const { return m_problem; }
-
+    // Whether allocator and mapper are there; nothing else may be called where they are not.
+    bool Ready() const { return m_allocator != nullptr && m_mapper != nullptr; }
     // One of the buffers of the stream's shape and direction.
     Buffer& Get(const Stream& stream, size_t number = 0);
 
   private:
     std::shared_ptr<Buffer::Allocator> m_allocator;
     ::android::sp<Buffer::Mapper> m_mapper;
-    std::string m_problem;
     std::mutex m_lock;  // guards the buffers
     std::map<std::vector<int64_t>, std::unique_ptr<Buffer>> m_buffers;
 };

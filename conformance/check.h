@@ -2,6 +2,7 @@
 #pragma once
 
 #include <chrono>
+#include <functional>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -10,9 +11,10 @@ namespace conformance {
 
 class Device;
 
-// The longest that anything is waited for: as long as the test client waits for a shutter or
-// result.
-inline constexpr std::chrono::milliseconds kWait(5000);
+using std::chrono::milliseconds;
+
+// The longest wait of a check, and the test client's for a shutter or a result.
+inline constexpr milliseconds kWait(5000);
 
 enum class Outcome { kOk, kFail, kWarn, kSkip };
 
@@ -33,6 +35,9 @@ inline Verdict Warn(std::string remark) {
 inline Verdict Skip(std::string reason) {
     return {Outcome::kSkip, "", std::move(reason)};
 }
+inline Verdict Require(bool holds, std::string expected, std::string came) {
+    return holds ? Verdict() : Fail(std::move(expected), std::move(came));
+}
 
 // One text of several parts.
 template <class... Parts>
@@ -42,16 +47,16 @@ std::string Say(const Parts&... parts) {
     return text.str();
 }
 
+using Run = std::function<Verdict(Device&)>;
+
 struct Check {
     const char* name;  // "group.what-holds"
-    const char* rule;  // one sentence
-    const char* cure;  // for the service's author
-    Verdict (*run)(Device& device);
+    const char* rule;
+    Run run;
 };
 
 using Checks = std::vector<Check>;
 
-// The groups, in the order in which they run.
 Checks RegistrationChecks();
 Checks SessionChecks();
 Checks ConfigurationChecks();
@@ -61,6 +66,6 @@ Checks ContentChecks();
 Checks LendingChecks();
 Checks FenceChecks();
 Checks EnduranceChecks();
-Checks PhysicsChecks();  // only of a service that makes the reference service's pictures
+Checks PhysicsChecks();  // of a service with the reference service's physics
 
 }  // namespace conformance

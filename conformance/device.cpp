@@ -2,17 +2,12 @@
 #include "device.h"
 
 #include <android/binder_manager.h>
-#include <poll.h>
 #include <system/camera_metadata.h>
 
 #include <algorithm>
-#include <condition_variable>
 #include <fstream>
 #include <iterator>
-#include <mutex>
 #include <thread>
-
-#include "plain_run.h"
 
 namespace conformance {
 
@@ -20,60 +15,41 @@ namespace {
 
 using ndk::ScopedAStatus;
 
-constexpr char kMetadataDump[] = "/data/vendor/camera/metadata/original_dump.bin";
-std::atomic<int> s_unansweredCalls{0};
+constexpr int kMostUnanswered = 4;  // calls, before the rest is skipped
+
+std::mutex s_lock;  // guards what follows
+int s_unanswered = 0;
+std::string s_lastCall;
 
 std::vector<uint8_t> OrientationMetadata() {
     std::vector<uint8_t> blob;
     const int32_t degrees = 90;
     camera_metadata_t* const metadata = allocate_camera_metadata(10, 80);
-    if (metadata != nullptr &&
-        add_camera_metadata_entry(metadata, ANDROID_JPEG_ORIENTATION, &degrees, 1) == 0) {
-        const auto* bytes = reinterpret_cast<const uint8_t*>(metadata);
-        blob.assign(bytes, bytes + get_camera_metadata_size(metadata));
-    }
+    add_camera_metadata_entry(metadata, ANDROID_JPEG_ORIENTATION, &degrees, 1);
+    const auto* bytes = reinterpret_cast<const uint8_t*>(metadata);
+    if (metadata != nullptr) blob.assign(bytes, bytes + get_camera_metadata_size(metadata));
     free_camera_metadata(metadata);
     return blob;
 }
 
 // The device's own dump, as the test client sends it, where there is one.
-std::vector<uint8_t> FrameMetadata() {
-    std::ifstream file(kMetadataDump, std::ios::binary);
+const std::vector<uint8_t>& FrameMetadata() {
+    static std::vector<uint8_t> metadata;
+    if (!metadata.empty()) return metadata;
+    std::ifstream file("/data/vendor/camera/metadata/original_dump.bin", std::ios::binary);
     const std::vector<uint8_t> dump{std::istreambuf_iterator<char>(file), {}};
     const size_t size = dump.size();
-    const auto* metadata = reinterpret_cast<const camera_metadata_t*>(dump.data());
-    const bool sound = size > 0 && validate_camera_metadata_structure(metadata, &size) == 0;
-    return sound ? dump : OrientationMetadata();
-}
-
-void MarkDead(void* flag) {
-    *static_cast<std::atomic<bool>*>(flag) = true;
+    const auto* blob = reinterpret_cast<const camera_metadata_t*>(dump.data());
+    const bool sound = size > 0 && validate_camera_metadata_structure(blob, &size) == 0;
+    return metadata = sound ? dump : OrientationMetadata();
 }
 
 }  // namespace
 
-bool Answer::Refused() const {
-    return !timedOut && !status->isOk() && status->getStatus() != STATUS_DEAD_OBJECT;
-}
-
 std::string Answer::Text() const {
-    if (timedOut) return call + " did not return within 5 s";
-    if (status->getStatus() == STATUS_DEAD_OBJECT) return call + ": the service is dead";
-    return call + (status->isOk() ? " returned OK" : " returned " + status->getDescription());
-}
-
-bool Eventually(const std::function<bool()>& holds, std::chrono::milliseconds limit) {
-    constexpr std::chrono::milliseconds kStep(5);
-    const auto deadline = Clock::now() + limit;
-    while (!holds()) {
-        if (Clock::now() >= deadline) return false;
-        std::this_thread::sleep_for(kStep);
-    }
-    return true;
-}
-
-int UnansweredCalls() {
-    return s_unansweredCalls;
+    if (status == nullptr) return call + " did not return within 5 s";
+    if (Died()) return call + ": the service died";
+    return call + (Ok() ? " returned OK" : " returned " + status->getDescription());
 }
 
 Answer Bounded(const std::string& name, Call call) {
@@ -83,6 +59,7 @@ Answer Bounded(const std::string& name, Call call) {
         Answer answer;
     };
     const auto pending = std::make_shared<Pending>();
+    pending->answer.call = name;
     std::thread([pending, call = std::move(call)] {
         int32_t number = 0;
         auto status = std::make_shared<ScopedAStatus>(call(&number));
@@ -94,36 +71,63 @@ Answer Bounded(const std::string& name, Call call) {
     std::unique_lock<std::mutex> guard(pending->lock);
     const bool came =
             pending->came.wait_for(guard, kWait, [&] { return pending->answer.status != nullptr; });
-    Answer answer = pending->answer;
-    answer.call = name;
-    answer.timedOut = !came;
-    if (!came) ++s_unansweredCalls;
-    return answer;
+    const std::lock_guard<std::mutex> statics(s_lock);
+    if (!came) ++s_unanswered;
+    s_lastCall = name;
+    return pending->answer;
 }
 
-Device::Device() : metadata(FrameMetadata()), m_recipient(AIBinder_DeathRecipient_new(MarkDead)) {}
+bool Eventually(const std::function<bool()>& holds, milliseconds limit) {
+    const auto deadline = Clock::now() + limit;
+    while (!holds()) {
+        if (Clock::now() >= deadline) return false;
+        std::this_thread::sleep_for(milliseconds(5));
+    }
+    return true;
+}
 
 bool Device::Connect() {
     const auto look = [&] {
         binder.set(AServiceManager_checkService(kInstance));
-        return binder.get() != nullptr && AIBinder_isAlive(binder.get());
+        return binder.get() != nullptr && AIBinder_ping(binder.get()) == STATUS_OK;
     };
     if (!Eventually(look)) return false;
     service = package::IOfflineCameraService::fromBinder(binder);
     m_canOpen.reset();
     m_plain.clear();
-    // Never freed: the link refers to it for as long as the process lives.
-    m_dead = *new std::shared_ptr<std::atomic<bool>>(std::make_shared<std::atomic<bool>>(false));
-    AIBinder_linkToDeath(binder.get(), m_recipient.get(), m_dead.get());
     return true;
 }
 
-bool Device::Dead() {
-    return *m_dead || AIBinder_ping(binder.get()) == STATUS_DEAD_OBJECT;
+std::string Device::Trouble() {
+    const std::lock_guard<std::mutex> guard(s_lock);
+    if (AIBinder_ping(binder.get()) == STATUS_DEAD_OBJECT) {
+        return "the service died, last call: " + s_lastCall;
+    }
+    return s_unanswered < kMostUnanswered ? "" : Say(s_unanswered, " calls were not answered");
 }
 
-std::shared_ptr<Recorder> Device::NewRecorder() {
-    return ndk::SharedRefBase::make<Recorder>(&pool, m_dead);
+Answer Device::Register(int32_t id, const Callback& callback) {
+    return Bounded("registerClient", [=, service = service](int32_t*) {
+        return service->registerClient(id, callback);
+    });
+}
+
+Answer Device::Open(const std::string& name, const Callback& callback, SessionProxy* session) {
+    const auto place = std::make_shared<SessionProxy>();
+    Answer answer = Bounded("openOfflineSession", [=, service = service](int32_t*) {
+        return service->openOfflineSession(name, callback, place.get());
+    });
+    if (answer.Ok()) *session = *place;
+    return answer;
+}
+
+Answer Device::ListModes(std::vector<int32_t>* modes) {
+    const auto place = std::make_shared<std::vector<int32_t>>();
+    Answer answer = Bounded("getSupportedOpModes", [=, service = service](int32_t*) {
+        return service->getSupportedOpModes(place.get());
+    });
+    if (answer.Ok()) *modes = *place;
+    return answer;
 }
 
 bool Device::CanOpen() {
@@ -132,44 +136,40 @@ bool Device::CanOpen() {
 }
 
 const PlainRun& Device::Plain(Mode mode) {
-    auto& run = m_plain[mode];
-    if (run == nullptr) run = RunPlain(*this, mode);
-    return *run;
+    const auto [run, fresh] = m_plain.try_emplace(mode);
+    if (fresh) RunPlain(mode, &run->second);
+    return run->second;
 }
 
-std::vector<Mode> Device::Claimed() {
-    std::vector<Mode> claimed;
-    for (Mode mode : kModes) {
-        if (Plain(mode).configured.status != nullptr && Plain(mode).configured.Ok()) {
-            claimed.push_back(mode);
-        }
+std::vector<const PlainRun*> Device::Claimed() {
+    std::vector<const PlainRun*> claimed;
+    for (const Mode mode : kModes) {
+        if (Plain(mode).configured.Ok()) claimed.push_back(&Plain(mode));
     }
     return claimed;
 }
 
-bool Device::Working(Mode* mode) {
-    for (Mode candidate : kModes) {
-        *mode = candidate;
-        if (Plain(candidate).Works()) return true;
+const PlainRun* Device::Working() {
+    for (const PlainRun* run : Claimed()) {
+        if (run->Works()) return run;
     }
-    return false;
+    return nullptr;
 }
 
-OfflineRequestInfo Device::Request(const OfflineSessionConfigureInfo& info, int64_t idOffset) {
-    const auto mode = static_cast<Mode>(info.opMode);
+OfflineRequestInfo Device::Request(const Configuration& info, int64_t idOffset) {
     int64_t inputId = idOffset, outputId = idOffset;
     OfflineRequestInfo request;
     request.frameNumber = -1;
-    request.inFrameInfos.resize(FramesOf(mode));
+    request.inFrameInfos.resize(FramesOf(info.opMode));
     const auto add = [&](const Stream& stream, size_t number, int64_t id, auto* list) {
         list->emplace_back();
         list->back().streamId = stream.id;
         list->back().bufferId = id;
         list->back().buffer = pool.Get(stream, number).Handle();
     };
-    for (size_t frame = 0; frame < FramesOf(mode); ++frame) {
+    for (size_t frame = 0; frame < request.inFrameInfos.size(); ++frame) {
         auto& input = request.inFrameInfos[frame];
-        input.metadata = mode == Mode::kY2J ? OrientationMetadata() : metadata;
+        input.metadata = info.opMode == kY2J ? OrientationMetadata() : FrameMetadata();
         for (const Stream& stream : info.streams) {
             if (IsInput(stream)) add(stream, frame, ++inputId, &input.buffers);
         }
@@ -181,38 +181,30 @@ OfflineRequestInfo Device::Request(const OfflineSessionConfigureInfo& info, int6
     return request;
 }
 
-Session::Session(Device& device, const std::string& name, std::shared_ptr<Recorder> recorder)
-    : m_device(device), m_recorder(recorder != nullptr ? recorder : device.NewRecorder()) {
-    const auto place = std::make_shared<std::shared_ptr<package::IOfflineCameraSession>>();
-    m_opened = Bounded("openOfflineSession",
-                       [=, service = device.service, client = m_recorder](int32_t*) {
-                           return service->openOfflineSession(name, client, place.get());
-                       });
-    if (m_opened.Ok()) m_session = *place;
+Session::Session(Device& device, const std::string& name)
+    : client(ndk::SharedRefBase::make<Recorder>(&device.pool)), m_device(device) {
+    opened = device.Open(name, client, &proxy);
 }
 
 Session::~Session() {
-    if (m_recorder->ServiceProcess() != 0) m_device.process = m_recorder->ServiceProcess();
-    m_recorder->inCallback = nullptr;
-    if (m_session != nullptr && !m_closed) Close();
+    if (client->ServiceProcess() != 0) m_device.process = client->ServiceProcess();
+    if (IsOpen() && !m_closed) Close();
 }
 
-Answer Session::Configure(const OfflineSessionConfigureInfo& info) {
-    Answer answer = Bounded("configureOfflineStreams", [session = m_session, info](int32_t*) {
-        return session->configureOfflineStreams(info);
+Answer Session::Configure(const Configuration& info) {
+    Answer answer = Bounded("configureOfflineStreams", [proxy = proxy, info](int32_t*) {
+        return proxy->configureOfflineStreams(info);
     });
-    if (answer.Ok()) {
-        m_outputs = static_cast<size_t>(
-                std::count_if(info.streams.begin(), info.streams.end(),
-                              [](const Stream& stream) { return !IsInput(stream); }));
-    }
+    const auto outputs = std::count_if(info.streams.begin(), info.streams.end(),
+                                       [](const Stream& stream) { return !IsInput(stream); });
+    if (answer.Ok()) m_outputs = static_cast<size_t>(outputs);
     return answer;
 }
 
 Answer Session::Process(std::vector<OfflineRequestInfo> requests) {
     const auto sent = std::make_shared<std::vector<OfflineRequestInfo>>(std::move(requests));
-    return Bounded("processOfflineRequest", [session = m_session, sent](int32_t* number) {
-        return session->processOfflineRequest(*sent, number);
+    return Bounded("processOfflineRequest", [proxy = proxy, sent](int32_t* number) {
+        return proxy->processOfflineRequest(*sent, number);
     });
 }
 
@@ -225,98 +217,54 @@ Answer Session::Process(OfflineRequestInfo request) {
 Answer Session::Close() {
     m_closed = true;
     return Bounded("closeOfflineSession",
-                   [session = m_session](int32_t*) { return session->closeOfflineSession(); });
+                   [proxy = proxy](int32_t*) { return proxy->closeOfflineSession(); });
 }
 
-std::string Session::AwaitResult(int32_t frame) {
-    bool failed = false;
-    const bool came = m_recorder->WaitFor(
-            [&](const Events& events) {
-                failed = Failed(events, frame);
-                return failed || Outputs(events, frame).size() >= m_outputs;
-            },
-            kWait);
-    if (came && !failed) return "";
-    return Say(failed ? "a failure" : "no result within 5 s", " of frame ", frame,
-               "; all that came: ", Summary(m_recorder->All()));
-}
-
-size_t Count(const Events& events, Event::Kind kind, int32_t frame) {
-    return static_cast<size_t>(std::count_if(events.begin(), events.end(), [&](const Event& event) {
-        return event.kind == kind && event.frame == frame;
-    }));
-}
-
-bool Failed(const Events& events, int32_t frame) {
-    const auto broken = [&](const Event& event) {
-        return event.kind == Event::kResult && event.frame == frame &&
-               std::any_of(event.buffers.begin(), event.buffers.end(),
-                           [](const BufferMark& buffer) { return !buffer.good; });
+Verdict Session::AwaitResult(const Answer& sent, const std::string& what) {
+    if (!sent.Ok()) return sent.MustSucceed(what);
+    const auto complete = [&](const Events& events) {
+        return Failed(events, sent.number) ||
+               BuffersOf(Of(events, Event::kResult, sent.number)).size() >= m_outputs;
     };
-    return Count(events, Event::kError, frame) > 0 ||
-           std::any_of(events.begin(), events.end(), broken);
+    const bool came = client->WaitFor(complete);
+    return Require(came && !Failed(All(), sent.number), Say(what, " of frame ", sent.number),
+                   Text(All()) + (came ? "" : ", and no more in 5 s"));
 }
 
-std::vector<BufferMark> Outputs(const Events& events, int32_t frame) {
-    std::vector<BufferMark> outputs;
-    for (const Event& event : events) {
-        if (event.kind != Event::kResult || event.frame != frame) continue;
-        outputs.insert(outputs.end(), event.buffers.begin(), event.buffers.end());
-    }
-    return outputs;
+Verdict Session::Exchange(const Configuration& info, const std::string& what, int64_t idOffset) {
+    return AwaitResult(Process(m_device.Request(info, idOffset)), what);
 }
 
-bool FencesSignal(const Events& events) {
-    const auto deadline = Clock::now() + kWait;
-    for (const Event& event : events) {
-        for (const auto& fence : event.fences) {
-            pollfd wait = {fence->get(), POLLIN, 0};
-            const auto left =
-                    std::chrono::duration_cast<std::chrono::milliseconds>(deadline - Clock::now());
-            if (poll(&wait, 1, std::max(0, static_cast<int>(left.count()))) != 1) return false;
+Verdict Session::AwaitEnds(const std::vector<int32_t>& frames) {
+    for (const int32_t frame : frames) {
+        const auto ended = [&](const Events& events) {
+            return Failed(events, frame) || !BuffersOf(Of(events, Event::kResult, frame)).empty();
+        };
+        if (!client->WaitFor(ended)) {
+            return Fail(Say("result or error of frame ", frame, " within 5 s"), Text(All()));
         }
     }
-    return true;
+    return {};
 }
 
-std::string Summary(const Events& events) {
-    static constexpr const char* kNames[] = {"shutter",           "error",    "result",
-                                             "asked for buffers", "returned", "empty"};
-    std::string text;
-    for (const Event& event : events) {
-        text += (text.empty() ? "" : ", ") + std::string(kNames[event.kind]);
-        if (event.kind <= Event::kResult) text += Say(" ", event.frame);
-        if (event.kind == Event::kEmpty) text += Say(" ", event.callback);
-        if (event.kind != Event::kResult && event.kind != Event::kReturned) continue;
-        text += " (";
-        for (const BufferMark& buffer : event.buffers) {
-            text += (&buffer == &event.buffers[0] ? "" : ", ") + Text(buffer);
-        }
-        text += ")";
-    }
-    return text.empty() ? "nothing" : text;
+Run OnSession(const std::function<Verdict(Device&, Session&)>& use) {
+    return [=](Device& device) {
+        if (!device.CanOpen()) return Skip("no session can be opened: see session.open");
+        Session session(device);
+        return session.IsOpen() ? use(device, session)
+                                : session.opened.MustSucceed("a session, as before");
+    };
 }
 
-Verdict WithSession(Device& device, const std::function<Verdict(Session&)>& use) {
-    if (!device.CanOpen()) return Skip("no session can be opened: see session.open");
-    Session session(device);
-    if (!session.IsOpen()) return Fail("a session, as before", session.Opened().Text());
-    return use(session);
-}
-
-Verdict WithStreams(Device& device, Mode mode, const UseMode& use) {
-    return WithSession(device, [&](Session& session) {
-        const OfflineSessionConfigureInfo& info = device.Plain(mode).info;
-        const Answer answer = session.Configure(info);
-        if (answer.Ok()) return use(session, info);
-        return Fail(Say("the streams of ", NameOf(mode), " taken again"), answer.Text());
+Run OnStreams(const UseStreams& use, const Configuration& given) {
+    return OnSession([=](Device& device, Session& session) {
+        const PlainRun* run = device.Working();
+        if (run == nullptr) return Skip("no mode brings results: see configuration and process");
+        const Configuration& info = given.streams.empty() ? run->info : given;
+        const Answer taken = session.Configure(info);
+        return taken.Ok() ? use(device, session, info)
+                          : taken.MustSucceed("streams taken as before");
     });
-}
-
-Verdict WithStreams(Device& device, const UseMode& use) {
-    Mode mode;
-    if (device.Working(&mode)) return WithStreams(device, mode, use);
-    return Skip("no mode brings results: see the groups configuration and process");
 }
 
 }  // namespace conformance

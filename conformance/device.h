@@ -1,135 +1,155 @@
-// The service under test as its checks see it: bounded calls, sessions, requests.
+// The service under test: bounded calls, sessions, requests, and the plain runs that most checks
+// look at.
 #pragma once
 
 #include <aidl/vendor/zel/hardware/camera/offlinecamera/IOfflineCameraService.h>
+#include <sys/types.h>
 
-#include <atomic>
-#include <functional>
 #include <map>
-#include <memory>
 #include <optional>
-#include <string>
-#include <vector>
 
 #include "check.h"
 #include "recorder.h"
 
 namespace conformance {
 
+using Callback = std::shared_ptr<package::IOfflineCameraCallback>;
+using SessionProxy = std::shared_ptr<package::IOfflineCameraSession>;
 using package::OfflineRequestInfo;
-
-struct PlainRun;
 
 // What came of a call.
 struct Answer {
     std::string call;
-    bool timedOut = false;
-    std::shared_ptr<ndk::ScopedAStatus> status;  // null if it timed out
+    std::shared_ptr<ndk::ScopedAStatus> status;  // null if it did not return within kWait
     int32_t number = 0;                          // what processOfflineRequest returned
 
-    bool Ok() const { return !timedOut && status->isOk(); }
-    // A status, other than that the service is dead.
-    bool Refused() const;
-    std::string Text() const;  // "call: ..."
+    bool Ok() const { return status != nullptr && status->isOk(); }
+    bool Died() const { return status != nullptr && status->getStatus() == STATUS_DEAD_OBJECT; }
+    bool Refused() const { return status != nullptr && !status->isOk() && !Died(); }
+    std::string Text() const;
+
+    Verdict MustSucceed(const std::string& what) const { return Require(Ok(), what, Text()); }
+    Verdict MustBeRefused() const { return Require(Refused(), "a refusal", Text()); }
+    Verdict MustReturn() const { return Require(Ok() || Refused(), "any answer", Text()); }
 };
 
-// Waits with `holds` asked every few milliseconds. Returns whether it held within `limit`.
-bool Eventually(const std::function<bool()>& holds, std::chrono::milliseconds limit = kWait);
-
-// Makes a call on a thread of its own and waits for kWait. A call that takes longer keeps that
-// thread; so `call` must own what it uses. It gets the place for a number.
+// Makes a call on a thread of its own and waits for kWait. A call that takes longer keeps its
+// thread; so it must own what it uses.
 using Call = std::function<ndk::ScopedAStatus(int32_t* number)>;
 Answer Bounded(const std::string& name, Call call);
-// How many calls took longer.
-int UnansweredCalls();
+
+// Asks every few milliseconds. Returns whether it held within the limit.
+bool Eventually(const std::function<bool()>& holds, milliseconds limit = kWait);
+
+// What the service wrote to the output buffer of the first two frames, whose input is the same
+// while the buffer's bytes were others before.
+struct Picture {
+    std::string unwritten;           // where the picture kept its bytes both times; empty: nowhere
+    std::string outside;             // where bytes beside the picture changed
+    bool sameForOtherInput = false;  // the third frame has another input
+    bool changedLater = false;       // the third one, after its result
+    std::vector<uint8_t> bytes;      // of the first one
+};
+
+struct SentFrame {
+    Answer answer;
+    Clock::time_point sent, answered, done;
+    bool result = false;
+};
+
+// Three requests of a mode one after the other, as the test client would send them.
+struct PlainRun {
+    static constexpr size_t kFrames = 3;
+
+    Configuration info;
+    Answer configured;
+    std::vector<SentFrame> frames;
+    Events events;
+    Picture picture;
+
+    std::string Mode() const { return NameOf(info.opMode); }
+    bool Works() const { return frames.size() == kFrames && frames[0].result; }
+    milliseconds Patience() const;  // longer than a frame takes
+};
 
 class Device {
   public:
     static constexpr char kInstance[] =
             "vendor.zel.hardware.camera.offlinecamera.IOfflineCameraService/default";
 
-    Device();
-
     // Waits until the service is registered, and takes it. False after kWait.
     bool Connect();
-    bool Dead();
+    // Why nothing more can be checked: the service is dead, or calls hang. Else empty.
+    std::string Trouble();
+
+    Answer Register(int32_t id, const Callback& callback);
+    Answer Open(const std::string& name, const Callback& callback, SessionProxy* session);
+    Answer ListModes(std::vector<int32_t>* modes);
+
+    bool CanOpen();  // a first session
+    const PlainRun& Plain(Mode mode);
+    // The plain runs of the modes whose streams are taken; of those, the first with a result.
+    std::vector<const PlainRun*> Claimed();
+    const PlainRun* Working();
+
+    // A request in the test client's form, whose buffer ids begin above `idOffset`.
+    OfflineRequestInfo Request(const Configuration& info, int64_t idOffset = 0);
 
     ndk::SpAIBinder binder;
     std::shared_ptr<package::IOfflineCameraService> service;  // null for another interface
     Pool pool;
-    std::vector<uint8_t> metadata;  // of every input frame, but for Y2J
-
-    std::shared_ptr<Recorder> NewRecorder();
-
-    // Whether a first session could be opened.
-    bool CanOpen();
-
-    // The result of the configuration alone, and of three frames; made when first asked for.
-    const PlainRun& Plain(Mode mode);
-    // The modes whose streams the service takes.
-    std::vector<Mode> Claimed();
-    // The first mode that brings results. False if none does.
-    bool Working(Mode* mode);
-
-    // A request in the form of the test client's, with the device's buffers.
-    OfflineRequestInfo Request(const OfflineSessionConfigureInfo& info, int64_t idOffset = 0);
-
-    // The service's process; 0 before it has called a recorder.
-    pid_t process = 0;
+    pid_t process = 0;  // the service's; known after a plain run
 
   private:
-    const ndk::ScopedAIBinder_DeathRecipient m_recipient;
-    std::shared_ptr<std::atomic<bool>> m_dead;
+    void RunPlain(Mode mode, PlainRun* run);
+
     std::optional<bool> m_canOpen;
-    std::map<Mode, std::shared_ptr<PlainRun>> m_plain;
+    std::map<Mode, PlainRun> m_plain;
 };
 
-// An open session and its client. Closes it at the end.
+// An open session and its client. Closed at the end.
 class Session {
   public:
-    explicit Session(Device& device, const std::string& name = "offlincameratest",
-                     std::shared_ptr<Recorder> recorder = nullptr);
+    explicit Session(Device& device, const std::string& name = "offlincameratest");
     ~Session();
 
-    const Answer& Opened() const { return m_opened; }
-    bool IsOpen() const { return m_session != nullptr; }
-    Recorder& Client() { return *m_recorder; }
-    const std::shared_ptr<package::IOfflineCameraSession>& Proxy() const { return m_session; }
-
-    Answer Configure(const OfflineSessionConfigureInfo& info);
+    bool IsOpen() const { return proxy != nullptr; }
+    Answer Configure(const Configuration& info);
     Answer Process(std::vector<OfflineRequestInfo> requests);
     Answer Process(OfflineRequestInfo request);
     Answer Close();
 
-    // Waits until a result names every output of the mode's requests. Empty if it came; else what
-    // came instead.
-    std::string AwaitResult(int32_t frame);
+    // Waits until every output of a frame is in results. `what` is expected.
+    Verdict AwaitResult(const Answer& sent, const std::string& what = "a result");
+    // Sends a request and awaits its result.
+    Verdict Exchange(const Configuration& info, const std::string& what, int64_t idOffset = 0);
+    // Waits until each frame has ended in any way.
+    Verdict AwaitEnds(const std::vector<int32_t>& frames);
+    Events All() { return client->All(); }
+
+    Answer opened;
+    std::shared_ptr<Recorder> client;
+    SessionProxy proxy;
 
   private:
     Device& m_device;
-    std::shared_ptr<Recorder> m_recorder;
-    std::shared_ptr<package::IOfflineCameraSession> m_session;
-    Answer m_opened;
     bool m_closed = false;
     size_t m_outputs = 0;
 };
 
-// Where a frame's messages are among events.
-size_t Count(const Events& events, Event::Kind kind, int32_t frame);
-// Whether an error message or a result with a broken buffer tells that the frame failed.
+// The events of one kind, and of one frame unless it is -1.
+Events Of(const Events& events, Event::Kind kind, int32_t frame = -1);
+std::vector<BufferMark> BuffersOf(const Events& events);
+// Whether an error message or a broken buffer tells that the frame failed.
 bool Failed(const Events& events, int32_t frame);
-// The outputs that results of the frame have named.
-std::vector<BufferMark> Outputs(const Events& events, int32_t frame);
-// Waits until every release fence of the events is signalled. False after kWait.
-bool FencesSignal(const Events& events);
-// The events as one line, such as "shutter 1, result 1 (stream 1 buffer 1)".
-std::string Summary(const Events& events);
+bool FencesSignal(const Events& events);  // all of them, within kWait
+std::string Text(const BufferMark& buffer);
+std::string Text(const Events& events);
 
-// Opens a session and calls `use`.
-Verdict WithSession(Device& device, const std::function<Verdict(Session&)>& use);
-// The same, with the streams of a mode that brings results.
-using UseMode = std::function<Verdict(Session&, const OfflineSessionConfigureInfo&)>;
-Verdict WithStreams(Device& device, const UseMode& use);
-Verdict WithStreams(Device& device, Mode mode, const UseMode& use);
+// A check on an open session, and on one with streams: those given, or those of the first mode that
+// brings results.
+Run OnSession(const std::function<Verdict(Device&, Session&)>& use);
+using UseStreams = std::function<Verdict(Device&, Session&, const Configuration&)>;
+Run OnStreams(const UseStreams& use, const Configuration& info = {});
 
 }  // namespace conformance

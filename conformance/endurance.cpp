@@ -1,108 +1,164 @@
-// Checks that nothing stays behind in the service after many sessions and deaths.
-#include "plain_run.h"
+// Checks that nothing stays behind after many sessions and deaths.
+#include <dirent.h>
+#include <poll.h>
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <fstream>
+
+#include "device.h"
 #include "victim.h"
 
 namespace conformance {
 
 namespace {
 
-constexpr int kSessions = 200;
-constexpr int kDeaths = 50;
-constexpr int kFrames = 20;
-constexpr int kRefusals = 100;
-// Less than a leak of one thing in every tenth round makes, more than a pool's late thread.
+// Less than a leak in every tenth round makes, more than a late thread of a pool.
 constexpr size_t kSlack = 4;
 
-std::string Text(const Counts& counts) {
-    return Say(counts.descriptors, " descriptors, ", counts.threads, " threads, ",
-               counts.sharedMappings, " shared mappings");
+// Tells the parent and waits to be killed.
+[[noreturn]] void Arrive(bool arrived) {
+    const char byte = arrived ? '+' : '-';
+    if (write(STDOUT_FILENO, &byte, 1) == 1) sleep(30);
+    _exit(1);
 }
 
-bool Within(const Counts& now, const Counts& before) {
-    return now.descriptors <= before.descriptors + kSlack &&
-           now.threads <= before.threads + kSlack &&
-           now.sharedMappings <= before.sharedMappings + kSlack;
+size_t EntriesOf(const std::string& folder) {
+    DIR* const opened = opendir(folder.c_str());
+    size_t count = 0;
+    while (opened != nullptr && readdir(opened) != nullptr) ++count;
+    if (opened != nullptr) closedir(opened);
+    return count;
 }
 
-// Calls `round` with 0 and up: first a few times to warm up, then `count` times, after which the
-// service must hold no more than before. `round` returns what went wrong.
+std::string Text(const Held& held) {
+    return Say(held.descriptors, " descriptors, ", held.threads, " threads, ", held.sharedMappings,
+               " shared mappings");
+}
+
+// Calls `round` some times to warm up, then `count` times, after which the service must hold no
+// more than before. `round` returns what went wrong.
 Verdict LeavesNothing(Device& device, int warmUp, int count,
                       const std::function<std::string(int)>& round) {
-    Counts before;
+    Held before, after;
     for (int i = 0; i < warmUp + count; ++i) {
-        if (i == warmUp) before = CountsOf(device.process);
+        if (i == warmUp) before = HeldBy(device.process);
         const std::string problem = round(i);
         if (!problem.empty()) return Fail(Say("round ", i + 1, " as the first one"), problem);
     }
-    if (before.threads == 0) return Skip("the rounds went well; /proc does not tell what is held");
-    if (Eventually([&] { return Within(CountsOf(device.process), before); })) return {};
-    return Fail(Say("what there was before ", count, " rounds: ", Text(before)),
-                Text(CountsOf(device.process)));
+    if (before.threads == 0) return Skip("all went well; /proc does not tell what is held");
+    const bool freed = Eventually([&] {
+        after = HeldBy(device.process);
+        return after.descriptors <= before.descriptors + kSlack &&
+               after.threads <= before.threads + kSlack &&
+               after.sharedMappings <= before.sharedMappings + kSlack;
+    });
+    return Require(freed, Say("no more than before ", count, " rounds: ", Text(before)),
+                   Text(after));
 }
 
-std::string SendAndAwait(Device& device, Session& session,
-                         const OfflineSessionConfigureInfo& info) {
-    const Answer sent = session.Process(device.Request(info));
-    return sent.Ok() ? session.AwaitResult(sent.number) : sent.Text();
-}
-
-Verdict EndsSessions(Device& device) {
-    Mode mode;
-    if (!device.Working(&mode)) return Skip("no mode brings results");
-    return LeavesNothing(device, 20, kSessions, [&](int i) -> std::string {
+Verdict EndsSessions(Device& device, Session&, const Configuration& info) {
+    return LeavesNothing(device, 20, 200, [&](int i) -> std::string {
         Session session(device);
-        if (!session.IsOpen()) return session.Opened().Text();
-        const Answer taken = session.Configure(device.Plain(mode).info);
-        if (!taken.Ok()) return taken.Text();
-        if (i % 20 != 0) return "";
-        return SendAndAwait(device, session, device.Plain(mode).info);
+        if (!session.IsOpen()) return session.opened.Text();
+        const Answer taken = session.Configure(info);
+        return !taken.Ok()   ? taken.Text()
+               : i % 20 == 0 ? session.Exchange(info, "a result").came
+                             : "";
     });
 }
 
-Verdict EndsFrames(Device& device) {
-    return WithStreams(device, [&](Session& session, const auto& info) {
-        return LeavesNothing(device, 4, kFrames,
-                             [&](int) { return SendAndAwait(device, session, info); });
+Verdict EndsFrames(Device& device, Session& session, const Configuration& info) {
+    return LeavesNothing(device, 4, 20,
+                         [&](int) { return session.Exchange(info, "a result").came; });
+}
+
+Verdict ForgetsRefused(Device& device, Session& session, const Configuration& info) {
+    return LeavesNothing(device, 4, 100, [&](int) -> std::string {
+        OfflineRequestInfo request = device.Request(info);
+        request.outputBuffers[0].streamId = 77;
+        const Answer answer = session.Process(std::move(request));
+        return answer.Refused() || answer.Ok() ? "" : answer.Text();
     });
 }
 
-Verdict ForgetsRefused(Device& device) {
-    return WithStreams(device, [&](Session& session, const auto& info) {
-        return LeavesNothing(device, 4, kRefusals, [&](int) -> std::string {
-            OfflineRequestInfo request = device.Request(info);
-            request.outputBuffers[0].streamId = 77;
-            const Answer answer = session.Process(std::move(request));
-            return answer.Ok() || answer.Refused() ? "" : answer.Text();
-        });
+Verdict SurvivesDeaths(Device& device, Session& session, const Configuration& info) {
+    const Verdict left = LeavesNothing(device, 6, 50, [](int i) {
+        return KillClient(kVictimStates[static_cast<size_t>(i) % std::size(kVictimStates)]);
     });
-}
-
-Verdict SurvivesDeaths(Device& device) {
-    return WithStreams(device, [&](Session& session, const auto& info) -> Verdict {
-        constexpr int kStates = static_cast<int>(std::size(kVictimStates));
-        const Verdict left = LeavesNothing(device, kStates, kDeaths, [&](int i) {
-            return KillClient(kVictimStates[i % kStates]);
-        });
-        if (left.outcome == Outcome::kFail) return left;
-        const std::string problem = SendAndAwait(device, session, info);
-        return problem.empty() ? left : Fail("a survivor's frame afterwards", problem);
-    });
+    if (left.outcome == Outcome::kFail) return left;
+    const Verdict survivor = session.Exchange(info, "a survivor's result");
+    return survivor.Good() ? left : survivor;
 }
 
 }  // namespace
 
+std::string KillClient(const std::string& state) {
+    int ends[2];
+    if (pipe2(ends, O_CLOEXEC) != 0) return "no pipe";
+    const pid_t child = fork();
+    if (child == 0) {
+        dup2(ends[1], STDOUT_FILENO);
+        execl("/proc/self/exe", "offlineservicecheck", "--victim", state.c_str(), nullptr);
+        _exit(1);
+    }
+    close(ends[1]);
+    char byte = 0;
+    pollfd wait = {ends[0], POLLIN, 0};
+    const bool told = child > 0 && poll(&wait, 1, static_cast<int>(kWait.count())) == 1 &&
+                      read(ends[0], &byte, 1) == 1;
+    close(ends[0]);
+    if (child > 0) kill(child, SIGKILL);
+    if (child > 0) waitpid(child, nullptr, 0);
+    return told && byte == '+' ? "" : "it did not get into the state '" + state + "' within 5 s";
+}
+
+void BeVictim(const std::string& state) {
+    Device device;
+    if (!device.Connect() || device.service == nullptr) Arrive(false);
+    if (state == "registered") {
+        Arrive(device.Register(9, ndk::SharedRefBase::make<Recorder>(&device.pool)).Ok());
+    }
+    Session session(device, "victim");
+    if (state == "opened" || !session.IsOpen()) Arrive(session.IsOpen());
+    Configuration info;
+    for (const Mode mode : {kMMF, kB2Y, kY2J}) {
+        info = ConfigurationOf(mode);
+        if (session.Configure(info).Ok()) break;
+    }
+    if (state == "configured") Arrive(true);
+    if (state != "in-flight") {
+        // Where the mode lends nothing, any callback after the shutter will do.
+        session.client->inCallback = [&](const Event& event) {
+            if (state == "callback" || event.kind != Event::kShutter) Arrive(true);
+        };
+    }
+    for (int i = 0; i < 3; ++i) session.Process(device.Request(info));
+    if (state == "in-flight") Arrive(true);
+    Eventually([] { return false; });
+    Arrive(false);
+}
+
+Held HeldBy(pid_t process) {
+    const std::string folder = Say("/proc/", process, "/");
+    Held held = {EntriesOf(folder + "fd"), EntriesOf(folder + "task"), 0};
+    std::ifstream maps(folder + "maps");
+    for (std::string line; std::getline(maps, line);) {
+        held.sharedMappings += line.find("s ") == line.find(' ') + 4;  // "address rw-s ..."
+    }
+    return held;
+}
+
 Checks EnduranceChecks() {
-    constexpr char kEnd[] = "End thread, buffers and death link with the session.";
-    return {
-            {"endurance.sessions", "200 sessions leave no descriptor, thread or mapping behind.",
-             kEnd, EndsSessions},
+    return {{"endurance.sessions", "200 sessions leave no descriptor, thread or mapping behind.",
+             OnStreams(EndsSessions)},
             {"endurance.frames", "20 frames of a session leave nothing behind.",
-             "Free imported handles and unlock buffers at the end of each frame.", EndsFrames},
+             OnStreams(EndsFrames)},
             {"endurance.refusals", "100 refused requests leave nothing behind.",
-             "Free what was imported before the request was found to be wrong.", ForgetsRefused},
-            {"endurance.deaths", "50 clients that die in all states leave nothing behind.", kEnd,
-             SurvivesDeaths},
-    };
+             OnStreams(ForgetsRefused)},
+            {"endurance.deaths", "50 clients that die in six states leave nothing behind.",
+             OnStreams(SurvivesDeaths)}};
 }
 
 }  // namespace conformance

@@ -4,12 +4,12 @@
 #include <getopt.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
+#include <fstream>
 
 #include "device.h"
-#include "report.h"
 #include "victim.h"
 
 namespace conformance {
@@ -19,7 +19,7 @@ constexpr char kHelp[] =
         R"(usage: offlineservicecheck [OPTIONS]
 Checks the offline camera service that is registered on this device, one line for each check.
 
-  --list             all checks with rule and cure
+  --list             all checks and their rules
   --only PATTERN     only checks whose name or group matches, such as 'process.*'; may be repeated
   --json FILE        write the findings to FILE, too
   --stop-on-failure  end after the first failure
@@ -32,6 +32,7 @@ Status 0 without failures, 1 with, 2 for wrong options. No wait is longer than 5
 )";
 
 constexpr int kMisuse = 2;
+constexpr const char* kOutcomes[] = {"ok", "FAIL", "warn", "skip"};
 
 struct Options {
     std::vector<std::string> patterns;
@@ -40,41 +41,43 @@ struct Options {
     long repeat = 1;
 };
 
+struct Finding {
+    const Check* check;
+    Verdict verdict;
+    double seconds = 0;
+};
+
 // False after a message.
 bool ReadOptions(int argc, char** argv, Options* options) {
-    const option known[] = {{"list", no_argument, nullptr, 'l'},
-                            {"only", required_argument, nullptr, 'o'},
-                            {"json", required_argument, nullptr, 'j'},
-                            {"stop-on-failure", no_argument, nullptr, 's'},
-                            {"repeat", required_argument, nullptr, 'r'},
-                            {"physics", no_argument, nullptr, 'p'},
-                            {"help", no_argument, nullptr, 'h'},
-                            {}};
-    for (int found; (found = getopt_long(argc, argv, "", known, nullptr)) != -1;) {
-        char* end = nullptr;
+    constexpr option kKnown[] = {{"list", no_argument, nullptr, 'l'},
+                                 {"only", required_argument, nullptr, 'o'},
+                                 {"json", required_argument, nullptr, 'j'},
+                                 {"stop-on-failure", no_argument, nullptr, 's'},
+                                 {"repeat", required_argument, nullptr, 'r'},
+                                 {"physics", no_argument, nullptr, 'p'},
+                                 {"help", no_argument, nullptr, 'h'},
+                                 {}};
+    for (int found; (found = getopt_long(argc, argv, "", kKnown, nullptr)) != -1;) {
+        if (found == '?') return false;
         if (found == 'l') options->list = true;
         if (found == 'o') options->patterns.push_back(optarg);
         if (found == 'j') options->json = optarg;
         if (found == 's') options->stop = true;
         if (found == 'p') options->physics = true;
         if (found == 'h') options->help = true;
-        if (found == 'r') options->repeat = strtol(optarg, &end, 10);
-        if (found == 'r' && (*end != '\0' || options->repeat < 1 || options->repeat > 1000)) {
-            fprintf(stderr, "offlineservicecheck: --repeat %s: no number from 1 to 1000\n", optarg);
-            return false;
-        }
-        if (found == '?') return false;
+        if (found != 'r') continue;
+        char* end = nullptr;
+        options->repeat = strtol(optarg, &end, 10);
+        if (*end == '\0' && options->repeat >= 1 && options->repeat <= 1000) continue;
+        fprintf(stderr, "offlineservicecheck: --repeat %s: no number from 1 to 1000\n", optarg);
+        return false;
     }
-    if (optind == argc) return true;
-    fprintf(stderr, "offlineservicecheck: unexpected word %s; try --help\n", argv[optind]);
-    return false;
+    if (optind < argc) fprintf(stderr, "offlineservicecheck: unknown word %s\n", argv[optind]);
+    return optind == argc;
 }
 
-bool Matches(const Options& options, const Check& check) {
-    for (const std::string& pattern : options.patterns) {
-        if (pattern == GroupOf(check) || fnmatch(pattern.c_str(), check.name, 0) == 0) return true;
-    }
-    return options.patterns.empty();
+std::string GroupOf(const Check& check) {
+    return std::string(check.name).substr(0, std::string(check.name).find('.'));
 }
 
 Checks SelectChecks(const Options& options) {
@@ -84,27 +87,42 @@ Checks SelectChecks(const Options& options) {
           ContentChecks, LendingChecks, FenceChecks, EnduranceChecks, PhysicsChecks}) {
         if (group == PhysicsChecks && !options.physics) continue;
         for (const Check& check : group()) {
-            if (Matches(options, check)) selected.push_back(check);
+            const auto matches = [&](const std::string& pattern) {
+                return pattern == GroupOf(check) || fnmatch(pattern.c_str(), check.name, 0) == 0;
+            };
+            const auto& patterns = options.patterns;
+            if (patterns.empty() || std::any_of(patterns.begin(), patterns.end(), matches)) {
+                selected.push_back(check);
+            }
         }
     }
     return selected;
 }
 
-// Runs one check, and adds to it what became of the service. `gone` is set where the rest is to be
-// skipped.
+void Print(const Finding& finding) {
+    const Verdict& verdict = finding.verdict;
+    std::string line = Say("  ", kOutcomes[static_cast<int>(verdict.outcome)]);
+    line.resize(8, ' ');
+    line += finding.check->name;
+    if (!verdict.expected.empty()) line += ": expected " + verdict.expected + "; came";
+    if (verdict.expected.empty() && !verdict.came.empty()) line += ":";
+    if (!verdict.came.empty()) line += " " + verdict.came;
+    std::replace(line.begin(), line.end(), '\n', ' ');
+    puts(line.c_str());
+    fflush(stdout);
+}
+
+// Runs one check. `gone` becomes the reason to skip the rest.
 Verdict RunOne(Device& device, const Check& check, std::string* gone) {
-    constexpr int kMostUnanswered = 4;
     Verdict verdict = check.run(device);
-    if (device.Dead()) {
-        if (verdict.outcome != Outcome::kFail)
-            verdict = Fail("a service that lives", "its death");
-        else
-            verdict.came += "; the service died";
-        if (!device.Connect()) {
-            *gone = Say("the service died in ", check.name, " and did not come back within 5 s");
-        }
-    } else if (UnansweredCalls() >= kMostUnanswered) {
-        *gone = Say(UnansweredCalls(), " calls were not answered, the last one in ", check.name);
+    const std::string trouble = device.Trouble();
+    if (trouble.empty()) return verdict;
+    if (verdict.outcome != Outcome::kFail)
+        verdict = Fail("a service that goes on", trouble);
+    else
+        verdict.came += "; " + trouble;
+    if (trouble.find("died") == trouble.npos || !device.Connect()) {
+        *gone = Say(trouble, ", in ", check.name);
     }
     return verdict;
 }
@@ -113,62 +131,92 @@ std::vector<Finding> RunAll(const Options& options, const Checks& checks) {
     std::vector<Finding> findings;
     Device device;
     for (long round = 0; round < options.repeat; ++round) {
-        std::string gone, group;
-        if (!device.Connect()) gone = Say(Device::kInstance, " was not registered within 5 s");
-        const bool absent = !gone.empty();
+        std::string group, gone;
+        const bool there = device.Connect();
+        if (!there) gone = std::string(Device::kInstance) + " is not registered within 5 s";
         for (const Check& check : checks) {
             if (GroupOf(check) != group) puts((group = GroupOf(check)).c_str());
-            Finding finding = {&check, Skip(gone)};
             const auto begin = Clock::now();
-            if (absent && &check == &checks[0]) {
-                finding.verdict = Fail("a service", gone);
-            } else if (gone.empty()) {
-                finding.verdict = RunOne(device, check, &gone);
-            }
+            Finding finding = {&check, Skip(gone)};
+            if (gone.empty()) finding.verdict = RunOne(device, check, &gone);
+            if (!there && &check == &checks[0]) finding.verdict = Fail("a service", gone);
             finding.seconds = std::chrono::duration<double>(Clock::now() - begin).count();
             Print(finding);
             findings.push_back(finding);
-            if (options.stop && AnyFailed(findings)) return findings;
+            if (options.stop && finding.verdict.outcome == Outcome::kFail) return findings;
         }
     }
     return findings;
 }
 
-int Run(int argc, char** argv) {
+size_t Count(const std::vector<Finding>& findings, Outcome outcome) {
+    const auto has = [&](const Finding& finding) { return finding.verdict.outcome == outcome; };
+    return static_cast<size_t>(std::count_if(findings.begin(), findings.end(), has));
+}
+
+std::string Quoted(const std::string& text) {
+    std::string quoted;
+    for (const char c : text) {
+        if (c == '"' || c == '\\') quoted += '\\';
+        quoted += static_cast<unsigned char>(c) < 0x20 ? ' ' : c;
+    }
+    return '"' + quoted + '"';
+}
+
+// False if the file cannot be written.
+bool WriteJson(const std::string& path, const std::vector<Finding>& findings) {
+    std::ofstream file(path);
+    file << "{\"schema\": 1, \"instance\": " << Quoted(Device::kInstance) << ", \"checks\": [";
+    for (const Finding& finding : findings) {
+        const Verdict& verdict = finding.verdict;
+        file << (&finding == &findings[0] ? "\n" : ",\n")
+             << "{\"name\": " << Quoted(finding.check->name)
+             << ", \"rule\": " << Quoted(finding.check->rule)
+             << ", \"outcome\": " << Quoted(kOutcomes[static_cast<int>(verdict.outcome)])
+             << ", \"expected\": " << Quoted(verdict.expected)
+             << ", \"came\": " << Quoted(verdict.came) << ", \"seconds\": " << finding.seconds
+             << "}";
+    }
+    const size_t failed = Count(findings, Outcome::kFail),
+                 skipped = Count(findings, Outcome::kSkip);
+    file << "\n], \"total\": " << findings.size() - skipped << ", \"failed\": " << failed
+         << ", \"warnings\": " << Count(findings, Outcome::kWarn) << ", \"skipped\": " << skipped
+         << "}\n";
+    file.close();
+    return !file.fail();
+}
+
+int Main(int argc, char** argv) {
     Options options;
     if (!ReadOptions(argc, argv, &options)) return kMisuse;
     if (options.help) return fputs(kHelp, stdout) < 0;
     const Checks checks = SelectChecks(options);
-    if (checks.empty()) {
-        fprintf(stderr, "offlineservicecheck: no check matches; --list shows them\n");
-        return kMisuse;
+    if (checks.empty()) fputs("offlineservicecheck: no check matches; see --list\n", stderr);
+    if (checks.empty()) return kMisuse;
+    for (const Check& check : checks) {
+        if (options.list) printf("%s: %s\n", check.name, check.rule);
     }
-    if (options.list) {
-        PrintList(checks);
-        return EXIT_SUCCESS;
-    }
+    if (options.list) return 0;
     const std::vector<Finding> findings = RunAll(options, checks);
-    PrintTotals(findings);
-    if (!options.json.empty() && !WriteJson(options.json, findings)) {
-        fprintf(stderr, "offlineservicecheck: cannot write %s\n", options.json.c_str());
-        return kMisuse;
-    }
-    return AnyFailed(findings) ? EXIT_FAILURE : EXIT_SUCCESS;
+    const size_t failed = Count(findings, Outcome::kFail),
+                 skipped = Count(findings, Outcome::kSkip);
+    if (skipped > 0) printf("Skipped: %zu\n", skipped);
+    const size_t total = findings.size() - skipped;
+    printf("Total: %zu, Succeeded: %zu, Failed: %zu, Warnings: %zu\n", total, total - failed,
+           failed, Count(findings, Outcome::kWarn));
+    if (options.json.empty() || WriteJson(options.json, findings)) return failed > 0;
+    fprintf(stderr, "offlineservicecheck: cannot write %s\n", options.json.c_str());
+    return kMisuse;
 }
 
 }  // namespace
 }  // namespace conformance
 
 int main(int argc, char** argv) {
-    constexpr uint32_t kThreads = 6;
-    const bool victim = argc == 3 && strcmp(argv[1], "--victim") == 0;
-    const auto startThreads = [] {
-        ABinderProcess_setThreadPoolMaxThreadCount(kThreads);
-        ABinderProcess_startThreadPool();
-    };
-    startThreads();
-    if (victim) conformance::BeVictim(argv[2]);
-    const int status = conformance::Run(argc, argv);
+    ABinderProcess_setThreadPoolMaxThreadCount(6);
+    ABinderProcess_startThreadPool();
+    if (argc == 3 && strcmp(argv[1], "--victim") == 0) conformance::BeVictim(argv[2]);
+    const int status = conformance::Main(argc, argv);
     fflush(nullptr);
     _exit(status);  // calls that were never answered still hold threads
 }

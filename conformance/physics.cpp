@@ -1,7 +1,5 @@
-// Exact pictures of a service with the reference service's physics, from colours that are flat.
-#include <cmath>
-
-#include "plain_run.h"
+// Exact pictures of a service with the reference service's physics.
+#include "device.h"
 
 namespace conformance {
 

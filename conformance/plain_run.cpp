@@ -1,17 +1,20 @@
-// Runs a mode's requests and looks at the pictures.
-#include "plain_run.h"
+// Runs a mode's requests, looks at the pictures, and finds events.
+#include <poll.h>
 
 #include <algorithm>
 #include <cstring>
+
+#include "device.h"
 
 namespace conformance {
 
 namespace {
 
-constexpr uint8_t kFills[] = {0x5a, 0xa5, 0x5a};
+constexpr uint8_t kFills[] = {0x5a, 0xa5, 0x5a};  // of the outputs before each frame
+constexpr int kVariants[] = {0, 0, 1};            // of the inputs
 
-// Gradients that differ between the variants in every pixel.
-void FillPicture(Buffer& buffer, uint8_t variant) {
+// Gradients that differ between the variants in every byte.
+void FillInput(Buffer& buffer, int variant) {
     buffer.Access([&](uint8_t* bytes) {
         for (const Plane& plane : buffer.Planes()) {
             for (uint64_t row = 0; row < plane.rows; ++row) {
@@ -24,137 +27,144 @@ void FillPicture(Buffer& buffer, uint8_t variant) {
     });
 }
 
-class PictureReader {
-  public:
-    PictureReader(Buffer& buffer, Picture* picture) : m_buffer(buffer), m_picture(*picture) {}
-
-    // Right after a frame's result.
-    void Look(size_t frame) {
-        m_buffer.Access([&](const uint8_t* bytes) {
-            if (frame == 0) m_first.assign(bytes, bytes + m_buffer.Size());
-            if (frame == 1) Compare(bytes);
-            if (frame == 2) m_third.assign(bytes, bytes + m_buffer.Size());
-        });
-    }
-
-    // After the end of the session.
-    void Finish() {
-        if (m_buffer.Planes().empty()) m_picture.file = m_first;
-        m_buffer.Access([&](const uint8_t* bytes) {
-            if (m_first.empty() || m_third.empty()) return;
-            m_picture.read = true;
-            m_picture.changedLater = memcmp(bytes, m_third.data(), m_third.size()) != 0;
-            m_picture.sameForOtherInput = m_first == m_third;
-        });
-    }
-
-  private:
-    // Goes through the buffer row by row: picture, padding, and what belongs to no row.
-    void Compare(const uint8_t* second) {
-        uint64_t place = 0;
-        for (const Plane& plane : m_buffer.Planes()) {
-            for (uint64_t row = 0; row < plane.rows; ++row) {
-                const uint64_t begin = plane.offset + row * plane.stride;
-                for (; place < begin; ++place) CheckOutside(second, place, plane, row);
-                for (; place < begin + plane.rowBytes; ++place)
-                    CheckInside(second, place, plane, row);
-            }
-        }
-        const Plane end;
-        for (; !m_buffer.Planes().empty() && place < m_buffer.Size(); ++place) {
-            CheckOutside(second, place, end, 0);
-        }
-    }
-
-    void CheckInside(const uint8_t* second, uint64_t place, const Plane& plane, uint64_t row) {
-        if (m_first[place] != kFills[0] || second[place] != kFills[1]) return;
-        if (m_picture.unwritten++ > 0) return;
-        m_picture.firstUnwritten = Say("plane ", plane.name, ", row ", row, ", byte ",
-                                       place - plane.offset - row * plane.stride);
-    }
-
-    void CheckOutside(const uint8_t* second, uint64_t place, const Plane& next, uint64_t row) {
-        if (m_first[place] == kFills[0] && second[place] == kFills[1]) return;
-        if (m_picture.outside++ > 0) return;
-        m_picture.firstOutside = Say("byte ", place, " of the buffer, ");
-        m_picture.firstOutside += next.rows == 0 ? std::string("after the last plane's picture")
-                                                 : Say("before row ", row, " of plane ", next.name);
-    }
-
-    Buffer& m_buffer;
-    Picture& m_picture;
-    std::vector<uint8_t> m_first, m_third;
-};
-
-// The problem of any buffer of a mode's requests; empty where there is none.
-std::string BufferProblem(Device& device, const OfflineSessionConfigureInfo& info) {
-    if (!device.pool.Problem().empty()) return device.pool.Problem();
+void FillInputs(Device& device, const Configuration& info, int variant) {
     for (const Stream& stream : info.streams) {
-        const std::string& problem = device.pool.Get(stream).Problem();
-        if (!problem.empty()) return problem;
+        for (size_t f = 0; IsInput(stream) && f < FramesOf(info.opMode); ++f) {
+            FillInput(device.pool.Get(stream, f), variant);
+        }
     }
-    return "";
 }
 
-// Sends a frame and waits for its shutter and its result; for the shutter only if the frames before
-// had one.
+// Goes through the buffer after the first and after the second frame, row by row: picture, padding,
+// and what belongs to no row.
+void Compare(const Buffer& buffer, const uint8_t* first, const uint8_t* second, Picture* picture) {
+    uint64_t place = 0, plane = 0, row = 0, unwritten = 0, outside = 0;
+    const auto look = [&](bool inside, uint64_t end) {
+        uint64_t& count = inside ? unwritten : outside;
+        for (; place < end; ++place) {
+            const bool kept = first[place] == kFills[0] && second[place] == kFills[1];
+            if (kept != inside || ++count > 1) continue;
+            (inside ? picture->unwritten : picture->outside) =
+                    Say("byte ", place, ", in or before row ", row, " of plane ", plane);
+        }
+    };
+    for (const Plane& p : buffer.Planes()) {
+        for (row = 0; row < p.rows; ++row) {
+            const uint64_t begin = p.offset + row * p.stride;
+            look(false, begin);
+            look(true, std::min(begin + p.rowBytes, buffer.Size()));
+        }
+        ++plane;
+    }
+    if (!buffer.Planes().empty()) look(false, buffer.Size());
+    if (unwritten > 0) picture->unwritten = Say(unwritten, " bytes, first ", picture->unwritten);
+    if (outside > 0) picture->outside = Say(outside, " bytes, first ", picture->outside);
+}
+
+// Sends a frame and waits for its result, and for its shutter unless an earlier one had none.
 SentFrame SendFrame(Device& device, Session& session, const PlainRun& run) {
     SentFrame frame;
     OfflineRequestInfo request = device.Request(run.info);
     frame.sent = Clock::now();
     frame.answer = session.Process(std::move(request));
     frame.answered = Clock::now();
-    if (!frame.answer.Ok()) return frame;
-    const int32_t number = frame.answer.number;
-    frame.result = session.AwaitResult(number).empty();
-    if (frame.result) FencesSignal(session.Client().All());
+    frame.result = session.AwaitResult(frame.answer).Good();
     frame.done = Clock::now();
-    const bool expected = run.frames.empty() || run.frames.back().shutter;
-    const auto shutter = [&](const Events& events) {
-        return Count(events, Event::kShutter, number) > 0;
-    };
-    const auto left = std::max(std::chrono::milliseconds(0),
-                               std::chrono::duration_cast<std::chrono::milliseconds>(
-                                       frame.answered + kWait - Clock::now()));
-    frame.shutter = session.Client().WaitFor(shutter, expected ? left : left * 0);
+    if (!frame.result) return frame;
+    const auto shutters = [](const Events& events) { return Of(events, Event::kShutter).size(); };
+    const size_t before = run.frames.size();
+    if (before == 0 || shutters(session.All()) >= before) {
+        session.client->WaitFor([&](const Events& events) { return shutters(events) > before; });
+    }
+    FencesSignal(session.All());
     return frame;
 }
 
 }  // namespace
 
-void FillInputs(Device& device, const OfflineSessionConfigureInfo& info, uint8_t variant) {
-    for (const Stream& stream : info.streams) {
-        if (!IsInput(stream)) continue;
-        for (size_t f = 0; f < FramesOf(static_cast<Mode>(info.opMode)); ++f) {
-            FillPicture(device.pool.Get(stream, f), variant);
-        }
-    }
+milliseconds PlainRun::Patience() const {
+    return milliseconds(200) +
+           2 * std::chrono::duration_cast<milliseconds>(frames[0].done - frames[0].sent);
 }
 
-std::shared_ptr<PlainRun> RunPlain(Device& device, Mode mode) {
-    const auto run = std::make_shared<PlainRun>();
-    run->mode = mode;
+void Device::RunPlain(Mode mode, PlainRun* run) {
     run->info = ConfigurationOf(mode);
-    if (!device.CanOpen()) return run;
-    Session session(device);
-    if (!session.IsOpen()) return run;
+    if (!CanOpen() || !pool.Ready()) return;
+    Session session(*this);
+    if (!session.IsOpen()) return;
     run->configured = session.Configure(run->info);
-    if (!run->configured.Ok()) return run;
-    run->problem = BufferProblem(device, run->info);
-    if (!run->problem.empty()) return run;
-    Buffer& output = device.pool.Get(run->info.streams.back());
-    PictureReader reader(output, &run->picture);
+    if (!run->configured.Ok()) return;
+    Buffer& output = pool.Get(run->info.streams.back());
+    Picture& picture = run->picture;
+    std::vector<uint8_t> last;
     for (size_t i = 0; i < PlainRun::kFrames; ++i) {
-        if (i != 1) FillInputs(device, run->info, i == 0 ? 0 : 1);
+        FillInputs(*this, run->info, kVariants[i]);
         output.Fill(kFills[i]);
-        run->frames.push_back(SendFrame(device, session, *run));
+        run->frames.push_back(SendFrame(*this, session, *run));
         if (!run->frames.back().result) break;
-        reader.Look(i);
+        output.Access([&](const uint8_t* bytes) {
+            if (i == 0) picture.bytes.assign(bytes, bytes + output.Size());
+            if (i == 1) Compare(output, picture.bytes.data(), bytes, &picture);
+            if (i == 2) last.assign(bytes, bytes + output.Size());
+        });
     }
     session.Close();
-    run->events = session.Client().All();
-    reader.Finish();
-    return run;
+    run->events = session.All();
+    if (last.empty()) return;
+    picture.sameForOtherInput = last == picture.bytes;
+    output.Access([&](const uint8_t* bytes) {
+        picture.changedLater = memcmp(bytes, last.data(), last.size()) != 0;
+    });
+}
+
+Events Of(const Events& events, Event::Kind kind, int32_t frame) {
+    Events found;
+    std::copy_if(events.begin(), events.end(), std::back_inserter(found), [&](const Event& event) {
+        return event.kind == kind && (frame == -1 || event.frame == frame);
+    });
+    return found;
+}
+
+std::vector<BufferMark> BuffersOf(const Events& events) {
+    std::vector<BufferMark> buffers;
+    for (const Event& event : events) {
+        buffers.insert(buffers.end(), event.buffers.begin(), event.buffers.end());
+    }
+    return buffers;
+}
+
+bool Failed(const Events& events, int32_t frame) {
+    const auto buffers = BuffersOf(Of(events, Event::kResult, frame));
+    return !Of(events, Event::kError, frame).empty() ||
+           !std::all_of(buffers.begin(), buffers.end(), [](const auto& mark) { return mark.good; });
+}
+
+bool FencesSignal(const Events& events) {
+    const auto deadline = Clock::now() + kWait;
+    for (const Event& event : events) {
+        for (const auto& fence : event.fences) {
+            pollfd wait = {fence->get(), POLLIN, 0};
+            const auto left = std::chrono::duration_cast<milliseconds>(deadline - Clock::now());
+            if (poll(&wait, 1, std::max(0, static_cast<int>(left.count()))) != 1) return false;
+        }
+    }
+    return true;
+}
+
+std::string Text(const BufferMark& buffer) {
+    return Say("stream ", buffer.stream, " buffer ", buffer.id);
+}
+
+std::string Text(const Events& events) {
+    constexpr const char* kNames[] = {"shutter",           "error",    "result",
+                                      "asked for buffers", "returned", "empty "};
+    std::string text;
+    for (const Event& event : events) {
+        text += (text.empty() ? "" : ", ") + std::string(kNames[event.kind]) + event.callback;
+        if (event.kind <= Event::kResult) text += Say(" ", event.frame);
+        for (const BufferMark& buffer : event.buffers) text += Say(" (", Text(buffer), ")");
+    }
+    return text.empty() ? "nothing" : text;
 }
 
 }  // namespace conformance

@@ -2,413 +2,241 @@
 #include <system/camera_metadata.h>
 
 #include <algorithm>
-#include <set>
 
-#include "plain_run.h"
+#include "device.h"
 
 namespace conformance {
 
 namespace {
 
-using LookAtFrame = std::function<Verdict(const PlainRun&, int32_t frame, const std::string& name)>;
+// A frame of a plain run with its messages and results.
+struct Frame {
+    const PlainRun& run;
+    const SentFrame& sent;
+    Events shutters, results;
+    std::string name;                  // such as "B2Y frame 3"
+    std::vector<BufferMark> expected;  // its request's outputs, whose ids count from 1
+};
 
-// Looks at every frame that the plain runs have sent, up to the first finding. `needsResult` leaves
-// out those without a result.
-Verdict EachFrame(Device& device, bool needsResult, const LookAtFrame& look) {
-    bool any = false;
-    for (const Mode mode : device.Claimed()) {
-        const PlainRun& run = device.Plain(mode);
-        for (const SentFrame& sent : run.frames) {
-            if (!sent.answer.Ok() || (needsResult && !sent.result)) continue;
-            any = true;
-            const int32_t frame = sent.answer.number;
-            Verdict found = look(run, frame, Say(NameOf(mode), " frame ", frame));
-            if (!found.Good()) return found;
+// Looks at every frame that was sent and taken, up to the first finding.
+Run Frames(Verdict (*look)(const Frame&)) {
+    return [look](Device& device) {
+        bool any = false;
+        for (const PlainRun* run : device.Claimed()) {
+            for (const SentFrame& sent : run->frames) {
+                if (!sent.answer.Ok()) continue;
+                const int32_t number = sent.answer.number;
+                Frame frame = {*run,
+                               sent,
+                               Of(run->events, Event::kShutter, number),
+                               Of(run->events, Event::kResult, number),
+                               Say(run->Mode(), " frame ", number),
+                               {{run->info.streams.back().id, 1}}};
+                any = true;
+                Verdict verdict = look(frame);
+                if (!verdict.Good()) return verdict;
+            }
         }
-    }
-    return any ? Verdict()
-               : Skip(needsResult ? "no result: see process.result" : "no frame was taken");
+        return any ? Verdict() : Skip("no frame was taken: see process.taken");
+    };
 }
 
-// The same with every result of a frame.
-Verdict EachResult(
-        Device& device,
-        const std::function<Verdict(const PlainRun&, const Event&, const std::string&)>& look) {
-    return EachFrame(device, true,
-                     [&](const auto& run, int32_t frame, const auto& name) -> Verdict {
-                         for (const Event& event : run.events) {
-                             if (event.kind != Event::kResult || event.frame != frame) continue;
-                             Verdict found = look(run, event, name);
-                             if (!found.Good()) return found;
-                         }
-                         return {};
-                     });
-}
-
-std::set<int32_t> NumbersOf(const PlainRun& run) {
-    std::set<int32_t> numbers;
-    for (const SentFrame& sent : run.frames) {
-        if (sent.answer.Ok()) numbers.insert(sent.answer.number);
-    }
-    return numbers;
-}
-
-// The outputs of a mode's requests, whose buffer ids count from 1.
-std::vector<BufferMark> OutputsOf(const PlainRun& run) {
-    std::vector<BufferMark> outputs;
-    for (const Stream& stream : run.info.streams) {
-        if (!IsInput(stream))
-            outputs.push_back({stream.id, static_cast<int64_t>(outputs.size()) + 1});
-    }
-    return outputs;
+// Looks at the plain runs of the modes that are taken, up to the first finding.
+Run Runs(Verdict (*look)(const PlainRun&)) {
+    return [look](Device& device) {
+        for (const PlainRun* run : device.Claimed()) {
+            Verdict verdict = look(*run);
+            if (!verdict.Good()) return verdict;
+        }
+        return device.Claimed().empty() ? Skip("no mode is taken") : Verdict();
+    };
 }
 
 bool Contains(const std::vector<BufferMark>& buffers, const BufferMark& wanted) {
-    return std::any_of(buffers.begin(), buffers.end(),
-                       [&](const BufferMark& buffer) { return buffer.Same(wanted); });
+    return std::find(buffers.begin(), buffers.end(), wanted) != buffers.end();
 }
 
-Verdict TakesGoodRequests(Device& device) {
-    if (device.Claimed().empty()) return Skip("no mode is taken: see configuration.some-mode");
-    for (const Mode mode : device.Claimed()) {
-        const PlainRun& run = device.Plain(mode);
-        if (!run.problem.empty()) return Skip(run.problem);
-        for (const SentFrame& sent : run.frames) {
-            if (!sent.answer.Ok())
-                return Fail(Say("OK for a request of ", NameOf(mode)), sent.answer.Text());
-        }
+Verdict IsTaken(const PlainRun& run) {
+    if (run.frames.empty()) return Skip("no frame was sent");
+    return Require(run.frames.back().answer.Ok(), "OK for a request of " + run.Mode(),
+                   run.frames.back().answer.Text());
+}
+
+Verdict NumbersRise(const PlainRun& run) {
+    int32_t before = -1;
+    for (const SentFrame& sent : run.frames) {
+        const int32_t now = sent.answer.number;
+        if (now <= before)
+            return Fail(Say("a number above ", before, " in ", run.Mode()), Say(now));
+        before = now;
     }
     return {};
 }
 
-Verdict NumbersFrames(Device& device) {
-    return EachFrame(device, false, [](const auto&, int32_t frame, const auto& name) {
-        return frame >= 0 ? Verdict() : Fail("a frame number of 0 or more", name);
-    });
+Verdict HasOneShutter(const Frame& frame) {
+    return Require(frame.shutters.size() == 1, "one shutter message for " + frame.name,
+                   Say(frame.shutters.size(), " within 5 s"));
 }
 
-Verdict NumbersRise(Device& device) {
-    bool any = false;
-    for (const Mode mode : device.Claimed()) {
-        const auto& frames = device.Plain(mode).frames;
-        for (size_t i = 1; i < frames.size() && frames[i].answer.Ok(); ++i) {
-            any = true;
-            if (frames[i].answer.number > frames[i - 1].answer.number) continue;
-            return Fail(
-                    Say("a number above ", frames[i - 1].answer.number, " for the next request"),
-                    Say(frames[i].answer.number));
+Verdict NumbersAreOwn(const PlainRun& run) {
+    for (const Event& event : run.events) {
+        if (event.kind > Event::kResult) continue;
+        if (std::any_of(run.frames.begin(), run.frames.end(),
+                        [&](const auto& sent) { return sent.answer.number == event.frame; })) {
+            continue;
         }
-    }
-    return any ? Verdict() : Skip("no second frame was taken");
-}
-
-Verdict SendsOneShutter(Device& device) {
-    return EachFrame(device, false, [](const auto& run, int32_t frame, const auto& name) {
-        const size_t count = Count(run.events, Event::kShutter, frame);
-        return count == 1 ? Verdict()
-                          : Fail("one shutter message for " + name, Say(count, " within 5 s"));
-    });
-}
-
-Verdict ShuttersAreOfSentFrames(Device& device) {
-    for (const Mode mode : device.Claimed()) {
-        const PlainRun& run = device.Plain(mode);
-        const std::set<int32_t> sent = NumbersOf(run);
-        for (const Event& event : run.events) {
-            if (event.kind != Event::kShutter || sent.count(event.frame) > 0) continue;
-            return Fail("shutter messages of frames that were sent",
-                        Say("one of frame ", event.frame, " in ", NameOf(mode)));
-        }
+        return Fail("messages and results of frames that were sent", Text(Events{event}));
     }
     return {};
 }
 
-Verdict TimestampsRise(Device& device) {
-    bool any = false;
-    for (const Mode mode : device.Claimed()) {
-        const Event* last = nullptr;
-        for (const Event& event : device.Plain(mode).events) {
-            if (event.kind != Event::kShutter) continue;
-            any = true;
-            if (last != nullptr && last->frame != event.frame &&
-                event.timestamp <= last->timestamp) {
-                return Fail(
-                        Say("a timestamp above ", last->timestamp, " ns, frame ", last->frame,
-                            "'s"),
-                        Say(event.timestamp, " ns for frame ", event.frame, " of ", NameOf(mode)));
-            }
-            last = &event;
-        }
-    }
-    return any ? Verdict() : Skip("no shutter message: see process.shutter");
-}
-
-Verdict ShutterIsFirst(Device& device) {
-    return EachResult(device,
-                      [](const auto& run, const Event& result, const auto& name) -> Verdict {
-                          for (const Event& event : run.events) {
-                              if (event.kind != Event::kShutter || event.frame != result.frame)
-                                  continue;
-                              if (event.at > result.at)
-                                  return Warn("the result of " + name + " came before its shutter");
-                          }
-                          return {};
-                      });
-}
-
-Verdict NumberIsFirst(Device& device) {
-    for (const Mode mode : device.Claimed()) {
-        const PlainRun& run = device.Plain(mode);
-        for (const SentFrame& sent : run.frames) {
-            for (const Event& event : run.events) {
-                const bool early = event.kind <= Event::kResult &&
-                                   event.frame == sent.answer.number &&
-                                   event.at + std::chrono::milliseconds(20) < sent.answered;
-                if (!early) continue;
-                return Warn(Say("frame ", event.frame, " of ", NameOf(mode), " was told of while ",
-                                "processOfflineRequest had not yet returned its number"));
-            }
-        }
+Verdict TimestampsRise(const PlainRun& run) {
+    const Events shutters = Of(run.events, Event::kShutter);
+    for (size_t i = 1; i < shutters.size(); ++i) {
+        const int64_t before = shutters[i - 1].timestamp, now = shutters[i].timestamp;
+        if (now > before || shutters[i].frame == shutters[i - 1].frame) continue;
+        return Fail(Say("a timestamp above ", before, " ns for frame ", shutters[i].frame),
+                    Say(now, " ns"));
     }
     return {};
 }
 
-Verdict SendsAResult(Device& device) {
-    return EachFrame(device, false,
-                     [](const auto& run, int32_t frame, const auto& name) -> Verdict {
-                         for (const SentFrame& sent : run.frames) {
-                             if (sent.answer.number == frame && sent.result) return {};
-                         }
-                         return Fail("a result of " + name + " within 5 s", Summary(run.events));
-                     });
+Verdict ShutterIsFirst(const Frame& frame) {
+    const bool late = !frame.shutters.empty() && !frame.results.empty() &&
+                      frame.shutters[0].at > frame.results[0].at;
+    return late ? Warn("the result of " + frame.name + " came before its shutter") : Verdict();
 }
 
-Verdict ResultsAreOfSentFrames(Device& device) {
-    for (const Mode mode : device.Claimed()) {
-        const PlainRun& run = device.Plain(mode);
-        const std::set<int32_t> sent = NumbersOf(run);
-        for (const Event& event : run.events) {
-            if (event.kind != Event::kResult || sent.count(event.frame) > 0) continue;
-            return Fail("results of frames that were sent",
-                        Say("one of frame ", event.frame, " in ", NameOf(mode)));
-        }
+Verdict NumberIsFirst(const Frame& frame) {
+    const bool early = !frame.shutters.empty() &&
+                       frame.shutters[0].at + milliseconds(20) < frame.sent.answered;
+    return early ? Warn("the shutter of " + frame.name + " came before its number") : Verdict();
+}
+
+Verdict HasAResult(const Frame& frame) {
+    return Require(frame.sent.result, "a full result of " + frame.name + " within 5 s",
+                   Text(frame.run.events));
+}
+
+Verdict CoversAllOutputs(const Frame& frame) {
+    const auto named = BuffersOf(frame.results);
+    if (frame.results.empty() || Contains(named, frame.expected[0])) return {};
+    return Fail(Text(frame.expected[0]) + " in the result of " + frame.name, Text(frame.results));
+}
+
+Verdict NamesOwnBuffers(const Frame& frame) {
+    for (const BufferMark& buffer : BuffersOf(frame.results)) {
+        if (Contains(frame.expected, buffer)) continue;
+        return Fail("only the request's outputs in the result of " + frame.name, Text(buffer));
     }
     return {};
 }
 
-Verdict CoversAllOutputs(Device& device) {
-    return EachFrame(
-            device, false, [](const auto& run, int32_t frame, const auto& name) -> Verdict {
-                const std::vector<BufferMark> named = Outputs(run.events, frame);
-                if (Count(run.events, Event::kResult, frame) == 0) return {};  // see process.result
-                for (const BufferMark& output : OutputsOf(run)) {
-                    if (Contains(named, output)) continue;
-                    return Fail(Text(output) + " in the result of " + name, Summary(run.events));
-                }
-                return {};
-            });
+Verdict NamesOutputsOnce(const Frame& frame) {
+    const auto named = BuffersOf(frame.results);
+    const auto times = std::count(named.begin(), named.end(), frame.expected[0]);
+    return Require(times <= 1, Text(frame.expected[0]) + " once for " + frame.name,
+                   Say(times, " times"));
 }
 
-Verdict NamesOwnBuffers(Device& device) {
-    return EachFrame(device, false,
-                     [](const auto& run, int32_t frame, const auto& name) -> Verdict {
-                         for (const BufferMark& buffer : Outputs(run.events, frame)) {
-                             if (Contains(OutputsOf(run), buffer)) continue;
-                             return Fail("output buffers of the request in the result of " + name,
-                                         Text(buffer));
-                         }
-                         return {};
-                     });
+Verdict CoversTwoOutputs(Device& device, Session& session, Configuration info) {
+    info.streams.push_back(info.streams.back());
+    info.streams.back().id = 5;
+    const Answer taken = session.Configure(info);
+    if (taken.Refused()) return Skip("a second output stream: " + taken.Text());
+    const Answer sent = session.Process(device.Request(info));
+    const Verdict verdict = session.AwaitResult(sent, "a result with both outputs");
+    const auto named = BuffersOf(Of(session.All(), Event::kResult, sent.number));
+    if (!verdict.Good() || Contains(named, {5, 2})) return verdict;
+    return Fail("stream 5 buffer 2, too", Text(session.All()));
 }
 
-Verdict NamesOutputsOnce(Device& device) {
-    return EachFrame(device, true, [](const auto& run, int32_t frame, const auto& name) -> Verdict {
-        const std::vector<BufferMark> named = Outputs(run.events, frame);
-        for (const BufferMark& output : OutputsOf(run)) {
-            const auto times =
-                    std::count_if(named.begin(), named.end(),
-                                  [&](const BufferMark& buffer) { return buffer.Same(output); });
-            if (times > 1) return Fail(Text(output) + " once for " + name, Say(times, " times"));
-        }
-        return {};
-    });
-}
-
-Verdict CoversTwoOutputs(Device& device) {
-    return WithStreams(device, [&](Session& session, OfflineSessionConfigureInfo info) -> Verdict {
-        info.streams.push_back(info.streams.back());
-        info.streams.back().id = 5;
-        const Answer taken = session.Configure(info);
-        if (taken.Refused()) return Skip("a second output stream: " + taken.Text());
-        const Answer sent = session.Process(device.Request(info));
-        const std::string problem = sent.Ok() ? session.AwaitResult(sent.number) : sent.Text();
-        if (!problem.empty()) return Fail("a result with both output streams' buffers", problem);
-        const std::vector<BufferMark> named = Outputs(session.Client().All(), sent.number);
-        const int32_t first = info.streams[info.streams.size() - 2].id;
-        if (named.size() == 2 && Contains(named, {first, 1}) && Contains(named, {5, 2})) return {};
-        return Fail(Say("stream ", first, " buffer 1 and stream 5 buffer 2"),
-                    Summary(session.Client().All()));
-    });
-}
-
-Verdict BuffersAreGood(Device& device) {
-    return EachResult(device, [](const auto&, const Event& result, const auto& name) -> Verdict {
-        for (const BufferMark& buffer : result.buffers) {
-            if (!buffer.good)
-                return Fail("status OK for each buffer of " + name, Text(buffer) + ": ERROR");
-        }
-        return {};
-    });
-}
-
-Verdict SendsNoErrors(Device& device) {
-    for (const Mode mode : device.Claimed()) {
-        for (const Event& event : device.Plain(mode).events) {
-            if (event.kind != Event::kError) continue;
-            return Fail("no error message for good requests",
-                        Say("one of frame ", event.frame, " in ", NameOf(mode)));
-        }
+Verdict BuffersAreGood(const Frame& frame) {
+    for (const BufferMark& buffer : BuffersOf(frame.results)) {
+        if (!buffer.good) return Fail("status OK in " + frame.name, Text(buffer) + ": ERROR");
     }
     return {};
 }
 
-Verdict PartsAddUp(Device& device) {
-    return EachFrame(device, true, [](const auto& run, int32_t frame, const auto& name) -> Verdict {
-        int32_t stated = 0, came = 0;
-        for (const Event& event : run.events) {
-            if (event.kind != Event::kResult || event.frame != frame) continue;
-            stated = std::max(stated, event.partial);
-            came += !event.metadata.empty();
-            if (event.partial < 0)
-                return Fail("a number of parts", Say(event.partial, " for ", name));
-        }
-        if (stated == 0 || stated == came) return {};
-        const std::string parts =
-                Say(stated, " parts of metadata are stated for ", name, ", ", came, " came");
-        return stated > 1 ? Fail("as many parts of metadata as are stated", parts) : Warn(parts);
-    });
+Verdict HasNoError(const PlainRun& run) {
+    const Events errors = Of(run.events, Event::kError);
+    return Require(errors.empty(), "no error message in " + run.Mode(), Text(errors));
 }
 
-Verdict MetadataIsSound(Device& device) {
-    return EachResult(device, [](const auto&, const Event& result, const auto& name) -> Verdict {
+Verdict PartsAddUp(const Frame& frame) {
+    int32_t stated = 0, came = 0;
+    for (const Event& result : frame.results) {
+        stated = std::max(stated, result.count);
+        came += !result.metadata.empty();
+        if (result.count < 0) return Fail("a number of parts", Say(result.count));
+    }
+    const std::string parts = Say(stated, " stated for ", frame.name, ", ", came, " came");
+    if (stated == 0 || stated == came || !frame.sent.result) return {};
+    return stated > 1 ? Fail("as many parts of metadata as stated", parts) : Warn(parts);
+}
+
+Verdict MetadataIsSound(const Frame& frame) {
+    for (const Event& result : frame.results) {
         const size_t size = result.metadata.size();
-        if (size == 0) return {};
         const auto* blob = reinterpret_cast<const camera_metadata_t*>(result.metadata.data());
-        if (size < sizeof(uint32_t) || get_camera_metadata_size(blob) != size) {
-            return Fail("metadata of the size that its first four bytes state",
-                        Say(size, " bytes for ", name));
+        if (size == 0) continue;
+        const size_t stated = size < sizeof(uint32_t) ? 0 : get_camera_metadata_size(blob);
+        if (stated != size) {
+            return Fail(Say("metadata of the stated size of ", stated, " bytes"),
+                        Say(size, " bytes for ", frame.name));
         }
-        if (validate_camera_metadata_structure(blob, &size) == 0) return {};
-        return Fail("camera metadata", Say(size, " bytes that do not parse, for ", name));
-    });
-}
-
-Verdict NamesOwnInputs(Device& device) {
-    return EachResult(device,
-                      [](const auto& run, const Event& result, const auto& name) -> Verdict {
-                          std::vector<BufferMark> inputs;
-                          for (size_t frame = 0; frame < FramesOf(run.mode); ++frame) {
-                              for (const Stream& stream : run.info.streams) {
-                                  if (IsInput(stream))
-                                      inputs.push_back({stream.id, int64_t(inputs.size()) + 1});
-                              }
-                          }
-                          for (const BufferMark& buffer : result.inputs) {
-                              if (!Contains(inputs, buffer)) {
-                                  return Warn("the result of " + name +
-                                              " names an input that it had not: " + Text(buffer));
-                              }
-                          }
-                          return {};
-                      });
-}
-
-Verdict CallsWithSomething(Device& device) {
-    for (const Mode mode : device.Claimed()) {
-        for (const Event& event : device.Plain(mode).events) {
-            if (event.kind != Event::kEmpty) continue;
-            return Fail("callbacks with at least one entry",
-                        Say(event.callback, " with an empty list"));
-        }
+        if (validate_camera_metadata_structure(blob, &size) == 0) continue;
+        return Fail("camera metadata", Say(size, " bytes that do not parse, for ", frame.name));
     }
     return {};
 }
 
-Verdict BearsARefusedMessage(Device& device) {
-    return WithStreams(device, [&](Session& session, const auto& info) -> Verdict {
-        session.Client().refuseMessages = true;
-        const Answer sent = session.Process(device.Request(info));
-        const std::string problem = sent.Ok() ? session.AwaitResult(sent.number) : sent.Text();
-        return problem.empty() ? Verdict()
-                               : Fail("a result though notify was answered with an error", problem);
-    });
+Verdict CallsWithSomething(const PlainRun& run) {
+    const Events empty = Of(run.events, Event::kEmpty);
+    return Require(empty.empty(), "callbacks with at least one entry", Text(empty));
+}
+
+Verdict BearsARefusedMessage(Device&, Session& session, const Configuration& info) {
+    session.client->refuseMessages = true;
+    return session.Exchange(info, "a result, though notify is refused,");
 }
 
 }  // namespace
 
 Checks ProcessChecks() {
-    constexpr char kIds[] = "Copy stream id and buffer id of each output from the request.";
-    return {
-            {"process.taken", "processOfflineRequest takes the requests of the test client.",
-             "Answer OK, and work on a thread of the session.", TakesGoodRequests},
-            {"process.number",
-             "processOfflineRequest returns a frame number for a request that asks with -1.",
-             "Store the number in the out-argument before returning.", NumbersFrames},
-            {"process.numbers-rise", "Frame numbers of a session are unique and rise.",
-             "Count per session, or for the whole service; never start again in a session.",
-             NumbersRise},
-            {"process.shutter", "Each frame has exactly one shutter message, within 5 s.",
-             "Send the shutter once, as soon as the work on the frame begins.", SendsOneShutter},
-            {"process.shutter-number",
-             "Shutter messages carry numbers that processOfflineRequest has returned.",
-             "Send the number that the call returned, not a counter of another kind.",
-             ShuttersAreOfSentFrames},
-            {"process.timestamps", "Shutter timestamps rise from frame to frame.",
-             "Take the time of CLOCK_MONOTONIC (or boot time) in nanoseconds for each frame.",
-             TimestampsRise},
-            {"process.shutter-first", "A frame's shutter better comes before its result.",
-             "Send the shutter before the work, the result after it, from one thread.",
-             ShutterIsFirst},
-            {"process.number-first",
-             "processOfflineRequest better returns before the frame is told of.",
-             "Work on another thread than the call's.", NumberIsFirst},
-            {"process.result", "Each frame has a result that is complete within 5 s.",
-             "Call processCaptureResult when the frame is done, also when it failed.",
-             SendsAResult},
-            {"process.result-number",
-             "Results carry numbers that processOfflineRequest has returned.",
-             "Send the number that the call returned.", ResultsAreOfSentFrames},
-            {"process.result-covers-all-outputs",
-             "The results of a frame name every output buffer of its request.", kIds,
-             CoversAllOutputs},
-            {"process.result-own-buffers",
-             "The results of a frame name no other output buffers than its request's.", kIds,
-             NamesOwnBuffers},
+    return {{"process.taken", "processOfflineRequest takes the test client's requests.",
+             Runs(IsTaken)},
+            {"process.numbers-rise", "Frame numbers are 0 or more, unique in a session, and rise.",
+             Runs(NumbersRise)},
+            {"process.shutter", "Each frame has exactly one shutter message within 5 s.",
+             Frames(HasOneShutter)},
+            {"process.own-numbers", "Messages and results carry numbers that were returned.",
+             Runs(NumbersAreOwn)},
+            {"process.timestamps", "Shutter timestamps rise.", Runs(TimestampsRise)},
+            {"process.shutter-first", "A shutter better comes before the frame's result.",
+             Frames(ShutterIsFirst)},
+            {"process.number-first", "processOfflineRequest better returns before the shutter.",
+             Frames(NumberIsFirst)},
+            {"process.result", "Each frame has a result, complete within 5 s.", Frames(HasAResult)},
+            {"process.result-covers-all-outputs", "A frame's results name its output buffer.",
+             Frames(CoversAllOutputs)},
+            {"process.result-own-buffers", "A frame's results name no other output buffers.",
+             Frames(NamesOwnBuffers)},
             {"process.output-once", "Each output buffer is named once for each frame.",
-             "Send a frame's buffers in one result.", NamesOutputsOnce},
-            {"process.two-outputs",
-             "A request with two output streams, where taken, has both in its result.",
-             "Walk over all output buffers, or refuse more than one output stream.",
-             CoversTwoOutputs},
-            {"process.buffer-status", "The output buffers of a good request have the status OK.",
-             "Leave the status OK (0) unless the picture could not be made.", BuffersAreGood},
-            {"process.no-error", "Good requests bring no error messages.",
-             "Send an error message only in place of a picture.", SendsNoErrors},
-            {"process.partial-results",
-             "As many parts of metadata come as numPartialMetadata states.",
-             "State 1 and send all metadata at once, or count the parts.", PartsAddUp},
-            {"process.metadata",
-             "Result metadata is empty or one camera metadata blob of just its size.",
-             "Send get_camera_metadata_size() bytes of the blob.", MetadataIsSound},
-            {"process.own-inputs",
-             "The input side of a result names no other buffers than the request's inputs.",
-             "Copy the input ids from the request, or leave the list empty.", NamesOwnInputs},
+             Frames(NamesOutputsOnce)},
+            {"process.two-outputs", "A result covers two output streams, where they are taken.",
+             OnStreams(CoversTwoOutputs)},
+            {"process.buffer-status", "The outputs of a good request have the status OK.",
+             Frames(BuffersAreGood)},
+            {"process.no-error", "Good requests bring no error messages.", Runs(HasNoError)},
+            {"process.partial-results", "As many parts of metadata come as are stated.",
+             Frames(PartsAddUp)},
+            {"process.metadata", "Result metadata is empty, or one blob of just its size.",
+             Frames(MetadataIsSound)},
             {"process.empty-callbacks", "No callback is called with an empty list.",
-             "Test the list before the call; a client refuses an empty one.", CallsWithSomething},
-            {"process.refused-message",
-             "A client's error answer to notify does not keep the result away.",
-             "Log a failed callback and go on.", BearsARefusedMessage},
-    };
+             Runs(CallsWithSomething)},
+            {"process.refused-message", "A result comes though the client refuses messages.",
+             OnStreams(BearsARefusedMessage)}};
 }
 
 }  // namespace conformance

@@ -8,128 +8,84 @@ namespace conformance {
 namespace {
 
 Verdict HasTheInterface(Device& device) {
-    if (device.service != nullptr) return {};
-    return Fail(Say("an object of ", package::IOfflineCameraService::descriptor),
-                Say("one of another interface, registered as ", Device::kInstance));
+    return Require(device.service != nullptr, package::IOfflineCameraService::descriptor,
+                   "an object of another interface");
 }
 
-Verdict WithService(Device& device, const std::function<Verdict()>& use) {
-    return device.service != nullptr ? use() : Skip("see registration.interface");
+Run Asks(const std::function<Verdict(Device&)>& use) {
+    return [=](Device& device) {
+        return device.service != nullptr ? use(device) : Skip("see registration.interface");
+    };
 }
 
 Verdict TellsItsVersion(Device& device) {
-    return WithService(device, [&]() -> Verdict {
-        int32_t version = 0;
-        std::string hash;
-        const auto told = device.service->getInterfaceVersion(&version);
-        if (!told.isOk() || version < 1) {
-            return Fail("version 1",
-                        told.isOk() ? Say("version ", version) : told.getDescription());
-        }
-        const auto hashed = device.service->getInterfaceHash(&hash);
-        if (!hashed.isOk() || hash.empty()) return Fail("a hash", hashed.getDescription());
-        if (version == 1 && hash == package::IOfflineCameraService::hash) return {};
-        return Warn(Say("it is version ", version, ", hash ", hash,
-                        "; this program was built with ", "version 1, hash ",
-                        package::IOfflineCameraService::hash));
-    });
-}
-
-Answer Register(Device& device, int32_t id,
-                const std::shared_ptr<package::IOfflineCameraCallback>& callback) {
-    return Bounded("registerClient", [=, service = device.service](int32_t*) {
-        return service->registerClient(id, callback);
-    });
+    int32_t version = 0;
+    std::string hash;
+    const auto told = device.service->getInterfaceVersion(&version);
+    const auto hashed = device.service->getInterfaceHash(&hash);
+    if (!told.isOk() || !hashed.isOk() || version < 1 || hash.empty()) {
+        return Fail("version 1 and a hash",
+                    Say("version ", version, " (", told.getDescription(), "), hash '", hash, "'"));
+    }
+    const std::string known = package::IOfflineCameraService::hash;
+    if (version == 1 && hash == known) return {};
+    return Warn(Say("version ", version, ", hash ", hash, " instead of version 1, hash ", known));
 }
 
 Verdict TakesAClient(Device& device) {
-    return WithService(device, [&]() -> Verdict {
-        const Answer answer = Register(device, 0, device.NewRecorder());
-        return answer.Ok() ? Verdict() : Fail("OK for client 0", answer.Text());
-    });
+    const auto client = ndk::SharedRefBase::make<Recorder>(&device.pool);
+    const Verdict first = device.Register(7, client).MustSucceed("OK for client 7");
+    return first.Good() ? device.Register(7, client).MustReturn() : first;
 }
 
-Verdict TakesAClientAgain(Device& device) {
-    return WithService(device, [&]() -> Verdict {
-        for (int i = 0; i < 2; ++i) {
-            const Answer answer = Register(device, 7, device.NewRecorder());
-            if (!answer.Ok() && !answer.Refused()) return Fail("an answer", answer.Text());
-        }
-        return {};
-    });
+Verdict ListsModes(Device& device) {
+    std::vector<int32_t> modes;
+    return device.ListModes(&modes).MustReturn();
 }
 
-Verdict RefusesNullClient(Device& device) {
-    return WithService(device, [&]() -> Verdict {
-        const Answer answer = Register(device, 1, nullptr);
-        return answer.Refused() ? Verdict() : Fail("a status that is not OK", answer.Text());
-    });
-}
-
-Verdict RefusesForeignClient(Device& device) {
-    return WithService(device, [&]() -> Verdict {
-        const auto foreign =
-                ndk::SharedRefBase::make<package::BpOfflineCameraCallback>(device.binder);
-        const Answer answer = Register(device, 1, foreign);
-        return answer.Refused() ? Verdict() : Fail("a status that is not OK", answer.Text());
-    });
-}
-
-Verdict AnswersOperation1(Device& device) {
-    return WithService(device, [&]() -> Verdict {
-        const Answer answer = Bounded("getSupportedOpModes", [service = device.service](int32_t*) {
-            std::vector<int32_t> modes;
-            return service->getSupportedOpModes(&modes);
+Verdict Unregisters(Device& device) {
+    device.Register(2, ndk::SharedRefBase::make<Recorder>(&device.pool));
+    for (const int32_t id : {2, 2, 12345}) {  // known, then unknown
+        const Answer answer = Bounded("unregisterClient", [=, service = device.service](int32_t*) {
+            return service->unregisterClient(id);
         });
-        return answer.Ok() || answer.Refused() ? Verdict() : Fail("any answer", answer.Text());
-    });
+        if (!answer.MustReturn().Good()) return answer.MustReturn();
+    }
+    return {};
 }
 
-Verdict AnswersOperation3(Device& device) {
-    return WithService(device, [&]() -> Verdict {
-        Register(device, 2, device.NewRecorder());
-        for (const int32_t id : {2, 2, 12345}) {  // known, then unknown
-            const Answer answer =
-                    Bounded("unregisterClient", [=, service = device.service](int32_t*) {
-                        return service->unregisterClient(id);
-                    });
-            if (!answer.Ok() && !answer.Refused()) return Fail("any answer", answer.Text());
-        }
-        return {};
-    });
+Verdict RefusesCallback(Device& device, const Callback& callback) {
+    SessionProxy session;
+    if (!device.CanOpen()) return Skip("see session.open");
+    return device.Open("offlincameratest", callback, &session).MustBeRefused();
+}
+
+Callback Foreign(Device& device) {
+    return ndk::SharedRefBase::make<package::BpOfflineCameraCallback>(device.binder);
 }
 
 }  // namespace
 
 Checks RegistrationChecks() {
-    return {
-            {"registration.interface",
-             "The registered object is of the interface IOfflineCameraService.",
-             "Register an object of a class derived from BnOfflineCameraService.", HasTheInterface},
+    return {{"registration.interface", "The registered object is an IOfflineCameraService.",
+             HasTheInterface},
             {"registration.version", "The object tells its interface's version and hash.",
-             "Leave getInterfaceVersion and getInterfaceHash to the generated class.",
-             TellsItsVersion},
-            {"registration.client", "registerClient takes a client's id and callback.",
-             "Answer OK; the callback may be kept or not.", TakesAClient},
-            {"registration.client-again",
-             "registerClient answers a second registration of the same id.",
-             "Replace the first registration or refuse the second; do not assert that the id is "
-             "new.",
-             TakesAClientAgain},
-            {"registration.null-callback", "registerClient refuses a null callback.",
-             "Test the callback before it is stored: a null binder arrives as a null pointer.",
-             RefusesNullClient},
-            {"registration.foreign-callback",
-             "registerClient refuses a binder that is no IOfflineCameraCallback.",
-             "Test the callback for null: a binder of another interface arrives as a null pointer.",
-             RefusesForeignClient},
+             Asks(TellsItsVersion)},
+            {"registration.client", "registerClient takes a client, and answers a second time.",
+             Asks(TakesAClient)},
+            {"registration.null", "registerClient refuses a null callback.",
+             Asks([](Device& d) { return d.Register(1, nullptr).MustBeRefused(); })},
+            {"registration.foreign", "registerClient refuses a binder that is no callback.",
+             Asks([](Device& d) { return d.Register(1, Foreign(d)).MustBeRefused(); })},
             {"registration.operation-1", "getSupportedOpModes is answered, by whatever status.",
-             "Return a status; an operation that is not offered is refused, not left out.",
-             AnswersOperation1},
-            {"registration.operation-3",
-             "unregisterClient is answered for known and unknown ids, by whatever status.",
-             "Look the id up before use; refuse one that is not registered.", AnswersOperation3},
-    };
+             Asks(ListsModes)},
+            {"registration.operation-3", "unregisterClient is answered, also for unknown ids.",
+             Asks(Unregisters)},
+            {"registration.null-for-session", "openOfflineSession refuses a null callback.",
+             [](Device& d) { return RefusesCallback(d, nullptr); }},
+            {"registration.foreign-for-session",
+             "openOfflineSession refuses a binder that is no callback.",
+             [](Device& d) { return RefusesCallback(d, Foreign(d)); }}};
 }
 
 }  // namespace conformance

@@ -1,4 +1,4 @@
-// The operation modes and the streams that the test client configures for them.
+// The operation modes, and the streams that the test client configures for them.
 #pragma once
 
 #include <aidl/android/hardware/camera/device/Stream.h>
@@ -9,18 +9,21 @@ namespace conformance {
 using ::aidl::android::hardware::camera::device::Stream;
 using ::aidl::android::hardware::camera::device::StreamType;
 using ::aidl::android::hardware::graphics::common::PixelFormat;
-using ::aidl::vendor::zel::hardware::camera::offlinecamera::OfflineSessionConfigureInfo;
+using Configuration =
+        ::aidl::vendor::zel::hardware::camera::offlinecamera::OfflineSessionConfigureInfo;
 
-enum class Mode : int32_t { kB2Y = 0, kY2J = 1, kMMF = 3 };
-inline constexpr Mode kModes[] = {Mode::kB2Y, Mode::kY2J, Mode::kMMF};
+enum Mode : int32_t { kB2Y = 0, kY2J = 1, kMMF = 3 };
+inline constexpr Mode kModes[] = {kB2Y, kY2J, kMMF};
 
-const char* NameOf(Mode mode);
+const char* NameOf(int32_t mode);
 
 // Input frames of one request.
-size_t FramesOf(Mode mode);
+inline size_t FramesOf(int32_t mode) {
+    return mode == kMMF ? 3 : 1;
+}
 
 // All input streams, then the output stream.
-OfflineSessionConfigureInfo ConfigurationOf(Mode mode);
+Configuration ConfigurationOf(Mode mode);
 
 inline bool IsInput(const Stream& stream) {
     return stream.streamType == StreamType::INPUT;

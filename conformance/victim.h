@@ -1,4 +1,4 @@
-// Clients that are killed, and what the service holds afterwards.
+// Clients that are killed, and what the service holds.
 #pragma once
 
 #include <sys/types.h>
@@ -11,20 +11,16 @@ namespace conformance {
 inline constexpr const char* kVictimStates[] = {"registered", "opened",   "configured",
                                                 "in-flight",  "callback", "lending"};
 
-// Starts this program as a client, waits until it is in the state, and kills it. Returns what went
-// wrong; empty when it is dead.
+// Starts this program as a client, and kills it in the state. Returns what went wrong.
 std::string KillClient(const std::string& state);
 
-// The life of such a client: never returns.
+// The life of such a client.
 [[noreturn]] void BeVictim(const std::string& state);
 
 // What a process holds; zeroes where /proc does not tell.
-struct Counts {
-    size_t descriptors = 0;
-    size_t threads = 0;
-    size_t sharedMappings = 0;
+struct Held {
+    size_t descriptors = 0, threads = 0, sharedMappings = 0;
 };
-
-Counts CountsOf(pid_t process);
+Held HeldBy(pid_t process);
 
 }  // namespace conformance
