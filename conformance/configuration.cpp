@@ -34,20 +34,9 @@ Verdict TakesOneMode(Device& device) {
                    device.Plain(kB2Y).configured.Text());
 }
 
-Verdict ListsWhatItTakes(Device& device) {
-    std::vector<int32_t> listed;
-    if (device.CanOpen()) device.ListModes(&listed);
-    if (listed.empty()) return Skip("getSupportedOpModes lists none");
-    for (const PlainRun* run : device.Claimed()) {
-        if (std::count(listed.begin(), listed.end(), run->info.opMode) == 1) continue;
-        return Warn(run->Mode() + " is taken, but getSupportedOpModes does not list it");
-    }
-    return {};
-}
-
 // The changed streams have to be refused, and the right ones taken then. Of the first mode that is
 // taken, or of `mode`.
-Run Try(const Configuration& good, const Change& change, bool must) {
+Run Try(const Configuration& good, const Change& change) {
     return OnSession([=](Device&, Session& session) -> Verdict {
         Configuration info = good;
         change({info, info.streams.front(), info.streams.back()});
@@ -55,23 +44,23 @@ Run Try(const Configuration& good, const Change& change, bool must) {
         if (!answer.MustReturn().Good()) return answer.MustReturn();
         const Answer right = session.Configure(good);
         if (!right.Ok()) return right.MustSucceed("the right streams taken afterwards");
-        return answer.Ok() && !must ? Warn("taken") : answer.MustBeRefused();
+        return answer.MustBeRefused();
     });
 }
 
 // Of the first mode that is taken.
-Run Refuses(const Change& change, bool must = true) {
+Run Refuses(const Change& change) {
     return [=](Device& device) {
         const auto claimed = device.Claimed();
         return claimed.empty() ? Skip("no mode is taken: see configuration.some-mode")
-                               : Try(claimed[0]->info, change, must)(device);
+                               : Try(claimed[0]->info, change)(device);
     };
 }
 
 Run RefusesOfY2J(const Change& change) {
     return [=](Device& device) {
         const PlainRun& run = device.Plain(kY2J);
-        return run.configured.Ok() ? Try(run.info, change, true)(device) : Skip("Y2J is not taken");
+        return run.configured.Ok() ? Try(run.info, change)(device) : Skip("Y2J is not taken");
     };
 }
 
@@ -79,16 +68,6 @@ Verdict TakesThemAgain(Device&, Session& session, const Configuration& info) {
     const Answer again = session.Configure(info);
     return again.Ok() ? session.Exchange(info, "a result with the same streams configured again")
                       : again.MustSucceed("the same streams taken again");
-}
-
-Verdict TakesAnotherMode(Device& device, Session& session, const Configuration& info) {
-    for (const PlainRun* run : device.Claimed()) {
-        if (run->info.opMode == info.opMode || !run->Works()) continue;
-        const Answer other = session.Configure(run->info);
-        return other.Ok() ? session.Exchange(run->info, "a result of " + run->Mode() + " then")
-                          : other.MustSucceed("the streams of " + run->Mode() + " taken");
-    }
-    return Skip("only one mode brings results");
 }
 
 Verdict AnswersInFlight(Device& device, Session& session, const Configuration& info) {
@@ -110,8 +89,6 @@ Checks ConfigurationChecks() {
              Takes<kY2J>},
             {"configuration.mmf", "The streams of MMF are taken, if the mode is claimed.",
              Takes<kMMF>},
-            {"configuration.listed", "getSupportedOpModes lists the modes that are taken.",
-             ListsWhatItTakes},
             {"configuration.input-format", "Another input format is refused.",
              Refuses([](Set s) { s.in.format = PixelFormat::RGBA_8888; })},
             {"configuration.output-format", "Another output format is refused.",
@@ -153,14 +130,8 @@ Checks ConfigurationChecks() {
              RefusesOfY2J([](Set s) { s.out.bufferSize = 0; })},
             {"configuration.blob-size-negative", "A BLOB stream of negative size is refused.",
              RefusesOfY2J([](Set s) { s.out.bufferSize = -24000000; })},
-            {"configuration.usage", "A stream of usage 0 is better refused.",
-             Refuses([](Set s) { s.out.usage = {}; }, false)},
-            {"configuration.parameters", "Broken session parameters are better refused.",
-             Refuses([](Set s) { s.info.sessionParams.assign(64, 0xff); }, false)},
             {"configuration.again", "The same streams are taken again, and a frame works then.",
              OnStreams(TakesThemAgain)},
-            {"configuration.other-mode", "A session takes another mode, and a frame works then.",
-             OnStreams(TakesAnotherMode)},
             {"configuration.in-flight",
              "Frames in flight are answered whatever is configured then.",
              OnStreams(AnswersInFlight)}};

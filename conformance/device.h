@@ -146,6 +146,22 @@ bool FencesSignal(const Events& events);  // all of them, within kWait
 std::string Text(const BufferMark& buffer);
 std::string Text(const Events& events);
 
+// What a client may be in when it dies.
+inline constexpr const char* kVictimStates[] = {"registered", "opened",   "configured",
+                                                "in-flight",  "callback", "lending"};
+
+// Starts this program as a client, and kills it in the state. Returns what went wrong.
+std::string KillClient(const std::string& state);
+
+// The life of such a client.
+[[noreturn]] void BeVictim(const std::string& state);
+
+// What a process holds; zeroes where /proc does not tell.
+struct Held {
+    size_t descriptors = 0, threads = 0, sharedMappings = 0;
+};
+Held HeldBy(pid_t process);
+
 // A check on an open session, and on one with streams: those given, or those of the first mode that
 // brings results.
 Run OnSession(const std::function<Verdict(Device&, Session&)>& use);

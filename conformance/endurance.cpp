@@ -8,7 +8,6 @@
 #include <fstream>
 
 #include "device.h"
-#include "victim.h"
 
 namespace conformance {
 
@@ -67,11 +66,6 @@ Verdict EndsSessions(Device& device, Session&, const Configuration& info) {
                : i % 20 == 0 ? session.Exchange(info, "a result").came
                              : "";
     });
-}
-
-Verdict EndsFrames(Device& device, Session& session, const Configuration& info) {
-    return LeavesNothing(device, 4, 20,
-                         [&](int) { return session.Exchange(info, "a result").came; });
 }
 
 Verdict ForgetsRefused(Device& device, Session& session, const Configuration& info) {
@@ -153,8 +147,6 @@ Held HeldBy(pid_t process) {
 Checks EnduranceChecks() {
     return {{"endurance.sessions", "200 sessions leave no descriptor, thread or mapping behind.",
              OnStreams(EndsSessions)},
-            {"endurance.frames", "20 frames of a session leave nothing behind.",
-             OnStreams(EndsFrames)},
             {"endurance.refusals", "100 refused requests leave nothing behind.",
              OnStreams(ForgetsRefused)},
             {"endurance.deaths", "50 clients that die in six states leave nothing behind.",

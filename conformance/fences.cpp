@@ -13,8 +13,6 @@ namespace {
 
 class Fence {
   public:
-    explicit Fence(unsigned signalled = 0) : m_fence(eventfd(signalled, EFD_CLOEXEC)) {}
-
     NativeHandle Handle() const {
         NativeHandle handle;
         handle.fds.push_back(m_fence.dup());
@@ -23,7 +21,7 @@ class Fence {
     void Signal() { eventfd_write(m_fence.get(), 1); }
 
   private:
-    const ndk::ScopedFileDescriptor m_fence;
+    const ndk::ScopedFileDescriptor m_fence{eventfd(0, EFD_CLOEXEC)};
 };
 
 // Looks whether a frame is done before its fence is signalled.
@@ -46,15 +44,6 @@ Run WaitsFor(bool input) {
         if (done) return Fail("no result before the fence", Text(session.All()));
         return session.AwaitResult(sent, "after the fence a result");
     });
-}
-
-Verdict TakesASignalledFence(Device& device, Session& session, const Configuration& info) {
-    OfflineRequestInfo request = device.Request(info);
-    request.inFrameInfos[0].buffers[0].acquireFence = Fence(1).Handle();
-    request.outputBuffers[0].acquireFence = Fence(1).Handle();
-    const Answer sent = session.Process(std::move(request));
-    if (sent.Refused()) return Skip("a fence is refused: " + sent.Text());
-    return session.AwaitResult(sent);
 }
 
 Verdict ClosesWhileWaiting(Device& device, Session& session, const Configuration& info) {
@@ -83,8 +72,6 @@ Checks FenceChecks() {
     return {{"fences.input", "An input is read only after its acquire fence.", WaitsFor(true)},
             {"fences.output", "An output is written only after its acquire fence.",
              WaitsFor(false)},
-            {"fences.signalled", "Fences that are signalled already change nothing.",
-             OnStreams(TakesASignalledFence)},
             {"fences.close", "A session closes while a frame waits for a fence.",
              OnStreams(ClosesWhileWaiting)},
             {"fences.release", "Release fences that a result carries are signalled in the end.",

@@ -7,6 +7,14 @@ namespace conformance {
 
 namespace {
 
+struct Borrowed {
+    std::vector<BufferMark> lent, returned;
+};
+
+Borrowed BorrowedOf(const Events& events) {
+    return {BuffersOf(Of(events, Event::kAsked)), BuffersOf(Of(events, Event::kReturned))};
+}
+
 bool Borrows(const PlainRun& run) {
     return std::any_of(run.events.begin(), run.events.end(), [](const Event& event) {
         return event.kind == Event::kAsked || event.kind == Event::kReturned;
@@ -14,52 +22,37 @@ bool Borrows(const PlainRun& run) {
 }
 
 // Looks at what is asked for, lent and returned in the modes that do so, up to the first finding.
-Run Borrowing(Verdict (*look)(const Events& asked, const std::vector<BufferMark>& lent,
-                              const std::vector<BufferMark>& returned)) {
+Run Borrowing(Verdict (*look)(const Borrowed&)) {
     return [look](Device& device) {
         bool any = false;
         for (const PlainRun* run : device.Claimed()) {
             if (!Borrows(*run)) continue;
             any = true;
-            const Events asked = Of(run->events, Event::kAsked);
-            Verdict verdict =
-                    look(asked, BuffersOf(asked), BuffersOf(Of(run->events, Event::kReturned)));
+            Verdict verdict = look(BorrowedOf(run->events));
             if (!verdict.Good()) return verdict;
         }
         return any ? Verdict() : Skip("the service asks for no buffers");
     };
 }
 
-using Marks = std::vector<BufferMark>;
-
-Verdict AsksForSomething(const Events& asked, const Marks&, const Marks&) {
-    for (const Event& event : asked) {
-        const Stream& stream = event.stream;
-        if (event.count > 0 && event.count <= 64 && stream.width > 0 && stream.height > 0) continue;
-        return Fail("1 to 64 buffers with width and height",
-                    Say(event.count, " of ", stream.width, " x ", stream.height));
-    }
-    return {};
-}
-
-Verdict UsesWhatItAsksFor(const Events&, const Marks&, const Marks& returned) {
-    for (const BufferMark& buffer : returned) {
+Verdict UsesWhatItAsksFor(const Borrowed& b) {
+    for (const BufferMark& buffer : b.returned) {
         if (!buffer.good) return Warn(Text(buffer) + " was given back as it was: was it needed?");
     }
     return {};
 }
 
-Verdict ReturnsOnlyLent(const Events&, const Marks& lent, const Marks& returned) {
-    for (const BufferMark& buffer : returned) {
-        if (std::count(lent.begin(), lent.end(), buffer) > 0) continue;
+Verdict ReturnsOnlyLent(const Borrowed& b) {
+    for (const BufferMark& buffer : b.returned) {
+        if (std::count(b.lent.begin(), b.lent.end(), buffer) > 0) continue;
         return Fail("only buffers given back that were lent", Text(buffer));
     }
     return {};
 }
 
-Verdict ReturnsOnce(const Events&, const Marks& lent, const Marks& returned) {
-    for (const BufferMark& buffer : lent) {
-        const auto times = std::count(returned.begin(), returned.end(), buffer);
+Verdict ReturnsOnce(const Borrowed& b) {
+    for (const BufferMark& buffer : b.lent) {
+        const auto times = std::count(b.returned.begin(), b.returned.end(), buffer);
         if (times == 1) continue;
         return Fail(Text(buffer) + " given back once before the close", Say(times, " times"));
     }
@@ -74,11 +67,8 @@ Verdict Cope(Device& device, Session& session, const Configuration& info, Lend l
     const bool failed = Failed(session.All(), sent.number);
     session.Close();
     if (!good.Good() && !failed) return good;
-    if (lend == Lend::kOddStatus) return failed ? Warn("the frame fails") : Verdict();
-    const Events asked = Of(session.All(), Event::kAsked);
-    const Marks returned = BuffersOf(Of(session.All(), Event::kReturned));
-    const Verdict strays = ReturnsOnlyLent(asked, BuffersOf(asked), returned);
-    return strays.Good() ? ReturnsOnce(asked, BuffersOf(asked), returned) : strays;
+    const Verdict strays = ReturnsOnlyLent(BorrowedOf(session.All()));
+    return strays.Good() ? ReturnsOnce(BorrowedOf(session.All())) : strays;
 }
 
 // A frame of a mode that asks for buffers, with another answer than it wants.
@@ -97,8 +87,7 @@ Run Copes(Lend lend) {
 }  // namespace
 
 Checks LendingChecks() {
-    return {{"lending.asks-for-something", "A request for buffers has a count and a size.",
-             Borrowing(AsksForSomething)},
+    return {
             {"lending.uses-it", "A buffer that is asked for is better used.",
              Borrowing(UsesWhatItAsksFor)},
             {"lending.only-lent", "Only buffers that were lent are given back.",
@@ -115,8 +104,7 @@ Checks LendingChecks() {
              Copes(Lend::kEmptyHandles)},
             {"lending.refused-call", "A frame is answered though requestStreamBuffers fails.",
              Copes(Lend::kRefused)},
-            {"lending.odd-status", "Buffers that came are better used whatever the status says.",
-             Copes(Lend::kOddStatus)}};
+    };
 }
 
 }  // namespace conformance

@@ -10,7 +10,6 @@
 #include <fstream>
 
 #include "device.h"
-#include "victim.h"
 
 namespace conformance {
 namespace {
@@ -35,9 +34,9 @@ constexpr int kMisuse = 2;
 constexpr const char* kOutcomes[] = {"ok", "FAIL", "warn", "skip"};
 
 struct Options {
-    std::vector<std::string> patterns;
+    std::vector<std::string> only;
     std::string json;
-    bool list = false, stop = false, physics = false, help = false;
+    int list = 0, stop = 0, physics = 0, help = 0;
     long repeat = 1;
 };
 
@@ -49,35 +48,29 @@ struct Finding {
 
 // False after a message.
 bool ReadOptions(int argc, char** argv, Options* options) {
-    constexpr option kKnown[] = {{"list", no_argument, nullptr, 'l'},
-                                 {"only", required_argument, nullptr, 'o'},
-                                 {"json", required_argument, nullptr, 'j'},
-                                 {"stop-on-failure", no_argument, nullptr, 's'},
-                                 {"repeat", required_argument, nullptr, 'r'},
-                                 {"physics", no_argument, nullptr, 'p'},
-                                 {"help", no_argument, nullptr, 'h'},
-                                 {}};
-    for (int found; (found = getopt_long(argc, argv, "", kKnown, nullptr)) != -1;) {
+    const option known[] = {{"only", required_argument, nullptr, 'o'},
+                            {"json", required_argument, nullptr, 'j'},
+                            {"repeat", required_argument, nullptr, 'r'},
+                            {"list", no_argument, &options->list, 1},
+                            {"stop-on-failure", no_argument, &options->stop, 1},
+                            {"physics", no_argument, &options->physics, 1},
+                            {"help", no_argument, &options->help, 1},
+                            {}};
+    for (int found; (found = getopt_long(argc, argv, "", known, nullptr)) != -1;) {
         if (found == '?') return false;
-        if (found == 'l') options->list = true;
-        if (found == 'o') options->patterns.push_back(optarg);
+        if (found == 'o') options->only.push_back(optarg);
         if (found == 'j') options->json = optarg;
-        if (found == 's') options->stop = true;
-        if (found == 'p') options->physics = true;
-        if (found == 'h') options->help = true;
-        if (found != 'r') continue;
-        char* end = nullptr;
-        options->repeat = strtol(optarg, &end, 10);
-        if (*end == '\0' && options->repeat >= 1 && options->repeat <= 1000) continue;
-        fprintf(stderr, "offlineservicecheck: --repeat %s: no number from 1 to 1000\n", optarg);
-        return false;
+        if (found == 'r') options->repeat = strtol(optarg, nullptr, 10);
     }
+    const bool counted = options->repeat >= 1 && options->repeat <= 1000;
+    if (!counted) fputs("offlineservicecheck: --repeat takes a number from 1 to 1000\n", stderr);
     if (optind < argc) fprintf(stderr, "offlineservicecheck: unknown word %s\n", argv[optind]);
-    return optind == argc;
+    return counted && optind == argc;
 }
 
 std::string GroupOf(const Check& check) {
-    return std::string(check.name).substr(0, std::string(check.name).find('.'));
+    const std::string name = check.name;
+    return name.substr(0, name.find('.'));
 }
 
 Checks SelectChecks(const Options& options) {
@@ -90,10 +83,9 @@ Checks SelectChecks(const Options& options) {
             const auto matches = [&](const std::string& pattern) {
                 return pattern == GroupOf(check) || fnmatch(pattern.c_str(), check.name, 0) == 0;
             };
-            const auto& patterns = options.patterns;
-            if (patterns.empty() || std::any_of(patterns.begin(), patterns.end(), matches)) {
-                selected.push_back(check);
-            }
+            const auto& only = options.only;
+            const bool wanted = only.empty() || std::any_of(only.begin(), only.end(), matches);
+            if (wanted) selected.push_back(check);
         }
     }
     return selected;
@@ -101,14 +93,11 @@ Checks SelectChecks(const Options& options) {
 
 void Print(const Finding& finding) {
     const Verdict& verdict = finding.verdict;
-    std::string line = Say("  ", kOutcomes[static_cast<int>(verdict.outcome)]);
-    line.resize(8, ' ');
-    line += finding.check->name;
-    if (!verdict.expected.empty()) line += ": expected " + verdict.expected + "; came";
-    if (verdict.expected.empty() && !verdict.came.empty()) line += ":";
-    if (!verdict.came.empty()) line += " " + verdict.came;
-    std::replace(line.begin(), line.end(), '\n', ' ');
-    puts(line.c_str());
+    std::string text = verdict.came.empty() ? "" : ": " + verdict.came;
+    if (!verdict.expected.empty())
+        text = ": expected " + verdict.expected + "; came" + text.substr(1);
+    std::replace(text.begin(), text.end(), '\n', ' ');
+    printf("  %-6s%s%s\n", kOutcomes[int(verdict.outcome)], finding.check->name, text.c_str());
     fflush(stdout);
 }
 
@@ -166,22 +155,21 @@ std::string Quoted(const std::string& text) {
 // False if the file cannot be written.
 bool WriteJson(const std::string& path, const std::vector<Finding>& findings) {
     std::ofstream file(path);
-    file << "{\"schema\": 1, \"instance\": " << Quoted(Device::kInstance) << ", \"checks\": [";
-    for (const Finding& finding : findings) {
-        const Verdict& verdict = finding.verdict;
-        file << (&finding == &findings[0] ? "\n" : ",\n")
-             << "{\"name\": " << Quoted(finding.check->name)
-             << ", \"rule\": " << Quoted(finding.check->rule)
-             << ", \"outcome\": " << Quoted(kOutcomes[static_cast<int>(verdict.outcome)])
-             << ", \"expected\": " << Quoted(verdict.expected)
-             << ", \"came\": " << Quoted(verdict.came) << ", \"seconds\": " << finding.seconds
-             << "}";
+    file << "{\"schema\": 1";
+    for (const Outcome outcome : {Outcome::kOk, Outcome::kFail, Outcome::kWarn, Outcome::kSkip}) {
+        file << ", " << Quoted(kOutcomes[int(outcome)]) << ": " << Count(findings, outcome);
     }
-    const size_t failed = Count(findings, Outcome::kFail),
-                 skipped = Count(findings, Outcome::kSkip);
-    file << "\n], \"total\": " << findings.size() - skipped << ", \"failed\": " << failed
-         << ", \"warnings\": " << Count(findings, Outcome::kWarn) << ", \"skipped\": " << skipped
-         << "}\n";
+    file << ", \"checks\": [";
+    const char* separator = "\n";
+    for (const auto& [check, verdict, seconds] : findings) {
+        file << separator << "{\"name\": " << Quoted(check->name)
+             << ", \"rule\": " << Quoted(check->rule)
+             << ", \"outcome\": " << Quoted(kOutcomes[int(verdict.outcome)])
+             << ", \"expected\": " << Quoted(verdict.expected)
+             << ", \"came\": " << Quoted(verdict.came) << ", \"seconds\": " << seconds << "}";
+        separator = ",\n";
+    }
+    file << "\n]}\n";
     file.close();
     return !file.fail();
 }
@@ -191,8 +179,10 @@ int Main(int argc, char** argv) {
     if (!ReadOptions(argc, argv, &options)) return kMisuse;
     if (options.help) return fputs(kHelp, stdout) < 0;
     const Checks checks = SelectChecks(options);
-    if (checks.empty()) fputs("offlineservicecheck: no check matches; see --list\n", stderr);
-    if (checks.empty()) return kMisuse;
+    if (checks.empty()) {
+        fputs("offlineservicecheck: no check matches; --list shows them\n", stderr);
+        return kMisuse;
+    }
     for (const Check& check : checks) {
         if (options.list) printf("%s: %s\n", check.name, check.rule);
     }

@@ -196,11 +196,6 @@ Verdict CallsWithSomething(const PlainRun& run) {
     return Require(empty.empty(), "callbacks with at least one entry", Text(empty));
 }
 
-Verdict BearsARefusedMessage(Device&, Session& session, const Configuration& info) {
-    session.client->refuseMessages = true;
-    return session.Exchange(info, "a result, though notify is refused,");
-}
-
 }  // namespace
 
 Checks ProcessChecks() {
@@ -234,9 +229,7 @@ Checks ProcessChecks() {
             {"process.metadata", "Result metadata is empty, or one blob of just its size.",
              Frames(MetadataIsSound)},
             {"process.empty-callbacks", "No callback is called with an empty list.",
-             Runs(CallsWithSomething)},
-            {"process.refused-message", "A result comes though the client refuses messages.",
-             OnStreams(BearsARefusedMessage)}};
+             Runs(CallsWithSomething)}};
 }
 
 }  // namespace conformance

@@ -71,7 +71,7 @@ ScopedAStatus Recorder::notify(const std::vector<NotifyMsg>& messages) {
         if (shutter) event.timestamp = message.get<NotifyMsg::shutter>().timestamp;
         Add(event);
     }
-    return StatusOf(!refuseMessages);
+    return StatusOf(true);
 }
 
 ScopedAStatus Recorder::processCaptureResult(

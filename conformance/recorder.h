@@ -48,7 +48,6 @@ using Events = std::vector<Event>;
 // How requestStreamBuffers is answered.
 enum class Lend {
     kBuffers,       // as asked for, with the status OK
-    kOddStatus,     // the same with another status: the test client leaves it alone
     kOneTooFew,     // one buffer less than asked for
     kEmptyHandles,  // buffers without handles, as the test client gives after a failed allocation
     kErrorValue,    // an error in place of the buffers
@@ -71,7 +70,6 @@ class Recorder : public package::BnOfflineCameraCallback {
 
     // Set these before the first request.
     Lend lend = Lend::kBuffers;
-    bool refuseMessages = false;                   // answer every notify with an error
     std::function<void(const Event&)> inCallback;  // called in every callback
 
     ndk::ScopedAStatus notify(const std::vector<device::NotifyMsg>& messages) override;

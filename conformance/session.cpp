@@ -1,6 +1,5 @@
 // Checks of a session's life: opening, closing, what comes after, a client's death.
 #include "device.h"
-#include "victim.h"
 
 namespace conformance {
 
@@ -10,14 +9,6 @@ Verdict Opens(Device& device) {
     if (device.service == nullptr) return Skip("see registration.interface");
     const Session session(device);
     return Require(session.IsOpen(), "OK and a session", session.opened.Text() + ", no session");
-}
-
-Verdict TakesAnyName(Device& device, Session&) {
-    for (const std::string& name : {std::string(), std::string(1000, 'n'), std::string("%n")}) {
-        const Verdict answered = Session(device, name).opened.MustReturn();
-        if (!answered.Good()) return answered;
-    }
-    return {};
 }
 
 Verdict KeepsTwoApart(Device& device, Session& first, const Configuration& info) {
@@ -102,8 +93,6 @@ Verdict OutlivesItsClients(Device& device, Session& survivor, const Configuratio
 
 Checks SessionChecks() {
     return {{"session.open", "openOfflineSession answers OK and gives a session.", Opens},
-            {"session.any-name", "openOfflineSession takes or refuses names of any length.",
-             OnSession(TakesAnyName)},
             {"session.two-apart",
              "Two sessions work and end on their own, and each client hears of its frames only.",
              OnStreams(KeepsTwoApart)},
