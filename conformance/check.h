@@ -15,6 +15,8 @@ using std::chrono::milliseconds;
 
 // The longest wait of a check, and the test client's for a shutter or a result.
 inline constexpr milliseconds kWait(5000);
+// How long something is awaited that must not come.
+inline constexpr milliseconds kQuiet(1000);
 
 enum class Outcome { kOk, kFail, kWarn, kSkip };
 
@@ -50,8 +52,8 @@ std::string Say(const Parts&... parts) {
 using Run = std::function<Verdict(Device&)>;
 
 struct Check {
-    const char* name;  // "group.what-holds"
-    const char* rule;
+    std::string name;  // "group.what-holds"
+    std::string rule;
     Run run;
 };
 

@@ -57,6 +57,10 @@ Run Refuses(const Change& change) {
     };
 }
 
+Check Refused(const std::string& name, const std::string& what, const Change& change) {
+    return {"configuration." + name, what + " is refused.", Refuses(change)};
+}
+
 Run RefusesOfY2J(const Change& change) {
     return [=](Device& device) {
         const PlainRun& run = device.Plain(kY2J);
@@ -89,43 +93,36 @@ Checks ConfigurationChecks() {
              Takes<kY2J>},
             {"configuration.mmf", "The streams of MMF are taken, if the mode is claimed.",
              Takes<kMMF>},
-            {"configuration.input-format", "Another input format is refused.",
-             Refuses([](Set s) { s.in.format = PixelFormat::RGBA_8888; })},
-            {"configuration.output-format", "Another output format is refused.",
-             Refuses([](Set s) { s.out.format = PixelFormat::RAW16; })},
-            {"configuration.zero-width", "A width of 0 is refused.",
-             Refuses([](Set s) { s.out.width = 0; })},
-            {"configuration.zero-height", "A height of 0 is refused.",
-             Refuses([](Set s) { s.in.height = 0; })},
-            {"configuration.negative-width", "A negative width is refused.",
-             Refuses([](Set s) { s.in.width = -4096; })},
-            {"configuration.negative-height", "A negative height is refused.",
-             Refuses([](Set s) { s.out.height = -3000; })},
-            {"configuration.huge-size", "Sides of 2147483647 are refused.",
-             Refuses([](Set s) { s.out.width = s.out.height = INT32_MAX; })},
-            {"configuration.no-input", "A set without the first input is refused.",
-             Refuses([](Set s) { s.info.streams.erase(s.info.streams.begin()); })},
-            {"configuration.no-output", "A set without output is refused.",
-             Refuses([](Set s) { s.info.streams.pop_back(); })},
+            Refused("input-format", "Another input format",
+                    [](Set s) { s.in.format = PixelFormat::RGBA_8888; }),
+            Refused("output-format", "Another output format",
+                    [](Set s) { s.out.format = PixelFormat::RAW16; }),
+            Refused("zero-width", "A width of 0", [](Set s) { s.out.width = 0; }),
+            Refused("zero-height", "A height of 0", [](Set s) { s.in.height = 0; }),
+            Refused("negative-width", "A negative width", [](Set s) { s.in.width = -4096; }),
+            Refused("negative-height", "A negative height", [](Set s) { s.out.height = -3000; }),
+            Refused("huge-size", "Sides of 2147483647",
+                    [](Set s) { s.out.width = s.out.height = INT32_MAX; }),
+            Refused("no-input", "A set without the first input",
+                    [](Set s) { s.info.streams.erase(s.info.streams.begin()); }),
+            Refused("no-output", "A set without output", [](Set s) { s.info.streams.pop_back(); }),
             {"configuration.no-streams", "An empty list is refused in these modes.",
              Refuses([](Set s) { s.info.streams.clear(); })},
-            {"configuration.extra-input", "An input more than the mode takes is refused.",
-             Refuses([](Set s) {
-                 s.in.id = 9;
-                 s.info.streams.insert(s.info.streams.begin(), ConfigurationOf(kB2Y).streams[0]);
-             })},
-            {"configuration.exchanged", "Input and output exchanged are refused.",
-             Refuses([](Set s) { std::swap(s.in.streamType, s.out.streamType); })},
-            {"configuration.direction", "A stream that is neither input nor output is refused.",
-             Refuses([](Set s) { s.out.streamType = StreamType(7); })},
-            {"configuration.same-id", "Two streams of one id are refused.",
-             Refuses([](Set s) { s.out.id = s.in.id; })},
-            {"configuration.unknown-mode", "Operation mode 99 is refused.",
-             Refuses([](Set s) { s.info.opMode = 99; })},
-            {"configuration.negative-mode", "Operation mode -1 is refused.",
-             Refuses([](Set s) { s.info.opMode = -1; })},
-            {"configuration.other-streams", "Another mode's streams are refused.",
-             Refuses([](Set s) { s.info.opMode = s.info.opMode == kY2J ? kB2Y : kY2J; })},
+            Refused("extra-input", "An input more than the mode takes",
+                    [](Set s) {
+                        s.in.id = 9;
+                        s.info.streams.insert(s.info.streams.begin(),
+                                              ConfigurationOf(kB2Y).streams[0]);
+                    }),
+            Refused("exchanged", "Input and output exchanged",
+                    [](Set s) { std::swap(s.in.streamType, s.out.streamType); }),
+            Refused("direction", "A stream that is neither input nor output",
+                    [](Set s) { s.out.streamType = StreamType(7); }),
+            Refused("same-id", "Two streams of one id", [](Set s) { s.out.id = s.in.id; }),
+            Refused("unknown-mode", "Operation mode 99", [](Set s) { s.info.opMode = 99; }),
+            Refused("negative-mode", "Operation mode -1", [](Set s) { s.info.opMode = -1; }),
+            Refused("other-streams", "Another mode's streams",
+                    [](Set s) { s.info.opMode = s.info.opMode == kY2J ? kB2Y : kY2J; }),
             {"configuration.blob-size-zero", "A BLOB stream of size 0 is refused.",
              RefusesOfY2J([](Set s) { s.out.bufferSize = 0; })},
             {"configuration.blob-size-negative", "A BLOB stream of negative size is refused.",

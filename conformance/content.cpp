@@ -1,4 +1,6 @@
 // Checks of what is in the output buffers.
+#include <algorithm>
+#include <cmath>
 #include <cstring>
 
 #include "device.h"
@@ -111,6 +113,52 @@ Verdict ShowsAll(const Jpeg& jpeg) {
                    Say(width, " x ", height, ", or turned"), Say(jpeg.width, " x ", jpeg.height));
 }
 
+// The reference service's physics of a flat frame: white balance by `gain` halves, then tone curve.
+int Tone(int raw, int gain) {
+    const double x = std::min(959, (std::max(raw - 64, 0) * gain + 1) >> 1) / 959.0;
+    const double tone = x <= 0.0031308 ? 12.92 * x : 1.055 * std::pow(x, 1 / 2.4) - 0.055;
+    return static_cast<int>(std::lround(255 * tone));
+}
+
+// Where the output is not what flat frames of this code (as average) have to become.
+std::string FindWrong(Buffer& output, int raw) {
+    const int r = Tone(raw, 4), g = Tone(raw, 2), b = Tone(raw, 3), half = (128 << 16) + 32767;
+    const int values[] = {(4899 * r + 9617 * g + 1868 * b + 8192) >> 14,
+                          (4 * (-2765 * r - 5427 * g + 8192 * b) + half) >> 16,
+                          (4 * (8192 * r - 6860 * g - 1332 * b) + half) >> 16};
+    std::string wrong;
+    output.Access([&](const uint8_t* bytes) {
+        for (const Plane& plane : output.Planes()) {
+            const bool luma = plane.offset == 0;
+            for (uint64_t i = 0; i < plane.rows * plane.rowBytes; ++i) {
+                const uint64_t place =
+                        plane.offset + i / plane.rowBytes * plane.stride + i % plane.rowBytes;
+                const int value = values[luma ? 0 : 1 + i % 2];
+                if (bytes[place] == value) continue;
+                wrong = Say("byte ", place, " is ", int(bytes[place]), " instead of ", value);
+            }
+        }
+    });
+    return wrong;
+}
+
+Verdict IsTheReferences(Device& device, Session& session, const Configuration& info) {
+    for (const int raw : {8, 200, 512, 900}) {  // in quarters: a code's low bits are 0
+        for (size_t f = 0; f < FramesOf(info.opMode); ++f) {
+            const int code = raw + (f == 1 ? 4 : f == 2 ? -4 : 0);
+            Buffer& input = device.pool.Get(info.streams[0], f);
+            input.Access([&](uint8_t* bytes) {
+                for (uint64_t i = 0; i < input.Size(); ++i) bytes[i] = i % 5 < 4 ? code / 4 : 0;
+            });
+        }
+        const Verdict verdict = session.Exchange(info, "a picture");
+        if (!verdict.Good()) return verdict;
+        const std::string wrong = FindWrong(device.pool.Get(info.streams.back()), raw);
+        if (!wrong.empty()) return Fail(Say("the reference's picture of raw ", raw), wrong);
+    }
+    return {};
+}
+
 }  // namespace
 
 Checks ContentChecks() {
@@ -129,6 +177,13 @@ Checks ContentChecks() {
             {"content.jpeg", "The file is a JPEG file and ends with its size.", Files(IsAFile)},
             {"content.jpeg-size", "The JPEG file has the stream's width and height.",
              Files(ShowsAll)}};
+}
+
+Checks PhysicsChecks() {
+    return {{"physics.b2y", "B2Y makes the reference service's picture of flat frames.",
+             OnStreams(IsTheReferences, ConfigurationOf(kB2Y))},
+            {"physics.mmf", "MMF makes the reference service's picture of three flat frames.",
+             OnStreams(IsTheReferences, ConfigurationOf(kMMF))}};
 }
 
 }  // namespace conformance

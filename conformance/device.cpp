@@ -1,6 +1,7 @@
 // Calls of the service, each with its bound.
 #include "device.h"
 
+#include <aidl/vendor/zel/hardware/camera/offlinecamera/BpOfflineCameraCallback.h>
 #include <android/binder_manager.h>
 #include <system/camera_metadata.h>
 
@@ -17,7 +18,7 @@ using ndk::ScopedAStatus;
 
 constexpr int kMostUnanswered = 4;  // calls, before the rest is skipped
 
-std::mutex s_lock;  // guards what follows
+// Of this process's main thread, which makes all calls.
 int s_unanswered = 0;
 std::string s_lastCall;
 
@@ -33,15 +34,10 @@ std::vector<uint8_t> OrientationMetadata() {
 }
 
 // The device's own dump, as the test client sends it, where there is one.
-const std::vector<uint8_t>& FrameMetadata() {
-    static std::vector<uint8_t> metadata;
-    if (!metadata.empty()) return metadata;
+std::vector<uint8_t> FrameMetadata() {
     std::ifstream file("/data/vendor/camera/metadata/original_dump.bin", std::ios::binary);
     const std::vector<uint8_t> dump{std::istreambuf_iterator<char>(file), {}};
-    const size_t size = dump.size();
-    const auto* blob = reinterpret_cast<const camera_metadata_t*>(dump.data());
-    const bool sound = size > 0 && validate_camera_metadata_structure(blob, &size) == 0;
-    return metadata = sound ? dump : OrientationMetadata();
+    return dump.empty() ? OrientationMetadata() : dump;
 }
 
 }  // namespace
@@ -63,7 +59,9 @@ Answer Bounded(const std::string& name, Call call) {
     std::thread([pending, call = std::move(call)] {
         int32_t number = 0;
         auto status = std::make_shared<ScopedAStatus>(call(&number));
+        const auto returned = Clock::now();
         const std::lock_guard<std::mutex> guard(pending->lock);
+        pending->answer.returned = returned;
         pending->answer.status = std::move(status);
         pending->answer.number = number;
         pending->came.notify_all();
@@ -71,7 +69,6 @@ Answer Bounded(const std::string& name, Call call) {
     std::unique_lock<std::mutex> guard(pending->lock);
     const bool came =
             pending->came.wait_for(guard, kWait, [&] { return pending->answer.status != nullptr; });
-    const std::lock_guard<std::mutex> statics(s_lock);
     if (!came) ++s_unanswered;
     s_lastCall = name;
     return pending->answer;
@@ -98,12 +95,18 @@ bool Device::Connect() {
     return true;
 }
 
+bool Device::Hangs() {
+    return s_unanswered >= kMostUnanswered;
+}
+
 std::string Device::Trouble() {
-    const std::lock_guard<std::mutex> guard(s_lock);
-    if (AIBinder_ping(binder.get()) == STATUS_DEAD_OBJECT) {
-        return "the service died, last call: " + s_lastCall;
-    }
-    return s_unanswered < kMostUnanswered ? "" : Say(s_unanswered, " calls were not answered");
+    if (Hangs()) return Say(kMostUnanswered, " calls were not answered");
+    const bool dead = AIBinder_ping(binder.get()) == STATUS_DEAD_OBJECT;
+    return dead ? "the service died, last call: " + s_lastCall : "";
+}
+
+Callback Device::ForeignCallback() {
+    return ndk::SharedRefBase::make<package::BpOfflineCameraCallback>(binder);
 }
 
 Answer Device::Register(int32_t id, const Callback& callback) {

@@ -22,6 +22,7 @@ struct Answer {
     std::string call;
     std::shared_ptr<ndk::ScopedAStatus> status;  // null if it did not return within kWait
     int32_t number = 0;                          // what processOfflineRequest returned
+    Clock::time_point returned = {};
 
     bool Ok() const { return status != nullptr && status->isOk(); }
     bool Died() const { return status != nullptr && status->getStatus() == STATUS_DEAD_OBJECT; }
@@ -53,7 +54,6 @@ struct Picture {
 
 struct SentFrame {
     Answer answer;
-    Clock::time_point sent, answered, done;
     bool result = false;
 };
 
@@ -68,8 +68,7 @@ struct PlainRun {
     Picture picture;
 
     std::string Mode() const { return NameOf(info.opMode); }
-    bool Works() const { return frames.size() == kFrames && frames[0].result; }
-    milliseconds Patience() const;  // longer than a frame takes
+    bool Works() const { return !picture.bytes.empty() && frames.size() == kFrames; }
 };
 
 class Device {
@@ -79,11 +78,14 @@ class Device {
 
     // Waits until the service is registered, and takes it. False after kWait.
     bool Connect();
-    // Why nothing more can be checked: the service is dead, or calls hang. Else empty.
+    // Why nothing more can be checked: the service is dead, or hangs. Else empty.
     std::string Trouble();
+    bool Hangs();
 
     Answer Register(int32_t id, const Callback& callback);
     Answer Open(const std::string& name, const Callback& callback, SessionProxy* session);
+    // Of another interface, as the service's own object is.
+    Callback ForeignCallback();
     Answer ListModes(std::vector<int32_t>* modes);
 
     bool CanOpen();  // a first session

@@ -41,9 +41,8 @@ struct Options {
 };
 
 struct Finding {
-    const Check* check;
+    const Check& check;
     Verdict verdict;
-    double seconds = 0;
 };
 
 // False after a message.
@@ -69,8 +68,7 @@ bool ReadOptions(int argc, char** argv, Options* options) {
 }
 
 std::string GroupOf(const Check& check) {
-    const std::string name = check.name;
-    return name.substr(0, name.find('.'));
+    return check.name.substr(0, check.name.find('.'));
 }
 
 Checks SelectChecks(const Options& options) {
@@ -81,7 +79,8 @@ Checks SelectChecks(const Options& options) {
         if (group == PhysicsChecks && !options.physics) continue;
         for (const Check& check : group()) {
             const auto matches = [&](const std::string& pattern) {
-                return pattern == GroupOf(check) || fnmatch(pattern.c_str(), check.name, 0) == 0;
+                return pattern == GroupOf(check) ||
+                       fnmatch(pattern.c_str(), check.name.c_str(), 0) == 0;
             };
             const auto& only = options.only;
             const bool wanted = only.empty() || std::any_of(only.begin(), only.end(), matches);
@@ -93,27 +92,22 @@ Checks SelectChecks(const Options& options) {
 
 void Print(const Finding& finding) {
     const Verdict& verdict = finding.verdict;
-    std::string text = verdict.came.empty() ? "" : ": " + verdict.came;
-    if (!verdict.expected.empty())
-        text = ": expected " + verdict.expected + "; came" + text.substr(1);
+    std::string text = verdict.expected.empty() ? "" : "expected " + verdict.expected + "; came ";
+    text += verdict.came;
     std::replace(text.begin(), text.end(), '\n', ' ');
-    printf("  %-6s%s%s\n", kOutcomes[int(verdict.outcome)], finding.check->name, text.c_str());
+    printf("  %-6s%s%s%s\n", kOutcomes[int(verdict.outcome)], finding.check.name.c_str(),
+           text.empty() ? "" : ": ", text.c_str());
     fflush(stdout);
 }
 
 // Runs one check. `gone` becomes the reason to skip the rest.
 Verdict RunOne(Device& device, const Check& check, std::string* gone) {
-    Verdict verdict = check.run(device);
+    const Verdict verdict = check.run(device);
     const std::string trouble = device.Trouble();
     if (trouble.empty()) return verdict;
-    if (verdict.outcome != Outcome::kFail)
-        verdict = Fail("a service that goes on", trouble);
-    else
-        verdict.came += "; " + trouble;
-    if (trouble.find("died") == trouble.npos || !device.Connect()) {
-        *gone = Say(trouble, ", in ", check.name);
-    }
-    return verdict;
+    if (device.Hangs() || !device.Connect()) *gone = Say(trouble, ", in ", check.name);
+    return verdict.outcome == Outcome::kFail ? Fail(verdict.expected, verdict.came + "; " + trouble)
+                                             : Fail("a service that goes on", trouble);
 }
 
 std::vector<Finding> RunAll(const Options& options, const Checks& checks) {
@@ -125,14 +119,12 @@ std::vector<Finding> RunAll(const Options& options, const Checks& checks) {
         if (!there) gone = std::string(Device::kInstance) + " is not registered within 5 s";
         for (const Check& check : checks) {
             if (GroupOf(check) != group) puts((group = GroupOf(check)).c_str());
-            const auto begin = Clock::now();
-            Finding finding = {&check, Skip(gone)};
-            if (gone.empty()) finding.verdict = RunOne(device, check, &gone);
-            if (!there && &check == &checks[0]) finding.verdict = Fail("a service", gone);
-            finding.seconds = std::chrono::duration<double>(Clock::now() - begin).count();
-            Print(finding);
-            findings.push_back(finding);
-            if (options.stop && finding.verdict.outcome == Outcome::kFail) return findings;
+            const bool absent = !there && &check == &checks[0];
+            findings.push_back({check, absent         ? Fail("a service", gone)
+                                       : gone.empty() ? RunOne(device, check, &gone)
+                                                      : Skip(gone)});
+            Print(findings.back());
+            if (options.stop && findings.back().verdict.outcome == Outcome::kFail) return findings;
         }
     }
     return findings;
@@ -161,12 +153,12 @@ bool WriteJson(const std::string& path, const std::vector<Finding>& findings) {
     }
     file << ", \"checks\": [";
     const char* separator = "\n";
-    for (const auto& [check, verdict, seconds] : findings) {
-        file << separator << "{\"name\": " << Quoted(check->name)
-             << ", \"rule\": " << Quoted(check->rule)
+    for (const auto& [check, verdict] : findings) {
+        file << separator << "{\"name\": " << Quoted(check.name)
+             << ", \"rule\": " << Quoted(check.rule)
              << ", \"outcome\": " << Quoted(kOutcomes[int(verdict.outcome)])
              << ", \"expected\": " << Quoted(verdict.expected)
-             << ", \"came\": " << Quoted(verdict.came) << ", \"seconds\": " << seconds << "}";
+             << ", \"came\": " << Quoted(verdict.came) << "}";
         separator = ",\n";
     }
     file << "\n]}\n";
@@ -183,15 +175,14 @@ int Main(int argc, char** argv) {
         fputs("offlineservicecheck: no check matches; --list shows them\n", stderr);
         return kMisuse;
     }
-    for (const Check& check : checks) {
-        if (options.list) printf("%s: %s\n", check.name, check.rule);
+    for (const Check& check : options.list ? checks : Checks()) {
+        printf("%s: %s\n", check.name.c_str(), check.rule.c_str());
     }
     if (options.list) return 0;
     const std::vector<Finding> findings = RunAll(options, checks);
-    const size_t failed = Count(findings, Outcome::kFail),
-                 skipped = Count(findings, Outcome::kSkip);
-    if (skipped > 0) printf("Skipped: %zu\n", skipped);
-    const size_t total = findings.size() - skipped;
+    const size_t failed = Count(findings, Outcome::kFail);
+    const size_t total = findings.size() - Count(findings, Outcome::kSkip);
+    if (total < findings.size()) printf("Skipped: %zu\n", findings.size() - total);
     printf("Total: %zu, Succeeded: %zu, Failed: %zu, Warnings: %zu\n", total, total - failed,
            failed, Count(findings, Outcome::kWarn));
     if (options.json.empty() || WriteJson(options.json, findings)) return failed > 0;

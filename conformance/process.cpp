@@ -14,8 +14,8 @@ struct Frame {
     const PlainRun& run;
     const SentFrame& sent;
     Events shutters, results;
-    std::string name;                  // such as "B2Y frame 3"
-    std::vector<BufferMark> expected;  // its request's outputs, whose ids count from 1
+    std::string name;   // such as "B2Y frame 3"
+    BufferMark output;  // its request's
 };
 
 // Looks at every frame that was sent and taken, up to the first finding.
@@ -26,12 +26,13 @@ Run Frames(Verdict (*look)(const Frame&)) {
             for (const SentFrame& sent : run->frames) {
                 if (!sent.answer.Ok()) continue;
                 const int32_t number = sent.answer.number;
-                Frame frame = {*run,
-                               sent,
-                               Of(run->events, Event::kShutter, number),
-                               Of(run->events, Event::kResult, number),
-                               Say(run->Mode(), " frame ", number),
-                               {{run->info.streams.back().id, 1}}};
+                const auto of = [&](Event::Kind kind) { return Of(run->events, kind, number); };
+                const Frame frame = {*run,
+                                     sent,
+                                     of(Event::kShutter),
+                                     of(Event::kResult),
+                                     Say(run->Mode(), " frame ", number),
+                                     {run->info.streams.back().id, 1}};
                 any = true;
                 Verdict verdict = look(frame);
                 if (!verdict.Good()) return verdict;
@@ -80,11 +81,9 @@ Verdict HasOneShutter(const Frame& frame) {
 
 Verdict NumbersAreOwn(const PlainRun& run) {
     for (const Event& event : run.events) {
-        if (event.kind > Event::kResult) continue;
-        if (std::any_of(run.frames.begin(), run.frames.end(),
-                        [&](const auto& sent) { return sent.answer.number == event.frame; })) {
-            continue;
-        }
+        const auto own = [&](const SentFrame& sent) { return sent.answer.number == event.frame; };
+        const bool known = std::any_of(run.frames.begin(), run.frames.end(), own);
+        if (event.kind > Event::kResult || known) continue;
         return Fail("messages and results of frames that were sent", Text(Events{event}));
     }
     return {};
@@ -108,9 +107,8 @@ Verdict ShutterIsFirst(const Frame& frame) {
 }
 
 Verdict NumberIsFirst(const Frame& frame) {
-    const bool early = !frame.shutters.empty() &&
-                       frame.shutters[0].at + milliseconds(20) < frame.sent.answered;
-    return early ? Warn("the shutter of " + frame.name + " came before its number") : Verdict();
+    const bool early = !frame.results.empty() && frame.results[0].at < frame.sent.answer.returned;
+    return early ? Warn("the result of " + frame.name + " came before its number") : Verdict();
 }
 
 Verdict HasAResult(const Frame& frame) {
@@ -120,22 +118,22 @@ Verdict HasAResult(const Frame& frame) {
 
 Verdict CoversAllOutputs(const Frame& frame) {
     const auto named = BuffersOf(frame.results);
-    if (frame.results.empty() || Contains(named, frame.expected[0])) return {};
-    return Fail(Text(frame.expected[0]) + " in the result of " + frame.name, Text(frame.results));
+    return Require(named.empty() || Contains(named, frame.output),
+                   Text(frame.output) + " in the result of " + frame.name, Text(frame.results));
 }
 
 Verdict NamesOwnBuffers(const Frame& frame) {
     for (const BufferMark& buffer : BuffersOf(frame.results)) {
-        if (Contains(frame.expected, buffer)) continue;
-        return Fail("only the request's outputs in the result of " + frame.name, Text(buffer));
+        if (buffer == frame.output) continue;
+        return Fail("only the request's output in the result of " + frame.name, Text(buffer));
     }
     return {};
 }
 
 Verdict NamesOutputsOnce(const Frame& frame) {
     const auto named = BuffersOf(frame.results);
-    const auto times = std::count(named.begin(), named.end(), frame.expected[0]);
-    return Require(times <= 1, Text(frame.expected[0]) + " once for " + frame.name,
+    const auto times = std::count(named.begin(), named.end(), frame.output);
+    return Require(times <= 1, Text(frame.output) + " once for " + frame.name,
                    Say(times, " times"));
 }
 
@@ -146,21 +144,16 @@ Verdict CoversTwoOutputs(Device& device, Session& session, Configuration info) {
     if (taken.Refused()) return Skip("a second output stream: " + taken.Text());
     const Answer sent = session.Process(device.Request(info));
     const Verdict verdict = session.AwaitResult(sent, "a result with both outputs");
-    const auto named = BuffersOf(Of(session.All(), Event::kResult, sent.number));
-    if (!verdict.Good() || Contains(named, {5, 2})) return verdict;
+    if (!verdict.Good() || Contains(BuffersOf(session.All()), {5, 2})) return verdict;
     return Fail("stream 5 buffer 2, too", Text(session.All()));
 }
 
-Verdict BuffersAreGood(const Frame& frame) {
-    for (const BufferMark& buffer : BuffersOf(frame.results)) {
-        if (!buffer.good) return Fail("status OK in " + frame.name, Text(buffer) + ": ERROR");
+Verdict DoesNotFail(const PlainRun& run) {
+    for (const Event& event : run.events) {
+        if (event.frame == -1 || !Failed({event}, event.frame)) continue;
+        return Fail("no error message and no broken buffer in " + run.Mode(), Text(Events{event}));
     }
     return {};
-}
-
-Verdict HasNoError(const PlainRun& run) {
-    const Events errors = Of(run.events, Event::kError);
-    return Require(errors.empty(), "no error message in " + run.Mode(), Text(errors));
 }
 
 Verdict PartsAddUp(const Frame& frame) {
@@ -179,14 +172,11 @@ Verdict MetadataIsSound(const Frame& frame) {
     for (const Event& result : frame.results) {
         const size_t size = result.metadata.size();
         const auto* blob = reinterpret_cast<const camera_metadata_t*>(result.metadata.data());
-        if (size == 0) continue;
         const size_t stated = size < sizeof(uint32_t) ? 0 : get_camera_metadata_size(blob);
-        if (stated != size) {
-            return Fail(Say("metadata of the stated size of ", stated, " bytes"),
-                        Say(size, " bytes for ", frame.name));
-        }
-        if (validate_camera_metadata_structure(blob, &size) == 0) continue;
-        return Fail("camera metadata", Say(size, " bytes that do not parse, for ", frame.name));
+        if (stated == size && (size == 0 || !validate_camera_metadata_structure(blob, &size)))
+            continue;
+        return Fail("a sound camera metadata blob for " + frame.name,
+                    Say(size, " bytes; the blob states ", stated));
     }
     return {};
 }
@@ -210,7 +200,7 @@ Checks ProcessChecks() {
             {"process.timestamps", "Shutter timestamps rise.", Runs(TimestampsRise)},
             {"process.shutter-first", "A shutter better comes before the frame's result.",
              Frames(ShutterIsFirst)},
-            {"process.number-first", "processOfflineRequest better returns before the shutter.",
+            {"process.number-first", "processOfflineRequest better returns before the result.",
              Frames(NumberIsFirst)},
             {"process.result", "Each frame has a result, complete within 5 s.", Frames(HasAResult)},
             {"process.result-covers-all-outputs", "A frame's results name its output buffer.",
@@ -221,9 +211,8 @@ Checks ProcessChecks() {
              Frames(NamesOutputsOnce)},
             {"process.two-outputs", "A result covers two output streams, where they are taken.",
              OnStreams(CoversTwoOutputs)},
-            {"process.buffer-status", "The outputs of a good request have the status OK.",
-             Frames(BuffersAreGood)},
-            {"process.no-error", "Good requests bring no error messages.", Runs(HasNoError)},
+            {"process.no-failure", "Good requests bring no error messages and no broken buffers.",
+             Runs(DoesNotFail)},
             {"process.partial-results", "As many parts of metadata come as are stated.",
              Frames(PartsAddUp)},
             {"process.metadata", "Result metadata is empty, or one blob of just its size.",

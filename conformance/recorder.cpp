@@ -125,7 +125,7 @@ ScopedAStatus Recorder::requestStreamBuffers(
         if (lend != Lend::kNoAnswers) answers->push_back(std::move(answer));
         Add(event);
     }
-    return StatusOf(lend != Lend::kRefused);
+    return StatusOf(true);
 }
 
 // Whether a lent buffer's content has changed; true for one that was never lent.

@@ -52,7 +52,6 @@ enum class Lend {
     kEmptyHandles,  // buffers without handles, as the test client gives after a failed allocation
     kErrorValue,    // an error in place of the buffers
     kNoAnswers,     // an empty list
-    kRefused,       // the call itself fails
 };
 
 // Thread-safe.

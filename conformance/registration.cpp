@@ -1,6 +1,4 @@
 // Checks of the registered object and of its operations beside sessions.
-#include <aidl/vendor/zel/hardware/camera/offlinecamera/BpOfflineCameraCallback.h>
-
 #include "device.h"
 
 namespace conformance {
@@ -23,13 +21,8 @@ Verdict TellsItsVersion(Device& device) {
     std::string hash;
     const auto told = device.service->getInterfaceVersion(&version);
     const auto hashed = device.service->getInterfaceHash(&hash);
-    if (!told.isOk() || !hashed.isOk() || version < 1 || hash.empty()) {
-        return Fail("version 1 and a hash",
-                    Say("version ", version, " (", told.getDescription(), "), hash '", hash, "'"));
-    }
-    const std::string known = package::IOfflineCameraService::hash;
-    if (version == 1 && hash == known) return {};
-    return Warn(Say("version ", version, ", hash ", hash, " instead of version 1, hash ", known));
+    return Require(told.isOk() && hashed.isOk() && version >= 1 && !hash.empty(),
+                   "version 1 and a hash", Say("version ", version, ", hash '", hash, "'"));
 }
 
 Verdict TakesAClient(Device& device) {
@@ -54,16 +47,6 @@ Verdict Unregisters(Device& device) {
     return {};
 }
 
-Verdict RefusesCallback(Device& device, const Callback& callback) {
-    SessionProxy session;
-    if (!device.CanOpen()) return Skip("see session.open");
-    return device.Open("offlincameratest", callback, &session).MustBeRefused();
-}
-
-Callback Foreign(Device& device) {
-    return ndk::SharedRefBase::make<package::BpOfflineCameraCallback>(device.binder);
-}
-
 }  // namespace
 
 Checks RegistrationChecks() {
@@ -76,16 +59,11 @@ Checks RegistrationChecks() {
             {"registration.null", "registerClient refuses a null callback.",
              Asks([](Device& d) { return d.Register(1, nullptr).MustBeRefused(); })},
             {"registration.foreign", "registerClient refuses a binder that is no callback.",
-             Asks([](Device& d) { return d.Register(1, Foreign(d)).MustBeRefused(); })},
+             Asks([](Device& d) { return d.Register(1, d.ForeignCallback()).MustBeRefused(); })},
             {"registration.operation-1", "getSupportedOpModes is answered, by whatever status.",
              Asks(ListsModes)},
             {"registration.operation-3", "unregisterClient is answered, also for unknown ids.",
-             Asks(Unregisters)},
-            {"registration.null-for-session", "openOfflineSession refuses a null callback.",
-             [](Device& d) { return RefusesCallback(d, nullptr); }},
-            {"registration.foreign-for-session",
-             "openOfflineSession refuses a binder that is no callback.",
-             [](Device& d) { return RefusesCallback(d, Foreign(d)); }}};
+             Asks(Unregisters)}};
 }
 
 }  // namespace conformance

@@ -1,5 +1,5 @@
 // The three stream sets.
-#include "streams.h"
+#include "buffers.h"
 
 namespace conformance {
 
