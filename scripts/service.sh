@@ -33,6 +33,8 @@ END
 
 # service FOLDER [PROGRAM | --faults [--accept]]
 service() {
+    if [[ "${2-}" == -* && "$2" != --faults ]]; then refuse "service takes a program or --faults, not $2"; fi
+    [[ -z "${2-}" || "$2" == --faults || -f "$2" && -x "$2" ]] || refuse "$2: no such program"
     build "$1" "" host/all offlineservicecheck || return 1
     unlock_out
     if [[ "${2-}" == --faults ]]; then
