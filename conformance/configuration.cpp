@@ -79,8 +79,7 @@ Verdict AnswersInFlight(Device& device, Session& session, const Configuration& i
     const Answer second = session.Process(device.Request(info, 100));
     const Answer again = session.Configure(info);
     if (!again.MustReturn().Good()) return again.MustReturn();
-    return second.Ok() ? session.AwaitEnds({first.number, second.number})
-                       : session.AwaitEnds({first.number});
+    return session.AwaitEnds(size_t{first.Ok()} + size_t{second.Ok()});
 }
 
 }  // namespace

@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <fstream>
 #include <iterator>
+#include <set>
 #include <thread>
 
 namespace conformance {
@@ -238,14 +239,18 @@ Verdict Session::Exchange(const Configuration& info, const std::string& what, in
     return AwaitResult(Process(m_device.Request(info, idOffset)), what);
 }
 
-Verdict Session::AwaitEnds(const std::vector<int32_t>& frames) {
-    for (const int32_t frame : frames) {
-        const auto ended = [&](const Events& events) {
-            return Failed(events, frame) || !BuffersOf(Of(events, Event::kResult, frame)).empty();
-        };
-        if (!client->WaitFor(ended)) {
-            return Fail(Say("result or error of frame ", frame, " within 5 s"), Text(All()));
+Verdict Session::AwaitEnds(size_t count) {
+    const auto ended = [](const Events& events) {
+        std::set<int32_t> frames;
+        for (const Event& event : events) {
+            const bool ends = event.kind == Event::kError || !event.buffers.empty();
+            if (ends && event.frame != -1) frames.insert(event.frame);
         }
+        return frames.size();
+    };
+    for (size_t i = 1; i <= count; ++i) {
+        if (client->WaitFor([&](const Events& events) { return ended(events) >= i; })) continue;
+        return Fail(Say("result or error of each of ", count, " frames, within 5 s"), Text(All()));
     }
     return {};
 }

@@ -125,8 +125,8 @@ class Session {
     Verdict AwaitResult(const Answer& sent, const std::string& what = "a result");
     // Sends a request and awaits its result.
     Verdict Exchange(const Configuration& info, const std::string& what, int64_t idOffset = 0);
-    // Waits until each frame has ended in any way.
-    Verdict AwaitEnds(const std::vector<int32_t>& frames);
+    // Waits until so many frames have ended in any way, for kWait each.
+    Verdict AwaitEnds(size_t count);
     Events All() { return client->All(); }
 
     Answer opened;
@@ -147,6 +147,9 @@ bool Failed(const Events& events, int32_t frame);
 bool FencesSignal(const Events& events);  // all of them, within kWait
 std::string Text(const BufferMark& buffer);
 std::string Text(const Events& events);
+
+// Closes with frames in flight. No callback may come then.
+Verdict ClosesInFlight(Device& device, Session& session, const Configuration& info);
 
 // What a client may be in when it dies.
 inline constexpr const char* kVictimStates[] = {"registered", "opened",   "configured",

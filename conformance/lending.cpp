@@ -74,17 +74,26 @@ Verdict Cope(Device& device, Session& session, const Configuration& info, Lend l
     return strays.Good() ? ReturnsOnce(BorrowedOf(session.All())) : strays;
 }
 
-// A frame of a mode that asks for buffers, with another answer than it wants.
-Run Copes(Lend lend) {
+// On the streams of a mode that asks for buffers.
+Run WhereBorrowed(const UseStreams& use) {
     return [=](Device& device) {
-        const auto cope = [=](Device& d, Session& session, const Configuration& info) {
-            return Cope(d, session, info, lend);
-        };
         for (const PlainRun* run : device.Claimed()) {
-            if (run->Works() && Borrows(*run)) return OnStreams(cope, run->info)(device);
+            if (run->Works() && Borrows(*run)) return OnStreams(use, run->info)(device);
         }
         return Skip("no mode with a result asks for buffers");
     };
+}
+
+// A frame with another answer than it wants.
+Run Copes(Lend lend) {
+    return WhereBorrowed([=](Device& device, Session& session, const Configuration& info) {
+        return Cope(device, session, info, lend);
+    });
+}
+
+Verdict ReturnsBeforeClose(Device& device, Session& session, const Configuration& info) {
+    const Verdict closed = ClosesInFlight(device, session, info);
+    return closed.Good() ? ReturnsOnce(BorrowedOf(session.All())) : closed;
 }
 
 // An eventfd is readable once it is signalled, as a sync fence is.
@@ -153,6 +162,9 @@ Checks LendingChecks() {
              Borrowing(ReturnsOnlyLent)},
             {"lending.once", "Each lent buffer is given back once, before the close is answered.",
              Borrowing(ReturnsOnce)},
+            {"lending.close-in-flight",
+             "With frames in flight all come back before the close is answered.",
+             WhereBorrowed(ReturnsBeforeClose)},
             {"lending.no-answer", "A frame is answered though nothing is lent.",
              Copes(Lend::kNoAnswers)},
             {"lending.error-value", "A frame is answered though an error comes for buffers.",

@@ -80,11 +80,11 @@ SentFrame SendFrame(Device& device, Session& session, const PlainRun& run) {
 
 void Device::RunPlain(Mode mode, PlainRun* run) {
     run->info = ConfigurationOf(mode);
-    if (!CanOpen() || !pool.Ready()) return;
+    if (!CanOpen()) return;
     Session session(*this);
     if (!session.IsOpen()) return;
     run->configured = session.Configure(run->info);
-    if (!run->configured.Ok()) return;
+    if (!run->configured.Ok() || !pool.Ready()) return;
     Buffer& output = pool.Get(run->info.streams.back());
     Picture& picture = run->picture;
     std::vector<uint8_t> last;

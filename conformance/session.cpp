@@ -22,9 +22,13 @@ Run Refuses(bool foreign) {
 Verdict KeepsTwoApart(Device& device, Session& first, const Configuration& info) {
     Session second(device);
     if (!second.IsOpen()) return Warn("one session at a time: " + second.opened.Text());
-    const Answer taken = second.Configure(info);
+    Configuration others = info;
+    for (const PlainRun* run : device.Claimed()) {
+        if (run->Works()) others = run->info;  // of another mode, if there is one
+    }
+    const Answer taken = second.Configure(others);
     if (!taken.Ok()) return taken.MustSucceed("streams taken in the second session");
-    const Verdict verdict = second.Exchange(info, "the second session's result");
+    const Verdict verdict = second.Exchange(others, "the second session's result");
     if (!verdict.Good()) return verdict;
     if (!first.All().empty()) return Fail("nothing for the first client", Text(first.All()));
     second.Close();
@@ -49,16 +53,6 @@ Verdict RefusesStreams(Device&, Session& session, const Configuration& info) {
     session.Close();
     const Answer answer = session.Configure(info);
     return answer.Ok() ? Warn("a closed session takes streams") : answer.MustBeRefused();
-}
-
-Verdict ClosesInFlight(Device& device, Session& session, const Configuration& info) {
-    for (int i = 0; i < 3; ++i) session.Process(device.Request(info, 100 * i));
-    const Answer answer = session.Close();
-    if (!answer.Ok()) return answer.MustSucceed("OK with frames in flight");
-    const Events before = session.All();
-    const auto more = [&](const Events& events) { return events.size() > before.size(); };
-    const bool came = session.client->WaitFor(more, kQuiet);
-    return Require(!came, "no more than before the close: " + Text(before), Text(session.All()));
 }
 
 Verdict ClosesInACallback(Device& device, Session& session, const Configuration& info) {
@@ -88,6 +82,16 @@ Verdict OutlivesItsClients(Device& device, Session& survivor, const Configuratio
 }
 
 }  // namespace
+
+Verdict ClosesInFlight(Device& device, Session& session, const Configuration& info) {
+    for (int i = 0; i < 3; ++i) session.Process(device.Request(info, 100 * i));
+    const Answer answer = session.Close();
+    if (!answer.Ok()) return answer.MustSucceed("OK with frames in flight");
+    const Events before = session.All();
+    const auto more = [&](const Events& events) { return events.size() > before.size(); };
+    const bool came = session.client->WaitFor(more, kQuiet);
+    return Require(!came, "no more than before the close: " + Text(before), Text(session.All()));
+}
 
 Checks SessionChecks() {
     return {{"session.open", "openOfflineSession answers OK and gives a session.", Opens},
