@@ -26,7 +26,9 @@ constexpr size_t kMaxFrames = 4;  // in work or waiting, per session
 void Work(const Client& client, const Request& request, const StopSignal& stop) {
     const auto developed = Develop(request);
     if (!developed.Ok()) LogProblem("no picture: " + developed.Error());
-    if (!stop.Stopped()) client->notify({MakeShutter(request.frameNumber, 0)});
+    const int64_t now =
+            std::chrono::nanoseconds(std::chrono::steady_clock::now().time_since_epoch()).count();
+    if (!stop.Stopped()) client->notify({MakeShutter(request.frameNumber, now)});
     std::vector<OfflineCaptureResult> results;
     results.push_back(MakeResult(request, developed.Ok() ? BufferStatus::OK : BufferStatus::ERROR));
     if (!stop.Stopped()) client->processCaptureResult(results);
@@ -48,6 +50,7 @@ class Session : public BnOfflineCameraSession {
         const auto streams = MakeStreamSet(info);
         if (!streams.Ok()) return refuse(streams.Error());
         const std::lock_guard<std::mutex> lock(m_lock);
+        if (m_closed) return refuse("the session is closed");
         m_streams = std::make_shared<StreamSet>(streams.Value());
         return ScopedAStatus::ok();
     }
@@ -93,7 +96,10 @@ class Service : public BnOfflineCameraService {
         *modes = {0};
         return ScopedAStatus::ok();
     }
-    ScopedAStatus registerClient(int32_t, const Client&) override { return ScopedAStatus::ok(); }
+    ScopedAStatus registerClient(int32_t, const Client& client) override {
+        if (client == nullptr) return Refuse("registerClient", kIllegalArgument, "no callback");
+        return ScopedAStatus::ok();
+    }
     ScopedAStatus unregisterClient(int32_t) override { return ScopedAStatus::ok(); }
     ScopedAStatus openOfflineSession(const std::string&, const Client& client,
                                      std::shared_ptr<IOfflineCameraSession>* session) override {

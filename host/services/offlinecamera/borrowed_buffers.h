@@ -32,6 +32,9 @@ class BorrowedBuffers {
 
     const ImportedBuffer& operator[](size_t i) const { return m_imported[i]; }
 
+    // Never gives them back.
+    void Keep() { m_ids.clear(); }
+
     // Ids of the buffers.
     const std::vector<int64_t>& Ids() const { return m_ids; }
 

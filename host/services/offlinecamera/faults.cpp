@@ -1,9 +1,15 @@
 // Wrong behaviour on demand: names, parsing, and what each fault does.
 #include "faults.h"
 
+#include <poll.h>
+#include <sys/eventfd.h>
+#include <unistd.h>
+
 #include <algorithm>
 #include <csignal>
 #include <cstdlib>
+#include <cstring>
+#include <mutex>
 #include <utility>
 
 #include "refusal.h"
@@ -47,6 +53,47 @@ constexpr services::FaultName kNames[] = {
          "buffers", 2, 16},
         {"return-twice", "one buffer is borrowed and given back twice"},
         {"return-unknown", "a buffer is given back that was never borrowed"},
+        {"keep-lent", "borrowed buffers are never given back"},
+        {"silent-without-buffers", "a frame ends without a word where buffers are not lent"},
+        {"wrong-interface", "the registered object has another interface"},
+        {"empty-object", "the registered object knows no operation"},
+        {"take-null", "registerClient and openOfflineSession take a null callback"},
+        {"register-error", "registerClient fails with an error"},
+        {"die-on-modes", "the service is killed inside getSupportedOpModes"},
+        {"die-on-unregister", "the service is killed inside unregisterClient"},
+        {"newest-client-only", "every session calls the client of the newest one"},
+        {"die-with-client", "the service is killed when a client dies"},
+        {"close-error", "closeOfflineSession fails with an error"},
+        {"close-nothing", "closeOfflineSession succeeds, and the session goes on"},
+        {"close-waits", "closeOfflineSession waits for all frames, also for a client's callback"},
+        {"die-on-second-close", "the service is killed when a session is closed again"},
+        {"keep-dead", "sessions of clients that died go on"},
+        {"leak-sessions", "each session leaves a descriptor behind"},
+        {"leak-refused", "each refused request leaves a descriptor behind"},
+        {"take-any-streams", "configureOfflineStreams succeeds whatever the streams are"},
+        {"refuse-y2j", "configureOfflineStreams refuses Y2J, which is listed"},
+        {"refuse-mmf", "configureOfflineStreams refuses MMF, which is listed"},
+        {"configure-once", "a session takes streams once only"},
+        {"drop-in-flight", "new streams drop the frames in flight without a word"},
+        {"same-number", "every request gets the frame number 1"},
+        {"stuck-timestamp", "all shutter messages carry the same time"},
+        {"result-other-frame", "the result names a frame that was not asked for"},
+        {"no-buffers", "the result names no output buffers"},
+        {"first-output-only", "the result names the first output buffer only"},
+        {"broken-buffers", "the result's output buffers have the status ERROR"},
+        {"partial-count", "the result states three parts of metadata, and one comes"},
+        {"silent-refusal", "a wrong request is taken, and nothing comes of it"},
+        {"first-request-only", "the other requests of a call are dropped"},
+        {"short-queue", "requests are dropped while two frames are in flight"},
+        {"short-picture", "the last two rows of a picture are left out"},
+        {"write-padding", "the first byte after a picture's first row is written"},
+        {"same-picture", "all pictures are grey, whatever the input"},
+        {"write-after-result", "the picture changes after its result"},
+        {"no-trailer", "a JPEG buffer has no trailer"},
+        {"long-size", "a JPEG buffer's trailer states 100 bytes too many"},
+        {"ignore-fences", "acquire fences are not waited for"},
+        {"fence-in-call", "processOfflineRequest waits for acquire fences, up to 20 s"},
+        {"stuck-fence", "the result carries a release fence that is never signalled"},
 };
 
 // Ids and numbers that no client of this service uses.
@@ -55,6 +102,9 @@ constexpr int32_t kForeignFrameOffset = 1000;
 
 // Enough for the answer of a call to reach a client on a busy machine.
 constexpr std::chrono::milliseconds kAnswerTime(300);
+
+// Enough for a client to look at a picture.
+constexpr std::chrono::milliseconds kLookTime(500);
 
 // What a "small" file shows: in the worst case far below 262152 bytes.
 constexpr uint32_t kSmallWidth = 320;
@@ -115,6 +165,7 @@ void FaultInjector::BorrowAndReturn(const SessionClient& client, const Stream& s
 bool FaultInjector::AlterMessage(NotifyMsg* message) const {
     if (message->getTag() == NotifyMsg::shutter) {
         auto& shutter = message->get<NotifyMsg::shutter>();
+        if (Has("stuck-timestamp")) shutter.timestamp = 1;
         if (Has("shutter-other-frame")) shutter.frameNumber += kForeignFrameOffset;
         if (Has("error-notify")) *message = MakeError(shutter.frameNumber);
     }
@@ -135,6 +186,14 @@ OfflineCaptureResult FaultInjector::MakeOneResult(const Request& request,
         buffers.push_back(std::move(extra));
     }
     if (Has("reordered-buffers")) std::reverse(buffers.begin(), buffers.end());
+    if (Has("no-buffers")) buffers.clear();
+    if (Has("first-output-only")) buffers.resize(1);
+    for (StreamBuffer& buffer : buffers) {
+        if (Has("broken-buffers")) buffer.status = BufferStatus::ERROR;
+        if (Has("stuck-fence")) buffer.releaseFence.fds.emplace_back(eventfd(0, EFD_CLOEXEC));
+    }
+    if (Has("result-other-frame")) result.frameNumber += kForeignFrameOffset;
+    if (Has("partial-count")) result.outFrameInfo.numPartialMetadata = 3;
     auto& metadata = result.outFrameInfo.metadata;
     if (Has("corrupt-metadata") && !metadata.empty()) metadata.pop_back();
     return result;
@@ -154,8 +213,55 @@ std::vector<OfflineCaptureResult> FaultInjector::MakeResults(const Request& requ
         results[0].inFrameInfo.buffers.clear();
     }
     results.push_back(MakeOneResult(request, status));
+    if (Has("split-result")) results[1].outFrameInfo.metadata.clear();
     if (Has("duplicate-result")) results.push_back(MakeOneResult(request, status));
     return results;
+}
+
+void FaultInjector::SpoilPicture(const imaging::MutableNv12View& picture) const {
+    if (Has("write-padding")) picture.y[picture.width] = 1;
+    for (uint32_t y = 0; Has("same-picture") && y < picture.height; ++y) {
+        memset(picture.y + y * picture.strideBytes, 128, picture.width);
+        memset(picture.uv + y / 2 * picture.strideBytes, 128, picture.width);
+    }
+}
+
+void FaultInjector::SpoilLater(const Request& request, const StopSignal& stop) const {
+    if (!Has("write-after-result")) return;
+    stop.WaitFor(kLookTime);
+    const auto output = LockedBuffer::Lock(request.outputs[0].buffer, Access::kWrite);
+    if (output.Ok()) ++*output.Value().Data();
+}
+
+void FaultInjector::SpoilRequest(Request* request) const {
+    if (!Has("ignore-fences")) return;
+    for (auto& frame : request->inputs) {
+        for (RequestBuffer& input : frame) input.buffer.DropFence();
+    }
+    for (RequestBuffer& output : request->outputs) output.buffer.DropFence();
+}
+
+void FaultInjector::AwaitFences(const OfflineRequestInfo& info) const {
+    for (const auto& frame : info.inFrameInfos) {
+        for (const StreamBuffer& buffer : frame.buffers) {
+            if (!Has("fence-in-call") || buffer.acquireFence.fds.empty()) continue;
+            pollfd wait = {buffer.acquireFence.fds[0].get(), POLLIN, 0};
+            poll(&wait, 1, 20'000);
+        }
+    }
+}
+
+void FaultInjector::Leak(const char* fault) const {
+    if (Has(fault)) (void)!dup(STDERR_FILENO);
+}
+
+SessionClient FaultInjector::ClientOf(const SessionClient& client, bool opened) const {
+    static std::mutex s_lock;
+    static SessionClient s_newest;
+    const std::lock_guard<std::mutex> guard(s_lock);
+    if (!Has("newest-client-only")) return client;
+    if (opened) s_newest = client;
+    return s_newest;
 }
 
 void FaultInjector::ShrinkPicture(imaging::Nv12View* picture) const {

@@ -30,6 +30,15 @@ class FaultInjector : public services::FaultSet {
     std::vector<OfflineCaptureResult> MakeResults(const Request& request, BufferStatus status,
                                                   const StopSignal& stop) const;
     void ShrinkPicture(imaging::Nv12View* picture) const;
+    void SpoilPicture(const imaging::MutableNv12View& picture) const;
+    void SpoilLater(const Request& request, const StopSignal& stop) const;  // after the result
+    void SpoilRequest(Request* request) const;
+
+    // In a call.
+    void AwaitFences(const OfflineRequestInfo& info) const;
+    void Leak(const char* fault) const;  // a descriptor, if the fault is switched on
+    // Whom a session of this client calls; `opened` right after it was opened.
+    SessionClient ClientOf(const SessionClient& client, bool opened) const;
 
   private:
     void BorrowAndReturn(const SessionClient& client, const Stream& stream) const;

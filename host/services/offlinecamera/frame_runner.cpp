@@ -45,6 +45,7 @@ void RunFrame(const Request& request, const SessionClient& client, const FaultIn
     if (!faults.Has("result-first")) notify(MakeShutter(request.frameNumber, timestamp));
 
     const auto made = MakePictures(request, client, faults);
+    if (!made.Ok() && faults.Has("silent-without-buffers")) return;
     if (!made.Ok()) {
         LogProblem("frame " + std::to_string(request.frameNumber) + " failed: " + made.Error());
         notify(MakeError(request.frameNumber));
@@ -57,6 +58,7 @@ void RunFrame(const Request& request, const SessionClient& client, const FaultIn
         const auto status = client.callback->processCaptureResult(one);
         if (!status.isOk()) LogProblem("processCaptureResult failed: " + status.getDescription());
     }
+    faults.SpoilLater(request, stop);
     if (faults.Has("result-first")) notify(MakeShutter(request.frameNumber, timestamp));
     __android_log_print(ANDROID_LOG_INFO, kLogTag, "frame %d: done in %lld ms", request.frameNumber,
                         static_cast<long long>((Nanoseconds() - timestamp) / 1'000'000));

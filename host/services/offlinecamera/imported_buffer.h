@@ -26,6 +26,9 @@ class ImportedBuffer {
                                                const NativeHandle& acquireFence,
                                                const Stream& stream);
 
+    // Locks without waiting, from now on.
+    void DropFence() { m_fence.set(-1); }
+
     // Whether a lock may have to wait.
     bool HasFence() const { return m_fence.get() >= 0; }
 

@@ -19,29 +19,35 @@ using base::Result;
 
 // Calls `develop` with the picture of every output; it returns what went wrong, empty when done.
 template <class Develop>
-Result<Done> DevelopAll(const std::vector<RequestBuffer>& outputs, const Develop& develop) {
+Result<Done> DevelopAll(const std::vector<RequestBuffer>& outputs, const FaultInjector& faults,
+                        const Develop& develop) {
     for (const RequestBuffer& output : outputs) {
         const auto picture = LockedBuffer::Lock(output.buffer, Access::kWrite);
         if (!picture.Ok()) return picture.GetFailure();
-        const std::string problem = develop(picture.Value().Nv12(*output.stream));
+        imaging::MutableNv12View view = picture.Value().Nv12(*output.stream);
+        if (faults.Has("short-picture")) view.height -= 2;
+        const std::string problem = develop(view);
         if (!problem.empty()) return Failure{problem};
+        faults.SpoilPicture(view);
     }
     return Done{};
 }
 
-Result<Done> BayerToYuv(const Request& request) {
+Result<Done> BayerToYuv(const Request& request, const FaultInjector& faults) {
     const RequestBuffer& input = request.inputs[0][0];
     const auto mosaic = LockedBuffer::Lock(input.buffer, Access::kRead);
     if (!mosaic.Ok()) return mosaic.GetFailure();
-    return DevelopAll(request.outputs, [&](const imaging::MutableNv12View& picture) {
+    return DevelopAll(request.outputs, faults, [&](const imaging::MutableNv12View& picture) {
         return imaging::RawToNv12(mosaic.Value().Raw(*input.stream), picture);
     });
 }
 
-Result<Done> MultiFrame(const Request& request, const SessionClient& client) {
+Result<Done> MultiFrame(const Request& request, const SessionClient& client,
+                        const FaultInjector& faults) {
     const Stream& rawStream = *request.inputs[0][0].stream;
-    const auto scratch = BorrowedBuffers::Borrow(client, rawStream, 1);
+    auto scratch = BorrowedBuffers::Borrow(client, rawStream, 1);
     if (!scratch.Ok()) return scratch.GetFailure();
+    if (faults.Has("keep-lent")) scratch.Value().Keep();
     const auto averages = LockedBuffer::Lock(scratch.Value()[0], Access::kWrite);
     if (!averages.Ok()) return averages.GetFailure();
 
@@ -53,7 +59,7 @@ Result<Done> MultiFrame(const Request& request, const SessionClient& client) {
         mosaics.push_back(frame.Value().Raw(rawStream));
         frames.push_back(std::move(frame).Value());
     }
-    return DevelopAll(request.outputs, [&](const imaging::MutableNv12View& picture) {
+    return DevelopAll(request.outputs, faults, [&](const imaging::MutableNv12View& picture) {
         return imaging::AverageToNv12(mosaics, averages.Value().Raw(rawStream), picture);
     });
 }
@@ -82,7 +88,8 @@ Result<Done> YuvToJpeg(const Request& request, const FaultInjector& faults) {
         size_t fileSize = 0;
         const std::string problem = imaging::EncodeJpeg(view, settings, data, capacity, &fileSize);
         if (!problem.empty()) return Failure{problem};
-        WriteBlobTrailer(data, bufferSize, fileSize);
+        if (faults.Has("no-trailer")) continue;
+        WriteBlobTrailer(data, bufferSize, fileSize + (faults.Has("long-size") ? 100 : 0));
     }
     return Done{};
 }
@@ -93,9 +100,9 @@ Result<Done> MakePictures(const Request& request, const SessionClient& client,
                           const FaultInjector& faults) {
     switch (request.streams->mode) {
         case OpMode::kB2Y:
-            return BayerToYuv(request);
+            return BayerToYuv(request, faults);
         case OpMode::kMMF:
-            return MultiFrame(request, client);
+            return MultiFrame(request, client, faults);
         case OpMode::kY2J:
             return YuvToJpeg(request, faults);
     }

@@ -18,6 +18,8 @@ OfflineCameraService::OfflineCameraService(::android::sp<ImportedBuffer::IMapper
       m_faults(std::make_shared<const FaultInjector>(std::move(faults))) {}
 
 ndk::ScopedAStatus OfflineCameraService::getSupportedOpModes(std::vector<int32_t>* modes) {
+    if (auto status = m_faults->AtCall("getSupportedOpModes", "die-on-modes", ""); !status.isOk())
+        return status;
     modes->clear();
     for (OpMode mode : kSupportedOpModes) modes->push_back(static_cast<int32_t>(mode));
     return ndk::ScopedAStatus::ok();
@@ -25,6 +27,9 @@ ndk::ScopedAStatus OfflineCameraService::getSupportedOpModes(std::vector<int32_t
 
 ndk::ScopedAStatus OfflineCameraService::registerClient(
         int32_t clientId, const std::shared_ptr<IOfflineCameraCallback>& callback) {
+    if (auto status = m_faults->AtCall("registerClient", "", "register-error"); !status.isOk())
+        return status;
+    if (callback == nullptr && m_faults->Has("take-null")) return ndk::ScopedAStatus::ok();
     if (callback == nullptr) return Refuse("registerClient", kIllegalArgument, "no callback");
     const pid_t process = AIBinder_getCallingPid();
     const auto forget = [service = std::weak_ptr(ref<OfflineCameraService>()), process] {
@@ -47,6 +52,8 @@ ndk::ScopedAStatus OfflineCameraService::registerClient(
 }
 
 ndk::ScopedAStatus OfflineCameraService::unregisterClient(int32_t clientId) {
+    if (auto status = m_faults->AtCall("unregisterClient", "die-on-unregister", ""); !status.isOk())
+        return status;
     const std::lock_guard<std::mutex> guard(m_lock);
     if (m_clients.erase({AIBinder_getCallingPid(), clientId}) == 0) {
         return Refuse("unregisterClient", kIllegalArgument,
@@ -61,7 +68,9 @@ ndk::ScopedAStatus OfflineCameraService::openOfflineSession(
     if (auto status = m_faults->AtCall(kOpen, "die-on-open", "open-error"); !status.isOk())
         return status;
     session->reset();
+    m_faults->Leak("leak-sessions");
     if (m_faults->Has("open-null")) return ndk::ScopedAStatus::ok();
+    if (callback == nullptr && m_faults->Has("take-null")) return ndk::ScopedAStatus::ok();
     if (callback == nullptr) return Refuse(kOpen, kIllegalArgument, "no callback");
     auto opened = ndk::SharedRefBase::make<OfflineCameraSession>(
             clientName, SessionClient{callback, m_mapper}, m_faults);

@@ -30,8 +30,10 @@ OfflineCameraSession::OfflineCameraSession(std::string clientName, SessionClient
       m_faults(std::move(faults)),
       m_worker([client = m_client, faults = m_faults](const Request& request,
                                                       const StopSignal& stop) {
-          RunFrame(request, client, *faults, stop);
-      }) {}
+          RunFrame(request, faults->ClientOf(client, false), *faults, stop);
+      }) {
+    m_faults->ClientOf(m_client, true);
+}
 
 OfflineCameraSession::~OfflineCameraSession() {
     // Runs on any thread, perhaps on one that has to serve the callback that the worker is in: so
@@ -52,10 +54,20 @@ ndk::ScopedAStatus OfflineCameraSession::configureOfflineStreams(
         !status.isOk())
         return status;
     Result<StreamSet> streams = MakeStreamSet(info);
+    if (!streams.Ok() && m_faults->Has("take-any-streams")) return ndk::ScopedAStatus::ok();
     if (!streams.Ok()) return Refuse(kConfigure, kIllegalArgument, streams.Error());
+
+    if ((m_faults->Has("refuse-y2j") && streams.Value().mode == OpMode::kY2J) ||
+        (m_faults->Has("refuse-mmf") && streams.Value().mode == OpMode::kMMF)) {
+        return Refuse(kConfigure, kIllegalArgument, "fault switched on");
+    }
 
     std::lock_guard<std::mutex> guard(m_lock);
     if (m_ended) return Refuse(kConfigure, kWrongState, kEndedText);
+    if (m_faults->Has("drop-in-flight")) m_worker.Drop();
+    if (m_faults->Has("configure-once") && m_streams != nullptr) {
+        return Refuse(kConfigure, kWrongState, "fault switched on");
+    }
     if (!m_worker.FramesInFlight().empty()) {
         return Refuse(kConfigure, kWrongState, "requests are still being worked on");
     }
@@ -90,6 +102,7 @@ Result<int32_t> OfflineCameraSession::AssignFrameNumbers(std::vector<Request>* r
         if (next == INT32_MAX) return Failure{"there are no frame numbers left"};
         asking->frameNumber = next++;
     }
+    if (m_faults->Has("same-number") && asking != nullptr) return asking->frameNumber = 1;
     m_nextFrameNumber = next;
     return (asking != nullptr ? *asking : requests->front()).frameNumber;
 }
@@ -98,11 +111,18 @@ ndk::ScopedAStatus OfflineCameraSession::processOfflineRequest(
         const std::vector<OfflineRequestInfo>& requests, int32_t* frameNumber) {
     if (auto status = m_faults->AtCall(kProcess, "die-on-process", "process-error"); !status.isOk())
         return status;
-    if (requests.empty()) return Refuse(kProcess, kIllegalArgument, "no requests");
+    for (const OfflineRequestInfo& info : requests) m_faults->AwaitFences(info);
+    const auto refuse = [&](ServiceError error, const std::string& problem) {
+        m_faults->Leak("leak-refused");
+        *frameNumber = 0;
+        return m_faults->Has("silent-refusal") ? ndk::ScopedAStatus::ok()
+                                               : Refuse(kProcess, error, problem);
+    };
+    if (requests.empty()) return refuse(kIllegalArgument, "no requests");
     {
         std::lock_guard<std::mutex> guard(m_lock);
         if (m_ended) return Refuse(kProcess, kWrongState, kEndedText);
-        if (m_streams == nullptr) return Refuse(kProcess, kWrongState, "no streams are configured");
+        if (m_streams == nullptr) return refuse(kWrongState, "no streams are configured");
         if (m_worker.FramesInFlight().size() + requests.size() > kMaxRequestsInFlight) {
             return Refuse(kProcess, kNoResources,
                           "more than " + std::to_string(kMaxRequestsInFlight) + " requests");
@@ -111,14 +131,17 @@ ndk::ScopedAStatus OfflineCameraSession::processOfflineRequest(
         for (const OfflineRequestInfo& info : requests) {
             Result<Request> request = MakeRequest(info, m_streams, m_client.mapper);
             if (!request.Ok()) {
-                return Refuse(kProcess, kIllegalArgument,
+                return refuse(kIllegalArgument,
                               "request " + std::to_string(checked.size()) + ": " + request.Error());
             }
             checked.push_back(std::move(request).Value());
+            m_faults->SpoilRequest(&checked.back());
         }
         const Result<int32_t> number = AssignFrameNumbers(&checked);
         if (!number.Ok()) return Refuse(kProcess, kIllegalArgument, number.Error());
         *frameNumber = number.Value();
+        if (m_faults->Has("first-request-only")) checked.resize(1);
+        if (m_faults->Has("short-queue") && m_worker.FramesInFlight().size() >= 2) checked.clear();
         m_worker.Enqueue(std::move(checked));
     }
     if (m_faults->Has("early-result")) m_worker.WaitUntilIdle(kEarlyResultWait);
@@ -135,7 +158,14 @@ bool OfflineCameraSession::BeginEnd(const char* reason) {
 }
 
 ndk::ScopedAStatus OfflineCameraSession::closeOfflineSession() {
-    if (!BeginEnd("closed")) return Refuse(kClose, kWrongState, kEndedText);
+    if (auto status = m_faults->AtCall(kClose, "", "close-error"); !status.isOk()) return status;
+    if (m_faults->Has("close-nothing")) return ndk::ScopedAStatus::ok();
+    if (m_faults->Has("close-waits")) m_worker.WaitUntilIdle(kEarlyResultWait);
+    if (!BeginEnd("closed")) {
+        return m_faults->AtCall(kClose, "die-on-second-close", "").isOk()
+                       ? Refuse(kClose, kWrongState, kEndedText)
+                       : ndk::ScopedAStatus::ok();
+    }
     if (!m_worker.Stop(kCloseWait)) {
         LogProblem("session " + m_clientName + ": closed while its client was in a callback");
     }
@@ -143,6 +173,9 @@ ndk::ScopedAStatus OfflineCameraSession::closeOfflineSession() {
 }
 
 void OfflineCameraSession::OnClientDied() {
+    if (!m_faults->AtCall("OnClientDied", "die-with-client", "").isOk()) return;
+    if (m_faults->Has("keep-dead")) new auto(ref<OfflineCameraSession>());
+    if (m_faults->Has("keep-dead")) return;
     if (BeginEnd("client died")) m_worker.Stop(std::chrono::seconds(0));
 }
 

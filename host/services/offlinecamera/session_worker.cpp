@@ -66,6 +66,12 @@ void SessionWorker::Enqueue(std::vector<Request> requests) {
     m_state->changed.notify_all();
 }
 
+void SessionWorker::Drop() {
+    std::deque<Request> dropped;  // released outside the lock
+    std::lock_guard<std::mutex> guard(m_state->lock);
+    dropped.swap(m_state->queue);
+}
+
 std::vector<int32_t> SessionWorker::FramesInFlight() const {
     std::lock_guard<std::mutex> guard(m_state->lock);
     std::vector<int32_t> frames = m_state->running;

@@ -37,6 +37,9 @@ class SessionWorker {
     // Appends requests; after Stop they are dropped.
     void Enqueue(std::vector<Request> requests);
 
+    // Forgets what waits.
+    void Drop();
+
     // Frame numbers of what is waiting or running.
     std::vector<int32_t> FramesInFlight() const;
 

@@ -1,0 +1,106 @@
+// Allocates, imports, locks and describes buffers.
+#include "buffers.h"
+
+#include <aidlcommonsupport/NativeHandle.h>
+#include <android/binder_manager.h>
+#include <gralloctypes/Gralloc4.h>
+
+#include <cstring>
+
+namespace conformance {
+
+namespace {
+
+namespace gralloc4 = ::android::gralloc4;
+using ::aidl::android::hardware::graphics::allocator::AllocationResult;
+using ::aidl::android::hardware::graphics::common::BufferUsage;
+using ::android::hardware::hidl_handle;
+using ::android::hardware::hidl_vec;
+using ::android::hardware::graphics::mapper::V4_0::Error;
+using HidlFormat = ::android::hardware::graphics::common::V1_2::PixelFormat;
+
+constexpr uint64_t kCpuUsage = static_cast<uint64_t>(BufferUsage::CPU_READ_OFTEN) |
+                               static_cast<uint64_t>(BufferUsage::CPU_WRITE_OFTEN);
+
+}  // namespace
+
+Buffer::Buffer(Allocator& allocator, ::android::sp<Mapper> mapper, const Stream& stream)
+    : m_mapper(std::move(mapper)) {
+    const bool blob = stream.format == PixelFormat::BLOB;
+    Mapper::BufferDescriptorInfo info{};
+    info.width = static_cast<uint32_t>(blob ? stream.bufferSize : stream.width);
+    info.height = blob ? 1 : static_cast<uint32_t>(stream.height);
+    info.layerCount = 1;
+    info.format = static_cast<HidlFormat>(stream.format);
+    info.usage = static_cast<uint64_t>(stream.usage) | kCpuUsage;
+    std::vector<uint8_t> descriptor;  // stays empty after an error, which the allocator refuses
+    const auto described = m_mapper->createDescriptor(
+            info, [&](Error, const hidl_vec<uint8_t>& made) { descriptor = made; });
+    AllocationResult made;
+#pragma clang diagnostic push
+#pragma clang diagnostic ignored "-Wdeprecated-declarations"  // the form for mapper 4.0
+    const auto allocated = allocator.allocate(descriptor, 1, &made);
+#pragma clang diagnostic pop
+    if (!described.isOk() || !allocated.isOk() || made.buffers.size() != 1) return;
+    native_handle_t* const raw = ::android::makeFromAidl(made.buffers[0]);
+    const auto imported = m_mapper->importBuffer(hidl_handle(raw), [&](Error, void* buffer) {
+        m_handle = buffer;  // null after an error
+    });
+    native_handle_delete(raw);
+    if (imported.isOk() && m_handle != nullptr) ReadGeometry();
+}
+
+void Buffer::ReadGeometry() {
+    const auto read = [&](const Mapper::MetadataType& type, const auto& decode, auto* out) {
+        const auto called = m_mapper->get(m_handle, type, [&](Error error, const auto& metadata) {
+            if (error == Error::NONE) decode(metadata, out);
+        });
+        (void)called.isOk();
+    };
+    std::vector<::aidl::android::hardware::graphics::common::PlaneLayout> layouts;
+    read(gralloc4::MetadataType_AllocationSize, gralloc4::decodeAllocationSize, &m_size);
+    read(gralloc4::MetadataType_PlaneLayouts, gralloc4::decodePlaneLayouts, &layouts);
+    for (const auto& layout : layouts) {
+        const auto rowBytes = layout.widthInSamples * layout.sampleIncrementInBits / 8;
+        m_planes.push_back({static_cast<uint64_t>(layout.offsetInBytes),
+                            static_cast<uint64_t>(layout.strideInBytes),
+                            static_cast<uint64_t>(rowBytes),
+                            static_cast<uint64_t>(layout.heightInSamples)});
+    }
+}
+
+NativeHandle Buffer::Handle() const {
+    if (m_handle == nullptr) return {};
+    return ::android::dupToAidl(static_cast<const native_handle_t*>(m_handle));
+}
+
+void Buffer::Access(const std::function<void(uint8_t* bytes)>& use) {
+    void* bytes = nullptr;
+    if (m_handle == nullptr) return;
+    const auto locked = m_mapper->lock(m_handle, kCpuUsage, Mapper::Rect{}, hidl_handle(),
+                                       [&](Error, void* data) { bytes = data; });
+    if (!locked.isOk() || bytes == nullptr) return;
+    use(static_cast<uint8_t*>(bytes));
+    (void)m_mapper->unlock(m_handle, [](Error, const hidl_handle&) {}).isOk();
+}
+
+void Buffer::Fill(uint8_t value) {
+    Access([&](uint8_t* bytes) { memset(bytes, value, m_size); });
+}
+
+Pool::Pool() : m_mapper(Buffer::Mapper::getService()) {
+    const std::string name = std::string(Buffer::Allocator::descriptor) + "/default";
+    const ndk::SpAIBinder binder(AServiceManager_checkService(name.c_str()));
+    m_allocator = Buffer::Allocator::fromBinder(binder);
+}
+
+Buffer& Pool::Get(const Stream& stream, size_t number) {
+    const std::lock_guard<std::mutex> guard(m_lock);
+    auto& buffer = m_buffers[{IsInput(stream), stream.width, stream.height,
+                              static_cast<int64_t>(stream.format), stream.bufferSize,
+                              static_cast<int64_t>(number)}];
+    if (buffer == nullptr) buffer = std::make_unique<Buffer>(*m_allocator, m_mapper, stream);
+    return *buffer;
+}
+
+}  // namespace conformance

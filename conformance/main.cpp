@@ -1,0 +1,203 @@
+// offlineservicecheck: says where an offline camera service breaks its contract. See kHelp.
+#include <android/binder_process.h>
+#include <fnmatch.h>
+#include <getopt.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstring>
+#include <fstream>
+
+#include "device.h"
+
+namespace conformance {
+namespace {
+
+constexpr char kHelp[] =
+        R"(usage: offlineservicecheck [OPTIONS]
+Checks the offline camera service that is registered on this device, one line for each check.
+
+  --list             all checks and their rules
+  --only PATTERN     only checks whose name or group matches, such as 'process.*'; may be repeated
+  --json FILE        write the findings to FILE, too
+  --stop-on-failure  end after the first failure
+  --repeat N         all of it N times, 1 to 1000
+  --physics          also the exact pictures of the reference service
+  --help             this text
+
+ok: the rule holds; FAIL: it does not; warn: allowed but unwise; skip: it could not be checked.
+Status 0 without failures, 1 with, 2 for wrong options. No wait is longer than 5 s.
+)";
+
+constexpr int kMisuse = 2;
+constexpr const char* kOutcomes[] = {"ok", "FAIL", "warn", "skip"};
+
+struct Options {
+    std::vector<std::string> only;
+    std::string json;
+    int list = 0, stop = 0, physics = 0, help = 0;
+    long repeat = 1;
+};
+
+struct Finding {
+    const Check& check;
+    Verdict verdict;
+};
+
+// False after a message.
+bool ReadOptions(int argc, char** argv, Options* options) {
+    const option known[] = {{"only", required_argument, nullptr, 'o'},
+                            {"json", required_argument, nullptr, 'j'},
+                            {"repeat", required_argument, nullptr, 'r'},
+                            {"list", no_argument, &options->list, 1},
+                            {"stop-on-failure", no_argument, &options->stop, 1},
+                            {"physics", no_argument, &options->physics, 1},
+                            {"help", no_argument, &options->help, 1},
+                            {}};
+    for (int found; (found = getopt_long(argc, argv, "", known, nullptr)) != -1;) {
+        if (found == '?') return false;
+        if (found == 'o') options->only.push_back(optarg);
+        if (found == 'j') options->json = optarg;
+        if (found == 'r') options->repeat = strtol(optarg, nullptr, 10);
+    }
+    const bool counted = options->repeat >= 1 && options->repeat <= 1000;
+    if (!counted) fputs("offlineservicecheck: --repeat takes a number from 1 to 1000\n", stderr);
+    if (optind < argc) fprintf(stderr, "offlineservicecheck: unknown word %s\n", argv[optind]);
+    return counted && optind == argc;
+}
+
+std::string GroupOf(const Check& check) {
+    return check.name.substr(0, check.name.find('.'));
+}
+
+Checks SelectChecks(const Options& options) {
+    Checks selected;
+    for (const auto& group :
+         {RegistrationChecks, SessionChecks, ConfigurationChecks, ProcessChecks, RequestChecks,
+          ContentChecks, LendingChecks, FenceChecks, EnduranceChecks, PhysicsChecks}) {
+        if (group == PhysicsChecks && !options.physics) continue;
+        for (const Check& check : group()) {
+            const auto matches = [&](const std::string& pattern) {
+                return pattern == GroupOf(check) ||
+                       fnmatch(pattern.c_str(), check.name.c_str(), 0) == 0;
+            };
+            const auto& only = options.only;
+            const bool wanted = only.empty() || std::any_of(only.begin(), only.end(), matches);
+            if (wanted) selected.push_back(check);
+        }
+    }
+    return selected;
+}
+
+void Print(const Finding& finding) {
+    const Verdict& verdict = finding.verdict;
+    std::string text = verdict.expected.empty() ? "" : "expected " + verdict.expected + "; came ";
+    text += verdict.came;
+    std::replace(text.begin(), text.end(), '\n', ' ');
+    printf("  %-6s%s%s%s\n", kOutcomes[int(verdict.outcome)], finding.check.name.c_str(),
+           text.empty() ? "" : ": ", text.c_str());
+    fflush(stdout);
+}
+
+// Runs one check. `gone` becomes the reason to skip the rest.
+Verdict RunOne(Device& device, const Check& check, std::string* gone) {
+    const Verdict verdict = check.run(device);
+    const std::string trouble = device.Trouble();
+    if (trouble.empty()) return verdict;
+    if (device.Hangs() || !device.Connect()) *gone = Say(trouble, ", in ", check.name);
+    return verdict.outcome == Outcome::kFail ? Fail(verdict.expected, verdict.came + "; " + trouble)
+                                             : Fail("a service that goes on", trouble);
+}
+
+std::vector<Finding> RunAll(const Options& options, const Checks& checks) {
+    std::vector<Finding> findings;
+    Device device;
+    for (long round = 0; round < options.repeat; ++round) {
+        std::string group, gone;
+        const bool there = device.Connect();
+        if (!there) gone = std::string(Device::kInstance) + " is not registered within 5 s";
+        for (const Check& check : checks) {
+            if (GroupOf(check) != group) puts((group = GroupOf(check)).c_str());
+            const bool absent = !there && &check == &checks[0];
+            findings.push_back({check, absent         ? Fail("a service", gone)
+                                       : gone.empty() ? RunOne(device, check, &gone)
+                                                      : Skip(gone)});
+            Print(findings.back());
+            if (options.stop && findings.back().verdict.outcome == Outcome::kFail) return findings;
+        }
+    }
+    return findings;
+}
+
+size_t Count(const std::vector<Finding>& findings, Outcome outcome) {
+    const auto has = [&](const Finding& finding) { return finding.verdict.outcome == outcome; };
+    return static_cast<size_t>(std::count_if(findings.begin(), findings.end(), has));
+}
+
+std::string Quoted(const std::string& text) {
+    std::string quoted;
+    for (const char c : text) {
+        if (c == '"' || c == '\\') quoted += '\\';
+        quoted += static_cast<unsigned char>(c) < 0x20 ? ' ' : c;
+    }
+    return '"' + quoted + '"';
+}
+
+// False if the file cannot be written.
+bool WriteJson(const std::string& path, const std::vector<Finding>& findings) {
+    std::ofstream file(path);
+    file << "{\"schema\": 1";
+    for (const Outcome outcome : {Outcome::kOk, Outcome::kFail, Outcome::kWarn, Outcome::kSkip}) {
+        file << ", " << Quoted(kOutcomes[int(outcome)]) << ": " << Count(findings, outcome);
+    }
+    file << ", \"checks\": [";
+    const char* separator = "\n";
+    for (const auto& [check, verdict] : findings) {
+        file << separator << "{\"name\": " << Quoted(check.name)
+             << ", \"rule\": " << Quoted(check.rule)
+             << ", \"outcome\": " << Quoted(kOutcomes[int(verdict.outcome)])
+             << ", \"expected\": " << Quoted(verdict.expected)
+             << ", \"came\": " << Quoted(verdict.came) << "}";
+        separator = ",\n";
+    }
+    file << "\n]}\n";
+    file.close();
+    return !file.fail();
+}
+
+int Main(int argc, char** argv) {
+    Options options;
+    if (!ReadOptions(argc, argv, &options)) return kMisuse;
+    if (options.help) return fputs(kHelp, stdout) < 0;
+    const Checks checks = SelectChecks(options);
+    if (checks.empty()) {
+        fputs("offlineservicecheck: no check matches; --list shows them\n", stderr);
+        return kMisuse;
+    }
+    for (const Check& check : options.list ? checks : Checks()) {
+        printf("%s: %s\n", check.name.c_str(), check.rule.c_str());
+    }
+    if (options.list) return 0;
+    const std::vector<Finding> findings = RunAll(options, checks);
+    const size_t failed = Count(findings, Outcome::kFail);
+    const size_t total = findings.size() - Count(findings, Outcome::kSkip);
+    if (total < findings.size()) printf("Skipped: %zu\n", findings.size() - total);
+    printf("Total: %zu, Succeeded: %zu, Failed: %zu, Warnings: %zu\n", total, total - failed,
+           failed, Count(findings, Outcome::kWarn));
+    if (options.json.empty() || WriteJson(options.json, findings)) return failed > 0;
+    fprintf(stderr, "offlineservicecheck: cannot write %s\n", options.json.c_str());
+    return kMisuse;
+}
+
+}  // namespace
+}  // namespace conformance
+
+int main(int argc, char** argv) {
+    ABinderProcess_setThreadPoolMaxThreadCount(6);
+    ABinderProcess_startThreadPool();
+    if (argc == 3 && strcmp(argv[1], "--victim") == 0) conformance::BeVictim(argv[2]);
+    const int status = conformance::Main(argc, argv);
+    fflush(nullptr);
+    _exit(status);  // calls that were never answered still hold threads
+}
