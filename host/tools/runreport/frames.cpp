@@ -1,8 +1,11 @@
-// Geometry by the readers of frames, several files at a time.
+// Geometry by the readers of frames, several files at a time; and pictures that are reduced by
+// averaging whole blocks of pixels, so that nothing aliases.
 
 #include "frames.h"
 
-#include <imaging/b2y.h>
+#include <glib.h>
+#include <imaging/jpeg.h>
+#include <offlineframes/file_io.h>
 #include <offlineframes/frame_encoder.h>
 #include <offlineframes/frame_view.h>
 #include <offlineframes/picture_file.h>
@@ -14,7 +17,9 @@ namespace runreport {
 
 namespace {
 
+using offlineframes::Bytes;
 using offlineframes::FrameFormat;
+using offlineframes::Picture;
 
 const std::string kDeviceFolder = "/data/vendor/camera/";
 
@@ -26,45 +31,78 @@ std::string HostPath(const std::string& path, const std::string& dataFolder) {
     return dataFolder + "/" + path.substr(kDeviceFolder.size());
 }
 
-void ExamineRaster(FrameFormat format, Frame* frame) {
-    const auto geometry = offlineframes::ResolveGeometry(frame->path, format, {}, frame->bytes);
-    const auto bytes = offlineframes::ReadFile(frame->path);
-    if (!geometry.Ok() || !bytes.Ok()) {
-        frame->note = geometry.Ok() ? bytes.Error() : geometry.Error();
+constexpr uint32_t kThumbnailWidth = 800;  // at most about this; reduced by whole factors
+constexpr int kQuality = 85;
+constexpr size_t kJpegHeadRoom = 64 * 1024;
+
+// To an even size.
+Picture Reduce(offlineframes::PictureSize size, const offlineframes::RowSource& rows) {
+    const uint32_t factor = (size.width + kThumbnailWidth - 1) / kThumbnailWidth;
+    Picture picture(size.width / factor & ~1u, size.height / factor & ~1u);
+    std::vector<uint8_t> row(size_t{size.width} * 3);
+    std::vector<uint16_t> columns(row.size());  // which vector code adds up
+    for (uint32_t y = 0; y < picture.height; ++y) {
+        std::fill(columns.begin(), columns.end(), 0);
+        for (uint32_t i = 0; i < factor; ++i) {
+            rows(y * factor + i, row.data());
+            for (size_t x = 0; x < row.size(); ++x) columns[x] += row[x];
+        }
+        for (uint32_t x = 0; x < picture.width * 3; ++x) {
+            uint32_t sum = factor * factor / 2;
+            for (uint32_t k = 0; k < factor; ++k) sum += columns[(x / 3 * factor + k) * 3 + x % 3];
+            picture.Pixel(0, y)[x] = static_cast<uint8_t>(sum / (factor * factor));
+        }
+    }
+    return picture;
+}
+
+// Sets the frame's reduced picture, or a note that says why it has none.
+void SetPicture(offlineframes::PictureSize size, const offlineframes::RowSource& rows,
+                Frame* frame) {
+    const Picture picture = Reduce(size, rows);
+    const auto [width, height] = std::pair(picture.width, picture.height);
+    const Bytes nv12 = offlineframes::EncodeNv12(
+            picture, {FrameFormat::kNv12, {width, height}, width, height}, {});
+    Bytes jpeg(nv12.size() * 2 + kJpegHeadRoom);
+    size_t bytes = 0;
+    const std::string problem = imaging::EncodeJpeg(
+            {nv12.data(), nv12.data() + size_t{width} * height, width, height, width},
+            {kQuality, 0}, jpeg.data(), jpeg.size(), &bytes);
+    if (!problem.empty()) {
+        frame->note = "no reduced picture: " + problem;
         return;
     }
-    const auto [width, height] = geometry.Value().size;
-    frame->width = width;
-    frame->height = height;
-    const size_t stride = geometry.Value().stride;
+    gchar* const text = g_base64_encode(jpeg.data(), bytes);
+    frame->picture = std::string("data:image/jpeg;base64,") + text;
+    g_free(text);
+}
+
+void ExamineRaster(FrameFormat format, Frame* frame) {
+    const auto geometry = offlineframes::ResolveGeometry(frame->path, format, {}, frame->bytes);
+    const auto view = offlineframes::ViewFile(frame->path, {});
+    if (!geometry.Ok() || !view.Ok()) {
+        frame->note = geometry.Ok() ? view.Error() : geometry.Error();
+        return;
+    }
+    frame->width = geometry.Value().size.width;
+    frame->height = geometry.Value().size.height;
     frame->stride = geometry.Value().stride;
     frame->scanlines = geometry.Value().scanlines;
     const auto dump = offlineframes::ParseDumpName(frame->path);
     if (dump && !dump->scanlines) {
         frame->note = "scan lines as the file's size tells: its name does not";
     }
-    const uint8_t* const plane = bytes.Value().data();
-    if (format == FrameFormat::kNv12) {
-        SetPicture({plane, plane + stride * frame->scanlines, width, height, stride}, frame);
-        return;
-    }
-    offlineframes::Bytes nv12(size_t{width} * height * 3 / 2);
-    const imaging::MutableNv12View developed = {nv12.data(), nv12.data() + size_t{width} * height,
-                                                width, height, width};
-    const std::string problem = imaging::RawToNv12({plane, width, height, stride}, developed);
-    if (problem.empty()) SetPicture(developed, frame);
-    if (!problem.empty()) frame->note = "no reduced picture: " + problem;
+    SetPicture(view.Value().size, view.Value().rows, frame);
 }
 
 // As it is stored: not turned by its orientation.
 void ExamineJpeg(Pictures pictures, Frame* frame) {
-    constexpr uint32_t kLeastWidth = 800;  // of what it is reduced to at once
     const auto bytes = offlineframes::ReadFile(frame->path);
     if (!bytes.Ok()) {
         frame->note = bytes.Error();
         return;
     }
-    auto jpeg = offlineframes::DecodeJpeg(bytes.Value(), frame->path, kLeastWidth);
+    auto jpeg = offlineframes::DecodeJpeg(bytes.Value(), frame->path, kThumbnailWidth);
     if (!jpeg.Ok()) {
         frame->note = jpeg.Error();
         return;
@@ -73,15 +111,10 @@ void ExamineJpeg(Pictures pictures, Frame* frame) {
     frame->height = jpeg.Value().fullSize.height;
     frame->pictureBytes = jpeg.Value().jpegBytes;
     frame->note = "shown as stored: viewers turn the JPEG as its EXIF says";
-    const offlineframes::Picture& picture = jpeg.Value().picture;
-    const offlineframes::PictureSize even = {picture.width & ~1u, picture.height & ~1u};
-    const auto nv12 =
-            offlineframes::EncodeNv12(offlineframes::CentreCrop(picture, even),
-                                      {FrameFormat::kNv12, even, even.width, even.height}, {});
+    Picture picture = std::move(jpeg).Value().picture;
+    const offlineframes::PictureSize size = {picture.width, picture.height};
     if (pictures == Pictures::kReduced) {
-        SetPicture({nv12.data(), nv12.data() + size_t{even.width} * even.height, even.width,
-                    even.height, even.width},
-                   frame);
+        SetPicture(size, offlineframes::RowsOf(std::move(picture)), frame);
     }
 }
 
