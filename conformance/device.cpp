@@ -21,7 +21,7 @@ constexpr int kMostUnanswered = 4;  // calls, before the rest is skipped
 
 // Of this process's main thread, which makes all calls.
 int s_unanswered = 0;
-std::string s_lastCall;
+std::string s_lastAnswered, s_firstDead;  // calls
 
 std::vector<uint8_t> OrientationMetadata() {
     std::vector<uint8_t> blob;
@@ -71,7 +71,8 @@ Answer Bounded(const std::string& name, Call call) {
     const bool came =
             pending->came.wait_for(guard, kWait, [&] { return pending->answer.status != nullptr; });
     if (!came) ++s_unanswered;
-    s_lastCall = name;
+    if (pending->answer.Died() && s_firstDead.empty()) s_firstDead = ", before " + name + " was";
+    if (came && !pending->answer.Died()) s_lastAnswered = name;
     return pending->answer;
 }
 
@@ -93,6 +94,7 @@ bool Device::Connect() {
     service = package::IOfflineCameraService::fromBinder(binder);
     m_canOpen.reset();
     m_plain.clear();
+    s_firstDead.clear();
     return true;
 }
 
@@ -103,7 +105,7 @@ bool Device::Hangs() {
 std::string Device::Trouble() {
     if (Hangs()) return Say(kMostUnanswered, " calls were not answered");
     const bool dead = AIBinder_ping(binder.get()) == STATUS_DEAD_OBJECT;
-    return dead ? "the service died, last call: " + s_lastCall : "";
+    return dead ? "the service died after " + s_lastAnswered + " was answered" + s_firstDead : "";
 }
 
 Callback Device::ForeignCallback() {
