@@ -20,8 +20,9 @@ namespace {
 using imaging::Execution;
 using imaging::InstructionSet;
 
-void RequireDone(const std::string& problem) {
-    Require(problem.empty(), "measure: " + problem);
+template <class T>
+void RequireDone(const base::Result<T>& result) {
+    Require(result.Ok(), "measure: " + (result.Ok() ? "" : result.Error()));
 }
 
 Execution On(uint32_t threads) {
@@ -77,8 +78,7 @@ class JpegEncoder {
           m_blob(BlobBuffer(m_capacity)) {}
 
     void Encode(uint32_t threads) {
-        size_t size = 0;
-        RequireDone(imaging::EncodeJpeg(m_frame->Picture(), {}, m_blob.Data(), m_capacity, &size,
+        RequireDone(imaging::EncodeJpeg(m_frame->Picture(), {}, m_blob.Data(), m_capacity,
                                         On(threads)));
     }
     void EncodePlain(PlanarPicture* planes) {

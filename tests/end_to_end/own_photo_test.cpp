@@ -21,9 +21,7 @@ class OwnPhoto : public RunScript {
     std::string Folder() const { return m_root + "/out/camera-from-photo"; }
 
     std::string Save(const std::string& name, const offlineframes::Bytes& bytes) const {
-        EXPECT_TRUE(offlineframes::WriteFile(m_root + "/" + name, bytes,
-                                             offlineframes::Existing::kReplace)
-                            .Ok());
+        EXPECT_TRUE(offlineframes::WriteFile(m_root + "/" + name, bytes).Ok());
         return m_root + "/" + name;
     }
 
@@ -59,16 +57,14 @@ INSTANTIATE_TEST_SUITE_P(Modes, OwnPhotoInMode, ::testing::Values("B2Y", "Y2J", 
                          [](const auto& info) { return std::string(info.param); });
 
 TEST_F(OwnPhoto, ReplacesOnlyTheFramesOfTheRunBefore) {
-    const auto png =
-            offlineframes::EncodePng({40, 30}, RowsOf(offlineframes::GradientPicture(40, 30)));
+    const auto png = offlineframes::PngBytes(offlineframes::GradientPicture(40, 30));
     const Finished first = Run({"--source=" + Save("one", png), "-t", "B2Y"});
     EXPECT_THAT(first.err, HasSubstr("left empty"));
     const std::string raw = Folder() + "/offlinecameratest/4096_3072_RAW10.raw";
     const std::string before = ReadFile(raw);
     std::ofstream(Folder() + "/offlinecameratest/notes.txt") << "mine";
 
-    const auto grey = offlineframes::EncodePng(
-            {10, 10}, RowsOf(offlineframes::FlatPicture(10, 10, {99, 99, 99})));
+    const auto grey = offlineframes::PngBytes(offlineframes::FlatPicture(10, 10, {99, 99, 99}));
     EXPECT_EQ(Run({"--source", Save("two", grey), "-t", "Y2Y"}).status, 0);
     const std::string after = ReadFile(raw);
     EXPECT_NE(after, before);

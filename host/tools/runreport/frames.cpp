@@ -3,7 +3,7 @@
 #include "frames.h"
 
 #include <offlineframes/file_io.h>
-#include <offlineframes/frame_view.h>
+#include <offlineframes/frame_geometry.h>
 
 #include <filesystem>
 #include <thread>
@@ -26,7 +26,8 @@ std::string HostPath(const std::string& path, const std::string& dataFolder) {
 }
 
 void ExamineRaster(FrameFormat format, Frame* frame, const Bytes& bytes) {
-    const auto geometry = offlineframes::ResolveGeometry(frame->path, format, {}, bytes.size());
+    const auto geometry =
+            offlineframes::ResolveGeometry(frame->path, {format, {}, 0, 0}, bytes.size());
     if (!geometry.Ok()) {
         frame->note = geometry.Error();
         return;

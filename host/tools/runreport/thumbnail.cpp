@@ -42,14 +42,13 @@ std::string Base64(const Bytes& bytes) {
 
 void Encode(const imaging::Nv12View& picture, Frame* frame) {
     Bytes jpeg(size_t{picture.width} * picture.height * 3 + kJpegHeadRoom);
-    size_t size = 0;
-    const std::string problem = imaging::EncodeJpeg(picture, {kQuality, 0}, jpeg.data(),
-                                                    jpeg.size(), &size, kOneThread);
-    if (!problem.empty()) {
-        frame->note = "no reduced picture: " + problem;
+    const auto size =
+            imaging::EncodeJpeg(picture, {kQuality, 0}, jpeg.data(), jpeg.size(), kOneThread);
+    if (!size.Ok()) {
+        frame->note = "no reduced picture: " + size.Error();
         return;
     }
-    jpeg.resize(size);
+    jpeg.resize(size.Value());
     frame->picture = "data:image/jpeg;base64," + Base64(jpeg);
     frame->pictureWidth = picture.width;
     frame->pictureHeight = picture.height;
@@ -111,12 +110,12 @@ void ReduceRaw10(const Bytes& bytes, const FrameGeometry& geometry, uint32_t fac
     Bytes nv12(size_t{width} * height * 3 / 2);
     const imaging::MutableNv12View developed = {nv12.data(), nv12.data() + size_t{width} * height,
                                                 width, height, width};
-    const std::string problem =
+    const auto done =
             imaging::RawToNv12({mosaic.data(), width, height, rowBytes}, developed, kOneThread);
-    if (problem.empty()) {
+    if (done.Ok()) {
         Encode(developed, frame);
     } else {
-        frame->note = "no reduced picture: " + problem;
+        frame->note = "no reduced picture: " + done.Error();
     }
 }
 

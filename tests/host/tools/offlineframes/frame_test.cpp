@@ -37,11 +37,10 @@ int Raw10Pixel(const uint8_t* row, uint32_t x) {
 
 TEST(EncodeRaw10, RampHoldsEveryLevelToTheLowestBit) {
     const FrameGeometry geometry = AllocatorGeometry(FrameFormat::kRaw10, {2048, 1024});
-    const ChartFrame frame = ChartOnSensor(geometry.size);
-    const Bytes bytes = EncodeRaw10(Picture(2048, 1024), geometry, {}, frame);
-    const ChartRamp ramp = RampOf(frame);
-    ASSERT_LT(ramp.firstRow, ramp.endRow);
-    for (uint32_t y = ramp.firstRow; y < ramp.endRow; ++y) {
+    const Bytes bytes = MakeFrame({}, geometry, {});
+    const RampRows ramp = RampOf(geometry.size);
+    ASSERT_LT(ramp.first, ramp.end);
+    for (uint32_t y = ramp.first; y < ramp.end; ++y) {
         for (uint32_t x = (y + 1) % 2; x < 2048; x += 2) {  // green places, 1024 levels
             ASSERT_EQ(Raw10Pixel(&bytes[size_t{y} * geometry.stride], x), static_cast<int>(x / 2));
         }
@@ -51,14 +50,14 @@ TEST(EncodeRaw10, RampHoldsEveryLevelToTheLowestBit) {
 TEST(EncodeFrames, InvertThePhysicsAndPad) {
     // White is 959 after the gains 2.0, 1.0 and 1.5.
     const FrameGeometry raw = {FrameFormat::kRaw10, {8, 4}, 16, 6};
-    const Bytes white = EncodeRaw10(FlatPicture(8, 4, {255, 255, 255}), raw, {}, {});
+    const Bytes white = EncodeRaw10(FlatPicture(8, 4, {255, 255, 255}), raw, {});
     EXPECT_EQ(Raw10Pixel(white.data(), 0), 64 + 480);       // red at 0, 0
     EXPECT_EQ(Raw10Pixel(white.data(), 1), 1023);           // green beside it
     EXPECT_EQ(Raw10Pixel(white.data() + 16, 0), 1023);      // and below
     EXPECT_EQ(Raw10Pixel(white.data() + 16, 1), 64 + 639);  // blue at 1, 1
     EXPECT_EQ(white.size(), 16u * 6);
     EXPECT_EQ(white[10] + white[16 * 4], 0);  // padding
-    EXPECT_EQ(Raw10Pixel(EncodeRaw10(FlatPicture(8, 4, {0, 0, 0}), raw, {}, {}).data(), 5), 64);
+    EXPECT_EQ(Raw10Pixel(EncodeRaw10(FlatPicture(8, 4, {0, 0, 0}), raw, {}).data(), 5), 64);
     // Luma 0.299 * 255, then Cb and Cr.
     const FrameGeometry nv12 = {FrameFormat::kNv12, {2, 2}, 4, 4};
     EXPECT_EQ(EncodeNv12(FlatPicture(2, 2, {255, 0, 0}), nv12, {}),
@@ -85,13 +84,13 @@ const char* const kJpegDump = "OfflineAidl_CameraId_2_Frame_1_Y2J_Width[64]_Heig
 TEST(ResolveGeometry, ComesFromRequestNameAndSizeOrSaysWhatFits) {
     // The last number counts: a camera's id may hold anything.
     const std::string start = "d/OfflineAidl_CameraId_x_Stride[1]_B2Y_Stride";
-    const KnownGeometry size = {{}, PictureSize{100, 50}, {}, {}};
-    const KnownGeometry all = {{}, PictureSize{100, 50}, 256, 52};
+    const FrameGeometry size = {FrameFormat::kNv12, {100, 50}, 0, 0};
+    const FrameGeometry all = {FrameFormat::kNv12, {100, 50}, 256, 52};
     const std::string large = "nv12 4000x3000, stride 4096, 3072 scan lines";
     const std::string fits = "the size fits nv12 4000x3000, stride 4000, 3000 scan lines";
     const struct {
         std::string name;
-        KnownGeometry request;
+        FrameGeometry known;
         uint64_t bytes;
         std::vector<std::string> expected;  // the geometry, or parts of the error
     } cases[] = {
@@ -116,9 +115,9 @@ TEST(ResolveGeometry, ComesFromRequestNameAndSizeOrSaysWhatFits) {
             {"any.yuv", {}, 12345, {"any.yuv", "cannot tell", "give --size"}},
     };
     for (const auto& c : cases) {
-        const bool raw = c.name.find(".raw") != std::string::npos;
-        const auto found = ResolveGeometry(c.name, raw ? FrameFormat::kRaw10 : FrameFormat::kNv12,
-                                           c.request, c.bytes);
+        FrameGeometry known = c.known;
+        known.format = *FormatOfName(c.name);
+        const auto found = ResolveGeometry(c.name, known, c.bytes);
         for (const std::string& part : c.expected) {
             EXPECT_THAT(found.Ok() ? Describe(found.Value()) : found.Error(), HasSubstr(part))
                     << c.name;
@@ -129,10 +128,10 @@ TEST(ResolveGeometry, ComesFromRequestNameAndSizeOrSaysWhatFits) {
 TEST(ViewFile, DevelopsRawOrShowsItsMosaic) {
     const TestFolder folder;
     const FrameGeometry geometry = {FrameFormat::kRaw10, {128, 64}, 192, 64};
-    const std::string path = folder.File(
-            "x.raw", EncodeRaw10(FlatPicture(128, 64, {255, 255, 255}), geometry, {}, {}));
+    const std::string path =
+            folder.File("x.raw", EncodeRaw10(FlatPicture(128, 64, {255, 255, 255}), geometry, {}));
     ViewRequest request;
-    request.size = geometry.size;
+    request.known.size = geometry.size;
     EXPECT_EQ(ValueOf(ViewFile(path, request)).WholePicture().Pixel(64, 32)[0], 255);
     request.mosaic = true;
     EXPECT_EQ(ValueOf(ViewFile(path, request)).WholePicture().Pixel(1, 1)[1],

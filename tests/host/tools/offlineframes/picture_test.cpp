@@ -27,7 +27,7 @@ int LargestDifference(const Picture& a, const Picture& b) {
 TEST(Png, ComesBackAsItWasWrittenAndUpright) {
     const TestFolder folder;
     const Picture picture = GradientPicture(37, 21);
-    Bytes png = EncodePng({37, 21}, RowsOf(picture));
+    Bytes png = PngBytes(picture);
     EXPECT_EQ(ValueOf(ReadPicture(folder.File("a", png))).rgb, picture.rgb);
     // The same with an orientation of 6, in a chunk of its own behind the header.
     std::string chunk(
@@ -54,7 +54,7 @@ TEST(Jpeg, OfInksIsRead) {
     const Picture read = ValueOf(DecodeJpeg(Bytes(file, file + size), "x")).picture;
     tjFree(file);
     tjDestroy(encoder);
-    Picture expected(2, 1);
+    Picture expected({2, 1});
     expected.rgb = {255, 128, 0, 64, 64, 64};
     EXPECT_LE(LargestDifference(read, expected), 3);
 }
@@ -82,7 +82,7 @@ TEST(Jpeg, EndsAtItsEndMarkerWhateverFollows) {
 
 TEST(Pictures, DamagedOrHugeOnesAreErrorsThatNameTheFile) {
     const TestFolder folder;
-    const Bytes png = EncodePng({37, 21}, RowsOf(GradientPicture(37, 21)));
+    const Bytes png = PngBytes(GradientPicture(37, 21));
     const Bytes jpeg = JpegBytes(GradientPicture(64, 48), 0);
     // A PNG's last chunk of 12 bytes may be missing, a JPEG's end marker may not.
     for (const auto& [whole, end, reason] : {std::tuple(&png, png.size() - 12, ": damaged PNG"),
@@ -105,7 +105,7 @@ TEST(Pictures, DamagedOrHugeOnesAreErrorsThatNameTheFile) {
 
 TEST(FitPicture, CutsTheOverhangEvenlyWithoutShiftOrFalseBars) {
     const auto difference = [](const Picture& photo, const Picture& expected) {
-        return LargestDifference(FitPicture(photo, {expected.width, expected.height}), expected);
+        return LargestDifference(FitPicture(photo, expected), expected);
     };
     const Colour colour = {10, 130, 250};
     EXPECT_EQ(difference(FlatPicture(33, 470, colour), FlatPicture(640, 480, colour)), 0);
