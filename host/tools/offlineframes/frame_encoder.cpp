@@ -4,6 +4,7 @@
 
 #include <imaging/camera_physics.h>
 #include <imaging/raw10.h>
+#include <imaging/rgb.h>
 
 #include <algorithm>
 #include <array>
@@ -36,19 +37,26 @@ class NoiseSource {
     std::normal_distribution<double> m_gauss;
 };
 
-uint16_t RawCode(int linear, Channel channel) {
-    return static_cast<uint16_t>(imaging::RawFromLinear(linear, channel));
+// The level between two raw codes that develops to `linear` on average.
+double RawLevel(double linear, Channel channel) {
+    int code = imaging::kBlackLevel;
+    while (imaging::LinearFromRaw(code, channel) < linear) ++code;
+    const int above = imaging::LinearFromRaw(code, channel);
+    const int below = imaging::LinearFromRaw(code - 1, channel);
+    return above == linear ? code : code - (above - linear) / (above - below);
 }
 
-// Raw codes of display values, for each channel.
-using RawTable = std::array<std::array<uint16_t, 256>, 3>;
+// The raw levels of display values, for each channel. Those of the chart are whole codes.
+using RawTable = std::array<std::array<double, 256>, 3>;
 
-RawTable MakeRawTable() {
+RawTable MakeRawTable(bool chart) {
     RawTable table = {};
     for (size_t tone = 0; tone < 256; ++tone) {
-        const int linear = imaging::LinearFromTone(static_cast<uint8_t>(tone));
+        const double linear = imaging::LinearFromTone(static_cast<uint8_t>(tone));
         for (const Channel channel : {Channel::kRed, Channel::kGreen, Channel::kBlue}) {
-            table[static_cast<size_t>(channel)][tone] = RawCode(linear, channel);
+            table[static_cast<size_t>(channel)][tone] =
+                    chart ? imaging::RawFromLinear(static_cast<int>(std::lround(linear)), channel)
+                          : RawLevel(linear, channel);
         }
     }
     return table;
@@ -56,16 +64,21 @@ RawTable MakeRawTable() {
 
 uint16_t RampCode(uint16_t level, Channel channel) {
     if (channel == Channel::kGreen) return level;
-    return RawCode(imaging::LinearFromRaw(level, Channel::kGreen), channel);
+    return static_cast<uint16_t>(
+            imaging::RawFromLinear(imaging::LinearFromRaw(level, Channel::kGreen), channel));
 }
 
 }  // namespace
 
 Bytes EncodeRaw10(const Picture& picture, const FrameGeometry& geometry, const Noise& noise,
                   bool chart) {
-    const RawTable table = MakeRawTable();
+    const RawTable table = MakeRawTable(chart);
     const RampRows ramp = chart ? RampOf(picture) : RampRows{};
     NoiseSource source(noise);
+    // Up to half a code either way before rounding: dark tones are closer together than codes, and
+    // rounding alone tints them.
+    std::mt19937 dither(static_cast<uint32_t>(noise.seed));
+    constexpr double kCode = 1.0 / (1ull << 32);
     Bytes bytes(size_t{geometry.stride} * geometry.scanlines);
     std::vector<uint16_t> row(picture.width);
     for (uint32_t y = 0; y < picture.height; ++y) {
@@ -74,7 +87,8 @@ Bytes EncodeRaw10(const Picture& picture, const FrameGeometry& geometry, const N
             const Channel channel = imaging::MosaicChannel(x, y);
             const auto index = static_cast<size_t>(channel);
             row[x] = inRamp ? RampCode(RampLevel(x, picture.width), channel)
-                            : table[index][picture.Pixel(x, y)[index]];
+                            : static_cast<uint16_t>(table[index][picture.Pixel(x, y)[index]] +
+                                                    dither() * kCode);
         }
         source.Add(row.data(), row.size(), imaging::kWhiteLevel);
         imaging::PackRaw10Row(row.data(), picture.width, &bytes[size_t{y} * geometry.stride]);
@@ -83,28 +97,18 @@ Bytes EncodeRaw10(const Picture& picture, const FrameGeometry& geometry, const N
 }
 
 Bytes EncodeNv12(const Picture& picture, const FrameGeometry& geometry, const Noise& noise) {
-    const size_t lumaBytes = size_t{geometry.stride} * geometry.scanlines;
-    NoiseSource source(noise);
+    const size_t stride = geometry.stride;
+    const size_t lumaBytes = stride * geometry.scanlines;
     Bytes bytes(lumaBytes);
     bytes.resize(lumaBytes + lumaBytes / 2, 128);
-    for (uint32_t y = 0; y < picture.height; ++y) {
-        uint8_t* const luma = &bytes[size_t{y} * geometry.stride];
-        for (uint32_t x = 0; x < picture.width; ++x) {
-            const uint8_t* const rgb = picture.Pixel(x, y);
-            luma[x] = imaging::Luma(rgb[0], rgb[1], rgb[2]);
-        }
-        source.Add(luma, picture.width, 255);
-    }
-    for (uint32_t y = 0; y < picture.height; y += 2) {
-        uint8_t* const chroma = &bytes[lumaBytes + size_t{y / 2} * geometry.stride];
-        for (uint32_t x = 0; x < picture.width; x += 2) {
-            const uint8_t* const top = picture.Pixel(x, y);
-            const uint8_t* const low = picture.Pixel(x, y + 1);
-            const auto sum = [&](int c) { return top[c] + top[c + 3] + low[c] + low[c + 3]; };
-            chroma[x] = imaging::ChromaBlue(sum(0), sum(1), sum(2));
-            chroma[x + 1] = imaging::ChromaRed(sum(0), sum(1), sum(2));
-        }
-        source.Add(chroma, picture.width, 255);
+    uint8_t* const chroma = &bytes[lumaBytes];
+    imaging::Nv12FromRgb(picture.rgb.data(),
+                         {bytes.data(), chroma, picture.width, picture.height, stride});
+    NoiseSource source(noise);
+    for (uint32_t y = 0; y < picture.height; ++y)
+        source.Add(&bytes[y * stride], picture.width, 255);
+    for (uint32_t y = 0; y < picture.height / 2; ++y) {
+        source.Add(&chroma[y * stride], picture.width, 255);
     }
     return bytes;
 }

@@ -16,8 +16,9 @@ struct Noise {
 };
 
 // RGGB mosaic of `picture` in packed RAW10: inverse tone curve, white-balance gains divided out,
-// black level added. Of the chart, the ramp's green pixels get their raw level exactly. `geometry`
-// has passed FrameBytes() and has the picture's size; padding bytes are 0.
+// black level added, dithered to whole codes (by the noise's seed). Of the chart, the ramp's green
+// pixels get their raw level exactly. `geometry` has passed FrameBytes() and has the picture's
+// size; padding bytes are 0.
 Bytes EncodeRaw10(const Picture& picture, const FrameGeometry& geometry, const Noise& noise,
                   bool chart = false);
 

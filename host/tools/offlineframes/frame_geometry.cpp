@@ -14,15 +14,22 @@ uint64_t RowBytes(FrameFormat format, uint32_t width) {
     return format == FrameFormat::kRaw10 ? (uint64_t{width} * 10 + 7) / 8 : width;
 }
 
-// A known geometry of `format` whose frame has exactly `bytes` bytes.
-std::optional<FrameGeometry> GeometryOfFileSize(FrameFormat format, uint64_t bytes) {
-    for (const SourceFile& known : kSourceFiles) {
-        const auto row = static_cast<uint32_t>(RowBytes(format, known.size.width));
-        const FrameGeometry unpadded = {format, known.size, row, known.size.height};
-        for (const FrameGeometry& geometry : {AllocatorGeometry(format, known.size), unpadded}) {
-            const Result<size_t> expected = FrameBytes(geometry);
-            if (known.format == format && expected.Value() == bytes) return geometry;
+// The geometry of `format` whose frame has exactly `bytes` bytes: with the allocator's padding or
+// without any, of that size or else of a source file's.
+std::optional<FrameGeometry> GeometryOfFileSize(FrameFormat format, PictureSize size,
+                                                uint64_t bytes) {
+    if (size.width == 0) {
+        for (const SourceFile& known : kSourceFiles) {
+            const auto found = GeometryOfFileSize(format, known.size, bytes);
+            if (known.format == format && found) return found;
         }
+        return std::nullopt;
+    }
+    const auto row = static_cast<uint32_t>(RowBytes(format, size.width));
+    for (const FrameGeometry& geometry :
+         {AllocatorGeometry(format, size), FrameGeometry{format, size, row, size.height}}) {
+        const Result<size_t> expected = FrameBytes(geometry);
+        if (expected.Ok() && expected.Value() == bytes) return geometry;
     }
     return std::nullopt;
 }
@@ -55,7 +62,7 @@ std::string Likely(const FrameGeometry& known, uint64_t bytes) {
     const bool raw = known.format == FrameFormat::kRaw10;
     for (const FrameFormat format :
          {known.format, raw ? FrameFormat::kNv12 : FrameFormat::kRaw10}) {
-        const auto fits = GeometryOfFileSize(format, bytes);
+        const auto fits = GeometryOfFileSize(format, {}, bytes);
         if (fits) return "; the size fits " + Describe(*fits);
     }
     const uint32_t rows = known.stride == 0 ? 0 : FromFileSize(known.format, known.stride, bytes);
@@ -166,14 +173,14 @@ Result<FrameGeometry> ResolveGeometry(const std::string& path, const FrameGeomet
     const FrameGeometry known = KnownPadding(path, told);
     FrameGeometry geometry = known;
     const FrameGeometry allocated = AllocatorGeometry(format, told.size);  // zeros without a size
-    if (geometry.stride == 0) geometry.stride = allocated.stride;
-    if (geometry.stride != 0 && geometry.scanlines == 0) {
-        geometry.scanlines = FromFileSize(format, geometry.stride, bytes);
+    if (known.stride == 0 && known.scanlines == 0) {
+        geometry = GeometryOfFileSize(format, told.size, bytes).value_or(allocated);
+    } else if (known.stride == 0) {
+        geometry.stride = allocated.stride != 0 ? allocated.stride
+                                                : FromFileSize(format, known.scanlines, bytes);
+    } else if (known.scanlines == 0) {
+        geometry.scanlines = FromFileSize(format, known.stride, bytes);
         if (geometry.scanlines == 0) geometry.scanlines = allocated.scanlines;
-    } else if (geometry.stride == 0 && geometry.scanlines != 0) {
-        geometry.stride = FromFileSize(format, geometry.scanlines, bytes);
-    } else if (geometry.stride == 0) {
-        geometry = GeometryOfFileSize(format, bytes).value_or(geometry);
     }
     if (geometry.stride == 0 || geometry.scanlines == 0) {
         return Failure{path + ": cannot tell the geometry of " + std::to_string(bytes) +

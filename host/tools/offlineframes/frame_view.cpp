@@ -4,6 +4,7 @@
 
 #include <imaging/b2y.h>
 #include <imaging/raw10.h>
+#include <imaging/rgb.h>
 
 #include <algorithm>
 #include <cstring>
@@ -12,25 +13,11 @@
 namespace offlineframes {
 namespace {
 
-// BT.601 full-range NV12 as RGB; each chroma pair serves its 2 x 2 pixels.
 RowSource RowsOfNv12(Bytes&& frame, const FrameGeometry& geometry) {
     return [bytes = std::move(frame), geometry](uint32_t y, uint8_t* rgb) {
-        const uint8_t* const luma = &bytes[size_t{y} * geometry.stride];
-        const uint8_t* const chroma =
-                &bytes[(size_t{geometry.scanlines} + y / 2) * geometry.stride];
-        for (uint32_t x = 0; x < geometry.size.width; x += 2) {
-            const int cb = chroma[x] - 128;
-            const int cr = chroma[x + 1] - 128;
-            // In 1/65536, and a half to round: 1.402; 0.344136, 0.714136; 1.772.
-            const int add[3] = {91881 * cr + 32768, -22553 * cb - 46802 * cr + 32768,
-                                116130 * cb + 32768};
-            for (uint32_t i = 0; i < 2; ++i) {
-                for (const int share : add) {
-                    const int value = (luma[x + i] * 65536 + share) >> 16;
-                    *rgb++ = static_cast<uint8_t>(std::clamp(value, 0, 255));
-                }
-            }
-        }
+        const uint8_t* const chroma = &bytes[size_t{geometry.stride} * geometry.scanlines];
+        const auto [width, height] = geometry.size;
+        imaging::RgbFromNv12({bytes.data(), chroma, width, height, geometry.stride}, y, rgb);
     };
 }
 

@@ -31,14 +31,15 @@ Pixbuf PixbufOn(const Picture& picture) {
             g_object_unref};
 }
 
-// A copy, over black where it is transparent.
+// A copy, over white where it is transparent.
 Picture PictureOf(const Pixbuf& pixbuf) {
     const int width = gdk_pixbuf_get_width(pixbuf.get());
     const int height = gdk_pixbuf_get_height(pixbuf.get());
     Picture picture({static_cast<uint32_t>(width), static_cast<uint32_t>(height)});
+    constexpr uint32_t kWhite = 0xffffff;
     const int size = std::max(width, height);  // of the fields of a chessboard: one
     gdk_pixbuf_composite_color(pixbuf.get(), PixbufOn(picture).get(), 0, 0, width, height, 0, 0, 1,
-                               1, GDK_INTERP_NEAREST, 255, 0, 0, size, 0, 0);
+                               1, GDK_INTERP_NEAREST, 255, 0, 0, size, kWhite, kWhite);
     return picture;
 }
 
@@ -47,7 +48,9 @@ const std::string kPngMagic = "\x89PNG\r\n\x1a\n";
 Result<Done> CheckSize(const std::string& name, const std::string& type, int width, int height) {
     if (IsUsableSize(static_cast<uint64_t>(width), static_cast<uint64_t>(height))) return Done{};
     return Failure{name + ": a " + type + " of " + std::to_string(width) + "x" +
-                   std::to_string(height) + " is too large"};
+                   std::to_string(height) + " is too large: scale it down to at most " +
+                   std::to_string(kMaxPixels) + " pixels and " + std::to_string(kMaxSide) +
+                   " a side"};
 }
 
 // The orientation in EXIF data or in a JPEG file that has some; 1 where it is missing or damaged.
@@ -200,9 +203,11 @@ Result<JpegPicture> DecodeJpeg(const Bytes& bytes, const std::string& name, uint
 
 Picture MakeUpright(Picture picture, int orientation) {
     if (orientation == 1) return picture;
-    const Pixbuf stored = PixbufOn(picture);
-    gdk_pixbuf_set_option(stored.get(), "orientation", std::to_string(orientation).c_str());
-    return PictureOf({gdk_pixbuf_apply_embedded_orientation(stored.get()), g_object_unref});
+    Pixbuf pixbuf = PixbufOn(picture);
+    gdk_pixbuf_set_option(pixbuf.get(), "orientation", std::to_string(orientation).c_str());
+    pixbuf.reset(gdk_pixbuf_apply_embedded_orientation(pixbuf.get()));
+    picture = Picture();  // pictures are large
+    return PictureOf(pixbuf);
 }
 
 double CoveringScale(PictureSize photo, PictureSize size) {

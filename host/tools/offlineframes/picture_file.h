@@ -24,8 +24,9 @@ std::string Describe(PictureSize size);  // "4096x3072"
 
 // Largest side of a picture or frame that is read or made, in pixels: cairo draws no larger one.
 inline constexpr uint32_t kMaxSide = 32767;
-// Largest picture, in pixels: 200 million, more than any camera has.
-inline constexpr uint64_t kMaxPixels = 200'000'000;
+// Largest picture, in pixels: reading one takes six bytes a pixel. Cameras of 100 megapixels have
+// 102 million.
+inline constexpr uint64_t kMaxPixels = 105'000'000;
 
 inline bool IsUsableSize(uint64_t width, uint64_t height) {
     return width >= 1 && height >= 1 && width <= kMaxSide && height <= kMaxSide &&
@@ -46,8 +47,9 @@ struct Picture : PictureSize {
 // What the first bytes of a file tell: "PNG", "JPEG", "PPM", or "" for anything else.
 std::string PictureType(const Bytes& bytes);
 
-// Reads a picture, turned upright by its EXIF orientation, as 8-bit RGB over black. A damaged or
-// too large one is an error.
+// Reads a picture, turned upright by its EXIF orientation, as 8-bit RGB; what is transparent
+// becomes white, as on paper. A damaged one is an error; so is a too large one, before it is
+// decoded.
 Result<Picture> ReadPicture(const std::string& path);
 // The same for the bytes of the file `path`, already read.
 Result<Picture> DecodePicture(const Bytes& bytes, const std::string& path);

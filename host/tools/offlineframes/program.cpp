@@ -5,10 +5,13 @@
 #include <stdio.h>
 #include <stdlib.h>
 #include <terminal/terminal.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <filesystem>
+#include <new>
 
 #include "frame_encoder.h"
 #include "frame_view.h"
@@ -92,6 +95,21 @@ Result<View> ViewGiven(const std::string& path, const Given& given) {
     return ViewFile(path, request);
 }
 
+std::string EndingOf(const std::string& path) {
+    std::string ending = std::filesystem::path(path).extension();
+    for (char& letter : ending) letter = static_cast<char>(tolower(letter));
+    return ending;
+}
+
+// Fails when the command could not write its output, before it is made.
+Result<Done> CheckOutput(const Words& words, const Given& given) {
+    std::error_code unknown;
+    if (std::filesystem::equivalent(words[0], words[1], unknown)) {
+        return Failure{words[1] + ": is the input; choose another name for the output"};
+    }
+    return CheckWritable(words[1], given.force);
+}
+
 // Writes what a command has made and returns what it says then.
 Result<std::string> Save(const std::string& path, const Bytes& bytes, const std::string& said) {
     const Result<Done> written = WriteFile(path, bytes);
@@ -107,7 +125,11 @@ Result<std::string> Pack(const Words& words, const Given& given) {
     const FrameGeometry geometry = WithPadding(AllocatorGeometry(format, size), given);
     const Result<size_t> bytes = FrameBytes(geometry);
     if (!bytes.Ok()) return Failure{bytes.Error(), true};
-    const Result<Done> writable = CheckWritable(words[1], given.force);
+    const std::string ending = EndingOf(words[1]);
+    if (ending == ".png" || ending == ".jpg" || ending == ".jpeg" || ending == ".ppm") {
+        return Failure{words[1] + ": is a picture's name; a frame's ends in .raw or .yuv"};
+    }
+    const Result<Done> writable = CheckOutput(words, given);
     if (!writable.Ok()) return writable.GetFailure();
     std::optional<Picture> photo;
     if (words[0] != "chart") {
@@ -128,16 +150,25 @@ Result<std::string> Sources(const Words& words, const Given& given) {
     const Result<std::string> made = MakeSources(words[0], photo);
     if (!made.Ok()) return made;
     const PictureSize sensor = DefaultSize(FrameFormat::kRaw10);
+    const double scale = CoveringScale(photo, sensor);
     char fit[160];
     snprintf(
             fit, sizeof(fit),
-            ": %u x %u as seen upright, scaled by %.3g to cover %u x %u, the overhang cut evenly\n",
-            photo.width, photo.height, CoveringScale(photo, sensor), sensor.width, sensor.height);
+            ": %u x %u as seen upright, scaled by %.*f to cover %u x %u, the overhang cut evenly\n",
+            photo.width, photo.height,
+            scale < 1     ? 3
+            : scale < 10  ? 2
+            : scale < 100 ? 1
+                          : 0,
+            scale, sensor.width, sensor.height);
     return given.from + fit + made.Value();
 }
 
 Result<std::string> ViewInput(const Words& words, const Given& given) {
-    const Result<Done> writable = CheckWritable(words[1], given.force);
+    if (EndingOf(words[1]) != ".png") {
+        return Failure{words[1] + ": views are PNG files; choose a name that ends in .png"};
+    }
+    const Result<Done> writable = CheckOutput(words, given);
     if (!writable.Ok()) return writable.GetFailure();
     const Result<View> view = ViewGiven(words[0], given);
     if (!view.Ok()) return view.GetFailure();
@@ -184,7 +215,7 @@ std::vector<Command> Commands(Given* given) {
              "a photo or the test chart becomes a RAW10 or NV12 frame",
              "Makes a frame from INPUT, a PNG, JPEG or PPM photo or the word \"chart\" for the "
              "built-in\ntest chart. A photo is turned upright, scaled to cover the frame and cut "
-             "evenly.",
+             "evenly;\nwhat is transparent becomes white.",
              {"INPUT", "OUTPUT"},
              {FormatOption("packed RAW10 mosaic (default) or NV12", given),
               SizeOption("picture size (default: raw10 4096x3072, nv12 4000x3000)", given),
@@ -290,6 +321,10 @@ Result<std::string> Answer(const Words& words, FILE** output) {
 }  // namespace offlineframes
 
 int main(int argc, char** argv) {
+    std::set_new_handler([] {
+        fputs("offlineframes: not enough memory for a picture of this size\n", stderr);
+        _exit(1);
+    });
     FILE* output = stdout;
     base::Result<std::string> answer = offlineframes::Answer(base::WordsOf(argc, argv), &output);
     // Standard output may be a full disk: what could not be printed is a failure.

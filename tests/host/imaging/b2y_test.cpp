@@ -176,7 +176,7 @@ TEST(AverageToNv12, FramesOfDifferentSizesAreRefused) {
 TEST(CameraPhysics, InversesReturnToneAndValue) {
     for (int v = 0; v <= kLinearMax; ++v) {
         const uint8_t tone = ToneFromLinear(v);
-        EXPECT_EQ(ToneFromLinear(LinearFromTone(tone)), tone) << v;
+        EXPECT_EQ(ToneFromLinear(static_cast<int>(std::lround(LinearFromTone(tone)))), tone) << v;
     }
     for (Channel channel : {Channel::kRed, Channel::kGreen, Channel::kBlue}) {
         const int slack = channel == Channel::kGreen ? 0 : 1;

@@ -133,9 +133,9 @@ inline uint8_t ToneFromLinear(int linear) {
     return ToneCurve()[static_cast<size_t>(linear * kFinePerLinear)];
 }
 
-// The linear value 0..959 nearest to a tone-mapped one: the inverse of the curve. Dark tones are
-// closer together than whole linear codes, so several of them share one.
-int LinearFromTone(uint8_t tone);
+// The linear value 0..959 of a tone-mapped one: the inverse of the curve. Dark tones are closer
+// together than whole linear codes.
+double LinearFromTone(uint8_t tone);
 
 // Step 5 for one pixel. T is int, or a vector of int32_t for many pixels.
 template <class T>

@@ -2,6 +2,7 @@
 // numbers.
 
 #include <gmock/gmock.h>
+#include <imaging/camera_physics.h>
 
 #include "host/tools/offlineframes/frame_encoder.h"
 #include "host/tools/offlineframes/frame_view.h"
@@ -65,6 +66,24 @@ TEST(EncodeFrames, InvertThePhysicsAndPad) {
                      0,  0,  0, 0, 85, 255, 128, 128, 128, 128, 128, 128}));
 }
 
+TEST(EncodeRaw10, DithersSoThatShadowsKeepTheirColour) {
+    // Rounding alone makes 2, 1 and 2 of all of them.
+    const FrameGeometry geometry = {FrameFormat::kRaw10, {128, 128}, 160, 128};
+    const Bytes bytes = EncodeRaw10(FlatPicture(128, 128, {5, 5, 5}), geometry, {});
+    double sums[3] = {};
+    for (uint32_t y = 0; y < 128; ++y) {
+        for (uint32_t x = 0; x < 128; ++x) {
+            const imaging::Channel channel = imaging::MosaicChannel(x, y);
+            const int level = Raw10Pixel(&bytes[y * 160], x);
+            sums[static_cast<int>(channel)] += imaging::LinearFromRaw(level, channel);
+        }
+    }
+    const double linear = 959 * 5 / 255.0 / 12.92;
+    EXPECT_THAT(sums, testing::ElementsAre(testing::DoubleNear(linear * 4096, 250),
+                                           testing::DoubleNear(linear * 8192, 250),
+                                           testing::DoubleNear(linear * 4096, 250)));
+}
+
 TEST(Noise, HasItsSigma) {
     double sum = 0;
     double squares = 0;
@@ -112,6 +131,12 @@ TEST(ResolveGeometry, ComesFromRequestNameAndSizeOrSaysWhatFits) {
              18000000,
              {"expected 18874368 bytes", "found 18000000; " + fits}},
             {"4096_3072_RAW10.raw", {}, 15728639, {"is the file cut short?"}},
+            // A size alone must be the whole file's: with the allocator's padding or without any.
+            {"any.raw", {FrameFormat::kRaw10, {128, 64}, 0, 0}, 160 * 64, {"stride 160, 64 "}},
+            {"any.raw",
+             {FrameFormat::kRaw10, {100, 50}, 0, 0},
+             10240,
+             {"expected 6400 bytes for raw10 100x50, stride 128, 50 ", "found 10240"}},
             {"any.yuv", {}, 12345, {"any.yuv", "cannot tell", "give --size"}},
     };
     for (const auto& c : cases) {

@@ -43,6 +43,17 @@ TEST(Png, ComesBackAsItWasWrittenAndUpright) {
     EXPECT_EQ(turned.width, 21u);
 }
 
+TEST(Png, OfSixteenBitsIsSrgbAndTransparencyWhite) {
+    const Bytes png = {137, 80,  78,  71, 13, 10,  26,  10, 0,  0,  0,   13,  73,  72,  68,
+                       82,  0,   0,   0,  2,  0,   0,   0,  1,  16, 6,   0,   0,   0,   164,
+                       178, 163, 201, 0,  0,  0,   17,  73, 68, 65, 84,  120, 218, 99,  112,
+                       96,  128, 128, 6,  48, 248, 255, 31, 0,  23, 142, 5,   63,  177, 157,
+                       25,  188, 0,   0,  0,  0,   73,  69, 78, 68, 174, 66,  96,  130};
+    const TestFolder folder;
+    EXPECT_THAT(ValueOf(ReadPicture(folder.File("a", png))).rgb,
+                ElementsAre(255, 255, 255, 128, 128, 128));
+}
+
 TEST(Jpeg, OfInksIsRead) {
     const Bytes inks = {255, 128, 0, 255, 255, 255, 255, 64};  // 255: no ink
     unsigned char* file = nullptr;
@@ -97,7 +108,8 @@ TEST(Pictures, DamagedOrHugeOnesAreErrorsThatNameTheFile) {
     wrong[jpeg.size() - 40] = 0xFF;  // an end marker inside the coded data
     wrong[jpeg.size() - 39] = 0xD9;
     EXPECT_THAT(ErrorOf(ReadPicture(folder.File("x", wrong))), HasSubstr("damaged JPEG"));
-    for (const char* text : {"P6", "P6\n2 2\n255\nxxxxxxxxxxx", "P6\n40000 40000\n255\nx", "x"}) {
+    for (const char* text : {"P6", "P6\n2 2\n255\nxxxxxxxxxxx", "P6\n40000 4\n255\nx",
+                             "P6\n11000 11000\n255\nx", "x"}) {
         const std::string path = folder.File("x.ppm", BytesOf(text));
         EXPECT_THAT(ErrorOf(ReadPicture(path)), HasSubstr(path)) << text;
     }

@@ -46,17 +46,24 @@ TEST(Program, EndsWith1WhenTheWorkFailsAndLeavesNothing) {
     const TestFolder folder;
     const std::string garbage = folder.File("garbage", Bytes(100, 7));
     const std::string kept = folder.File("kept", {1, 2, 3});
-    using Words = std::vector<std::string>;
-    for (const Words& words : {Words{"pack", folder.Path("absent.png"), folder.Path("out")},
-                               {"pack", "--size", "64x48", "chart", kept},
-                               {"view", garbage, folder.Path("out")},
-                               {"compare", garbage, kept},
-                               {"sources", "--from", garbage, folder.Path("out")}}) {
+    const std::string out = folder.Path("out.png");
+    std::filesystem::create_hard_link(garbage, folder.Path("same"));
+    const std::pair<std::vector<std::string>, const char*> cases[] = {
+            {{"pack", folder.Path("absent.png"), folder.Path("out")}, "No such file"},
+            {{"pack", "--size", "64x48", "chart", kept}, "exists already"},
+            {{"pack", "--force", garbage, folder.Path("same")}, "is the input"},
+            {{"pack", "chart", out}, "is a picture's name"},
+            {{"view", "--force", kept, kept + ".jpg"}, "ends in .png"},
+            {{"view", garbage, out}, "is not a PNG"},
+            {{"compare", garbage, kept}, "is not a PNG"},
+            {{"sources", "--from", garbage, folder.Path("out")}, "is not a PNG"},
+    };
+    for (const auto& [words, reason] : cases) {
         const auto result = Execute(words);
         EXPECT_EQ(result.status, 1) << words[0] << " " << words[1];
-        EXPECT_THAT(result.err, HasSubstr(folder.Path("")));
+        EXPECT_THAT(result.err, AllOf(HasSubstr(folder.Path("")), HasSubstr(reason)));
     }
-    EXPECT_THAT(folder.Names(), ElementsAre("garbage", "kept"));
+    EXPECT_THAT(folder.Names(), ElementsAre("garbage", "kept", "same"));
     EXPECT_THAT(ReadFile(kept).Value(), ElementsAre(1, 2, 3));
 }
 
@@ -88,10 +95,11 @@ TEST(Program, OptionsChangeWhatIsMade) {
     const TestFolder folder;
     const std::string jpeg = folder.File("photo.jpg", JpegBytes(GradientPicture(64, 48), 90));
     const auto make = [&](std::vector<std::string> words) {
-        words.insert(words.end(), {"--force", jpeg, folder.Path("made")});
+        const std::string made = folder.Path(words[0] == "view" ? "made.png" : "made");
+        words.insert(words.end(), {"--force", jpeg, made});
         const auto result = Execute(words);
         EXPECT_EQ(result.status, 0) << result.err;
-        return ReadFile(folder.Path("made")).Value();
+        return ReadFile(made).Value();
     };
     const Bytes raw = make({"pack", "--size", "64x48"});
     EXPECT_EQ(raw, make({"pack", "--size", "64x48", "--format", "raw10"}));
