@@ -1,7 +1,8 @@
 // The physics of the reference camera: how a raw code becomes a picture. Everything after the tone
 // table is exact integer arithmetic, so any output pixel can be predicted by hand.
 //
-//  1. Mosaic RGGB: red at (even x, even y), blue at (odd x, odd y), green elsewhere.
+//  1. Codes are packed as raw10.h states. Mosaic RGGB: red at (even x, even y), blue at (odd x,
+//     odd y), green elsewhere.
 //  2. Linear value  v = min(959, (max(raw - 64, 0) * g + 1) >> 1),  g the white-balance gain in
 //     halves: red 4 (2.0), green 2 (1.0), blue 3 (1.5). Range 0..959, 959 = white. Whole codes,
 //     so that every sum of the next step, at most 28 x 959 = 26852, fits a signed 16-bit number.
