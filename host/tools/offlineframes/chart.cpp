@@ -1,4 +1,4 @@
-// The test chart: where it is on a sensor, and its drawing, panel by panel.
+// The test chart: where it is on a sensor, its panels, its shapes and its texts.
 
 #include "chart.h"
 
@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <functional>
 #include <string>
 
 namespace offlineframes {
@@ -14,7 +15,8 @@ namespace {
 
 constexpr double kWidth = 4000;  // chart units
 constexpr double kHeight = 3000;
-constexpr Box kRampBox = {-kWidth, 2330, 2 * kWidth, 2530};
+constexpr double kRampTop = 2330;
+constexpr double kRampBottom = 2530;
 constexpr double kPi = 3.14159265358979323846;
 constexpr Colour kInk = {236, 239, 243};
 constexpr Colour kQuiet = {150, 158, 168};
@@ -43,54 +45,178 @@ Place OnSensor(PictureSize sensor) {
              std::max(2u, Even(sensor.height * 250.0 / 256))}};
 }
 
+// Where a raw level is on the ramp, in chart units.
+double RampPlace(const Place& place, int level) {
+    const double x = double(level) * place.sensor.width / 1024 - place.Left();
+    return x * kWidth / place.visible.width;
+}
+
+// A pixel of a panel.
+struct Spot {
+    double u, v;   // its middle, in chart units
+    int x, y;      // counted from the corner of the visible chart
+    double scale;  // pixels per chart unit, the smaller of the two directions
+};
+
+// Every pixel whose middle is in the box has this colour, not blended with what is around it.
+struct Panel {
+    Box box;
+    std::function<Colour(const Spot&)> colourAt;
+};
+
+uint8_t ToByte(double value) {
+    return static_cast<uint8_t>(std::clamp(value + 0.5, 0.0, 255.0));
+}
+
+Colour Grey(double value) {
+    const uint8_t byte = ToByte(value);
+    return {byte, byte, byte};
+}
+
+Colour Background(const Spot& at) {
+    if (at.u < 0 || at.v < 0 || at.u >= kWidth || at.v >= kHeight) {
+        // Outside: seen after a crop only if the crop is wrong.
+        const bool stripe = std::fmod(at.u + at.v + 8 * kWidth, 48) < 24;
+        return stripe ? Colour{235, 120, 30} : Colour{60, 30, 20};
+    }
+    const double light = 0.6 * at.u / kWidth + 0.4 * at.v / kHeight;
+    return {ToByte(34 + 40 * light), ToByte(42 + 46 * light), ToByte(56 + 52 * light)};
+}
+
+// A sine pattern around mid grey, fading out where a period has fewer pixels than a frame can hold.
+Colour SinePattern(double phase, double periodPixels) {
+    const double contrast = std::clamp((periodPixels - kFinestPeriod) / 2, 0.0, 1.0);
+    return Grey(128 + 118 * contrast * std::sin(phase));
+}
+
+Colour Star(const Spot& at) {
+    const double r = std::hypot(at.u - 2000, at.v - 1232);
+    const double angle = std::atan2(at.v - 1232, at.u - 2000);
+    return r > 600 ? kDark : SinePattern(48 * angle, 2 * kPi * r * at.scale / 48);
+}
+
+Colour ZonePlate(const Spot& at) {
+    // Phase pi r^2 / a: the period at radius r is a / r; it is finest at the middle of a side.
+    const double a = 525.0 / 2 * kFinestPeriod / at.scale;
+    const double r = std::hypot(at.u - 3057.5, at.v - 682.5);
+    return SinePattern(kPi * r * r / a + kPi / 2, r > 0 ? a / r * at.scale : 1000);
+}
+
+// A fixed pattern of 0..1 noise (an integer hash, so the chart is the same everywhere).
+double NoiseAt(int x, int y, uint32_t seed) {
+    uint32_t h = static_cast<uint32_t>(x) * 0x9E3779B1u ^ static_cast<uint32_t>(y) * 0x85EBCA77u ^
+                 seed * 0xC2B2AE3Du;
+    h = (h ^ (h >> 15)) * 0x2C1B3C6Du;
+    h = (h ^ (h >> 12)) * 0x297A2D39u;
+    return (h ^ (h >> 15)) / 4294967296.0;
+}
+
+// Noise in cells of `size` pixels, blended smoothly from cell to cell.
+double CloudAt(const Spot& at, int size, uint32_t seed) {
+    const int x = at.x / size;
+    const int y = at.y / size;
+    const double fx = double(at.x % size) / size;
+    const double fy = double(at.y % size) / size;
+    const double top = NoiseAt(x, y, seed) * (1 - fx) + NoiseAt(x + 1, y, seed) * fx;
+    const double low = NoiseAt(x, y + 1, seed) * (1 - fx) + NoiseAt(x + 1, y + 1, seed) * fx;
+    return top * (1 - fy) + low * fy;
+}
+
+Colour Texture(const Spot& at) {
+    const double fine = NoiseAt(at.x / 2, at.y / 2, 3) - 0.5;
+    const double light =
+            118 + 120 * (CloudAt(at, 48, 1) - 0.5) + 60 * (CloudAt(at, 12, 2) - 0.5) + 60 * fine;
+    return {ToByte(light * 1.06), ToByte(light), ToByte(light * 0.86)};
+}
+
+// Red, green, blue and, below them, hue once around.
+Colour ColourRamps(const Spot& at) {
+    const double t = (at.u - 330) / 3340;
+    const int ramp = static_cast<int>((at.v - 2600) / 70);
+    const auto channel = [&](int index) {
+        if (ramp < 3) return index == ramp ? ToByte(255 * t) : uint8_t{0};
+        // Each primary is full for a third and fades over the next sixths.
+        const double away = std::abs(t - index / 3.0) * 6;
+        return ToByte(255 * std::clamp(2 - std::min(away, 6 - away), 0.0, 1.0));
+    };
+    return {channel(0), channel(1), channel(2)};
+}
+
+std::vector<Panel> Panels(const Place& place) {
+    const auto across = [](const Spot& at) { return std::fmod(at.u, 200) < 100 ? kInk : kDark; };
+    const auto down = [](const Spot& at) { return std::fmod(at.v, 200) < 100 ? kInk : kDark; };
+    const auto rawRamp = [place](const Spot& at) {
+        const uint32_t width = place.sensor.width;
+        const uint32_t x = std::min(static_cast<uint32_t>(at.x) + place.Left(), width - 1);
+        const int level = RampLevel(x, width);
+        return Grey(
+                imaging::ToneFromLinear(imaging::LinearFromRaw(level, imaging::Channel::kGreen)));
+    };
+    std::vector<Panel> panels = {{{1400, 632, 2600, 1832}, Star},
+                                 {{2795, 420, 3320, 945}, ZonePlate},
+                                 {{3345, 420, 3870, 945}, Texture},
+                                 {{330, 2600, 3670, 2880}, ColourRamps},
+                                 {{0, 0, kWidth, 36}, across},
+                                 {{0, kHeight - 36, kWidth, kHeight}, across},
+                                 {{0, 0, 36, kHeight}, down},
+                                 {{kWidth - 36, 0, kWidth, kHeight}, down},
+                                 {{-kWidth, kRampTop, 2 * kWidth, kRampBottom}, rawRamp}};
+    const auto fill = [&](const Box& box, Colour colour) {
+        panels.push_back({box, [colour](const Spot&) { return colour; }});
+    };
+    for (const ChartPatch& patch : ChartPatches()) fill(patch.box, patch.colour);
+    for (int step = 0; step < 17; ++step) {
+        fill({130 + step * 220.0, 2110, 350 + step * 220.0, 2250}, Grey(step * 16));
+    }
+    // Ticks at every 64 raw levels.
+    for (int level = 64; level < 1024; level += 64) {
+        const double u = RampPlace(place, level);
+        fill({u - 2.5, kRampTop - 22, u + 2.5, kRampTop - 6}, kInk);
+    }
+    // Bars 8 to 2 pixels wide, black and white: upright, level, diagonal.
+    double left = 2795;
+    for (const int pixels : {8, 6, 4, 3, 2}) {
+        for (int row = 0; row < 3; ++row) {
+            const double top = 1045 + row * 215;
+            panels.push_back({{left, top, left + 195, top + 190}, [=](const Spot& at) {
+                                  const int along = (row != 1 ? at.x : 0) + (row != 0 ? at.y : 0);
+                                  return Grey(along / pixels % 2 == 0 ? 24 : 232);
+                              }});
+        }
+        left += 220;
+    }
+    return panels;
+}
+
 uint32_t* RowOf(cairo_surface_t* surface, int y) {
     unsigned char* const data = cairo_image_surface_get_data(surface);
     const ptrdiff_t stride = cairo_image_surface_get_stride(surface);
     return reinterpret_cast<uint32_t*>(data + y * stride);
 }
 
-// A pixel to be shaded.
-struct Spot {
-    double u, v;  // its middle, in chart units
-    int x, y;     // counted from the corner of the visible chart
-};
-
-// Every pixel whose middle is in `box` becomes colourAt(spot), unblended. The pen's matrix turns
-// chart units into pixels.
-template <class Shader>
-void Shade(cairo_t* pen, const Box& box, Shader colourAt) {
+// Paints a panel. The pen's matrix turns chart units into pixels.
+void Paint(cairo_t* pen, const Panel& panel) {
     cairo_matrix_t m;
     cairo_get_matrix(pen, &m);
-    cairo_surface_t* const surface = cairo_get_target(pen);
-    cairo_surface_flush(surface);
     const auto first = [](double edge, int end) {
         return static_cast<int>(std::clamp(std::ceil(edge - 0.5), 0.0, double(end)));
     };
+    cairo_surface_t* const surface = cairo_get_target(pen);
+    cairo_surface_flush(surface);
     const int width = cairo_image_surface_get_width(surface);
     const int height = cairo_image_surface_get_height(surface);
-    const int right = first(m.x0 + box.right * m.xx, width);
-    const int bottom = first(m.y0 + box.bottom * m.yy, height);
-    for (int y = first(m.y0 + box.top * m.yy, height); y < bottom; ++y) {
+    const int right = first(m.x0 + panel.box.right * m.xx, width);
+    const int bottom = first(m.y0 + panel.box.bottom * m.yy, height);
+    for (int y = first(m.y0 + panel.box.top * m.yy, height); y < bottom; ++y) {
         uint32_t* const row = RowOf(surface, y);
-        for (int x = first(m.x0 + box.left * m.xx, width); x < right; ++x) {
-            const Colour colour =
-                    colourAt(Spot{(x + 0.5 - m.x0) / m.xx, (y + 0.5 - m.y0) / m.yy,
-                                  x - static_cast<int>(m.x0), y - static_cast<int>(m.y0)});
-            row[x] = uint32_t{colour.r} << 16 | uint32_t{colour.g} << 8 | colour.b;
+        for (int x = first(m.x0 + panel.box.left * m.xx, width); x < right; ++x) {
+            const auto [r, g, b] = panel.colourAt(
+                    {(x + 0.5 - m.x0) / m.xx, (y + 0.5 - m.y0) / m.yy, x - static_cast<int>(m.x0),
+                     y - static_cast<int>(m.y0), std::min(m.xx, m.yy)});
+            row[x] = uint32_t{r} << 16 | uint32_t{g} << 8 | b;
         }
     }
     cairo_surface_mark_dirty(surface);
-}
-
-void Fill(cairo_t* pen, const Box& box, Colour colour) {
-    Shade(pen, box, [colour](const Spot&) { return colour; });
-}
-
-// Pixels per chart unit, the smaller of the two directions.
-double ScaleOf(cairo_t* pen) {
-    cairo_matrix_t m;
-    cairo_get_matrix(pen, &m);
-    return std::min(m.xx, m.yy);
 }
 
 void SetColour(cairo_t* pen, Colour colour) {
@@ -106,115 +232,25 @@ void DrawRoundedBox(cairo_t* pen, const Box& box, double radius, Colour colour) 
     cairo_fill(pen);
 }
 
-// Text whose capitals are `height` units high and start at `v`; `u` is the text's left edge (align
-// 0), middle (0.5) or right edge (1).
-void DrawText(cairo_t* pen, double u, double v, double height, const std::string& words,
-              Colour colour, double align) {
-    constexpr double kCapitals = 0.64;  // height of the font's capitals, by its size
-    constexpr double kWiden = 1.18;     // its letters are narrow
-    cairo_matrix_t letters;
-    cairo_matrix_init_scale(&letters, kWiden * height / kCapitals, height / kCapitals);
-    cairo_set_font_matrix(pen, &letters);
-    cairo_text_extents_t extents;
-    cairo_text_extents(pen, words.c_str(), &extents);
-    SetColour(pen, colour);
-    cairo_move_to(pen, u - align * extents.width - extents.x_bearing, v + height);
-    cairo_show_text(pen, words.c_str());
-    cairo_new_path(pen);  // text leaves a current point
-}
-
-uint8_t ToByte(double value) {
-    return static_cast<uint8_t>(std::clamp(value + 0.5, 0.0, 255.0));
-}
-
-Colour Grey(double value) {
-    const uint8_t byte = ToByte(value);
-    return {byte, byte, byte};
-}
-
-// A sine pattern around mid grey, fading out where a period has fewer pixels than a frame can hold.
-Colour SinePattern(double phase, double periodPixels) {
-    const double contrast = std::clamp((periodPixels - kFinestPeriod) / 2, 0.0, 1.0);
-    return Grey(128 + 118 * contrast * std::sin(phase));
-}
-
-// A fixed pattern of 0..1 noise (an integer hash, so the chart is the same everywhere).
-double NoiseAt(int x, int y, uint32_t seed) {
-    uint32_t h = static_cast<uint32_t>(x) * 0x9E3779B1u ^ static_cast<uint32_t>(y) * 0x85EBCA77u ^
-                 seed * 0xC2B2AE3Du;
-    h = (h ^ (h >> 15)) * 0x2C1B3C6Du;
-    h = (h ^ (h >> 12)) * 0x297A2D39u;
-    return (h ^ (h >> 15)) / 4294967296.0;
-}
-
-// Noise in cells of `size` pixels, blended smoothly from cell to cell.
-double CloudAt(int x, int y, int size, uint32_t seed) {
-    const int cx = x / size;
-    const int cy = y / size;
-    const double fx = double(x % size) / size;
-    const double fy = double(y % size) / size;
-    const double top = NoiseAt(cx, cy, seed) * (1 - fx) + NoiseAt(cx + 1, cy, seed) * fx;
-    const double low = NoiseAt(cx, cy + 1, seed) * (1 - fx) + NoiseAt(cx + 1, cy + 1, seed) * fx;
-    return top * (1 - fy) + low * fy;
-}
-
-void DrawBackground(cairo_t* pen) {
-    Shade(pen, {-kWidth, -kHeight, 2 * kWidth, 2 * kHeight}, [](const Spot& at) {
-        if (at.u < 0 || at.v < 0 || at.u >= kWidth || at.v >= kHeight) {
-            // Outside: seen after a crop only if the crop is wrong.
-            const bool stripe = std::fmod(at.u + at.v + 8 * kWidth, 48) < 24;
-            return stripe ? Colour{235, 120, 30} : Colour{60, 30, 20};
-        }
-        const double light = 0.6 * at.u / kWidth + 0.4 * at.v / kHeight;
-        return Colour{ToByte(34 + 40 * light), ToByte(42 + 46 * light), ToByte(56 + 52 * light)};
-    });
-}
-
-// The dark grounds of three panels, what points up, and the texts beside the panels.
-void DrawFrame(cairo_t* pen, PictureSize visible) {
+// The dark grounds of three panels.
+void DrawGrounds(cairo_t* pen) {
     DrawRoundedBox(pen, {105, 395, 1230, 2070}, 24, kDark);
     DrawRoundedBox(pen, {1280, 395, 2720, 2070}, 24, kDark);
     DrawRoundedBox(pen, {2770, 395, 3895, 2070}, 24, kDark);
+}
+
+// What points up, the rings around the star, the corners with their dots.
+void DrawShapes(cairo_t* pen) {
     SetColour(pen, {255, 196, 40});
     cairo_move_to(pen, kWidth / 2, 62);
     cairo_line_to(pen, kWidth / 2 + 110, 190);
     cairo_line_to(pen, kWidth / 2 - 110, 190);
     cairo_fill(pen);
-    const std::string size = std::to_string(visible.width) + " X " + std::to_string(visible.height);
-    const struct {
-        double u, v, height;
-        std::string words;
-        Colour colour;
-        double align;
-    } texts[] = {
-            {kWidth / 2, 222, 110, "TOP", kInk, 0.5},
-            {330, 130, 90, "OFFLINE FRAMES", kInk, 0},
-            {330, 262, 48, "TEST CHART", kQuiet, 0},
-            {3670, 130, 90, size, kInk, 1},
-            {3670, 262, 48, "RULER 40 X 30 TEETH", kQuiet, 1},
-            {2000, 455, 40, "CIRCLES ROUND - SPOKES STRAIGHT", kQuiet, 0.5},
-            {2000, 1970, 40, "FINEST DETAIL 5 PX PER PERIOD", kQuiet, 0.5},
-            {2805, 1725, 48, "SHARP 0123456789 48", kInk, 0},
-            {2805, 1801.8, 36, "SHARP 0123456789 36", kInk, 0},
-            {2805, 1859.4, 28, "SHARP 0123456789 28", kInk, 0},
-            {2805, 1904.2, 20, "SHARP 0123456789 20", kInk, 0},
-            {2805, 1936.2, 14, "SHARP 0123456789 14", kInk, 0},
-            {2805, 1988.6, 24, "A MOSAIC TURNS 3 PX AND 2 PX BARS COLOURED", kQuiet, 0},
-            {90, kRampBox.top - 52, 22, "RAW", kQuiet, 0},
-    };
-    for (const auto& text : texts) {
-        DrawText(pen, text.u, text.v, text.height, text.words, text.colour, text.align);
-    }
-}
-
-void DrawBorder(cairo_t* pen) {
-    constexpr double kRuler = 36;
-    const auto tooth = [](double along) { return std::fmod(along, 200) < 100 ? kInk : kDark; };
-    for (const double v : {0.0, kHeight - kRuler}) {
-        Shade(pen, {0, v, kWidth, v + kRuler}, [&](const Spot& at) { return tooth(at.u); });
-    }
-    for (const double u : {0.0, kWidth - kRuler}) {
-        Shade(pen, {u, 0, u + kRuler, kHeight}, [&](const Spot& at) { return tooth(at.v); });
+    SetColour(pen, kInk);
+    cairo_set_line_width(pen, 8);
+    for (const double radius : {608.0, 632.0, 656.0, 680.0}) {
+        cairo_arc(pen, 2000, 1232, radius, 0, 2 * kPi);
+        cairo_stroke(pen);
     }
     constexpr double kCorners[4][2] = {{80, 80}, {3720, 80}, {3720, 2720}, {80, 2720}};
     constexpr double kDots[4][4][2] = {{{100, 100}},
@@ -224,122 +260,74 @@ void DrawBorder(cairo_t* pen) {
     for (int corner = 0; corner < 4; ++corner) {
         const auto [u, v] = kCorners[corner];
         DrawRoundedBox(pen, {u, v, u + 200, v + 200}, 30, kInk);
+        SetColour(pen, kDark);
         for (int dot = 0; dot <= corner; ++dot) {
-            const auto [right, down] = kDots[corner][dot];
-            SetColour(pen, kDark);
-            cairo_arc(pen, u + right, v + down, 25, 0, 2 * kPi);
+            cairo_arc(pen, u + kDots[corner][dot][0], v + kDots[corner][dot][1], 25, 0, 2 * kPi);
             cairo_fill(pen);
         }
     }
 }
 
-void DrawPatches(cairo_t* pen) {
-    for (const ChartPatch& patch : ChartPatches()) Fill(pen, patch.box, patch.colour);
-}
+enum class Align { kLeft, kMiddle, kRight };
 
-void DrawStar(cairo_t* pen) {
-    constexpr double kU = 2000;  // its centre
-    constexpr double kV = 1232;
-    constexpr double kRadius = 600;
-    constexpr int kSpokes = 48;
-    const double scale = ScaleOf(pen);
-    Shade(pen, {kU - kRadius, kV - kRadius, kU + kRadius, kV + kRadius}, [&](const Spot& at) {
-        const double r = std::hypot(at.u - kU, at.v - kV);
-        if (r > kRadius) return kDark;
-        const double angle = std::atan2(at.v - kV, at.u - kU);
-        return SinePattern(kSpokes * angle, 2 * kPi * r * scale / kSpokes);
-    });
-    SetColour(pen, kInk);
-    cairo_set_line_width(pen, 8);
-    for (const double radius : {608.0, 632.0, 656.0, 680.0}) {
-        cairo_arc(pen, kU, kV, radius, 0, 2 * kPi);
-        cairo_stroke(pen);
+// Text whose capitals are `height` units high and start at `v`; `u` is where it is aligned to.
+struct Text {
+    double u, v, height;
+    std::string words;
+    Colour colour;
+    Align align;
+};
+
+std::vector<Text> Texts(const Place& place) {
+    const auto [width, height] = place.visible;
+    const std::string size = std::to_string(width) + " X " + std::to_string(height);
+    std::vector<Text> texts = {
+            {kWidth / 2, 222, 110, "TOP", kInk, Align::kMiddle},
+            {330, 130, 90, "OFFLINE FRAMES", kInk, Align::kLeft},
+            {330, 262, 48, "TEST CHART", kQuiet, Align::kLeft},
+            {3670, 130, 90, size, kInk, Align::kRight},
+            {3670, 262, 48, "RULER 40 X 30 TEETH", kQuiet, Align::kRight},
+            {2000, 455, 40, "CIRCLES ROUND - SPOKES STRAIGHT", kQuiet, Align::kMiddle},
+            {2000, 1970, 40, "FINEST DETAIL 5 PX PER PERIOD", kQuiet, Align::kMiddle},
+            {2805, 1988.6, 24, "A MOSAIC TURNS 3 PX AND 2 PX BARS COLOURED", kQuiet, Align::kLeft},
+            {90, kRampTop - 52, 22, "RAW", kQuiet, Align::kLeft},
+    };
+    double v = 1725;
+    for (const int small : {48, 36, 28, 20, 14}) {
+        const std::string words = "SHARP 0123456789 " + std::to_string(small);
+        texts.push_back({2805, v, double(small), words, kInk, Align::kLeft});
+        v += small * 1.6;
     }
-}
-
-void DrawZonePlate(cairo_t* pen) {
-    constexpr Box kBox = {2795, 420, 3320, 945};
-    // Phase pi r^2 / a: the period at radius r is a / r; it is finest at the middle of a side.
-    const double scale = ScaleOf(pen);
-    const double a = (kBox.right - kBox.left) / 2 * kFinestPeriod / scale;
-    Shade(pen, kBox, [&](const Spot& at) {
-        const double r = std::hypot(at.u - (kBox.left + kBox.right) / 2,
-                                    at.v - (kBox.top + kBox.bottom) / 2);
-        const double period = r > 0 ? a / r * scale : 1000;
-        return SinePattern(kPi * r * r / a + kPi / 2, period);
-    });
-}
-
-void DrawTexture(cairo_t* pen) {
-    Shade(pen, {3345, 420, 3870, 945}, [](const Spot& at) {
-        const double coarse = CloudAt(at.x, at.y, 48, 1) - 0.5;
-        const double middle = CloudAt(at.x, at.y, 12, 2) - 0.5;
-        const double fine = NoiseAt(at.x / 2, at.y / 2, 3) - 0.5;
-        const double light = 118 + 120 * coarse + 60 * middle + 60 * fine;
-        return Colour{ToByte(light * 1.06), ToByte(light), ToByte(light * 0.86)};
-    });
-}
-
-// Bars 8 to 2 pixels wide, black and white: upright, level, diagonal.
-void DrawLinePairs(cairo_t* pen) {
-    double left = 2795;
-    for (const int pixels : {8, 6, 4, 3, 2}) {
-        DrawText(pen, left + 97.5, 985, 36, std::to_string(pixels) + " PX", kInk, 0.5);
-        for (int row = 0; row < 3; ++row) {
-            const double v = 1045 + row * 215;
-            Shade(pen, {left, v, left + 195, v + 190}, [=](const Spot& at) {
-                const int along = (row != 1 ? at.x : 0) + (row != 0 ? at.y : 0);
-                return along / pixels % 2 == 0 ? Colour{24, 24, 24} : Colour{232, 232, 232};
-            });
-        }
-        left += 220;
+    double u = 2795 + 97.5;
+    for (const char* const pixels : {"8", "6", "4", "3", "2"}) {
+        texts.push_back({u, 985, 36, std::string(pixels) + " PX", kInk, Align::kMiddle});
+        u += 220;
     }
-}
-
-void DrawGreySteps(cairo_t* pen) {
-    constexpr int kSteps = 17;
-    const double width = (3870.0 - 130.0) / kSteps;
-    for (int i = 0; i < kSteps; ++i) {
-        const int value = std::min(i * 16, 255);
-        const double u = 130 + i * width;
-        Fill(pen, {u, 2110, u + width, 2250}, Grey(value));
-        DrawText(pen, u + width / 2, 2163, 34, std::to_string(value), Grey(value < 128 ? 255 : 0),
-                 0.5);
+    for (int step = 0; step < 17; ++step) {
+        const int value = std::min(step * 16, 255);
+        texts.push_back({240 + step * 220.0, 2163, 34, std::to_string(value),
+                         Grey(value < 128 ? 255 : 0), Align::kMiddle});
     }
-}
-
-// Red, green, blue and, below them, hue once around.
-void DrawColourRamps(cairo_t* pen) {
-    constexpr Box kBox = {330, 2600, 3670, 2880};
-    Shade(pen, kBox, [&](const Spot& at) {
-        const double t = (at.u - kBox.left) / (kBox.right - kBox.left);
-        const int ramp = static_cast<int>((at.v - kBox.top) / 70);
-        const auto channel = [&](int index) {
-            if (ramp < 3) return index == ramp ? ToByte(255 * t) : uint8_t{0};
-            // Each primary is full for a third and fades over the next sixths.
-            const double away = std::abs(t - index / 3.0) * 6;
-            return ToByte(255 * std::clamp(2 - std::min(away, 6 - away), 0.0, 1.0));
-        };
-        return Colour{channel(0), channel(1), channel(2)};
-    });
-}
-
-// The ramp is exact: an antialiasing painter would blend its levels.
-void DrawRawRamp(cairo_t* pen, const Place& place) {
-    const uint32_t width = place.sensor.width;
-    Shade(pen, kRampBox, [&](const Spot& at) {
-        const uint32_t x = std::min(static_cast<uint32_t>(at.x) + place.Left(), width - 1);
-        const int level = RampLevel(x, width);
-        return Grey(
-                imaging::ToneFromLinear(imaging::LinearFromRaw(level, imaging::Channel::kGreen)));
-    });
-    // Ticks at every 64 raw levels.
     for (int level = 64; level < 1024; level += 64) {
-        const double x = double(level) * width / 1024 - place.Left();
-        const double u = x * kWidth / place.visible.width;
-        Fill(pen, {u - 2.5, kRampBox.top - 22, u + 2.5, kRampBox.top - 6}, kInk);
-        DrawText(pen, u, kRampBox.top - 52, 22, std::to_string(level), kQuiet, 0.5);
+        texts.push_back({RampPlace(place, level), kRampTop - 52, 22, std::to_string(level), kQuiet,
+                         Align::kMiddle});
     }
+    return texts;
+}
+
+void DrawText(cairo_t* pen, const Text& text) {
+    constexpr double kCapitals = 0.64;  // height of the font's capitals, by its size
+    constexpr double kWiden = 1.18;     // its letters are narrow
+    cairo_matrix_t letters;
+    cairo_matrix_init_scale(&letters, kWiden * text.height / kCapitals, text.height / kCapitals);
+    cairo_set_font_matrix(pen, &letters);
+    cairo_text_extents_t extents;
+    cairo_text_extents(pen, text.words.c_str(), &extents);
+    SetColour(pen, text.colour);
+    const double before = extents.width * static_cast<int>(text.align) / 2;
+    cairo_move_to(pen, text.u - before - extents.x_bearing, text.v + text.height);
+    cairo_show_text(pen, text.words.c_str());
+    cairo_new_path(pen);  // text leaves a current point
 }
 
 // Draws the chart whose visible part begins at (left, top) of a picture of `size`.
@@ -351,13 +339,11 @@ Picture Draw(const Place& place, PictureSize size, uint32_t left, uint32_t top) 
     cairo_scale(pen, place.visible.width / kWidth, place.visible.height / kHeight);
     // Cairo's built-in font: the same on every machine.
     cairo_select_font_face(pen, "@cairo:mono", CAIRO_FONT_SLANT_NORMAL, CAIRO_FONT_WEIGHT_BOLD);
-    DrawBackground(pen);
-    DrawFrame(pen, place.visible);
-    for (const auto draw : {DrawPatches, DrawStar, DrawZonePlate, DrawTexture, DrawLinePairs,
-                            DrawGreySteps, DrawColourRamps, DrawBorder}) {
-        draw(pen);
-    }
-    DrawRawRamp(pen, place);
+    Paint(pen, {{-kWidth, -kHeight, 2 * kWidth, 2 * kHeight}, Background});
+    DrawGrounds(pen);
+    for (const Panel& panel : Panels(place)) Paint(pen, panel);
+    DrawShapes(pen);
+    for (const Text& text : Texts(place)) DrawText(pen, text);
     cairo_destroy(pen);
     cairo_surface_flush(surface);
     Picture picture(size);
@@ -375,13 +361,13 @@ Picture Draw(const Place& place, PictureSize size, uint32_t left, uint32_t top) 
 }  // namespace
 
 RampRows RampOf(PictureSize sensor) {
-    // The rows whose middles are in the ramp's box, as the canvas counts them.
+    // The rows whose middles are in the ramp's box, as they are painted.
     const Place place = OnSensor(sensor);
     const auto row = [&](double v) {
         return static_cast<uint32_t>(
                 std::ceil(place.Top() + v * place.visible.height / kHeight - 0.5));
     };
-    return {row(kRampBox.top), row(kRampBox.bottom)};
+    return {row(kRampTop), row(kRampBottom)};
 }
 
 std::array<ChartPatch, 24> ChartPatches() {

@@ -13,6 +13,8 @@
 namespace offlineframes {
 namespace {
 
+constexpr const char* kAsStoredRefusal = ": --as-stored is only for JPEG files";
+
 RowSource RowsOfNv12(Bytes&& frame, const FrameGeometry& geometry) {
     return [bytes = std::move(frame), geometry](uint32_t y, uint8_t* rgb) {
         const uint8_t* const chroma = &bytes[size_t{geometry.stride} * geometry.scanlines];
@@ -53,7 +55,7 @@ View ViewOf(Picture picture, const std::string& description) {
 
 Result<View> ViewFrame(const std::string& path, FrameFormat format, const ViewRequest& request,
                        Bytes&& bytes) {
-    if (request.asStored) return Failure{path + ": --as-stored is only for JPEG files"};
+    if (request.asStored) return Failure{path + kAsStoredRefusal};
     if (request.mosaic && format != FrameFormat::kRaw10) {
         return Failure{path + ": --mosaic is only for raw10 frames"};
     }
@@ -72,7 +74,20 @@ Result<View> ViewFrame(const std::string& path, FrameFormat format, const ViewRe
     return View{geometry.size, DevelopRaw10(bytes, geometry), what + ", developed"};
 }
 
-Result<View> ViewJpeg(const std::string& path, bool asStored, const Bytes& bytes) {
+Result<View> ViewPicture(const std::string& path, const ViewRequest& request, const Bytes& bytes) {
+    const FrameGeometry& known = request.known;
+    if (known.size.width != 0 || known.stride != 0 || known.scanlines != 0 || request.mosaic) {
+        return Failure{path +
+                       ": is a picture; --size, --stride, --scanlines and --mosaic are for "
+                       "raw10 and nv12 frames"};
+    }
+    if (PictureType(bytes) != "JPEG") {
+        if (request.asStored) return Failure{path + kAsStoredRefusal};
+        Result<Picture> picture = DecodePicture(bytes, path);
+        if (!picture.Ok()) return picture.GetFailure();
+        const std::string description = "picture " + Describe(picture.Value());
+        return ViewOf(std::move(picture).Value(), description);
+    }
     Result<JpegPicture> decoded = DecodeJpeg(bytes, path);
     if (!decoded.Ok()) return decoded.GetFailure();
     JpegPicture& jpeg = decoded.Value();
@@ -84,23 +99,8 @@ Result<View> ViewJpeg(const std::string& path, bool asStored, const Bytes& bytes
     if (named.width != 0 && named.height != 0 && !(named == jpeg.fullSize)) {
         description += "; the name says " + Describe(named);
     }
-    return ViewOf(MakeUpright(std::move(jpeg.picture), asStored ? 1 : jpeg.orientation),
+    return ViewOf(MakeUpright(std::move(jpeg.picture), request.asStored ? 1 : jpeg.orientation),
                   description);
-}
-
-Result<View> ViewPicture(const std::string& path, const ViewRequest& request, const Bytes& bytes) {
-    const FrameGeometry& known = request.known;
-    if (known.size.width != 0 || known.stride != 0 || known.scanlines != 0 || request.mosaic) {
-        return Failure{path +
-                       ": is a picture; --size, --stride, --scanlines and --mosaic are for "
-                       "raw10 and nv12 frames"};
-    }
-    if (PictureType(bytes) == "JPEG") return ViewJpeg(path, request.asStored, bytes);
-    if (request.asStored) return Failure{path + ": --as-stored is only for JPEG files"};
-    Result<Picture> picture = DecodePicture(bytes, path);
-    if (!picture.Ok()) return picture.GetFailure();
-    const std::string description = "picture " + Describe(picture.Value());
-    return ViewOf(std::move(picture).Value(), description);
 }
 
 }  // namespace

@@ -95,17 +95,22 @@ Result<View> ViewGiven(const std::string& path, const Given& given) {
     return ViewFile(path, request);
 }
 
-std::string EndingOf(const std::string& path) {
-    std::string ending = std::filesystem::path(path).extension();
-    for (char& letter : ending) letter = static_cast<char>(tolower(letter));
-    return ending;
-}
-
-// Fails when the command could not write its output, before it is made.
-Result<Done> CheckOutput(const Words& words, const Given& given) {
+// Fails when the command could not write its output, before that is made. Pictures have a name that
+// ends like one, frames have not.
+Result<Done> CheckOutput(const Words& words, const Given& given, bool isPicture) {
+    const std::filesystem::path output = words[1];
     std::error_code unknown;
-    if (std::filesystem::equivalent(words[0], words[1], unknown)) {
+    if (std::filesystem::equivalent(words[0], output, unknown)) {
         return Failure{words[1] + ": is the input; choose another name for the output"};
+    }
+    std::string ending = output.extension();
+    for (char& letter : ending) letter = static_cast<char>(tolower(letter));
+    if (isPicture && ending != ".png") {
+        return Failure{words[1] + ": views are PNG files; choose a name that ends in .png"};
+    }
+    if (!isPicture &&
+        (ending == ".png" || ending == ".jpg" || ending == ".jpeg" || ending == ".ppm")) {
+        return Failure{words[1] + ": is a picture's name; a frame's ends in .raw or .yuv"};
     }
     return CheckWritable(words[1], given.force);
 }
@@ -125,11 +130,7 @@ Result<std::string> Pack(const Words& words, const Given& given) {
     const FrameGeometry geometry = WithPadding(AllocatorGeometry(format, size), given);
     const Result<size_t> bytes = FrameBytes(geometry);
     if (!bytes.Ok()) return Failure{bytes.Error(), true};
-    const std::string ending = EndingOf(words[1]);
-    if (ending == ".png" || ending == ".jpg" || ending == ".jpeg" || ending == ".ppm") {
-        return Failure{words[1] + ": is a picture's name; a frame's ends in .raw or .yuv"};
-    }
-    const Result<Done> writable = CheckOutput(words, given);
+    const Result<Done> writable = CheckOutput(words, given, false);
     if (!writable.Ok()) return writable.GetFailure();
     std::optional<Picture> photo;
     if (words[0] != "chart") {
@@ -165,10 +166,7 @@ Result<std::string> Sources(const Words& words, const Given& given) {
 }
 
 Result<std::string> ViewInput(const Words& words, const Given& given) {
-    if (EndingOf(words[1]) != ".png") {
-        return Failure{words[1] + ": views are PNG files; choose a name that ends in .png"};
-    }
-    const Result<Done> writable = CheckOutput(words, given);
+    const Result<Done> writable = CheckOutput(words, given, true);
     if (!writable.Ok()) return writable.GetFailure();
     const Result<View> view = ViewGiven(words[0], given);
     if (!view.Ok()) return view.GetFailure();
@@ -192,14 +190,12 @@ Result<std::string> Compare(const Words& words, const Given& given) {
     const Result<Comparison> compared = ComparePictures(pictures[0], pictures[1]);
     if (!compared.Ok()) return Failure{words[0] + ", " + words[1] + ": " + compared.Error()};
     const Comparison& result = compared.Value();
-    constexpr const char* kNames[3] = {"red", "green", "blue"};
-    std::string text = "PSNR";
-    for (size_t i = 0; i < 3; ++i) {
-        text += std::string("  ") + kNames[i] + " " + Decibels(result.channelPsnr[i]);
-    }
-    text += "  all " + Decibels(result.psnr) + "\nlargest difference " +
-            std::to_string(result.largest);
+    const std::string text = "PSNR  red " + Decibels(result.channelPsnr[0]) + "  green " +
+                             Decibels(result.channelPsnr[1]) + "  blue " +
+                             Decibels(result.channelPsnr[2]) + "  all " + Decibels(result.psnr) +
+                             "\nlargest difference " + std::to_string(result.largest);
     if (result.largest == 0) return text + "\n";
+    constexpr const char* kNames[3] = {"red", "green", "blue"};
     char place[100];
     snprintf(place, sizeof(place), " in %s at x %u, y %u: %d and %d\n", kNames[result.channel],
              result.x, result.y, pictures[0].Pixel(result.x, result.y)[result.channel],
