@@ -14,47 +14,35 @@ uint64_t RowBytes(FrameFormat format, uint32_t width) {
     return format == FrameFormat::kRaw10 ? (uint64_t{width} * 10 + 7) / 8 : width;
 }
 
-// The geometry of `format` whose frame has exactly `bytes` bytes: with the allocator's padding or
-// without any, of that size or else of a source file's.
-std::optional<FrameGeometry> GeometryOfFileSize(FrameFormat format, PictureSize size,
-                                                uint64_t bytes) {
-    if (size.width == 0) {
-        for (const SourceFile& known : kSourceFiles) {
-            const auto found = GeometryOfFileSize(format, known.size, bytes);
-            if (known.format == format && found) return found;
-        }
-        return std::nullopt;
+// The usual geometries of frames of `size`, or else of the source files: with the allocator's
+// padding and without any.
+std::vector<FrameGeometry> UsualGeometries(FrameFormat format, PictureSize size) {
+    std::vector<FrameGeometry> usual;
+    for (const SourceFile& source : kSourceFiles) {
+        const PictureSize picture = size.width != 0 ? size : source.size;
+        const auto row = static_cast<uint32_t>(RowBytes(format, picture.width));
+        if (source.format != format) continue;
+        usual.push_back(AllocatorGeometry(format, picture));
+        usual.push_back({format, picture, row, picture.height});
     }
-    const auto row = static_cast<uint32_t>(RowBytes(format, size.width));
-    for (const FrameGeometry& geometry :
-         {AllocatorGeometry(format, size), FrameGeometry{format, size, row, size.height}}) {
-        const Result<size_t> expected = FrameBytes(geometry);
-        if (expected.Ok() && expected.Value() == bytes) return geometry;
-    }
-    return std::nullopt;
+    return usual;
 }
 
-// The picture that frames of this padding usually hold: 4000x3000 in 4096 x 3072 NV12, and so on;
-// without a known one, every whole pixel of the padded rows.
-PictureSize PictureInPadding(const FrameGeometry& frame) {
-    for (const SourceFile& known : kSourceFiles) {
-        const FrameGeometry padded = AllocatorGeometry(known.format, known.size);
-        if (known.format == frame.format && padded.stride == frame.stride &&
-            padded.scanlines == frame.scanlines) {
-            return known.size;
-        }
-    }
-    const bool raw = frame.format == FrameFormat::kRaw10;
-    return {raw ? frame.stride / 5 * 4 : frame.stride / 2 * 2, frame.scanlines / 2 * 2};
+// Whether a file of `bytes` bytes is such a frame. Some allocators round up to whole pages.
+bool Fits(const FrameGeometry& geometry, uint64_t bytes) {
+    constexpr size_t kPage = 4096;
+    const Result<size_t> expected = FrameBytes(geometry);
+    return expected.Ok() &&
+           (bytes == expected.Value() || bytes == (expected.Value() + kPage - 1) / kPage * kPage);
 }
 
 // The number that with `known` makes up the file: scan lines from a stride or the reverse; 0 when
 // there is none.
 uint32_t FromFileSize(FrameFormat format, uint32_t known, uint64_t bytes) {
     const uint64_t halves = format == FrameFormat::kRaw10 ? 2 : 3;  // planes, in halves of luma
-    const uint64_t other = bytes * 2 / (known * halves);
-    const bool fits = bytes * 2 % (known * halves) == 0 && other <= UINT32_MAX;
-    return fits ? static_cast<uint32_t>(other) : 0;
+    const uint64_t other = known == 0 ? 0 : bytes * 2 / (known * halves);
+    return known * other * halves == bytes * 2 && other <= UINT32_MAX ? static_cast<uint32_t>(other)
+                                                                      : 0;
 }
 
 // What a file of this size probably is, for messages.
@@ -62,16 +50,17 @@ std::string Likely(const FrameGeometry& known, uint64_t bytes) {
     const bool raw = known.format == FrameFormat::kRaw10;
     for (const FrameFormat format :
          {known.format, raw ? FrameFormat::kNv12 : FrameFormat::kRaw10}) {
-        const auto fits = GeometryOfFileSize(format, {}, bytes);
-        if (fits) return "; the size fits " + Describe(*fits);
+        for (const FrameGeometry& usual : UsualGeometries(format, {})) {
+            if (Fits(usual, bytes)) return "; the size fits " + Describe(usual);
+        }
     }
-    const uint32_t rows = known.stride == 0 ? 0 : FromFileSize(known.format, known.stride, bytes);
+    const uint32_t rows = FromFileSize(known.format, known.stride, bytes);
     if (rows == 0) return "; no known geometry has that size, is the file cut short?";
     return "; the size fits " + std::to_string(rows) + " scan lines of that stride";
 }
 
-// What caller and name tell of the padding; 0 where they do not.
-FrameGeometry KnownPadding(const std::string& path, const FrameGeometry& told) {
+// What the caller and the file's name tell; 0 where they do not.
+FrameGeometry KnownGeometry(const std::string& path, const FrameGeometry& told) {
     FrameGeometry known = {told.format, told.size, NumberInDumpName(path, "Stride"),
                            NumberInDumpName(path, "Scanline")};
     for (const SourceFile& source : kSourceFiles) {
@@ -79,7 +68,6 @@ FrameGeometry KnownPadding(const std::string& path, const FrameGeometry& told) {
         if (std::filesystem::path(path).filename() == source.name && source.format == told.format &&
             (told.size.width == 0 || told.size == source.size)) {
             known = AllocatorGeometry(source.format, source.size);
-            known.size = told.size;
         }
     }
     if (told.stride != 0) known.stride = told.stride;
@@ -169,35 +157,39 @@ uint32_t NumberInDumpName(const std::string& path, const char* key) {
 
 Result<FrameGeometry> ResolveGeometry(const std::string& path, const FrameGeometry& told,
                                       uint64_t bytes) {
-    const FrameFormat format = told.format;
-    const FrameGeometry known = KnownPadding(path, told);
-    FrameGeometry geometry = known;
-    const FrameGeometry allocated = AllocatorGeometry(format, told.size);  // zeros without a size
-    if (known.stride == 0 && known.scanlines == 0) {
-        geometry = GeometryOfFileSize(format, told.size, bytes).value_or(allocated);
-    } else if (known.stride == 0) {
-        geometry.stride = allocated.stride != 0 ? allocated.stride
-                                                : FromFileSize(format, known.scanlines, bytes);
-    } else if (known.scanlines == 0) {
-        geometry.scanlines = FromFileSize(format, known.stride, bytes);
-        if (geometry.scanlines == 0) geometry.scanlines = allocated.scanlines;
+    const FrameGeometry known = KnownGeometry(path, told);
+    const auto agree = [](uint32_t a, uint32_t b) { return a == 0 || a == b; };
+    for (const FrameGeometry& usual : UsualGeometries(known.format, known.size)) {
+        if (agree(known.stride, usual.stride) && agree(known.scanlines, usual.scanlines) &&
+            Fits(usual, bytes)) {
+            return usual;
+        }
     }
+    FrameGeometry geometry = known;
+    const FrameGeometry allocated = AllocatorGeometry(known.format, known.size);  // 0 without size
+    if (geometry.stride == 0) geometry.stride = allocated.stride;
+    if (geometry.stride == 0) {
+        geometry.stride = FromFileSize(known.format, known.scanlines, bytes);
+    }
+    if (geometry.scanlines == 0) {
+        geometry.scanlines = FromFileSize(known.format, known.stride, bytes);
+    }
+    if (geometry.scanlines == 0) geometry.scanlines = allocated.scanlines;
     if (geometry.stride == 0 || geometry.scanlines == 0) {
         return Failure{path + ": cannot tell the geometry of " + std::to_string(bytes) +
-                       " bytes of " + FormatName(format) + Likely(known, bytes) +
+                       " bytes of " + FormatName(known.format) + Likely(known, bytes) +
                        "; give --size, --stride and --scanlines"};
     }
-    geometry.size = told.size.width != 0 ? told.size : PictureInPadding(geometry);
+    if (geometry.size.width == 0) {  // every whole pixel of the padded rows
+        const bool raw = known.format == FrameFormat::kRaw10;
+        geometry.size = {raw ? geometry.stride / 5 * 4 : geometry.stride / 2 * 2,
+                         geometry.scanlines / 2 * 2};
+    }
     const Result<size_t> expected = FrameBytes(geometry);
     if (!expected.Ok()) return Failure{path + ": " + expected.Error()};
-    // Some allocators round a frame up to whole pages.
-    constexpr size_t kPage = 4096;
-    if (bytes != expected.Value() && bytes != (expected.Value() + kPage - 1) / kPage * kPage) {
-        return Failure{path + ": expected " + std::to_string(expected.Value()) + " bytes for " +
-                       Describe(geometry) + ", found " + std::to_string(bytes) +
-                       Likely(known, bytes)};
-    }
-    return geometry;
+    if (Fits(geometry, bytes)) return geometry;
+    return Failure{path + ": expected " + std::to_string(expected.Value()) + " bytes for " +
+                   Describe(geometry) + ", found " + std::to_string(bytes) + Likely(known, bytes)};
 }
 
 }  // namespace offlineframes

@@ -28,6 +28,8 @@ TEST(Program, EndsWith2ForAWrongCommandLine) {
             {{"sources"}, "missing DIR"},
             {{"pack", "--format", "raw12"}, "raw12"},
             {{"pack", "--size", "642x480"}, "multiple of 4"},
+            {{"pack", "--stride", "5119"}, "stride of at least 5120"},
+            {{"pack", "--scanlines", "3071"}, "at least 3072 scan lines"},
             {{"pack", "--seed", "3"}, "--seed needs --noise"},
             {{"pack", "--noise", "201"}, "above 0, up to 200"},
             {{"pack", "--size", "64x48x2"}, "--size: \"64x48x2\" is not a size like"},
@@ -47,6 +49,7 @@ TEST(Program, EndsWith1WhenTheWorkFailsAndLeavesNothing) {
     const std::string garbage = folder.File("garbage", Bytes(100, 7));
     const std::string kept = folder.File("kept", {1, 2, 3});
     const std::string out = folder.Path("out.png");
+    const std::string frame = folder.File("frame.yuv", Bytes(640 * 480 * 3 / 2));
     std::filesystem::create_hard_link(garbage, folder.Path("same"));
     const std::pair<std::vector<std::string>, const char*> cases[] = {
             {{"pack", folder.Path("absent.png"), folder.Path("out")}, "No such file"},
@@ -55,6 +58,9 @@ TEST(Program, EndsWith1WhenTheWorkFailsAndLeavesNothing) {
             {{"pack", "chart", out}, "is a picture's name"},
             {{"view", "--force", kept, kept + ".jpg"}, "ends in .png"},
             {{"view", garbage, out}, "is not a PNG"},
+            {{"view", folder.File("x.jpg", Bytes(9)), out}, "does not start with ff d8 ff"},
+            {{"view", "--mosaic", frame, out}, "--mosaic is only for raw10"},
+            {{"view", "--as-stored", frame, out}, "--as-stored is only for JPEG"},
             {{"compare", garbage, kept}, "is not a PNG"},
             {{"sources", "--from", garbage, folder.Path("out")}, "is not a PNG"},
     };
@@ -63,7 +69,7 @@ TEST(Program, EndsWith1WhenTheWorkFailsAndLeavesNothing) {
         EXPECT_EQ(result.status, 1) << words[0] << " " << words[1];
         EXPECT_THAT(result.err, AllOf(HasSubstr(folder.Path("")), HasSubstr(reason)));
     }
-    EXPECT_THAT(folder.Names(), ElementsAre("garbage", "kept", "same"));
+    EXPECT_THAT(folder.Names(), ElementsAre("frame.yuv", "garbage", "kept", "same", "x.jpg"));
     EXPECT_THAT(ReadFile(kept).Value(), ElementsAre(1, 2, 3));
 }
 
