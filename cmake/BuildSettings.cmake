@@ -25,6 +25,9 @@ add_link_options(-stdlib=libc++ -fuse-ld=lld-14)
 # As a device's vendor modules: no exceptions, no RTTI.
 add_compile_options($<$<COMPILE_LANGUAGE:CXX>:-fno-exceptions> $<$<COMPILE_LANGUAGE:CXX>:-fno-rtti>)
 
+# The same for all, programs and users of libraries that ask for -pthread: they share one
+# precompiled header.
+add_compile_options(-fPIC -pthread)
 add_compile_options(-Wall -Wextra -Werror -fno-omit-frame-pointer -fvisibility-inlines-hidden)
 add_compile_definitions(_FILE_OFFSET_BITS=64 _GNU_SOURCE)
 find_package(Threads REQUIRED)

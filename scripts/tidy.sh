@@ -9,7 +9,7 @@ tidy() {
     unlock_out
     # A target's sources are compiled together; what is generated is not ours to name.
     mapfile -t sources < <(sed -n 's/^ *"file": "\(.*\)",\?$/\1/p' "$1/compile_commands.json" |
-        grep -v -e '/gen/' -e '/googletest/' -e precompiled_for_tests -e cmake_pch | sort -u)
+        grep -v -e '/gen/' -e '/googletest/' -e precompiled -e cmake_pch | sort -u)
     say "clang-tidy reads the sources of ${#sources[@]} targets"
     if printf '%s\0' "${sources[@]}" | xargs -0 -n 2 -P "$(nproc)" clang-tidy-14 -p "$1" --quiet; then
         tell "$green" "clang-tidy has nothing to say"

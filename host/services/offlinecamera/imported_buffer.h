@@ -26,6 +26,9 @@ class ImportedBuffer {
                                                const NativeHandle& acquireFence,
                                                const Stream& stream);
 
+    // Whether a lock may have to wait.
+    bool HasFence() const { return m_fence.get() >= 0; }
+
   private:
     friend class LockedBuffer;
 
