@@ -43,11 +43,12 @@ TEST(EncodeFrames, InvertThePhysicsAndPad) {
     EXPECT_EQ(white.size(), 16u * 6);
     EXPECT_EQ(white[10] + white[16 * 4], 0);  // padding
     EXPECT_EQ(Raw10Pixel(EncodeRaw10(FlatPicture(8, 4, {0, 0, 0}), raw, {}).data(), 5), 64);
-    // Luma 0.299 * 255, then Cb and Cr.
-    const FrameGeometry nv12 = {FrameFormat::kNv12, {2, 2}, 4, 4};
-    EXPECT_EQ(EncodeNv12(FlatPicture(2, 2, {255, 0, 0}), nv12, {}),
-              (Bytes{76, 76, 0, 0, 76, 76,  0,   0,   0,   0,   0,   0,
-                     0,  0,  0, 0, 85, 255, 128, 128, 128, 128, 128, 128}));
+    // Luma 0.299 of the red of each pixel, then Cb and Cr of their mean.
+    Picture reds({2, 2});
+    for (size_t i = 0; i < 4; ++i) reds.rgb[i * 3] = Bytes{255, 100, 50, 20}[i];
+    EXPECT_EQ(EncodeNv12(reds, {FrameFormat::kNv12, {2, 2}, 4, 4}, {}),
+              (Bytes{76, 30, 0, 0, 15,  6,   0,   0,   0,   0,   0,   0,
+                     0,  0,  0, 0, 110, 181, 128, 128, 128, 128, 128, 128}));
 }
 
 TEST(EncodeRaw10, DithersSoThatShadowsKeepTheirColour) {
@@ -98,7 +99,11 @@ TEST(ResolveGeometry, ComesFromRequestNameAndSizeOrSaysWhatFits) {
         std::vector<std::string> expected;  // the geometry, or parts of the error
     } cases[] = {
             {start + "[4096]_Scanline[3072].yuv", {}, 18874368, {large}},
-            // What the name does not tell, the file's size gives.
+            // What the name does not tell, the file's size gives; what is told, counts.
+            {"any.yuv",
+             {FrameFormat::kNv12, {}, 6144, 0},
+             18874368,
+             {"nv12 6144x2048, stride 6144"}},
             {start + "[4096]_Scanline[0].yuv", {}, 18874368, {large}},
             {"any.yuv", {}, 18874368, {large}},
             {start + "[4096]_Scanline[8x].yuv", {}, 18874368, {large}},

@@ -13,6 +13,7 @@
 namespace offlineframes {
 namespace {
 
+using testing::AllOf;
 using testing::ElementsAre;
 using testing::HasSubstr;
 
@@ -108,10 +109,16 @@ TEST(Pictures, DamagedOrHugeOnesAreErrorsThatNameTheFile) {
     wrong[jpeg.size() - 40] = 0xFF;  // an end marker inside the coded data
     wrong[jpeg.size() - 39] = 0xD9;
     EXPECT_THAT(ErrorOf(ReadPicture(folder.File("x", wrong))), HasSubstr("damaged JPEG"));
-    for (const char* text : {"P6", "P6\n2 2\n255\nxxxxxxxxxxx", "P6\n40000 4\n255\nx",
-                             "P6\n11000 11000\n255\nx", "x"}) {
+    const std::pair<const char*, const char*> cases[] = {
+            {"P6", "damaged PPM"},
+            {"P6\n2 2\n255\nxxxxxxxxxxx", "damaged PPM"},
+            {"P6\n40000 4\n255\nx", "40000x4 is too large: scale it down"},
+            {"P6\n11000 11000\n255\nx", "11000x11000 is too large: scale it down"},
+            {"x", "is not a PNG, JPEG or binary PPM"},
+    };
+    for (const auto& [text, reason] : cases) {
         const std::string path = folder.File("x.ppm", BytesOf(text));
-        EXPECT_THAT(ErrorOf(ReadPicture(path)), HasSubstr(path)) << text;
+        EXPECT_THAT(ErrorOf(ReadPicture(path)), AllOf(HasSubstr(path), HasSubstr(reason)));
     }
 }
 
