@@ -38,7 +38,7 @@ constexpr size_t kJpegHeadRoom = 64 * 1024;
 // To an even size.
 Picture Reduce(offlineframes::PictureSize size, const offlineframes::RowSource& rows) {
     const uint32_t factor = (size.width + kThumbnailWidth - 1) / kThumbnailWidth;
-    Picture picture(size.width / factor & ~1u, size.height / factor & ~1u);
+    Picture picture({size.width / factor & ~1u, size.height / factor & ~1u});
     std::vector<uint8_t> row(size_t{size.width} * 3);
     std::vector<uint16_t> columns(row.size());  // which vector code adds up
     for (uint32_t y = 0; y < picture.height; ++y) {
@@ -64,21 +64,21 @@ void SetPicture(offlineframes::PictureSize size, const offlineframes::RowSource&
     const Bytes nv12 = offlineframes::EncodeNv12(
             picture, {FrameFormat::kNv12, {width, height}, width, height}, {});
     Bytes jpeg(nv12.size() * 2 + kJpegHeadRoom);
-    size_t bytes = 0;
-    const std::string problem = imaging::EncodeJpeg(
+    const auto bytes = imaging::EncodeJpeg(
             {nv12.data(), nv12.data() + size_t{width} * height, width, height, width},
-            {kQuality, 0}, jpeg.data(), jpeg.size(), &bytes);
-    if (!problem.empty()) {
-        frame->note = "no reduced picture: " + problem;
+            {kQuality, 0}, jpeg.data(), jpeg.size());
+    if (!bytes.Ok()) {
+        frame->note = "no reduced picture: " + bytes.Error();
         return;
     }
-    gchar* const text = g_base64_encode(jpeg.data(), bytes);
+    gchar* const text = g_base64_encode(jpeg.data(), bytes.Value());
     frame->picture = std::string("data:image/jpeg;base64,") + text;
     g_free(text);
 }
 
 void ExamineRaster(FrameFormat format, Frame* frame) {
-    const auto geometry = offlineframes::ResolveGeometry(frame->path, format, {}, frame->bytes);
+    const auto geometry =
+            offlineframes::ResolveGeometry(frame->path, {format, {}, 0, 0}, frame->bytes);
     const auto view = offlineframes::ViewFile(frame->path, {});
     if (!geometry.Ok() || !view.Ok()) {
         frame->note = geometry.Ok() ? view.Error() : geometry.Error();
@@ -88,8 +88,8 @@ void ExamineRaster(FrameFormat format, Frame* frame) {
     frame->height = geometry.Value().size.height;
     frame->stride = geometry.Value().stride;
     frame->scanlines = geometry.Value().scanlines;
-    const auto dump = offlineframes::ParseDumpName(frame->path);
-    if (dump && !dump->scanlines) {
+    if (offlineframes::NumberInDumpName(frame->path, "Stride") != 0 &&
+        offlineframes::NumberInDumpName(frame->path, "Scanline") == 0) {
         frame->note = "scan lines as the file's size tells: its name does not";
     }
     SetPicture(view.Value().size, view.Value().rows, frame);
@@ -114,7 +114,10 @@ void ExamineJpeg(Pictures pictures, Frame* frame) {
     Picture picture = std::move(jpeg).Value().picture;
     const offlineframes::PictureSize size = {picture.width, picture.height};
     if (pictures == Pictures::kReduced) {
-        SetPicture(size, offlineframes::RowsOf(std::move(picture)), frame);
+        const auto rows = [&](uint32_t y, uint8_t* rgb) {
+            std::copy_n(picture.Pixel(0, y), size_t{3} * size.width, rgb);
+        };
+        SetPicture(size, rows, frame);
     }
 }
 
