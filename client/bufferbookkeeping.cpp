@@ -49,7 +49,7 @@ void OfflineCameraClient::freeBuffer(native_handle* buffer) {
     }
     m_allocatedHandles.erase(held);
     CLIENT_LOGI("freeBuffer %p", static_cast<void*>(buffer));
-    // Not tested for null, as this tool is: a handle on record came from the wrapper.
+    // Kept: the wrapper is not tested for null. A handle on record came from it.
     m_grallocWrapper->freeBuffer(buffer);
 }
 

@@ -33,12 +33,13 @@ StreamBuffer OfflineCameraClient::OfflineCameraCallBacks::LendBuffer(const Strea
         const std::vector<OfflineBufferRequest>& requests,
         std::vector<OfflineStreamBufferRet>* rets, BufferRequestStatus* status) {
     const std::lock_guard<std::mutex> lock(m_bufferLock);
-    // The status is asked for and never written: each ret says how its stream went.
+    // Kept: *status is never written, so it says nothing to the caller.
     if (status == nullptr || rets == nullptr || requests.empty()) {
         return IllegalArgument();
     }
     rets->clear();
     for (const OfflineBufferRequest& request : requests) {
+        // A negative number is answered like 0.
         std::vector<StreamBuffer> buffers(
                 static_cast<size_t>(std::max(request.numBuffersRequested, 0)));
         for (StreamBuffer& buffer : buffers) {
@@ -63,9 +64,14 @@ StreamBuffer OfflineCameraClient::OfflineCameraCallBacks::LendBuffer(const Strea
             continue;
         }
         const auto id = static_cast<uint64_t>(buffer.bufferId);
-        // Only the record goes: the handle stays with the client.
-        const bool known = std::any_of(m_streamBufferMaps.begin(), m_streamBufferMaps.end(),
-                                       [id](auto& entry) { return entry.erase(id) != 0; });
+        bool known = false;
+        for (auto& lent : m_streamBufferMaps) {
+            // Only the record goes; the handle stays in m_allocatedHandles.
+            known = lent.erase(id) != 0;
+            if (known) {
+                break;
+            }
+        }
         if (!known) {
             CLIENT_LOGE("%s: unknown buffer ID %lu", __func__, static_cast<unsigned long>(id));
         }

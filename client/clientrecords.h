@@ -12,7 +12,7 @@
 
 namespace vendor::zel::hardware::camera::offlinecamera::implementation {
 
-// The client's copy of one buffer of a result: which buffer it is, without its contents.
+// Identifies one buffer of a result. Its handle and fences are not kept.
 struct ClientStreamBuffer {
     int32_t streamId = 0;
     int64_t bufferId = 0;
@@ -31,23 +31,23 @@ struct ClientFrameInfo {
     // Number of partial metadata results; 0: not yet known.
     int32_t numPartialMetadata = 0;
 
-    // Not owned: lies in the result that is being delivered, so it has a meaning only while that
-    // call runs. Null when there is none or when it is corrupt.
+    // Kept: points into the call that delivered the result, and dangles once that has returned.
+    // Null when there is no metadata or when it is corrupt.
     const camera_metadata_t* pMetadata = nullptr;
 };
 
 // One buffer allocated for a stream.
 struct ClientCaptureBuffer {
     uint32_t bufferId = 0;
-    native_handle* importedBuf = nullptr;  // owned through the client's m_allocatedHandles
+    native_handle* importedBuf = nullptr;  // the client's as long as m_allocatedHandles has it
     uint64_t bufferSize = 0;               // bytes allocated
     int32_t stride = 0;
     int32_t scanline = 0;
 };
 
-// What was allocated for one stream, and how to look at it.
+// The buffers allocated for one stream, and the stream's geometry.
 struct ClientCaptureRequest {
-    uint64_t reserved = 0;  // not read
+    uint64_t reserved = 0;  // not used
     std::vector<ClientCaptureBuffer> buffers;
     ::aidl::android::hardware::graphics::common::PixelFormat format =
             ::aidl::android::hardware::graphics::common::PixelFormat::UNSPECIFIED;

@@ -4,7 +4,7 @@
 #include <android/binder_interface_utils.h>
 #include <android/binder_manager.h>
 
-#include <string>
+#include <memory>
 
 #include "gralloc/clientlog.h"
 #include "gralloc/graphicsstartup.h"
@@ -26,13 +26,13 @@ OfflineCameraClient& OfflineCameraClient::GetInstance() {
     return instance;
 }
 
-// Failures are only logged: construction always completes.
+// Logs failures and goes on.
 OfflineCameraClient::OfflineCameraClient() {
     const GraphicsServices graphics = ConnectGraphicsServices();
     m_grallocWrapper = StartGrallocWrapper(graphics);
 
     {
-        // Non-blocking: a service that is not there now is not waited for.
+        // Does not wait for a service that is not there yet.
         const ::ndk::SpAIBinder binder(AServiceManager_checkService(kServiceInstance));
         m_service = IOfflineCameraService::fromBinder(binder);
     }
@@ -41,15 +41,16 @@ OfflineCameraClient::OfflineCameraClient() {
         CLIENT_LOGE("getService is NULL for offlinecameraservice");
     }
 
-    m_zelInterface = StartZelInterface(graphics.allocator);
+    m_zelInterface = std::make_unique<OfflineCameraZelInterface>();
+    StartZelInterface(graphics.allocator, m_zelInterface.get());
     m_reservedList.reserve(kReservedBytes / sizeof(ReservedRecord));
     CLIENT_LOGI("[AIDL] OfflineCameraClient constructor called");
 }
 
-// Runs from the exit handlers while pool threads may still exist, and takes no lock: it relies on
-// no callback arriving after the run has ended.
+// Runs in an exit handler, while pool threads still exist, and takes no lock: no callback may
+// arrive after the run has ended.
 OfflineCameraClient::~OfflineCameraClient() {
-    // Buffers of output streams are freed by the dump; one that was never dumped is kept.
+    // The dump has freed those of the output streams. Kept: one that was not dumped is not freed.
     for (const Stream& stream : m_inputStreams) {
         for (const ClientCaptureBuffer& buffer :
              m_captureRequests[static_cast<uint32_t>(stream.id)].buffers) {

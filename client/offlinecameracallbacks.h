@@ -1,4 +1,4 @@
-// The binder object through which the service delivers results and borrows buffers.
+// The binder object that the service calls to deliver results and to borrow buffers.
 #pragma once
 
 #include <aidl/android/hardware/camera/device/BufferRequestStatus.h>
@@ -22,12 +22,12 @@ using ::aidl::vendor::zel::hardware::camera::offlinecamera::OfflineBufferRequest
 using ::aidl::vendor::zel::hardware::camera::offlinecamera::OfflineCaptureResult;
 using ::aidl::vendor::zel::hardware::camera::offlinecamera::OfflineStreamBufferRet;
 
-// Its operations run on binder threads, two at once at times. An empty list, and a missing place
-// for an answer, is a service-specific error 1 "ILLEGAL_ARGUMENT"; everything else answers OK and
-// shows problems in the log only.
+// The operations run on binder threads, also two at once. They answer an empty list, or a null
+// pointer for their results, with the service-specific error 1 "ILLEGAL_ARGUMENT", and everything
+// else with OK; other problems appear only in the log.
 class OfflineCameraClient::OfflineCameraCallBacks : public BnOfflineCameraCallback {
   public:
-    // `client` is borrowed for life and may be null.
+    // `client` is borrowed and has to outlive the last call. Only notify() tests it for null.
     explicit OfflineCameraCallBacks(OfflineCameraClient* client);
     ~OfflineCameraCallBacks() override;
 
@@ -43,21 +43,19 @@ class OfflineCameraClient::OfflineCameraCallBacks : public BnOfflineCameraCallba
     ::ndk::ScopedAStatus returnStreamBuffers(const std::vector<StreamBuffer>& buffers) override;
 
   private:
-    friend struct OfflineCameraClientAccess;
-
     static ::ndk::ScopedAStatus IllegalArgument();
 
-    // One result into m_resultFrameInfos; called with the client's m_resultLock held.
+    // Adds one result to m_resultFrameInfos. The caller holds the client's m_resultLock.
     void ProcessOfflineResult(const OfflineCaptureResult& result);
     void UpdateResultFrameInfo(const OfflineFrameInfo& frameInfo, ClientFrameInfo* record);
 
-    // Allocates and lends one buffer of the stream; called with m_bufferLock held.
+    // Allocates and lends one buffer of the stream. The caller holds m_bufferLock.
     StreamBuffer LendBuffer(const Stream& stream);
 
-    OfflineCameraClient* m_client;
-    std::mutex m_bufferLock;
+    OfflineCameraClient* const m_client;
+    std::mutex m_bufferLock;  // guards the two members below; never held with m_resultLock
 
-    // One single-entry map per lent buffer.
+    // Handles by buffer id: one map per lent buffer, empty once that has been returned.
     std::vector<std::unordered_map<uint64_t, native_handle*>> m_streamBufferMaps;
     int64_t m_nextBufferId = 1;
 };

@@ -8,6 +8,7 @@
 #include <string>
 
 #include "gralloc/clientlog.h"
+#include "openfile.h"
 #include "vexofflinecameraclient.h"
 
 namespace vendor::zel::hardware::camera::offlinecamera::implementation {
@@ -52,7 +53,7 @@ const char* Extension(PixelFormat format) {
     }
 }
 
-// Two bytes per pixel of the frame; a frame too large for 31 bits ends the run.
+// Two bytes per pixel. A frame for which that exceeds 31 bits ends the process.
 uint32_t BlobSpan(uint32_t width, uint32_t height) {
     int32_t pixels = 0;
     int32_t bytes = 0;
@@ -63,9 +64,11 @@ uint32_t BlobSpan(uint32_t width, uint32_t height) {
     return static_cast<uint32_t>(bytes);
 }
 
-// Bytes to write of a locked BLOB buffer. Below the least size of a JPEG, this tool writes more
-// than the picture, for JFIF even more than the buffer: an incomplete picture is to be looked at
-// with everything around it.
+// Number of bytes to write of a locked BLOB buffer: the length of the JPEG, as a trailer says. The
+// trailer is the last eight bytes of the buffer's span, which is two bytes per pixel.
+//
+// Kept: a length below kMinJpegSize is not used. In the JFIF data space twice the span is written
+// instead, which may go beyond the buffer; in any other, a third of the span.
 uint32_t BlobImageSize(const ClientCaptureRequest& request, const char* address) {
     const uint32_t bufSize = BlobSpan(request.width, request.height);
     CameraBlob trailer;
@@ -73,6 +76,7 @@ uint32_t BlobImageSize(const ClientCaptureRequest& request, const char* address)
     memcpy(&trailer.blobSizeBytes, address + bufSize - 4, sizeof(trailer.blobSizeBytes));
 
     uint32_t imageSize = 0;
+    // Signed, as the field is: garbage with the top bit set counts as too small.
     if (trailer.blobSizeBytes >= static_cast<int32_t>(kMinJpegSize)) {
         imageSize = static_cast<uint32_t>(trailer.blobSizeBytes);
     } else if (request.dataSpace == Dataspace::JFIF) {
@@ -129,12 +133,10 @@ void OfflineCameraClient::DumpCaptureBuffer(const ClientCaptureRequest& request,
     CLIENT_LOGI("result completed buffer %p", static_cast<const void*>(address));
     if (address != nullptr) {
         const std::string name = DumpFileName(request, buffer, frameNumber);
-        FILE* file = fopen(name.c_str(), "wb");
-        if (file == nullptr) {
-            CLIENT_LOGE("%s: store fp failed", "WaitCaptureResultCompleted");
+        if (const File file = OpenFile(name.c_str(), "wb"); file != nullptr) {
+            WriteBuffer(file.get(), request, buffer, address);
         } else {
-            WriteBuffer(file, request, buffer, address);
-            fclose(file);
+            CLIENT_LOGE("%s: store fp failed", "WaitCaptureResultCompleted");
         }
         m_grallocWrapper->unlock(buffer.importedBuf);
     }
@@ -143,7 +145,7 @@ void OfflineCameraClient::DumpCaptureBuffer(const ClientCaptureRequest& request,
 
 void OfflineCameraClient::DumpResultBuffer(const ClientStreamBuffer& resultBuffer,
                                            int32_t frameNumber) {
-    // A stream id without a request gets an empty one, and dumps nothing.
+    // Kept: adds an empty request for an unknown stream id, and dumps nothing.
     const ClientCaptureRequest& request =
             m_captureRequests[static_cast<uint32_t>(resultBuffer.streamId)];
     for (const ClientCaptureBuffer& buffer : request.buffers) {

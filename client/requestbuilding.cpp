@@ -4,6 +4,7 @@
 #include <gralloctypes/Gralloc4.h>
 #include <hidl/HidlSupport.h>
 
+#include <string>
 #include <utility>
 
 #include "gralloc/clientlog.h"
@@ -15,8 +16,6 @@ using ::aidl::android::hardware::camera::device::BufferStatus;
 
 namespace {
 
-constexpr char kYuvFramePath[] = "/data/vendor/camera/offlinecameratest/4000_3000_NV12.yuv";
-constexpr char kFaceDetectionFramePath[] = "/data/vendor/camera/offlinecameratest/mmf_fd.yuv";
 constexpr size_t kFramesPerMmfRequest = 3;
 
 }  // namespace
@@ -67,45 +66,44 @@ void OfflineCameraClient::RecordCaptureBuffer(const Stream& stream, int64_t buff
     request.dataSpace = stream.dataSpace;
 }
 
-int32_t OfflineCameraClient::LoadSourceFrame(const Stream& stream, const AllocatedBuffer& buffer,
-                                             void* address, int32_t status) {
+void OfflineCameraClient::LoadSourceFrame(const Stream& stream, const AllocatedBuffer& buffer,
+                                          void* address, int32_t* status) {
     char* const destination = static_cast<char*>(address);
-    const auto width = static_cast<uint32_t>(buffer.stride);
-    const auto height = static_cast<uint32_t>(buffer.scanline);
     switch (stream.format) {
-        case PixelFormat::YCBCR_420_888:
-            if (m_opMode == kY2J) {
-                status = LoadOffineSourceYUVFrame(kYuvFramePath, destination, width, height);
-                if (status != kSuccess) {
-                    CLIENT_LOGE("load source yuv frame failed");
-                }
-            } else if (m_opMode == kMMF) {
-                status = LoadOffineSourceYUVFrame(kFaceDetectionFramePath, destination, width,
-                                                  height);
-                if (status != kSuccess) {
-                    CLIENT_LOGE("load source mmf fd frame failed");
-                }
+        case PixelFormat::YCBCR_420_888: {
+            if (m_opMode != kY2J && m_opMode != kMMF) {
+                return;
             }
-            return status;
+            const bool isMmf = m_opMode == kMMF;
+            const std::string path =
+                    kOfflineDataDirectory + (isMmf ? "mmf_fd.yuv" : "4000_3000_NV12.yuv");
+            *status = LoadOffineSourceYUVFrame(path.c_str(), destination,
+                                               static_cast<uint32_t>(buffer.stride),
+                                               static_cast<uint32_t>(buffer.scanline));
+            if (*status != kSuccess) {
+                CLIENT_LOGE(isMmf ? "load source mmf fd frame failed"
+                                  : "load source yuv frame failed");
+            }
+            return;
+        }
         case PixelFormat::RAW10:
-            status = LoadOffineSourceRawFrame(destination, buffer.stride, buffer.scanline);
-            if (status != kSuccess) {
+            *status = LoadOffineSourceRawFrame(destination, buffer.stride, buffer.scanline);
+            if (*status != kSuccess) {
                 CLIENT_LOGE("load source raw frame failed");
             }
-            return status;
+            return;
         default:
             CLIENT_LOGW("please process this stream format %d",
                         static_cast<int32_t>(stream.format));
-            return status;
     }
 }
 
-int32_t OfflineCameraClient::BuildInputFrame(size_t frame, int32_t status,
-                                             OfflineFrameInfo* frameInfo) {
+OfflineFrameInfo OfflineCameraClient::BuildInputFrame(size_t frame, int32_t* status) {
+    OfflineFrameInfo frameInfo;
     if (m_opMode == kY2J) {
-        BuildJpegOrientationMetadata(&frameInfo->metadata);
+        BuildJpegOrientationMetadata(&frameInfo.metadata);
     } else {
-        LoadOffineInputMetadata(&frameInfo->metadata);
+        LoadOffineInputMetadata(&frameInfo.metadata);
     }
     for (size_t i = 0; i < m_inputStreams.size(); ++i) {
         const Stream& stream = m_inputStreams[i];
@@ -119,13 +117,13 @@ int32_t OfflineCameraClient::BuildInputFrame(size_t frame, int32_t status,
         StreamBuffer streamBuffer = MakeStreamBuffer(stream, bufferId, buffer.handle);
         RecordCaptureBuffer(stream, bufferId, buffer);
 
-        void* address = m_grallocWrapper->lock(buffer.handle, stream.usage);
-        // A failed load does not stop the loop, and a later one that succeeds takes its place.
-        status = LoadSourceFrame(stream, buffer, address, status);
+        void* const address = m_grallocWrapper->lock(buffer.handle, stream.usage);
+        // Kept: a failed load does not stop the loop, and the next load that succeeds hides it.
+        LoadSourceFrame(stream, buffer, address, status);
         m_grallocWrapper->unlock(buffer.handle);
-        frameInfo->buffers.push_back(std::move(streamBuffer));
+        frameInfo.buffers.push_back(std::move(streamBuffer));
     }
-    return status;
+    return frameInfo;
 }
 
 int32_t OfflineCameraClient::InitOfflineRequest(const OfflineSessionConfigureInfo* streamConfig) {
@@ -137,9 +135,7 @@ int32_t OfflineCameraClient::InitOfflineRequest(const OfflineSessionConfigureInf
     OfflineRequestInfo request;
     const size_t frames = m_opMode == kMMF ? kFramesPerMmfRequest : 1;
     for (size_t frame = 0; frame < frames; ++frame) {
-        OfflineFrameInfo frameInfo;
-        status = BuildInputFrame(frame, status, &frameInfo);
-        request.inFrameInfos.push_back(std::move(frameInfo));
+        request.inFrameInfos.push_back(BuildInputFrame(frame, &status));
     }
     if (status != kSuccess) {
         return status;
@@ -147,7 +143,7 @@ int32_t OfflineCameraClient::InitOfflineRequest(const OfflineSessionConfigureInf
 
     for (size_t j = 0; j < m_outputStreams.size(); ++j) {
         const Stream& stream = m_outputStreams[j];
-        // Starts again at 1: an output may share its id with an input of another stream.
+        // Kept: starts at 1 again, so an output may have the id of an input of another stream.
         const auto bufferId = static_cast<int64_t>(j + 1);
         const AllocatedBuffer buffer = AllocateStreamBuffer(stream);
         CLIENT_LOGI(

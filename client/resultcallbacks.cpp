@@ -1,9 +1,10 @@
-// Delivery of messages and results into the client's result state.
+// Takes the messages and results that the service delivers.
 
 #include <system/camera_metadata.h>
 
 #include <mutex>
 #include <utility>
+#include <vector>
 
 #include "gralloc/clientlog.h"
 #include "offlinecameracallbacks.h"
@@ -12,8 +13,8 @@ namespace vendor::zel::hardware::camera::offlinecamera::implementation {
 
 namespace {
 
-// The block that the bytes hold, not a copy of it: it belongs to the call being handled. Null for
-// no bytes and for a block whose recorded size is not the size of the bytes.
+// The metadata block in these bytes, which still belongs to them. Null for no bytes and, with an
+// error line, for a block that records another size than theirs.
 const camera_metadata_t* convertFromAidl(const std::vector<uint8_t>& metadata) {
     if (metadata.empty()) {
         return nullptr;
@@ -50,8 +51,8 @@ OfflineCameraClient::OfflineCameraCallBacks::~OfflineCameraCallBacks() {
                                                                      "ILLEGAL_ARGUMENT");
 }
 
-// Stores without m_resultLock: a delivery never waits for the thread that looks at its messages.
-// The waiting side reads them under the lock after the signal.
+// Kept: a data race. The messages are replaced without m_resultLock while the main thread may be
+// reading them in IsShutterReceivedLocked or clearing them. In exchange, a delivery never waits.
 ::ndk::ScopedAStatus OfflineCameraClient::OfflineCameraCallBacks::notify(
         const std::vector<NotifyMsg>& msgs) {
     CLIENT_LOGI("%s: callback notify", __func__);
@@ -122,7 +123,7 @@ void OfflineCameraClient::OfflineCameraCallBacks::UpdateResultFrameInfo(
     if (isBufferUpdate) {
         AppendClientBuffers(frameInfo.buffers, &record->buffers);
     }
-    // Decided by the count, not by isMetaUpdate, which is only logged.
+    // Kept: the count decides; isMetaUpdate is only logged.
     if (isPartialMetaUpdate) {
         record->pMetadata = convertFromAidl(frameInfo.metadata);
     }

@@ -1,7 +1,7 @@
 // The small calls around a run: mode, registration, opening and closing the session.
 
+#include <memory>
 #include <string>
-#include <utility>
 
 #include "gralloc/clientlog.h"
 #include "offlinecameracallbacks.h"

@@ -11,75 +11,49 @@ namespace vendor::zel::hardware::camera::offlinecamera::implementation {
 
 namespace {
 
+constexpr auto kStandardRange = RequestAvailableDynamicRangeProfilesMap::
+        ANDROID_REQUEST_AVAILABLE_DYNAMIC_RANGE_PROFILES_MAP_STANDARD;
+
+// What differs between streams.
 struct StreamRow {
-    uint32_t id;
-    StreamType type;
-    uint32_t width;
-    uint32_t height;
-    PixelFormat format;
-    BufferUsage usage;
-    Dataspace dataSpace;
-    uint32_t bufferSize;  // bytes; 0 but for a BLOB
-    ScalerAvailableStreamUseCases useCase;
+    uint32_t id = 0;
+    StreamType type = StreamType::INPUT;
+    uint32_t width = 0;
+    uint32_t height = 0;
+    PixelFormat format = PixelFormat::UNSPECIFIED;
+    BufferUsage usage = BufferUsage::CPU_READ_OFTEN;
+    Dataspace dataSpace = Dataspace::UNKNOWN;
+    uint32_t bufferSize = 0;  // bytes of a BLOB; 0 for other formats
+    ScalerAvailableStreamUseCases useCase =
+            ScalerAvailableStreamUseCases::ANDROID_SCALER_AVAILABLE_STREAM_USE_CASES_DEFAULT;
 };
 
-constexpr auto kDefaultUse =
-        ScalerAvailableStreamUseCases::ANDROID_SCALER_AVAILABLE_STREAM_USE_CASES_DEFAULT;
-constexpr auto kStillCapture =
-        ScalerAvailableStreamUseCases::ANDROID_SCALER_AVAILABLE_STREAM_USE_CASES_STILL_CAPTURE;
-
-// A YUV output is asked for with CPU_READ_RARELY, a JPEG output with CPU_READ_OFTEN; the services
-// this tool is run against are used to it.
-constexpr StreamRow kRawInput{0,
-                              StreamType::INPUT,
-                              4096,
-                              3072,
-                              PixelFormat::RAW10,
-                              BufferUsage::CPU_READ_OFTEN,
-                              Dataspace::UNKNOWN,
-                              0,
-                              kDefaultUse};
-constexpr StreamRow kYuvInput{0,
-                              StreamType::INPUT,
-                              4000,
-                              3000,
-                              PixelFormat::YCBCR_420_888,
-                              BufferUsage::CPU_READ_OFTEN,
-                              Dataspace::UNKNOWN,
-                              0,
-                              kDefaultUse};
-constexpr StreamRow kFaceDetectionInput{1,
-                                        StreamType::INPUT,
-                                        640,
-                                        480,
-                                        PixelFormat::YCBCR_420_888,
-                                        BufferUsage::CPU_READ_OFTEN,
-                                        Dataspace::UNKNOWN,
-                                        0,
-                                        kDefaultUse};
-
-constexpr StreamRow YuvOutput(uint32_t id) {
-    return {id,
-            StreamType::OUTPUT,
-            4000,
-            3000,
-            PixelFormat::YCBCR_420_888,
-            BufferUsage::CPU_READ_RARELY,
-            Dataspace::UNKNOWN,
-            0,
-            kStillCapture};
+StreamRow Input(uint32_t id, uint32_t width, uint32_t height, PixelFormat format) {
+    StreamRow row;
+    row.id = id;
+    row.width = width;
+    row.height = height;
+    row.format = format;
+    return row;
 }
 
-// Two bytes per pixel are room enough for any JPEG of the frame.
-constexpr StreamRow kJpegOutput{1,
-                                StreamType::OUTPUT,
-                                4000,
-                                3000,
-                                PixelFormat::BLOB,
-                                BufferUsage::CPU_READ_OFTEN,
-                                Dataspace::JFIF,
-                                24000000,
-                                kStillCapture};
+StreamRow YuvOutput(uint32_t id) {
+    StreamRow row = Input(id, 4000, 3000, PixelFormat::YCBCR_420_888);
+    row.type = StreamType::OUTPUT;
+    row.usage = BufferUsage::CPU_READ_RARELY;  // kept: JpegOutput asks for OFTEN
+    row.useCase =
+            ScalerAvailableStreamUseCases::ANDROID_SCALER_AVAILABLE_STREAM_USE_CASES_STILL_CAPTURE;
+    return row;
+}
+
+StreamRow JpegOutput(uint32_t id) {
+    StreamRow row = YuvOutput(id);
+    row.usage = BufferUsage::CPU_READ_OFTEN;
+    row.format = PixelFormat::BLOB;
+    row.dataSpace = Dataspace::JFIF;
+    row.bufferSize = row.width * row.height * 2;  // room for any JPEG of the frame
+    return row;
+}
 
 struct ModeStreams {
     std::vector<StreamRow> inputs;
@@ -90,11 +64,13 @@ struct ModeStreams {
 ModeStreams StreamsOfMode(int32_t opMode) {
     switch (opMode) {
         case kB2Y:
-            return {{kRawInput}, {YuvOutput(1)}};
+            return {{Input(0, 4096, 3072, PixelFormat::RAW10)}, {YuvOutput(1)}};
         case kY2J:
-            return {{kYuvInput}, {kJpegOutput}};
+            return {{Input(0, 4000, 3000, PixelFormat::YCBCR_420_888)}, {JpegOutput(1)}};
         case kMMF:
-            return {{kRawInput, kFaceDetectionInput}, {YuvOutput(2)}};
+            return {{Input(0, 4096, 3072, PixelFormat::RAW10),
+                     Input(1, 640, 480, PixelFormat::YCBCR_420_888)},
+                    {YuvOutput(2)}};
         default:
             return {};
     }
@@ -121,8 +97,7 @@ void OfflineCameraClient::GetDummyStream(
     stream->physicalCameraId = physicalCameraId;
     stream->bufferSize = static_cast<int32_t>(bufferSize);
     stream->groupId = -1;
-    stream->dynamicRangeProfile = RequestAvailableDynamicRangeProfilesMap::
-            ANDROID_REQUEST_AVAILABLE_DYNAMIC_RANGE_PROFILES_MAP_STANDARD;
+    stream->dynamicRangeProfile = kStandardRange;
     stream->useCase = useCase;
     for (const SensorPixelMode mode : sensorPixelModes) {
         stream->sensorPixelModesUsed.push_back(mode);
@@ -137,25 +112,21 @@ int32_t OfflineCameraClient::ConfigureOfflineStreamsInfo(
         CLIENT_LOGE("streamConfig is NULL");
         return kNullGiven;
     }
+    std::vector<SensorPixelMode> pixelModes{SensorPixelMode::ANDROID_SENSOR_PIXEL_MODE_DEFAULT};
     const ModeStreams mode = StreamsOfMode(m_opMode);
     if (mode.inputs.empty()) {
         CLIENT_LOGE("invalid op mode %d", m_opMode);
         return kSuccess;
     }
-
-    std::vector<SensorPixelMode> pixelModes{SensorPixelMode::ANDROID_SENSOR_PIXEL_MODE_DEFAULT};
     const auto append = [&](const std::vector<StreamRow>& rows, std::vector<Stream>* list) {
         for (const StreamRow& row : rows) {
             Stream stream;
             GetDummyStream(&stream, row.id, row.type, row.width, row.height, row.format, row.usage,
                            row.dataSpace, StreamRotation::ROTATION_0, "", row.bufferSize, -1,
-                           pixelModes,
-                           RequestAvailableDynamicRangeProfilesMap::
-                                   ANDROID_REQUEST_AVAILABLE_DYNAMIC_RANGE_PROFILES_MAP_STANDARD,
-                           row.useCase);
+                           pixelModes, kStandardRange, row.useCase);
             list->push_back(std::move(stream));
         }
-        // The whole list, not only what is new: configuring twice sends duplicates.
+        // Kept: appends the whole list, so configuring twice sends duplicates.
         streamConfig->streams.insert(streamConfig->streams.end(), list->begin(), list->end());
     };
     append(mode.inputs, &m_inputStreams);

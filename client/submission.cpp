@@ -55,13 +55,15 @@ void OfflineCameraClient::WaitCaptureResultCompleted() {
     for (OfflineRequestInfo& request : m_offlineRequests) {
         const int32_t frameNumber = request.frameNumber;
         CLIENT_LOGI("WaitCaptureResultCompleted result frameNum is %d", frameNumber);
-        // A missing shutter is only logged: the result may still come.
+        // Kept: goes on without the shutter; the result may come all the same.
         WaitForShutter(frameNumber, kWaitLimitMs);
         const int32_t status = WaitForResult(&request, kWaitLimitMs);
         CLIENT_LOGI("WaitCaptureResultCompleted status is %d", status);
         if (status != kSuccess) {
             continue;
         }
+        // Kept: reads the map without m_resultLock from here on, although a result that arrives now
+        // changes it. The frame is in it: WaitForResult found it, and only this thread clears it.
         const auto outputResult = m_resultFrameInfos.find(static_cast<uint32_t>(frameNumber));
         if (outputResult == m_resultFrameInfos.end()) {
             CLIENT_LOGE("not receive result frame, please check it");
@@ -75,7 +77,7 @@ void OfflineCameraClient::WaitCaptureResultCompleted() {
     }
 }
 
-// A shutter that is there before the wait leaves no "received" line, as a result does.
+// Logs "received" only if it had to wait, as WaitForResult does.
 bool OfflineCameraClient::WaitForShutter(int32_t frameNumber, uint32_t timeout_ms) {
     std::unique_lock<std::mutex> lock(m_resultLock);
     CLIENT_LOGI("WaitForShutter frame %d time %d", frameNumber, timeout_ms);

@@ -1,5 +1,5 @@
 // The process-wide client of the offline camera service: one class, whose operations are the steps
-// of a run. Each group below lies in the source file that it names.
+// of a run. Each group of operations below names its source file.
 #pragma once
 
 #include <aidl/android/hardware/camera/device/NotifyMsg.h>
@@ -51,26 +51,29 @@ using ::aidl::vendor::zel::hardware::camera::offlinecamera::OfflineFrameInfo;
 using ::aidl::vendor::zel::hardware::camera::offlinecamera::OfflineRequestInfo;
 using ::aidl::vendor::zel::hardware::camera::offlinecamera::OfflineSessionConfigureInfo;
 
-// Results of client operations; the waits give kTimedOut instead.
+// Results of client operations; a wait returns kSuccess or kTimedOut.
 enum ClientStatus : int32_t {
     kSuccess = 0,
-    kFailed = 1,       // a service call failed, or a file read came short
+    kFailed = 1,       // a service call failed, or a file was too short
     kNullGiven = 4,    // a required reference was null
     kOpenFailed = 5,   // a source file could not be opened
-    kTimedOut = -110,  // what was waited for did not come
+    kTimedOut = -110,  // no result in time
 };
 
 // Operation modes; only B2Y, Y2J and MMF have streams.
 enum OpMode : int32_t { kB2Y = 0, kY2J = 1, kY2Y = 2, kMMF = 3, kQLL = 4, kR2R = 5 };
 
 // Where source frames are read and outputs are dumped, with its trailing slash.
-extern const std::string kOfflineDataDirectory;
+inline const std::string kOfflineDataDirectory = "/data/vendor/camera/offlinecameratest/";
 
-// The main thread runs every operation here and is the only one that waits; the callback object
-// fills the result state from binder threads. m_resultLock guards m_resultFrameInfos. Service and
-// session references are not tested before most calls: without a service the run ends at the first
-// call through the empty reference. That is this tool's behaviour, as its error line says all there
-// is to say.
+// The main thread runs a test and is the only one that waits. Meanwhile the service calls the
+// callback object on binder threads, and it changes three members:
+// - m_resultFrameInfos, under m_resultLock. The main thread takes this lock, too, except for dumps.
+// - m_notifyMessages, without a lock: see notify() in resultcallbacks.cpp.
+// - m_allocatedHandles, when it lends a buffer, without a lock that the main thread takes.
+//
+// Kept: service and session references are not tested before most calls. Without a service, the
+// process dies at the first call; the constructor's error line is the only diagnosis.
 class OfflineCameraClient {
   public:
     class OfflineCameraCallBacks;  // offlinecameracallbacks.h
@@ -88,34 +91,34 @@ class OfflineCameraClient {
     // Stores the mode for ConfigureOfflineStreams; does not call the service.
     void setOpMode(int32_t opMode);
 
-    // Makes the callback known to the service, whose answer is not examined.
+    // Makes the callback known to the service. Logs the same whether that works or not.
     void registerClient(int32_t clientId);
 
-    // Opens a session. A failure shows only in the missing log line.
+    // Opens a session. The only sign of a failure is that the log line is missing.
     void OpenOfflineSession(std::string clientName);
 
-    // Closes the open session, if any; its reference stays until the client's destruction.
+    // Closes the session, if there is one. Its reference stays until the client's destruction.
     void CloseOfflineSession();
 
     // --- streamconfiguration.cpp ---------------------------------------------------------------
 
-    // Builds the mode's streams and sends them to the session: 0 accepted, 1 otherwise.
+    // Builds the mode's streams and sends them to the session. Returns 0, or 1 if that fails.
     int32_t ConfigureOfflineStreams(std::string cameraId);
 
     // --- submission.cpp ------------------------------------------------------------------------
 
-    // Builds the request and submits it: 0; 1 the call failed; 4 no session; or the builder's code.
+    // Builds the request and submits it. Returns 0; 1 if the call fails; 4 without a session; or
+    // what InitOfflineRequest returned.
     int32_t ProcessOfflineRequest();
 
-    // Waits up to 5 s for each request's shutter and up to 5 s for its result, and dumps complete
-    // results. Outcomes are logged.
+    // Waits up to 5 s for each request's shutter, then up to 5 s for its result, which it dumps.
     void WaitCaptureResultCompleted();
 
-    // Empties what callbacks have left.
+    // Forgets all results and messages.
     void ClearResultsAndMessages();
 
   private:
-    // For the workstation's plane-layout provider and for tests, which define it themselves.
+    // For the workstation's plane-layout provider and the benchmarks, which define it themselves.
     friend struct OfflineCameraClientAccess;
 
     OfflineCameraClient();
@@ -123,8 +126,8 @@ class OfflineCameraClient {
 
     // --- streamconfiguration.cpp ---------------------------------------------------------------
 
-    // Resets *stream and fills it. rotation, groupId and dynamicRangeProfile have one value in
-    // every stream of this tool, which is written whatever is given.
+    // Resets *stream and fills it. Kept: rotation, groupId and dynamicRangeProfile are ignored, as
+    // they are the same in every stream.
     static void GetDummyStream(Stream* stream, uint32_t id, StreamType type, uint32_t width,
                                uint32_t height, PixelFormat format, BufferUsage usage,
                                Dataspace dataSpace, StreamRotation rotation,
@@ -133,54 +136,58 @@ class OfflineCameraClient {
                                RequestAvailableDynamicRangeProfilesMap dynamicRangeProfile,
                                ScalerAvailableStreamUseCases useCase);
 
-    // Appends the mode's streams to the stream lists and to streamConfig: 0, or 4 for null. A mode
-    // without streams is logged and still gives 0: refusing it is the service's decision.
+    // Appends the mode's streams to the stream lists and to *streamConfig. Returns 0, or 4 for
+    // null. Kept: also 0, with an error line, for a mode without streams, which the service may
+    // refuse.
     int32_t ConfigureOfflineStreamsInfo(OfflineSessionConfigureInfo* streamConfig);
 
     // --- sourceloading.cpp ---------------------------------------------------------------------
 
-    // Reads an NV12 file of width x height into a locked buffer of the same stride and scan
-    // lines: 0 loaded, 1 short read, 5 not opened.
+    // Reads an NV12 file into a locked buffer. Both have rows of `width` bytes, `height` of them in
+    // the luma plane. Returns 0; 1 if the file is too short; 5 if it cannot be opened.
     static int32_t LoadOffineSourceYUVFrame(const char* path, char* buffer, uint32_t width,
                                             uint32_t height);
 
-    // Reads `scanline` rows of `stride` bytes of the RAW10 file into a locked buffer; as above.
+    // Reads `scanline` rows of `stride` bytes of the RAW10 file into a locked buffer. Returns as
+    // above.
     static int32_t LoadOffineSourceRawFrame(char* buffer, int32_t stride, int32_t scanline);
 
-    // Fills a frame's input metadata from the dump file; leaves it alone when there is none.
+    // Replaces a frame's metadata by the dump file's; leaves it alone when there is none.
     static void LoadOffineInputMetadata(std::vector<uint8_t>* metadata);
 
-    // Fills a frame's input metadata with the one entry that Y2J needs.
+    // Replaces a frame's metadata by the one entry that Y2J needs.
     static void BuildJpegOrientationMetadata(std::vector<uint8_t>* metadata);
 
     // --- requestbuilding.cpp -------------------------------------------------------------------
 
-    // One freshly allocated buffer. A null handle leaves sizes at 0.
+    // A new buffer. With a null handle, scanline and allocationSize are 0.
     struct AllocatedBuffer {
         native_handle* handle = nullptr;
-        uint32_t width = 0;  // as allocated: bytes for a BLOB
-        uint32_t height = 0;
-        int32_t stride = 0;
-        int32_t scanline = 0;
+        uint32_t width = 0;           // as allocated: pixels; of a BLOB, bytes
+        uint32_t height = 0;          // of a BLOB, 1
+        int32_t stride = 0;           // as the allocator says
+        int32_t scanline = 0;         // rows of the luma or raw plane
         uint64_t allocationSize = 0;  // bytes
     };
 
-    // Appends one request to m_offlineRequests: 0; 4 for null; or the failing load's code, with
-    // nothing appended.
+    // Appends one request to m_offlineRequests. Returns 0; or, with nothing appended, 4 for null or
+    // the status of the last load.
     int32_t InitOfflineRequest(const OfflineSessionConfigureInfo* streamConfig);
 
-    // One frame's metadata and filled input buffers; returns the status of the last load, or the
-    // one given if nothing was loaded.
-    int32_t BuildInputFrame(size_t frame, int32_t status, OfflineFrameInfo* frameInfo);
+    // Builds a request's frame `frame`, from 0: its metadata and its filled input buffers. Sets
+    // *status to that of the last load, if there is one.
+    OfflineFrameInfo BuildInputFrame(size_t frame, int32_t* status);
 
-    // Fills a locked buffer from the source file of its stream's format.
-    int32_t LoadSourceFrame(const Stream& stream, const AllocatedBuffer& buffer, void* address,
-                            int32_t status);
+    // Fills a locked buffer from the source file for the mode and the stream's format, and sets
+    // *status to the loader's result. Without such a file, leaves both alone.
+    void LoadSourceFrame(const Stream& stream, const AllocatedBuffer& buffer, void* address,
+                         int32_t* status);
 
-    // Allocates a buffer for the stream and records its handle in m_allocatedHandles.
+    // Allocates a buffer for the stream and adds its handle to m_allocatedHandles. Also called on
+    // binder threads.
     AllocatedBuffer AllocateStreamBuffer(const Stream& stream);
 
-    // The wire form of a buffer, with duplicates of its descriptors.
+    // The buffer as it is sent, with duplicates of its descriptors.
     static StreamBuffer MakeStreamBuffer(const Stream& stream, int64_t bufferId,
                                          const native_handle* handle);
 
@@ -189,6 +196,7 @@ class OfflineCameraClient {
 
     // --- submission.cpp ------------------------------------------------------------------------
 
+    // The waits take m_resultLock; callers of the other two hold it.
     bool WaitForShutter(int32_t frameNumber, uint32_t timeout_ms);
     bool IsShutterReceivedLocked(int32_t frameNumber);
     int32_t WaitForResult(OfflineRequestInfo* request, uint32_t timeout_ms);
@@ -196,7 +204,7 @@ class OfflineCameraClient {
 
     // --- outputdump.cpp ------------------------------------------------------------------------
 
-    // Writes each of the client's buffers that the result names to its file, and frees it.
+    // Writes the client's buffers of this stream and id to files and frees them.
     void DumpResultBuffer(const ClientStreamBuffer& resultBuffer, int32_t frameNumber);
     void DumpCaptureBuffer(const ClientCaptureRequest& request, const ClientCaptureBuffer& buffer,
                            int32_t frameNumber);
@@ -208,24 +216,22 @@ class OfflineCameraClient {
 
     // --- bufferbookkeeping.cpp -----------------------------------------------------------------
 
-    // Frees the handle through the wrapper if it is still on record; silent otherwise.
+    // Frees the buffer if m_allocatedHandles still has it; otherwise does and logs nothing.
     void freeBuffer(native_handle* buffer);
 
-    // Whether both name the same (stream, buffer) pairs, in any order.
+    // Whether both have the same pairs of stream id and buffer id, in any order.
     bool ContainsTheSameBuffers(std::vector<ClientStreamBuffer>* result,
                                 std::vector<StreamBuffer>* request);
 
-    // The order is the order of construction; destruction runs the other way, so that buffers can
-    // be freed through the wrapper until the end.
+    // Members are destroyed last first, so the wrapper goes after everything that holds buffers.
 
-    // Not set by the constructor: the instance lies in zero-initialised storage.
-    int32_t m_returnFrameNumber;
+    int32_t m_returnFrameNumber;  // 0 at first, as GetInstance()'s object is zero-initialised
     std::unique_ptr<OfflineCameraGralloc> m_grallocWrapper;
     std::unordered_set<native_handle*> m_allocatedHandles;
     std::unordered_map<uint32_t, ClientCaptureRequest> m_captureRequests;  // by stream id
     std::shared_ptr<IOfflineCameraService> m_service;
 
-    // Placeholders: constructed and destroyed, not used.
+    // Placeholders, with m_reservedList: constructed and destroyed, not used.
     struct SpareFields {
         int32_t number = 0;
         uint8_t flag = 0;
@@ -238,7 +244,7 @@ class OfflineCameraClient {
     SpareFields m_spareFields;
 
     OfflineSessionConfigureInfo m_configureInfo;
-    int32_t m_opMode;  // not set by the constructor, as m_returnFrameNumber
+    int32_t m_opMode;  // 0 at first, as m_returnFrameNumber
     std::vector<ReservedRecord> m_reservedList;
     std::vector<OfflineRequestInfo> m_offlineRequests;
     std::shared_ptr<IOfflineCameraSession> m_offlineSession;
@@ -249,7 +255,7 @@ class OfflineCameraClient {
     std::vector<Stream> m_inputStreams;
     std::vector<Stream> m_outputStreams;
     std::unique_ptr<OfflineCameraZelInterface> m_zelInterface;
-    std::unordered_map<uint32_t, ClientFrameInfo> m_frameInfos;        // only ever cleared
+    std::unordered_map<uint32_t, ClientFrameInfo> m_frameInfos;        // stays empty
     std::unordered_map<uint32_t, ClientFrameInfo> m_resultFrameInfos;  // by frame number
     std::vector<NotifyMsg> m_notifyMessages;                           // of the latest notify
 };

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <cstring>
 #include <iostream>
+#include <optional>
 #include <string>
 
 #include "client/vexofflinecameraclient.h"
@@ -16,15 +17,16 @@ namespace client = ::vendor::zel::hardware::camera::offlinecamera::implementatio
 
 #define DRIVER_LOGI(...) __android_log_print(ANDROID_LOG_INFO, "OfflineCameraTest", __VA_ARGS__)
 
+void printHelp();
+
 namespace {
 
-// Where the client's input and output files lie; the driver itself does not read it.
-[[maybe_unused]] const std::string kTestDataDirectory = "/data/vendor/camera/offlinecameratest/";
+// Kept: the driver does not read it.
+[[maybe_unused]] const std::string kTestDataDirectory = client::kOfflineDataDirectory;
 
 constexpr uint32_t kMaxBinderThreads = 6;
 constexpr int32_t kCallbackOnly = 255;
 constexpr int kUsageError = -1;
-constexpr int kNoTestRun = 0;
 
 struct TestCommand {
     const char* word;
@@ -35,12 +37,12 @@ struct TestCommand {
 constexpr TestCommand kTestCommands[] = {
         {"B2Y", client::kB2Y, "opMode: B2Y="}, {"Y2J", client::kY2J, "opMode: Y2J="},
         {"Y2Y", client::kY2Y, "opMode: Y2Y="}, {"MMF", client::kMMF, "opMode: MMF="},
-        {"QLL", client::kQLL, "opMode: MMF="},  // shares MMF's label by design
+        {"QLL", client::kQLL, "opMode: MMF="},  // kept: MMF's label
         {"R2R", client::kR2R, "opMode: R2R="}, {"callback", kCallbackOnly, "callback only mode="},
 };
 
 void PrintLine(const char* line) {
-    std::cout << line << std::endl;  // flushed, so that a run that hangs or dies shows its progress
+    std::cout << line << std::endl;  // flushed: a run that hangs or crashes shows its progress
 }
 
 void PrintUsageHint() {
@@ -59,6 +61,47 @@ const TestCommand* FindTestCommand(const std::string& word) {
     return nullptr;
 }
 
+struct Options {
+    std::optional<std::string> command;  // none: the program ends with exitStatus
+    int exitStatus = 0;
+};
+
+// Kept: -h, an unknown option and a missing argument end the program with status -1 when they come
+// first, and with 0 after a -t.
+Options ParseOptions(int argc, char** argv) {
+    constexpr char kOptions[] = "t:h";
+    int option = getopt(argc, argv, kOptions);
+    if (option == -1) {
+        PrintUsageHint();
+    }
+    Options options{{}, option == 't' ? 0 : kUsageError};
+    while (option == 't') {
+        options.command = optarg;
+        option = getopt(argc, argv, kOptions);
+    }
+    if (option == 'h') {
+        printHelp();
+    }
+    if (option != -1) {
+        options.command.reset();
+    }
+    return options;
+}
+
+void RunOfflineTest(OfflineCameraClient& offlineClient, int32_t opMode) {
+    offlineClient.setOpMode(opMode);
+    offlineClient.OpenOfflineSession("offlincameratest");  // kept: the spelling
+    if (offlineClient.ConfigureOfflineStreams("2") == 0) {
+        DRIVER_LOGI("ProcessOfflineRequest");
+        if (offlineClient.ProcessOfflineRequest() == 0) {
+            DRIVER_LOGI("WaitCaptureResultCompleted");
+            offlineClient.WaitCaptureResultCompleted();
+        }
+    }
+    offlineClient.ClearResultsAndMessages();
+    offlineClient.CloseOfflineSession();
+}
+
 }  // namespace
 
 void printHelp() {
@@ -74,61 +117,13 @@ void printHelp() {
     PrintLine("**********************************");
 }
 
-namespace {
-
-// Takes the command from the options: true to run it, false to end with *exitStatus. The first
-// option alone decides whether this is a usage error: -h is one when it comes first, and ends
-// quietly after a -t.
-bool ParseOptions(int argc, char** argv, std::string* command, int* exitStatus) {
-    constexpr char kOptions[] = "t:h";
-    int option = getopt(argc, argv, kOptions);
-    if (option != 't') {
-        if (option == -1) {
-            PrintUsageHint();
-        } else if (option == 'h') {
-            printHelp();
-        }
-        *exitStatus = kUsageError;
-        return false;
-    }
-    while (option == 't') {
-        *command = optarg;
-        option = getopt(argc, argv, kOptions);
-    }
-    if (option == -1) {
-        return true;
-    }
-    if (option == 'h') {
-        printHelp();
-    }
-    *exitStatus = kNoTestRun;
-    return false;
-}
-
-void RunOfflineTest(OfflineCameraClient& offlineClient, int32_t opMode) {
-    offlineClient.setOpMode(opMode);
-    offlineClient.OpenOfflineSession("offlincameratest");  // the name that services know
-    if (offlineClient.ConfigureOfflineStreams("2") == 0) {
-        DRIVER_LOGI("ProcessOfflineRequest");
-        if (offlineClient.ProcessOfflineRequest() == 0) {
-            DRIVER_LOGI("WaitCaptureResultCompleted");
-            offlineClient.WaitCaptureResultCompleted();
-        }
-    }
-    offlineClient.ClearResultsAndMessages();
-    offlineClient.CloseOfflineSession();
-}
-
-}  // namespace
-
 int main(int argc, char** argv) {
-    std::string word;
-    int exitStatus = 0;
-    if (!ParseOptions(argc, argv, &word, &exitStatus)) {
-        return exitStatus;
+    const Options options = ParseOptions(argc, argv);
+    if (!options.command.has_value()) {
+        return options.exitStatus;
     }
-    std::cout << "cmd: -t=" << word << std::endl;
-    const TestCommand* command = FindTestCommand(word);
+    std::cout << "cmd: -t=" << *options.command << std::endl;
+    const TestCommand* const command = FindTestCommand(*options.command);
     if (command == nullptr) {
         printHelp();
         return kUsageError;
@@ -138,7 +133,7 @@ int main(int argc, char** argv) {
 
     DRIVER_LOGI("%s: offline camera client connect to service ", __func__);
     OfflineCameraClient& offlineClient = OfflineCameraClient::GetInstance();
-    // Callbacks may arrive only once the client exists.
+    // Only now: callbacks use the client from the pool's threads.
     ABinderProcess_setThreadPoolMaxThreadCount(kMaxBinderThreads);
     ABinderProcess_startThreadPool();
 

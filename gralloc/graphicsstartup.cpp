@@ -25,8 +25,8 @@ constexpr uint32_t kLastKnownMapperVersion = AIMAPPER_VERSION_5;
 
 using LoadIMapper = AIMapper_Error (*)(AIMapper** outImplementation);
 
-// Written by the loader and kept even when the mapper is then rejected: a later start-up in the
-// same process takes it from here without the version test.
+// What the loader wrote, also when its mapper was then refused: the next start-up in this process
+// takes it without the version test. Main thread only.
 AIMapper* s_aiMapper = nullptr;
 
 std::string AllocatorInstance() {
@@ -36,18 +36,6 @@ std::string AllocatorInstance() {
 std::shared_ptr<IAllocator> FindAllocator(const std::string& instance) {
     const ::ndk::SpAIBinder binder(AServiceManager_checkService(instance.c_str()));
     return IAllocator::fromBinder(binder);
-}
-
-std::string MapperLibraryName() {
-    std::string suffix = kDefaultMapperSuffix;
-    const std::shared_ptr<IAllocator> allocator = FindAllocator(AllocatorInstance());
-    if (allocator != nullptr) {
-        // Unexamined: after a failure the suffix is whatever the call left in it.
-        allocator->getIMapperLibrarySuffix(&suffix);
-    } else {
-        CLIENT_LOGW("Unable to get allocator, using previously known IMapper library suffix 'zel'");
-    }
-    return "mapper." + suffix + ".so";
 }
 
 bool IsKnownVersion(void* library) {
@@ -69,14 +57,22 @@ AIMapper* LoadAIMapper() {
         CLIENT_LOGI("Using previously loaded IMapper library.");
         return s_aiMapper;
     }
-    const std::string name = MapperLibraryName();
-    // Never closed: the mapper's code must stay for the life of the process.
-    void* library = android_load_sphal_library(name.c_str(), RTLD_NOW);
+    std::string suffix = kDefaultMapperSuffix;
+    const std::shared_ptr<IAllocator> allocator = FindAllocator(AllocatorInstance());
+    if (allocator != nullptr) {
+        // The status is not examined: after a failure the suffix is what the call left in it.
+        allocator->getIMapperLibrarySuffix(&suffix);
+    } else {
+        CLIENT_LOGW("Unable to get allocator, using previously known IMapper library suffix 'zel'");
+    }
+    const std::string name = "mapper." + suffix + ".so";
+    // Never closed, even when it is refused: s_aiMapper may point into it.
+    void* const library = android_load_sphal_library(name.c_str(), RTLD_NOW);
     if (library == nullptr) {
         CLIENT_LOGE("Failed to load %s", name.c_str());
         return nullptr;
     }
-    // Called without a null test, as this tool does: a library without its one entry ends the run.
+    // Kept: a library without this entry ends the process here.
     const auto load = reinterpret_cast<LoadIMapper>(dlsym(library, kLoaderSymbol));
     const AIMapper_Error error = load(&s_aiMapper);
     if (error != AIMAPPER_ERROR_NONE) {
@@ -86,13 +82,14 @@ AIMapper* LoadAIMapper() {
     return IsKnownVersion(library) ? s_aiMapper : nullptr;
 }
 
-// The start-up of the record; gives the reason of a failure, or null.
+// Returns the reason of a failure, or null.
 const char* FillZelInterface(const std::shared_ptr<IAllocator>& allocator,
                              OfflineCameraZelInterface* record) {
     if (allocator == nullptr) {
         return "zelAllocator getService failed";
     }
     record->m_allocator = allocator;
+    // Kept, though it cannot be true: the record is new, and only the line below sets its mapper.
     if (record->m_aiMapper != nullptr) {
         return nullptr;
     }
@@ -106,7 +103,7 @@ GraphicsServices ConnectGraphicsServices() {
     GraphicsServices services;
     services.mapper = HidlMapper::getService("default", false);
     const std::string instance = AllocatorInstance();
-    // Says "mapper", though the name is the allocator's.
+    // Kept: says "mapper", though the name is the allocator's.
     CLIENT_LOGI("mapper %s", instance.c_str());
     services.allocator = FindAllocator(instance);
     return services;
@@ -119,22 +116,20 @@ std::unique_ptr<OfflineCameraGralloc> StartGrallocWrapper(const GraphicsServices
     CLIENT_LOGD("Using AIDL IAllocator + HIDL IMapper v4.0");
     auto wrapper = std::make_unique<OfflineCameraGralloc>(services.allocator, services.mapper);
     if (services.mapper->isRemote()) {
-        // Says "passthrough" of a mapper that is remote; the line depends on nothing else.
+        // Kept: says "passthrough", though this mapper is remote.
         CLIENT_LOGE("Mapper is in passthrough mode");
     }
     return wrapper;
 }
 
-std::unique_ptr<OfflineCameraZelInterface> StartZelInterface(
-        const std::shared_ptr<IAllocator>& allocator) {
-    auto record = std::make_unique<OfflineCameraZelInterface>();
-    const char* failure = FillZelInterface(allocator, record.get());
+void StartZelInterface(const std::shared_ptr<IAllocator>& allocator,
+                       OfflineCameraZelInterface* record) {
+    const char* const failure = FillZelInterface(allocator, record);
     if (failure != nullptr) {
         CLIENT_LOGE("Gralloc Init failed, reason %s", failure);
         record->m_aiMapper = nullptr;
         record->m_allocator.reset();
     }
-    return record;
 }
 
 }  // namespace vendor::zel::hardware::camera::offlinecamera::implementation

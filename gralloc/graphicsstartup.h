@@ -12,7 +12,7 @@
 
 namespace vendor::zel::hardware::camera::offlinecamera::implementation {
 
-// What the platform offers at start-up; either may be empty.
+// What the platform offers at start-up; each may be null.
 struct GraphicsServices {
     ::android::sp<::android::hardware::graphics::mapper::V4_0::IMapper> mapper;
     std::shared_ptr<::aidl::android::hardware::graphics::allocator::IAllocator> allocator;
@@ -21,13 +21,14 @@ struct GraphicsServices {
 // Looks both services up without waiting for the allocator.
 GraphicsServices ConnectGraphicsServices();
 
-// The buffer wrapper over both services; null, without a line, when either is missing.
+// The buffer wrapper over both services; null, without a log line, when either is missing.
 std::unique_ptr<OfflineCameraGralloc> StartGrallocWrapper(const GraphicsServices& services);
 
-// The interface record: the allocator, and the mapper of the library that the allocator names.
-// Never null; both of its members are empty after a failure, which is logged.
-std::unique_ptr<OfflineCameraZelInterface> StartZelInterface(
+// Fills a new record: the allocator, and the mapper of the library that the allocator names. After
+// a failure, which is logged, both are null.
+void StartZelInterface(
         const std::shared_ptr<::aidl::android::hardware::graphics::allocator::IAllocator>&
-                allocator);
+                allocator,
+        OfflineCameraZelInterface* record);
 
 }  // namespace vendor::zel::hardware::camera::offlinecamera::implementation

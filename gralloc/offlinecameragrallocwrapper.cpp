@@ -23,11 +23,11 @@ using HidlPixelFormat = ::android::hardware::graphics::common::V1_2::PixelFormat
 
 namespace {
 
-// A failed transport's Return ends the process when it is destroyed unexamined; here such a
-// failure only means that the callback was never called.
+// Lets a failed transport pass, as the callback was not called then, which says enough. A failed
+// Return ends the process if it is destroyed without having been examined.
 template <class ReturnT>
-bool Transported(const ReturnT& ret) {
-    return ret.isOk();
+void IgnoreTransport(const ReturnT& ret) {
+    static_cast<void>(ret.isOk());
 }
 
 }  // namespace
@@ -54,7 +54,7 @@ hidl_vec<uint8_t> OfflineCameraGrallocWrapper<AllocatorT, MapperT, SharedPtrT>::
     info.reservedSize = 0;
 
     hidl_vec<uint8_t> descriptor;
-    Transported(m_mapper->createDescriptor(
+    IgnoreTransport(m_mapper->createDescriptor(
             info, [&descriptor](Error error, const hidl_vec<uint8_t>& created) {
                 if (error != Error::NONE) {
                     CLIENT_LOGE("Failed to create descriptor: %d", static_cast<int32_t>(error));
@@ -66,13 +66,22 @@ hidl_vec<uint8_t> OfflineCameraGrallocWrapper<AllocatorT, MapperT, SharedPtrT>::
 }
 
 template <class AllocatorT, class MapperT, template <class> class SharedPtrT>
+bool OfflineCameraGrallocWrapper<AllocatorT, MapperT, SharedPtrT>::Succeeded(
+        Error error, const char* operation, const void* buffer) const {
+    if (error != Error::NONE) {
+        CLIENT_LOGE("Failed to %s buffer %p: %d", operation, buffer, static_cast<int32_t>(error));
+    }
+    return error == Error::NONE;
+}
+
+template <class AllocatorT, class MapperT, template <class> class SharedPtrT>
 native_handle* OfflineCameraGrallocWrapper<AllocatorT, MapperT, SharedPtrT>::allocate(
         uint32_t width, uint32_t height, PixelFormat format, BufferUsage usage, int32_t* stride) {
-    // An empty descriptor goes to the allocator as it is: refusing it is the allocator's part.
+    // After a failure an empty descriptor goes to the allocator, which refuses it.
     const std::vector<uint8_t> descriptor = getDescriptor(width, height, format, usage);
 
     AllocationResult result;
-    // The HIDL mapper's descriptors are only understood by the older form of the operation.
+    // Only this form of allocate(), deprecated since, takes the descriptors of a HIDL mapper.
 #pragma clang diagnostic push
 #pragma clang diagnostic ignored "-Wdeprecated-declarations"
     const ::ndk::ScopedAStatus status = m_allocator->allocate(descriptor, 1, &result);
@@ -88,12 +97,13 @@ native_handle* OfflineCameraGrallocWrapper<AllocatorT, MapperT, SharedPtrT>::all
         return nullptr;
     }
 
-    // The raw handle borrows the result's descriptors: only its structure is deleted here.
+    // The raw handle borrows its descriptors from `result`, which closes them. Only its structure
+    // is deleted here.
     const auto& aidlHandle = result.buffers[0];
-    native_handle* raw = aidlHandle.fds.empty() && aidlHandle.ints.empty()
-                                 ? nullptr
-                                 : ::android::makeFromAidl(aidlHandle);
-    native_handle* imported = importBuffer(hidl_handle(raw));
+    native_handle* const raw = aidlHandle.fds.empty() && aidlHandle.ints.empty()
+                                       ? nullptr
+                                       : ::android::makeFromAidl(aidlHandle);
+    native_handle* const imported = importBuffer(hidl_handle(raw));
     *stride = result.stride;
     native_handle_delete(raw);
     return imported;
@@ -103,14 +113,10 @@ template <class AllocatorT, class MapperT, template <class> class SharedPtrT>
 native_handle* OfflineCameraGrallocWrapper<AllocatorT, MapperT, SharedPtrT>::importBuffer(
         const hidl_handle& raw) {
     native_handle* imported = nullptr;
-    Transported(m_mapper->importBuffer(raw, [&raw, &imported](Error error, void* buffer) {
-        if (error != Error::NONE) {
-            CLIENT_LOGE("Failed to import buffer %p: %d",
-                        static_cast<const void*>(raw.getNativeHandle()),
-                        static_cast<int32_t>(error));
-            return;
+    IgnoreTransport(m_mapper->importBuffer(raw, [this, &raw, &imported](Error error, void* buffer) {
+        if (Succeeded(error, "import", raw.getNativeHandle())) {
+            imported = static_cast<native_handle*>(buffer);
         }
-        imported = static_cast<native_handle*>(buffer);
     }));
     return imported;
 }
@@ -130,27 +136,20 @@ void* OfflineCameraGrallocWrapper<AllocatorT, MapperT, SharedPtrT>::lock(native_
     const typename MapperT::Rect wholeBuffer{};
     const hidl_handle noFence;
     void* address = nullptr;
-    Transported(m_mapper->lock(buffer, static_cast<uint64_t>(usage), wholeBuffer, noFence,
-                               [buffer, &address](Error error, void* data) {
-                                   if (error != Error::NONE) {
-                                       CLIENT_LOGE("Failed to lock buffer %p: %d",
-                                                   static_cast<void*>(buffer),
-                                                   static_cast<int32_t>(error));
-                                       return;
-                                   }
-                                   address = data;
-                               }));
+    IgnoreTransport(m_mapper->lock(buffer, static_cast<uint64_t>(usage), wholeBuffer, noFence,
+                                   [this, buffer, &address](Error error, void* data) {
+                                       if (Succeeded(error, "lock", buffer)) {
+                                           address = data;
+                                       }
+                                   }));
     return address;
 }
 
 template <class AllocatorT, class MapperT, template <class> class SharedPtrT>
 void OfflineCameraGrallocWrapper<AllocatorT, MapperT, SharedPtrT>::unlock(native_handle* buffer) {
-    Transported(m_mapper->unlock(
-            buffer, [buffer](Error error, const hidl_handle& /*releaseFence: ignored*/) {
-                if (error != Error::NONE) {
-                    CLIENT_LOGE("Failed to unlock buffer %p: %d", static_cast<void*>(buffer),
-                                static_cast<int32_t>(error));
-                }
+    IgnoreTransport(m_mapper->unlock(
+            buffer, [this, buffer](Error error, const hidl_handle& /*releaseFence: ignored*/) {
+                Succeeded(error, "unlock", buffer);
             }));
 }
 
@@ -158,15 +157,12 @@ template <class AllocatorT, class MapperT, template <class> class SharedPtrT>
 void OfflineCameraGrallocWrapper<AllocatorT, MapperT, SharedPtrT>::get(native_handle* buffer,
                                                                        const MetadataType& type,
                                                                        Metadata* out) {
-    Transported(m_mapper->get(
-            buffer, type, [buffer, out](Error error, const hidl_vec<uint8_t>& metadata) {
-                if (error != Error::NONE) {
-                    // Says "unlock" as unlock() does: the two operations share this text.
-                    CLIENT_LOGE("Failed to unlock buffer %p: %d", static_cast<void*>(buffer),
-                                static_cast<int32_t>(error));
-                    return;
+    IgnoreTransport(m_mapper->get(
+            buffer, type, [this, buffer, out](Error error, const hidl_vec<uint8_t>& metadata) {
+                // Kept: this failure is logged as "unlock", too.
+                if (Succeeded(error, "unlock", buffer)) {
+                    *out = metadata;
                 }
-                *out = metadata;
             }));
 }
 

@@ -15,11 +15,11 @@
 
 namespace vendor::zel::hardware::camera::offlinecamera::implementation {
 
-// Stateless beyond its two references and without a lock; called from the main thread and from
-// binder threads. An operation that fails logs one error line and answers null, empty or false.
+// Holds two references and no other state; takes no lock. Any thread. An operation that fails logs
+// one error line and answers null, empty or false; when the call to the mapper itself fails, only
+// freeBuffer() logs. A result that comes together with an error is not taken.
 //
-// Every handle that goes in or out, except a raw one, is an imported handle: it owns its own
-// descriptors and ends with freeBuffer().
+// A native_handle* is an imported handle: it owns its descriptors, and freeBuffer() ends it.
 template <class AllocatorT, class MapperT, template <class> class SharedPtrT>
 class OfflineCameraGrallocWrapper {
   public:
@@ -35,38 +35,47 @@ class OfflineCameraGrallocWrapper {
     OfflineCameraGrallocWrapper(const OfflineCameraGrallocWrapper&) = delete;
     OfflineCameraGrallocWrapper& operator=(const OfflineCameraGrallocWrapper&) = delete;
 
-    // Allocates and imports one buffer of width x height samples. Returns the imported handle, or
-    // null; *stride is written as soon as the allocator has delivered a buffer.
+    // Allocates and imports one buffer of width x height samples, or of `width` bytes for a BLOB.
+    // Returns the imported handle, or null. *stride is written once the allocator has delivered one
+    // buffer, even if its import then fails.
     virtual native_handle* allocate(uint32_t width, uint32_t height, PixelFormat format,
                                     BufferUsage usage, int32_t* stride);
 
     virtual void freeBuffer(native_handle* buffer);
 
-    // Maps the whole buffer. Returns its CPU address until unlock(), or null.
+    // Maps the whole buffer. Returns its CPU address, valid until unlock(), or null.
     virtual void* lock(native_handle* buffer, BufferUsage usage);
 
     virtual void unlock(native_handle* buffer);
 
-    // Replaces *out by the encoded metadata; leaves it alone on failure.
+    // Replaces *out by the encoded metadata; leaves it alone after a failure.
     virtual void get(native_handle* buffer, const MetadataType& type, Metadata* out);
 
-    // Borrows `raw` for the call. Returns the imported handle, or null.
+    // Borrows `raw`, a handle that is not imported, for the call. Returns the imported one, or
+    // null.
     virtual native_handle* importBuffer(const ::android::hardware::hidl_handle& raw);
 
-    // Gives the caller a descriptor of its own in `fd`: -1 for no fence, a duplicate for one.
+    // Writes a descriptor that the caller owns to `fd`: a duplicate of the fence's, or -1 for a
+    // fence that is null or empty. False for a fence with several descriptors, which leaves `fd`
+    // alone, and for a failed duplication, which makes it negative.
     virtual bool importFence(const native_handle* fence, int& fd);
 
+    // Ignores a negative `fd`.
     virtual void closeFence(int fd);
 
   private:
-    // The mapper's opaque buffer descriptor; empty on failure.
+    // The mapper's opaque description of a buffer, for the allocator; empty after a failure.
     Metadata getDescriptor(uint32_t width, uint32_t height, PixelFormat format, BufferUsage usage);
+
+    // Whether the mapper's result may be taken. Logs "Failed to OPERATION buffer" if not.
+    bool Succeeded(::android::hardware::graphics::mapper::V4_0::Error error, const char* operation,
+                   const void* buffer) const;
 
     SharedPtrT<AllocatorT> m_allocator;
     ::android::sp<MapperT> m_mapper;
 };
 
-// The one form the program uses.
+// The one instantiation that the program uses.
 using OfflineCameraGralloc =
         OfflineCameraGrallocWrapper<::aidl::android::hardware::graphics::allocator::IAllocator,
                                     ::android::hardware::graphics::mapper::V4_0::IMapper,

@@ -8,32 +8,32 @@
 #include <android/hidl/base/1.0/IBase.h>
 #include <utils/StrongPointer.h>
 
-#include <cstddef>
 #include <cstdint>
 #include <memory>
 
 namespace vendor::zel::hardware::camera::offlinecamera::implementation {
 
-// Filled by start-up (graphicsstartup.h). No buffer operation goes through it: it is a readiness
-// gate. Members are destroyed last field first, so the allocator goes before the interfaces.
+// Filled by start-up (graphicsstartup.h). Buffers do not go through it: it only tells
+// GetPlaneLayout whether the query is ready. Destroyed last field first: the allocator, then the
+// interfaces.
 struct OfflineCameraZelInterface {
     using PixelFormat = ::aidl::android::hardware::graphics::common::PixelFormat;
     using BufferUsage = ::aidl::android::hardware::graphics::common::BufferUsage;
 
-    // This program never sets the three interfaces; the first gates GetPlaneLayout.
+    // The program sets none of the three. The first one must be set for GetPlaneLayout to ask.
     ::android::sp<::android::hidl::base::V1_0::IBase> m_planeLayoutInterface;
     ::android::sp<::android::hidl::base::V1_0::IBase> m_unusedInterface2;
     ::android::sp<::android::hidl::base::V1_0::IBase> m_unusedInterface3;
 
     std::shared_ptr<::aidl::android::hardware::graphics::allocator::IAllocator> m_allocator;
 
-    // Not owned: its library stays loaded for the life of the process.
+    // Not owned; its library stays loaded until the process ends.
     AIMapper* m_aiMapper = nullptr;
 
     // Asks the vendor's display mapper how a buffer of width x height samples is laid out, logs
-    // its first four planes, and writes the rows allocated for the luma or raw plane to
-    // *scanlines. Leaves *scanlines alone when there is none, and when the record is not ready.
-    // Keeps no state; any thread.
+    // its first four planes, and writes the number of rows of the luma or raw plane to *scanlines.
+    // Leaves *scanlines alone when there is no such plane, and when the query is not ready. Any
+    // thread.
     void GetPlaneLayout(PixelFormat format, BufferUsage usage, uint32_t width, uint32_t height,
                         int32_t* scanlines) const;
 };

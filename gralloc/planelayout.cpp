@@ -4,6 +4,7 @@
 #include <aidl/android/hardware/graphics/common/PlaneLayoutComponentType.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <cstdlib>
 
 #include "clientlog.h"
@@ -19,7 +20,7 @@ using ::aidl::android::hardware::graphics::common::PlaneLayoutComponentType;
 
 namespace {
 
-constexpr int32_t kMaxPlanes = 4;  // of the record's eight entries, no more are examined
+constexpr int32_t kMaxPlanes = 4;  // examined, of the record's eight
 constexpr auto kLumaMask = static_cast<uint32_t>(PlaneLayoutComponentType::Y);
 constexpr auto kRawMask = static_cast<uint32_t>(PlaneLayoutComponentType::RAW);
 
@@ -45,7 +46,7 @@ BufferDescriptorInfo Describe(PixelFormat format, BufferUsage usage, uint32_t wi
 
 uint32_t ComponentMask(const ::mapper::PlaneEntry& plane) {
     if (plane.numComponents > ::mapper::kMaxPlaneComponents) {
-        abort();  // not a layout: the library and this declaration of it disagree
+        abort();  // the display mapper does not fill the record that zeldisplaymapper.h declares
     }
     uint32_t mask = 0;
     for (int32_t i = 0; i < plane.numComponents; ++i) {
@@ -54,14 +55,23 @@ uint32_t ComponentMask(const ::mapper::PlaneEntry& plane) {
     return mask;
 }
 
+// Truncated; saturated beyond the type's range, as the devices' processors do where the language
+// leaves the conversion undefined.
+uint32_t ToUnsigned(float value) {
+    if (!(value > 0.0f)) {  // also for NaN
+        return 0;
+    }
+    return value < 4294967296.0f ? static_cast<uint32_t>(value) : UINT32_MAX;
+}
+
 void LogPlane(const ::mapper::PlaneEntry& plane, uint32_t mask) {
     CLIENT_LOGI("%s: plane info: component - %d", "GetPlaneLayout", mask);
     CLIENT_LOGI("h_subsampling - %u, v_subsampling - %u, offset - %u, pixel_increment/step - %d",
                 plane.horizontalSubsampling, plane.verticalSubsampling, plane.offset,
                 plane.sampleIncrementBits / 8);
     const float bytesPerSample = static_cast<float>(plane.sampleIncrementBits) * 0.125f;
-    const auto stridePixels =
-            static_cast<uint32_t>(static_cast<float>(plane.strideBytes) / bytesPerSample);
+    const uint32_t stridePixels =
+            ToUnsigned(static_cast<float>(plane.strideBytes) / bytesPerSample);
     CLIENT_LOGI("stride_pixel - %d, stride_bytes - %d, scanlines - %d, size - %u", stridePixels,
                 plane.strideBytes, plane.scanlines, plane.size);
 }
@@ -71,9 +81,9 @@ void LogPlane(const ::mapper::PlaneEntry& plane, uint32_t mask) {
 void OfflineCameraZelInterface::GetPlaneLayout(PixelFormat format, BufferUsage usage,
                                                uint32_t width, uint32_t height,
                                                int32_t* scanlines) const {
-    // The tool's own start-up never sets this interface, so as the program stands the query ends
-    // here: buffers have 0 scan lines and source files are opened without a row being read. It is
-    // kept: what opens the gate lies outside the program.
+    // Kept: start-up never sets this interface, so the query ends here. Buffers then have 0 scan
+    // lines, and source files are opened without reading a row. Only something outside the program
+    // can set it.
     if (m_planeLayoutInterface == nullptr) {
         return;
     }

@@ -1,6 +1,5 @@
-// The vendor's display mapper library, as far as this tool uses it: where the planes of a buffer
-// would lie. The library installs no header; this is its one declaration, and the records below
-// have its sizes.
+// What the tool uses of the vendor's display mapper library: the layout of a buffer's planes. The
+// library installs no header, so it is declared here; the records below have the library's sizes.
 #pragma once
 
 #include <aidl/android/hardware/graphics/allocator/BufferDescriptorInfo.h>
@@ -53,9 +52,9 @@ static_assert(sizeof(PlaneEntry) == 92);
 static_assert(offsetof(PlaneLayoutRecord, numPlanes) == 8 * 92);
 static_assert(sizeof(PlaneLayoutRecord) == 8 * 92 + 4 + 16);
 
-// Writes the answer about a buffer that would be allocated with `info` to `out`, a record of the
-// kind that `type` names. 0 on success; otherwise an error, and `out` is unchanged. The tool passes
-// false as `flag`. Keeps no state; any thread.
+// Describes the buffer that an allocation with `info` would give, in `out`, a record of the kind
+// that `type` names. Returns 0, or an error. What `flag` asks for is not known; the tool passes
+// false. Any thread.
 int32_t GetFromBufferDescriptor(
         ::aidl::android::hardware::graphics::allocator::BufferDescriptorInfo info,
         vendor_zel_hardware_display_common_MetadataType type, void* out, bool flag);

@@ -1,13 +1,12 @@
-// The package's three interfaces: transaction codes, version and hash, and the bytes of requests.
+// The package's three interfaces: names, transaction codes, version and hash, and the bytes of
+// calls.
 #include <aidl/vendor/zel/hardware/camera/offlinecamera/BnOfflineCameraCallback.h>
 #include <aidl/vendor/zel/hardware/camera/offlinecamera/BnOfflineCameraService.h>
 #include <aidl/vendor/zel/hardware/camera/offlinecamera/BnOfflineCameraSession.h>
-#include <aidl/vendor/zel/hardware/camera/offlinecamera/BpOfflineCameraCallback.h>
-#include <aidl/vendor/zel/hardware/camera/offlinecamera/BpOfflineCameraService.h>
-#include <aidl/vendor/zel/hardware/camera/offlinecamera/BpOfflineCameraSession.h>
 #include <gmock/gmock.h>
 
 #include "hex.h"
+#include "tests/host/aidlc/parcels.h"
 
 namespace aidl::vendor::zel::hardware::camera::offlinecamera {
 namespace {
@@ -15,11 +14,17 @@ namespace {
 using namespace ::aidl::android::hardware::camera::device;
 using testing::ElementsAre;
 
+using Service = IOfflineCameraService;
+using Session = IOfflineCameraSession;
+using Callback = IOfflineCameraCallback;
+
+static_assert(Service::TRANSACTION_openOfflineSession == 4);
+
 // What the far side of a proxy saw, and what it answers.
 struct FarSide {
     uint32_t code = 0;
     Bytes body;  // behind the interface header
-    Bytes reply = Hex("00000000");
+    Bytes reply = Words({0});
 };
 
 binder_status_t Record(AIBinder* binder, transaction_code_t code, const AParcel* in, AParcel* out) {
@@ -34,9 +39,8 @@ binder_status_t Record(AIBinder* binder, transaction_code_t code, const AParcel*
         AParcel_marshal(body.get(), far->body.data(), 0, far->body.size()) != STATUS_OK) {
         far->body.clear();
     }
-    const ndk::ScopedAParcel reply(AParcel_create());
-    AParcel_unmarshal(reply.get(), far->reply.data(), far->reply.size());
-    return AParcel_appendFrom(reply.get(), out, 0, AParcel_getDataSize(reply.get()));
+    return AParcel_appendFrom(ParcelOf(far->reply).get(), out, 0,
+                              static_cast<int32_t>(far->reply.size()));
 }
 
 // The code and the bytes of a call that has just been made and must have worked.
@@ -53,84 +57,78 @@ std::shared_ptr<Interface> Proxy(FarSide* far) {
     return Interface::fromBinder(ndk::SpAIBinder(AIBinder_new(clazz, far)));
 }
 
-TEST(ServiceTest, NamesCodesVersion) {
-    using I = IOfflineCameraService;
-    EXPECT_STREQ(I::descriptor, "vendor.zel.hardware.camera.offlinecamera.IOfflineCameraService");
+TEST(Interfaces, HaveTheirNames) {
+    const std::string package = "vendor.zel.hardware.camera.offlinecamera.";
+    EXPECT_EQ(Service::descriptor, package + "IOfflineCameraService");
+    EXPECT_EQ(Session::descriptor, package + "IOfflineCameraSession");
+    EXPECT_EQ(Callback::descriptor, package + "IOfflineCameraCallback");
     EXPECT_EQ(BnOfflineCameraService::makeServiceName("default"),
-              "vendor.zel.hardware.camera.offlinecamera.IOfflineCameraService/default");
-    static_assert(I::TRANSACTION_openOfflineSession == 4);
-
-    FarSide far;
-    const std::shared_ptr<I> service = Proxy<I>(&far);
-    far.reply = Hex("00000000 02000000 00000000 05000000");
-    std::vector<int32_t> modes;
-    EXPECT_EQ(Sent(far, service->getSupportedOpModes(&modes)), "1: ");
-    EXPECT_THAT(modes, ElementsAre(0, 5));
-    EXPECT_EQ(Sent(far, service->registerClient(1, nullptr)).substr(0, 11), "2: 01000000");
-    EXPECT_EQ(Sent(far, service->unregisterClient(-2)), "3: feffffff");
+              package + "IOfflineCameraService/default");
 }
 
-TEST(SessionTest, NamesCodesBytes) {
-    using I = IOfflineCameraSession;
-    EXPECT_STREQ(I::descriptor, "vendor.zel.hardware.camera.offlinecamera.IOfflineCameraSession");
-
+TEST(Interfaces, WriteTheirCalls) {
     FarSide far;
-    const std::shared_ptr<I> session = Proxy<I>(&far);
+    const auto service = Proxy<Service>(&far);
+    EXPECT_EQ(Sent(far, service->registerClient(1, nullptr)).substr(0, 11), "2: 01000000");
+    EXPECT_EQ(Sent(far, service->unregisterClient(-2)), "3: feffffff");
+    const auto session = Proxy<Session>(&far);
     // There, 24 bytes: empty string of 8, no stream, mode 0, no byte.
     EXPECT_EQ(Sent(far, session->configureOfflineStreams({})),
               "1: 01000000 18000000 00000000 00000000 00000000 00000000 00000000");
-    far.reply = Hex("00000000 2a000000");
-    int32_t frame = 0;
-    EXPECT_EQ(Sent(far, session->processOfflineRequest({}, &frame)), "2: 00000000");
-    EXPECT_EQ(frame, 42);
     EXPECT_EQ(Sent(far, session->closeOfflineSession()), "3: ");
-
-    // A failed call leaves the result alone; a reply that ends early is a transport failure.
-    far.reply = Hex("f8ffffff 00000000 00000000 00000000 07000000");
-    EXPECT_EQ(session->processOfflineRequest({}, &frame).getServiceSpecificError(), 7);
-    far.reply = Hex("00000000");
-    EXPECT_EQ(session->processOfflineRequest({}, &frame).getStatus(), STATUS_NOT_ENOUGH_DATA);
-    EXPECT_EQ(frame, 42);
-}
-
-TEST(CallbackTest, NamesCodesBytes) {
-    using I = IOfflineCameraCallback;
-    EXPECT_STREQ(I::descriptor, "vendor.zel.hardware.camera.offlinecamera.IOfflineCameraCallback");
-
-    FarSide far;
-    const std::shared_ptr<I> callback = Proxy<I>(&far);
+    const auto callback = Proxy<Callback>(&far);
     // One message, there; member 0, there, 16 bytes, all zero.
     EXPECT_EQ(Sent(far, callback->notify({NotifyMsg()})),
               "1: 01000000 01000000 00000000 01000000 10000000 00000000 00000000 00000000");
     EXPECT_EQ(Sent(far, callback->processCaptureResult({})), "2: 00000000");
     EXPECT_EQ(Sent(far, callback->returnStreamBuffers({})), "4: 00000000");
+}
+
+TEST(Interfaces, ReadTheirAnswers) {
+    FarSide far;
+    std::vector<int32_t> modes;
+    far.reply = Words({0, 2, 0, 5});
+    EXPECT_EQ(Sent(far, Proxy<Service>(&far)->getSupportedOpModes(&modes)), "1: ");
+    EXPECT_THAT(modes, ElementsAre(0, 5));
 
     // No request; the answers' vector has two elements already. Reply: OK, FAILED_PARTIAL, none.
     std::vector<OfflineStreamBufferRet> rets(2);
-    far.reply = Hex("00000000 01000000 00000000");
     BufferRequestStatus status = BufferRequestStatus::OK;
-    EXPECT_EQ(Sent(far, callback->requestStreamBuffers({}, &rets, &status)),
+    far.reply = Words({0, 1, 0});
+    EXPECT_EQ(Sent(far, Proxy<Callback>(&far)->requestStreamBuffers({}, &rets, &status)),
               "3: 00000000 02000000");
     EXPECT_EQ(status, BufferRequestStatus::FAILED_PARTIAL);
     EXPECT_TRUE(rets.empty());
+
+    const auto session = Proxy<Session>(&far);
+    int32_t frame = 0;
+    far.reply = Words({0, 42});
+    EXPECT_EQ(Sent(far, session->processOfflineRequest({}, &frame)), "2: 00000000");
+    EXPECT_EQ(frame, 42);
+    // A failed call leaves the result alone; a reply that ends early is a transport failure.
+    far.reply = Words({-8, 0, 0, 0, 7});
+    EXPECT_EQ(session->processOfflineRequest({}, &frame).getServiceSpecificError(), 7);
+    far.reply = Words({0});
+    EXPECT_EQ(session->processOfflineRequest({}, &frame).getStatus(), STATUS_NOT_ENOUGH_DATA);
+    EXPECT_EQ(frame, 42);
 }
 
-TEST(VersionTest, StubAndProxyAnswer) {
+TEST(Interfaces, AnswerTheirVersionAndHash) {
     FarSide far;
     int32_t version = 0;
     std::string hash;
-    const auto stub = ndk::SharedRefBase::make<IOfflineCameraSessionDelegator>(
-            Proxy<IOfflineCameraSession>(&far));
+    const auto stub =
+            ndk::SharedRefBase::make<IOfflineCameraSessionDelegator>(Proxy<Session>(&far));
     ASSERT_TRUE(stub->getInterfaceVersion(&version).isOk());
     ASSERT_TRUE(stub->getInterfaceHash(&hash).isOk());
     EXPECT_EQ(version, 1);
     EXPECT_EQ(hash, "87f0e9b47542c7bda9575afb3ff460ba1887dfd8");
     EXPECT_EQ(Sent(far, stub->closeOfflineSession()), "3: ") << "handed on";
 
-    const auto callback = Proxy<IOfflineCameraCallback>(&far);
-    far.reply = Hex("00000000 01000000");
+    const auto callback = Proxy<Callback>(&far);
+    far.reply = Words({0, 1});
     EXPECT_EQ(Sent(far, callback->getInterfaceVersion(&version)), "16777215: ");
-    far.reply = Hex("00000000 01000000 61000000");
+    far.reply = Words({0, 1, 'a'});
     EXPECT_EQ(Sent(far, callback->getInterfaceHash(&hash)), "16777214: ");
     EXPECT_EQ(hash, "a");
 }

@@ -25,103 +25,86 @@ using ::aidl::android::hardware::graphics::common::Dataspace;
 using ::aidl::android::hardware::graphics::common::PixelFormat;
 
 Stream MakeStream() {
-    Stream stream;
-    stream.id = 3;
-    stream.streamType = StreamType::INPUT;
-    stream.width = 4096;
-    stream.height = 3072;
-    stream.format = PixelFormat::RAW10;
-    stream.usage = BufferUsage::CAMERA_INPUT;
-    stream.dataSpace = Dataspace::JFIF;
-    stream.rotation = StreamRotation::ROTATION_90;
-    stream.bufferSize = 5;
-    stream.groupId = -1;
-    stream.sensorPixelModesUsed = {SensorPixelMode::ANDROID_SENSOR_PIXEL_MODE_MAXIMUM_RESOLUTION};
-    stream.dynamicRangeProfile = RequestAvailableDynamicRangeProfilesMap::
-            ANDROID_REQUEST_AVAILABLE_DYNAMIC_RANGE_PROFILES_MAP_STANDARD;
-    stream.useCase =
-            ScalerAvailableStreamUseCases::ANDROID_SCALER_AVAILABLE_STREAM_USE_CASES_VENDOR_START;
-    stream.colorSpace = 7;
-    return stream;
+    return {3,
+            StreamType::INPUT,
+            4096,
+            3072,
+            PixelFormat::RAW10,
+            BufferUsage::CAMERA_INPUT,
+            Dataspace::JFIF,
+            StreamRotation::ROTATION_90,
+            "",
+            5,
+            -1,
+            {SensorPixelMode::ANDROID_SENSOR_PIXEL_MODE_MAXIMUM_RESOLUTION},
+            RequestAvailableDynamicRangeProfilesMap::
+                    ANDROID_REQUEST_AVAILABLE_DYNAMIC_RANGE_PROFILES_MAP_STANDARD,
+            ScalerAvailableStreamUseCases::ANDROID_SCALER_AVAILABLE_STREAM_USE_CASES_VENDOR_START,
+            7};
 }
 
-const char* const kStream =
-        "54000000"           // 84 bytes
-        "03000000 01000000"  // id, INPUT
-        "00100000 000c0000"  // 4096 x 3072
-        "25000000"           // RAW10
-        "00000400 00000000"  // 1 << 18
-        "0000c208"           // 0x8c20000
-        "01000000"           // 90 degrees
-        "00000000 00000000"  // no camera id: no units, NUL and padding
-        "05000000 ffffffff"  // buffer size, group
-        "01000000 01000000"  // one pixel mode
-        "01000000 00000000"  // STANDARD
-        "00000100 00000000"  // 0x10000
-        "07000000";          // colour space
+const std::string kStream =
+        "54000000 "           // 84 bytes
+        "03000000 01000000 "  // id, INPUT
+        "00100000 000c0000 "  // 4096 x 3072
+        "25000000 "           // RAW10
+        "00000400 00000000 "  // 1 << 18
+        "0000c208 "           // 0x8c20000
+        "01000000 "           // 90 degrees
+        "00000000 00000000 "  // no camera id: no units, NUL and padding
+        "05000000 ffffffff "  // buffer size, group
+        "01000000 01000000 "  // one pixel mode
+        "01000000 00000000 "  // STANDARD
+        "00000100 00000000 "  // 0x10000
+        "07000000 ";          // colour space
 
 // Without descriptors, whose form belongs to the transport.
 StreamBuffer MakeBuffer() {
-    StreamBuffer buffer;
-    buffer.streamId = 3;
-    buffer.bufferId = 0x0102030405060708;
-    buffer.buffer.ints = {-1};
-    buffer.status = BufferStatus::ERROR;
-    return buffer;
+    return {3, 0x0102030405060708, {{}, {-1}}, BufferStatus::ERROR, {}, {}};
 }
 
-const char* const kBuffer =
-        "48000000"                              // 72 bytes
-        "03000000"                              // stream
-        "08070605 04030201"                     // buffer id
-        "01000000"                              // the handle is there:
-        "10000000 00000000 01000000 ffffffff"   //   16 bytes, no descriptor, one integer
-        "01000000"                              // ERROR
-        "01000000 0c000000 00000000 00000000"   // empty acquire fence
-        "01000000 0c000000 00000000 00000000";  // empty release fence
-
-template <typename Record>
-void ExpectBytes(const Record& record, const std::string& hex) {
-    const Bytes expected = Hex(hex);
-    EXPECT_EQ(ToHex(BytesOf(record)), ToHex(expected));
-
-    const ndk::ScopedAParcel read = ParcelOf(expected);
-    Record received;
-    ASSERT_EQ(received.readFromParcel(read.get()), STATUS_OK);
-    EXPECT_EQ(received, record) << received.toString();
-    EXPECT_EQ(AParcel_getDataPosition(read.get()), static_cast<int32_t>(expected.size()));
-}
+const std::string kBuffer =
+        "48000000 "                              // 72 bytes
+        "03000000 "                              // stream
+        "08070605 04030201 "                     // buffer id
+        "01000000 "                              // the handle is there:
+        "10000000 00000000 01000000 ffffffff "   //   16 bytes, no descriptor, one integer
+        "01000000 "                              // ERROR
+        "01000000 0c000000 00000000 00000000 "   // empty acquire fence
+        "01000000 0c000000 00000000 00000000 ";  // empty release fence
 
 OfflineFrameInfo MakeFrame() {
-    OfflineFrameInfo frame;
+    OfflineFrameInfo frame{{}, 2, {0xca, 0xfe, 0x01}};
     frame.buffers.push_back(MakeBuffer());
-    frame.numPartialMetadata = 2;
-    frame.metadata = {0xca, 0xfe, 0x01};
     return frame;
 }
 
 // 4 + (4 + 4 + 72) + 4 + (4 + 4) = 96
-const std::string kFrame = std::string("60000000 01000000 01000000") + kBuffer +
-                           "02000000"            // partial results
-                           "03000000 cafe0100";  // three bytes and one of padding
+const std::string kFrame = "60000000 01000000 01000000 " + kBuffer +
+                           "02000000 "            // partial results
+                           "03000000 cafe0100 ";  // three bytes and one of padding
 
-const char* const kEmptyFrame = "10000000 00000000 00000000 00000000";
+const char* const kEmptyFrame = "10000000 00000000 00000000 00000000 ";
+
+template <typename Record>
+void ExpectBytes(const Record& record, const std::string& expected) {
+    const Bytes bytes = BytesOf(record);
+    EXPECT_EQ(ToHex(bytes) + " ", expected);
+
+    const ndk::ScopedAParcel read = ParcelOf(bytes);
+    Record received;
+    ASSERT_EQ(received.readFromParcel(read.get()), STATUS_OK);
+    EXPECT_EQ(received, record) << received.toString();
+    EXPECT_EQ(AParcel_getDataPosition(read.get()), static_cast<int32_t>(bytes.size()));
+}
 
 TEST(WireBytesTest, EveryRecordOfThePackage) {
-    ExpectBytes(MakeStream(), kStream);
-    ExpectBytes(MakeBuffer(), kBuffer);
-    ExpectBytes(MakeFrame(), kFrame);
-
-    OfflineSessionConfigureInfo configure;
-    configure.cameraId = "a\u20ac";
-    configure.streams = {MakeStream()};
-    configure.opMode = 3;
-    configure.sessionParams = {1, 2, 3, 4};
     // 4 + (4 + 8) + (4 + 4 + 84) + 4 + (4 + 4) = 120
-    ExpectBytes(configure, std::string("78000000"
-                                       "02000000 6100ac20 00000000"  // two units, NUL, padding
-                                       "01000000 01000000") +
-                                   kStream + "03000000 04000000 01020304");
+    ExpectBytes(OfflineSessionConfigureInfo{"a\u20ac", {MakeStream()}, 3, {1, 2, 3, 4}},
+                "78000000 "
+                "02000000 6100ac20 00000000 "  // two units, NUL, padding
+                "01000000 01000000 " +
+                        kStream + "03000000 04000000 01020304 ");
 
     OfflineRequestInfo request;
     request.frameNumber = -1;
@@ -129,41 +112,32 @@ TEST(WireBytesTest, EveryRecordOfThePackage) {
     request.outputBuffers.push_back(MakeBuffer());
     request.metadata = {0xff};
     // 4 + 4 + (4 + 4 + 96) + (4 + 4 + 72) + 4 + (4 + 4) = 204
-    ExpectBytes(request, "cc000000 ffffffff 01000000 01000000" + kFrame + "01000000 01000000" +
-                                 kBuffer + "00000000 01000000 ff000000");
+    ExpectBytes(request, "cc000000 ffffffff 01000000 01000000 " + kFrame + "01000000 01000000 " +
+                                 kBuffer + "00000000 01000000 ff000000 ");
 
-    OfflineCaptureResult result;
-    result.frameNumber = 9;
-    result.outFrameInfo = MakeFrame();
     // 4 + 4 + (4 + 96) + (4 + 16) = 128
-    ExpectBytes(result, "80000000 09000000 01000000" + kFrame + "01000000" + kEmptyFrame);
+    ExpectBytes(OfflineCaptureResult{9, MakeFrame(), {}},
+                "80000000 09000000 01000000 " + kFrame + "01000000 " + kEmptyFrame);
 
-    OfflineBufferRequest wanted;
-    wanted.stream = MakeStream();
-    wanted.numBuffersRequested = 1;
     // 4 + (4 + 84) + 4 = 96
-    ExpectBytes(wanted, std::string("60000000 01000000") + kStream + "01000000");
+    ExpectBytes(OfflineBufferRequest{MakeStream(), 1},
+                "60000000 01000000 " + kStream + "01000000 ");
 }
 
 TEST(WireBytesTest, UnionsHaveATagAndNoSize) {
-    OfflineStreamBufferRet none;
-    none.stream = MakeStream();
     // 4 + (4 + 84) + (4 + 4 + 4) = 104; error is member 0, UNKNOWN_ERROR is 4
-    ExpectBytes(none, std::string("68000000 01000000") + kStream + "01000000 00000000 04000000");
+    ExpectBytes(OfflineStreamBufferRet{MakeStream(), {}},
+                "68000000 01000000 " + kStream + "01000000 00000000 04000000 ");
 
-    OfflineStreamBufferRet lent;
-    lent.stream = MakeStream();
-    std::vector<StreamBuffer> buffers;
-    buffers.push_back(MakeBuffer());
-    lent.val.set<StreamBuffersVal::buffers>(std::move(buffers));
+    OfflineStreamBufferRet lent{MakeStream(), std::vector<StreamBuffer>(1)};
+    lent.val.get<StreamBuffersVal::buffers>()[0] = MakeBuffer();
     // 4 + (4 + 84) + (4 + 4 + 4 + 4 + 72) = 180; buffers is member 1
-    ExpectBytes(lent, std::string("b4000000 01000000") + kStream +
-                              "01000000 01000000 01000000 01000000" + kBuffer);
+    ExpectBytes(lent,
+                "b4000000 01000000 " + kStream + "01000000 01000000 01000000 01000000 " + kBuffer);
 
-    const ShutterMsg shutter{1, 2, -2};
     // member 1, there, 24 bytes; a long starts at any multiple of four
-    ExpectBytes(NotifyMsg(shutter),
-                "01000000 01000000 18000000 01000000 02000000 00000000 feffffff ffffffff");
+    ExpectBytes(NotifyMsg(ShutterMsg{1, 2, -2}),
+                "01000000 01000000 18000000 01000000 02000000 00000000 feffffff ffffffff ");
 }
 
 }  // namespace

@@ -22,7 +22,7 @@ OfflineBufferRequest Request(int32_t streamId, PixelFormat format, int32_t count
 class BufferRequests : public ClientTest {
   public:
     ::ndk::ScopedAStatus Ask(const std::vector<OfflineBufferRequest>& requests) {
-        return access.Callback()->requestStreamBuffers(requests, &rets, &status);
+        return client.m_callback->requestStreamBuffers(requests, &rets, &status);
     }
     const std::vector<StreamBuffer>& Lent(size_t ret) {
         return rets.at(ret).val.get<StreamBuffersVal::Tag::buffers>();
@@ -30,7 +30,7 @@ class BufferRequests : public ClientTest {
     ::ndk::ScopedAStatus Return(const std::vector<int64_t>& ids) {
         std::vector<StreamBuffer> buffers(ids.size());
         for (size_t i = 0; i < ids.size(); ++i) buffers[i].bufferId = ids[i];
-        return access.Callback()->returnStreamBuffers(buffers);
+        return client.m_callback->returnStreamBuffers(buffers);
     }
 
     std::vector<OfflineStreamBufferRet> rets;
@@ -39,10 +39,12 @@ class BufferRequests : public ClientTest {
 
 TEST_F(BufferRequests, LendsBuffersUnderFreshIds) {
     rets.resize(5);
-    EXPECT_TRUE(Ask({Request(4, PixelFormat::YCBCR_420_888, 2), Request(5, PixelFormat::BLOB, 1)})
+    EXPECT_TRUE(Ask({Request(4, PixelFormat::YCBCR_420_888, 2), Request(5, PixelFormat::BLOB, 1),
+                     Request(6, PixelFormat::BLOB, -1)})
                         .isOk());
     EXPECT_EQ(static_cast<int>(status), 77);  // never written
-    ASSERT_THAT(rets, SizeIs(2));
+    ASSERT_THAT(rets, SizeIs(3));
+    EXPECT_THAT(Lent(2), IsEmpty());  // a negative number
     EXPECT_EQ(rets[1].stream, Request(5, PixelFormat::BLOB, 1).stream);
     ASSERT_THAT(Lent(0), SizeIs(2));
     EXPECT_EQ(Lent(0)[1].streamId, 4);
@@ -53,8 +55,8 @@ TEST_F(BufferRequests, LendsBuffersUnderFreshIds) {
     EXPECT_EQ(Lent(1)[0].bufferId, 3);
     EXPECT_THAT(around.calls,
                 Contains("createDescriptor '' 99x1 layers 1 format 33 usage 3 reserved 0"));
-    EXPECT_THAT(access.AllocatedHandles(), SizeIs(3));
-    EXPECT_THAT(access.CaptureRequests(), IsEmpty());
+    EXPECT_THAT(client.m_allocatedHandles, SizeIs(3));
+    EXPECT_THAT(client.m_captureRequests, IsEmpty());
 
     // The logged size is the stream's, also for a BLOB.
     const Lines lines = log.Take();
@@ -70,7 +72,7 @@ TEST_F(BufferRequests, NumbersBuffersThatCannotBeAllocated) {
     EXPECT_TRUE(Ask({Request(4, PixelFormat::YCBCR_420_888, 1)}).isOk());
     EXPECT_EQ(Lent(0).at(0).bufferId, 1);
     EXPECT_THAT(Lent(0).at(0).buffer.fds, IsEmpty());
-    EXPECT_THAT(access.AllocatedHandles(), IsEmpty());
+    EXPECT_THAT(client.m_allocatedHandles, IsEmpty());
     EXPECT_EQ(log.Take(), (Lines{"E Failed to allocate buffer: -8",
                                  "I streamId 4, bufferStride 0, bufferScanline 0, buffer (nil) "
                                  "width 640, height 480",
@@ -82,15 +84,10 @@ TEST_F(BufferRequests, NumbersBuffersThatCannotBeAllocated) {
 TEST_F(BufferRequests, RefusesEmptyListsAndMissingPlaces) {
     const std::vector<OfflineBufferRequest> one{Request(4, PixelFormat::BLOB, 1)};
     rets.resize(1);
-    std::vector<::ndk::ScopedAStatus> refused;
-    refused.push_back(Ask({}));
-    refused.push_back(access.Callback()->requestStreamBuffers(one, nullptr, &status));
-    refused.push_back(access.Callback()->requestStreamBuffers(one, &rets, nullptr));
-    refused.push_back(Return({}));
-    for (const ::ndk::ScopedAStatus& answer : refused) {
-        EXPECT_EQ(answer.getServiceSpecificError(), 1);
-        EXPECT_STREQ(answer.getMessage(), "ILLEGAL_ARGUMENT");
-    }
+    ExpectIllegalArgument(Ask({}));
+    ExpectIllegalArgument(client.m_callback->requestStreamBuffers(one, nullptr, &status));
+    ExpectIllegalArgument(client.m_callback->requestStreamBuffers(one, &rets, nullptr));
+    ExpectIllegalArgument(Return({}));
     EXPECT_THAT(rets, SizeIs(1));
     EXPECT_THAT(log.Take(), IsEmpty());
     EXPECT_TRUE(Ask(one).isOk());  // the lock is free and no id was used up
@@ -106,21 +103,18 @@ TEST_F(BufferRequests, TakesBuffersBackOnce) {
     EXPECT_TRUE(Return({1, 2, 44, 0}).isOk());
     EXPECT_EQ(log.Take(), (Lines{"E returnStreamBuffers: unknown buffer ID 1",
                                  "E returnStreamBuffers: unknown buffer ID 44"}));
-    EXPECT_THAT(access.AllocatedHandles(), SizeIs(3));
+    EXPECT_THAT(client.m_allocatedHandles, SizeIs(3));
     EXPECT_THAT(around.calls, IsEmpty());  // nothing is freed
 }
 
 TEST_F(BufferRequests, ComparesBuffersAsSets) {
-    using Keys = std::vector<std::pair<int32_t, int64_t>>;
-    const auto same = [this](const Keys& resultKeys, const Keys& requestKeys) {
+    const auto same = [this](const Buffers& resultKeys, const Buffers& requestKeys) {
         std::vector<ClientStreamBuffer> result;
         for (const auto& [stream, id] : resultKeys) result.push_back({stream, id});
-        std::vector<StreamBuffer> request(requestKeys.size());
-        for (size_t i = 0; i < request.size(); ++i) {
-            request[i].streamId = requestKeys[i].first;
-            request[i].bufferId = requestKeys[i].second;
-        }
-        return access.ContainsTheSameBuffers(&result, &request);
+        std::vector<StreamBuffer> request;
+        for (const auto& [stream, id] : requestKeys)
+            request.push_back({stream, id, {}, {}, {}, {}});
+        return client.ContainsTheSameBuffers(&result, &request);
     };
     EXPECT_TRUE(same({{1, 5}, {2, 1}}, {{2, 1}, {1, 5}}));
     EXPECT_EQ(log.Take(), (Lines{"I ContainsTheSameBuffers result streamId  1 bufferId  5",

@@ -1,15 +1,29 @@
 // Which lock is held where, and which deliveries wait for none.
 
 #include <chrono>
+#include <condition_variable>
 #include <functional>
 #include <future>
 #include <map>
 #include <mutex>
-#include <thread>
 
 #include "tests/support/client_fixture.h"
+#include "tests/support/eventually.h"
 
 using ::testing::Pair;
+
+namespace {
+
+std::function<void()> gAtSignal;  // what is done just before a signal
+
+}  // namespace
+
+// The linker sends std::condition_variable::notify_one() of the tool here.
+extern "C" void __real__ZNSt3__118condition_variable10notify_oneEv(std::condition_variable*);
+extern "C" void __wrap__ZNSt3__118condition_variable10notify_oneEv(std::condition_variable* to) {
+    if (gAtSignal) gAtSignal();
+    __real__ZNSt3__118condition_variable10notify_oneEv(to);
+}
 
 namespace test {
 namespace {
@@ -21,26 +35,28 @@ bool IsHeld(std::mutex& lock) {
 
 class Locking : public ClientTest {
   public:
-    // Notes which locks are held at each line that begins so.
-    void Watch(const std::string& line) {
-        log.AtLine(line, [this, line] {
-            held[line] += IsHeld(access.ResultLock()) ? "results " : "";
-            held[line] += IsHeld(*bufferLock) ? "buffers " : "";
-        });
+    ~Locking() override { gAtSignal = nullptr; }
+
+    // The locks that are held now.
+    std::string Held() {
+        return std::string(IsHeld(client.m_resultLock) ? "results " : "") +
+               (IsHeld(*bufferLock) ? "buffers " : "");
     }
 
-    std::map<std::string, std::string> held;
-    const std::shared_ptr<OfflineCameraClientAccess::CallBacks> callback = access.Callback();
-    std::mutex* const bufferLock = &access.BufferLock();
+    const std::shared_ptr<OfflineCameraClient::OfflineCameraCallBacks> callback = client.m_callback;
+    std::mutex* const bufferLock = &callback->m_bufferLock;
 };
 
 TEST_F(Locking, EachLockIsHeldForItsOwnState) {
-    for (const char* line : {"ProcessOfflineResult 1", "ProcessOfflineResult: result notifty",
-                             "WaitForShutter frame 7 time", "IsResultReceivedLocked sucessfully",
-                             "result completed importedBuf", "m_nextBufferId 1",
-                             "returnStreamBuffers: unknown", "[AIDL] OfflineCameraClient destr"}) {
-        Watch(line);
+    std::map<std::string, std::string> held;  // at a line
+    for (const std::string line :
+         {"ProcessOfflineResult 1", "WaitForShutter frame 7 time",
+          "IsResultReceivedLocked sucessfully", "result completed importedBuf", "m_nextBufferId 1",
+          "returnStreamBuffers: unknown", "[AIDL] OfflineCameraClient destr"}) {
+        log.AtLine(line, [this, &held, line] { held[line] = Held(); });
     }
+    Lines atSignals;
+    gAtSignal = [&] { atSignals.push_back(Held()); };
     around.session->onProcess = [this](const auto&) {
         std::vector<OfflineBufferRequest> requests(1);
         requests[0].numBuffersRequested = 1;
@@ -56,10 +72,10 @@ TEST_F(Locking, EachLockIsHeldForItsOwnState) {
     ConfigureB2Y();
     ASSERT_EQ(client.ProcessOfflineRequest(), 0);
     client.WaitCaptureResultCompleted();
-    Destroy();
+    own.reset();
+    EXPECT_THAT(atSignals, ElementsAre("", "results "));  // of the message and of the result
     EXPECT_THAT(held, ElementsAre(Pair("IsResultReceivedLocked sucessfully", "results "),
                                   Pair("ProcessOfflineResult 1", "results "),
-                                  Pair("ProcessOfflineResult: result notifty", "results "),
                                   Pair("WaitForShutter frame 7 time", "results "),
                                   Pair("[AIDL] OfflineCameraClient destr", ""),
                                   Pair("m_nextBufferId 1", "buffers "),
@@ -68,29 +84,33 @@ TEST_F(Locking, EachLockIsHeldForItsOwnState) {
 }
 
 // Messages, and deliveries of nothing, reach the client while another thread holds its lock.
-TEST_F(Locking, SomeDeliveriesWaitForNobody) {
+TEST_F(Locking, SomeDeliveriesDoNotWait) {
     const std::function<void()> deliveries[] = {
             [this] { callback->notify(std::vector<NotifyMsg>(2)); },
             [this] { callback->processCaptureResult({}); }};
     for (const auto& deliver : deliveries) {
         std::future<void> delivery;
-        const std::lock_guard<std::mutex> lock(access.ResultLock());
+        const std::lock_guard<std::mutex> lock(client.m_resultLock);
         delivery = std::async(std::launch::async, deliver);
         EXPECT_EQ(delivery.wait_for(std::chrono::seconds(20)), std::future_status::ready);
     }
-    EXPECT_EQ(access.NotifyMessages().size(), 2u);
+    EXPECT_EQ(client.m_notifyMessages.size(), 2u);
 }
 
-// What the thread sanitizer looks at; without it, a map that two threads change breaks.
-TEST_F(Locking, ResultsArriveWhileTheyAreCleared) {
-    constexpr int32_t kResults = 300;
-    std::thread service([this] {
-        for (int32_t frame = 0; frame < kResults; ++frame) DeliverResult(frame);
-    });
-    for (int32_t i = 0; i < kResults; ++i) client.ClearResultsAndMessages();
-    service.join();
-    client.ClearResultsAndMessages();
-    EXPECT_TRUE(access.ResultFrameInfos().empty());
+TEST_F(Locking, ClearingWaitsForTheLock) {
+    client.m_resultFrameInfos[7];
+    std::unique_lock<std::mutex> lock(client.m_resultLock);
+    const auto clearing =
+            std::async(std::launch::async, [this] { client.ClearResultsAndMessages(); });
+    EXPECT_TRUE(Eventually([&] {
+        // 2 is the C library's mark of a lock that a thread waits for.
+        return client.m_resultLock.native_handle()->__data.__lock == 2 ||
+               clearing.wait_for(std::chrono::seconds(0)) == std::future_status::ready;
+    }));
+    EXPECT_THAT(client.m_resultFrameInfos, SizeIs(1));
+    lock.unlock();
+    clearing.wait();
+    EXPECT_THAT(client.m_resultFrameInfos, IsEmpty());
 }
 
 }  // namespace

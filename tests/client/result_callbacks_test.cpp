@@ -2,23 +2,12 @@
 
 #include <system/camera_metadata.h>
 
-#include <chrono>
-#include <condition_variable>
-#include <functional>
-#include <mutex>
-#include <thread>
-
 #include "tests/support/client_fixture.h"
 
 using ::aidl::android::hardware::camera::device::BufferStatus;
 
 namespace test {
 namespace {
-
-void ExpectIllegalArgument(const ::ndk::ScopedAStatus& status) {
-    EXPECT_EQ(status.getServiceSpecificError(), 1);
-    EXPECT_STREQ(status.getMessage(), "ILLEGAL_ARGUMENT");
-}
 
 // A result for frame 3 with these output buffer ids.
 OfflineCaptureResult Result(const std::vector<int64_t>& bufferIds, int32_t numPartialMetadata,
@@ -53,41 +42,24 @@ class ResultCallbacks : public ClientTest {
     void Deliver(OfflineCaptureResult result) {
         std::vector<OfflineCaptureResult> results;
         results.push_back(std::move(result));
-        EXPECT_TRUE(access.Callback()->processCaptureResult(results).isOk());
+        EXPECT_TRUE(client.m_callback->processCaptureResult(results).isOk());
     }
-    ClientFrameInfo& Record() { return access.ResultFrameInfos().at(3); }
+    ClientFrameInfo& Record() { return client.m_resultFrameInfos.at(3); }
 };
 
 TEST_F(ResultCallbacks, NotifyReplacesMessages) {
-    EXPECT_TRUE(access.Callback()->notify({Shutter(1), Shutter(2)}).isOk());
-    EXPECT_TRUE(access.Callback()->notify({Shutter(3)}).isOk());
-    ExpectIllegalArgument(access.Callback()->notify({}));
-    ASSERT_THAT(access.NotifyMessages(), SizeIs(1));
-    EXPECT_EQ(access.NotifyMessages()[0], Shutter(3));
+    EXPECT_TRUE(client.m_callback->notify({Shutter(1), Shutter(2)}).isOk());
+    EXPECT_TRUE(client.m_callback->notify({Shutter(3)}).isOk());
+    ExpectIllegalArgument(client.m_callback->notify({}));
+    ASSERT_THAT(client.m_notifyMessages, SizeIs(1));
+    EXPECT_EQ(client.m_notifyMessages[0], Shutter(3));
     EXPECT_EQ(log.Take(), Lines(3, "I notify: callback notify"));
-}
-
-TEST_F(ResultCallbacks, EachDeliveryWakesTheWaitingThread) {
-    const std::function<void()> deliveries[] = {[this] { access.Callback()->notify({Shutter(1)}); },
-                                                [this] { Deliver(Result({}, 0)); }};
-    for (const auto& deliver : deliveries) {
-        std::unique_lock<std::mutex> lock(access.ResultLock());
-        std::thread service([&] {
-            {
-                const std::lock_guard<std::mutex> free(access.ResultLock());
-            }  // given up by the wait
-            deliver();
-        });
-        EXPECT_EQ(access.ResultCondition().wait_for(lock, std::chrono::minutes(1)),
-                  std::cv_status::no_timeout);
-        lock.unlock();
-        service.join();
-    }
 }
 
 // Only notify() looks whether there is a client.
 TEST_F(ResultCallbacks, WithoutAClient) {
-    const auto orphan = ::ndk::SharedRefBase::make<OfflineCameraClientAccess::CallBacks>(nullptr);
+    const auto orphan =
+            ::ndk::SharedRefBase::make<OfflineCameraClient::OfflineCameraCallBacks>(nullptr);
     ExpectIllegalArgument(orphan->notify({Shutter(1)}));
     ExpectIllegalArgument(orphan->processCaptureResult({}));
     EXPECT_EQ(log.Take().back(), "I processCaptureResult: callback capture result");
@@ -136,7 +108,7 @@ TEST_F(ResultCallbacks, MetadataFollowsTheCount) {
     EXPECT_EQ(log.Take().at(11),
               "I GetResultFrameInfo: isBufferUpdate 0 isPartialMetaUpdate 0 isMetaUpdate 1");
 
-    access.ResultFrameInfos().clear();
+    client.m_resultFrameInfos.clear();
     Deliver(Result({1}, 0, Blob()));
     EXPECT_NE(Record().pMetadata, nullptr);
     Deliver(Result({}, 0));
@@ -148,10 +120,10 @@ TEST_F(ResultCallbacks, MetadataIsTheDeliveredBytesThemselves) {
     results.push_back(Result({1}, 1, Blob()));
     results.push_back(Result({2}, 1));
     results[1].frameNumber = 4;
-    EXPECT_TRUE(access.Callback()->processCaptureResult(results).isOk());
+    EXPECT_TRUE(client.m_callback->processCaptureResult(results).isOk());
     EXPECT_EQ(static_cast<const void*>(Record().pMetadata),
               results[0].outFrameInfo.metadata.data());
-    EXPECT_EQ(access.ResultFrameInfos().at(4).buffers.at(0).bufferId, 2);
+    EXPECT_EQ(client.m_resultFrameInfos.at(4).buffers.at(0).bufferId, 2);
     EXPECT_EQ(log.Take().at(1), "I ProcessOfflineResult 2");
 }
 
@@ -159,7 +131,7 @@ TEST_F(ResultCallbacks, CorruptMetadataIsReportedAndLeftOut) {
     std::vector<uint8_t> longer = Blob();
     longer.push_back(0);
     for (const auto& metadata : {longer, std::vector<uint8_t>{1, 2}}) {
-        access.ResultFrameInfos().clear();
+        client.m_resultFrameInfos.clear();
         Deliver(Result({1}, 1, metadata));
         EXPECT_EQ(log.Take().at(4), "E convertFromAidl: input CameraMetadata is corrupt!");
         EXPECT_EQ(Record().pMetadata, nullptr);

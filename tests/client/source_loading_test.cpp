@@ -1,5 +1,6 @@
 // Source files: what is read of them, and each way in which one is wrong.
 
+#include "tests/host/libhidlbase/open_descriptors.h"
 #include "tests/support/client_fixture.h"
 
 using ::testing::StartsWith;
@@ -23,21 +24,25 @@ const std::string kMetadataRead = "I LoadOffineInputMetadata: read meta from dum
 
 class SourceLoading : public ::testing::Test {
   public:
+    ~SourceLoading() override { EXPECT_EQ(CountOpenDescriptors(), descriptors); }
+
     int32_t LoadYuv(uint32_t width, uint32_t height) {
-        return OfflineCameraClientAccess::LoadYuv(kYuvPath.c_str(), buffer.data(), width, height);
+        return OfflineCameraClient::LoadOffineSourceYUVFrame(kYuvPath.c_str(), buffer.data(), width,
+                                                             height);
     }
     int32_t LoadRaw(int32_t stride, int32_t scanline) {
-        return OfflineCameraClientAccess::LoadRaw(buffer.data(), stride, scanline);
+        return OfflineCameraClient::LoadOffineSourceRawFrame(buffer.data(), stride, scanline);
     }
     // What the loader makes of metadata that is {9} before.
     std::vector<uint8_t> LoadMetadata() {
         std::vector<uint8_t> metadata{9};
-        OfflineCameraClientAccess::LoadMetadata(&metadata);
+        OfflineCameraClient::LoadOffineInputMetadata(&metadata);
         return metadata;
     }
 
     LogCapture log;
     DataFolder data;
+    const int descriptors = CountOpenDescriptors();
     std::string buffer = std::string(256, '\0');
 };
 

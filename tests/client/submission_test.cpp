@@ -4,6 +4,7 @@
 #include <mutex>
 #include <thread>
 
+#include "tests/host/libhidlbase/open_descriptors.h"
 #include "tests/support/client_fixture.h"
 
 namespace test {
@@ -14,7 +15,7 @@ class Submission : public ClientTest {
     // Returns when the line is there and its thread has gone to wait with the lock released.
     void AwaitWaiting(const std::string& line, int times = 1) {
         EXPECT_TRUE(log.WaitFor(line, times)) << line;
-        const std::lock_guard<std::mutex> lock(access.ResultLock());
+        const std::lock_guard<std::mutex> lock(client.m_resultLock);
     }
 };
 
@@ -96,53 +97,88 @@ TEST_F(Submission, WaitsForItsOwnFrameDumpsItAndLogsEveryStep) {
                                           "Scanline[0].yuv"));
 }
 
-TEST_F(Submission, FindsAtOnceWhatCameBeforeTheWait) {
-    ConfigureB2Y();
-    around.session->onProcess = [this](const auto&) {
-        DeliverShutter(7);
-        DeliverResult(7);
-    };
+// The first of two requests gets another frame's shutter and other buffers; waits for the real
+// limits.
+TEST_F(Submission, GoesOnAfterATimeOutDumpsEveryBufferAndFreesEveryInput) {
+    const int descriptors = CountOpenDescriptors();
+    client.OpenOfflineSession("test");
+    for (const int32_t id : {0, 1, 2, 3}) {
+        Stream stream;
+        stream.id = id;
+        stream.format = id == 2 ? PixelFormat::YCBCR_420_888 : PixelFormat::RAW10;
+        (id < 2 ? client.m_inputStreams : client.m_outputStreams).push_back(stream);
+    }
+    data.Write(kRawFile, "");
     ASSERT_EQ(client.ProcessOfflineRequest(), 0);
-    log.Take();
-    client.WaitCaptureResultCompleted();
-    Lines lines = log.Take();
-    lines.resize(7);
-    EXPECT_EQ(lines,
-              (Lines{"I WaitCaptureResultCompleted result frameNum is 7",
-                     "I WaitForShutter frame 7 time 5000", "I WaitForResult result timeout_ms 5000",
-                     "I ContainsTheSameBuffers result streamId  1 bufferId  1",
-                     "I ContainsTheSameBuffers request streamId  1 bufferId  1",
-                     "I IsResultReceivedLocked sucessfully",
-                     "I WaitCaptureResultCompleted status is 0"}));
-    EXPECT_EQ(data.Dumps().size(), 1u);
-}
-
-// Waits for the real limits.
-TEST_F(Submission, TimesOutOnAnotherFramesShutterAndOtherBuffers) {
-    ConfigureB2Y();
-    around.session->onProcess = [this](const auto&) {
-        DeliverShutter(8);
-        DeliverResult(7, 2);
-    };
+    around.session->frameNumber = 8;
     ASSERT_EQ(client.ProcessOfflineRequest(), 0);
+    client.m_returnFrameNumber = 99;  // not looked at any more
+    DeliverShutter(8);
+    DeliverResult(7, {{2, 2}, {3, 1}});
+    DeliverResult(8, {{3, 2}, {2, 1}});
     log.Take();
+    around.calls.clear();
     const auto begin = std::chrono::steady_clock::now();
     client.WaitCaptureResultCompleted();
     EXPECT_GE(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds(2 * 5000));
+
+    const Lines request{"I ContainsTheSameBuffers request streamId  2 bufferId  1",
+                        "I ContainsTheSameBuffers request streamId  3 bufferId  2"};
     const Lines shutter{"I WaitCaptureResultCompleted result frameNum is 7",
                         "I WaitForShutter frame 7 time 5000",
                         "I IsShutterReceivedLocked frameNumber is 7",
                         "I IsShutterReceivedLocked frameNumber is 7",
                         "I WaitForShutter frame 7 received 0",
                         "I WaitForResult result timeout_ms 5000"};
-    const Lines refused{"I ContainsTheSameBuffers result streamId  1 bufferId  2",
-                        "I ContainsTheSameBuffers request streamId  1 bufferId  1",
-                        "W IsResultReceivedLocked failed"};
+    const Lines refused = Joined({{"I ContainsTheSameBuffers result streamId  2 bufferId  2",
+                                   "I ContainsTheSameBuffers result streamId  3 bufferId  1"},
+                                  request,
+                                  {"W IsResultReceivedLocked failed"}});
     const Lines again{"I WaitForResult wait_for condtion trigger"};
-    const Lines end{"I WaitForResult received is 0", "I WaitCaptureResultCompleted status is -110"};
-    EXPECT_EQ(log.Take(), Joined({shutter, refused, again, refused, again, refused, end}));
-    EXPECT_THAT(data.Dumps(), IsEmpty());
-    EXPECT_EQ(access.AllocatedHandles().size(), 2u);
+    const Lines next{"I WaitForResult received is 0",
+                     "I WaitCaptureResultCompleted status is -110",
+                     "I WaitCaptureResultCompleted result frameNum is 8",
+                     "I WaitForShutter frame 8 time 5000",
+                     "I WaitForResult result timeout_ms 5000",
+                     "I ContainsTheSameBuffers result streamId  3 bufferId  2",
+                     "I ContainsTheSameBuffers result streamId  2 bufferId  1"};
+    const Lines end{"I IsResultReceivedLocked sucessfully",
+                    "I WaitCaptureResultCompleted status is 0",
+                    "I result completed outputResult->second.buffers.size 2"};
+    const Lines expected =
+            Joined({shutter, refused, again, refused, again, refused, next, request, end});
+    Lines lines = log.Take();
+    lines.resize(expected.size());
+    EXPECT_EQ(lines, expected);
+    // Both requests have buffers of these ids.
+    const Lines dump{"lock 0", "unlock", "freeBuffer"};
+    EXPECT_EQ(around.calls, Joined({dump, dump, dump, dump}));
+    EXPECT_THAT(data.Dumps(),
+                ElementsAre("OfflineAidl_CameraId__Frame_8_B2Y_Stride[64]_Scanline[0].raw",
+                            "OfflineAidl_CameraId__Frame_8_B2Y_Stride[64]_Scanline[0].yuv"));
+
+    Lines freed;
+    for (const uint32_t input : {0, 1}) {
+        for (const ClientCaptureBuffer& buffer : client.m_captureRequests[input].buffers) {
+            freed.push_back(Format("I freeBuffer %p", buffer.importedBuf));
+        }
+    }
+    EXPECT_THAT(freed, SizeIs(4));
+    client.m_frameInfos[7];
+    client.m_allocatedHandles.insert(reinterpret_cast<native_handle*>(this));
+    client.m_zelInterface->m_allocator = around.allocator;
+    client.m_zelInterface->m_aiMapper = reinterpret_cast<AIMapper*>(this);
+    bool cleared = false;
+    log.AtLine("[AIDL] OfflineCameraClient destr", [&] {
+        cleared = client.m_frameInfos.empty() && client.m_resultFrameInfos.empty() &&
+                  client.m_captureRequests.empty() && client.m_allocatedHandles.empty() &&
+                  client.m_zelInterface->m_aiMapper == nullptr &&
+                  client.m_zelInterface->m_allocator == nullptr;
+    });
+    own.reset();
+    EXPECT_TRUE(cleared);
+    EXPECT_EQ(log.Take(), Joined({freed, {"I [AIDL] OfflineCameraClient destructor called"}}));
+    EXPECT_EQ(CountOpenDescriptors(), descriptors);
 }
 
 TEST_F(Submission, NumbersOnlyRequestsWithoutANumber) {
@@ -166,7 +202,7 @@ TEST_F(Submission, FailsWithTheSession) {
     for (const bool statusless : {false, true}) {
         around.session->fails = true;
         around.session->statusless = statusless;
-        access.OfflineRequests().clear();
+        client.m_offlineRequests.clear();
         log.Take();
         EXPECT_EQ(client.ProcessOfflineRequest(), 1);
         EXPECT_EQ(LastLines(2), (Lines{"E ProcessOfflineRequest, FAILED...",
@@ -175,24 +211,23 @@ TEST_F(Submission, FailsWithTheSession) {
 }
 
 TEST_F(Submission, WithoutSessionStillNumbersRequests) {
-    access.OfflineRequests().resize(1);
-    access.OfflineRequests()[0].frameNumber = -1;
-    access.NotifyMessages().resize(1);
+    client.m_offlineRequests.resize(1);
+    client.m_offlineRequests[0].frameNumber = -1;
+    client.m_notifyMessages.resize(1);
     EXPECT_EQ(client.ProcessOfflineRequest(), 4);
     EXPECT_EQ(log.Take(), (Lines{"E m_offlineSession is NULL",
                                  "I request id frameNumber:0 return frameNumber 0"}));
-    EXPECT_EQ(access.NotifyMessages().size(), 1u);  // nothing was cleared
+    EXPECT_EQ(client.m_notifyMessages.size(), 1u);  // nothing was cleared
 }
 
 TEST_F(Submission, SubmitsNothingThatCouldNotBeBuilt) {
     Configure(0);
-    access.ResultFrameInfos()[7];
-    access.NotifyMessages().resize(1);
+    client.m_resultFrameInfos[7];
+    client.m_notifyMessages.resize(1);
     EXPECT_EQ(client.ProcessOfflineRequest(), 5);
-    EXPECT_EQ(around.session->processed, 0);
-    EXPECT_EQ(log.Take().back(), "E load source raw frame failed");
-    EXPECT_THAT(access.ResultFrameInfos(), IsEmpty());  // cleared before the building
-    EXPECT_THAT(access.NotifyMessages(), IsEmpty());
+    EXPECT_EQ(log.Take("").back(), "E load source raw frame failed");
+    EXPECT_THAT(client.m_resultFrameInfos, IsEmpty());  // cleared before the building
+    EXPECT_THAT(client.m_notifyMessages, IsEmpty());
 }
 
 }  // namespace

@@ -39,6 +39,7 @@ class GrallocWrapper : public ::testing::Test {
 };
 
 TEST_F(GrallocWrapper, AllocatesAndImportsOneBuffer) {
+    const int descriptors = CountOpenDescriptors();
     allocator->stride = 5120;
     native_handle* const buffer = Allocate();
     EXPECT_THAT(calls, ElementsAre("createDescriptor '' 4096x3072 layers 1 format 37 usage 3 "
@@ -66,6 +67,7 @@ TEST_F(GrallocWrapper, AllocatesAndImportsOneBuffer) {
     EXPECT_EQ(out.size(), 0u);
     wrapper.freeBuffer(buffer);
     EXPECT_EQ(mapper->Memory(buffer), nullptr);
+    EXPECT_EQ(CountOpenDescriptors(), descriptors);
     EXPECT_THAT(calls, ElementsAre("lock 2", "unlock", "get some type 10", "get some type 10",
                                    "freeBuffer"));
     EXPECT_THAT(log.Take(), IsEmpty());
@@ -76,14 +78,6 @@ TEST_F(GrallocWrapper, AllocatesWithAnEmptyDescriptorAfterItsFailure) {
     EXPECT_NE(Allocate(), nullptr);
     EXPECT_EQ(calls.at(1), "allocate x1");
     EXPECT_THAT(log.Take(), ElementsAre("E Failed to create descriptor: 3"));
-}
-
-// By exception code: -8 is that of every service-specific error.
-TEST_F(GrallocWrapper, ReportsAFailedAllocation) {
-    allocator->serviceError = 2;
-    EXPECT_EQ(Allocate(), nullptr);
-    EXPECT_EQ(stride, -5);
-    EXPECT_THAT(log.Take(), ElementsAre("E Failed to allocate buffer: -8"));
 }
 
 TEST_F(GrallocWrapper, WantsExactlyOneBuffer) {
@@ -97,6 +91,12 @@ TEST_F(GrallocWrapper, WantsExactlyOneBuffer) {
         EXPECT_EQ(calls.back().rfind("allocate", 0), 0u) << calls.back();
     }
     EXPECT_FALSE(IsOpen(allocator->lastDescriptor));
+
+    // By exception code: -8 is that of every service-specific error.
+    allocator->serviceError = 2;
+    EXPECT_EQ(Allocate(), nullptr);
+    EXPECT_EQ(stride, -5);
+    EXPECT_THAT(log.Take(), ElementsAre("E Failed to allocate buffer: -8"));
 }
 
 TEST_F(GrallocWrapper, WritesTheStrideOfABufferThatIsNotImported) {

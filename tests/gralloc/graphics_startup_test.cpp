@@ -1,6 +1,7 @@
 // Start-up of the graphics back-ends: what is logged and what is left for each thing that fails.
 // A mapper that was loaded stays with its process, so each case needs a process of its own.
 
+#include <dlfcn.h>
 #include <gmock/gmock.h>
 #include <host_mapper_registry.h>
 
@@ -40,7 +41,8 @@ class GraphicsStartup : public ::testing::Test {
     std::vector<std::string> Start() {
         const GraphicsServices services = ConnectGraphicsServices();
         wrapper = StartGrallocWrapper(services);
-        record = StartZelInterface(services.allocator);
+        record = std::make_unique<OfflineCameraZelInterface>();
+        StartZelInterface(services.allocator, record.get());
         return log.Take();
     }
 
@@ -96,11 +98,18 @@ class BadMapperLibrary : public GraphicsStartup,
 
 TEST_P(BadMapperLibrary, LeavesAnEmptyRecord) {
     allocator->suffix = GetParam().suffix;
+    long held[2] = {};
+    log.AtLine(GetParam().line.substr(2), [&] { held[0] = allocator.use_count(); });
+    log.AtLine("Gralloc Init failed", [&] { held[1] = allocator.use_count(); });
     EXPECT_THAT(Start(), ElementsAre(kLookup, kUsing, GetParam().line, kNoInstance));
     EXPECT_NE(wrapper, nullptr);
     ExpectEmptyRecord();
+    EXPECT_EQ(held[0], held[1] + 1);  // the second look-up's reference lasts until the decision
 
-    // A rejected mapper is taken unchecked from then on; one that never came is looked for again.
+    // A refused library stays open, and its mapper is taken unchecked from then on; one that never
+    // came is looked for again.
+    const std::string path = MAPPER_LIBRARIES "/mapper." + GetParam().suffix + ".so";
+    EXPECT_EQ(dlopen(path.c_str(), RTLD_NOW | RTLD_NOLOAD) != nullptr, GetParam().stays);
     allocator->suffix = "zel";
     const auto later = Start();
     EXPECT_EQ(later.back() == "I Using previously loaded IMapper library.", GetParam().stays);
@@ -113,7 +122,7 @@ const std::string kNotKnown = " not equal to last known stable version 5, aborti
 INSTANTIATE_TEST_SUITE_P(
         All, BadMapperLibrary,
         ::testing::Values(BadLibrary{"missing", "E Failed to load mapper.missing.so", false},
-                          BadLibrary{"failing", "E AIMapper_loadIMapper failed 7", false},
+                          BadLibrary{"failing", "E AIMapper_loadIMapper failed 7", true},
                           BadLibrary{"table4", kVersion + "5" + kNotKnown, true},
                           BadLibrary{"table6", kVersion + "5" + kNotKnown, true},
                           BadLibrary{"library4", kVersion + "4" + kNotKnown, true}),

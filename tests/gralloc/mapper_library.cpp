@@ -17,9 +17,8 @@ extern "C" const uint32_t ANDROID_HAL_MAPPER_VERSION = LIBRARY_VERSION;
 #ifdef LOADER
 extern "C" AIMapper_Error AIMapper_loadIMapper(AIMapper** outImplementation) {
     static AIMapper table{};
-    if (LOADER_ERROR != 0) return static_cast<AIMapper_Error>(LOADER_ERROR);
     table.version = static_cast<AIMapper_Version>(TABLE_VERSION);
-    *outImplementation = &table;
-    return AIMAPPER_ERROR_NONE;
+    *outImplementation = &table;  // also together with an error
+    return static_cast<AIMapper_Error>(LOADER_ERROR);
 }
 #endif

@@ -2,7 +2,6 @@
 
 #include <gmock/gmock.h>
 
-#include <algorithm>
 #include <csignal>
 #include <initializer_list>
 
@@ -14,10 +13,12 @@
 using namespace ::vendor::zel::hardware::camera::offlinecamera::implementation;
 using ::aidl::android::hardware::graphics::common::BufferUsage;
 using ::aidl::android::hardware::graphics::common::PixelFormat;
-using ::testing::Contains;
+using ::testing::_;
 using ::testing::Each;
 using ::testing::ElementsAre;
+using ::testing::HasSubstr;
 using ::testing::IsEmpty;
+using ::testing::SizeIs;
 
 namespace test {
 namespace {
@@ -41,13 +42,7 @@ class PlaneLayout : public ::testing::Test {
     PlaneLayout() {
         record.m_planeLayoutInterface = new MemoryMapper(&calls);
         record.m_aiMapper = reinterpret_cast<AIMapper*>(&calls);  // only looked at
-        SetDisplayMapperAnswer([this](const auto& info, ::mapper::PlaneLayoutRecord* out) {
-            ++asked;
-            lastInfo = info;
-            out->numPlanes = static_cast<int32_t>(planes.size());
-            std::copy(planes.begin(), planes.end(), out->planes);
-            return error;
-        });
+        TheDisplayMapper() = {{Plane({kY}, 3072)}, 0, {}};
     }
 
     // The scan lines that the query leaves; -7 stands before it.
@@ -61,35 +56,32 @@ class PlaneLayout : public ::testing::Test {
     LogCapture log;
     Calls calls;
     OfflineCameraZelInterface record;
-    std::vector<::mapper::PlaneEntry> planes{Plane({kY}, 3072)};
-    int32_t error = 0;
-    int asked = 0;
-    ::aidl::android::hardware::graphics::allocator::BufferDescriptorInfo lastInfo;
+    std::vector<::mapper::PlaneEntry>& planes = TheDisplayMapper().planes;
 };
 
 TEST_F(PlaneLayout, EndsAtOnceWithoutTheFirstInterface) {
     record.m_planeLayoutInterface = nullptr;
     EXPECT_EQ(Query(), -7);
     EXPECT_EQ(Query(34), -7);
-    EXPECT_EQ(asked, 0);
+    EXPECT_THAT(TheDisplayMapper().asked, IsEmpty());
     EXPECT_THAT(log.Take(), IsEmpty());
 }
 
 TEST_F(PlaneLayout, AsksForFormats35To38) {
     EXPECT_EQ(Query(34), -7);
     EXPECT_EQ(Query(39), -7);
-    EXPECT_EQ(asked, 0);
+    EXPECT_THAT(TheDisplayMapper().asked, IsEmpty());
     EXPECT_THAT(log.Take(), ElementsAre("I format 34 dont fetch plane layout info",
                                         "I format 39 dont fetch plane layout info"));
     for (int format = 35; format <= 38; ++format) EXPECT_EQ(Query(format), 3072);
 }
 
 TEST_F(PlaneLayout, EndsQuietlyWithoutMapperAndOnAnError) {
-    error = 5;
+    TheDisplayMapper().error = 5;
     EXPECT_EQ(Query(), -7);
     record.m_aiMapper = nullptr;
     EXPECT_EQ(Query(), -7);
-    EXPECT_EQ(asked, 1);
+    EXPECT_THAT(TheDisplayMapper().asked, SizeIs(1));
     EXPECT_THAT(log.Take(), IsEmpty());
     EXPECT_EQ(Query(34), -7);  // the format is looked at before the mapper
     EXPECT_THAT(log.Take(), ElementsAre("I format 34 dont fetch plane layout info"));
@@ -105,14 +97,15 @@ TEST_F(PlaneLayout, DescribesTheBufferAndLogsItsPlanes) {
     planes[1].horizontalSubsampling = 4;
     planes[1].verticalSubsampling = 2;
     EXPECT_EQ(Query(), 3072);
-    EXPECT_THAT(lastInfo.name, Each(0));
-    EXPECT_EQ(lastInfo.width, 4000);
-    EXPECT_EQ(lastInfo.height, 3000);
-    EXPECT_EQ(lastInfo.layerCount, 1);
-    EXPECT_EQ(lastInfo.format, PixelFormat::YCBCR_420_888);
-    EXPECT_EQ(lastInfo.usage, BufferUsage::CPU_READ_OFTEN);
-    EXPECT_EQ(lastInfo.reservedSize, 0);
-    EXPECT_THAT(lastInfo.additionalOptions, IsEmpty());
+    const auto& asked = TheDisplayMapper().asked.at(0);
+    EXPECT_THAT(asked.name, Each(0));
+    EXPECT_EQ(asked.width, 4000);
+    EXPECT_EQ(asked.height, 3000);
+    EXPECT_EQ(asked.layerCount, 1);
+    EXPECT_EQ(asked.format, PixelFormat::YCBCR_420_888);
+    EXPECT_EQ(asked.usage, BufferUsage::CPU_READ_OFTEN);
+    EXPECT_EQ(asked.reservedSize, 0);
+    EXPECT_THAT(asked.additionalOptions, IsEmpty());
     EXPECT_THAT(
             log.Take(),
             ElementsAre(
@@ -127,25 +120,24 @@ TEST_F(PlaneLayout, DescribesTheBufferAndLogsItsPlanes) {
                     "6291456"));
 }
 
-TEST_F(PlaneLayout, RoundsPackedSamplesDown) {
-    planes = {Plane({kRaw}, 3072)};
-    planes[0].sampleIncrementBits = 10;
-    planes[0].strideBytes = 5121;
-    EXPECT_EQ(Query(37), 3072);
-    EXPECT_THAT(log.Take(),
-                ElementsAre("I GetPlaneLayout: Number of planes - 1 gralloc format 37",
-                            "I GetPlaneLayout: plane info: component - 1048576",
-                            "I h_subsampling - 0, v_subsampling - 0, offset - 0, "
-                            "pixel_increment/step - 1",
-                            "I stride_pixel - 4096, stride_bytes - 5121, scanlines - 3072, size - "
-                            "0"));
-}
-
-TEST_F(PlaneLayout, DividesInSinglePrecision) {
-    planes[0].strideBytes = (1 << 24) + 1;
-    Query();
-    EXPECT_THAT(log.Take(), Contains("I stride_pixel - 16777216, stride_bytes - 16777217, "
-                                     "scanlines - 3072, size - 0"));
+// In single precision, rounded down.
+TEST_F(PlaneLayout, LogsTheStrideInSamples) {
+    const struct {
+        int32_t sampleBits, strideBytes;
+        const char* logged;
+    } cases[] = {{10, 5121, "stride_pixel - 4096, stride_bytes - 5121,"},
+                 {8, (1 << 24) + 1, "stride_pixel - 16777216, stride_bytes - 16777217,"},
+                 // Beyond the type's range; %d shows its largest value as -1.
+                 {0, 4096, "stride_pixel - -1, stride_bytes - 4096,"},
+                 {8, -4096, "stride_pixel - 0, stride_bytes - -4096,"}};
+    for (const auto& layout : cases) {
+        planes[0].sampleIncrementBits = layout.sampleBits;
+        planes[0].strideBytes = layout.strideBytes;
+        Query();
+        EXPECT_THAT(log.Take(),
+                    ElementsAre(_, _, HasSubstr(layout.sampleBits < 8 ? "step - 0" : "step - 1"),
+                                HasSubstr(layout.logged)));
+    }
 }
 
 TEST_F(PlaneLayout, TakesTheLastPlaneOfLumaOrRawAlone) {

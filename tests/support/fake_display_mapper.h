@@ -1,20 +1,22 @@
 // The vendor's display mapper library, answering as told.
 #pragma once
 
-#include <functional>
+#include <vector>
 
 #include "gralloc/zeldisplaymapper.h"
 
 namespace test {
 
-using DisplayMapperAnswer = std::function<int32_t(
-        const ::aidl::android::hardware::graphics::allocator::BufferDescriptorInfo& info,
-        ::mapper::PlaneLayoutRecord* out)>;
+struct DisplayMapper {
+    // What is told.
+    std::vector<::mapper::PlaneEntry> planes;
+    int32_t error = 0;
 
-// What the library answers from now on; until then it fails.
-void SetDisplayMapperAnswer(DisplayMapperAnswer answer);
+    // The questions.
+    std::vector<::aidl::android::hardware::graphics::allocator::BufferDescriptorInfo> asked;
+};
 
-// An answer with one plane that holds only luma.
-DisplayMapperAnswer LumaScanlines(int32_t scanlines);
+// The library of this process.
+DisplayMapper& TheDisplayMapper();
 
 }  // namespace test

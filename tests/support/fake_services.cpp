@@ -3,6 +3,7 @@
 #include "tests/support/fake_services.h"
 
 #include <android/binder_manager.h>
+#include <android/log.h>
 
 #include <map>
 
@@ -30,62 +31,14 @@ extern "C" AIBinder* __wrap_AServiceManager_checkService(const char* instance) {
 
 namespace test {
 
-namespace {
-
-::ndk::ScopedAStatus Failure() {
-    return ::ndk::ScopedAStatus::fromServiceSpecificError(3);
-}
-
-}  // namespace
-
 void SetService(const std::string& instance, const ::ndk::SpAIBinder& binder, int lookups) {
     Services()[instance] = {binder, binder.get() != nullptr ? lookups : 0};
 }
 
-::ndk::ScopedAStatus FakeSession::Answer() const {
+::ndk::ScopedAStatus Answers::Answer(const std::string& call) const {
+    __android_log_write(ANDROID_LOG_INFO, "FakeService", call.c_str());
     if (statusless) return ::ndk::ScopedAStatus();
-    return fails ? Failure() : ::ndk::ScopedAStatus::ok();
-}
-
-::ndk::ScopedAStatus FakeSession::configureOfflineStreams(const ConfigureInfo& info) {
-    configured.push_back(info);
-    return Answer();
-}
-
-::ndk::ScopedAStatus FakeSession::processOfflineRequest(const Requests& requests, int32_t* out) {
-    ++processed;
-    if (onProcess) onProcess(requests);
-    if (!fails) *out = frameNumber;
-    return Answer();
-}
-
-::ndk::ScopedAStatus FakeSession::closeOfflineSession() {
-    ++closed;
-    return Answer();
-}
-
-::ndk::ScopedAStatus FakeOfflineService::getSupportedOpModes(std::vector<int32_t>*) {
-    return ::ndk::ScopedAStatus::ok();
-}
-
-::ndk::ScopedAStatus FakeOfflineService::registerClient(int32_t clientId, const Callback& given) {
-    clientIds.push_back(clientId);
-    callback = given;
-    return fails ? Failure() : ::ndk::ScopedAStatus::ok();
-}
-
-::ndk::ScopedAStatus FakeOfflineService::unregisterClient(int32_t) {
-    return ::ndk::ScopedAStatus::ok();
-}
-
-::ndk::ScopedAStatus FakeOfflineService::openOfflineSession(
-        const std::string& clientName, const Callback& given,
-        std::shared_ptr<offline::IOfflineCameraSession>* out) {
-    clientNames.push_back(clientName);
-    callback = given;
-    if (fails) return Failure();
-    *out = session;
-    return ::ndk::ScopedAStatus::ok();
+    return ::ndk::ScopedAStatus::fromStatus(fails ? STATUS_DEAD_OBJECT : STATUS_OK);
 }
 
 }  // namespace test

@@ -77,7 +77,7 @@ std::vector<std::string> LogCapture::Take(const std::string& tag) {
     std::vector<std::string> lines;
     for (; log.taken < log.lines.size(); ++log.taken) {
         const Line& line = log.lines[log.taken];
-        if (line.tag == tag) {
+        if (line.tag == tag || tag.empty()) {
             lines.push_back(std::string(1, line.priority) + " " + line.text);
         }
     }

@@ -15,7 +15,8 @@ class LogCapture {
   public:
     LogCapture();
 
-    // The lines under the tag since the last call, such as "E Failed to load mapper.zel.so".
+    // The lines under the tag since the last call, such as "E Failed to load mapper.zel.so"; with
+    // an empty tag, all.
     std::vector<std::string> Take(const std::string& tag = "OfflineCameraClient");
 
     // Waits until so many lines with this text have come; false after a minute.

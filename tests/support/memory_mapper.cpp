@@ -30,21 +30,18 @@ char* MemoryMapper::Memory(const void* buffer) {
     return found != m_buffers.end() ? found->second.get() : nullptr;
 }
 
-Error MemoryMapper::Called(const std::string& operation, const std::string& arguments) {
+template <class Deliver>
+Return<void> MemoryMapper::Answer(const std::string& operation, const std::string& arguments,
+                                  Error error, Deliver deliver) {
     m_calls->push_back(operation + arguments);
-    const auto told = errors.find(operation);
-    return told != errors.end() ? told->second : Error::NONE;
+    if (broken.count(operation) != 0) return Status::fromStatusT(::android::DEAD_OBJECT);
+    if (error == Error::NONE && errors.count(operation) != 0) error = errors.at(operation);
+    deliver(error);
+    return fake::Void();
 }
 
-Error MemoryMapper::CalledOn(void* buffer, const std::string& operation,
-                             const std::string& arguments) {
-    const Error told = Called(operation, arguments);
-    return m_buffers.count(buffer) == 0 ? Error::BAD_BUFFER : told;
-}
-
-Status MemoryMapper::Transport(const std::string& operation) const {
-    return broken.count(operation) == 0 ? Status::ok()
-                                        : Status::fromStatusT(::android::DEAD_OBJECT);
+Error MemoryMapper::Check(void* buffer) const {
+    return m_buffers.count(buffer) != 0 ? Error::NONE : Error::BAD_BUFFER;
 }
 
 Return<void> MemoryMapper::createDescriptor(const BufferDescriptorInfo& info,
@@ -53,62 +50,52 @@ Return<void> MemoryMapper::createDescriptor(const BufferDescriptorInfo& info,
             " '%s' %ux%u layers %u format %d usage %lu reserved %lu", info.name.c_str(), info.width,
             info.height, info.layerCount, static_cast<int>(info.format),
             static_cast<unsigned long>(info.usage), static_cast<unsigned long>(info.reservedSize));
-    const Error error = Called("createDescriptor", text);
-    if (Status transport = Transport("createDescriptor"); !transport.isOk()) return transport;
-    const std::vector<uint8_t> descriptor(text.begin(), text.end());
-    cb(error, error == Error::NONE ? descriptor : std::vector<uint8_t>());
-    return fake::Void();
+    return Answer("createDescriptor", text, Error::NONE,
+                  [&](Error error) { cb(error, std::vector<uint8_t>(text.begin(), text.end())); });
 }
 
 Return<void> MemoryMapper::importBuffer(const fake::hidl_handle& raw, importBuffer_cb cb) {
-    const Error error = Called("importBuffer");
-    if (Status transport = Transport("importBuffer"); !transport.isOk()) return transport;
-    native_handle_t* imported = nullptr;
-    if (error == Error::NONE) {
+    return Answer("importBuffer", "", Error::NONE, [&](Error error) {
+        if (error != Error::NONE) return cb(error, this);
         EXPECT_NE(raw.getNativeHandle(), nullptr);
-        imported = native_handle_clone(raw.getNativeHandle());
+        native_handle_t* const imported = native_handle_clone(raw.getNativeHandle());
         m_buffers[imported].reset(static_cast<char*>(calloc(1, bufferBytes)));
-    }
-    cb(error, imported);
-    return fake::Void();
+        cb(error, imported);
+    });
 }
 
 Return<Error> MemoryMapper::freeBuffer(void* buffer) {
-    const Error error = CalledOn(buffer, "freeBuffer");
-    if (Status transport = Transport("freeBuffer"); !transport.isOk()) return transport;
-    if (error == Error::NONE) {
+    Error answer{};
+    const auto sent = Answer("freeBuffer", "", Check(buffer), [&](Error error) {
+        answer = error;
+        if (error != Error::NONE) return;
         m_buffers.erase(buffer);
         native_handle_close(static_cast<native_handle_t*>(buffer));
         native_handle_delete(static_cast<native_handle_t*>(buffer));
-    }
-    return error;
+    });
+    if (!sent.isOk()) return Status::fromStatusT(::android::DEAD_OBJECT);
+    return answer;
 }
 
 Return<void> MemoryMapper::lock(void* buffer, uint64_t usage, const fake::IMapper::Rect& region,
                                 const fake::hidl_handle& fence, lock_cb cb) {
     EXPECT_EQ(region.left | region.top | region.width | region.height, 0);
     EXPECT_EQ(fence.getNativeHandle(), nullptr);
-    const Error error = CalledOn(buffer, "lock", Format(" %lu", static_cast<unsigned long>(usage)));
-    if (Status transport = Transport("lock"); !transport.isOk()) return transport;
-    cb(error, error == Error::NONE ? Memory(buffer) : nullptr);
-    return fake::Void();
+    return Answer("lock", Format(" %lu", static_cast<unsigned long>(usage)), Check(buffer),
+                  [&](Error error) { cb(error, Memory(buffer)); });
 }
 
 Return<void> MemoryMapper::unlock(void* buffer, unlock_cb cb) {
-    const Error error = CalledOn(buffer, "unlock");
-    if (Status transport = Transport("unlock"); !transport.isOk()) return transport;
-    cb(error, nullptr);
-    return fake::Void();
+    return Answer("unlock", "", Check(buffer), [&](Error error) { cb(error, nullptr); });
 }
 
 Return<void> MemoryMapper::get(void* buffer, const MetadataType& type, get_cb cb) {
-    const Error error = CalledOn(
-            buffer, "get", Format(" %s %ld", type.name.c_str(), static_cast<long>(type.value)));
-    if (Status transport = Transport("get"); !transport.isOk()) return transport;
-    fake::hidl_vec<uint8_t> encoded;
-    ::android::gralloc4::encodeAllocationSize(bufferBytes, &encoded);
-    cb(error, metadata.has_value() ? fake::hidl_vec<uint8_t>(*metadata) : encoded);
-    return fake::Void();
+    const std::string text = Format(" %s %ld", type.name.c_str(), static_cast<long>(type.value));
+    return Answer("get", text, Check(buffer), [&](Error error) {
+        fake::hidl_vec<uint8_t> encoded;
+        ::android::gralloc4::encodeAllocationSize(bufferBytes, &encoded);
+        cb(error, metadata.has_value() ? fake::hidl_vec<uint8_t>(*metadata) : encoded);
+    });
 }
 
 ::ndk::ScopedAStatus FakeAllocator::allocate(const std::vector<uint8_t>& descriptor, int32_t count,

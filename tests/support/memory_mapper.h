@@ -28,7 +28,8 @@ class MemoryMapper : public fake::FakeMapper {
     // The memory of an imported handle; null for any other.
     char* Memory(const void* buffer);
 
-    // What is told, by operation name: an error to answer with, and a failure of the transport.
+    // What is told, by operation name: an error to answer with, which comes together with a result
+    // that must not be taken, and a failure of the transport.
     std::map<std::string, fake::Error> errors;
     std::set<std::string> broken;
     bool remote = false;
@@ -51,12 +52,11 @@ class MemoryMapper : public fake::FakeMapper {
         void operator()(char* bytes) const { free(bytes); }
     };
 
-    // Records the call; the error to answer with.
-    fake::Error Called(const std::string& operation, const std::string& arguments = "");
-    // The same for an operation on a buffer, which must be an imported one.
-    fake::Error CalledOn(void* buffer, const std::string& operation,
-                         const std::string& arguments = "");
-    ::android::hardware::Status Transport(const std::string& operation) const;
+    // Records the call, and hands this error, or else the one that is told, to `deliver`.
+    template <class Deliver>
+    fake::Return<void> Answer(const std::string& operation, const std::string& arguments,
+                              fake::Error error, Deliver deliver);
+    fake::Error Check(void* buffer) const;  // that it is an imported one
 
     Calls* const m_calls;
     std::map<void*, std::unique_ptr<char, Freed>> m_buffers;  // by imported handle

@@ -9,7 +9,10 @@ import vendor.zel.hardware.camera.offlinecamera.IOfflineCameraSession;
  */
 @VintfStability
 interface IOfflineCameraService {
-    /** The operation modes for which openOfflineSession can be used. */
+    /**
+     * The operation modes for which openOfflineSession can be used. The tool does not call this: it
+     * holds position 1, and a service whose position 1 is something else serves the tool as well.
+     */
     int[] getSupportedOpModes();
 
     /**
@@ -20,7 +23,10 @@ interface IOfflineCameraService {
      */
     void registerClient(int clientId, IOfflineCameraCallback callback);
 
-    /** Ends what registerClient began; an unknown client id is an illegal argument. */
+    /**
+     * Ends what registerClient began; an unknown client id is an illegal argument. The tool does not
+     * call this: it holds position 3.
+     */
     void unregisterClient(int clientId);
 
     /**
