@@ -61,8 +61,8 @@ std::string Likely(const FrameGeometry& known, uint64_t bytes) {
 
 // What the caller and the file's name tell; 0 where they do not.
 FrameGeometry KnownGeometry(const std::string& path, const FrameGeometry& told) {
-    FrameGeometry known = {told.format, told.size, NumberInDumpName(path, "Stride"),
-                           NumberInDumpName(path, "Scanline")};
+    FrameGeometry known = {told.format, told.size, NumberInDumpName(path, "Stride").value_or(0),
+                           NumberInDumpName(path, "Scanline").value_or(0)};
     for (const SourceFile& source : kSourceFiles) {
         // With a size of the caller's own the fixed name says nothing any more.
         if (std::filesystem::path(path).filename() == source.name && source.format == told.format &&
@@ -144,11 +144,12 @@ std::optional<FrameFormat> FormatOfName(const std::string& path) {
     return std::nullopt;
 }
 
-uint32_t NumberInDumpName(const std::string& path, const char* key) {
+std::optional<uint32_t> NumberInDumpName(const std::string& path, const char* key) {
     const std::string name = std::filesystem::path(path).filename();
+    if (name.rfind("OfflineAidl_CameraId_", 0) != 0) return std::nullopt;
     const std::string opening = std::string("_") + key + "[";
     const size_t found = name.rfind(opening);
-    if (name.rfind("OfflineAidl_CameraId_", 0) != 0 || found == std::string::npos) return 0;
+    if (found == std::string::npos) return 0;
     uint32_t number = 0;
     const char* const start = name.c_str() + found + opening.size();
     const auto [stop, error] = std::from_chars(start, name.c_str() + name.size(), number);

@@ -54,8 +54,9 @@ Result<size_t> FrameBytes(const FrameGeometry& geometry);
 std::optional<FrameFormat> FormatOfName(const std::string& path);
 
 // The number behind `key` in the name of a dump, OfflineAidl_.._Stride[4096]_Scanline[3072].yuv or
-// OfflineAidl_.._Width[4000]_Height[3000].jpg. 0 where the name does not give it or gives nonsense.
-uint32_t NumberInDumpName(const std::string& path, const char* key);
+// OfflineAidl_.._Width[4000]_Height[3000].jpg. 0 where the name does not give it or gives nonsense;
+// nothing for the name of another file.
+std::optional<uint32_t> NumberInDumpName(const std::string& path, const char* key);
 
 // The geometry of a frame file of `bytes` bytes. What the caller knows (the rest is 0) goes before
 // what the file's name tells, and that before what its size tells. Fails when the geometry cannot

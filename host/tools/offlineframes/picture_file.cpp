@@ -232,6 +232,12 @@ Picture FitPicture(const Picture& photo, PictureSize size) {
     return fitted;
 }
 
+RowSource RowsOf(Picture picture) {
+    return [picture = std::move(picture)](uint32_t y, uint8_t* rgb) {
+        memcpy(rgb, picture.Pixel(0, y), size_t{picture.width} * 3);
+    };
+}
+
 Bytes EncodePng(PictureSize size, const RowSource& rows) {
     constexpr uint32_t kStripRows = 16;  // stay in the processor's cache
     const size_t rowBytes = size_t{size.width} * 3 + 1;

@@ -80,6 +80,7 @@ Picture FitPicture(const Picture& photo, PictureSize size);
 // Writes the RGB bytes of row `y`; called for each row once, from the top. (A dump becomes a PNG
 // without a whole picture in memory: filling fresh pages took a third of the time.)
 using RowSource = std::function<void(uint32_t y, uint8_t* rgb)>;
+RowSource RowsOf(Picture picture);
 
 Bytes EncodePng(PictureSize size, const RowSource& rows);
 

@@ -88,8 +88,7 @@ void ExamineRaster(FrameFormat format, Frame* frame) {
     frame->height = geometry.Value().size.height;
     frame->stride = geometry.Value().stride;
     frame->scanlines = geometry.Value().scanlines;
-    if (offlineframes::NumberInDumpName(frame->path, "Stride") != 0 &&
-        offlineframes::NumberInDumpName(frame->path, "Scanline") == 0) {
+    if (offlineframes::NumberInDumpName(frame->path, "Scanline") == 0u) {
         frame->note = "scan lines as the file's size tells: its name does not";
     }
     SetPicture(view.Value().size, view.Value().rows, frame);

@@ -121,7 +121,10 @@ TEST(ResolveGeometry, ComesFromRequestNameAndSizeOrSaysWhatFits) {
              {"expected 18874368 bytes", "found 18000000; " + fits}},
             {"4096_3072_RAW10.raw", {}, 15728639, {"is the file cut short?"}},
             // A size alone must be the whole file's: with the allocator's padding or without any.
-            {"any.raw", {FrameFormat::kRaw10, {128, 64}, 0, 0}, 160 * 64, {"stride 160, 64 "}},
+            {"any.raw",
+             {FrameFormat::kRaw10, {128, 64}, 0, 0},
+             160 * 64,
+             {"raw10 128x64, stride 160, 64 "}},
             {"any.raw",
              {FrameFormat::kRaw10, {100, 50}, 0, 0},
              10240,
@@ -134,6 +137,7 @@ TEST(ResolveGeometry, ComesFromRequestNameAndSizeOrSaysWhatFits) {
         FrameGeometry known = c.known;
         known.format = *FormatOfName(c.name);
         const auto found = ResolveGeometry(c.name, known, c.bytes);
+        EXPECT_EQ(found.Ok(), c.expected[0].rfind(FormatName(known.format), 0) == 0) << c.name;
         for (const std::string& part : c.expected) {
             EXPECT_THAT(found.Ok() ? Describe(found.Value()) : found.Error(), HasSubstr(part))
                     << c.name;
