@@ -25,6 +25,7 @@ TEST_F(RunScript, RefusesWrongOptionsBeforeAnythingStarts) {
                  {{"--planes", "--fault"}, "--fault"},
                  {{"--data", "/no/such folder", "-t", "B2Y"}, "/no/such folder"},
                  {{"--data=/no/such", "-t", "B2Y"}, "/no/such"},
+                 {{"--data", "/", "--source", "/etc/passwd"}, "--from /etc/passwd"},
                  {{"--shell", "-t", "B2Y"}, "--shell"},
                  {{"--service", "/etc/passwd", "-t", "B2Y"}, "not executable"},
                  {{"--fault", "no-such-fault", "-t", "B2Y"}, "no-such-fault"}};
@@ -66,6 +67,19 @@ TEST_F(RunScript, LeavesEverythingAfterItsOptionsToTheTool) {
     EXPECT_THAT(unknown.err, HasSubstr("vexofflinecameratest: "));
     EXPECT_THAT(Run({"--help"}).out, StartsWith("usage: ./run"));
     EXPECT_THAT(Run({"--fault", "help"}).out, HasSubstr("no-shutter"));
+}
+
+// It asks the build only when a file has changed.
+TEST_F(RunScript, BuildsWhatHasChanged) {
+    std::ofstream(m_root + "/out/build/build.ninja")
+            << "rule copy\n  command = cp $in $out\nbuild made: copy ../../source\n"
+               "build host/all: phony made\nbuild vexofflinecameratest examples/all: phony\n";
+    for (const char* text : {"old", "old", "new"}) {
+        std::ofstream(m_root + "/source") << text;
+        EXPECT_EQ(Run({"-h"}).status, 255);
+        EXPECT_EQ(ReadFile(m_root + "/out/build/made"), text);
+        EXPECT_EQ(Run({"-h"}).err, "run: './run --help' tells run's own options\n");
+    }
 }
 
 TEST_F(RunScript, ReportsDumpsAndPictures) {
