@@ -9,15 +9,10 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
-#include <condition_variable>
 #include <cstdlib>
-#include <mutex>
-#include <string>
-#include <vector>
+#include <future>
 
-#include "device.h"
-#include "groups.h"
-#include "measure.h"
+#include "bench.h"
 
 namespace bench {
 namespace {
@@ -74,39 +69,29 @@ void CallEcho(AIBinder* binder, const std::vector<uint8_t>& bytes) {
     AParcel_delete(out);
 }
 
-// Sends and receives whole blocks at one end of a socket.
-class SocketEnd {
-  public:
-    SocketEnd(int end, size_t bytes) : m_end(end), m_bytes(bytes) {}
-    bool Send() {
-        return send(m_end, m_bytes.data(), m_bytes.size(), MSG_NOSIGNAL) ==
-               static_cast<ssize_t>(m_bytes.size());
-    }
-    bool Receive() {
-        return recv(m_end, m_bytes.data(), m_bytes.size(), MSG_WAITALL) ==
-               static_cast<ssize_t>(m_bytes.size());
-    }
+bool Send(int end, const std::vector<uint8_t>& bytes) {
+    return send(end, bytes.data(), bytes.size(), MSG_NOSIGNAL) ==
+           static_cast<ssize_t>(bytes.size());
+}
 
-  private:
-    const int m_end;
-    std::vector<uint8_t> m_bytes;
-};
+bool Receive(int end, std::vector<uint8_t>* bytes) {
+    return recv(end, bytes->data(), bytes->size(), MSG_WAITALL) ==
+           static_cast<ssize_t>(bytes->size());
+}
 
 void RoundTrips(size_t size) {
     int ends[2];
     Require(socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) == 0, "make sockets");
     const pid_t echo = fork();
     Require(echo >= 0, "fork");
+    std::vector<uint8_t> bytes(size, 7), answer(size);
     if (echo == 0) {
         close(ends[0]);
-        SocketEnd socket(ends[1], size);
-        while (socket.Receive() && socket.Send()) continue;
+        while (Receive(ends[1], &bytes) && Send(ends[1], bytes)) continue;
         _exit(0);
     }
     close(ends[1]);
-    SocketEnd socket(ends[0], size);
     const Peer peer = StartPeer();
-    const std::vector<uint8_t> bytes(size, 7);
     const auto repeat = [](const std::function<void()>& call) {
         return [call] {
             for (int i = 0; i < kCallsPerRound; ++i) call();
@@ -115,7 +100,9 @@ void RoundTrips(size_t size) {
     const double each = 1.0 / kCallsPerRound;
     Compare("A round trip of " + std::to_string(size) + " bytes each way",
             {{"bare socket",
-              repeat([&] { Require(socket.Send() && socket.Receive(), "reach the socket"); }),
+              repeat([&] {
+                  Require(Send(ends[0], bytes) && Receive(ends[0], &answer), "reach the socket");
+              }),
               {},
               0,
               each},
@@ -126,35 +113,26 @@ void RoundTrips(size_t size) {
     WaitFor(peer.process);
 }
 
-struct DeathNotice {
-    std::mutex lock;
-    std::condition_variable changed;
-    double told = 0;
-};
-
 void Deaths() {
-    AIBinder_DeathRecipient* const recipient = AIBinder_DeathRecipient_new([](void* cookie) {
-        auto* const notice = static_cast<DeathNotice*>(cookie);
-        std::lock_guard<std::mutex> guard(notice->lock);
-        notice->told = Now();
-        notice->changed.notify_all();
-    });
+    using Told = std::promise<double>;  // when
+    AIBinder_DeathRecipient* const recipient = AIBinder_DeathRecipient_new(
+            [](void* told) { static_cast<Told*>(told)->set_value(Now()); });
     std::vector<double> times;
     for (int round = 0; round < kRounds; ++round) {
         const Peer peer = StartPeer();
-        DeathNotice notice;
-        Require(AIBinder_linkToDeath(peer.binder.get(), recipient, &notice) == STATUS_OK, "link");
+        Told told;
+        std::future<double> time = told.get_future();
+        Require(AIBinder_linkToDeath(peer.binder.get(), recipient, &told) == STATUS_OK, "link");
         const double start = Now();
         kill(peer.process, SIGKILL);
-        std::unique_lock<std::mutex> guard(notice.lock);
-        Require(notice.changed.wait_for(guard, std::chrono::seconds(10),
-                                        [&] { return notice.told > 0; }),
+        Require(time.wait_for(std::chrono::seconds(10)) == std::future_status::ready,
                 "learn of a peer's death within 10 s");
-        times.push_back(notice.told - start);
-        guard.unlock();
+        times.push_back(time.get() - start);
         WaitFor(peer.process);
     }
-    PrintTime("A peer that is killed", "until its death is told", Median(times), 5);
+    PrintTimes("A peer that is killed",
+               {{"the most that it may take", {}}, {"until its death is told", {}, {}, 1}},
+               {5, Median(times)});
 }
 
 }  // namespace

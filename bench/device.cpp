@@ -1,8 +1,5 @@
 // Enters the stand-in device through deviceshell; starts and awaits processes.
-#include "device.h"
-
 #include <fcntl.h>
-#include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -10,18 +7,16 @@
 #include <cstring>
 #include <filesystem>
 
-#include "measure.h"
+#include "bench.h"
 
 namespace bench {
 
 void GoIntoDevice() {
     constexpr char kInside[] = "BENCH_INSIDE_DEVICE";
     if (getenv(kInside) != nullptr) return;
-    std::error_code error;
-    const std::string self = std::filesystem::read_symlink("/proc/self/exe", error).string();
+    const std::filesystem::path self = std::filesystem::read_symlink("/proc/self/exe");
     // Beside the program, so on the disk that holds the build; kept for the next time.
-    const std::string data = self.substr(0, self.rfind('/')) + "/data";
-    std::filesystem::create_directories(data, error);
+    const std::string data = self.parent_path() / "data";
     const int null = open("/dev/null", O_RDWR | O_CLOEXEC);
     Require(WaitFor(Start({OFFLINEFRAMES_PROGRAM, "sources", data}, null)) == 0,
             "make source files: '" OFFLINEFRAMES_PROGRAM " sources " + data + "' says why");
@@ -35,15 +30,13 @@ pid_t Start(const std::vector<std::string>& command, int output) {
     std::vector<char*> argv;
     for (const std::string& word : command) argv.push_back(const_cast<char*>(word.c_str()));
     argv.push_back(nullptr);
-    posix_spawn_file_actions_t files;
-    posix_spawn_file_actions_init(&files);
-    posix_spawn_file_actions_adddup2(&files, output, STDOUT_FILENO);
-    posix_spawn_file_actions_adddup2(&files, output, STDERR_FILENO);
-    pid_t child = -1;
-    const int error = posix_spawnp(&child, argv[0], &files, nullptr, argv.data(), environ);
-    posix_spawn_file_actions_destroy(&files);
-    Require(error == 0, "start " + command[0] + ": " + strerror(error));
-    return child;
+    const pid_t child = vfork();
+    Require(child >= 0, "fork");
+    if (child != 0) return child;
+    dup2(output, STDOUT_FILENO);
+    dup2(output, STDERR_FILENO);
+    execvp(argv[0], argv.data());
+    _exit(127);
 }
 
 int WaitFor(pid_t child) {

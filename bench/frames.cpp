@@ -5,9 +5,8 @@
 
 #include <algorithm>
 #include <cmath>
-#include <vector>
 
-#include "measure.h"
+#include "bench.h"
 
 namespace bench {
 namespace {
@@ -39,20 +38,13 @@ void Buffer::MapAnew() {
     Taken(m_mapping.Map(m_handle->data[0], m_layout.size), "map");
 }
 
-graphics::BufferDescription Raw10Buffer(uint32_t width, uint32_t height) {
-    return {"raw", width, height, 1, graphics::kFormatRaw10, kReadAndWriteOften, 0};
-}
-
-graphics::BufferDescription Nv12Buffer(uint32_t width, uint32_t height) {
-    return {"yuv", width, height, 1, graphics::kFormatYcbcr420, kReadAndWriteOften, 0};
-}
-
-graphics::BufferDescription BlobBuffer(uint32_t bytes) {
-    return {"blob", bytes, 1, 1, graphics::kFormatBlob, kReadAndWriteOften, 0};
+graphics::BufferDescription Describe(int32_t format, uint32_t width, uint32_t height) {
+    return {"bench", width, height, 1, format, kReadAndWriteOften, 0};
 }
 
 Frame::Frame(uint32_t seed)
-    : raw(Raw10Buffer(kWidth, kHeight)), picture(Nv12Buffer(kOutWidth, kOutHeight)) {
+    : raw(Describe(graphics::kFormatRaw10, kWidth, kHeight)),
+      picture(Describe(graphics::kFormatYcbcr420, kOutWidth, kOutHeight)) {
     std::vector<double> wave(kWidth);
     for (uint32_t x = 0; x < kWidth; ++x) wave[x] = 120 * std::sin(x * 0.011);
     std::vector<uint16_t> row(kWidth);

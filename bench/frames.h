@@ -30,10 +30,8 @@ class Buffer {
     graphics::BufferMapping m_mapping;
 };
 
-// Descriptions as the test modes' streams have them; sides in pixels.
-graphics::BufferDescription Raw10Buffer(uint32_t width, uint32_t height);
-graphics::BufferDescription Nv12Buffer(uint32_t width, uint32_t height);
-graphics::BufferDescription BlobBuffer(uint32_t bytes);
+// As the test modes' streams have it; sides in pixels, a blob's in bytes and 1.
+graphics::BufferDescription Describe(int32_t format, uint32_t width, uint32_t height);
 
 // A RAW10 frame of the test modes, filled with soft gradients, edges and a sensor's noise, and the
 // picture that it is developed into.

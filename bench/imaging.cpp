@@ -3,15 +3,13 @@
 #include <imaging/b2y.h>
 #include <imaging/jpeg.h>
 #include <imaging/multi_frame.h>
+#include <turbojpeg.h>
 
+#include <algorithm>
 #include <cstring>
-#include <string>
-#include <vector>
 
+#include "bench.h"
 #include "frames.h"
-#include "groups.h"
-#include "measure.h"
-#include "plain_jpeg.h"
 #include "tests/host/imaging/naive_camera.h"
 
 namespace bench {
@@ -68,30 +66,6 @@ struct FrameSet {
     Frame first{1}, second{2}, third{3}, scratch{4};
 };
 
-// Encodes a frame's picture into a JPEG buffer.
-class JpegEncoder {
-  public:
-    explicit JpegEncoder(Frame* frame)
-        : m_frame(frame),
-          m_capacity(static_cast<uint32_t>(frame->picture.Layout().size)),
-          m_blob(BlobBuffer(m_capacity)) {}
-
-    void Encode(uint32_t threads) {
-        size_t size = 0;
-        RequireDone(imaging::EncodeJpeg(m_frame->Picture(), {}, m_blob.Data(), m_capacity, &size,
-                                        On(threads)));
-    }
-    void EncodePlain(PlanarPicture* planes) {
-        Require(EncodePlainJpeg(*planes, imaging::kJpegQuality, m_blob.Data(), m_capacity) > 0,
-                "encode with libjpeg-turbo");
-    }
-
-  private:
-    Frame* const m_frame;
-    const uint32_t m_capacity;
-    Buffer m_blob;
-};
-
 // Buffers are either in use, or come straight from the allocator.
 void CompareDevelopment(FrameSet& set, bool fresh) {
     const std::string buffers = fresh ? "fresh buffers" : "buffers in use";
@@ -112,14 +86,58 @@ void CompareDevelopment(FrameSet& set, bool fresh) {
     }
 }
 
+// A picture by colour, as libjpeg-turbo takes it without any preparation of its own: whole blocks,
+// the last row repeated.
+struct Planes {
+    explicit Planes(const imaging::Nv12View& picture)
+        : width(picture.width), rows((picture.height + 15) / 16 * 16) {
+        for (uint32_t row = 0; row < rows; ++row) {
+            const uint8_t* from =
+                    picture.y + std::min(row, picture.height - 1) * picture.strideBytes;
+            y.insert(y.end(), from, from + width);
+        }
+        for (uint32_t row = 0; row < rows / 2; ++row) {
+            const uint8_t* from =
+                    picture.uv + std::min(row, picture.height / 2 - 1) * picture.strideBytes;
+            for (uint32_t x = 0; x < width; x += 2) {
+                cb.push_back(from[x]);
+                cr.push_back(from[x + 1]);
+            }
+        }
+    }
+
+    // One thread, 4:2:0, standard tables, no restart markers.
+    void Encode(uint8_t* out) const {
+        static const tjhandle encoder = tjInitCompress();
+        const uint8_t* planes[] = {y.data(), cb.data(), cr.data()};
+        unsigned long size = 0;
+        Require(tjCompressFromYUVPlanes(encoder, planes, static_cast<int>(width), nullptr,
+                                        static_cast<int>(rows), TJSAMP_420, &out, &size,
+                                        imaging::kJpegQuality,
+                                        TJFLAG_NOREALLOC | TJFLAG_ACCURATEDCT) == 0,
+                "encode with libjpeg-turbo");
+    }
+
+    const uint32_t width, rows;
+    std::vector<uint8_t> y, cb, cr;
+};
+
 void CompareJpeg(Frame& frame) {
     Develop(frame, On(2));
-    PlanarPicture planes(frame.Picture());
-    JpegEncoder encoder(&frame);
+    const Planes planes(frame.Picture());
+    // TurboJPEG asks for room for the worst case.
+    const unsigned long room =
+            tjBufSize(static_cast<int>(planes.width), static_cast<int>(planes.rows), TJSAMP_420);
+    Buffer blob(Describe(graphics::kFormatBlob, static_cast<uint32_t>(room), 1));
+    const auto encode = [&](uint32_t threads) {
+        size_t size = 0;
+        RequireDone(imaging::EncodeJpeg(frame.Picture(), {}, blob.Data(), blob.Layout().size, &size,
+                                        On(threads)));
+    };
     Compare("Y2J beside libjpeg-turbo",
-            {{"libjpeg-turbo, raw data, one thread", [&] { encoder.EncodePlain(&planes); }},
-             {"Y2J, one thread", [&] { encoder.Encode(1); }, {}, 1.05},
-             {"Y2J, two threads", [&] { encoder.Encode(2); }, {}, 0.6}});
+            {{"libjpeg-turbo, raw data, one thread", [&] { planes.Encode(blob.Data()); }},
+             {"Y2J, one thread", [&] { encode(1); }, {}, 1.05},
+             {"Y2J, two threads", [&] { encode(2); }, {}, 0.6}});
 }
 
 void CompareInstructionSets(Frame& frame) {

@@ -2,13 +2,9 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-#include <string>
-
+#include "bench.h"
 #include "client/vexofflinecameraclient.h"
-#include "device.h"
 #include "frames.h"
-#include "groups.h"
-#include "measure.h"
 
 namespace vendor::zel::hardware::camera::offlinecamera::implementation {
 
@@ -54,12 +50,12 @@ void CompareLoaders(const char* title, const std::string& path, Buffer& buffer,
 }  // namespace
 
 void MeasureLoading() {
-    const std::string folder = kDataFolder;
-    Buffer raw(Raw10Buffer(4096, 3072));
+    const std::string folder = kFrameFolder;
+    Buffer raw(Describe(graphics::kFormatRaw10, 4096, 3072));
     CompareLoaders("RAW10 4096 x 3072, row by row", folder + "4096_3072_RAW10.raw", raw, [&] {
         return Loader::LoadRaw(reinterpret_cast<char*>(raw.Data()), raw.Layout().stride, 3072);
     });
-    Buffer yuv(Nv12Buffer(4000, 3000));
+    Buffer yuv(Describe(graphics::kFormatYcbcr420, 4000, 3000));
     const std::string yuvPath = folder + "4000_3000_NV12.yuv";
     CompareLoaders("NV12 4000 x 3000, row by row", yuvPath, yuv, [&] {
         return Loader::LoadYuv(yuvPath.c_str(), reinterpret_cast<char*>(yuv.Data()),

@@ -1,16 +1,11 @@
 // What a whole run of the tool costs, beside copying as many bytes from file to file.
 #include <fcntl.h>
+#include <runlog/runlog.h>
 #include <unistd.h>
 
 #include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <string>
-#include <vector>
 
-#include "device.h"
-#include "groups.h"
-#include "measure.h"
+#include "bench.h"
 
 namespace bench {
 namespace {
@@ -36,56 +31,42 @@ void CopyFile(const std::string& from, const std::string& to) {
     close(out);
 }
 
-// The one dump of the mode.
-std::string DumpOf(const std::string& word) {
-    for (const auto& entry : std::filesystem::directory_iterator(kDataFolder)) {
-        const std::string name = entry.path().filename().string();
-        if (name.rfind("OfflineAidl_", 0) == 0 && name.find("_" + word + "_") != name.npos) {
-            return entry.path();
-        }
-    }
-    Require(false, "find the dump of " + word);
-    return "";
-}
-
-void CompareRun(const std::string& word, const std::string& source, double mark) {
+void CompareRun(const std::string& word, const char* source, const std::string& dump, double mark) {
     RunTool(word);
-    const std::string from = kDataFolder + source, dump = DumpOf(word);
-    const std::string copies = std::string(kDataFolder) + "copy_of_";
+    const std::string folder = kFrameFolder;
+    const std::string name = folder + "OfflineAidl_CameraId_2_Frame_1_" + word + "_" + dump;
     Compare("A whole " + word + " run with plane layouts",
             {{"source and dump copied from file to file",
               [&] {
-                  CopyFile(from, copies + "source");
-                  CopyFile(dump, copies + "dump");
+                  CopyFile(folder + source, folder + "copy_of_source");
+                  CopyFile(name, folder + "copy_of_dump");
               }},
              {"vexofflinecameratest -t " + word, [&] { RunTool(word); }, {}, mark}});
 }
 
 // Milliseconds that the tool waits for answers in one run, what services do for them included.
 double TransactionTime() {
-    const std::string path = std::string(kDataFolder) + "trace";
+    const std::string path = std::string(kFrameFolder) + "trace";
     const int trace = open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_APPEND, 0644);
     setenv("STANDIN_BINDER_TRACE_FD", std::to_string(trace).c_str(), 1);
     RunTool("B2Y");
     unsetenv("STANDIN_BINDER_TRACE_FD");
     close(trace);
+    const auto read = runlog::ReadTrace(path);
+    Require(read.Ok() && !read.Value().calls.empty(), "see a transaction in the trace of a run");
     double microseconds = 0;
-    std::ifstream lines(path);
-    for (std::string line; std::getline(lines, line);) {
-        const size_t unit = line.rfind(" us ");
-        if (line.find(" -> ") == line.npos || unit == line.npos) continue;
-        microseconds += strtod(line.c_str() + line.rfind(' ', unit - 1), nullptr);
+    for (const runlog::Call& call : read.Value().calls) {
+        if (!call.incoming) microseconds += static_cast<double>(call.durationUs);
     }
-    Require(microseconds > 0, "see a transaction in the trace of a run");
     return microseconds / 1000;
 }
 
 }  // namespace
 
 void MeasureRuns() {
-    CompareRun("B2Y", "4096_3072_RAW10.raw", 6);
-    CompareRun("Y2J", "4000_3000_NV12.yuv", 0);
-    CompareRun("MMF", "4096_3072_RAW10.raw", 0);
+    CompareRun("B2Y", "4096_3072_RAW10.raw", "Stride[4096]_Scanline[3072].yuv", 6);
+    CompareRun("Y2J", "4000_3000_NV12.yuv", "Width[4000]_Height[3000].jpg", 0);
+    CompareRun("MMF", "4096_3072_RAW10.raw", "Stride[4096]_Scanline[3072].yuv", 0);
     std::vector<double> waits, runs;
     for (int round = 0; round < kRounds; ++round) {
         const double start = Now();

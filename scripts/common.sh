@@ -1,41 +1,34 @@
 # Shared by ./run and ./check: messages, packages, building. Sourced by bash with -euo pipefail.
 # Everything here talks on standard error; standard output belongs to the caller.
 
-root="$(cd "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")/.." && pwd)"
-out="$root/out"
+out="$root/out" # root: the project's folder, which the command has found
 source "$root/scripts/terminal.sh"
 source "$root/scripts/options.sh"
 
 say() { tell "" "$@"; }
 
-# lock FD FILE TELL TEXT TOO_LONG: takes a lock. Where another holds it, TELL tells TEXT, and after an
-# hour the call is refused.
+# lock FD FILE TEXT: takes a lock; says TEXT where another holds it, and refuses after an hour.
 lock() {
     { mkdir -p "$out" && : >>"$out/$2"; } 2>/dev/null ||
         refuse "cannot write in $out: clone the project to a place of your own"
     eval "exec $1>>\"\$out/$2\""
     flock -n "$1" && return
-    "${@:3:2}"
-    flock -w 3600 "$1" || refuse "$5"
-    progress_ends
+    say "$3"
+    flock -w 3600 "$1" || refuse "$3: an hour is enough"
 }
 
 # One at a time: installs and builds of two calls would get in each other's way.
-lock_out() {
-    lock 9 .lock progress "$program: waits for another ./run or ./check to install and build" \
-        "another ./run or ./check has been building for an hour"
-}
+lock_out() { lock 9 .lock "waits for another ./run or ./check to install and build"; }
 unlock_out() { exec 9>&-; }
 
 # One run at a time: logs, report, dumps and the frames of --source belong to it. Every process of a
 # run inherits the lock, so that the next one begins when the last of them has gone.
-lock_run() {
-    lock 8 .running say "waits for another ./run to end" "another ./run has been going on for an hour"
-}
+lock_run() { lock 8 .running "waits for another ./run to end"; }
 unlock_run() { exec 8>&-; }
 
-# missing_packages COMMAND: the names in the list that are marked for it or for none, and that this
-# machine lacks.
+packages_known=/var/lib/dpkg/status # dpkg's list, a new file after each change
+
+# The names in the list that are marked for a command or for none, and that this machine lacks.
 missing_packages() {
     local names
     mapfile -t names < <(awk -v command="$1" \
@@ -44,16 +37,13 @@ missing_packages() {
         "${names[@]}" 2>/dev/null | sed -n 's/^installed //p' | sort) | tr '\n' ' '
 }
 
-# install_packages COMMAND: installs what the list names for it and this machine lacks. A stamp
-# named after the list's checksum lets later calls skip the question.
+# install_packages COMMAND: installs what the list names for it and this machine lacks. Not asked
+# again until the list or the machine's packages change.
 install_packages() {
-    local sum stamp missing
-    sum="$(sha256sum <"$root/scripts/packages.txt" | cut -c 1-16)"
-    stamp="$out/.packages-$sum-$1"
-    [[ -e "$stamp" ]] && return
+    local stamp="$out/.packages-$1" missing as_root=()
+    [[ "$stamp" -nt "$root/scripts/packages.txt" && "$stamp" -nt "$packages_known" ]] && return
     missing="$(missing_packages "$1")"
     if [[ -n "$missing" ]]; then
-        local as_root=()
         if [[ "$(id -u)" != 0 ]]; then
             command -v sudo >/dev/null ||
                 refuse "as root, first: apt-get install --no-install-recommends $missing"
@@ -69,14 +59,25 @@ install_packages() {
                 "${as_root[@]}" install -y --no-install-recommends $missing >&2; } ||
             refuse "could not install $missing"
     fi
-    find "$out" -maxdepth 1 -name '.packages-*' ! -name ".packages-$sum*" -delete
     touch "$stamp"
+}
+
+# up_to_date FOLDER TARGET...: whether the last build() in FOLDER was of these targets and would find
+# nothing to do now, by a look at sources, packages and programs that takes a fifth of ninja's time.
+# Nothing can set a file's status time, so a file that gets an old date back is seen, too; an added,
+# renamed or removed one changes its folder.
+up_to_date() {
+    local changed stamp="$1/.built"
+    [[ -e "$stamp" && "$(<"$stamp")" == "${*:2}" ]] &&
+        changed="$(find "$root" "$1"/{bin,lib,vendor,build.ninja} "$packages_known" \
+            \( -samefile "$out" -o -name .git \) -prune -o -cnewer "$stamp" -print -quit 2>&1)" &&
+        [[ -z "$changed" ]]
 }
 
 # build FOLDER SETTINGS TARGET...: configures once, then builds with ninja's progress; silent when
 # everything is up to date.
 build() {
-    local folder="$1" settings="$2"
+    local folder="$1" settings="$2" round
     shift 2
     # CMake stops at some of them, and with the others ninja builds everything each time.
     [[ "$root" != *[\'\"\&\;\*\<\>\|^\`\?\\]* ]] ||
@@ -87,8 +88,13 @@ build() {
         cmake -G Ninja -S "$root" -B "$folder" $settings >&2 ||
             { complain "configuring failed"; return 1; }
     fi
-    if [[ "$(ninja -C "$folder" -n "$@" 2>/dev/null | tail -n 1)" != *"no work to do"* ]]; then
-        say "building $folder"
-        ninja -C "$folder" "$@" >&2 || { complain "building failed"; return 1; }
-    fi
+    for round in "building $folder" ""; do # the second one finds nothing to do
+        echo "$*" >"$folder/.begun"
+        if [[ "$(ninja -C "$folder" -n "$@" 2>/dev/null)" == *"no work to do"* ]]; then
+            mv "$folder/.begun" "$folder/.built"
+            return
+        fi
+        [[ -z "$round" ]] || { say "$round" && ninja -C "$folder" "$@" >&2; } ||
+            { complain "building failed"; return 1; }
+    done
 }

@@ -4,6 +4,8 @@
 # usage: soak.sh FOLDER [SESSIONS], FOLDER being the programs'. Growth is status 1.
 set -euo pipefail
 
+self="$(readlink -f "$0")"
+source "${self%/*}/terminal.sh"
 readonly resident_bound=4096 # KiB per process: heap that an allocator keeps back for later
 readonly warm_up=(2 16) # rounds, and sessions at a time: every kind twice, every pool at its full size
 
@@ -16,20 +18,18 @@ on_device() {
     [[ $# == 0 ]] || echo "faults: $*"
     # One heap per process: a further one for a thread is a mapping too, and no leak.
     MALLOC_ARENA_MAX=1 "$shell" "${options[@]}" --device-log "$data/device.log" -- \
-        bash /data/vendor/camera/soak.sh --inside "$sessions" ||
+        bash "$self" --inside "$sessions" ||
         { status=$? && tail -n 20 "$data/device.log" >&2 && exit $status; }
 }
 
 if [[ "${1:-}" != --inside ]]; then
     [[ $# -le 2 && -x "${1:-}/deviceshell" && "${2:-200}" =~ ^[1-9][0-9]{0,5}$ ]] ||
-        { echo "usage: soak.sh FOLDER [SESSIONS], 1 to 999999 sessions" >&2 && exit 2; }
+        refuse "usage: soak.sh FOLDER [SESSIONS], 1 to 999999 sessions"
     shell="$1/deviceshell"
     sessions="${2:-200}"
     data="$(mktemp -d)"
     trap 'rm -rf "$data"' EXIT
     "$1/offlineframes" sources "$data" >"$data/made" 2>&1 || { cat "$data/made" >&2 && exit 1; }
-    cp "${BASH_SOURCE[0]}" "$data/soak.sh"
-    cp "$(dirname "${BASH_SOURCE[0]}")/terminal.sh" "$data"
     share=$((sessions / 5))
     on_device $((sessions - 2 * share))
     if ((share > 0)); then # faults that do not make the tool wait
@@ -41,18 +41,7 @@ if [[ "${1:-}" != --inside ]]; then
 fi
 
 # --- Inside the device. ---
-source "${BASH_SOURCE[0]%/*}/terminal.sh"
 services=(servicemanager graphicsallocator offlinecameraservice)
-
-pid_of() {
-    local comm name
-    for comm in /proc/[0-9]*/comm; do
-        read -r name <"$comm" || continue
-        [[ "$name" != "${1:0:15}" ]] || { comm="${comm#/proc/}" && echo "${comm%/comm}" && return; }
-    done
-    echo "soak.sh: no process $1" >&2
-    return 1
-}
 
 # Descriptors, threads, mappings and resident KiB of a process, on one line.
 counts() {
@@ -71,13 +60,9 @@ session() {
     2) "$tool" -t MMF ;;
     3) "$tool" -t callback ;;
     4) "$tool" -t Y2Y ;;
-    *) killed "0.$(printf %03d $((5 + $1 * 7 % 90)))" "$tool" -t "${modes[$1 % 3]}" ;;
-    esac >/dev/null || { echo "soak.sh: session $1 ended with status $?" >&2 && return 1; }
-}
-
-# killed SECONDS COMMAND...: kills the command after SECONDS, without the shell's own line about it.
-killed() {
-    { timeout -s KILL "$@" || [[ $? == 137 ]]; } 2>/dev/null
+    *) timeout -s KILL "0.$(printf %03d $((5 + $1 * 7 % 90)))" "$tool" -t "${modes[$1 % 3]}" ||
+        [[ $? == 137 ]] ;;
+    esac >/dev/null 2>&1 || { complain "session $1 ended with status $?" && return 1; }
 }
 
 count_all() {
@@ -101,7 +86,7 @@ settle() {
 }
 
 pids=()
-for service in "${services[@]}"; do pids+=("$(pid_of "$service")"); done
+for service in "${services[@]}"; do pids+=("$(pidof -s "$service")"); done
 mapfile -t idle < <(count_all)
 progress "warming up"
 for ((round = 0; round < warm_up[0]; ++round)); do
@@ -128,5 +113,5 @@ for i in "${!services[@]}"; do
     ((now[0] <= old[0] && now[1] <= old[1] && now[2] <= old[2] &&
         now[3] <= old[3] + resident_bound)) || status=1
 done
-((status == 0)) || echo "soak.sh: growth (resident memory may grow by $resident_bound KiB)" >&2
+((status == 0)) || complain "growth (resident memory may grow by $resident_bound KiB)"
 exit $status

@@ -99,6 +99,10 @@ std::string FieldInitializer(const Field& field) {
     return type.basic ? type.basic->zero : " = " + CppName(*type.declaration) + "(0)";
 }
 
+std::string ReturnStart(const TypeUse& type) {
+    return IsValue(type) ? " = host::UnsetReturn<" + CppType(type) + ">()" : "";
+}
+
 std::string InitialValue(const Field& field) {
     const std::string type = CppType(field.type);
     if (!field.defaultValue) return type + "{}";

@@ -45,6 +45,9 @@ std::string IntegerLiteral(int64_t value, bool isLong);
 // What follows a field's name up to the semicolon: " = 0", " = {{}}" or nothing.
 std::string FieldInitializer(const Field& field);
 
+// What follows the name of the server's variable for a return value. A device leaves numbers unset.
+std::string ReturnStart(const TypeUse& type);
+
 // The value a union's member starts with, as an expression of the member's type.
 std::string InitialValue(const Field& field);
 

@@ -38,6 +38,7 @@ Model ArgumentModel(const Argument& argument) {
     Model model;
     model.values = {{"type", CppType(argument.type)},
                     {"variable", name},
+                    {"start", "{}"},
                     {"write", "AParcel_writeData(_aidl_in.get(), " + name + ")"},
                     {"read", "AParcel_readData(_aidl_in, &" + name + ")"}};
     // The request has the length of an out array, so that the server makes one like it.
@@ -75,8 +76,10 @@ Model MethodModel(const Method& method, const std::string& code) {
     if (hasReturn) {
         const std::string type = CppType(method.returnType);
         addParameter(type + "*", "_aidl_return", true);
-        variables.push_back(
-                {{{"type", type}, {"variable", "_aidl_return"}}, {{"inRequest", If(false)}}});
+        variables.push_back({{{"type", type},
+                              {"variable", "_aidl_return"},
+                              {"start", ReturnStart(method.returnType)}},
+                             {{"inRequest", If(false)}}});
     }
     const auto& note = method.deprecation;
     model.values = {{"method", method.name},

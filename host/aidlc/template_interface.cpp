@@ -160,7 +160,7 @@ static binder_status_t _aidl_I$base$_$method$(I$base$& _aidl_impl,
                                               [[maybe_unused]] AParcel* _aidl_out) {
     [[maybe_unused]] binder_status_t _aidl_status = STATUS_OK;
 %each variables
-    $type$ $variable${};
+    $type$ $variable$$start$;
 %each inRequest
     _aidl_status = ::ndk::$read$;
     if (_aidl_status != STATUS_OK) return _aidl_status;

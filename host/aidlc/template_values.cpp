@@ -17,6 +17,7 @@ const char kHeaderStart[] = R"($banner$
 #include <array>
 #include <atomic>
 #include <cstdint>
+#include <initializer_list>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -48,6 +49,7 @@ const char kSourceStart[] = R"($banner$
 #include <$proxyHeader$>
 #include <android/binder_stability.h>
 #include <host_binder_trace.h>
+#include <host_unset_return.h>
 
 #include <cstring>
 %end
@@ -195,6 +197,12 @@ const char kUnionHeader[] = R"(class $name$ {
     template <Tag _tag, typename... _Tp>
     static $name$ make(_Tp&&... _args) {
         return $name$(std::in_place_index<static_cast<size_t>(_tag)>, std::forward<_Tp>(_args)...);
+    }
+
+    template <Tag _tag, typename _Tp, typename... _Up>
+    static $name$ make(std::initializer_list<_Tp> _list, _Up&&... _args) {
+        return $name$(std::in_place_index<static_cast<size_t>(_tag)>, _list,
+                      std::forward<_Up>(_args)...);
     }
 
     Tag getTag() const { return static_cast<Tag>(_value.index()); }

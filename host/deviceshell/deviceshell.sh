@@ -176,6 +176,6 @@ sandbox+=(--remount-ro / --chdir /) # last, so that the folders above can still 
 ulimit -c 0
 ulimit -Sn 32768 2>/dev/null || ulimit -Sn "$(ulimit -Hn)"
 
-exec ${given[--die-with-parent]:+setpriv --pdeathsig TERM} \
-    "$bin/device/deviceinit" "${terminal[@]}" "${sandbox[@]}" \
-    "$bin/device/deviceinit" "${terminal[@]}" "${programs[@]}" -- env "${environment[@]}" "$@"
+exec "$bin/device/sandbox" ${given[--die-with-parent]:+--die-with-parent} "${terminal[@]}" \
+    "${sandbox[@]}" "$bin/device/deviceinit" "${terminal[@]}" "${programs[@]}" -- \
+    "${environment[@]}" "$@"

@@ -6,8 +6,8 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstdio>
 #include <cstring>
+#include <fstream>
 #include <utility>
 
 #include "log.h"
@@ -19,17 +19,9 @@ namespace {
 constexpr int kAnswerMilliseconds = 10000;
 
 std::string ProgramName(pid_t pid) {
-    char text[64] = "?";
-    snprintf(text, sizeof(text), "/proc/%d/comm", pid);
-    std::string name = "?";
-    if (FILE* file = fopen(text, "re")) {
-        if (fgets(text, sizeof(text), file) != nullptr) {
-            name = text;
-            name.erase(name.find_last_not_of('\n') + 1);
-        }
-        fclose(file);
-    }
-    return name;
+    std::ifstream file("/proc/" + std::to_string(pid) + "/comm");
+    std::string name;
+    return std::getline(file, name) ? name : "?";
 }
 
 }  // namespace
@@ -91,10 +83,6 @@ void Connection::SendControl(const FrameHeader& header) {
     OutgoingFrame frame;
     frame.header = header;
     Send(&frame);
-}
-
-void Connection::SendControlLater(const FrameHeader& header) {
-    Courier::Frames().Post([self = shared_from_this(), header]() { self->SendControl(header); });
 }
 
 binder_status_t Connection::ExpectReply(uint64_t id, const std::shared_ptr<Waiter>& waiter) {

@@ -50,8 +50,6 @@ class Connection : public std::enable_shared_from_this<Connection> {
     binder_status_t Send(OutgoingFrame* frame);
     // Sends a header alone.
     void SendControl(const FrameHeader& header);
-    // The same from the reader's thread: another one sends.
-    void SendControlLater(const FrameHeader& header);
 
     // STATUS_DEAD_OBJECT if no reply can come any more.
     binder_status_t ExpectReply(uint64_t id, const std::shared_ptr<Waiter>& waiter);

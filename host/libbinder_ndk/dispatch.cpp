@@ -9,8 +9,6 @@
 #include <utility>
 #include <vector>
 
-#include "call_context.h"
-
 namespace hostbinder {
 
 CallContext& TheCallContext() {
@@ -81,23 +79,14 @@ void ThreadPool::Serve() {
         // Unbounded on purpose: a served process is idle between calls.
         m_workWaits.wait(lock, [this]() { return !m_queue.empty(); });
         --m_idle;
-        RunFirst(&lock);
+        Work work = std::move(m_queue.front());
+        m_queue.pop_front();
+        if (!m_queue.empty()) GrowLocked();
+        lock.unlock();
+        work();
+        work = nullptr;
+        lock.lock();
     }
-}
-
-void ThreadPool::RunFirst(std::unique_lock<std::mutex>* lock) {
-    Work work = std::move(m_queue.front());
-    m_queue.pop_front();
-    if (!m_queue.empty()) GrowLocked();
-    lock->unlock();
-    work();
-    work = nullptr;
-    lock->lock();
-}
-
-void ThreadPool::RunQueued() {
-    std::unique_lock<std::mutex> lock(m_mutex);
-    while (!m_queue.empty()) RunFirst(&lock);
 }
 
 void Waiter::Deliver(IncomingMessage reply) {
@@ -168,22 +157,23 @@ uint64_t NewChain() {
     return static_cast<uint64_t>(getpid()) << 32 | ++count;
 }
 
-ScopedChainWaiter::ScopedChainWaiter(uint64_t chain, std::shared_ptr<Waiter> waiter)
-    : m_chain(chain), m_waiter(std::move(waiter)) {
+void EnterChain(uint64_t chain, const std::shared_ptr<Waiter>& waiter) {
     ChainTable& table = TheChains();
     std::lock_guard<std::mutex> lock(table.mutex);
-    table.chains[m_chain].push_back(m_waiter);
+    table.chains[chain].push_back(waiter);
 }
 
-ScopedChainWaiter::~ScopedChainWaiter() {
+void LeaveChain(uint64_t chain) {
     ChainTable& table = TheChains();
+    std::shared_ptr<Waiter> waiter;
     {
         std::lock_guard<std::mutex> lock(table.mutex);
-        auto entry = table.chains.find(m_chain);
+        auto entry = table.chains.find(chain);
+        waiter = std::move(entry->second.back());
         entry->second.pop_back();  // a chain has one running thread, so ends are in order
         if (entry->second.empty()) table.chains.erase(entry);
     }
-    m_waiter->PassOnLeftWork();
+    waiter->PassOnLeftWork();
 }
 
 void Dispatch(uint64_t chain, Work work) {

@@ -1,6 +1,8 @@
 // Which thread serves a call: one that waits for its own call in the same chain, or one of the
-// pool.
+// pool; and which call a thread serves.
 #pragma once
+
+#include <sys/types.h>
 
 #include <condition_variable>
 #include <cstdint>
@@ -29,13 +31,9 @@ class ThreadPool {
     bool SetMaxThreads(uint32_t count);
     [[noreturn]] void Join();
 
-    // Serves what waits now, on the calling thread.
-    void RunQueued();
-
   private:
     ThreadPool() = default;
     [[noreturn]] void Serve();
-    void RunFirst(std::unique_lock<std::mutex>* lock);
     bool StartThreadLocked();
     void GrowLocked();
 
@@ -74,21 +72,23 @@ class Waiter {
 // A number for a new chain of calls; no other process of the device has the same.
 uint64_t NewChain();
 
-// Registers a waiter under a call chain for the lifetime of the object.
-class ScopedChainWaiter {
-  public:
-    ScopedChainWaiter(uint64_t chain, std::shared_ptr<Waiter> waiter);
-    ~ScopedChainWaiter();
-    ScopedChainWaiter(const ScopedChainWaiter&) = delete;
-    ScopedChainWaiter& operator=(const ScopedChainWaiter&) = delete;
-
-  private:
-    const uint64_t m_chain;
-    const std::shared_ptr<Waiter> m_waiter;
-};
+// Between the two, the waiter is the innermost one of the chain.
+void EnterChain(uint64_t chain, const std::shared_ptr<Waiter>& waiter);
+void LeaveChain(uint64_t chain);
 
 // Runs a call on the innermost thread of this process that waits in the chain, else on the pool.
 // Chain 0: none.
 void Dispatch(uint64_t chain, Work work);
+
+// The incoming call, if any, that a thread serves.
+struct CallContext {
+    bool handling = false;
+    uid_t uid = 0;
+    pid_t pid = 0;
+    uint64_t chain = 0;  // 0: none (no call, or a oneway call)
+};
+
+// The current thread's.
+CallContext& TheCallContext();
 
 }  // namespace hostbinder

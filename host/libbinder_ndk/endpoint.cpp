@@ -32,7 +32,7 @@ void RemoveSocket() {
 }
 
 bool IsOpen(const std::shared_ptr<Peer>& peer) {
-    return peer != nullptr && peer->IsOpen();
+    return peer != nullptr && peer->IsConnected();
 }
 
 void SendGreeting(int fd, FrameKind kind, const std::string& data, binder_status_t status) {
@@ -92,7 +92,7 @@ std::shared_ptr<Peer> Endpoint::Greet(const std::string& name, bool* busy) {
     IncomingFrame answer;
     const bool answered = ReceiveGreeting(fd, FrameKind::kHelloReply, &answer);
     if (answered && answer.header.status == STATUS_OK) {
-        return std::make_shared<Peer>(fd, name, CredentialsOf(fd), this);
+        return std::make_shared<Peer>(fd, name, CredentialsOf(fd));
     }
     close(fd);
     *busy = answered;
@@ -135,7 +135,7 @@ std::shared_ptr<Peer> Endpoint::ConnectTo(const std::string& name) {
     return nullptr;
 }
 
-void Endpoint::Forget(const Connection* peer) {
+void Endpoint::Forget(const Peer* peer) {
     std::shared_ptr<Peer> forgotten;  // ends after the lock
     std::lock_guard<std::mutex> lock(m_mutex);
     auto found = m_peers.find(peer->PeerName());
@@ -146,14 +146,13 @@ void Endpoint::Forget(const Connection* peer) {
 }
 
 AIBinder* Endpoint::Resolve(const std::string& owner, uint64_t number) {
-    ReferenceTable& table = ReferenceTable::Instance();
     AIBinder* found = nullptr;
     if (owner == m_name) {
-        found = table.Find(nullptr, number);
+        found = FindExported(number);
     } else if (std::shared_ptr<Peer> peer = ConnectTo(owner)) {
-        found = table.FindProxy(peer->References(), number);
+        found = peer->References()->FindProxy(number);
         if (found == nullptr && peer->Acquire(number)) {
-            found = table.ProxyFor(peer, peer->References(), number, 1);
+            found = peer->References()->ProxyFor(peer, number, 1);
         }
     }
     return found != nullptr ? found : new ProxyBinder(nullptr, number);
@@ -213,7 +212,7 @@ void Endpoint::ServeAccepted(int fd) {
 }
 
 std::shared_ptr<Peer> Endpoint::Admit(int fd, const std::string& name) {
-    auto peer = std::make_shared<Peer>(fd, name, CredentialsOf(fd), this);
+    auto peer = std::make_shared<Peer>(fd, name, CredentialsOf(fd));
     std::shared_ptr<Peer> replaced;
     {
         std::lock_guard<std::mutex> lock(m_mutex);

@@ -11,7 +11,7 @@
 
 namespace hostbinder {
 
-class Endpoint final : public Neighbourhood {
+class Endpoint {
   public:
     // Lives as long as the process.
     static Endpoint& Instance();
@@ -22,8 +22,11 @@ class Endpoint final : public Neighbourhood {
     // Listens under the service manager's name, for the rest of the process.
     binder_status_t BecomeServiceManager();
 
-    AIBinder* Resolve(const std::string& owner, uint64_t number) override;
-    void Forget(const Connection* peer) override;
+    // A reference to object `number` of process `owner`: owned, never null. If the process or the
+    // object is gone, calls of the object fail with STATUS_DEAD_OBJECT. May take a call.
+    AIBinder* Resolve(const std::string& owner, uint64_t number);
+    // The peer's connection has ended.
+    void Forget(const Peer* peer);
 
   private:
     struct Entry {

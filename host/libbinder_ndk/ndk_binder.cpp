@@ -9,24 +9,13 @@
 #include <cstdlib>
 #include <functional>
 #include <memory>
-#include <mutex>
-#include <vector>
 
-#include "call_context.h"
 #include "dispatch.h"
 #include "log.h"
 #include "objects.h"
 #include "parcel.h"
 
 namespace {
-
-// A class lives as long as the process, whether or not the program keeps the pointer.
-void KeepForEver(AIBinder_Class* clazz) {
-    static std::mutex* const mutex = new std::mutex;
-    static std::vector<AIBinder_Class*>* const classes = new std::vector<AIBinder_Class*>;
-    std::lock_guard<std::mutex> lock(*mutex);
-    classes->push_back(clazz);
-}
 
 // Whether the object's interface promises what the calling code relies on.
 bool CoversCaller(AIBinder* binder, binder_flags_t flags) {
@@ -71,7 +60,6 @@ AIBinder_Class* AIBinder_Class_define(const char* interfaceDescriptor,
         return nullptr;
     }
     auto* clazz = new AIBinder_Class;
-    KeepForEver(clazz);
     clazz->descriptor = interfaceDescriptor;
     clazz->onCreate = onCreate;
     clazz->onDestroy = onDestroy;

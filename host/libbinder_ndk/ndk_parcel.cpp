@@ -3,7 +3,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <limits>
 
 #include "ibinder.h"
@@ -33,7 +32,7 @@ int32_t AParcel_getDataPosition(const AParcel* parcel) {
 }
 
 int32_t AParcel_getDataSize(const AParcel* parcel) {
-    return static_cast<int32_t>(parcel->Size());
+    return static_cast<int32_t>(std::max(parcel->Size(), parcel->Position()));
 }
 
 binder_status_t AParcel_appendFrom(const AParcel* from, AParcel* to, int32_t start, int32_t size) {
@@ -119,22 +118,13 @@ binder_status_t WriteArrayLength(AParcel* parcel, const void* data, int32_t leng
 }
 
 // Reads a length that the bytes left can hold, so that no memory is taken for elements that cannot
-// come. Below -1: STATUS_BAD_VALUE. More elements than bytes left: STATUS_NO_MEMORY.
+// come. Below -1: STATUS_BAD_VALUE. Too long: STATUS_NO_MEMORY.
 binder_status_t ReadArrayLength(const AParcel* parcel, size_t elementSize, int32_t* length) {
     binder_status_t status = parcel->Read(length);
     if (status != STATUS_OK) return status;
     if (*length < -1) return STATUS_BAD_VALUE;
-    if (*length <= 0) return STATUS_OK;
-    const size_t count = static_cast<size_t>(*length);
-    if (count > parcel->Left()) return STATUS_NO_MEMORY;
-    if (count > parcel->Left() / elementSize) return STATUS_NOT_ENOUGH_DATA;
-    return STATUS_OK;
-}
-
-// The status of an allocator's answer to `length`.
-binder_status_t StatusOfAllocation(bool accepted, int32_t length) {
-    if (accepted) return STATUS_OK;
-    return length < 0 ? STATUS_UNEXPECTED_NULL : STATUS_NO_MEMORY;
+    const bool fits = *length < 0 || static_cast<size_t>(*length) <= parcel->Left() / elementSize;
+    return fits ? STATUS_OK : STATUS_NO_MEMORY;
 }
 
 // Arrays whose elements are in the parcel as in memory.
@@ -159,12 +149,11 @@ binder_status_t ReadPackedArray(const AParcel* parcel, void* arrayData,
     binder_status_t status = ReadArrayLength(parcel, sizeof(T), &length);
     if (status != STATUS_OK) return status;
     T* buffer = nullptr;
-    bool accepted = allocator(arrayData, length, &buffer);
-    status = StatusOfAllocation(accepted && (length <= 0 || buffer != nullptr), length);
-    if (status != STATUS_OK || length <= 0) return status;
+    if (!allocator(arrayData, length, &buffer)) return STATUS_NO_MEMORY;
+    if (length <= 0) return STATUS_OK;
     const size_t bytes = static_cast<size_t>(length) * sizeof(T);
     const uint8_t* place = parcel->Take(bytes);
-    if (place == nullptr) return STATUS_NOT_ENOUGH_DATA;
+    if (buffer == nullptr || place == nullptr) return STATUS_NO_MEMORY;
     memcpy(buffer, place, bytes);
     return STATUS_OK;
 }
@@ -207,10 +196,8 @@ binder_status_t AParcel_readParcelableArray(const AParcel* parcel, void* arrayDa
                                             AParcel_parcelableArrayAllocator allocator,
                                             AParcel_readParcelableElement elementReader) {
     int32_t length = 0;
-    // Every item of a parcel takes 4 bytes at least.
-    binder_status_t status = ReadArrayLength(parcel, sizeof(int32_t), &length);
-    if (status != STATUS_OK) return status;
-    status = StatusOfAllocation(allocator(arrayData, length), length);
+    binder_status_t status = ReadArrayLength(parcel, 1, &length);
+    if (status == STATUS_OK && !allocator(arrayData, length)) status = STATUS_NO_MEMORY;
     for (int32_t i = 0; status == STATUS_OK && i < length; ++i) {
         status = elementReader(parcel, arrayData, static_cast<size_t>(i));
     }
@@ -250,7 +237,7 @@ binder_status_t AParcel_writeParcelFileDescriptor(AParcel* parcel, int fd) {
     if (fd < -1) return STATUS_UNKNOWN_ERROR;
     if (fd == -1) return parcel->Write(int32_t{0});
     const int copy = fcntl(fd, F_DUPFD_CLOEXEC, 0);
-    if (copy < 0) return errno == EMFILE ? STATUS_NO_MEMORY : STATUS_BAD_VALUE;
+    if (copy < 0) return STATUS_UNKNOWN_ERROR;
     binder_status_t status = parcel->Write(int32_t{1});
     if (status == STATUS_OK) status = parcel->Write(int32_t{0});  // no communication channel
     if (status != STATUS_OK) {
@@ -269,13 +256,12 @@ binder_status_t AParcel_readParcelFileDescriptor(const AParcel* parcel, int* fd)
         return STATUS_OK;
     }
     int32_t channel = 0;
-    status = parcel->Read(&channel);
-    if (status != STATUS_OK) return status;
+    parcel->Read(&channel);  // not used
     const ParcelObject* object = nullptr;
     status = parcel->ReadObject(kDescriptor, &object);
     if (status != STATUS_OK) return status;
     const int copy = fcntl(object->fd, F_DUPFD_CLOEXEC, 0);
-    if (copy < 0) return STATUS_NO_MEMORY;
+    if (copy < 0) return STATUS_BAD_VALUE;
     *fd = copy;
     return STATUS_OK;
 }

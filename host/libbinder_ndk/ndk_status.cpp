@@ -18,30 +18,12 @@ struct AStatus {
 
 namespace {
 
-constexpr const char* kExceptionNames[] = {
-        "EX_NONE",
-        "EX_SECURITY",
-        "EX_BAD_PARCELABLE",
-        "EX_ILLEGAL_ARGUMENT",
-        "EX_NULL_POINTER",
-        "EX_ILLEGAL_STATE",
-        "EX_NETWORK_MAIN_THREAD",
-        "EX_UNSUPPORTED_OPERATION",
-        "EX_SERVICE_SPECIFIC",
-        "EX_PARCELABLE",
-};
-
 binder_exception_t PruneException(binder_exception_t exception) {
     if (exception <= EX_NONE && exception >= EX_PARCELABLE) return exception;
     if (exception != EX_TRANSACTION_FAILED) {
         BINDER_LOGW("exception code %d is not known, using EX_TRANSACTION_FAILED", exception);
     }
     return EX_TRANSACTION_FAILED;
-}
-
-const char* ExceptionName(binder_exception_t exception) {
-    return exception == EX_TRANSACTION_FAILED ? "EX_TRANSACTION_FAILED"
-                                              : kExceptionNames[-exception];
 }
 
 AStatus* NewException(binder_exception_t exception, const char* message) {
@@ -112,7 +94,7 @@ const char* AStatus_getDescription(const AStatus* status) {
     std::string text = "No error";
     if (status->exception != EX_NONE) {
         text = "Status(" + std::to_string(status->exception) + ", " +
-               ExceptionName(status->exception) + "): '";
+               hostbinder::ExceptionName(status->exception) + "): '";
         if (status->exception == EX_SERVICE_SPECIFIC) {
             text += std::to_string(status->serviceSpecific) + ": ";
         } else if (status->exception == EX_TRANSACTION_FAILED) {

@@ -5,6 +5,7 @@
 
 #include "log.h"
 #include "parcel.h"
+#include "peer.h"
 
 namespace hostbinder {
 
@@ -43,6 +44,11 @@ binder_status_t LocalBinder::Handle(transaction_code_t code, const AParcel* in, 
     return Class()->onTransact(this, code, in, out);
 }
 
+void LocalBinder::OnLastStrongReference() {
+    ForgetExported(this);
+    Class()->onDestroy(m_userData);
+}
+
 bool LocalBinder::BeginOneway(Work* call) {
     std::lock_guard<std::mutex> lock(m_mutex);
     if (!m_onewayRunning) {
@@ -64,8 +70,12 @@ Work LocalBinder::NextOneway() {
     return next;
 }
 
-ProxyBinder::ProxyBinder(std::shared_ptr<ObjectOwner> owner, uint64_t number)
+ProxyBinder::ProxyBinder(std::shared_ptr<Peer> owner, uint64_t number)
     : AIBinder(nullptr), m_owner(std::move(owner)), m_number(number), m_alive(m_owner != nullptr) {}
+
+bool ProxyBinder::IsAlive() const {
+    return m_alive && m_owner->IsConnected();
+}
 
 binder_status_t ProxyBinder::Transact(transaction_code_t code, AParcel* in, AParcel** out,
                                       binder_flags_t flags) {

@@ -14,6 +14,8 @@
 
 namespace hostbinder {
 
+class Peer;
+
 class LocalBinder final : public AIBinder {
   public:
     LocalBinder(const AIBinder_Class* clazz, void* userData)
@@ -36,11 +38,11 @@ class LocalBinder final : public AIBinder {
     // The next waiting oneway call, or an empty one; to be asked after each one.
     Work NextOneway();
 
-    // The number peers know this object by; guarded by the table of references, 0: none yet.
+    // The number peers know this object by; 0: none yet. references.cpp gives and guards it.
     uint64_t exportedNumber = 0;
 
   private:
-    void OnLastStrongReference() override { Class()->onDestroy(m_userData); }
+    void OnLastStrongReference() override;
 
     void* const m_userData;
     std::mutex m_mutex;  // guards what follows
@@ -48,29 +50,13 @@ class LocalBinder final : public AIBinder {
     std::deque<Work> m_onewayCalls;
 };
 
-// The process of a remote object, as far as the object needs it.
-class ObjectOwner {
-  public:
-    virtual ~ObjectOwner() = default;
-    virtual bool IsOpen() const = 0;
-    // The name of its socket.
-    virtual const std::string& Name() const = 0;
-    // Calls its object. `in` is borrowed until the reply is here; *out is owned by the caller
-    // (empty for a oneway call). clazz, for the trace, may be null.
-    virtual binder_status_t Transact(uint64_t number, const AIBinder_Class* clazz,
-                                     transaction_code_t code, AParcel* in, AParcel** out,
-                                     binder_flags_t flags) = 0;
-    // The last reference to the proxy is gone.
-    virtual void Forget(ProxyBinder* proxy) = 0;
-};
-
 class ProxyBinder final : public AIBinder {
   public:
     // owner is null for an object whose process is gone already.
-    ProxyBinder(std::shared_ptr<ObjectOwner> owner, uint64_t number);
+    ProxyBinder(std::shared_ptr<Peer> owner, uint64_t number);
 
     ProxyBinder* AsProxy() override { return this; }
-    bool IsAlive() const override { return m_alive && m_owner->IsOpen(); }
+    bool IsAlive() const override;
     binder_status_t Transact(transaction_code_t code, AParcel* in, AParcel** out,
                              binder_flags_t flags) override;
     // The first class with the right descriptor stays.
@@ -80,7 +66,7 @@ class ProxyBinder final : public AIBinder {
     // Sets the class without asking the object for its descriptor.
     void AssumeClass(const AIBinder_Class* clazz) { m_class = clazz; }
 
-    const std::shared_ptr<ObjectOwner>& Owner() const { return m_owner; }
+    const std::shared_ptr<Peer>& Owner() const { return m_owner; }
     uint64_t Number() const { return m_number; }
 
     binder_status_t LinkToDeath(AIBinder_DeathRecipient* recipient, void* cookie);
@@ -88,13 +74,13 @@ class ProxyBinder final : public AIBinder {
     // The process is gone: later calls fail at once. The links are for the caller to tell.
     DeathLinks MarkDead();
 
-    // References received from the owner and not given back; guarded by the table of references.
+    // References received from the owner and not given back; guarded by its PeerReferences.
     uint64_t receivedReferences = 0;
 
   private:
     void OnLastStrongReference() override;
 
-    const std::shared_ptr<ObjectOwner> m_owner;
+    const std::shared_ptr<Peer> m_owner;
     const uint64_t m_number;
     std::atomic<bool> m_alive;
     std::mutex m_mutex;  // guards m_links, and m_alive together with it

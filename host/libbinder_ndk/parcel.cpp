@@ -38,13 +38,6 @@ void DropObject(const ParcelObject& object) {
 AParcel::~AParcel() {
     free(m_data);
     for (const ParcelObject& object : m_objects) DropObject(object);
-    SetPreparedFor(nullptr);
-}
-
-void AParcel::SetPreparedFor(AIBinder* binder) {
-    if (binder != nullptr) binder->IncStrong();
-    if (m_preparedFor != nullptr) m_preparedFor->DecStrong();
-    m_preparedFor = binder;
 }
 
 void AParcel::Adopt(uint8_t* block, size_t size) {
@@ -92,7 +85,8 @@ binder_status_t AParcel::WriteObject(uint32_t type, AIBinder* binder, int fd) {
     const ParcelObject object{static_cast<uint32_t>(m_position), binder, fd};
     binder_status_t status = STATUS_INVALID_OPERATION;
     // Indices into the tables are given when the parcel is sent.
-    if (m_position == m_size) status = Write(ObjectRecord{type, 0, 0, 0});
+    const uint32_t flags = type == kBinderNull ? hostbinder::kBinderNullFlags : 0;
+    if (m_position == m_size) status = Write(ObjectRecord{type, flags, 0, 0});
     if (status == STATUS_OK && type != kBinderNull) {
         m_objects.push_back(object);
     } else {
@@ -105,8 +99,7 @@ binder_status_t AParcel::ReadObject(uint32_t type, const ParcelObject** object) 
     *object = nullptr;
     const size_t offset = m_position;
     ObjectRecord record;
-    binder_status_t status = Read(&record);
-    if (status != STATUS_OK) return status;
+    if (Read(&record) != STATUS_OK) return STATUS_BAD_TYPE;
     if (record.type == kBinderNull && type == kBinderHandle) return STATUS_OK;
     auto place = std::lower_bound(m_objects.begin(), m_objects.end(), offset, StartsBefore);
     if (record.type != type || place == m_objects.end() || place->offset != offset ||

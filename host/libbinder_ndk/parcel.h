@@ -56,6 +56,7 @@ struct AParcel {
     // descriptor, also on failure.
     binder_status_t WriteObject(uint32_t type, AIBinder* binder, int fd);
     // The object of the record at the position; null for the record of a null binder.
+    // STATUS_BAD_TYPE if there is no such record.
     binder_status_t ReadObject(uint32_t type, const hostbinder::ParcelObject** object) const;
 
     // Adds plain bytes: STATUS_INVALID_OPERATION if `from` holds objects.
@@ -74,9 +75,9 @@ struct AParcel {
     // How many of the objects are descriptors.
     size_t DescriptorCount() const;
 
-    // The object a request was prepared for (strong reference), or null.
-    AIBinder* PreparedFor() const { return m_preparedFor; }
-    void SetPreparedFor(AIBinder* binder);
+    // The object a request was prepared for: to be compared only, because it may be gone.
+    const AIBinder* PreparedFor() const { return m_preparedFor; }
+    void SetPreparedFor(const AIBinder* binder) { m_preparedFor = binder; }
 
   private:
     bool Reserve(size_t size);
@@ -86,7 +87,7 @@ struct AParcel {
     size_t m_capacity = 0;
     mutable size_t m_position = 0;
     std::vector<hostbinder::ParcelObject> m_objects;  // ascending offsets
-    AIBinder* m_preparedFor = nullptr;
+    const AIBinder* m_preparedFor = nullptr;
 };
 
 namespace hostbinder {

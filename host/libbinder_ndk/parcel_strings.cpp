@@ -8,20 +8,17 @@
 
 namespace {
 
-// A string's units in the parcel; *units is null for a null string.
-binder_status_t ReadUnits(const AParcel* parcel, const char16_t** units, size_t* count) {
-    int32_t length = 0;
-    binder_status_t status = parcel->Read(&length);
-    if (status != STATUS_OK) return status;
-    *units = nullptr;
+// A string's units in the parcel. Null for a null string, and for one that is malformed.
+const char16_t* ReadUnits(const AParcel* parcel, size_t* count) {
     *count = 0;
-    if (length == -1) return STATUS_OK;
-    if (length < -1) return STATUS_BAD_VALUE;
-    *count = static_cast<size_t>(length);
+    int32_t length = 0;
+    if (parcel->Read(&length) != STATUS_OK || length < 0) return nullptr;
+    const size_t size = (static_cast<size_t>(length) + 1) * sizeof(char16_t);
     // Every item of a parcel begins at a multiple of 4.
-    *units = reinterpret_cast<const char16_t*>(parcel->Take((*count + 1) * sizeof(char16_t)));
-    if (*units == nullptr) return STATUS_NOT_ENOUGH_DATA;
-    return (*units)[*count] == 0 ? STATUS_OK : STATUS_BAD_VALUE;
+    const auto* const units = reinterpret_cast<const char16_t*>(parcel->Take(size));
+    if (units == nullptr || units[length] != 0) return nullptr;
+    *count = static_cast<size_t>(length);
+    return units;
 }
 
 // Bytes of the units as UTF-8.
@@ -49,10 +46,8 @@ binder_status_t AParcel_writeString(AParcel* parcel, const char* string, int32_t
 
 binder_status_t AParcel_readString(const AParcel* parcel, void* stringData,
                                    AParcel_stringAllocator allocator) {
-    const char16_t* units = nullptr;
     size_t count = 0;
-    binder_status_t status = ReadUnits(parcel, &units, &count);
-    if (status != STATUS_OK) return status;
+    const char16_t* const units = ReadUnits(parcel, &count);
     char* buffer = nullptr;
     if (units == nullptr) {
         return allocator(stringData, -1, &buffer) ? STATUS_OK : STATUS_UNEXPECTED_NULL;

@@ -3,7 +3,7 @@
 
 #include <utility>
 
-#include "call_context.h"
+#include "endpoint.h"
 #include "log.h"
 #include "status_names.h"
 #include "trace.h"
@@ -12,8 +12,6 @@ namespace hostbinder {
 
 namespace {
 
-// How deeply calls may nest on one thread that calls the peer and is called back.
-constexpr int kMaxNesting = 64;
 // Of one peer's calls until they have been served; any message fits alone. A call and a descriptor
 // count for more than their bytes, because they cost memory and a place in a small table.
 constexpr size_t kMaxWaitingBytes = 4 * 1024 * 1024;
@@ -39,10 +37,6 @@ FrameHeader ReplyHeader(uint64_t id, binder_status_t status) {
     return header;
 }
 
-void ReleaseAll(const std::vector<AIBinder*>& references) {
-    for (AIBinder* binder : references) binder->DecStrong();
-}
-
 }  // namespace
 
 // Waits for a thread or runs.
@@ -63,47 +57,10 @@ struct Peer::IncomingCall {
 };
 
 binder_status_t Peer::SendMessage(OutgoingFrame* frame, AParcel* parcel) {
-    std::vector<AIBinder*> heldForPeer;
-    binder_status_t status = EncodeMessage(parcel, this, &m_references, frame, &heldForPeer);
-    if (status != STATUS_OK) {
-        ReleaseAll(heldForPeer);
-        return status;
-    }
-    if (!heldForPeer.empty()) {
-        frame->header.referencesId = Hold(std::move(heldForPeer));
-        if (frame->header.referencesId == 0) {
-            UndoExports(&m_references, *frame);
-            return STATUS_DEAD_OBJECT;
-        }
-    }
-    status = Send(frame);
-    if (status != STATUS_OK) {
-        UndoExports(&m_references, *frame);
-        ReleaseAll(TakeHeld(frame->header.referencesId));
-    }
+    binder_status_t status = EncodeMessage(parcel, this, frame);
+    if (status == STATUS_OK) status = Send(frame);
+    if (status != STATUS_OK) UndoEncoding(&m_references, *frame);
     return status;
-}
-
-uint64_t Peer::Hold(std::vector<AIBinder*> references) {
-    {
-        std::lock_guard<std::mutex> lock(m_heldMutex);
-        if (!m_ended) {
-            const uint64_t id = NextId();
-            m_heldForPeer[id] = std::move(references);
-            return id;
-        }
-    }
-    ReleaseAll(references);
-    return 0;
-}
-
-std::vector<AIBinder*> Peer::TakeHeld(uint64_t id) {
-    std::lock_guard<std::mutex> lock(m_heldMutex);
-    auto found = m_heldForPeer.find(id);
-    if (found == m_heldForPeer.end()) return {};
-    std::vector<AIBinder*> references = std::move(found->second);
-    m_heldForPeer.erase(found);
-    return references;
 }
 
 binder_status_t Peer::Transact(uint64_t number, const AIBinder_Class* clazz,
@@ -122,7 +79,7 @@ binder_status_t Peer::Transact(uint64_t number, const AIBinder_Class* clazz,
         const uint64_t outer = TheCallContext().chain;
         frame.header.chain = outer != 0 ? outer : NewChain();
         auto waiter = std::make_shared<Waiter>();
-        ScopedChainWaiter inChain(frame.header.chain, waiter);
+        EnterChain(frame.header.chain, waiter);
         reply.status = ExpectReply(frame.header.id, waiter);
         if (reply.status == STATUS_OK) reply.status = SendMessage(&frame, in);
         if (reply.status == STATUS_OK) {
@@ -131,8 +88,9 @@ binder_status_t Peer::Transact(uint64_t number, const AIBinder_Class* clazz,
             TakeWaiter(frame.header.id);
         }
         ResolveReferences(&reply);
+        LeaveChain(frame.header.chain);
     }
-    trace.End(reply.status);
+    trace.End(reply.status, *reply.parcel);
     if (reply.status != STATUS_OK) return PruneStatus(reply.status);
     *out = reply.parcel.release();
     return STATUS_OK;
@@ -158,16 +116,16 @@ bool Peer::Acquire(uint64_t number) {
 }
 
 void Peer::Forget(ProxyBinder* proxy) {
-    const uint64_t references = ReferenceTable::Instance().ForgetProxy(&m_references, proxy);
+    const uint64_t references = m_references.ForgetProxy(proxy);
     if (references == 0 || !IsConnected()) return;
     SendControl(ControlHeader(FrameKind::kRelease, references, proxy->Number()));
 }
 
 void Peer::ResolveReferences(IncomingMessage* message) {
-    for (const UnresolvedReference& reference : message->unresolved) {
+    for (const auto& [index, reference] : message->unresolved) {
         if (message->status != STATUS_OK) break;
-        message->parcel->Objects()[reference.objectIndex].binder =
-                m_neighbours->Resolve(reference.owner, reference.number);
+        message->parcel->Objects()[index].binder =
+                Endpoint::Instance().Resolve(reference.name, reference.number);
     }
     message->unresolved.clear();
     const uint64_t id = message->header.referencesId;
@@ -198,7 +156,7 @@ base::Result<base::Done> Peer::HandleFrame(IncomingFrame* frame) {
 
 base::Result<base::Done> Peer::Decode(IncomingFrame* frame, IncomingMessage* message) {
     const auto self = std::static_pointer_cast<Peer>(shared_from_this());
-    base::Result<base::Done> decoded = DecodeMessage(frame, self, &m_references, message);
+    base::Result<base::Done> decoded = DecodeMessage(frame, self, message);
     // Before proxies of the message go, which would send releases on this thread.
     if (!decoded.Ok()) ShutDown();
     if (frame->descriptorsLost) {
@@ -211,7 +169,7 @@ base::Result<base::Done> Peer::Decode(IncomingFrame* frame, IncomingMessage* mes
 
 base::Result<base::Done> Peer::HandleCall(IncomingFrame* frame) {
     const FrameHeader header = frame->header;
-    LocalBinder* target = ReferenceTable::Instance().Find(&m_references, header.target);
+    LocalBinder* target = m_references.FindHeld(header.target);
     if (target == nullptr) {
         return base::Failure{"call to unknown object " + std::to_string(header.target)};
     }
@@ -269,13 +227,20 @@ base::Result<base::Done> Peer::HandleReply(IncomingFrame* frame) {
 }
 
 void Peer::HandleAcquire(const FrameHeader& header) {
-    const bool found = ReferenceTable::Instance().Acquire(&m_references, header.target);
-    SendControlLater(ReplyHeader(header.id, found ? STATUS_OK : STATUS_NAME_NOT_FOUND));
+    binder_status_t status = STATUS_NAME_NOT_FOUND;
+    if (LocalBinder* const found = FindExported(header.target)) {
+        uint64_t number = 0;
+        status = m_references.Export(found, &number);
+        found->DecStrong();  // not the last one: the peer has one now
+    }
+    Courier::Frames().Post([self = shared_from_this(), this, id = header.id, status]() {
+        SendControl(ReplyHeader(id, status));
+    });
 }
 
 base::Result<base::Done> Peer::HandleRelease(const FrameHeader& header) {
     LocalBinder* dropped = nullptr;
-    if (!ReferenceTable::Instance().GiveBack(&m_references, header.target, header.id, &dropped)) {
+    if (!m_references.GiveBack(header.target, header.id, &dropped)) {
         return base::Failure{"release of references to object " + std::to_string(header.target) +
                              " that it does not hold"};
     }
@@ -284,8 +249,9 @@ base::Result<base::Done> Peer::HandleRelease(const FrameHeader& header) {
 }
 
 void Peer::HandleReferencesTaken(uint64_t id) {
-    std::vector<AIBinder*> taken = TakeHeld(id);
-    if (!taken.empty()) Courier::Releases().Post([taken]() { ReleaseAll(taken); });
+    Courier::Releases().Post([taken = m_references.TakeKept(id)]() {
+        for (AIBinder* binder : taken) binder->DecStrong();
+    });
 }
 
 void Peer::Serve(IncomingCall* call) {
@@ -298,7 +264,7 @@ void Peer::Serve(IncomingCall* call) {
     // Before the caller hears: what came with its request is gone when its call returns.
     message.parcel.reset();
     m_waitingBytes -= std::exchange(call->cost, 0);
-    trace.End(status);
+    trace.End(status, out);
     if (!IsOneway(header.flags)) {
         SendReply(header.id, status, &out);
     } else if (Work next = call->target->NextOneway()) {
@@ -308,21 +274,16 @@ void Peer::Serve(IncomingCall* call) {
 
 binder_status_t Peer::RunMethod(IncomingCall* call, AParcel* out) {
     IncomingMessage& message = call->message;
-    CallContext context;
-    context.handling = true;
-    context.uid = Credentials().uid;
-    context.pid = Credentials().pid;
-    context.chain = IsOneway(message.header.flags) ? 0 : message.header.chain;
-    context.nesting = TheCallContext().nesting + 1;
-    ScopedCallContext scope(context);
+    const uint64_t chain = IsOneway(message.header.flags) ? 0 : message.header.chain;
+    const CallContext outer = std::exchange(
+            TheCallContext(), CallContext{true, Credentials().uid, Credentials().pid, chain});
     ResolveReferences(&message);
-    if (message.status != STATUS_OK) return message.status;
-    if (context.nesting > kMaxNesting) {
-        BINDER_LOGE("call from %s refused: it is nested in %d others", PeerLabel().c_str(),
-                    kMaxNesting);
-        return STATUS_FAILED_TRANSACTION;
+    binder_status_t status = message.status;
+    if (status == STATUS_OK) {
+        status = call->target->Handle(message.header.code, message.parcel.get(), out);
     }
-    return call->target->Handle(message.header.code, message.parcel.get(), out);
+    TheCallContext() = outer;
+    return status;
 }
 
 void Peer::SendReply(uint64_t id, binder_status_t status, AParcel* out) {
@@ -336,10 +297,10 @@ void Peer::SendReply(uint64_t id, binder_status_t status, AParcel* out) {
 }
 
 void Peer::HandleEnd() {
-    m_neighbours->Forget(this);
-    std::vector<LocalBinder*> dropped;
+    Endpoint::Instance().Forget(this);
+    std::vector<AIBinder*> dropped;
     std::vector<ProxyBinder*> orphans;
-    ReferenceTable::Instance().ClosePeer(&m_references, &dropped, &orphans);
+    m_references.Close(&dropped, &orphans);
     for (ProxyBinder* proxy : orphans) {
         DeathLinks links = proxy->MarkDead();
         if (links.empty()) continue;
@@ -348,14 +309,7 @@ void Peer::HandleEnd() {
         });
     }
     FailWaiters();
-    std::unordered_map<uint64_t, std::vector<AIBinder*>> held;
-    {
-        std::lock_guard<std::mutex> lock(m_heldMutex);
-        m_ended = true;
-        held.swap(m_heldForPeer);
-    }
-    for (const auto& entry : held) ReleaseAll(entry.second);
-    for (LocalBinder* binder : dropped) binder->DecStrong();
+    for (AIBinder* binder : dropped) binder->DecStrong();
     for (ProxyBinder* proxy : orphans) proxy->DecStrong();
 }
 

@@ -7,32 +7,19 @@
 
 namespace hostbinder {
 
-// What a peer needs of this process among the others.
-class Neighbourhood {
+class Peer final : public Connection {
   public:
-    virtual ~Neighbourhood() = default;
-    // A reference to object `number` of process `owner`: owned, never null. If the process or the
-    // object is gone, calls of the object fail with STATUS_DEAD_OBJECT.
-    virtual AIBinder* Resolve(const std::string& owner, uint64_t number) = 0;
-    // The peer's connection has ended.
-    virtual void Forget(const Connection* peer) = 0;
-};
+    using Connection::Connection;
 
-class Peer final : public Connection, public ObjectOwner {
-  public:
-    // Takes ownership of the socket; `neighbours` lives as long as the process.
-    Peer(int fd, std::string name, PeerCredentials credentials, Neighbourhood* neighbours)
-        : Connection(fd, std::move(name), credentials), m_neighbours(neighbours) {}
-
-    bool IsOpen() const override { return IsConnected(); }
-    const std::string& Name() const override { return PeerName(); }
+    // Calls the peer's object. `in` is borrowed until the reply is here; *out is owned by the
+    // caller (empty for a oneway call). clazz, for the trace, may be null.
     binder_status_t Transact(uint64_t number, const AIBinder_Class* clazz, transaction_code_t code,
-                             AParcel* in, AParcel** out, binder_flags_t flags) override;
-    void Forget(ProxyBinder* proxy) override;
-
+                             AParcel* in, AParcel** out, binder_flags_t flags);
+    // The last reference to the proxy of one of the peer's objects is gone.
+    void Forget(ProxyBinder* proxy);
     // Asks the peer for a reference to its object: false if it has none, or has gone.
     bool Acquire(uint64_t number);
-    PeerReferences* References() { return &m_references; }  // used through the table only
+    PeerReferences* References() { return &m_references; }
 
   private:
     struct IncomingCall;
@@ -60,18 +47,9 @@ class Peer final : public Connection, public ObjectOwner {
     void Serve(IncomingCall* call);
     binder_status_t RunMethod(IncomingCall* call, AParcel* out);
 
-    // Keeps references until the peer has taken them. 0 if the connection has ended.
-    uint64_t Hold(std::vector<AIBinder*> references);
-    std::vector<AIBinder*> TakeHeld(uint64_t id);
-
-    Neighbourhood* const m_neighbours;
     PeerReferences m_references;
     std::atomic<size_t> m_waitingBytes{0};  // of incoming calls until they have been served
     bool m_refusesCalls = false;            // the reader's
-
-    std::mutex m_heldMutex;  // guards what follows
-    bool m_ended = false;
-    std::unordered_map<uint64_t, std::vector<AIBinder*>> m_heldForPeer;
 };
 
 }  // namespace hostbinder

@@ -1,148 +1,176 @@
-// The table of objects that are known across processes, and references in messages.
+// Objects that are known across processes, and references to them in messages.
 #include "references.h"
 
 #include <cstring>
 #include <utility>
 
 #include "log.h"
+#include "peer.h"
 #include "wire_format.h"
 
 namespace hostbinder {
 
-ReferenceTable& ReferenceTable::Instance() {
-    static ReferenceTable* const table = new ReferenceTable;
-    return *table;
-}
-
-binder_status_t ReferenceTable::Export(PeerReferences* peer, LocalBinder* binder,
-                                       uint64_t* number) {
-    std::lock_guard<std::mutex> lock(m_mutex);
-    if (!peer->open) return STATUS_DEAD_OBJECT;
-    if (binder->exportedNumber == 0) binder->exportedNumber = ++m_lastNumber;
-    *number = binder->exportedNumber;
-    auto entry = m_exported.try_emplace(*number, Exported{binder, 0});
-    if (entry.second) binder->IncStrong();
-    ++entry.first->second.references;
-    ++peer->held[*number];
-    return STATUS_OK;
-}
-
-LocalBinder* ReferenceTable::DropReferencesLocked(uint64_t number, uint64_t count) {
-    auto entry = m_exported.find(number);
-    entry->second.references -= count;
-    if (entry->second.references > 0) return nullptr;
-    LocalBinder* dropped = entry->second.binder;
-    m_exported.erase(entry);
-    return dropped;
-}
-
-bool ReferenceTable::GiveBack(PeerReferences* peer, uint64_t number, uint64_t count,
-                              LocalBinder** dropped) {
-    *dropped = nullptr;
-    std::lock_guard<std::mutex> lock(m_mutex);
-    if (number == kContextObject && m_contextObject != nullptr) return true;
-    auto held = peer->held.find(number);
-    if (held == peer->held.end() || held->second < count) return false;
-    held->second -= count;
-    if (held->second == 0) peer->held.erase(held);
-    *dropped = DropReferencesLocked(number, count);
-    return true;
-}
-
-bool ReferenceTable::Acquire(PeerReferences* peer, uint64_t number) {
-    std::lock_guard<std::mutex> lock(m_mutex);
-    if (number == kContextObject) return m_contextObject != nullptr;
-    auto entry = m_exported.find(number);
-    if (!peer->open || entry == m_exported.end()) return false;
-    ++entry->second.references;
-    ++peer->held[number];
-    return true;
-}
-
-LocalBinder* ReferenceTable::Find(const PeerReferences* peer, uint64_t number) {
-    std::lock_guard<std::mutex> lock(m_mutex);
-    LocalBinder* found = m_contextObject;
-    if (number != kContextObject) {
-        if (peer != nullptr && peer->held.count(number) == 0) return nullptr;
-        auto entry = m_exported.find(number);
-        found = entry == m_exported.end() ? nullptr : entry->second.binder;
-    }
-    if (found != nullptr) found->IncStrong();
-    return found;
-}
-
-void ReferenceTable::SetContextObject(LocalBinder* binder) {
-    std::lock_guard<std::mutex> lock(m_mutex);
-    binder->IncStrong();
-    m_contextObject = binder;
-}
-
-ProxyBinder* ReferenceTable::ProxyFor(const std::shared_ptr<ObjectOwner>& owner,
-                                      PeerReferences* peer, uint64_t number, uint64_t received) {
-    std::lock_guard<std::mutex> lock(m_mutex);
-    if (!peer->open) return new ProxyBinder(nullptr, number);
-    ProxyBinder*& place = peer->proxies[number];
-    // A proxy without strong references is on its way out: a new one takes its place.
-    if (place == nullptr || !place->TryIncStrong()) place = new ProxyBinder(owner, number);
-    place->receivedReferences += received;
-    return place;
-}
-
-ProxyBinder* ReferenceTable::FindProxy(PeerReferences* peer, uint64_t number) {
-    std::lock_guard<std::mutex> lock(m_mutex);
-    auto found = peer->proxies.find(number);
-    return found != peer->proxies.end() && found->second->TryIncStrong() ? found->second : nullptr;
-}
-
-uint64_t ReferenceTable::ForgetProxy(PeerReferences* peer, ProxyBinder* proxy) {
-    std::lock_guard<std::mutex> lock(m_mutex);
-    auto found = peer->proxies.find(proxy->Number());
-    if (found != peer->proxies.end() && found->second == proxy) peer->proxies.erase(found);
-    return proxy->receivedReferences;
-}
-
-void ReferenceTable::ClosePeer(PeerReferences* peer, std::vector<LocalBinder*>* dropped,
-                               std::vector<ProxyBinder*>* orphans) {
-    std::lock_guard<std::mutex> lock(m_mutex);
-    peer->open = false;
-    for (const auto& [number, count] : peer->held) {
-        if (LocalBinder* binder = DropReferencesLocked(number, count)) dropped->push_back(binder);
-    }
-    peer->held.clear();
-    for (const auto& entry : peer->proxies) {
-        if (entry.second->TryIncStrong()) orphans->push_back(entry.second);
-    }
-    peer->proxies.clear();
-}
-
 namespace {
 
-binder_status_t MakeReference(AIBinder* binder, const ObjectOwner* peer, PeerReferences* references,
-                              ReferenceRecord* record, std::vector<AIBinder*>* heldForPeer) {
-    *record = {};
-    if (LocalBinder* local = binder->AsLocal()) {
-        record->owner = ReferenceOwner::kSender;
-        return ReferenceTable::Instance().Export(references, local, &record->number);
+// Own objects by their numbers. Not owned: each leaves the table when it ends.
+struct ExportedObjects {
+    std::mutex mutex;  // guards all, also the objects' numbers
+    std::unordered_map<uint64_t, LocalBinder*> byNumber;
+    uint64_t lastNumber = 0;
+};
+
+ExportedObjects& TheExportedObjects() {
+    static ExportedObjects* const objects = new ExportedObjects;
+    return *objects;
+}
+
+uint64_t NumberOf(LocalBinder* binder) {
+    ExportedObjects& exported = TheExportedObjects();
+    std::lock_guard<std::mutex> lock(exported.mutex);
+    if (binder->exportedNumber == 0) {
+        binder->exportedNumber = ++exported.lastNumber;
+        exported.byNumber[binder->exportedNumber] = binder;
     }
-    const ProxyBinder* const proxy = binder->AsProxy();
-    record->number = proxy->Number();
-    if (proxy->Owner().get() == peer) {
-        record->owner = ReferenceOwner::kReceiver;
-        return STATUS_OK;
-    }
-    record->owner = ReferenceOwner::kOther;
-    // Without an owner the object never was reachable: no process has the empty name.
-    const std::string name = proxy->Owner() == nullptr ? "" : proxy->Owner()->Name();
-    memcpy(record->name, name.data(), name.size());
-    binder->IncStrong();
-    heldForPeer->push_back(binder);
-    return STATUS_OK;
+    return binder->exportedNumber;
 }
 
 }  // namespace
 
-binder_status_t EncodeMessage(AParcel* parcel, const ObjectOwner* peer, PeerReferences* references,
-                              OutgoingFrame* frame, std::vector<AIBinder*>* heldForPeer) {
+LocalBinder* FindExported(uint64_t number) {
+    ExportedObjects& exported = TheExportedObjects();
+    std::lock_guard<std::mutex> lock(exported.mutex);
+    auto found = exported.byNumber.find(number);
+    return found != exported.byNumber.end() && found->second->TryIncStrong() ? found->second
+                                                                             : nullptr;
+}
+
+void ForgetExported(const LocalBinder* binder) {
+    ExportedObjects& exported = TheExportedObjects();
+    std::lock_guard<std::mutex> lock(exported.mutex);
+    if (binder->exportedNumber != 0) exported.byNumber.erase(binder->exportedNumber);
+}
+
+void SetContextObject(LocalBinder* binder) {
+    binder->IncStrong();
+    ExportedObjects& exported = TheExportedObjects();
+    std::lock_guard<std::mutex> lock(exported.mutex);
+    exported.byNumber[kContextObject] = binder;
+}
+
+binder_status_t PeerReferences::Export(LocalBinder* binder, uint64_t* number) {
+    *number = NumberOf(binder);
+    std::lock_guard<std::mutex> lock(m_mutex);
+    if (!m_open) return STATUS_DEAD_OBJECT;
+    Held& held = m_held[*number];
+    if (held.references++ == 0) {
+        binder->IncStrong();
+        held.binder = binder;
+    }
+    return STATUS_OK;
+}
+
+bool PeerReferences::GiveBack(uint64_t number, uint64_t count, LocalBinder** dropped) {
+    *dropped = nullptr;
+    std::lock_guard<std::mutex> lock(m_mutex);
+    auto held = m_held.find(number);
+    if (held == m_held.end() || held->second.references < count) return false;
+    held->second.references -= count;
+    if (held->second.references > 0) return true;
+    *dropped = held->second.binder;
+    m_held.erase(held);
+    return true;
+}
+
+LocalBinder* PeerReferences::FindHeld(uint64_t number) {
+    if (number == kContextObject) return FindExported(number);
+    std::lock_guard<std::mutex> lock(m_mutex);
+    auto held = m_held.find(number);
+    if (held == m_held.end()) return nullptr;
+    held->second.binder->IncStrong();
+    return held->second.binder;
+}
+
+ProxyBinder* PeerReferences::ProxyFor(const std::shared_ptr<Peer>& peer, uint64_t number,
+                                      uint64_t received) {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    if (!m_open) return new ProxyBinder(nullptr, number);
+    ProxyBinder*& place = m_proxies[number];
+    // A proxy without strong references is on its way out: a new one takes its place.
+    if (place == nullptr || !place->TryIncStrong()) place = new ProxyBinder(peer, number);
+    place->receivedReferences += received;
+    return place;
+}
+
+ProxyBinder* PeerReferences::FindProxy(uint64_t number) {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    auto found = m_proxies.find(number);
+    return found != m_proxies.end() && found->second->TryIncStrong() ? found->second : nullptr;
+}
+
+uint64_t PeerReferences::ForgetProxy(ProxyBinder* proxy) {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    auto found = m_proxies.find(proxy->Number());
+    if (found != m_proxies.end() && found->second == proxy) m_proxies.erase(found);
+    return proxy->receivedReferences;
+}
+
+binder_status_t PeerReferences::Keep(AIBinder* binder, uint64_t* id) {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    if (!m_open) return STATUS_DEAD_OBJECT;
+    if (*id == 0) *id = ++m_lastKept;
+    binder->IncStrong();
+    m_kept[*id].push_back(binder);
+    return STATUS_OK;
+}
+
+std::vector<AIBinder*> PeerReferences::TakeKept(uint64_t id) {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    auto kept = m_kept.extract(id);
+    return kept.empty() ? std::vector<AIBinder*>() : std::move(kept.mapped());
+}
+
+void PeerReferences::Close(std::vector<AIBinder*>* dropped, std::vector<ProxyBinder*>* orphans) {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    m_open = false;
+    for (const auto& entry : m_held) dropped->push_back(entry.second.binder);
+    for (const auto& entry : m_kept) {
+        dropped->insert(dropped->end(), entry.second.begin(), entry.second.end());
+    }
+    for (const auto& entry : m_proxies) {
+        if (entry.second->TryIncStrong()) orphans->push_back(entry.second);
+    }
+    m_held.clear();
+    m_kept.clear();
+    m_proxies.clear();
+}
+
+namespace {
+
+binder_status_t AddReference(AIBinder* binder, Peer* peer, OutgoingFrame* frame) {
+    ReferenceRecord record{};
+    binder_status_t status = STATUS_OK;
+    const ProxyBinder* const proxy = binder->AsProxy();
+    if (proxy == nullptr) {
+        record.owner = ReferenceOwner::kSender;
+        status = peer->References()->Export(binder->AsLocal(), &record.number);
+    } else if (proxy->Owner().get() == peer) {
+        record.owner = ReferenceOwner::kReceiver;
+        record.number = proxy->Number();
+    } else {
+        record.owner = ReferenceOwner::kOther;
+        record.number = proxy->Number();
+        // Without an owner the object never was reachable: no process has the empty name.
+        const std::string name = proxy->Owner() == nullptr ? "" : proxy->Owner()->PeerName();
+        memcpy(record.name, name.data(), name.size());
+        status = peer->References()->Keep(binder, &frame->header.referencesId);
+    }
+    if (status == STATUS_OK) frame->references.push_back(record);
+    return status;
+}
+
+}  // namespace
+
+binder_status_t EncodeMessage(AParcel* parcel, Peer* peer, OutgoingFrame* frame) {
     if (parcel->Size() > kMaxParcelBytes) {
         BINDER_LOGE("message of %zu bytes is too large, %u at most", parcel->Size(),
                     kMaxParcelBytes);
@@ -159,15 +187,9 @@ binder_status_t EncodeMessage(AParcel* parcel, const ObjectOwner* peer, PeerRefe
         if (object.binder == nullptr) {
             frame->descriptors.push_back(object.fd);
         } else {
-            ReferenceRecord reference;
-            binder_status_t status =
-                    MakeReference(object.binder, peer, references, &reference, heldForPeer);
-            if (status != STATUS_OK) {
-                UndoExports(references, *frame);
-                return status;
-            }
             index = frame->references.size();
-            frame->references.push_back(reference);
+            const binder_status_t status = AddReference(object.binder, peer, frame);
+            if (status != STATUS_OK) return status;
         }
         memcpy(parcel->MutableData() + object.offset + offsetof(ObjectRecord, handle), &index,
                sizeof(index));
@@ -176,13 +198,14 @@ binder_status_t EncodeMessage(AParcel* parcel, const ObjectOwner* peer, PeerRefe
     return STATUS_OK;
 }
 
-void UndoExports(PeerReferences* references, const OutgoingFrame& frame) {
+void UndoEncoding(PeerReferences* references, const OutgoingFrame& frame) {
     for (const ReferenceRecord& reference : frame.references) {
         if (reference.owner != ReferenceOwner::kSender) continue;
         LocalBinder* dropped = nullptr;
-        ReferenceTable::Instance().GiveBack(references, reference.number, 1, &dropped);
+        references->GiveBack(reference.number, 1, &dropped);
         if (dropped != nullptr) dropped->DecStrong();
     }
+    for (AIBinder* kept : references->TakeKept(frame.header.referencesId)) kept->DecStrong();
 }
 
 namespace {
@@ -193,29 +216,27 @@ base::Failure RecordFailure(uint32_t offset, const char* problem) {
 
 // Null, without a failure, for an object of a third process.
 base::Result<AIBinder*> DecodeReference(const ReferenceRecord& reference,
-                                        const std::shared_ptr<ObjectOwner>& peer,
-                                        PeerReferences* references, IncomingMessage* message) {
-    ReferenceTable& table = ReferenceTable::Instance();
+                                        const std::shared_ptr<Peer>& peer,
+                                        IncomingMessage* message) {
+    PeerReferences* const references = peer->References();
     if (reference.owner == ReferenceOwner::kSender) {
-        return static_cast<AIBinder*>(table.ProxyFor(peer, references, reference.number, 1));
+        return static_cast<AIBinder*>(references->ProxyFor(peer, reference.number, 1));
     }
     if (reference.owner == ReferenceOwner::kReceiver) {
-        if (AIBinder* found = table.Find(references, reference.number)) return found;
+        if (AIBinder* found = references->FindHeld(reference.number)) return found;
         return base::Failure{"reference to unknown object " + std::to_string(reference.number)};
     }
     if (reference.owner != ReferenceOwner::kOther) {
         return base::Failure{"reference with unknown kind of owner"};
     }
-    message->unresolved.push_back(
-            {message->parcel->Objects().size(), reference.name, reference.number});
+    message->unresolved.emplace_back(message->parcel->Objects().size(), reference);
     return static_cast<AIBinder*>(nullptr);
 }
 
 }  // namespace
 
-base::Result<base::Done> DecodeMessage(IncomingFrame* frame,
-                                       const std::shared_ptr<ObjectOwner>& peer,
-                                       PeerReferences* references, IncomingMessage* message) {
+base::Result<base::Done> DecodeMessage(IncomingFrame* frame, const std::shared_ptr<Peer>& peer,
+                                       IncomingMessage* message) {
     const FrameHeader& header = frame->header;
     message->header = header;
     message->status = header.status;
@@ -239,7 +260,7 @@ base::Result<base::Done> DecodeMessage(IncomingFrame* frame,
         } else if (record.type == kBinderHandle && record.handle == binders &&
                    binders < header.referenceCount) {
             const base::Result<AIBinder*> binder =
-                    DecodeReference(frame->ReferenceAt(binders++), peer, references, message);
+                    DecodeReference(frame->ReferenceAt(binders++), peer, message);
             if (!binder.Ok()) return binder.GetFailure();
             object.binder = binder.Value();
         } else {

@@ -4,7 +4,7 @@
 #include <android/binder_parcel_utils.h>
 #include <host_binder_trace.h>
 #include <host_service_manager.h>
-#include <time.h>
+#include <unistd.h>
 
 #include <cstring>
 #include <map>
@@ -53,8 +53,7 @@ ndk::SpAIBinder ServiceManager() {
     static const AIBinder_Class* const clazz = NewClientClass();
     std::shared_ptr<Peer> peer = Endpoint::Instance().ConnectTo(kServiceManagerSocket);
     if (peer == nullptr) return nullptr;
-    ProxyBinder* proxy =
-            ReferenceTable::Instance().ProxyFor(peer, peer->References(), kContextObject, 0);
+    ProxyBinder* proxy = peer->References()->ProxyFor(peer, kContextObject, 0);
     proxy->AssumeClass(clazz);
     proxy->AdoptStability(kStabilitySystem);
     return ndk::SpAIBinder(proxy);
@@ -151,8 +150,7 @@ AIBinder* PollForService(const char* instance, int limitMilliseconds) {
         if (waited > 0 && waited % 1000 == 0) {
             BINDER_LOGI("waiting for service '%s' for %d s", instance, waited / 1000);
         }
-        const timespec pause{0, kPollMilliseconds * 1000000L};
-        nanosleep(&pause, nullptr);
+        usleep(kPollMilliseconds * 1000);
     }
 }
 
@@ -221,6 +219,6 @@ binder_status_t AServiceManager_becomeServiceManager(AIBinder* binder) {
     LocalBinder* local = binder->AsLocal();
     if (local == nullptr) return STATUS_BAD_TYPE;
     // The object first: a peer may connect as soon as the socket is there.
-    ReferenceTable::Instance().SetContextObject(local);
+    SetContextObject(local);
     return Endpoint::Instance().BecomeServiceManager();
 }

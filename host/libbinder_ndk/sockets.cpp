@@ -65,9 +65,7 @@ const char* SocketFolder() {
 
 std::string NewSocketName() {
     const auto now = std::chrono::system_clock::now().time_since_epoch().count();
-    char name[kMaxSocketName + 1];
-    snprintf(name, sizeof(name), "p%d-%016llx", getpid(), static_cast<unsigned long long>(now));
-    return name;
+    return "p" + std::to_string(getpid()) + "-" + std::to_string(now);
 }
 
 std::string SocketPath(const std::string& name) {

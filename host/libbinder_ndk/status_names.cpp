@@ -1,4 +1,4 @@
-// Names of transport statuses.
+// Names of transport statuses and of exceptions.
 #include "status_names.h"
 
 #include "log.h"
@@ -33,6 +33,20 @@ constexpr KnownStatus kStatusNames[] = {
         {STATUS_UNEXPECTED_NULL, "UNEXPECTED_NULL"},
 };
 
+// By their negative value.
+constexpr const char* kExceptionNames[] = {
+        "EX_NONE",
+        "EX_SECURITY",
+        "EX_BAD_PARCELABLE",
+        "EX_ILLEGAL_ARGUMENT",
+        "EX_NULL_POINTER",
+        "EX_ILLEGAL_STATE",
+        "EX_NETWORK_MAIN_THREAD",
+        "EX_UNSUPPORTED_OPERATION",
+        "EX_SERVICE_SPECIFIC",
+        "EX_PARCELABLE",
+};
+
 }  // namespace
 
 binder_status_t PruneStatus(binder_status_t status) {
@@ -48,6 +62,11 @@ const char* StatusName(binder_status_t status) {
         if (known.value == status) return known.name;
     }
     return "UNKNOWN_ERROR";
+}
+
+const char* ExceptionName(binder_exception_t exception) {
+    return exception == EX_TRANSACTION_FAILED ? "EX_TRANSACTION_FAILED"
+                                              : kExceptionNames[-exception];
 }
 
 }  // namespace hostbinder

@@ -1,4 +1,4 @@
-// Names and bounds of transport statuses.
+// Names and bounds of transport statuses and of exceptions.
 #pragma once
 
 #include <android/binder_status.h>
@@ -10,5 +10,8 @@ binder_status_t PruneStatus(binder_status_t status);
 
 // "DEAD_OBJECT" and the like, for logs and the trace.
 const char* StatusName(binder_status_t status);
+
+// "EX_ILLEGAL_STATE" and the like, of a known exception.
+const char* ExceptionName(binder_exception_t exception);
 
 }  // namespace hostbinder

@@ -12,30 +12,24 @@
 
 namespace hostbinder {
 
-namespace {
-
-struct Start {
-    const char* name;
-    Work body;
-};
-
-void* RunBody(void* argument) {
-    std::unique_ptr<Start> start(static_cast<Start*>(argument));
-    pthread_setname_np(pthread_self(), start->name);
-    start->body();
-    return nullptr;
-}
-
-}  // namespace
-
 bool StartThread(const char* name, Work body) {
+    struct Start {
+        const char* name;
+        Work body;
+    };
     auto start = std::make_unique<Start>(Start{name, std::move(body)});
+    const auto run = [](void* argument) -> void* {
+        const std::unique_ptr<Start> started(static_cast<Start*>(argument));
+        pthread_setname_np(pthread_self(), started->name);
+        started->body();
+        return nullptr;
+    };
     sigset_t all;
     sigset_t old;
     sigfillset(&all);
     pthread_sigmask(SIG_SETMASK, &all, &old);
     pthread_t thread;
-    const int error = pthread_create(&thread, nullptr, RunBody, start.get());
+    const int error = pthread_create(&thread, nullptr, run, start.get());
     pthread_sigmask(SIG_SETMASK, &old, nullptr);
     if (error != 0) {
         BINDER_LOGE("cannot start thread %s: %s", name, strerror(error));

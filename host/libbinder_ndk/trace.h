@@ -1,4 +1,5 @@
-// The trace of transactions: one line each, to the descriptor in STANDIN_BINDER_TRACE_FD.
+// The trace of transactions: two lines each, one when it begins and one when it ends, to the
+// descriptor in STANDIN_BINDER_TRACE_FD.
 #pragma once
 
 #include <android/binder_ibinder.h>
@@ -13,13 +14,15 @@ class TracedCall {
   public:
     enum class Direction { kOut, kIn };
 
-    // clazz may be null.
+    // Writes the first line. clazz may be null.
     TracedCall(Direction direction, const std::string& peer, const AIBinder_Class* clazz,
                transaction_code_t code, binder_flags_t flags, const AParcel& request);
-    // Writes the line.
-    void End(binder_status_t status);
+    // Writes the second line. A reply whose position stays where it is may carry a status.
+    void End(binder_status_t status, const AParcel& reply) const;
 
   private:
+    void WriteLine(const std::string& end) const;
+
     const bool m_enabled;
     std::string m_what;
     std::chrono::steady_clock::time_point m_start;

@@ -36,6 +36,7 @@ struct ObjectRecord {
 };
 static_assert(sizeof(ObjectRecord) == 24);
 constexpr uint32_t kBinderNull = PackCode('s', 'b', '*', '\x85');
+constexpr uint32_t kBinderNullFlags = 0x13;  // the kernel's scheduling hint, which has no use here
 constexpr uint32_t kBinderHandle = PackCode('s', 'h', '*', '\x85');
 constexpr uint32_t kDescriptor = PackCode('f', 'd', '*', '\x85');
 

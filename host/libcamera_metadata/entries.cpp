@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <iterator>
 
 #include "layout.h"
 
@@ -11,20 +12,15 @@ using namespace host::metadata;
 
 namespace {
 
-// By number within the section.
-constexpr uint8_t kJpegTypes[] = {
-        TYPE_DOUBLE,  // GPS_COORDINATES
-        TYPE_BYTE,    // GPS_PROCESSING_METHOD
-        TYPE_INT64,   // GPS_TIMESTAMP
-        TYPE_INT32,   // ORIENTATION
-        TYPE_BYTE,    // QUALITY
-        TYPE_BYTE,    // THUMBNAIL_QUALITY
-        TYPE_INT32,   // THUMBNAIL_SIZE
-        TYPE_INT32,   // AVAILABLE_THUMBNAIL_SIZES
-        TYPE_INT32,   // MAX_SIZE
-        TYPE_INT32,   // SIZE
+struct TagType {
+    uint32_t tag;
+    uint8_t type;
 };
-static_assert(sizeof(kJpegTypes) == ANDROID_JPEG_END - ANDROID_JPEG_START, "one line per tag");
+constexpr TagType kTagTypes[] = {
+#define CAMERA_METADATA_SECTION(name, number, tags)
+#define CAMERA_METADATA_TAG(name, number, type) {number, TYPE_##type},
+#include <system/camera_metadata_tags.def>
+};
 
 // The first entry of `tag`; null if there is none.
 const BufferEntry* FindTag(const camera_metadata_t* block, uint32_t tag) {
@@ -44,8 +40,10 @@ const BufferEntry* FindTag(const camera_metadata_t* block, uint32_t tag) {
 }  // namespace
 
 int host::metadata::TypeOfTag(uint32_t tag) {
-    if (tag < ANDROID_JPEG_START || tag >= ANDROID_JPEG_END) return -1;
-    return kJpegTypes[tag - ANDROID_JPEG_START];
+    const auto* const found = std::lower_bound(
+            std::begin(kTagTypes), std::end(kTagTypes), tag,
+            [](const TagType& known, uint32_t wanted) { return known.tag < wanted; });
+    return found != std::end(kTagTypes) && found->tag == tag ? found->type : -1;
 }
 
 int add_camera_metadata_entry(camera_metadata_t* dst, uint32_t tag, const void* data,
@@ -57,6 +55,9 @@ int add_camera_metadata_entry(camera_metadata_t* dst, uint32_t tag, const void* 
         return kError;
     }
     if (dst == nullptr || dst->entryCount >= dst->entryCapacity) return kError;
+    // Of a block from outside, the capacity may be more than there is room for.
+    const uint64_t used = dst->entriesStart + uint64_t{dst->entryCount} * sizeof(BufferEntry);
+    if (used + sizeof(BufferEntry) > dst->dataStart) return kError;
     if (data == nullptr && dataCount > 0) return kError;
     if (dataCount > UINT32_MAX) return kError;
 

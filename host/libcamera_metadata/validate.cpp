@@ -21,13 +21,13 @@ namespace {
     return false;
 }
 
+// What is refused, and what is let pass, is what a device refuses and lets pass: so the capacity of
+// entries counts as if each took one byte. What is used is checked to be inside the block.
+
 bool CheckHeader(const camera_metadata& header) {
-    const uint64_t entriesEnd =
-            header.entriesStart + uint64_t{header.entryCapacity} * sizeof(BufferEntry);
     const uint64_t dataEnd = uint64_t{header.dataStart} + header.dataCapacity;
-    if (header.size < sizeof(camera_metadata)) {
-        return Invalid("size %u is less than a header takes", header.size);
-    }
+    const uint64_t entriesEnd =
+            header.entriesStart + uint64_t{header.entryCount} * sizeof(BufferEntry);
     if (header.entryCount > header.entryCapacity) {
         return Invalid("%u entries exceed their capacity of %u", header.entryCount,
                        header.entryCapacity);
@@ -36,21 +36,12 @@ bool CheckHeader(const camera_metadata& header) {
         return Invalid("%u bytes of data exceed their capacity of %u", header.dataCount,
                        header.dataCapacity);
     }
-    // Each value outside its entry takes a multiple of 8; the next one starts there.
-    if (header.dataCount % kAlignment != 0) {
-        return Invalid("%u bytes of data are not a multiple of 8", header.dataCount);
+    if (uint64_t{header.entriesStart} + header.entryCapacity > header.dataStart) {
+        return Invalid("data starts at %u, within %u entries from %u on", header.dataStart,
+                       header.entryCapacity, header.entriesStart);
     }
-    if (header.entriesStart < sizeof(camera_metadata) ||
-        header.entriesStart % kEntryAlignment != 0) {
-        return Invalid("entries cannot start at %u", header.entriesStart);
-    }
-    if (entriesEnd > header.dataStart || header.dataStart % kAlignment != 0) {
-        return Invalid("data cannot start at %u, entries end at %llu", header.dataStart,
-                       static_cast<unsigned long long>(entriesEnd));
-    }
-    if (dataEnd > header.size) {
-        return Invalid("data ends at %llu, after the block's %u bytes",
-                       static_cast<unsigned long long>(dataEnd), header.size);
+    if (dataEnd > header.size || entriesEnd > header.size) {
+        return Invalid("data or entries end after the block's %u bytes", header.size);
     }
     return true;
 }
@@ -59,22 +50,17 @@ bool CheckEntry(const camera_metadata& header, uint32_t index, const BufferEntry
     if (entry.type >= NUM_TYPES) {
         return Invalid("entry %u (tag 0x%08x) has unknown type %u", index, entry.tag, entry.type);
     }
-    // A block made on a device holds tags that this library has no table of: vendor tags and most
-    // of the platform's. Only a tag outside every section is wrong for certain.
+    // Vendors' tags may have any type: there is no table of them here.
     const int tagType = TypeOfTag(entry.tag);
-    const uint32_t section = entry.tag >> 16;
-    if (tagType == -1 && section >= ANDROID_SECTION_COUNT && section < VENDOR_SECTION) {
-        return Invalid("entry %u has tag 0x%08x, which is in no section", index, entry.tag);
-    }
-    if (tagType != -1 && tagType != entry.type) {
-        return Invalid("entry %u (tag 0x%08x) has type %u, not its tag's %d", index, entry.tag,
-                       entry.type, tagType);
+    if (tagType != entry.type && entry.tag >> 16 < VENDOR_SECTION) {
+        return Invalid("entry %u (tag 0x%08x) has type %u, not its tag's %d (-1: no such tag)",
+                       index, entry.tag, entry.type, tagType);
     }
     const uint64_t size = DataSizeOf(entry);
     if (size > 0) {
-        if (entry.data.offset % kAlignment != 0) {
-            return Invalid("entry %u (tag 0x%08x): data offset %u is not a multiple of 8", index,
-                           entry.tag, entry.data.offset);
+        if ((uint64_t{header.dataStart} + entry.data.offset) % kAlignment != 0) {
+            return Invalid("entry %u (tag 0x%08x): data at %u from %u on is not aligned to 8",
+                           index, entry.tag, entry.data.offset, header.dataStart);
         }
         if (entry.data.offset + size > header.dataCapacity) {
             return Invalid(
@@ -109,6 +95,10 @@ int validate_camera_metadata_structure(const camera_metadata_t* metadata,
         return CAMERA_METADATA_VALIDATION_ERROR;
     }
     if (!CheckHeader(header)) return CAMERA_METADATA_VALIDATION_ERROR;
+    if (header.entryCount > 0 && header.entriesStart % kEntryAlignment != 0) {
+        Invalid("entries start at %u, which is not a multiple of 4", header.entriesStart);
+        return CAMERA_METADATA_VALIDATION_ERROR;
+    }
 
     for (uint32_t i = 0; i < header.entryCount; ++i) {
         BufferEntry entry;

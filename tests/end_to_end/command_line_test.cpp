@@ -3,7 +3,6 @@
 #include <gmock/gmock.h>
 
 #include "tests/end_to_end/device_run.h"
-#include "tests/end_to_end/log_matchers.h"
 
 using ::testing::Contains;
 using ::testing::HasSubstr;
@@ -65,12 +64,12 @@ TEST(CommandLineRuns, CallbackCommandOnlyRegisters) {
     const RunResult run = device.Tool({"-t", "callback"});
     EXPECT_EQ(run.status, 0);
     EXPECT_EQ(run.out, "cmd: -t=callback\ncallback only mode=255\nret: =0\n");
-    EXPECT_THAT(run.Messages(),
-                InOrder({"main: offline camera client connect to service ",
-                         "[AIDL] OfflineCameraClient constructor called",
-                         "main: offline camera client opMode 255",
-                         "[AIDL] registerClient clientId 0", "main: offline camera client exit",
-                         "[AIDL] OfflineCameraClient destructor called"}))
+    EXPECT_THAT(run.Messages(), InOrder(Words{"main: offline camera client connect to service ",
+                                              "[AIDL] OfflineCameraClient constructor called",
+                                              "main: offline camera client opMode 255",
+                                              "[AIDL] registerClient clientId 0",
+                                              "main: offline camera client exit",
+                                              "[AIDL] OfflineCameraClient destructor called"}))
             << run.AllOutput();
     EXPECT_THAT(run.Messages(), Not(Contains("OpenOfflineSession")));
     EXPECT_THAT(run.dumps, IsEmpty());
@@ -99,8 +98,8 @@ TEST(CommandLineRuns, AMissingAllocatorIsLoggedAndHarmsOnlyBuffers) {
     const RunResult run = device.With({"--no-allocator"}).Tool({"-t", "B2Y"});
     EXPECT_GT(run.status, 128) << run.AllOutput();
     EXPECT_THAT(run.Messages(),
-                InOrder({"Gralloc Init failed, reason zelAllocator getService failed",
-                         "ConfigureOfflineStreams sucessfully"}));
+                InOrder(Words{"Gralloc Init failed, reason zelAllocator getService failed",
+                              "ConfigureOfflineStreams sucessfully"}));
     EXPECT_THAT(run.dumps, IsEmpty());
 }
 

@@ -2,7 +2,6 @@
 
 #include "tests/end_to_end/device_run.h"
 
-#include <gtest/gtest.h>
 #include <stdlib.h>
 
 #include <filesystem>
@@ -40,6 +39,14 @@ std::vector<LogLine> ReadLog(const std::string& path) {
         if (line.priority == ' ') ADD_FAILURE() << "not a log line: " << line.message;
     }
     return log.Value().lines;
+}
+
+double Psnr(const std::string& a, const std::string& b) {
+    const Finished compared = RunProgram({OFFLINEFRAMES, "compare", a, b});
+    EXPECT_EQ(compared.status, 0) << compared.err;
+    const size_t all = compared.out.find("  all ");
+    if (all == std::string::npos) return 0;
+    return strtod(compared.out.c_str() + all + 6, nullptr);
 }
 
 Words RunResult::Messages() const {

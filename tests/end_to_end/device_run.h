@@ -1,8 +1,10 @@
 // One run of the tool in a device of its own, and what it left.
 #pragma once
 
+#include <gmock/gmock.h>
 #include <runlog/runlog.h>
 
+#include <algorithm>
 #include <map>
 #include <string>
 #include <vector>
@@ -49,6 +51,22 @@ class DeviceRun {
     const TemporaryFolder m_folder{"device-run"};
     Words m_options;
 };
+
+// The messages contain these, in this order, with any others between.
+MATCHER_P(InOrder, wanted, "has in order " + ::testing::PrintToString(wanted)) {
+    auto next = arg.begin();
+    for (const std::string& message : wanted) {
+        next = std::find(next, arg.end(), message);
+        if (next++ == arg.end()) {
+            *result_listener << "which lacks, at its place, \"" << message << "\"";
+            return false;
+        }
+    }
+    return true;
+}
+
+// PSNR of all channels in dB between two frames or pictures; 0 when they cannot be compared.
+double Psnr(const std::string& a, const std::string& b);
 
 // Lines of a log file of the stand-in device; a test fails here when one has another form.
 std::vector<LogLine> ReadLog(const std::string& path);

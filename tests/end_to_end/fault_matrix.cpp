@@ -1,17 +1,12 @@
 // Writes the fault matrix: what the tool does under each fault, as tables made of real runs.
 // usage: fault_matrix FILE
 
-#include <gtest/gtest.h>
 #include <runlog/runlog.h>
 #include <stdio.h>
 #include <string.h>
-#include <terminal/terminal.h>
 
 #include <atomic>
-#include <chrono>
-#include <filesystem>
 #include <fstream>
-#include <mutex>
 #include <regex>
 #include <sstream>
 #include <thread>
@@ -20,11 +15,6 @@
 
 namespace end_to_end {
 namespace {
-
-using Clock = std::chrono::steady_clock;
-using std::chrono::seconds;
-
-namespace fs = std::filesystem;
 
 constexpr char kDumpStart[] = "OfflineAidl_";
 constexpr size_t kWorkers = 12;  // most of them wait
@@ -39,7 +29,7 @@ timed out; *shutter, result*: what the two waits of the request said, where it g
 
 struct Mode {
     std::string name;
-    std::vector<std::string> sources;
+    Words sources;
     std::string dump;  // the end of its name
 };
 
@@ -47,20 +37,6 @@ const Mode kModes[] = {
         {"B2Y", {"4096_3072_RAW10.raw"}, "B2Y_Stride[4096]_Scanline[3072].yuv"},
         {"Y2J", {"4000_3000_NV12.yuv"}, "Y2J_Width[4000]_Height[3000].jpg"},
         {"MMF", {"4096_3072_RAW10.raw", "mmf_fd.yuv"}, "MMF_Stride[4096]_Scanline[3072].yuv"}};
-
-// By name: size in bytes, and a hash of the content.
-using Dumps = std::map<std::string, std::pair<uint64_t, size_t>>;
-
-// One run under one fault, and the cells of its row.
-struct Row {
-    const Mode* mode;
-    std::string fault;
-    std::vector<std::string> options = {};
-    std::string shell = "";   // run before the tool, in its process
-    std::string before = "";  // cells up to the dumps
-    Dumps dumps = {};
-    std::string after = "";  // cells behind them
-};
 
 // By name, the commands that do it to $f, a file in a folder of /data/vendor/camera. Source files
 // are links.
@@ -92,19 +68,15 @@ const FileFaults kDumpFaults = {
          "cd ..; rm -r offlinecameratest; ln -s '" SOURCE_FOLDER "/offlinecameratest' ."},
         {"disk full (a link to /dev/full)", "ln -s /dev/full \"$f\""}};
 
-std::string EndOf(int status) {
-    const char* const name = status > 128 ? sigabbrev_np(status - 128) : nullptr;
-    return name ? std::string("SIG") + name : std::to_string(status);
-}
-
-// A run that goes on for much longer than its waits is slow beyond what a busy machine explains.
-std::string WaitsOf(const std::vector<runlog::Wait>& waits, Clock::duration duration) {
-    const auto count = std::count_if(waits.begin(), waits.end(), [](const runlog::Wait& wait) {
-        return wait.endUs && *wait.endUs - wait.startUs > 4'900'000;
-    });
-    const std::string text = count == 0 ? "none" : count == 1 ? "5 s" : "5 s + 5 s";
-    return duration < seconds(count * 5 + 30) ? text : text + ", then slow";
-}
+// One run under one fault, and what its row shows.
+struct Row {
+    const Mode* mode;
+    std::string fault;
+    Words options = {};
+    std::string shell = "";  // run before the tool, in its process
+    std::string end = "", waits = "", request = "", closed = "", errors = "";
+    std::map<std::string, std::pair<uint64_t, size_t>> dumps = {};  // size and hash by name
+};
 
 std::string RequestOf(const runlog::Facts& facts) {
     if (!facts.resultStatus) return "";
@@ -129,42 +101,40 @@ std::string ErrorsOf(std::vector<LogLine> log) {
 
 void RunOne(Row* row) {
     DeviceRun device;
-    const Clock::time_point start = Clock::now();
     const std::string tool = "exec vexofflinecameratest -t " + row->mode->name;
     const RunResult result =
             device.With({"--planes"}).With(row->options).Command({"sh", "-ec", row->shell + tool});
+    const char* const signal = result.status > 128 ? sigabbrev_np(result.status - 128) : nullptr;
+    row->end = signal ? std::string("SIG") + signal : std::to_string(result.status);
     const runlog::Facts facts = runlog::FindFacts(result.log);
-    row->before = EndOf(result.status) + " | " + WaitsOf(facts.waits, Clock::now() - start) +
-                  " | " + RequestOf(facts);
+    for (const runlog::Wait& wait : facts.waits) {
+        if (!wait.endUs || *wait.endUs - wait.startUs < 4'900'000) continue;
+        row->waits += row->waits.empty() ? "5 s" : " + 5 s";
+    }
+    if (row->waits.empty()) row->waits = "none";
+    row->request = RequestOf(facts);
+    row->closed = facts.sessionClosed ? "yes" : "no";
+    row->errors = ErrorsOf(result.log);
     for (const auto& [name, size] : result.dumps) {
         if (name.rfind(kDumpStart, 0) != 0) continue;
         row->dumps[name] = {size, std::hash<std::string>()(ReadFile(device.DumpPath(name)))};
     }
-    row->after = (facts.sessionClosed ? "yes | " : "no | ") + ErrorsOf(result.log);
 }
 
 void RunAll(std::vector<Row>* rows) {
     std::atomic<size_t> next = 0;
-    std::mutex lock;
-    size_t done = 0;
-    terminal::Progress progress;
     std::vector<std::thread> workers;
     for (size_t i = 0; i < kWorkers; ++i) {
         workers.emplace_back([&] {
-            for (size_t job = next++; job < rows->size(); job = next++) {
-                RunOne(&(*rows)[job]);
-                const std::lock_guard<std::mutex> guard(lock);
-                progress.Show("run " + std::to_string(++done) + " of " +
-                              std::to_string(rows->size()));
-            }
+            for (size_t job = next++; job < rows->size(); job = next++) RunOne(&(*rows)[job]);
         });
     }
     for (std::thread& worker : workers) worker.join();
 }
 
 // Every name that `--fault help` lists, service's and allocator's.
-std::vector<std::string> FaultNames() {
-    std::vector<std::string> names;
+Words FaultNames() {
+    Words names;
     std::istringstream lines(RunProgram({DEVICESHELL, "--fault", "help"}).out);
     const std::regex name("^ *([a-z-]+).*[^:]$");
     std::smatch found;
@@ -175,56 +145,57 @@ std::vector<std::string> FaultNames() {
     return names;
 }
 
-void AddRows(const Mode& mode, std::vector<Row>* rows) {
+void AddRows(const Mode& mode, const Words& faults, std::vector<Row>* rows) {
     rows->push_back({&mode, "(none)"});
-    for (const std::string& name : FaultNames()) rows->push_back({&mode, name, {"--fault", name}});
-    const auto addFileFaults = [&](const std::string& what, const std::string& path,
-                                   const FileFaults& faults) {
-        const fs::path full = fs::path("/data/vendor/camera") / path;
-        const std::string at =
-                "(cd " + full.parent_path().string() + "; f='" + full.filename().string() + "'; ";
-        for (const auto& [name, commands] : faults) {
+    for (const std::string& name : faults) rows->push_back({&mode, name, {"--fault", name}});
+    const auto addFileFaults = [&](const std::string& what, const std::string& folder,
+                                   const std::string& file, const FileFaults& fileFaults) {
+        const std::string at = "(cd /data/vendor/camera/" + folder + "; f='" + file + "'; ";
+        for (const auto& [name, commands] : fileFaults) {
             rows->push_back({&mode, what + ": " + name, {}, at + commands + "); "});
         }
     };
-    const std::string folder = "offlinecameratest/";
+    const std::string frames = "offlinecameratest";
     for (const std::string& source : mode.sources) {
-        addFileFaults("source " + source, folder + source, kSourceFaults);
+        addFileFaults("source " + source, frames, source, kSourceFaults);
     }
-    addFileFaults("metadata dump", "metadata/original_dump.bin", kMetadataFaults);
-    addFileFaults("dump", folder + kDumpStart + "CameraId_2_Frame_1_" + mode.dump, kDumpFaults);
+    addFileFaults("metadata dump", "metadata", "original_dump.bin", kMetadataFaults);
+    addFileFaults("dump", frames, kDumpStart + ("CameraId_2_Frame_1_" + mode.dump), kDumpFaults);
     rows->push_back(
             {&mode, "dump: files may not grow beyond 1 MiB", {}, "trap '' XFSZ; ulimit -f 2048; "});
 }
 
-std::string DumpsOf(const Dumps& dumps, const Dumps* usual) {
-    if (dumps.empty()) return "nothing";
-    if (usual && dumps == *usual) return "as without the fault";
+std::string DumpsOf(const Row& row, const Row& usual) {
+    if (row.dumps.empty()) return "nothing";
+    if (&row != &usual && row.dumps == usual.dumps) return "as without the fault";
     std::string text;
-    for (const auto& [name, content] : dumps) {
-        text += (text.empty() ? "" : "<br>") +
-                (usual && usual->count(name) ? "other content" : "`" + name + "`") + ", " +
+    for (const auto& [name, content] : row.dumps) {
+        const bool known = &row != &usual && usual.dumps.count(name) > 0;
+        text += (text.empty() ? "" : "<br>") + (known ? "other content" : "`" + name + "`") + ", " +
                 std::to_string(content.first) + " bytes";
     }
     return text;
 }
 
 // The first row of each mode is the run without a fault.
-void WriteTables(const std::vector<Row>& rows, std::ostream& stream) {
-    stream << kHeading;
+std::string Tables(const std::vector<Row>& rows) {
+    std::string text = kHeading;
     const Row* first = nullptr;
     for (const Row& row : rows) {
-        const bool begins = !first || first->mode != row.mode;
-        if (begins) {
+        if (!first || first->mode != row.mode) {
             first = &row;
-            stream << "\n## " << row.mode->name << "\n\n"
-                   << "| fault | end | waits | shutter, result | dumped | closed | errors |\n"
-                   << "|---|---|---|---|---|---|---|\n";
+            text += "\n## " + row.mode->name +
+                    "\n\n| fault | end | waits | shutter, result | dumped | closed | errors |\n"
+                    "|---|---|---|---|---|---|---|\n";
         }
-        stream << "| " << row.fault << " | " << row.before << " | "
-               << DumpsOf(row.dumps, begins ? nullptr : &first->dumps) << " | " << row.after
-               << " |\n";
+        const std::string dumps = DumpsOf(row, *first);
+        for (const std::string& cell :
+             {row.fault, row.end, row.waits, row.request, dumps, row.closed, row.errors}) {
+            text += "| " + cell + " ";
+        }
+        text += "|\n";
     }
+    return text;
 }
 
 }  // namespace
@@ -233,20 +204,13 @@ void WriteTables(const std::vector<Row>& rows, std::ostream& stream) {
 int main(int count, char** words) {
     using namespace end_to_end;
     ::testing::InitGoogleTest(&count, words);
-    if (count != 2) {
-        fprintf(stderr, "usage: fault_matrix FILE\n");
-        return 2;
-    }
     std::vector<Row> rows;
-    for (const Mode& mode : kModes) AddRows(mode, &rows);
+    for (const Mode& mode : kModes) AddRows(mode, FaultNames(), &rows);
     RunAll(&rows);
-    std::ofstream stream(words[1]);
-    WriteTables(rows, stream);
-    stream.close();
-    if (!stream) {
-        fprintf(stderr, "cannot write %s\n", words[1]);
-        return 2;
-    }
+    std::ofstream stream(count == 2 ? words[1] : "");
+    stream << Tables(rows) << std::flush;
+    if (!stream) fprintf(stderr, "fault_matrix: no FILE given that can be written\n");
     // Runs that did not end, or with a sanitizer's report, have been shown already.
-    return ::testing::UnitTest::GetInstance()->ad_hoc_test_result().Failed() ? 1 : 0;
+    const bool failed = ::testing::UnitTest::GetInstance()->ad_hoc_test_result().Failed();
+    return failed || !stream ? 1 : 0;
 }

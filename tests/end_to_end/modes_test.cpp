@@ -3,7 +3,6 @@
 #include <gmock/gmock.h>
 
 #include "tests/end_to_end/device_run.h"
-#include "tests/end_to_end/log_matchers.h"
 
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
@@ -53,16 +52,17 @@ TEST_P(Modes, DumpOneFrame) {
     EXPECT_THAT(run.Messages(), InOrder(mode.sourceLines));
     EXPECT_THAT(
             run.Messages(),
-            InOrder({"main: offline camera client connect to service ", "OpenOfflineSession",
-                     "ConfigureOfflineStreams sucessfully", "ProcessOfflineRequest",
-                     "ProcessOfflineRequest sucessfully",
-                     "request id frameNumber:1 return frameNumber 1", "WaitCaptureResultCompleted",
-                     "WaitCaptureResultCompleted result frameNum is 1",
-                     "WaitForShutter frame 1 time 5000", "WaitForResult result timeout_ms 5000",
-                     "WaitCaptureResultCompleted status is 0",
-                     "result completed outputResult->second.buffers.size 1", "CloseOfflineSession",
-                     "main: offline camera client exit",
-                     "[AIDL] OfflineCameraClient destructor called"}))
+            InOrder(Words{
+                    "main: offline camera client connect to service ", "OpenOfflineSession",
+                    "ConfigureOfflineStreams sucessfully", "ProcessOfflineRequest",
+                    "ProcessOfflineRequest sucessfully",
+                    "request id frameNumber:1 return frameNumber 1", "WaitCaptureResultCompleted",
+                    "WaitCaptureResultCompleted result frameNum is 1",
+                    "WaitForShutter frame 1 time 5000", "WaitForResult result timeout_ms 5000",
+                    "WaitCaptureResultCompleted status is 0",
+                    "result completed outputResult->second.buffers.size 1", "CloseOfflineSession",
+                    "main: offline camera client exit",
+                    "[AIDL] OfflineCameraClient destructor called"}))
             << run.AllOutput();
     for (const LogLine& line : run.log) EXPECT_NE(line.priority, 'E') << line.message;
     EXPECT_THAT(run.deviceLog, Not(HasSubstr("was ended by signal")));

@@ -2,9 +2,6 @@
 
 #include <gmock/gmock.h>
 #include <imaging/jpeg.h>
-#include <stdlib.h>
-
-#include <cmath>
 
 #include "host/tools/offlineframes/chart.h"
 #include "host/tools/offlineframes/picture_file.h"
@@ -22,15 +19,6 @@ namespace {
 
 const char kYuvSource[] = SOURCE_FOLDER "/offlinecameratest/4000_3000_NV12.yuv";
 
-// PSNR of all channels in dB between two frame files; 0 when they cannot be compared.
-double Psnr(const std::string& a, const std::string& b) {
-    const Finished compared = RunProgram({OFFLINEFRAMES, "compare", a, b});
-    EXPECT_EQ(compared.status, 0) << compared.err;
-    const size_t all = compared.out.find("  all ");
-    if (all == std::string::npos) return 0;
-    return strtod(compared.out.c_str() + all + 6, nullptr);
-}
-
 // Path of the one dump of a run with plane layouts.
 std::string DumpOf(DeviceRun* device, const char* command) {
     const RunResult run = device->With({"--planes"}).Tool({"-t", command});
@@ -39,48 +27,17 @@ std::string DumpOf(DeviceRun* device, const char* command) {
     return run.dumps.empty() ? "" : device->DumpPath(run.dumps.begin()->first);
 }
 
-double LumaAt(const Picture& picture, uint32_t x, uint32_t y) {
-    const uint8_t* const pixel = picture.Pixel(x, y);
-    return 0.299 * pixel[0] + 0.587 * pixel[1] + 0.114 * pixel[2];
-}
-
-// Away from the mosaic's Nyquist frequencies: brightness changes little within two pixels.
-bool IsSoft(const Picture& picture, uint32_t x, uint32_t y) {
-    double low = 255, high = 0;
-    for (uint32_t ny = y - 2; ny <= y + 2; ++ny) {
-        for (uint32_t nx = x - 2; nx <= x + 2; ++nx) {
-            low = std::min(low, LumaAt(picture, nx, ny));
-            high = std::max(high, LumaAt(picture, nx, ny));
-        }
-    }
-    return high - low <= 80;
-}
-
-// A wrong row length, crop, turn or colour order costs far more than demosaicing does.
+// A wrong row length, crop, turn or colour order costs far more than demosaicing does: two columns
+// bring 29 dB down to 17.
 TEST(Pictures, B2YDevelopsTheChart) {
     DeviceRun device;
+    const std::string dump = DumpOf(&device, "B2Y");
+    EXPECT_GE(Psnr(dump, kYuvSource), 28);
     const std::string png = device.Folder() + "/developed.png";
-    ASSERT_EQ(RunProgram({OFFLINEFRAMES, "view", DumpOf(&device, "B2Y"), png}).status, 0);
+    ASSERT_EQ(RunProgram({OFFLINEFRAMES, "view", dump, png}).status, 0);
     const auto developed = offlineframes::ReadPicture(png);
     ASSERT_TRUE(developed.Ok());
     const Picture& picture = developed.Value();
-    const Picture chart = DrawVisibleChart(offlineframes::ChartOfVisible({4000, 3000}));
-    ASSERT_EQ(picture.rgb.size(), chart.rgb.size());
-
-    // One row in five, so that sanitizers do not take long.
-    double squares = 0;
-    uint64_t soft = 0, seen = 0;
-    for (uint32_t y = 2; y < chart.height - 2; y += 5) {
-        for (uint32_t x = 2; x < chart.width - 2; ++x, ++seen) {
-            if (!IsSoft(chart, x, y)) continue;
-            const double difference = LumaAt(chart, x, y) - LumaAt(picture, x, y);
-            squares += difference * difference;
-            ++soft;
-        }
-    }
-    EXPECT_GT(soft, seen * 4 / 5);
-    EXPECT_GE(10 * std::log10(255.0 * 255.0 * static_cast<double>(soft) / squares), 35);
-
     for (const offlineframes::ChartPatch& patch : offlineframes::ChartPatches()) {
         const auto x = static_cast<uint32_t>((patch.box.left + patch.box.right) / 2);
         const auto y = static_cast<uint32_t>((patch.box.top + patch.box.bottom) / 2);

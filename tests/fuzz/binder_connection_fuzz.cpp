@@ -105,18 +105,13 @@ void RequireNoDescriptorLeak() {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+    ThreadPool::Instance().Start();
     int ends[2];
     Require(socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) == 0);
-    const auto connection = std::make_shared<Peer>(
-            ends[0], "peer", PeerCredentials{getpid(), getuid()}, &Endpoint::Instance());
+    const auto connection =
+            std::make_shared<Peer>(ends[0], "peer", PeerCredentials{getpid(), getuid()});
     uint64_t number = 0;
-    // Holds the object, too, so that it has number 1 from input to input.
-    static PeerReferences* const otherPeer = new PeerReferences;
-    ReferenceTable& table = ReferenceTable::Instance();
-    if (otherPeer->held.empty()) {
-        Require(table.Export(otherPeer, ServedObject(), &number) == STATUS_OK);
-    }
-    Require(table.Export(connection->References(), ServedObject(), &number) == STATUS_OK);
+    Require(connection->References()->Export(ServedObject(), &number) == STATUS_OK);
     Require(number == 1);
 
     std::thread caller([connection]() {
@@ -131,10 +126,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     Require(ReceiveAll(ends[1], &call, sizeof(call)));
     std::thread reader([connection]() { connection->RunReader(); });
     if (SendMessages(ends[1], {data, size}, call.chain)) WaitForReader(ends[1]);
-    ThreadPool::Instance().RunQueued();  // answers, unless the connection has ended
     shutdown(ends[1], SHUT_WR);
     reader.join();
-    ThreadPool::Instance().RunQueued();
     caller.join();
     close(ends[1]);
     RequireNoDescriptorLeak();

@@ -18,6 +18,7 @@ struct Explanation {
     std::vector<std::string_view> lines;  // "…" stands for any text, also for none
     std::string_view cause;               // Markdown, with line breaks
     std::string_view cure;
+    std::string_view onDevice = {};  // what else to do on a real device
 };
 
 // The whole table, in the order of its file.

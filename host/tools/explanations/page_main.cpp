@@ -45,6 +45,7 @@ std::string Section(const char* head, Kind kind) {
         for (const std::string_view line : entry.lines) text += "### `" + std::string(line) + "`\n";
         text += "\nCause: " + std::string(entry.cause) + "\n\nCure: " + std::string(entry.cure) +
                 "\n";
+        if (!entry.onDevice.empty()) text += "\nOn a device: " + std::string(entry.onDevice) + "\n";
     }
     return text;
 }

@@ -22,23 +22,60 @@ void EndWait(int64_t timeUs, bool received, std::vector<Wait>* waits) {
     waits->back().received = received;
 }
 
-void TakeWaitLine(const Line& line, Facts* facts) {
+void TakeWaitLine(const Line& line, int* frame, Facts* facts) {
     const char* const text = line.message.c_str();
     int value = 0;
     if (sscanf(text, "WaitForShutter frame %*d time %9d", &value) == 1 ||
         sscanf(text, "WaitForResult result timeout_ms %9d", &value) == 1) {
         EndWait(line.timeUs, true, &facts->waits);
-        facts->waits.push_back({StartsWith(line.message, "WaitForShutter"), line.timeUs, {}});
+        const bool forShutter = StartsWith(line.message, "WaitForShutter");
+        facts->waits.push_back({forShutter, line.timeUs, {}, false, *frame});
     } else if (sscanf(text, "WaitForShutter frame %*d received %9d", &value) == 1 ||
                sscanf(text, "WaitForResult received is %9d", &value) == 1) {
         EndWait(line.timeUs, value != 0, &facts->waits);
     } else if (sscanf(text, "WaitCaptureResultCompleted status is %9d", &value) == 1) {
         EndWait(line.timeUs, value == 0, &facts->waits);
         facts->resultStatus = value;
+    } else {
+        sscanf(text, "WaitCaptureResultCompleted result frameNum is %9d", frame);
     }
 }
 
-void TakeSourceLine(const std::string& message, std::vector<Source>* sources, size_t* last) {
+// A comparison logs the result's buffers, then the request's.
+void TakeResultLine(const Line& line, Facts* facts) {
+    const char* const text = line.message.c_str();
+    int frame = 0, stream = 0;
+    char side[8] = {};
+    unsigned long buffer = 0;
+    if (sscanf(text, "ProcessOfflineResult: outframeinfo numPartialMetadata %*d frame numbrer %9d",
+               &frame) == 1) {
+        facts->results.push_back({line.timeUs, frame});
+    } else if (StartsWith(line.message, "WaitForResult result") ||
+               StartsWith(line.message, "WaitForResult wait_for")) {
+        facts->resultBuffers.clear();
+        facts->requestBuffers.clear();
+    } else if (sscanf(text, "ContainsTheSameBuffers %7s streamId %9d bufferId %15lu", side, &stream,
+                      &buffer) == 3) {
+        const std::string name = std::to_string(buffer) + " of stream " + std::to_string(stream);
+        (side[2] == 's' ? facts->resultBuffers : facts->requestBuffers).push_back(name);
+    }
+}
+
+void TakeDumpLine(const Line& line, std::optional<int64_t>* trailer, Facts* facts) {
+    const char* const text = line.message.c_str();
+    unsigned long image = 0, buffer = 0;
+    long size = 0;
+    if (sscanf(text, "blob structure info Id %*d, JPEGBlobSize %15ld", &size) == 1) {
+        *trailer = size;
+    } else if (sscanf(text, "imageSize %15lu bufferSize %15lu", &image, &buffer) == 2) {
+        facts->dumps.push_back({line.timeUs, *trailer ? image : buffer, *trailer});
+        trailer->reset();
+    }
+}
+
+// The stream of a buffer that could not be allocated is loaded as one without rows is.
+void TakeSourceLine(const std::string& message, bool allocated, std::vector<Source>* sources,
+                    size_t* last) {
     const std::string opens = ": open input file ";
     const size_t at = message.find(opens);
     unsigned rows = 1;
@@ -51,7 +88,7 @@ void TakeSourceLine(const std::string& message, std::vector<Source>* sources, si
         ++(*sources)[*last].timesOpened;
     } else if (*last < sources->size() &&
                sscanf(message.c_str(), "%*[A-Za-z]: f_wxf_h %*ux%9u", &rows) == 1) {
-        (*sources)[*last].leftUnread = rows == 0;
+        (*sources)[*last].leftUnread = allocated && rows == 0;
     }
 }
 
@@ -60,15 +97,24 @@ void TakeSourceLine(const std::string& message, std::vector<Source>* sources, si
 Facts FindFacts(const std::vector<Line>& log) {
     Facts facts;
     size_t lastSource = 0;
+    int frame = 0;
+    bool allocated = true;
+    std::optional<int64_t> trailer;
     for (const Line& line : log) {
         if (line.fromServices) continue;
-        facts.sessionOpened |= line.message == "OpenOfflineSession";
-        facts.sessionClosed |= line.message == "CloseOfflineSession";
-        TakeWaitLine(line, &facts);
-        TakeSourceLine(line.message, &facts.sources, &lastSource);
-        if (!line.IsError()) continue;
-        ++facts.errorCount;
-        facts.lastError = line.tag + ": " + line.message;
+        const std::string& message = line.message;
+        facts.sessionOpened |= message == "OpenOfflineSession";
+        facts.sessionClosed |= message == "CloseOfflineSession";
+        if (message == "ProcessOfflineRequest") facts.requestUs = line.timeUs;
+        if (StartsWith(message, "main: offline camera client exit")) facts.exitUs = line.timeUs;
+        TakeWaitLine(line, &frame, &facts);
+        TakeResultLine(line, &facts);
+        TakeDumpLine(line, &trailer, &facts);
+        if (StartsWith(message, "input streamId")) {
+            allocated = message.find(" buffer (nil) ") == std::string::npos &&
+                        message.find(" buffer 0x0 ") == std::string::npos;
+        }
+        TakeSourceLine(message, allocated, &facts.sources, &lastSource);
     }
     return facts;
 }

@@ -1,7 +1,5 @@
 // Each phase begins with a line of the main thread's log or with one of its calls.
 
-#include <stdio.h>
-
 #include <algorithm>
 #include <string_view>
 
@@ -15,12 +13,14 @@ namespace {
 struct Event {
     int64_t timeUs;
     std::string text;  // a line's message, or ">METHOD" of a call
-    bool isError;
+    bool failed;
+    int64_t endUs;  // of a call; of a line its time
 };
 
 struct Rule {
     std::string_view begins;  // of an event's text
     const char* phase;
+    bool tells = false;  // the phase's first such text is its detail
     bool again = false;  // begins a new one even within a phase of the same name
 };
 
@@ -32,36 +32,23 @@ constexpr Rule kRules[] = {
         {">registerClient", "register"},
         {"OpenOfflineSession", "configure"},
         {"dataspace ", "configure"},
-        {"stream size:", "configure"},
+        {"stream size:", "configure", true},
         {"ProcessOfflineRequest sucessfully", "submit"},
         {"ProcessOfflineRequest, FAILED", "submit"},
         {"ProcessOfflineRequest", "fill"},
-        {">allocate", "allocate", true},
+        {">allocate", "allocate", false, true},
         {"buffer allocationsize", "allocate"},
-        {"LoadOffine", "fill"},
+        {"input streamId", "allocate", true},
+        {"output streamId", "allocate", true},
+        {"LoadOffine", "fill", true},
         {">processOfflineRequest", "submit"},
-        {"WaitForShutter frame", "shutter"},
-        {"WaitForResult result", "result"},
+        {"request id frameNumber", "submit", true},
+        {"WaitForShutter frame", "shutter", true},
+        {"WaitForResult result", "result", true},
         {"result completed outputResult", "dump"},
+        {"imageSize ", "dump", true},
         {">closeOfflineSession", "close"},
         {"CloseOfflineSession", "close"},
-};
-
-// A number in a line of a phase, as the phase's detail.
-struct Detail {
-    std::string_view phase;
-    const char* format;  // of the line
-    const char* before;
-    const char* after;
-    bool grouped = false;  // "18,874,368"
-};
-
-constexpr Detail kDetails[] = {
-        {"configure", "stream size:%15lu", "", " streams"},
-        {"submit", "request id frameNumber:%15lu", "frame ", ""},
-        {"shutter", "WaitForShutter frame %*d time %15lu", "waits ", " ms at most"},
-        {"result", "WaitForResult result timeout_ms %15lu", "waits ", " ms at most"},
-        {"dump", "imageSize %*d bufferSize %15lu", "a buffer of ", " bytes", true},
 };
 
 const Rule* RuleOf(const std::string& text) {
@@ -71,57 +58,8 @@ const Rule* RuleOf(const std::string& text) {
     return nullptr;
 }
 
-// "18,874,368"
-std::string Grouped(unsigned long number) {
-    std::string digits = std::to_string(number);
-    for (size_t i = digits.size(); i > 3; i -= 3) digits.insert(i - 3, ",");
-    return digits;
-}
-
-void DescribeBuffer(const char* message, std::string* detail) {
-    char role[8] = {};
-    int stream = 0;
-    unsigned width = 0, height = 0;
-    unsigned long bytes = 0;
-    if (sscanf(message,
-               "%7[a-z] streamId %9d, bufferStride %*d, bufferScanline %*d%*[, ]buffer %*s width "
-               "%9u, height %9u bufferSize %15lu",
-               role, &stream, &width, &height, &bytes) != 5) {
-        return;
-    }
-    *detail = std::string(role) + " stream " + std::to_string(stream) + ": " +
-              std::to_string(width) + " × " + std::to_string(height) + ", " + Grouped(bytes) +
-              " bytes";
-}
-
-// Sets the detail from lines that tell something about the phase; others change nothing.
-void Describe(const std::string& message, Phase* phase) {
-    const std::string opens = ": open input file ";
-    if (phase->name == "allocate") {
-        DescribeBuffer(message.c_str(), &phase->detail);
-    } else if (phase->name == "fill" && message.find(opens) != std::string::npos) {
-        phase->detail = message.substr(message.rfind('/') + 1);
-    } else if (phase->name == "fill" && message.rfind("LoadOffineInputMetadata", 0) == 0) {
-        phase->detail = "the request's settings";
-    }
-    for (const Detail& detail : kDetails) {
-        unsigned long number = 0;
-        if (detail.phase != phase->name) continue;
-        if (sscanf(message.c_str(), detail.format, &number) != 1) continue;
-        phase->detail = detail.before +
-                        (detail.grouped ? Grouped(number) : std::to_string(number)) + detail.after;
-    }
-}
-
-// Calls that a thread of the pool made while it handled a call from a service.
-bool IsNested(const Call& call, const std::vector<Call>& calls) {
-    return std::any_of(calls.begin(), calls.end(), [&](const Call& other) {
-        return other.incoming && other.pid == call.pid && other.startUs <= call.startUs &&
-               call.startUs <= other.startUs + other.durationUs;
-    });
-}
-
-// The tool's first line comes from its main thread.
+// The tool's first line comes from its main thread. While that waits for a call of its own, it
+// serves calls from the same peer: what it does for them are no steps of the run.
 std::vector<Event> MainThread(const std::vector<Line>& log, const std::vector<Call>& calls) {
     const auto first = std::find_if(log.begin(), log.end(), [](const Line& line) {
         return !line.fromServices && line.priority != ' ';
@@ -130,16 +68,24 @@ std::vector<Event> MainThread(const std::vector<Line>& log, const std::vector<Ca
     std::vector<Event> events;
     for (const Line& line : log) {
         const bool ofMain = !line.fromServices && line.pid == first->pid && line.tid == first->tid;
-        if (ofMain) events.push_back({line.timeUs, line.message, line.IsError()});
+        if (ofMain) events.push_back({line.timeUs, line.message, line.IsError(), line.timeUs});
     }
     for (const Call& call : calls) {
-        if (call.pid == first->pid && !call.incoming && !IsNested(call, calls)) {
-            events.push_back({call.startUs, ">" + call.method, false});
-        }
+        if (call.pid != first->pid || call.tid != first->tid || call.incoming) continue;
+        const int64_t endUs = call.status.empty() ? INT64_MAX : call.startUs + call.durationUs;
+        events.push_back({call.startUs, ">" + call.method, !call.Succeeded(), endUs});
     }
     std::stable_sort(events.begin(), events.end(),
                      [](const Event& a, const Event& b) { return a.timeUs < b.timeUs; });
-    return events;
+    int64_t waitsUntil = INT64_MIN;
+    const auto served = [&](const Event& event) {
+        if (event.timeUs < waitsUntil) return true;
+        waitsUntil = event.endUs;
+        return false;
+    };
+    std::vector<Event> steps;
+    std::remove_copy_if(events.begin(), events.end(), std::back_inserter(steps), served);
+    return steps;
 }
 
 // Ends the last phase and begins one. A clock that jumps leaves phases in order and in the run.
@@ -161,7 +107,6 @@ void Judge(const Facts& facts, std::vector<Phase>* phases) {
         const bool configured = i + 1 < phases->size() && (*phases)[i + 1].name == "configure";
         if (!facts.sessionOpened && phase.name == "open" && configured) {
             phase.end = PhaseEnd::kFailed;
-            phase.detail = "no session was opened";
         }
         for (const Wait& wait : facts.waits) {
             const bool inside = phase.startUs <= wait.startUs && wait.startUs < phase.endUs;
@@ -183,8 +128,8 @@ std::vector<Phase> FindPhases(const std::vector<Line>& log, const std::vector<Ca
         if (rule && (phases.back().name != rule->phase || rule->again)) {
             Begin(rule->phase, event.timeUs, durationUs, &phases);
         }
-        Describe(event.text, &phases.back());
-        if (event.isError) phases.back().end = PhaseEnd::kFailed;
+        if (rule && rule->tells && phases.back().detail.empty()) phases.back().detail = event.text;
+        if (event.failed) phases.back().end = PhaseEnd::kFailed;
     }
     phases.back().endUs = durationUs;
     Judge(facts, &phases);

@@ -1,5 +1,6 @@
-// Reads "MM-DD HH:MM:SS.uuuuuu  PID   TID P Tag: message" and
-// "HH:MM:SS.uuuuuu PID -> PEER INTERFACE.METHOD [oneway] N bytes N fds N us STATUS".
+// Reads "MM-DD HH:MM:SS.uuuuuu  PID   TID P Tag: message" and, for each call,
+// "HH:MM:SS.uuuuuu PID TID -> PEER INTERFACE.METHOD [oneway] N bytes N fds begins" and the same
+// with "N us STATUS[, answered ANSWER]" in place of "begins".
 
 #include <errno.h>
 #include <stdio.h>
@@ -10,6 +11,7 @@
 #include <filesystem>
 #include <fstream>
 #include <functional>
+#include <map>
 #include <optional>
 
 #include "runlog.h"
@@ -26,14 +28,12 @@ constexpr int64_t kSecond = 1'000'000;
 constexpr int64_t kHour = 3600 * kSecond;
 constexpr int64_t kDay = 24 * kHour;
 
-struct TimeOfDay {
-    int hours = 0;
-    int minutes = 0;
-    int seconds = 0;
-    int micros = 0;
-
-    int64_t Micros() const { return ((hours * 60 + minutes) * 60 + seconds) * kSecond + micros; }
-};
+// Of "HH:MM:SS.uuuuuu", into the day.
+int64_t MicrosOf(const char* timeOfDay) {
+    int hours = 0, minutes = 0, seconds = 0, micros = 0;
+    sscanf(timeOfDay, "%2d:%2d:%2d.%6d", &hours, &minutes, &seconds, &micros);
+    return ((hours * 60 + minutes) * 60 + seconds) * kSecond + micros;
+}
 
 // Times of day as times of the run, also across midnight.
 class Clock {
@@ -43,18 +43,16 @@ class Clock {
         const time_t seconds = startedUs / kSecond;
         tm local = {};
         localtime_r(&seconds, &local);
-        m_startUs = TimeOfDay{local.tm_hour, local.tm_min, local.tm_sec,
-                              static_cast<int>(startedUs % kSecond)}
-                            .Micros();
+        char text[16];
+        strftime(text, sizeof text, "%T", &local);
+        m_startUs = MicrosOf(text) + startedUs % kSecond;
     }
 
     // Up to an hour before the start counts as before it.
-    int64_t SinceStart(const TimeOfDay& time) {
-        if (!m_startUs) m_startUs = time.Micros();
-        int64_t since = time.Micros() - *m_startUs;
-        if (since < -kHour) since += kDay;
-        if (since >= kDay - kHour) since -= kDay;
-        return since;
+    int64_t SinceStart(const char* timeOfDay) {
+        const int64_t time = MicrosOf(timeOfDay);
+        if (!m_startUs) m_startUs = time;
+        return (time - *m_startUs + kDay + kHour) % kDay - kHour;
     }
 
   private:
@@ -84,12 +82,11 @@ Result<Done> ForEachLine(const std::string& path, const std::function<void(std::
 // Nothing when the text is not of the log's form.
 std::optional<Line> ParseLine(const std::string& text, Clock* clock) {
     Line line;
-    TimeOfDay time;
+    char time[16] = {};
     int used = 0;
-    const int fields = sscanf(text.c_str(), "%*2d-%*2d %2d:%2d:%2d.%6d %9d %9d %c %n", &time.hours,
-                              &time.minutes, &time.seconds, &time.micros, &line.pid, &line.tid,
-                              &line.priority, &used);
-    if (fields != 7 || used == 0 || !strchr("VDIWEF", line.priority)) return std::nullopt;
+    const int fields = sscanf(text.c_str(), "%*2d-%*2d %15[0-9:.] %9d %9d %c %n", time, &line.pid,
+                              &line.tid, &line.priority, &used);
+    if (fields != 4 || used == 0 || !strchr("VDIWEF", line.priority)) return std::nullopt;
     const size_t start = static_cast<size_t>(used);
     const size_t colon = text.find(": ", start);
     if (colon == std::string::npos) return std::nullopt;
@@ -112,39 +109,46 @@ void Thin(Log* log) {
     log->lines.erase(kept, end);
 }
 
-std::optional<Call> ParseCall(const std::string& text, Clock* clock) {
-    Call call;
-    TimeOfDay time;
-    char arrow[3] = {}, peer[257] = {}, name[1025] = {};
-    int used = 0;
-    if (sscanf(text.c_str(), "%2d:%2d:%2d.%6d %9d %2s %256s %1024s %n", &time.hours, &time.minutes,
-               &time.seconds, &time.micros, &call.pid, arrow, peer, name, &used) != 8 ||
+// The beginning of a call's two lines, as a call that has not ended, and its size in bytes; 0 for
+// anything else.
+size_t ParseBeginning(const std::string& text, Clock* clock, Call* call) {
+    char time[16] = {}, arrow[3] = {}, peer[257] = {}, name[1025] = {};
+    int used = 0, end = 0;
+    if (sscanf(text.c_str(), "%15[0-9:.] %9d %9d %2s %256s %1024s %n", time, &call->pid, &call->tid,
+               arrow, peer, name, &used) != 6 ||
         used == 0) {
-        return std::nullopt;
+        return 0;
     }
-    std::string rest = text.substr(static_cast<size_t>(used));
     const std::string oneway = "oneway ";
-    call.oneway = rest.compare(0, oneway.size(), oneway) == 0;
-    if (call.oneway) rest.erase(0, oneway.size());
-    unsigned long bytes = 0, descriptors = 0, took = 0;
-    int end = 0;
-    if (sscanf(rest.c_str(), "%15lu bytes %15lu fds %15lu us %n", &bytes, &descriptors, &took,
-               &end) != 3 ||
-        end == 0 || rest[static_cast<size_t>(end)] == '\0') {
-        return std::nullopt;
-    }
-    call.startUs = clock->SinceStart(time);
-    call.durationUs = static_cast<int64_t>(took);
-    call.incoming = arrow[0] == '<';
-    call.peer = peer;
+    const size_t at = static_cast<size_t>(used);
+    call->oneway = text.compare(at, oneway.size(), oneway) == 0;
+    const size_t sizes = at + (call->oneway ? oneway.size() : 0);
+    unsigned long bytes = 0, descriptors = 0;
+    if (sscanf(&text[sizes], "%15lu bytes %15lu fds %n", &bytes, &descriptors, &end) != 2) return 0;
+    call->startUs = clock->SinceStart(time);
+    call->incoming = arrow[0] == '<';
+    call->peer = peer;
     const std::string full = name;  // only the last dot is between interface and method
     const size_t dot = full.rfind('.');
-    call.interface = dot == std::string::npos ? "" : full.substr(0, dot);
-    call.method = full.substr(dot + 1);
-    call.bytes = bytes;
-    call.descriptors = descriptors;
-    call.status = rest.substr(static_cast<size_t>(end));
-    return call;
+    call->interface = dot == std::string::npos ? "" : full.substr(0, dot);
+    call->method = full.substr(dot + 1);
+    call->bytes = bytes;
+    call->descriptors = descriptors;
+    return end == 0 ? 0 : sizes + static_cast<size_t>(end);
+}
+
+// Takes "N us STATUS[, answered ANSWER]"; false for anything else.
+bool ParseEnd(const char* text, Call* call) {
+    unsigned long took = 0;
+    int end = 0;
+    if (sscanf(text, "%15lu us %n", &took, &end) != 1 || end == 0 || text[end] == '\0')
+        return false;
+    const std::string status = text + end, mark = ", answered ";
+    const size_t answer = status.find(mark);
+    call->durationUs = static_cast<int64_t>(took);
+    call->status = status.substr(0, answer);
+    if (answer != std::string::npos) call->answer = status.substr(answer + mark.size());
+    return true;
 }
 
 }  // namespace
@@ -172,14 +176,23 @@ Result<Log> ReadLog(const std::string& path, int64_t startedUs) {
 Result<Trace> ReadTrace(const std::string& path, int64_t startedUs) {
     Clock clock(startedUs);
     Trace trace;
+    std::map<std::string, size_t> begun;  // calls by their lines' beginning
     const Result<Done> read = ForEachLine(path, [&](std::string&& text) {
-        std::optional<Call> call = ParseCall(text, &clock);
-        if (!call) {
+        Call call;
+        const size_t size = ParseBeginning(text, &clock, &call);
+        const std::string beginning = text.substr(0, size);
+        const auto known = begun.find(beginning);
+        const bool begins = size != 0 && text.compare(size, text.npos, "begins") == 0;
+        if (size == 0 || (!begins && !ParseEnd(&text[size], &call))) {
             ++trace.unreadable;
-        } else if (trace.calls.size() == kMaxCalls) {
-            ++trace.surplus;
+        } else if (known != begun.end()) {
+            trace.calls[known->second] = std::move(call);
+            begun.erase(known);
+        } else if (trace.calls.size() < kMaxCalls) {
+            if (begins) begun.emplace(beginning, trace.calls.size());
+            trace.calls.push_back(std::move(call));
         } else {
-            trace.calls.push_back(std::move(*call));
+            trace.surplus += begins;
         }
     });
     if (!read.Ok()) return read.GetFailure();

@@ -42,8 +42,9 @@ base::Result<Log> ReadLog(const std::string& path, int64_t startedUs = 0);
 // One binder transaction as the tool's process saw it.
 struct Call {
     int64_t startUs = 0;
-    int64_t durationUs = 0;
-    int pid = 0;
+    int64_t durationUs = 0;  // 0 until it has ended
+    int pid = 0;             // of the tool
+    int tid = 0;
     bool incoming = false;  // a service called the tool
     bool oneway = false;
     std::string peer;  // "7/offlinecamerase": process and its name as far as the system keeps it
@@ -51,7 +52,10 @@ struct Call {
     std::string method;
     uint64_t bytes = 0;
     uint64_t descriptors = 0;
-    std::string status;  // "OK", or the name of the transaction's failure
+    std::string status;  // "OK" or the name of the transaction's failure; empty: it has not ended
+    std::string answer;  // "EX_SERVICE_SPECIFIC 5: message", where the reply's status is not OK
+
+    bool Succeeded() const { return status == "OK" && answer.empty(); }
 };
 
 inline constexpr size_t kMaxCalls = 20'000;
@@ -71,6 +75,7 @@ struct Wait {
     int64_t startUs = 0;
     std::optional<int64_t> endUs;  // none: the log ends in it
     bool received = false;
+    int frame = 0;
 
     bool TimedOut() const { return endUs && !received; }
 };
@@ -79,17 +84,35 @@ struct Wait {
 struct Source {
     std::string path;  // on the device
     uint64_t timesOpened = 0;
-    bool leftUnread = false;  // the tool knew of no row to read
+    bool leftUnread = false;  // the tool had a buffer for it and knew of no row to read
+};
+
+// A result that the tool took, of one frame.
+struct CaptureResult {
+    int64_t timeUs = 0;
+    int frame = 0;
+};
+
+// What the tool set out to write of a buffer.
+struct Dump {
+    int64_t timeUs = 0;
+    uint64_t bytes = 0;
+    std::optional<int64_t> trailerBytes;  // of a JPEG, as the buffer's last bytes say
 };
 
 struct Facts {
     bool sessionOpened = false;
     bool sessionClosed = false;
-    std::vector<Source> sources;      // each once, in order
-    std::vector<Wait> waits;          // in order
+    std::optional<int64_t> requestUs;  // the last request's beginning; older messages are forgotten
+    std::optional<int64_t> exitUs;     // the end of the main thread's work
+    std::vector<Source> sources;       // each once, in order
+    std::vector<Wait> waits;           // in order
+    std::vector<CaptureResult> results;  // in order
+    std::vector<Dump> dumps;             // in order
+    // Of the last comparison of a result with the request: "1 of stream 1" and so on.
+    std::vector<std::string> resultBuffers;
+    std::vector<std::string> requestBuffers;
     std::optional<int> resultStatus;  // of the last request: 0, or -110 after a time-out
-    uint64_t errorCount = 0;          // lines at level E or F
-    std::string lastError;            // "Tag: message"
 };
 
 // Of the tool's own lines; those of services count for nothing.

@@ -109,9 +109,10 @@ int main(int argc, char** argv) {
     if (options.followWaits) runreport::FollowWaits(options.inputs);
     bool written = true;
     if (!options.htmlFile.empty() || !options.jsonFile.empty()) {
-        const std::string json = runreport::ReportJson(runreport::MakeReport(options.inputs));
-        const bool jsonWritten = Write(options.jsonFile, json);
-        written = Write(options.htmlFile, runreport::ReportPage(json)) && jsonWritten;
+        const runreport::Report report =
+                runreport::MakeReport(options.inputs, runreport::Pictures::kReduced);
+        const bool jsonWritten = Write(options.jsonFile, runreport::ReportJson(report));
+        written = Write(options.htmlFile, runreport::ReportPage(report)) && jsonWritten;
     }
     if (options.summary) runreport::PrintSummary(options.inputs);
     return written ? 0 : 1;

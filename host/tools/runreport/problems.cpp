@@ -1,10 +1,10 @@
-// Problems from log, phases, sources and status.
+// Problems: lines of the log, conclusions and the run's end, with causes and cures.
 
 #include <explanations/explanations.h>
 
 #include <algorithm>
 
-#include "report.h"
+#include "conclusions.h"
 
 namespace runreport {
 
@@ -12,7 +12,6 @@ namespace {
 
 using explanations::Explanation;
 using runlog::Phase;
-using runlog::PhaseEnd;
 
 constexpr size_t kMaxErrorLines = 200;  // of different messages: a page stays readable
 
@@ -22,84 +21,79 @@ std::string Joined(std::string_view text) {
     return line;
 }
 
-Problem Explained(const std::string& text, int64_t timeUs, const Explanation* explanation) {
-    Problem problem;
-    problem.text = text;
-    problem.timeUs = timeUs;
-    if (explanation) {
-        problem.cause = Joined(explanation->cause);
-        problem.cure = Joined(explanation->cure);
-    }
-    return problem;
+// What log and trace tell of this run goes before what the table says of all.
+void Explain(const Explanation* explanation, Problem* problem) {
+    problem->concluded = !problem->cause.empty();
+    if (!explanation) return;
+    if (problem->cause.empty()) problem->cause = Joined(explanation->cause);
+    if (problem->cure.empty()) problem->cure = Joined(explanation->cure);
 }
 
-void AddFinding(const char* severity, const char* text, int64_t timeUs, const std::string& phase,
-                std::vector<Problem>* problems) {
-    problems->push_back(Explained(text, timeUs, explanations::Explain(text)));
-    problems->back().severity = severity;
-    problems->back().phase = phase;
-}
-
-void AddErrorLines(const std::vector<runlog::Line>& log, std::vector<Problem>* problems) {
-    for (const runlog::Error& error : runlog::DifferentErrors(log)) {
+void AddErrorLines(const Report& report, std::vector<Problem>* problems) {
+    for (const runlog::Error& error : runlog::DifferentErrors(report.log)) {
         if (problems->size() == kMaxErrorLines) return;
-        const std::string& message = error.line.message;
-        problems->push_back(Explained(message, error.line.timeUs, explanations::Explain(message)));
-        problems->back().count = error.count;
-        problems->back().logged = true;
+        Problem problem;
+        problem.text = error.line.message;
+        problem.timeUs = error.line.timeUs;
+        problem.count = error.count;
+        problem.logged = true;
+        if (!ConcludeLine(report, error.line, &problem)) continue;
+        Explain(explanations::Explain(problem.text), &problem);
+        problems->push_back(problem);
     }
 }
 
-void AddPhases(const std::vector<Phase>& phases, std::vector<Problem>* problems) {
-    for (const Phase& phase : phases) {
-        const bool timedOut = phase.end == PhaseEnd::kTimedOut;
-        const auto add = [&](const char* severity, const char* text) {
-            AddFinding(severity, text, phase.endUs, phase.name, problems);
-        };
-        if (timedOut && phase.name == "shutter") {
-            add("warning", "No shutter message came in time");
-        } else if (timedOut) {
-            add("error", "No complete result came in time");
-        } else if (phase.end == PhaseEnd::kFailed && phase.name == "open") {
-            add("error", "The service gave no session");
-        }
-    }
-}
-
-void AddUnreadSources(const Report& report, std::vector<Problem>* problems) {
-    const bool unread = std::any_of(report.sources.begin(), report.sources.end(),
-                                    [](const Frame& source) { return source.leftUnread; });
+// What services log afterwards follows from the end.
+int64_t LastSignOfTool(const Report& report) {
     int64_t timeUs = 0;
-    for (const Phase& phase : report.phases) {
-        if (phase.name == "fill") timeUs = phase.startUs;
+    for (const runlog::Line& line : report.log) {
+        if (!line.fromServices) timeUs = std::max(timeUs, line.timeUs);
     }
-    if (unread) AddFinding("warning", "The input frames were left empty", timeUs, "", problems);
+    for (const runlog::Call& call : report.calls) timeUs = std::max(timeUs, call.startUs);
+    return timeUs;
 }
 
-void AddEnding(const Run& run, std::vector<Problem>* problems) {
+void AddEnding(const Report& report, std::vector<Problem>* problems) {
+    const Run& run = report.run;
     const Ending ending = run.GetEnding();
     if (ending == Ending::kFinished) return;
-    const std::string text = ending == Ending::kUsageError ? "The tool refused its arguments"
-                             : ending == Ending::kSignal
-                                     ? "The run was ended by " + run.SignalName()
-                             : ending == Ending::kNoDevice
-                                     ? "The run did not start"
-                                     : "The run ended with status " + std::to_string(run.status);
-    problems->push_back(Explained(text, run.durationUs, explanations::ExplainStatus(run.status)));
+    Problem problem;
+    problem.text = ending == Ending::kUsageError ? "The tool refused its arguments"
+                   : ending == Ending::kSignal   ? "The run was ended by " + run.SignalName()
+                   : ending == Ending::kNoDevice
+                           ? "The run did not start"
+                           : "The run ended with status " + std::to_string(run.status);
+    problem.timeUs = run.durationUs;
+    if (ending == Ending::kSignal) {
+        problem.cause = CauseOfSignal(report);
+        problem.timeUs = LastSignOfTool(report);
+    }
+    Explain(explanations::ExplainStatus(run.status), &problem);
+    problems->push_back(problem);
 }
 
 }  // namespace
 
 std::vector<Problem> FindProblems(const Report& report) {
     std::vector<Problem> problems;
-    AddErrorLines(report.log, &problems);
-    AddPhases(report.phases, &problems);
-    AddUnreadSources(report, &problems);
-    AddEnding(report.run, &problems);
+    AddErrorLines(report, &problems);
+    for (Problem& problem : FindConclusions(report)) {
+        const auto same = std::find_if(problems.begin(), problems.end(), [&](const Problem& known) {
+            return !known.logged && known.text == problem.text;
+        });
+        if (same != problems.end()) {
+            ++same->count;
+            continue;
+        }
+        Explain(explanations::Explain(problem.text), &problem);
+        problems.push_back(problem);
+    }
+    AddEnding(report, &problems);
     std::stable_sort(problems.begin(), problems.end(),
                      [](const Problem& a, const Problem& b) { return a.timeUs < b.timeUs; });
+    std::stable_partition(problems.begin(), problems.end(),
+                          [](const Problem& problem) { return problem.isRoot; });
     for (Problem& problem : problems) {
-        if (!problem.phase.empty()) continue;
         for (const Phase& phase : report.phases) {
             if (problem.phase.empty() || phase.startUs <= problem.timeUs)
                 problem.phase = phase.name;

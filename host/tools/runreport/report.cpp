@@ -39,7 +39,12 @@ void TakeTrace(const std::string& path, Report* report) {
                                   " lines are no transactions, " + std::to_string(trace.surplus) +
                                   " are too many");
     }
+    report->traceIsWhole = !trace.calls.empty() && trace.surplus == 0;
     report->calls = std::move(trace.calls);
+    for (runlog::Call& call : report->calls) {
+        const bool cut = call.status.empty();
+        if (cut) call.durationUs = std::max<int64_t>(report->run.durationUs - call.startUs, 0);
+    }
 }
 
 }  // namespace
@@ -61,7 +66,7 @@ std::string Run::SignalName() const {
     return known ? std::string("SIG") + known : "signal " + std::to_string(Signal());
 }
 
-Report MakeReport(const Inputs& inputs) {
+Report MakeReport(const Inputs& inputs, Pictures pictures) {
     Report report;
     report.run = inputs.run;
     TakeLog(inputs.log, false, &report);
@@ -70,10 +75,11 @@ Report MakeReport(const Inputs& inputs) {
             report.log.begin(), report.log.end(),
             [](const runlog::Line& a, const runlog::Line& b) { return a.timeUs < b.timeUs; });
     TakeTrace(inputs.trace, &report);
-    const runlog::Facts facts = runlog::FindFacts(report.log);
-    ReadFrames(facts.sources, inputs, &report);
-    report.phases = runlog::FindPhases(report.log, report.calls, facts, report.run.durationUs,
-                                       report.run.GetEnding() == Ending::kSignal);
+    report.facts = runlog::FindFacts(report.log);
+    ReadFrames(inputs, pictures, &report);
+    report.phases =
+            runlog::FindPhases(report.log, report.calls, report.facts, report.run.durationUs,
+                               report.run.GetEnding() == Ending::kSignal);
     report.problems = FindProblems(report);
     return report;
 }

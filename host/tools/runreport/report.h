@@ -40,24 +40,25 @@ struct Problem {
     std::string phase;  // in which it came first
     int64_t timeUs = 0;
     uint64_t count = 1;
-    bool logged = false;  // `text` is the message of a line of the log
+    bool logged = false;     // `text` is the message of a line of the log
+    bool concluded = false;  // `cause` is what this run's own log and trace tell
+    bool isRoot = false;     // what comes before it in time is part of it
 };
 
 // A source file that the tool opened, or a file that it wrote.
 struct Frame {
     std::string path;  // on the host
     uint64_t bytes = 0;
-    std::string format;        // "RAW10", "NV12", "JPEG"; empty: unknown
-    uint32_t width = 0;        // pixels; 0: unknown
-    uint32_t height = 0;       // pixels
-    uint32_t stride = 0;       // bytes per row; 0: has none
-    uint32_t scanlines = 0;    // rows, padding included; 0: has none
-    uint64_t timesOpened = 0;  // of a source
-    bool leftUnread = false;   // a source of which the tool read no row
-    std::string note;          // why there is no picture, or how to read it
-    std::string picture;       // a reduced JPEG as a data: URL; empty without one
-    uint32_t pictureWidth = 0;
-    uint32_t pictureHeight = 0;
+    std::string format;         // "RAW10", "NV12", "JPEG"; empty: unknown
+    uint32_t width = 0;         // pixels; 0: unknown
+    uint32_t height = 0;        // pixels
+    uint32_t stride = 0;        // bytes per row; 0: has none
+    uint32_t scanlines = 0;     // rows, padding included; 0: has none
+    uint64_t timesOpened = 0;   // of a source
+    bool leftUnread = false;    // a source of which the tool read no row
+    uint64_t pictureBytes = 0;  // of a JPEG up to its end marker; 0: unknown
+    std::string note;           // why there is no picture, or how to read it
+    std::string picture;        // a reduced JPEG as a data: URL; empty without one
 };
 
 struct Report {
@@ -65,6 +66,8 @@ struct Report {
     std::vector<runlog::Line> log;    // of tool and services, in order of time
     uint64_t omittedLogLines = 0;     // from the middle of a very long log
     std::vector<runlog::Call> calls;  // in order of time
+    bool traceIsWhole = false;        // else calls may be missing
+    runlog::Facts facts;              // of `log`
     std::vector<runlog::Phase> phases;
     std::vector<Problem> problems;
     std::vector<Frame> sources;
@@ -82,20 +85,23 @@ struct Inputs {
     std::vector<std::string> dumps;  // files that the run wrote
 };
 
-// Reads what there is; what cannot be read is named in the report.
-Report MakeReport(const Inputs& inputs);
+enum class Pictures { kReduced, kNone };
 
-// Of the log's lines, the phases, the sources and the run's end, in order of time.
+// Reads what there is; what cannot be read is named in the report.
+Report MakeReport(const Inputs& inputs, Pictures pictures);
+
+// Of the log's lines, what follows from log and trace, and the run's end, in order of time.
 std::vector<Problem> FindProblems(const Report& report);
 
-// A report for programs: UTF-8; bytes of the inputs that are none are replaced by U+FFFD.
+// A report for programs, by docs/report.schema.json: UTF-8; bytes of the inputs that are none are
+// replaced by U+FFFD. Without the reduced pictures, which are only for the page.
 std::string ReportJson(const Report& report);
 
-// The page for people around that JSON: one file that needs no other.
-std::string ReportPage(const std::string& json);
+// The page for people around that JSON with the pictures: one file that needs no other.
+std::string ReportPage(const Report& report);
 
-// What ./run says about the tool's log on standard error after a run: its signal, its last error,
-// what else is not as it seems.
+// What ./run says about a run on standard error: its signal, what went wrong first, what else is
+// not as it seems.
 void PrintSummary(const Inputs& inputs);
 
 // At a terminal shows which wait the tool is in, once a second, until this process is killed or its

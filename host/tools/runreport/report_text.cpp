@@ -18,7 +18,7 @@ NLOHMANN_JSON_SERIALIZE_ENUM(PhaseEnd, {{PhaseEnd::kDone, "done"},
                                         {PhaseEnd::kCutShort, "cut-short"}})
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Phase, name, startUs, endUs, waits, end, detail)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Call, startUs, durationUs, incoming, oneway, peer, interface,
-                                   method, bytes, descriptors, status)
+                                   method, bytes, descriptors, status, answer)
 
 static void to_json(Json& json, const Line& line) {
     json = {{"timeUs", line.timeUs},
@@ -42,8 +42,7 @@ NLOHMANN_JSON_SERIALIZE_ENUM(Ending, {{Ending::kOther, "other"},
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Problem, severity, text, cause, cure, phase, timeUs, count,
                                    logged)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Frame, path, bytes, format, width, height, stride, scanlines,
-                                   timesOpened, leftUnread, note, picture, pictureWidth,
-                                   pictureHeight)
+                                   timesOpened, leftUnread, pictureBytes, note)
 
 static void to_json(Json& json, const Run& run) {
     const time_t seconds = run.startedUs / 1'000'000;
@@ -56,32 +55,46 @@ static void to_json(Json& json, const Run& run) {
             {"signal", run.SignalName()}};
 }
 
-std::string ReportJson(const Report& report) {
-    const Json json = {{"report", "run of vexofflinecameratest"},
-                       {"version", 1},
-                       {"run", report.run},
-                       {"problems", report.problems},
-                       {"phases", report.phases},
-                       {"sources", report.sources},
-                       {"dumps", report.dumps},
-                       {"calls", report.calls},
-                       {"missing", report.missing},
-                       {"omittedLogLines", report.omittedLogLines},
-                       {"log", report.log}};
+static Json JsonOf(const Report& report) {
+    return {{"report", "run of vexofflinecameratest"},
+            {"version", 2},
+            {"run", report.run},
+            {"problems", report.problems},
+            {"phases", report.phases},
+            {"sources", report.sources},
+            {"dumps", report.dumps},
+            {"calls", report.calls},
+            {"missing", report.missing},
+            {"omittedLogLines", report.omittedLogLines},
+            {"log", report.log}};
+}
+
+static std::string TextOf(const Json& json) {
     return json.dump(-1, ' ', false, Json::error_handler_t::replace);
+}
+
+std::string ReportJson(const Report& report) {
+    return TextOf(JsonOf(report));
 }
 
 constexpr std::string_view kPage =
 #include "page.html.inc"
         ;
 
-std::string ReportPage(const std::string& json) {
+std::string ReportPage(const Report& report) {
+    Json json = JsonOf(report);
+    for (size_t i = 0; i < report.sources.size(); ++i) {
+        json["sources"][i]["picture"] = report.sources[i].picture;
+    }
+    for (size_t i = 0; i < report.dumps.size(); ++i) {
+        json["dumps"][i]["picture"] = report.dumps[i].picture;
+    }
     constexpr std::string_view kMark = "{report}";
     const size_t at = kPage.find(kMark);
     std::string page(kPage.substr(0, at));
     // In JSON a "<" is only ever part of a string, where its escape means the same. So HTML sees no
     // "</script" or "<!--".
-    for (const char letter : json) {
+    for (const char letter : TextOf(json)) {
         if (letter == '<') {
             page += "\\u003c";
         } else {

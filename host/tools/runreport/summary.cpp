@@ -1,5 +1,6 @@
 // Sentences from the facts of the log.
 
+#include <ctype.h>
 #include <signal.h>
 #include <stdio.h>
 #include <sys/prctl.h>
@@ -8,7 +9,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <filesystem>
 
 #include "report.h"
 
@@ -20,11 +20,12 @@ void Say(const std::string& text) {
     fprintf(stderr, "%srun: %s\n", terminal::BlankedLine().c_str(), text.c_str());
 }
 
-// The path as a user would write it here.
-std::string Here(const std::string& path) {
-    std::error_code none;
-    const std::string folder = std::filesystem::current_path(none).string() + "/";
-    return path.compare(0, folder.size(), folder) == 0 ? path.substr(folder.size()) : path;
+// What happened, and why where that is known of this run.
+std::string Sentence(const Problem& problem) {
+    std::string text = problem.text + (problem.concluded ? ": " + problem.cause : "");
+    if (!problem.logged) text[0] = static_cast<char>(tolower(text[0]));
+    text.erase(std::remove(text.begin(), text.end(), '`'), text.end());
+    return text;
 }
 
 // "the shutter", "the result", or nothing while the tool does not wait.
@@ -43,27 +44,26 @@ std::string CurrentWait(const Inputs& inputs) {
 }  // namespace
 
 void PrintSummary(const Inputs& inputs) {
-    const base::Result<runlog::Log> log = runlog::ReadLog(inputs.log);
-    if (!log.Ok() || log.Value().lines.empty()) return;  // what stopped the tool has been said
-    const runlog::Facts facts = runlog::FindFacts(log.Value().lines);
-    const Run& run = inputs.run;
+    const Report report = MakeReport(inputs, Pictures::kNone);
+    if (report.log.empty()) return;  // what stopped the tool has been said
+    const Run& run = report.run;
+    const auto isError = [](const Problem& problem) { return problem.severity == "error"; };
+    const auto first = std::find_if(report.problems.begin(), report.problems.end(), isError);
+    const auto errors = std::count_if(report.problems.begin(), report.problems.end(), isError);
     if (run.Signal() != 0) {
         const char* const name = sigabbrev_np(run.Signal());
         Say(terminal::Red("the tool was ended by signal " + std::to_string(run.Signal()) + " (" +
                           (name ? name : "?") + ")"));
-    } else if (facts.sessionOpened && inputs.dumps.empty()) {
+    } else if (report.facts.sessionOpened && report.dumps.empty()) {
         Say(terminal::Red("no file was written"));
     }
-    if (facts.errorCount > 0) {
-        Say(terminal::Red("the last one of " + std::to_string(facts.errorCount) + " errors in " +
-                          Here(inputs.log) + ": " + facts.lastError));
+    if (first != report.problems.end()) {
+        const std::string order =
+                errors > 1 ? "first of " + std::to_string(errors) + " errors: " : "";
+        Say(terminal::Red(order + Sentence(*first)));
     }
-    const bool planes =
-            std::find(run.options.begin(), run.options.end(), "--planes") != run.options.end();
-    if (!facts.sources.empty() && !planes) {
-        Say(terminal::Yellow(
-                "the input frames were left empty: nothing answers the tool's plane-layout query, "
-                "so it read no row of its source files (--planes provides the answer)"));
+    for (const Problem& problem : report.problems) {
+        if (!isError(problem)) Say(terminal::Yellow(Sentence(problem)));
     }
 }
 

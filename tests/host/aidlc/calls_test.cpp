@@ -3,6 +3,7 @@
 #include <aidl/standin/aidltest/BnWorker.h>
 #include <aidl/standin/aidltest/BpWorker.h>
 #include <gmock/gmock.h>
+#include <host_unset_return.h>
 
 namespace aidl::standin::aidltest {
 namespace {
@@ -14,7 +15,7 @@ class Worker : public BnWorker {
   public:
     ScopedAStatus add(int32_t a, int32_t b, int32_t* sum) override {
         calls++;
-        *sum = a + b;
+        if (a != 0 || b != 0) *sum = a + b;
         return ScopedAStatus::ok();
     }
     ScopedAStatus fill(std::vector<int32_t>* numbers, RecordV1* record) override {
@@ -51,6 +52,8 @@ TEST_F(CallsTest, ValuesTravelBothWays) {
     int32_t sum = 0;
     ASSERT_TRUE(proxy->add(2, 3, &sum).isOk());
     EXPECT_EQ(sum, 5);
+    ASSERT_TRUE(proxy->add(0, 0, &sum).isOk());
+    EXPECT_EQ(sum, host::kUnsetReturn) << "which the worker did not set";
     std::vector<int32_t> numbers = {5, 5, 5};
     RecordV1 record;
     ASSERT_TRUE(proxy->fill(&numbers, &record).isOk());

@@ -44,6 +44,8 @@ TEST(ParcelableTest, RecordsComeBackAlsoFromOlderAndToOlder) {
     EXPECT_EQ(newer.text, "five");
     EXPECT_EQ(newer.added, 1048576) << "what follows the record is not taken for its fields";
     newer.number = 6;
+    newer.flag = false;
+    newer.small = 7;
     newer.fine = -2.25;
     newer.bigs = {1L << 40};
     newer.ratios = {0.5f, -0.5f};

@@ -7,7 +7,6 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
-#include <cstring>
 #include <vector>
 
 using Bytes = std::vector<uint8_t>;
@@ -35,8 +34,7 @@ binder_status_t Read(const Bytes& bytes, Record* record) {
     return record->readFromParcel(ParcelOf(bytes).get());
 }
 
-inline Bytes Words(std::initializer_list<int32_t> words) {
-    Bytes bytes(words.size() * sizeof(int32_t));
-    std::memcpy(bytes.data(), words.begin(), bytes.size());
-    return bytes;
+inline Bytes Words(const std::vector<int32_t>& words) {
+    const auto* const first = reinterpret_cast<const uint8_t*>(words.data());
+    return {first, first + words.size() * sizeof(int32_t)};
 }

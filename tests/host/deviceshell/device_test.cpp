@@ -120,23 +120,6 @@ TEST_F(Deviceshell, KeepsTheHostsOwnDataAndVendorFoldersVisible) {
     EXPECT_EQ(run.out, "data/projects\nprojects\nvendor\n") << run.err;
 }
 
-TEST_F(Deviceshell, GivesTheCommandItsLogAndTrace) {
-    const std::string log = m_folder + "/log";
-    const std::string trace = m_folder + "/trace";
-    std::ofstream(log) << "from an earlier run\n";
-    // Descriptors of two digits need another shell than Debian's smallest.
-    const Finished run = RunProgram(
-            Device({"bash", "-c",
-                    "echo 'a line' >&$STANDIN_LOG_FD; echo call >&$STANDIN_BINDER_TRACE_FD; "
-                    "echo ${STANDIN_LOG_ECHO-none} $POSIXLY_CORRECT $STANDIN_BINDER_DIR"},
-                   Joined({kBare, {"--log", log, "--trace", trace}})));
-    EXPECT_EQ(run.out, "none 1 /binder\n");
-    EXPECT_EQ(ReadFile(log), "a line\n");
-    EXPECT_EQ(ReadFile(trace), "call\n");
-    const Words verbose = Joined({kBare, {"-v"}});
-    EXPECT_EQ(RunProgram(Device({"sh", "-c", "echo $STANDIN_LOG_ECHO"}, verbose)).out, "1\n");
-}
-
 TEST_F(Deviceshell, PassesSignalsOnAndKillsACommandThatIgnoresThem) {
     const struct {
         int number;

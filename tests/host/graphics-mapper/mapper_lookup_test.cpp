@@ -28,7 +28,7 @@ Error MarkOf(const sp<IMapper>& mapper) {
 
 TEST(MapperLookup, TheVendorsLibraryProvidesTheDefault) {
     EXPECT_EQ(MarkOf(IMapper::getService()), kVendors);
-    EXPECT_EQ(MarkOf(IMapper::getService("missing")), Error::NONE);
+    EXPECT_EQ(MarkOf(IMapper::getService(std::string("missing"))), Error::NONE);
     const std::string folder = getenv("STANDIN_HAL_PATH");
     // A library of the implementation's name that is another one.
     const TemporaryFolder other("mapper-modules");
@@ -42,7 +42,7 @@ TEST(MapperLookup, TheVendorsLibraryProvidesTheDefault) {
 TEST(MapperLookup, ARegisteredMapperIsFoundFirst) {
     ASSERT_EQ((sp<IMapper>(new FakeMapper(kRegistered))->registerAsService()), OK);
     EXPECT_EQ(MarkOf(IMapper::getService()), kRegistered);
-    EXPECT_EQ(MarkOf(IMapper::getService("default", true)), kVendors);
+    EXPECT_EQ(MarkOf(IMapper::getService(true)), kVendors);
     host::unregisterMapper();
     EXPECT_EQ(MarkOf(IMapper::getService()), kVendors);
     EXPECT_NE((sp<IMapper>(new FakeMapper(kRegistered))->registerAsService("")), OK);

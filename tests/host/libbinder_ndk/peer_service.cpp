@@ -16,7 +16,7 @@ using Fd = ndk::ScopedFileDescriptor;
 
 std::mutex gMutex;  // guards the three that follow
 ndk::SpAIBinder gHeld;
-std::vector<int32_t> gRecords;
+int32_t gCount = 0;
 std::thread::id gAddThread;
 std::atomic<int> gLive{0};
 
@@ -65,20 +65,22 @@ const std::map<transaction_code_t, Method> kMethods = {
                      write(entered.get(), &byte, 1) == 1 && read(go.get(), &byte, 1) == 1;
              return moved ? STATUS_OK : STATUS_FAILED_TRANSACTION;
          })},
-        {kRecord, Takes<int32_t>([](AParcel*, int32_t value) {
+        {kCount, Takes<int32_t>([](AParcel* out, int32_t value) {
              std::lock_guard<std::mutex> lock(gMutex);
-             gRecords.push_back(value);
+             if (value == gCount + 1) gCount = value;
+             return Writes(gCount)(out);
+         })},
+        {kFork, Takes<>([](AParcel*) {
+             char byte;
+             if (fork() == 0) _exit(static_cast<int>(read(STDIN_FILENO, &byte, 1)));
              return STATUS_OK;
          })},
-        {kRecords, Takes<>([](AParcel* out) {
-             std::lock_guard<std::mutex> lock(gMutex);
-             return Writes(gRecords)(out);
-         })},
-        {kCaller, Takes<>([](AParcel* out) {
-             return Writes(int32_t{AIBinder_getCallingPid()},
-                           static_cast<int32_t>(AIBinder_getCallingUid()))(out);
-         })},
         {kFail, Takes<int32_t>([](AParcel*, int32_t status) { return status; })},
+        {kRefuse, Takes<std::string>([](AParcel* out, const std::string& message) {
+             const auto refusal = ndk::ScopedAStatus::fromServiceSpecificErrorWithMessage(
+                     AIBinder_getCallingPid(), message.c_str());
+             return AParcel_writeStatusHeader(out, refusal.get());
+         })},
 };
 
 binder_status_t Handle(AIBinder*, transaction_code_t code, const AParcel* in, AParcel* out) {

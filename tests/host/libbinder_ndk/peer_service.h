@@ -3,7 +3,10 @@
 
 #include <android/binder_auto_utils.h>
 #include <android/binder_parcel_utils.h>
+#include <fcntl.h>
+#include <unistd.h>
 
+#include <cstdlib>
 #include <functional>
 #include <thread>
 #include <vector>
@@ -18,10 +21,10 @@ enum PeerRequest : transaction_code_t {
     kNewObject,                     // -> binder of a new object of the peer
     kLiveObjects,                   // -> how many such objects are alive
     kBlock,                         // fd entered, fd go: writes to one, waits for the other
-    kRecord,                        // value: appended to the peer's list
-    kRecords,                       // -> the list
-    kCaller,                        // -> pid and uid of the caller
+    kCount,                         // value -> the peer's count, which takes values one by one
+    kFork,                          // makes a child that ends with the peer's standard input
     kFail,                          // status: returned as transport status
+    kRefuse,                        // message -> the caller's pid as service-specific error
     kPeerRequestEnd,
 };
 
@@ -90,3 +93,14 @@ inline binder_status_t Hold(const ndk::SpAIBinder& peer, const ndk::SpAIBinder& 
 inline ndk::SpAIBinder GetBinder(const ndk::SpAIBinder& peer, transaction_code_t code) {
     return AskPeer<ndk::SpAIBinder>(peer, code);
 }
+
+struct Pipe {
+    Pipe() {
+        int ends[2];
+        if (pipe2(ends, O_CLOEXEC) != 0) abort();
+        reading.set(ends[0]);
+        writing.set(ends[1]);
+    }
+    ndk::ScopedFileDescriptor reading;
+    ndk::ScopedFileDescriptor writing;
+};

@@ -3,14 +3,10 @@
 
 #include <android/binder_ibinder.h>
 
-// A new class of the interface; its methods answer at once with STATUS_OK. The argument of
-// AIBinder_new is null or a bool* that the object's end sets.
+// A new class of the interface; its methods answer at once with STATUS_OK.
 inline AIBinder_Class* NewPlainClass(const char* descriptor) {
     return AIBinder_Class_define(
-            descriptor, [](void* ended) { return ended; },
-            [](void* ended) {
-                if (ended != nullptr) *static_cast<bool*>(ended) = true;
-            },
+            descriptor, [](void* data) { return data; }, [](void*) {},
             [](AIBinder*, transaction_code_t, const AParcel*, AParcel*) -> binder_status_t {
                 return STATUS_OK;
             });

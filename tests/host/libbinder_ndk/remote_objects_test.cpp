@@ -62,16 +62,22 @@ TEST(ManyCallsAndProcesses, LeaveNoDescriptorsAndObjectsBehind) {
     AwaitNoOwnObjects();
     Peer peer = StartPeer();
     ndk::ScopedFileDescriptor file(memfd_create("test", MFD_CLOEXEC));
-    ASSERT_EQ(Hold(peer.binder, NewPeerObject()), STATUS_OK);  // what is made once exists now
+    const auto caller = [&](int32_t first) {
+        for (int32_t value = first; value < first + 250; ++value) {
+            std::vector<ndk::ScopedFileDescriptor> fds;
+            fds.push_back(file.dup());
+            ASSERT_EQ(CallPeer(peer.binder, kEcho, Writes(std::vector<uint8_t>(), fds)), STATUS_OK);
+            ASSERT_EQ(Hold(peer.binder, NewPeerObject()), STATUS_OK);
+            ASSERT_EQ(Add(GetBinder(peer.binder, kNewObject), value), value + 1);
+        }
+    };
+    caller(0);  // what is made once exists then
     const size_t remoteBefore = CountsOf(peer.process->Pid()).descriptors;
     const size_t ownBefore = CountsOf(getpid()).descriptors;
-    for (int i = 0; i < 1000; ++i) {
-        std::vector<ndk::ScopedFileDescriptor> fds;
-        fds.push_back(file.dup());
-        ASSERT_EQ(CallPeer(peer.binder, kEcho, Writes(std::vector<uint8_t>(), fds)), STATUS_OK);
-        ASSERT_EQ(Hold(peer.binder, NewPeerObject()), STATUS_OK);
-        ASSERT_NE(GetBinder(peer.binder, kNewObject).get(), nullptr);
-    }
+    std::vector<std::future<void>> callers;
+    for (int i = 1; i <= 4; ++i)
+        callers.push_back(std::async(std::launch::async, caller, i * 1000));
+    for (auto& running : callers) running.get();
     for (int i = 0; i < 10; ++i) {
         Peer goes = StartPeer();
         // Makes the two peers connect, too.
@@ -120,9 +126,13 @@ struct DeathCounter {
 
 TEST(Death, EndsAPendingCallAndFailsLaterOnes) {
     Peer peer = StartPeer();
-    ASSERT_EQ(Add(peer.binder, 1), 2);
-    peer.Signal(SIGSTOP);
-    auto pending = std::async(std::launch::async, [&]() { return CallPeer(peer.binder, kAdd); });
+    Pipe entered;
+    Pipe go;
+    auto pending = std::async(std::launch::async, [&]() {
+        return CallPeer(peer.binder, kBlock, Writes(entered.writing, go.reading));
+    });
+    char byte;
+    ASSERT_EQ(read(entered.reading.get(), &byte, 1), 1);
     peer.Signal(SIGKILL);
     EXPECT_EQ(pending.get(), STATUS_DEAD_OBJECT);
     EXPECT_FALSE(AIBinder_isAlive(peer.binder.get()));
@@ -130,37 +140,36 @@ TEST(Death, EndsAPendingCallAndFailsLaterOnes) {
     EXPECT_EQ(DeathCounter().Link(peer.binder), STATUS_DEAD_OBJECT);
 }
 
-TEST(Death, IsToldOnceOnThePoolAlsoOfObjectsPassedOnByOthers) {
+// As of a service that forks without exec.
+TEST(Death, IsNoticedThoughAChildHasTheSocket) {
+    Peer peer = StartPeer();
+    ASSERT_EQ(CallPeer(peer.binder, kFork), STATUS_OK);
+    peer.Signal(SIGKILL);
+    EXPECT_TRUE(Eventually([&]() { return !AIBinder_isAlive(peer.binder.get()); }));
+}
+
+TEST(DeathLink, EndsOnceByDeathUnlinkingOrWithTheRecipientOrTheObject) {
     ABinderProcess_startThreadPool();
     Peer owner = StartPeer();
     Peer holder = StartPeer();
     ASSERT_EQ(Hold(holder.binder, GetBinder(owner.binder, kNewObject)), STATUS_OK);
     ndk::SpAIBinder object = GetBinder(holder.binder, kGetHeld);
-    DeathCounter counter;
-    ASSERT_EQ(counter.Link(object), STATUS_OK);
+    DeathCounter told, unlinked, deleted, released;
+    ASSERT_EQ(told.Link(object), STATUS_OK);
     owner.Signal(SIGKILL);
-    EXPECT_TRUE(Eventually([&]() { return counter.unlinked == 1; }));
-    EXPECT_EQ(counter.died, 1);
-    EXPECT_EQ(counter.Unlink(object), STATUS_DEAD_OBJECT);
-    counter.recipient.set(nullptr);
-    EXPECT_EQ(counter.unlinked, 1) << "the link has ended before";
-    EXPECT_EQ(Add(holder.binder, 1), 2);
-}
+    EXPECT_TRUE(Eventually([&]() { return told.unlinked == 1; })) << "though it was passed on";
+    EXPECT_EQ(told.died, 1);
+    EXPECT_EQ(told.Unlink(object), STATUS_DEAD_OBJECT);
 
-TEST(DeathLink, EndsOnceByUnlinkingOrWithTheRecipientOrTheObject) {
-    Peer peer = StartPeer();
-    DeathCounter unlinked;
-    ASSERT_EQ(unlinked.Link(peer.binder), STATUS_OK);
-    EXPECT_EQ(unlinked.Unlink(peer.binder), STATUS_OK);
-    EXPECT_EQ(unlinked.Unlink(peer.binder), STATUS_NAME_NOT_FOUND);
-    DeathCounter deleted;
-    ASSERT_EQ(deleted.Link(peer.binder), STATUS_OK);
-    deleted.recipient.set(nullptr);
-    DeathCounter released;
-    ASSERT_EQ(released.Link(GetBinder(peer.binder, kNewObject)), STATUS_OK);
-    for (const DeathCounter* counter : {&unlinked, &deleted, &released}) {
+    ASSERT_EQ(unlinked.Link(holder.binder), STATUS_OK);
+    EXPECT_EQ(unlinked.Unlink(holder.binder), STATUS_OK);
+    EXPECT_EQ(unlinked.Unlink(holder.binder), STATUS_NAME_NOT_FOUND);
+    ASSERT_EQ(deleted.Link(holder.binder), STATUS_OK);
+    ASSERT_EQ(released.Link(GetBinder(holder.binder, kNewObject)), STATUS_OK);
+    for (DeathCounter* counter : {&told, &unlinked, &deleted, &released}) {
+        counter->recipient.set(nullptr);
         EXPECT_EQ(counter->unlinked, 1);
-        EXPECT_EQ(counter->died, 0);
+        EXPECT_EQ(counter->died, counter == &told ? 1 : 0);
     }
 }
 

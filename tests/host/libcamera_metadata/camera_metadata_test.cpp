@@ -79,6 +79,27 @@ TEST(AddEntry, RefusesWhatDoesNotFitAndChangesNothing) {
     EXPECT_EQ(get_camera_metadata_ro_entry(block.get(), 2, &entry), 1);
 }
 
+static_assert(ANDROID_JPEG_ORIENTATION == 0x70003 && ANDROID_JPEG_END == 0x7000a);
+static_assert(ANDROID_SECTION_COUNT == 34);
+
+TEST(AddEntry, GivesEachTagItsType) {
+    const std::pair<uint32_t, uint8_t> types[] = {
+            {ANDROID_COLOR_CORRECTION_MODE, TYPE_BYTE},  // the first tag, and the last one
+            {ANDROID_JPEGR_AVAILABLE_JPEG_R_STALL_DURATIONS_MAXIMUM_RESOLUTION, TYPE_INT64},
+            {ANDROID_SENSOR_SENSITIVITY, TYPE_INT32},
+            {ANDROID_CONTROL_ZOOM_RATIO, TYPE_FLOAT},
+            {ANDROID_JPEG_GPS_COORDINATES, TYPE_DOUBLE},
+            {ANDROID_CONTROL_AE_COMPENSATION_STEP, TYPE_RATIONAL},
+    };
+    for (const auto& [tag, type] : types) {
+        const Block block(allocate_camera_metadata(1, 8));
+        ASSERT_EQ(add_camera_metadata_entry(block.get(), tag, "1234567", 1), 0) << std::hex << tag;
+        camera_metadata_ro_entry_t entry;
+        ASSERT_EQ(get_camera_metadata_ro_entry(block.get(), 0, &entry), 0);
+        EXPECT_EQ(entry.type, type) << std::hex << tag;
+    }
+}
+
 TEST(FindEntry, FindsTheFirstOfItsTagSortedOrNot) {
     const Block block(allocate_camera_metadata(4, 16));
     const auto add = [&](uint32_t tag, const int64_t value) {
@@ -105,57 +126,56 @@ TEST(FindEntry, FindsTheFirstOfItsTagSortedOrNot) {
 constexpr size_t kFirstEntry = 48;
 constexpr size_t kEntrySize = 16;
 
-int Validate(const std::vector<uint8_t>& bytes) {
-    const size_t size = bytes.size();
-    return validate_camera_metadata_structure(
-            reinterpret_cast<const camera_metadata_t*>(bytes.data()), &size);
-}
-
-int ValidateWith(std::vector<uint8_t> bytes, size_t offset, uint32_t value) {
-    std::memcpy(bytes.data() + offset, &value, sizeof(value));
-    return Validate(bytes);
+int Validate(const uint8_t* bytes, size_t size) {
+    return validate_camera_metadata_structure(reinterpret_cast<const camera_metadata_t*>(bytes),
+                                              &size);
 }
 
 // The sample has 3 of 10 entries from 48 to 208, and 32 of 80 bytes of data from 208 to 288.
-TEST(Validate, FindsEveryDamagedField) {
+TEST(Validate, SaysOfEachDamageWhatADeviceSays) {
     const struct {
         const char* what;
         size_t offset;
         uint32_t value;
+        int verdict;
     } cases[] = {
-            {"size less than a header", 0, 47},
-            {"size too large", 0, 289},
-            {"more entries than capacity", 12, 11},
-            {"entry capacity overflows", 16, 0x10000000 + 10},
-            {"entries inside the header", 20, 44},
-            {"entries unaligned", 20, 50},
-            {"more data than capacity", 24, 88},
-            {"next value unaligned", 24, 36},
-            {"data capacity overflows", 28, 0xffffffff},
-            {"data starts in the entries", 32, 200},
-            {"data unaligned", 32, 212},
-            {"tag in no section", kFirstEntry, 0x7ff0000},
-            {"count overflows", kFirstEntry + 4, 0x20000000},
-            {"empty with data", kFirstEntry + kEntrySize + 4, 0},
-            {"offset overflows", kFirstEntry + 2 * kEntrySize + 8, 0xfffffff8},
-            {"type not its tags", kFirstEntry + kEntrySize + 12, TYPE_FLOAT},
-            {"type unknown", kFirstEntry + kEntrySize + 12, NUM_TYPES},
+            {"size less than a header", 0, 47, 1},
+            {"size too large", 0, 289, 1},
+            {"more entries than capacity", 12, 11, 1},
+            {"entry capacity overflows", 16, 0x10000000 + 10, 1},
+            {"entry capacity within the data, as one byte each", 16, 160, 0},
+            {"entries unaligned", 20, 50, 1},
+            {"more data than capacity", 24, 88, 1},
+            {"data in use that is no multiple of 8", 24, 36, 0},
+            {"data capacity overflows", 28, 0xffffffff, 1},
+            {"data starts in the entries", 32, 56, 1},
+            {"data unaligned", 32, 212, 1},
+            {"tag of another type", kFirstEntry, ANDROID_SENSOR_FRAME_DURATION, 1},
+            {"tag that there is not", kFirstEntry, ANDROID_JPEG_END, 1},
+            {"vendor's tag of any type", kFirstEntry, 0x80000001, 0},
+            {"count overflows", kFirstEntry + 4, 0x20000000, 1},
+            {"empty with data", kFirstEntry + kEntrySize + 4, 0, 1},
+            {"offset overflows", kFirstEntry + 2 * kEntrySize + 8, 0xfffffff8, 1},
+            {"data not in use", kFirstEntry + 2 * kEntrySize + 8, 72, 0},
+            {"type not its tags", kFirstEntry + kEntrySize + 12, TYPE_FLOAT, 1},
+            {"type unknown", kFirstEntry + kEntrySize + 12, NUM_TYPES, 1},
     };
     const std::vector<uint8_t> sound = BytesOf(MakeSampleBlock());
-    ASSERT_EQ(Validate(sound), 0);
     for (const auto& damage : cases) {
-        ASSERT_NE(FieldAt(sound, damage.offset), damage.value) << damage.what;
-        EXPECT_EQ(ValidateWith(sound, damage.offset, damage.value), 1) << damage.what;
+        std::vector<uint8_t> bytes = sound;
+        ASSERT_NE(FieldAt(bytes, damage.offset), damage.value) << damage.what;
+        std::memcpy(bytes.data() + damage.offset, &damage.value, sizeof(damage.value));
+        EXPECT_EQ(Validate(bytes.data(), bytes.size()), damage.verdict) << damage.what;
     }
-}
+    std::vector<uint8_t> shifted(1);
+    shifted.insert(shifted.end(), sound.begin(), sound.end());
+    EXPECT_EQ(Validate(shifted.data() + 1, sound.size()), CAMERA_METADATA_VALIDATION_SHIFTED);
 
-TEST(Validate, AcceptsWhatADeviceMayHaveMade) {
-    const std::vector<uint8_t> sound = BytesOf(MakeSampleBlock());
-    // Tags that are in no table here may have any type: a vendor's, and most of the platform's.
-    for (const uint32_t tag : {0x80000001u, 0x7000au, 0x10000u}) {
-        EXPECT_EQ(ValidateWith(sound, kFirstEntry, tag), 0) << std::hex << tag;
-    }
-    EXPECT_EQ(ValidateWith(sound, kFirstEntry + 2 * kEntrySize + 8, 72), 0) << "data not in use";
+    const Block block = MakeSampleBlock();
+    const uint32_t capacity = 160;
+    std::memcpy(reinterpret_cast<char*>(block.get()) + 16, &capacity, sizeof(capacity));
+    for (int i = 3; i < 10; ++i) EXPECT_EQ(AddOrientation(block, i), 0);
+    EXPECT_EQ(AddOrientation(block, 10), 1) << "room that is not there is not used";
 }
 
 }  // namespace

@@ -2,11 +2,13 @@
 #include <gtest/gtest.h>
 #include <hidl/HidlSupport.h>
 #include <sys/mman.h>
+#include <unistd.h>
 
 #include <string>
 #include <utility>
 
 #include "tests/host/libhidlbase/open_descriptors.h"
+#include "tests/support/process_counts.h"
 
 namespace {
 
@@ -79,10 +81,10 @@ class HidlHandleTest : public ::testing::Test {
     ~HidlHandleTest() override {
         EXPECT_EQ(native_handle_close(m_raw), 0);
         native_handle_delete(m_raw);
-        EXPECT_EQ(CountOpenDescriptors(), m_openBefore);
+        EXPECT_EQ(CountsOf(getpid()).descriptors, m_openBefore);
     }
 
-    const int m_openBefore = CountOpenDescriptors();
+    const size_t m_openBefore = CountsOf(getpid()).descriptors;
     native_handle_t* const m_raw = native_handle_create(1, 1);
 };
 
@@ -96,7 +98,7 @@ TEST_F(HidlHandleTest, BorrowsARawPointerAndCopiesOwnClones) {
     EXPECT_EQ(copy->data[1], 42);
     hidl_handle assigned = copy;
     assigned = borrowed;  // the first clone goes
-    EXPECT_EQ(CountOpenDescriptors(), m_openBefore + 3);
+    EXPECT_EQ(CountsOf(getpid()).descriptors, m_openBefore + 3);
     const hidl_handle& alias = assigned;
     assigned = alias;
     ASSERT_NE(assigned.getNativeHandle(), nullptr);
@@ -107,9 +109,9 @@ TEST_F(HidlHandleTest, ReplacingAnOwnedHandleClosesIt) {
     hidl_handle owner;
     owner.setTo(native_handle_clone(m_raw), true);
     owner.setTo(native_handle_clone(m_raw), true);
-    EXPECT_EQ(CountOpenDescriptors(), m_openBefore + 2);
+    EXPECT_EQ(CountsOf(getpid()).descriptors, m_openBefore + 2);
     owner = m_raw;
-    EXPECT_EQ(CountOpenDescriptors(), m_openBefore + 1);
+    EXPECT_EQ(CountsOf(getpid()).descriptors, m_openBefore + 1);
 }
 
 }  // namespace

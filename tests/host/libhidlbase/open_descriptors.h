@@ -1,18 +1,15 @@
 // What the tests of descriptor ownership look at.
 #pragma once
 
-#include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
+
+#include "tests/support/process_counts.h"
 
 // Number of descriptors that this process has open.
 inline int CountOpenDescriptors() {
-    DIR* folder = opendir("/proc/self/fd");
-    if (folder == nullptr) return -1;
-    int count = -3;  // ".", ".." and the folder itself
-    while (readdir(folder) != nullptr) ++count;
-    closedir(folder);
-    return count;
+    return static_cast<int>(CountsOf(getpid()).descriptors);
 }
 
 inline bool IsOpen(int fd) {

@@ -6,7 +6,6 @@
 #include <android/binder_parcel.h>
 #include <android/binder_status.h>
 #include <assert.h>
-#include <fcntl.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -69,8 +68,8 @@ class SpAIBinder {
         return LHS != RHS;                               \
     }
 NDK_SPAIBINDER_COMPARE(const SpAIBinder&, const SpAIBinder&, lhs.get(), rhs.get())
-NDK_SPAIBINDER_COMPARE(AIBinder*, const SpAIBinder&, lhs, rhs.get())
-NDK_SPAIBINDER_COMPARE(const SpAIBinder&, AIBinder*, lhs.get(), rhs)
+NDK_SPAIBINDER_COMPARE(const AIBinder*, const SpAIBinder&, lhs, rhs.get())
+NDK_SPAIBINDER_COMPARE(const SpAIBinder&, const AIBinder*, lhs.get(), rhs)
 #undef NDK_SPAIBINDER_COMPARE
 
 namespace impl {
@@ -112,19 +111,13 @@ class ScopedAResource {
 
 class ScopedAParcel : public impl::ScopedAResource<AParcel*, AParcel_delete, nullptr> {
   public:
-    explicit ScopedAParcel(AParcel* a = nullptr) : ScopedAResource(a) {}
-    ~ScopedAParcel() {}
-    ScopedAParcel(ScopedAParcel&&) = default;
-    ScopedAParcel& operator=(ScopedAParcel&&) = default;
+    using ScopedAResource::ScopedAResource;
 };
 
 // The result of a call, one pointer wide.
 class ScopedAStatus : public impl::ScopedAResource<AStatus*, AStatus_delete, nullptr> {
   public:
-    explicit ScopedAStatus(AStatus* a = nullptr) : ScopedAResource(a) {}
-    ~ScopedAStatus() {}
-    ScopedAStatus(ScopedAStatus&&) = default;
-    ScopedAStatus& operator=(ScopedAStatus&&) = default;
+    using ScopedAResource::ScopedAResource;
 
     bool isOk() const { return get() != nullptr && AStatus_isOk(get()); }
     binder_exception_t getExceptionCode() const { return AStatus_getExceptionCode(get()); }
@@ -166,20 +159,13 @@ class ScopedAIBinder_DeathRecipient
     : public impl::ScopedAResource<AIBinder_DeathRecipient*, AIBinder_DeathRecipient_delete,
                                    nullptr> {
   public:
-    explicit ScopedAIBinder_DeathRecipient(AIBinder_DeathRecipient* a = nullptr)
-        : ScopedAResource(a) {}
-    ~ScopedAIBinder_DeathRecipient() {}
-    ScopedAIBinder_DeathRecipient(ScopedAIBinder_DeathRecipient&&) = default;
-    ScopedAIBinder_DeathRecipient& operator=(ScopedAIBinder_DeathRecipient&&) = default;
+    using ScopedAResource::ScopedAResource;
 };
 
 class ScopedAIBinder_Weak
     : public impl::ScopedAResource<AIBinder_Weak*, AIBinder_Weak_delete, nullptr> {
   public:
-    explicit ScopedAIBinder_Weak(AIBinder_Weak* a = nullptr) : ScopedAResource(a) {}
-    ~ScopedAIBinder_Weak() {}
-    ScopedAIBinder_Weak(ScopedAIBinder_Weak&&) = default;
-    ScopedAIBinder_Weak& operator=(ScopedAIBinder_Weak&&) = default;
+    using ScopedAResource::ScopedAResource;
 
     SpAIBinder promote() const { return SpAIBinder(AIBinder_Weak_promote(get())); }
 };
@@ -198,16 +184,10 @@ inline void closeWithError(int fd) {
 // Owns a descriptor; -1 is none.
 class ScopedFileDescriptor : public impl::ScopedAResource<int, internal::closeWithError, -1> {
   public:
-    ScopedFileDescriptor() : ScopedFileDescriptor(-1) {}
-    explicit ScopedFileDescriptor(int a) : ScopedAResource(a) {}
-    ~ScopedFileDescriptor() {}
-    ScopedFileDescriptor(ScopedFileDescriptor&&) = default;
-    ScopedFileDescriptor& operator=(ScopedFileDescriptor&&) = default;
+    using ScopedAResource::ScopedAResource;
 
-    // Close-on-exec; empty if this one is, or if no descriptor is left.
-    ScopedFileDescriptor dup() const {
-        return ScopedFileDescriptor(get() < 0 ? -1 : ::fcntl(get(), F_DUPFD_CLOEXEC, 0));
-    }
+    // Stays open across exec; empty if this one is, or if no descriptor is left.
+    ScopedFileDescriptor dup() const { return ScopedFileDescriptor(::dup(get())); }
 
     bool operator==(const ScopedFileDescriptor& rhs) const { return get() == rhs.get(); }
     bool operator!=(const ScopedFileDescriptor& rhs) const { return get() != rhs.get(); }

@@ -48,18 +48,6 @@ struct is_interface<std::shared_ptr<T>, std::void_t<decltype(T::writeToParcel(
                                                 std::declval<const std::shared_ptr<T>&>()))>>
     : std::true_type {};
 
-// The type that T is in a parcel: an enum is its backing type.
-template <typename T, bool = std::is_enum<T>::value>
-struct wire_type {
-    using type = T;
-};
-template <typename T>
-struct wire_type<T, true> {
-    using type = std::underlying_type_t<T>;
-};
-template <typename T>
-using wire_type_t = typename wire_type<T>::type;
-
 // Elements that are in a parcel as in memory.
 template <typename T>
 constexpr bool is_packed_element_v =
@@ -69,50 +57,29 @@ template <typename T>
 constexpr bool always_false_v = false;
 
 // Numbers and booleans.
+struct scalar {
+    static binder_status_t write(AParcel* p, bool v) { return AParcel_writeBool(p, v); }
+    static binder_status_t write(AParcel* p, int8_t v) { return AParcel_writeByte(p, v); }
+    static binder_status_t write(AParcel* p, int32_t v) { return AParcel_writeInt32(p, v); }
+    static binder_status_t write(AParcel* p, int64_t v) { return AParcel_writeInt64(p, v); }
+    static binder_status_t write(AParcel* p, float v) { return AParcel_writeFloat(p, v); }
+    static binder_status_t write(AParcel* p, double v) { return AParcel_writeDouble(p, v); }
 
+    static binder_status_t read(const AParcel* p, bool* v) { return AParcel_readBool(p, v); }
+    static binder_status_t read(const AParcel* p, int8_t* v) { return AParcel_readByte(p, v); }
+    static binder_status_t read(const AParcel* p, int32_t* v) { return AParcel_readInt32(p, v); }
+    static binder_status_t read(const AParcel* p, int64_t* v) { return AParcel_readInt64(p, v); }
+    static binder_status_t read(const AParcel* p, float* v) { return AParcel_readFloat(p, v); }
+    static binder_status_t read(const AParcel* p, double* v) { return AParcel_readDouble(p, v); }
+};
+
+// Enums are their backing type in a parcel.
 template <typename T>
-binder_status_t writeScalar(AParcel* p, T v) {
-    if constexpr (std::is_same_v<T, bool>) {
-        return AParcel_writeBool(p, v);
-    } else if constexpr (std::is_same_v<T, float>) {
-        return AParcel_writeFloat(p, v);
-    } else if constexpr (std::is_same_v<T, double>) {
-        return AParcel_writeDouble(p, v);
-    } else if constexpr (sizeof(T) == 1) {
-        return AParcel_writeByte(p, static_cast<int8_t>(v));
-    } else if constexpr (sizeof(T) == 4) {
-        return AParcel_writeInt32(p, static_cast<int32_t>(v));
-    } else {
-        static_assert(sizeof(T) == 8, "no AIDL type");
-        return AParcel_writeInt64(p, static_cast<int64_t>(v));
-    }
-}
-
-// Reads with a C function, whose type may differ in its sign.
-template <typename Wire, typename T>
-binder_status_t readAs(binder_status_t (*read)(const AParcel*, Wire*), const AParcel* p, T* v) {
-    Wire value{};
-    binder_status_t status = read(p, &value);
+binder_status_t readEnum(const AParcel* p, T* v) {
+    std::underlying_type_t<T> value{};
+    const binder_status_t status = scalar::read(p, &value);
     if (status == STATUS_OK) *v = static_cast<T>(value);
     return status;
-}
-
-template <typename T>
-binder_status_t readScalar(const AParcel* p, T* v) {
-    if constexpr (std::is_same_v<T, bool>) {
-        return AParcel_readBool(p, v);
-    } else if constexpr (std::is_same_v<T, float>) {
-        return AParcel_readFloat(p, v);
-    } else if constexpr (std::is_same_v<T, double>) {
-        return AParcel_readDouble(p, v);
-    } else if constexpr (sizeof(T) == 1) {
-        return readAs(AParcel_readByte, p, v);
-    } else if constexpr (sizeof(T) == 4) {
-        return readAs(AParcel_readInt32, p, v);
-    } else {
-        static_assert(sizeof(T) == 8, "no AIDL type");
-        return readAs(AParcel_readInt64, p, v);
-    }
 }
 
 // Arrays: vectors and fixed arrays.
@@ -171,6 +138,7 @@ binder_status_t readPacked(const AParcel* p, Array* array) {
 
 template <typename Array>
 binder_status_t writeArray(AParcel* p, const Array& array) {
+    static_assert(!std::is_same_v<typename Array::value_type, int8_t>, "byte[] has uint8_t");
     if (array.size() > static_cast<size_t>(std::numeric_limits<int32_t>::max())) {
         return STATUS_BAD_VALUE;
     }
@@ -187,6 +155,7 @@ binder_status_t writeArray(AParcel* p, const Array& array) {
 
 template <typename Array>
 binder_status_t readArray(const AParcel* p, Array* array) {
+    static_assert(!std::is_same_v<typename Array::value_type, int8_t>, "byte[] has uint8_t");
     if constexpr (is_packed_element_v<typename Array::value_type>) {
         return readPacked(p, array);
     } else {
@@ -298,8 +267,10 @@ template <typename T>
 binder_status_t AParcel_writeData(AParcel* parcel, const T& value) {
     if constexpr (internal::is_array<T>::value) {
         return internal::writeArray(parcel, value);
-    } else if constexpr (std::is_enum_v<T> || std::is_arithmetic_v<T>) {
-        return internal::writeScalar(parcel, static_cast<internal::wire_type_t<T>>(value));
+    } else if constexpr (std::is_enum_v<T>) {
+        return internal::scalar::write(parcel, static_cast<std::underlying_type_t<T>>(value));
+    } else if constexpr (std::is_arithmetic_v<T>) {
+        return internal::scalar::write(parcel, value);
     } else if constexpr (std::is_same_v<T, std::string>) {
         return AParcel_writeString(parcel, value);
     } else if constexpr (std::is_same_v<T, ScopedFileDescriptor>) {
@@ -318,9 +289,9 @@ binder_status_t AParcel_readData(const AParcel* parcel, T* value) {
     if constexpr (internal::is_array<T>::value) {
         return internal::readArray(parcel, value);
     } else if constexpr (std::is_enum_v<T>) {
-        return internal::readAs(internal::readScalar<internal::wire_type_t<T>>, parcel, value);
+        return internal::readEnum(parcel, value);
     } else if constexpr (std::is_arithmetic_v<T>) {
-        return internal::readScalar(parcel, value);
+        return internal::scalar::read(parcel, value);
     } else if constexpr (std::is_same_v<T, std::string>) {
         return AParcel_readString(parcel, value);
     } else if constexpr (std::is_same_v<T, ScopedFileDescriptor>) {

@@ -30,10 +30,9 @@ function headerPart(report) {
     const command = ['./run', ...run.options, ...run.command.slice(1)];
     document.title = `${text}: ${command.join(' ')}`;
     return html`<header class="${look}">
-        <div class="verdict"><span class="badge" aria-hidden="true">${sign}</span>
-            <h1 id="verdict">${text}</h1></div>
+        <h1><span aria-hidden="true">${sign}</span> ${text}</h1>
         <div class="command mono">${command.map(shellWord).join(' ')}</div>
-        ${facts('facts', [
+        ${facts([
             ['Took', duration(run.durationUs)],
             ['Status', run.status],
             ['Frames written', count(report.dumps.length)],
@@ -43,43 +42,44 @@ function headerPart(report) {
         ])}</header>`;
 }
 
-function problemPart(problem) {
+function problemPart(problem, log) {
     const where = [
         problem.phase ? `in “${phaseLabel(problem.phase)}”` : '', `at ${duration(problem.timeUs)}`,
         problem.count > 1 ? `${count(problem.count)} times` : '',
     ].filter(Boolean).join(', ');
-    const link = html` · <button class="link" data-message="${problem.text}">show in the log</button>`;
+    const line = log.findIndex(({message}) => message === problem.text);
+    const link = html` · <a href="#line-${line}">show in the log</a>`;
     const explained = [['Cause', problem.cause], ['Cure', problem.cure]].filter(([, text]) => text);
     return html`<article class="problem ${problem.severity}">
-        <h3 class="${problem.logged ? 'mono' : ''}">${problem.text}</h3>
+        <h3 class="${problem.logged ? 'mono' : ''}">${problem.logged ? problem.text : withCode(problem.text)}</h3>
         <p class="where">${where}${problem.logged ? link : ''}</p>
         <dl>${explained.map(([term, text]) => html`<dt>${term}</dt><dd>${withCode(text)}</dd>`)}</dl>
         </article>`;
 }
 
-function problemsPart({problems}) {
+function problemsPart({problems, log}) {
     if (!problems.length) return '';
     const wrong = problems.some((problem) => problem.severity === 'error');
     return html`<section id="problems">
         <div class="section-head"><h2>${wrong ? 'What went wrong' : 'What to know'}</h2></div>
-        ${problems.map(problemPart)}</section>`;
+        ${problems.map((problem) => problemPart(problem, log))}</section>`;
 }
 
 function framePart(frame) {
     const name = fileName(frame.path);
     const picture = frame.picture ?
-            html`<img src="${frame.picture}" width="${frame.pictureWidth}"
-                height="${frame.pictureHeight}" alt="Picture of ${name}">` :
+            html`<img src="${frame.picture}" alt="Picture of ${name}">` :
             html`<div class="no-picture">${frame.note || 'not a picture'}</div>`;
     return html`<figure>${picture}<figcaption>
         <div class="name" title="${frame.path}">${name} ${
             frame.leftUnread ? html`<span class="tag">opened, no row read</span>` : ''}</div>
-        ${facts('geometry', [
+        ${facts([
             ['Format', frame.format],
             ['Width × height', frame.width ? `${frame.width} × ${frame.height}` : ''],
             ['Stride', frame.stride ? `${count(frame.stride)} bytes` : ''],
             ['Scan lines', frame.scanlines ? count(frame.scanlines) : ''],
             ['Size', `${count(frame.bytes)} bytes`],
+            ['JPEG', frame.pictureBytes ? `first ${count(frame.pictureBytes)} bytes` : ''],
             ['Opened', frame.timesOpened > 1 ? `${frame.timesOpened} times` : ''],
         ])}${frame.picture && frame.note ? html`<div class="muted note">${frame.note}</div>` : ''}
         </figcaption></figure>`;

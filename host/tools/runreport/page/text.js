@@ -19,7 +19,7 @@ function markup(part) {
 const html = (texts, ...parts) => new Markup(String.raw({raw: texts}, ...parts.map(markup)));
 
 // A list of terms; entries without a value are left out.
-const facts = (className, entries) => html`<dl class="${className}">${
+const facts = (entries) => html`<dl class="facts">${
         entries.filter(([, value]) => value !== '')
                 .map(([term, value]) => html`<div><dt>${term}</dt><dd>${value}</dd></div>`)}</dl>`;
 

@@ -33,7 +33,8 @@ TEST(Explanations, AMessageIsMatchedAsAWhole) {
 
 TEST(Explanations, TheMostLiteralLineOrItsStatusExplainsARun) {
     EXPECT_EQ(LineFor(Explain("Failed to load mapper.zel.so")), "Failed to load …");
-    EXPECT_EQ(LineFor(Explain("lock: no such plane")), "createDescriptor: …");
+    EXPECT_EQ(LineFor(Explain("Failed to lock buffer (nil): 2")), "Failed to lock buffer (nil): …");
+    EXPECT_EQ(LineFor(Explain("Failed to lock buffer 0x1: 2")), "Failed to lock buffer …: …");
     EXPECT_EQ(LineFor(Explain("no such line")), "(none)");
     EXPECT_EQ(LineFor(Explain("0")), "(none)");  // a status is no line
     EXPECT_EQ(LineFor(ExplainStatus(139)), "139");

@@ -74,39 +74,52 @@ TEST_F(RunLog, KeepsBothEndsAndTheErrorsOfALongLog) {
     EXPECT_EQ(log.lines[kKeptAtEachEnd + 1].message, "50000");
 }
 
-TEST_F(RunLog, OrdersCallsByTheirStartAndCountsDamagedLines) {
+std::string TextOf(const Call& call) {
+    return std::to_string(call.pid) + " " + std::to_string(call.tid) +
+           (call.incoming ? " from " : " to ") + call.peer + (call.oneway ? " oneway " : " ") +
+           call.interface + " " + call.method + " " + std::to_string(call.bytes) + " " +
+           std::to_string(call.descriptors) + " " + std::to_string(call.durationUs) + " <" +
+           call.status + "> <" + call.answer + ">";
+}
+
+TEST_F(RunLog, JoinsBothLinesOfACallAndOrdersCallsByTheirStart) {
+    const std::string in =
+            "00:00:02.000000 24 25 <- 7/peer a.b.ICallback.notify oneway 184 bytes "
+            "1 fds ";
+    const std::string out = "00:00:01.000000 24 24 -> 2/manager ?.(descriptor) 0 bytes 0 fds ";
+    const std::string hung = "00:00:03.000000 24 24 -> 7/peer a.b.C.d 10 bytes 0 fds begins\n";
     const Trace trace =
-            ReadTrace(File("00:00:02.000000 24 <- 7/peer a.b.ICallback.notify oneway 184 bytes 1 "
-                           "fds 44 us DEAD\n"
-                           "00:00:01.000000 25 -> 2/manager ?.(descriptor) 0 bytes 0 fds 58 us OK\n"
-                           "00:00:03.000000 24 -> 2/manager a.b.C.d 10 bytes 0 fds "
+            ReadTrace(File(in + "begins\n" + out + "begins\n" + hung + in + "44 us DEAD\n" + out +
+                           "58 us OK, answered EX_ILLEGAL_STATE: no\n" + in +
                            "5\n\n00:00:03.000000 24"))
                     .Value();
     EXPECT_EQ(trace.unreadable, 3u);
-    ASSERT_THAT(trace.calls, SizeIs(2));
-    const Call& first = trace.calls[0];
-    EXPECT_EQ(first.peer + " " + first.interface + " " + first.method, "2/manager ? (descriptor)");
-    EXPECT_FALSE(first.incoming || first.oneway);
-    const Call& second = trace.calls[1];
-    EXPECT_TRUE(second.incoming && second.oneway);
-    EXPECT_EQ(second.interface + " " + second.status, "a.b.ICallback DEAD");
-    EXPECT_EQ(second.startUs - first.startUs, 1'000'000);
-    EXPECT_EQ(second.bytes * 1000 + second.durationUs, 184'044u);
+    Words calls;
+    for (const Call& call : trace.calls) calls.push_back(TextOf(call));
+    EXPECT_THAT(calls, ElementsAre("24 24 to 2/manager ? (descriptor) 0 0 58 <OK> "
+                                   "<EX_ILLEGAL_STATE: no>",
+                                   "24 25 from 7/peer oneway a.b.ICallback notify 184 1 44 <DEAD> "
+                                   "<>",
+                                   "24 24 to 7/peer a.b.C d 10 0 0 <> <>"));
+    EXPECT_EQ(trace.calls[1].startUs - trace.calls[0].startUs, 1'000'000);
 }
 
-// A run in which everything takes 10 us. A text that begins with '>' or '<' is a call out or in,
-// one with '*' a line of another thread, one with '!' an error.
+// A run in which everything takes 10 us. A text that begins with '>' is a call of the main thread,
+// which takes as long as 3 other things where it ends in "...", and one that ends in "?" no end;
+// with '*' it is a line of another thread, with '!' an error.
 struct Made {
     explicit Made(const Words& texts) {
         for (const std::string& text : texts) {
             now += 10;
             const std::string rest = text.substr(1);
-            if (text[0] == '>' || text[0] == '<') {
+            if (text[0] == '>') {
+                const size_t end = rest.find_first_of(".?");
                 Call& call = calls.emplace_back();
                 call.startUs = now;
-                call.durationUs = text[0] == '<' ? 50 : 1;
-                call.incoming = text[0] == '<';
-                call.method = rest;
+                call.durationUs = rest.find('.') == std::string::npos ? 1 : 35;
+                call.tid = 24;
+                call.method = rest.substr(0, end);
+                call.status = rest.find('?') == std::string::npos ? "OK" : "";
             } else {
                 Line& line = log.emplace_back();
                 line.timeUs = now;
@@ -134,32 +147,33 @@ struct Made {
     Facts facts;
 };
 
-const Words kRun = {
-        "main: offline camera client connect to service ",
-        "main: offline camera client opMode 0",
-        "OpenOfflineSession",
-        "stream size:2, sizeof(Stream):120",
-        ">allocate",
-        ">allocate",
-        "output streamId 1, bufferStride 64, bufferScanline 9, buffer 0x1 width 40, height 30 "
-        "bufferSize  1234567",
-        "WaitForShutter frame 1 time 5000",
-        "*notify: callback notify",
-        "WaitForShutter frame 1 received 0",
-        "WaitForResult result timeout_ms 5000",
-        "<requestStreamBuffers",
-        ">allocate",
-        "WaitForResult received is 1",
-        "WaitCaptureResultCompleted status is 0",
-        "CloseOfflineSession"};
+const Words kRun = {"main: offline camera client connect to service ",
+                    "main: offline camera client opMode 0",
+                    ">openOfflineSession...",  // while it serves a call, which lends a buffer
+                    ">allocate",
+                    "buffer allocationsize: 1",
+                    "streamId 1",
+                    "OpenOfflineSession",
+                    "stream size:2, sizeof(Stream):120",
+                    ">allocate",
+                    ">allocate",
+                    "output streamId 1, bufferStride 64",
+                    "WaitForShutter frame 1 time 5000",
+                    "*notify: callback notify",
+                    "WaitForShutter frame 1 received 0",
+                    "WaitForResult result timeout_ms 5000",
+                    "*buffer allocationsize: 1",
+                    "WaitForResult received is 1",
+                    "WaitCaptureResultCompleted status is 0",
+                    "CloseOfflineSession"};
 
 TEST_F(RunLog, TellsTheStepsOfARun) {
     const Made run(kRun);
-    EXPECT_THAT(run.Texts(),
-                ElementsAre("device", "start-up", "open", "configure: 2 streams", "allocate",
-                            "allocate: output stream 1: 40 × 30, 1,234,567 bytes",
-                            "?shutter: waits 5000 ms at most", "result: waits 5000 ms at most",
-                            "close"));
+    EXPECT_THAT(run.Texts(), ElementsAre("device", "start-up", "open",
+                                         "configure: stream size:2, sizeof(Stream):120", "allocate",
+                                         "allocate: output streamId 1, bufferStride 64",
+                                         "?shutter: WaitForShutter frame 1 time 5000",
+                                         "result: WaitForResult result timeout_ms 5000", "close"));
     int64_t end = 0;
     for (const Phase& phase : FindPhases(run.log, run.calls, run.facts, run.now + 10, false)) {
         EXPECT_EQ(phase.startUs, end);
@@ -171,14 +185,56 @@ TEST_F(RunLog, TellsTheStepsOfARun) {
     EXPECT_EQ(FindPhases(run.log, {}, run.facts, 25, false).back().endUs, 25);
     EXPECT_THAT(FindPhases({}, run.calls, {}, 25, false), IsEmpty());
 
-    EXPECT_THAT(
-            Made({"main: offline camera client opMode 0", "stream size:2", "!FAILED"}).Texts(true),
-            ElementsAre("device", "!open: no session was opened", "#configure: 2 streams"));
+    EXPECT_THAT(Made({"main: offline camera client opMode 0", "stream size:2", "!FAILED"}).Texts(),
+                ElementsAre("device", "!open", "!configure: stream size:2"));
+    // What is told during a call that never ends is told of it.
+    EXPECT_THAT(Made({"ProcessOfflineRequest", ">processOfflineRequest?", ">allocate"}).Texts(true),
+                ElementsAre("device", "fill", "#submit"));
     // A shutter that came before the wait has no line of its own.
-    EXPECT_THAT(
-            Made({"WaitForShutter frame 1 time 50", "WaitForResult result timeout_ms 50"}).Texts(),
-            ElementsAre("device", "shutter: waits 50 ms at most", "result: waits 50 ms at most"));
+    EXPECT_THAT(Made({"WaitForShutter frame", "WaitForShutter frame 1 time 50",
+                      "WaitForResult result timeout_ms 50"})
+                        .Texts(),
+                ElementsAre("device", "shutter: WaitForShutter frame",
+                            "result: WaitForResult result timeout_ms 50"));
     EXPECT_EQ(DifferentErrors(Made({"!a", "!b", "!a"}).log)[0].count, 2u);
+}
+
+TEST_F(RunLog, FindsWhatARunSaysOfItself) {
+    const Facts facts =
+            Made({"input streamId 0, bufferStride 0, bufferScanline 0 buffer (nil) width 8",
+                  "LoadOffineSourceRawFrame: open input file /a",
+                  "LoadOffineSourceRawFrame: f_wxf_h 0x0, stridexscanline 0x0, f_off 0,",
+                  "input streamId 0, bufferStride 64, bufferScanline 0 buffer 0x1 width 8",
+                  "LoadOffineSourceYUVFrame: open input file /b",
+                  "LoadOffineSourceYUVFrame: f_wxf_h 64x0, stridexscanline 64x0, f_uv_off 0,",
+                  "WaitCaptureResultCompleted result frameNum is 7",
+                  "WaitForResult result timeout_ms 5000",
+                  "ContainsTheSameBuffers result streamId  1 bufferId  9",
+                  "ContainsTheSameBuffers request streamId  1 bufferId  2",
+                  "*ProcessOfflineResult: outframeinfo numPartialMetadata 1 frame numbrer 8 buffer "
+                  "size 1 ",
+                  "WaitForResult wait_for condtion trigger",
+                  "ContainsTheSameBuffers result streamId  1 bufferId  2",
+                  "ContainsTheSameBuffers request streamId  1 bufferId  2",
+                  "ContainsTheSameBuffers request streamId  3 bufferId  4",
+                  "WaitForResult received is 1",
+                  "blob structure info Id 255, JPEGBlobSize -5, bufSize 24, imageSize 48, kMin 9",
+                  "imageSize 48 bufferSize  24", "imageSize 0 bufferSize  32"})
+                    .facts;
+    ASSERT_THAT(facts.sources, SizeIs(2));
+    EXPECT_FALSE(facts.sources[0].leftUnread);  // there was no buffer to fill
+    EXPECT_TRUE(facts.sources[1].leftUnread);
+    ASSERT_THAT(facts.waits, SizeIs(1));
+    EXPECT_EQ(facts.waits[0].frame, 7);
+    ASSERT_THAT(facts.results, SizeIs(1));
+    EXPECT_EQ(facts.results[0].frame, 8);
+    EXPECT_THAT(facts.resultBuffers, ElementsAre("2 of stream 1"));
+    EXPECT_THAT(facts.requestBuffers, ElementsAre("2 of stream 1", "4 of stream 3"));
+    ASSERT_THAT(facts.dumps, SizeIs(2));
+    EXPECT_EQ(facts.dumps[0].bytes, 48u);
+    EXPECT_EQ(facts.dumps[0].trailerBytes, -5);
+    EXPECT_EQ(facts.dumps[1].bytes, 32u);
+    EXPECT_FALSE(facts.dumps[1].trailerBytes);
 }
 
 }  // namespace

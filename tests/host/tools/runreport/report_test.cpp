@@ -61,16 +61,56 @@ class Report : public ::testing::Test {
         const Finished made = RunProgram(words);
         EXPECT_EQ(made.status, 0) << made.err;
         m_summary = made.err;
+        const std::string page = end_to_end::ReadFile(Path("report.html"));
+        const std::string mark = "id=\"report\">";
+        const size_t begin = page.find(mark) + mark.size();
+        m_page = Json::parse(page.substr(begin, page.find("</script>", begin) - begin), nullptr,
+                             false);
+        const Finished valid = RunProgram(
+                {"/usr/bin/python3", "-m", "jsonschema", "-i", Path("report.json"), REPORT_SCHEMA});
+        EXPECT_EQ(valid.status, 0) << valid.out << valid.err;
         return Json::parse(end_to_end::ReadFile(Path("report.json")), nullptr, false);
     }
 
-    // dB between the frame's reduced picture and its own, scaled.
-    double Likeness(const Json& frame) const {
+    // The same for hand-written logs and trace of 10 s. Each line begins with its part of a second
+    // of 21:58:30, as in ".250 24 24 I T: message". Gives severity, text and cause.
+    Words ProblemsOf(const std::string& log, const std::string& deviceLog, const std::string& trace,
+                     Words words = {}) {
+        const auto write = [&](const char* name, const std::string& date, std::string text) {
+            for (size_t at = text.find("\n."); at != text.npos; at = text.find("\n.", at + 1)) {
+                text.insert(at + 5, "000");
+                text.insert(at + 1, date + "21:58:30");
+            }
+            std::ofstream(Path(name)) << text.erase(0, 1);
+        };
+        write("run.log", "11-21 ", log);
+        write("device.log", "11-21 ", deviceLog);
+        write("trace.log", "", trace);
+        tm local = {};
+        strptime("2026-11-21 21:58:30", "%F %T", &local);
+        local.tm_isdst = -1;
+        const time_t started = mktime(&local);
+        words.insert(words.begin(),
+                     {"--log", Path("run.log"), "--device-log", Path("device.log"), "--trace",
+                      Path("trace.log"), "--started", std::to_string(started), "--ended",
+                      std::to_string(started + 10)});
+        Words problems;
+        const Json report = Make(words);
+        for (const Json& problem : report["problems"]) {
+            problems.push_back(problem["severity"].get<std::string>() + ": " +
+                               problem["text"].get<std::string>() + " | " +
+                               problem["cause"].get<std::string>());
+        }
+        return problems;
+    }
+
+    // dB between the first dump's reduced picture, of this size, and its own, scaled.
+    double Likeness(const std::string& width, const std::string& height) const {
+        const Json& frame = m_page["dumps"][0];
         const std::string url = frame["picture"];
         std::ofstream(Path("base64")) << url.substr(url.find(',') + 1);
-        const Finished compared =
-                RunProgram({"sh", "-c", kCompare, OFFLINEFRAMES, Path(""), frame["path"],
-                            frame["pictureWidth"].dump(), frame["pictureHeight"].dump()});
+        const Finished compared = RunProgram(
+                {"sh", "-c", kCompare, OFFLINEFRAMES, Path(""), frame["path"], width, height});
         EXPECT_EQ(compared.status, 0) << compared.err;
         return atof(compared.out.c_str() + compared.out.find("all ") + 4);
     }
@@ -78,6 +118,7 @@ class Report : public ::testing::Test {
     const TemporaryFolder m_folder{"a report"};
     end_to_end::DeviceRun m_device;
     std::string m_summary;
+    Json m_page;  // what the page is made of
 };
 
 TEST_F(Report, TellsEveryStepOfAGoodRun) {
@@ -102,22 +143,23 @@ TEST_F(Report, TellsEveryStepOfAGoodRun) {
     EXPECT_EQ(dump["bytes"], 18874368);
     EXPECT_EQ(dump["format"].dump() + dump["height"].dump() + dump["scanlines"].dump(),
               "\"NV12\"30003072");
-    EXPECT_GT(Likeness(dump), 27);
+    EXPECT_GT(Likeness("800", "600"), 27);
 }
 
 TEST_F(Report, ShowsReducedPicturesAndTellsOfEmptyFrames) {
     const Json report = OfRun({}, "Y2J");
     ASSERT_THAT(report["dumps"], SizeIs(1));
     EXPECT_EQ(report["sources"][0]["leftUnread"], true);
-    EXPECT_EQ(report["problems"].back()["text"], "The input frames were left empty");
-    EXPECT_EQ(report["problems"].back()["phase"], "fill");
+    EXPECT_EQ(report["problems"][0]["text"], "The input frames were left empty");
+    EXPECT_EQ(report["problems"][0]["phase"], "fill");
     EXPECT_THAT(m_summary, StartsWith("run: the input frames were left empty: "));
     EXPECT_EQ(report["dumps"][0]["width"], 4000);
-    EXPECT_NE(report["dumps"][0]["picture"], "");
+    EXPECT_NE(m_page["dumps"][0]["picture"], "");
 
     std::ofstream(Path("photo")) << "P6 2 2 255 \xff\x20\x10\x40\xc0\x20\x30\x30\xff\x80\x80\x80";
     RunProgram({OFFLINEFRAMES, "pack", Path("photo"), Path("small.raw")});
-    EXPECT_GT(Likeness(Make({"--dump=" + Path("small.raw")})["dumps"][0]), 40);
+    Make({"--dump=" + Path("small.raw")});
+    EXPECT_GT(Likeness("682", "512"), 40);
 }
 
 TEST_F(Report, ExplainsAFailedRun) {
@@ -129,12 +171,157 @@ TEST_F(Report, ExplainsAFailedRun) {
                            problem["text"].get<std::string>());
         EXPECT_FALSE(problem["cause"] == "" || problem["cure"] == "") << problem;
     }
-    EXPECT_THAT(problems, ElementsAre("error in configure: configureOfflineStreams refused: fault "
-                                      "switched on",
-                                      "error in configure: ConfigureOfflineStreams, FAILED..."));
-    EXPECT_THAT(m_summary,
-                AllOf(HasSubstr("run: no file was written\nrun: the last one of 1 errors in "),
-                      HasSubstr("tool.log: OfflineCameraClient: ConfigureOfflineStreams, FA")));
+    EXPECT_THAT(problems,
+                ElementsAre("error in configure: The call configureOfflineStreams was refused: "
+                            "EX_SERVICE_SPECIFIC 4: fault switched on",
+                            "error in configure: ConfigureOfflineStreams, FAILED..."));
+    EXPECT_THAT(m_summary, StartsWith("run: no file was written\nrun: first of 2 errors: the call "
+                                      "configureOfflineStreams was refused: EX_SERV"));
+}
+
+TEST_F(Report, TellsWhichCallWentWrongAndWhy) {
+    EXPECT_THAT(
+            ProblemsOf(R"(
+.100 24 24 I T: main: offline camera client opMode 0
+.430 24 24 E T: ProcessOfflineRequest, FAILED...)",
+                       R"(
+.200 7 8 I S: works
+.300 7 8 E S: gives up
+assertion failed
+.450 1 1 E deviceshell: my-service was ended by signal 6 (Aborted))",
+                       R"(
+.400 24 24 -> 7/my-service a.b.processOfflineRequest 1 bytes 0 fds begins
+.400 24 24 -> 7/my-service a.b.processOfflineRequest 1 bytes 0 fds 9000 us DEAD_OBJECT)"),
+            ElementsAre(
+                    "error: my-service was ended by signal 6 (Aborted) | It ended in the tool's "
+                    "call `processOfflineRequest`. Its last line in the log: `assertion failed`.",
+                    "error: gives up | ",
+                    "error: ProcessOfflineRequest, FAILED... | A consequence: "
+                    "`processOfflineRequest` failed with DEAD_OBJECT."));
+    EXPECT_THAT(m_summary, StartsWith("run: first of 3 errors: my-service was ended by signal 6"));
+
+    EXPECT_THAT(ProblemsOf(R"(
+.100 24 24 I T: main: offline camera client opMode 0
+.300 24 24 I T: CloseOfflineSession)",
+                           R"(
+.200 7 8 E S: open refused: no)",
+                           R"(
+.199 24 24 -> 7/s a.b.openOfflineSession 1 bytes 0 fds 2000 us OK, answered EX_X 5: no
+.250 24 24 -> 7/s a.b.openOfflineSession 1 bytes 0 fds 1000 us OK
+.260 24 31 <- 7/s a.b.notify 1 bytes 0 fds 10 us OK, answered EX_SERVICE_SPECIFIC 1: X
+.300 24 24 -> 7/s a.b.closeOfflineSession 1 bytes 0 fds 1000 us OK
+.310 24 31 <- 7/s a.b.notify 1 bytes 0 fds 10 us OK
+.320 24 24 -> 7/s a.b.unregisterClient 1 bytes 0 fds begins)",
+                           {"--status=143"}),
+                ElementsAre("error: The call openOfflineSession was refused: EX_X 5: no | The "
+                            "service answered the tool's call with this status and message.",
+                            "error: The call openOfflineSession gave no session | It was answered "
+                            "OK.",
+                            "warning: The tool refused notify: EX_SERVICE_SPECIFIC 1: X | The list "
+                            "in the call was empty.",
+                            "warning: A callback came after the session was closed | `notify` came "
+                            "9.0 ms after the answer to `closeOfflineSession`.",
+                            "error: The call unregisterClient was not answered | It went on for "
+                            "9.68 s, until the run was ended.",
+                            "error: The run was ended by SIGTERM | It came while the tool waited "
+                            "for an answer to its call `unregisterClient`."));
+
+    EXPECT_THAT(
+            ProblemsOf(R"(
+.100 24 24 I T: main: offline camera client connect to service 
+.200 24 24 E T: getService is NULL for offlinecameraservice
+.300 24 24 I T: main: offline camera client opMode 0)",
+                       "", R"(
+.190 24 24 -> 7/s ?.(descriptor) 1 bytes 0 fds 10 us OK
+.310 24 31 <- 7/s a.b.requestStreamBuffers 1 bytes 0 fds begins)",
+                       {"--status=139"}),
+            ElementsAre("error: getService is NULL for offlinecameraservice | A service is "
+                        "registered by that name, in process 7/s, but it has another interface.",
+                        "error: The run was ended by SIGSEGV | It came while the tool served "
+                        "the service's call `requestStreamBuffers`."));
+}
+
+// Of a request from .100 on, whose waits end at .200 and .300.
+constexpr char kWaits[] = R"(
+.100 24 24 I T: ProcessOfflineRequest
+.150 24 24 I T: WaitCaptureResultCompleted result frameNum is 1
+.150 24 24 I T: WaitForShutter frame 1 time 5000
+.200 24 24 I T: WaitForShutter frame 1 received 0
+.200 24 24 I T: WaitForResult result timeout_ms 5000
+)";
+constexpr char kWaitsEnd[] = R"(
+.300 24 24 I T: WaitForResult received is 0)";
+
+std::string Incoming(const char* time, const std::string& method) {
+    return std::string("\n") + time + " 24 31 <- 7/s a.b." + method + " 1 bytes 0 fds 10 us OK";
+}
+
+TEST_F(Report, TellsWhatCameInPlaceOfShutterAndResult) {
+    const std::string shutter = "warning: No shutter message came in time | ";
+    const std::string result = "error: No complete result came in time | ";
+    const std::string nothing = Incoming(".010", "x");
+    EXPECT_THAT(ProblemsOf(std::string(kWaits) + kWaitsEnd, "", nothing),
+                ElementsAre(shutter + "No `notify` reached the tool.",
+                            result + "No `processCaptureResult` reached the tool."));
+    EXPECT_EQ(m_summary,
+              "run: no complete result came in time: No processCaptureResult reached "
+              "the tool.\nrun: no shutter message came in time: No notify reached the "
+              "tool.\n");
+    EXPECT_THAT(ProblemsOf(std::string(kWaits) + kWaitsEnd, "",
+                           Incoming(".090", "notify") + Incoming(".350", "processCaptureResult")),
+                ElementsAre(shutter + "No `notify` reached the tool after the request; what came "
+                                      "before it is forgotten.",
+                            result + "No `processCaptureResult` reached the tool before the wait "
+                                     "was over; one came 50.0 ms after it."));
+    const std::string names = "24 24 I T: ContainsTheSameBuffers ";
+    EXPECT_THAT(
+            ProblemsOf(kWaits +
+                               (".250 24 31 I T: ProcessOfflineResult: outframeinfo "
+                                "numPartialMetadata 1 frame numbrer 1 buffer size 1 \n.251 " +
+                                names + "result streamId  1 bufferId  9\n.251 " + names +
+                                "request streamId  1 bufferId  2") +
+                               kWaitsEnd,
+                       "",
+                       Incoming(".110", "notify") + Incoming(".190", "notify") +
+                               Incoming(".250", "processCaptureResult")),
+            ElementsAre(shutter + "2 calls of `notify` reached the tool in time. It keeps the "
+                                  "messages of the last call only, and had no shutter of frame 1 "
+                                  "when it looked: a later call replaced it, or it was in none.",
+                        result + "The result of frame 1 names buffer 9 of stream 1; the request "
+                                 "has buffer 2 of stream 1."));
+    EXPECT_THAT(
+            ProblemsOf(kWaits +
+                               std::string(".250 24 31 I T: ProcessOfflineResult: outframeinfo "
+                                           "numPartialMetadata 1 frame numbrer 9 buffer") +
+                               kWaitsEnd,
+                       "", Incoming(".110", "notify") + Incoming(".250", "processCaptureResult")),
+            ElementsAre(shutter + "One `notify` reached the tool in time, without a shutter of "
+                                  "frame 1.",
+                        result + "The results were of frame 9, not of frame 1."));
+}
+
+TEST_F(Report, TellsWhichBytesOfADumpAreThePicture) {
+    Make({"--dump=" + m_device.Folder() + "/offlinecameratest/mmf_fd.yuv"});
+    const std::string url = m_page["dumps"][0]["picture"];
+    std::ofstream(Path("base64")) << url.substr(url.find(',') + 1);
+    const Finished made = RunProgram({"sh", "-c",
+                                      "cd \"$0\" && base64 -d base64 >a.jpg && stat -c %s a.jpg && "
+                                      "head -c 9000 /dev/zero >>a.jpg",
+                                      Path("")});
+    const int bytes = atoi(made.out.c_str());
+    const std::string size = std::to_string(bytes), all = std::to_string(bytes + 9000);
+    const std::string trailer = " The blob's trailer says 5000 bytes";
+    EXPECT_THAT(ProblemsOf(R"(
+.100 24 24 I T: blob structure info Id 255, JPEGBlobSize 5000, bufSize 24, imageSize 48000000, kM
+.100 24 24 I T: imageSize 48000000 bufferSize  24000000)",
+                           "", "", {"--dump=" + Path("a.jpg")}),
+                ElementsAre("error: The dump was cut short | The tool set out to write 48000000 "
+                            "bytes, and the file has " +
+                                    all + "." + trailer + ".",
+                            "warning: The picture is only the beginning of the file | The JPEG is "
+                            "the first " +
+                                    size + " of the file's " + all + " bytes." + trailer +
+                                    "; for less than 262152 the tool writes width × height × 4."));
 }
 
 TEST_F(Report, TellsWhereARunCrashed) {
@@ -159,53 +346,64 @@ TEST_F(Report, NamesWhatItCouldNotRead) {
     EXPECT_EQ(RunProgram({RUNREPORT, "--started=soon", "--summary"}).status, 2);
 }
 
-// A hand for the timeline of a run of one second: it notes the numbers of the axis at each step.
+// A hand for the page of a run of one second, in which the tool works from 0.4 to 0.6 s: it notes
+// the numbers of the axis and the lines of the log at each step.
 constexpr char kHand[] = R"(<script>
 const words = (selector) => [...document.querySelectorAll(selector)].map((one) => one.textContent);
-const steps = [];
-const note = () => steps.push(words('.axis span').filter(Boolean).join(' '));
-const hand = document.querySelector('.lanes');
-hand.setPointerCapture = () => {};  // there is no real pointer to capture
-const [zoomIn, zoomOut] = document.querySelectorAll('#timeline button');
-const point = (type, part) => {
-    const {left, width} = document.querySelector('.plot').getBoundingClientRect();
-    hand.dispatchEvent(new PointerEvent(type, {button: 0, clientX: left + part * width}));
+const axes = [], lines = [];
+const look = () => axes.push(words('.axis span').filter(Boolean).join(' '));
+const read = () => lines.push(words('.row:not([hidden]) .message').length);
+const button = (name) => [...document.querySelectorAll('button')]
+        .find(({textContent}) => textContent === name);
+const choose = (name, value) => {
+    const filter = document.querySelector(`[name=${name}]`);
+    filter.value = value;
+    filter.dispatchEvent(new Event('input'));
 };
-const drag = (from, to) => { point('pointerdown', from); point('pointerup', to); };
-note(); zoomIn.click(); note(); zoomOut.click(); note();
-drag(0.8, 0.4); note(); hand.dispatchEvent(new MouseEvent('dblclick')); note();
-const seen = {steps, lines: words('.message'), verdict: words('h1'), problems: words('article h3')};
-document.body.append(`FACTS${JSON.stringify(seen)}FACTS`);
+look(); button('Tool only').click(); look(); button('Whole run').click(); look();
+button('Start-up').click(); look();
+read(); choose('priority', 'E'); read(); choose('text', 'ONERROR'); read();
+choose('from', 'services'); read();
+addEventListener('hashchange', () => {
+    read();
+    const seen = {axes, lines, verdict: words('h1'), problems: words('article h3'),
+                  found: words(':target .message')};
+    document.body.append(`FACTS${JSON.stringify(seen)}FACTS`);
+});
+document.querySelector('article a').click();
 </script>)";
 
 TEST_F(Report, IsAPageThatLetsNothingActAsMarkup) {
     const std::string script = "</script><script>console.error('ran')</script><!--<script>";
     const std::string image = "<img src=x onerror=console.error('ran')>";
     std::ofstream(Path("run.log"))
-            << "11-21 21:58:30.041711    24    24 I T: a line\n"
-            << "11-21 21:58:30.041711    24    24 E " << image << ": " << script << "\n"
-            << "11-21 21:58:30.041712    24    24 E T: \xff\xfe " << image << "\n";
+            << "11-21 21:58:30.000000     2     2 Q T: no log line\n"
+            << "11-21 21:58:30.000000    24    24 I T: a line\n"
+            << "11-21 21:58:30.400000    24    24 I T: main: offline camera client connect to "
+               "service \n"
+            << "11-21 21:58:30.500000    24    24 E " << image << ": " << script << "\n"
+            << "11-21 21:58:30.500000    24    24 E T: \xff\xfe " << image << "\n"
+            << "11-21 21:58:30.500000    24    24 E T: another\n"
+            << "11-21 21:58:30.600000    24    24 I T: main: offline camera client exit\n";
     std::ofstream(Path("a\"'<b>.yuv")) << "short";
-    Make({"--started=1000", "--ended=1001", "--log=" + Path("run.log"),
-          "--dump=" + Path("a\"'<b>.yuv"), "--option=" + script, "--", "x", image});
+    Make({"--ended=1", "--log=" + Path("run.log"), "--dump=" + Path("a\"'<b>.yuv"),
+          "--option=" + script, "--", "x", image});
     std::ofstream(Path("report.html"), std::ios::app) << kHand;
-    const Finished shown =
-            RunProgram({"chromium", "--headless", "--no-sandbox", "--disable-gpu", "--disable-quic",
-                        "--no-first-run", "--disable-background-networking",
-                        "--disable-component-update", "--disable-sync", "--disable-dev-shm-usage",
-                        "--enable-logging=stderr", "--user-data-dir=" + Path("browser"),
-                        "--dump-dom", "file://" + Path("report.html") + "#priority=E&text=onerror"},
-                       {{"HOME", Path("browser")}});
+    const Finished shown = RunProgram(
+            {"chromium", "--headless", "--no-sandbox", "--disable-gpu", "--disable-quic",
+             "--no-first-run", "--disable-background-networking", "--disable-component-update",
+             "--disable-sync", "--disable-dev-shm-usage", "--enable-logging=stderr",
+             "--user-data-dir=" + Path("browser"), "--dump-dom", "file://" + Path("report.html")},
+            {{"HOME", Path("browser")}});
     EXPECT_THAT(shown.err, Not(HasSubstr("CONSOLE")));
     EXPECT_THAT(shown.out, Not(HasSubstr("<img src=\"x")));
     EXPECT_THAT(shown.out, HasSubstr("a\"'&lt;b&gt;.yuv </div>"));
-    const std::string whole = R"("0 200 ms 400 ms 600 ms 800 ms")";
-    EXPECT_THAT(shown.out, HasSubstr(R"(FACTS{"steps":[)" + whole +
-                                     R"(,"300 ms 400 ms 500 ms 600 ms 700 ms",)" + whole +
-                                     R"(,"400 ms 500 ms 600 ms 700 ms",)" + whole + "]"));
-    EXPECT_THAT(shown.out, HasSubstr(R"("lines":["&lt;/script&gt;&lt;script&gt;console)"));
     EXPECT_THAT(shown.out,
-                HasSubstr(R"("verdict":["Finished with 2 errors"],"problems":["&lt;/s)"));
+                HasSubstr(R"(FACTS{"axes":["0 500 ms","400 ms 450 ms 500 ms 550 ms","0 500 ms",)"
+                          R"("400 ms 500 ms 600 ms"],"lines":[7,3,2,0,7])"));
+    EXPECT_THAT(shown.out,
+                HasSubstr(R"("verdict":["! Finished with 3 errors"],"problems":["&lt;/s)"));
+    EXPECT_THAT(shown.out, HasSubstr(R"("found":["&lt;/script&gt;&lt;script&gt;console)"));
 }
 
 }  // namespace

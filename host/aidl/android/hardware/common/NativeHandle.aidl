@@ -1,6 +1,6 @@
 package android.hardware.common;
 
-/** Descriptors and integers that together name a buffer, a fence or the like; both empty: none. */
+// Descriptors and integers that together name a buffer, a fence or the like; both empty: none.
 @VintfStability
 parcelable NativeHandle {
     ParcelFileDescriptor[] fds;

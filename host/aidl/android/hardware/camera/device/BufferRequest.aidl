@@ -1,6 +1,6 @@
 package android.hardware.camera.device;
 
-/** Asks for buffers of one stream. */
+// Asks for buffers of one stream.
 @VintfStability
 parcelable BufferRequest {
     int streamId;

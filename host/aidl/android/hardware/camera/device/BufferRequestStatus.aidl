@@ -1,6 +1,6 @@
 package android.hardware.camera.device;
 
-/** The answer to a request for stream buffers as a whole. */
+// The answer to a request for stream buffers as a whole.
 @VintfStability
 @Backing(type="int")
 enum BufferRequestStatus {

@@ -1,6 +1,6 @@
 package android.hardware.camera.device;
 
-/** Whether a buffer's content can be used. */
+// Whether a buffer's content can be used.
 @VintfStability
 @Backing(type="int")
 enum BufferStatus {

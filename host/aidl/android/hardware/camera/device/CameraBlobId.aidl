@@ -1,6 +1,6 @@
 package android.hardware.camera.device;
 
-/** What a BLOB buffer holds. */
+// What a BLOB buffer holds.
 @VintfStability
 @Backing(type="int")
 enum CameraBlobId {

@@ -1,6 +1,6 @@
 package android.hardware.camera.device;
 
-/** A camera metadata blob. */
+// A camera metadata blob.
 @VintfStability
 parcelable CameraMetadata {
     byte[] metadata;

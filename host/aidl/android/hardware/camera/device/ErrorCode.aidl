@@ -1,6 +1,6 @@
 package android.hardware.camera.device;
 
-/** How much of a capture an error message concerns. */
+// How much of a capture an error message concerns.
 @VintfStability
 @Backing(type="int")
 enum ErrorCode {

@@ -1,13 +1,13 @@
 package android.hardware.camera.device;
 
-/** Says when a capture was exposed. */
+// Says when a capture was exposed.
 @VintfStability
 parcelable ShutterMsg {
     int frameNumber;
 
-    /** Start of exposure, in nanoseconds. */
+    // Start of exposure, in nanoseconds.
     long timestamp;
 
-    /** Start of readout, in nanoseconds. */
+    // Start of readout, in nanoseconds.
     long readoutTimestamp;
 }

@@ -9,7 +9,7 @@ import android.hardware.graphics.common.BufferUsage;
 import android.hardware.graphics.common.Dataspace;
 import android.hardware.graphics.common.PixelFormat;
 
-/** One kind of buffer that a camera reads or writes. */
+// One kind of buffer that a camera reads or writes.
 @VintfStability
 parcelable Stream {
     int id;
@@ -21,19 +21,19 @@ parcelable Stream {
     Dataspace dataSpace;
     StreamRotation rotation;
 
-    /** Empty for a logical camera's stream. */
+    // Empty for a logical camera's stream.
     String physicalCameraId;
 
-    /** Bytes; BLOB streams only. */
+    // Bytes; BLOB streams only.
     int bufferSize;
 
-    /** Streams of one group share their target; -1 for none. */
+    // Streams of one group share their target; -1 for none.
     int groupId;
 
     SensorPixelMode[] sensorPixelModesUsed;
     RequestAvailableDynamicRangeProfilesMap dynamicRangeProfile;
     ScalerAvailableStreamUseCases useCase;
 
-    /** A value of RequestAvailableColorSpaceProfilesMap. */
+    // A value of RequestAvailableColorSpaceProfilesMap.
     int colorSpace;
 }

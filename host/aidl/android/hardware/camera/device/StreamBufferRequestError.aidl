@@ -1,6 +1,6 @@
 package android.hardware.camera.device;
 
-/** Why one stream got no buffers. */
+// Why one stream got no buffers.
 @VintfStability
 @Backing(type="int")
 enum StreamBufferRequestError {

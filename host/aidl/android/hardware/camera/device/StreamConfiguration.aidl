@@ -4,7 +4,7 @@ import android.hardware.camera.device.CameraMetadata;
 import android.hardware.camera.device.Stream;
 import android.hardware.camera.device.StreamConfigurationMode;
 
-/** A set of streams to be run together. */
+// A set of streams to be run together.
 @VintfStability
 parcelable StreamConfiguration {
     Stream[] streams;

@@ -1,6 +1,6 @@
 package android.hardware.camera.device;
 
-/** How a set of streams is run. */
+// How a set of streams is run.
 @VintfStability
 @Backing(type="int")
 enum StreamConfigurationMode {

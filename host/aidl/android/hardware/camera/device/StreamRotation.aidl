@@ -1,6 +1,6 @@
 package android.hardware.camera.device;
 
-/** Counter-clockwise rotation asked of an output stream, in degrees. */
+// Counter-clockwise rotation asked of an output stream, in degrees.
 @VintfStability
 @Backing(type="int")
 enum StreamRotation {

@@ -1,6 +1,6 @@
 package android.hardware.camera.device;
 
-/** Which way a stream's buffers go, as seen from the camera. */
+// Which way a stream's buffers go, as seen from the camera.
 @VintfStability
 @Backing(type="int")
 enum StreamType {

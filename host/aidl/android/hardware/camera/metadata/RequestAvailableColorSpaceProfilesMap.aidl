@@ -1,6 +1,6 @@
 package android.hardware.camera.metadata;
 
-/** Colour spaces that a stream may ask for. */
+// Colour spaces that a stream may ask for.
 @VintfStability
 @Backing(type="long")
 enum RequestAvailableColorSpaceProfilesMap {

@@ -1,6 +1,6 @@
 package android.hardware.camera.metadata;
 
-/** Dynamic range profiles, one bit each. */
+// Dynamic range profiles, one bit each.
 @VintfStability
 @Backing(type="long")
 enum RequestAvailableDynamicRangeProfilesMap {

@@ -1,6 +1,6 @@
 package android.hardware.camera.metadata;
 
-/** What a stream is meant for. */
+// What a stream is meant for.
 @VintfStability
 @Backing(type="long")
 enum ScalerAvailableStreamUseCases {

@@ -1,6 +1,6 @@
 package android.hardware.camera.metadata;
 
-/** Which of a sensor's readout modes a stream can be used with. */
+// Which of a sensor's readout modes a stream can be used with.
 @VintfStability
 @Backing(type="int")
 enum SensorPixelMode {

@@ -1,6 +1,6 @@
 package android.hardware.graphics.allocator;
 
-/** Why an allocation failed; sent as a service-specific error. */
+// Why an allocation failed; sent as a service-specific error.
 @VintfStability
 @Backing(type="int")
 enum AllocationError {

@@ -2,10 +2,10 @@ package android.hardware.graphics.allocator;
 
 import android.hardware.common.NativeHandle;
 
-/** The buffers of one allocation. */
+// The buffers of one allocation.
 @VintfStability
 parcelable AllocationResult {
-    /** In pixels. */
+    // In pixels.
     int stride;
 
     NativeHandle[] buffers;

@@ -3,7 +3,7 @@ package android.hardware.graphics.allocator;
 import android.hardware.graphics.allocator.AllocationResult;
 import android.hardware.graphics.allocator.BufferDescriptorInfo;
 
-/** Makes graphics buffers. Failures are service-specific errors of AllocationError. */
+// Makes graphics buffers. Failures are service-specific errors of AllocationError.
 @VintfStability
 interface IAllocator {
     /**
@@ -13,12 +13,12 @@ interface IAllocator {
      */
     AllocationResult allocate(in byte[] descriptor, in int count);
 
-    /** Allocates count buffers of one kind; all or none. */
+    // Allocates count buffers of one kind; all or none.
     AllocationResult allocate2(in BufferDescriptorInfo descriptor, in int count);
 
-    /** Whether allocate2 could succeed with the descriptor. */
+    // Whether allocate2 could succeed with the descriptor.
     boolean isSupported(in BufferDescriptorInfo descriptor);
 
-    /** Which mapper library fits the buffers: the SUFFIX of mapper.SUFFIX.so. */
+    // Which mapper library fits the buffers: the SUFFIX of mapper.SUFFIX.so.
     String getIMapperLibrarySuffix();
 }

@@ -1,6 +1,6 @@
 package android.hardware.graphics.common;
 
-/** What a buffer will be used for: bits, and two fields of four bits for the CPU. */
+// What a buffer will be used for: bits, and two fields of four bits for the CPU.
 @VintfStability
 @Backing(type="long")
 enum BufferUsage {

@@ -1,6 +1,6 @@
 package android.hardware.graphics.common;
 
-/** How pixel values map to colours: colour primaries and matrix, transfer function, range. */
+// How pixel values map to colours: colour primaries and matrix, transfer function, range.
 @VintfStability
 @Backing(type="int")
 enum Dataspace {

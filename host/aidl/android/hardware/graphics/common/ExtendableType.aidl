@@ -1,6 +1,6 @@
 package android.hardware.graphics.common;
 
-/** A value of the named enum, so that vendors can add enums of their own. */
+// A value of the named enum, so that vendors can add enums of their own.
 @VintfStability
 parcelable ExtendableType {
     @utf8InCpp String name;

@@ -1,6 +1,6 @@
 package android.hardware.graphics.common;
 
-/** How the pixels of a buffer are stored. */
+// How the pixels of a buffer are stored.
 @VintfStability
 @Backing(type="int")
 enum PixelFormat {

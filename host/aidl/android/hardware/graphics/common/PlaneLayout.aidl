@@ -2,7 +2,7 @@ package android.hardware.graphics.common;
 
 import android.hardware.graphics.common.PlaneLayoutComponent;
 
-/** Where one plane is in a buffer and how its samples follow each other. */
+// Where one plane is in a buffer and how its samples follow each other.
 @VintfStability
 parcelable PlaneLayout {
     PlaneLayoutComponent[] components;

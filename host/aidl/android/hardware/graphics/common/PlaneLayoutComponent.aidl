@@ -2,7 +2,7 @@ package android.hardware.graphics.common;
 
 import android.hardware.graphics.common.ExtendableType;
 
-/** Where one component is inside a sample. */
+// Where one component is inside a sample.
 @VintfStability
 parcelable PlaneLayoutComponent {
     ExtendableType type;

@@ -1,6 +1,6 @@
 package android.hardware.graphics.common;
 
-/** What one component of a plane holds. */
+// What one component of a plane holds.
 @VintfStability
 @Backing(type="long")
 enum PlaneLayoutComponentType {

@@ -1,6 +1,6 @@
 package android.hardware.graphics.common;
 
-/** What can be asked about a buffer. */
+// What can be asked about a buffer.
 @VintfStability
 @Backing(type="long")
 enum StandardMetadataType {

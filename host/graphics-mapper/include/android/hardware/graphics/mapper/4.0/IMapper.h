@@ -157,6 +157,15 @@ struct IMapper : public ::android::hidl::base::V1_0::IBase {
     // when there is none. `getStub` leaves registered ones out. Never waits.
     static ::android::sp<IMapper> getService(const std::string& serviceName = "default",
                                              bool getStub = false);
+    static ::android::sp<IMapper> getService(const char serviceName[], bool getStub = false) {
+        return getService(std::string(serviceName), getStub);
+    }
+    static ::android::sp<IMapper> getService(const hidl_string& serviceName, bool getStub = false) {
+        return getService(std::string(serviceName), getStub);
+    }
+    static ::android::sp<IMapper> getService(bool getStub) {
+        return getService(std::string("default"), getStub);
+    }
 
     // Makes this object what getService(serviceName) returns in this process, in place of an
     // earlier one. Keeps a reference. BAD_VALUE for an empty name.

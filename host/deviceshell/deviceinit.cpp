@@ -1,8 +1,19 @@
-// deviceinit in the device: starts the programs, runs the command, ends them.
+// The first process in the device: starts the programs, runs the command and ends them all. Ends
+// with the command's status, or kNoDevice after a complaint, and with it every process that is
+// left. A command that is still there 2 s after a signal is killed: 128 + n.
+//
+// usage: deviceinit [--terminal] {NAME PROGRAM "" } -- COMMAND
+//
+// NAME is what the PROGRAM registers (empty: it is the service manager); NAME=VALUE words may come
+// before a program. Descriptor STANDIN_LOG_FD gets the programs' log.
+#include "deviceinit.h"
+
 #include <android/binder_ibinder.h>
 #include <android/binder_manager.h>
+#include <android/log.h>
 #include <errno.h>
 #include <fcntl.h>
+#include <host_service_manager.h>
 #include <limits.h>
 #include <poll.h>
 #include <signal.h>
@@ -10,8 +21,6 @@
 #include <stdlib.h>
 #include <string.h>
 #include <sys/signalfd.h>
-#include <sys/socket.h>
-#include <sys/un.h>
 #include <sys/wait.h>
 #include <terminal/terminal.h>
 #include <time.h>
@@ -19,8 +28,6 @@
 
 #include <algorithm>
 #include <map>
-
-#include "deviceinit.h"
 
 namespace deviceshell {
 namespace {
@@ -43,12 +50,7 @@ bool Answers(const std::string& service) {
         if (binder) AIBinder_decStrong(binder);
         return binder != nullptr;
     }
-    sockaddr_un manager = {AF_UNIX, "/binder/servicemanager"};
-    const int descriptor = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    const int result =
-            connect(descriptor, reinterpret_cast<const sockaddr*>(&manager), sizeof manager);
-    close(descriptor);
-    return result == 0;
+    return AServiceManager_forEachService(nullptr, [](const char*, void*) {}) == STATUS_OK;
 }
 
 // Waits until a service is registered, or with an empty name until the service manager accepts
@@ -83,6 +85,10 @@ std::string DescribeEnd(int waitStatus) {
     return "was ended by signal " + std::to_string(number) + " (" + strsignal(number) + ")";
 }
 
+bool IsNoSetting(const std::string& word) {
+    return word.find('=') == std::string::npos;
+}
+
 class Device {
   public:
     Device(const Words& words, bool takeTerminal) : m_words(words), m_terminal(takeTerminal) {}
@@ -106,11 +112,10 @@ class Device {
     int RunCommand();
     void StopPrograms();
 
-    const Words& m_words;
+    const Words m_words;
     size_t m_next = 0;  // the word to read
     const bool m_terminal;
     const int m_log = atoi(getenv("STANDIN_LOG_FD"));
-    const int m_control = atoi(getenv(kControlVariable));
     int m_signals = -1;
     bool m_stopping = false;
     int m_status = kNoDevice;
@@ -118,17 +123,14 @@ class Device {
 };
 
 int Device::Run() {
-    fcntl(m_control, F_SETFD, FD_CLOEXEC);
     sigset_t watched;
     sigemptyset(&watched);
-    for (const int number : {SIGCHLD, SIGINT, SIGQUIT, SIGTTOU}) sigaddset(&watched, number);
+    for (const int number : {SIGCHLD, SIGINT, SIGQUIT, SIGTERM, SIGHUP, SIGTTOU}) {
+        sigaddset(&watched, number);
+    }
     m_signals = signalfd(-1, &watched, SFD_CLOEXEC | SFD_NONBLOCK);
     sigprocmask(SIG_BLOCK, &watched, nullptr);
-    // Signals that came before this process was ready are read before kStart.
-    if (write(m_control, &kReady, 1) == 1 && !EndsStart(Next(kNever)) && StartPrograms() &&
-        !EndsStart(Next(NowMilliseconds()))) {
-        m_status = RunCommand();
-    }
+    if (StartPrograms() && !EndsStart(Next(NowMilliseconds()))) m_status = RunCommand();
     StopPrograms();
     return m_status;
 }
@@ -141,20 +143,21 @@ Device::Event Device::Next(long deadline) {
         const auto program = m_running.find(pid);
         if (pid > 0 && program == m_running.end()) return {pid, false, status};
         if (pid > 0) {
-            const bool asked = m_stopping && WIFSIGNALED(status) && WTERMSIG(status) == SIGTERM;
+            const bool asked = m_stopping && (status == 0 ||
+                                              (WIFSIGNALED(status) && WTERMSIG(status) == SIGTERM));
             const std::string end = program->second + " " + DescribeEnd(status);
-            if (!asked) dprintf(m_log, "deviceshell: %s\n", end.c_str());
+            // In the log's form: a report tells by its time in which call a service died.
+            if (!asked) __android_log_write(ANDROID_LOG_ERROR, "deviceshell", end.c_str());
             return {pid, true, status};
         }
-        pollfd sources[2] = {{m_signals, POLLIN, 0}, {m_control, POLLIN, 0}};
+        pollfd source = {m_signals, POLLIN, 0};
         const long left = std::max(0L, deadline - NowMilliseconds());
-        const int count = poll(sources, 2, deadline == kNever ? -1 : static_cast<int>(left));
-        unsigned char byte = 0;
-        if (sources[1].revents && read(m_control, &byte, 1) == 1) return {0, false, 0, byte};
+        const int count = poll(&source, 1, deadline == kNever ? -1 : static_cast<int>(left));
         signalfd_siginfo signal = {};
         if (read(m_signals, &signal, sizeof signal) == sizeof signal) {
             const int number = static_cast<int>(signal.ssi_signo);
-            if (number != SIGCHLD) return {0, false, 0, number, true};
+            const bool fromTerminal = signal.ssi_code == SI_KERNEL && number != SIGHUP;
+            if (number != SIGCHLD) return {0, false, 0, number, fromTerminal};
         }
         if (count == 0) return {};
     }
@@ -162,7 +165,7 @@ Device::Event Device::Next(long deadline) {
 
 pid_t Device::Start(const Words& argv, bool asProgram) const {
     const pid_t pid = fork();
-    if (pid < 0) Complain(argv[0] + ": " + strerror(errno));
+    if (pid < 0) Complain(std::string("cannot start a program: ") + strerror(errno));
     if (pid != 0) return pid;
     if (asProgram || m_terminal) setpgid(0, 0);  // no signals from the terminal, or all of them
     if (asProgram) {
@@ -187,7 +190,8 @@ bool Device::StartPrograms() {
         m_next += argv.size() + 1;
         const pid_t pid = Start(argv, true);
         if (pid < 0) return false;
-        m_running[pid] = argv[0].substr(argv[0].rfind('/') + 1);
+        const std::string program = *std::find_if(argv.begin(), argv.end(), IsNoSetting);
+        m_running[pid] = program.substr(program.rfind('/') + 1);
         if (service.empty() && !Await({""})) return false;
         if (!service.empty()) services.push_back(service);
     }
@@ -269,9 +273,9 @@ void Device::StopPrograms() {
 }
 
 }  // namespace
-
-int RunInside(const Words& words, bool takeTerminal) {
-    return Device(words, takeTerminal).Run();
-}
-
 }  // namespace deviceshell
+
+int main(int argc, char** argv) {
+    const bool terminal = argc > 1 && strcmp(argv[1], "--terminal") == 0;
+    return deviceshell::Device({argv + (terminal ? 2 : 1), argv + argc}, terminal).Run();
+}
