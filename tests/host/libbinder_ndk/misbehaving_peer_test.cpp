@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
-#include "host/libbinder_ndk/objects.h"
 #include "host/libbinder_ndk/parcel.h"
 #include "host/libbinder_ndk/peer.h"
 #include "tests/host/libbinder_ndk/peer_service.h"

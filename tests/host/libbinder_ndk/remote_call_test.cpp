@@ -82,6 +82,7 @@ TEST(Callback, RunsOnTheWaitingThread) {
     Peer peer = StartPeer({{"PEER_THREADS", "0"}});
     EXPECT_EQ(AskPeer(peer.binder, kCall, Writes(NewPeerObject(), 7)), 8);
     EXPECT_EQ(AddsOnThisThread(), 1);
+    EXPECT_FALSE(AIBinder_isHandlingTransaction()) << "any more";
 }
 
 TEST(ThreadPool, RunsCallsInParallelOnAtMostTheConfiguredThreads) {
