@@ -17,14 +17,14 @@ using base::Done;
 using base::Failure;
 using base::Result;
 
-// Calls `develop` with the picture of every output; it returns what went wrong, empty when done.
+// Calls `develop` with the picture of every output.
 template <class Develop>
 Result<Done> DevelopAll(const std::vector<RequestBuffer>& outputs, const Develop& develop) {
     for (const RequestBuffer& output : outputs) {
         const auto picture = LockedBuffer::Lock(output.buffer, Access::kWrite);
         if (!picture.Ok()) return picture.GetFailure();
-        const std::string problem = develop(picture.Value().Nv12(*output.stream));
-        if (!problem.empty()) return Failure{problem};
+        const Result<Done> done = develop(picture.Value().Nv12(*output.stream));
+        if (!done.Ok()) return done;
     }
     return Done{};
 }
@@ -79,10 +79,9 @@ Result<Done> YuvToJpeg(const Request& request, const FaultInjector& faults) {
         uint8_t* const data = file.Value().Data();
         const int32_t bufferSize = output.stream->bufferSize;
         const auto capacity = static_cast<size_t>(bufferSize - kBlobTrailerBytes);
-        size_t fileSize = 0;
-        const std::string problem = imaging::EncodeJpeg(view, settings, data, capacity, &fileSize);
-        if (!problem.empty()) return Failure{problem};
-        WriteBlobTrailer(data, bufferSize, fileSize);
+        const Result<size_t> fileSize = imaging::EncodeJpeg(view, settings, data, capacity);
+        if (!fileSize.Ok()) return fileSize.GetFailure();
+        WriteBlobTrailer(data, bufferSize, fileSize.Value());
     }
     return Done{};
 }

@@ -66,21 +66,20 @@ void SetPicture(const imaging::Nv12View& picture, Frame* frame) {
     const Bytes y = Average(picture.y, picture.strideBytes, width, height, 1, factor);
     const Bytes uv = Average(picture.uv, picture.strideBytes, width / 2, height / 2, 2, factor);
     Bytes jpeg(y.size() * 3 + kJpegHeadRoom);
-    size_t bytes = 0;
-    const std::string problem =
-            imaging::EncodeJpeg({y.data(), uv.data(), width, height, width}, {kQuality, 0},
-                                jpeg.data(), jpeg.size(), &bytes);
-    if (!problem.empty()) {
-        frame->note = "no reduced picture: " + problem;
+    const auto bytes = imaging::EncodeJpeg({y.data(), uv.data(), width, height, width},
+                                           {kQuality, 0}, jpeg.data(), jpeg.size());
+    if (!bytes.Ok()) {
+        frame->note = "no reduced picture: " + bytes.Error();
         return;
     }
-    gchar* const text = g_base64_encode(jpeg.data(), bytes);
+    gchar* const text = g_base64_encode(jpeg.data(), bytes.Value());
     frame->picture = std::string("data:image/jpeg;base64,") + text;
     g_free(text);
 }
 
 void ExamineRaster(FrameFormat format, Frame* frame) {
-    const auto geometry = offlineframes::ResolveGeometry(frame->path, format, {}, frame->bytes);
+    const auto geometry =
+            offlineframes::ResolveGeometry(frame->path, {format, {}, 0, 0}, frame->bytes);
     const auto bytes = offlineframes::ReadFile(frame->path);
     if (!geometry.Ok() || !bytes.Ok()) {
         frame->note = geometry.Ok() ? bytes.Error() : geometry.Error();
@@ -92,8 +91,8 @@ void ExamineRaster(FrameFormat format, Frame* frame) {
     frame->height = height;
     frame->stride = geometry.Value().stride;
     frame->scanlines = geometry.Value().scanlines;
-    const auto dump = offlineframes::ParseDumpName(frame->path);
-    if (dump && !dump->scanlines) {
+    if (offlineframes::NumberInDumpName(frame->path, "Stride") != 0 &&
+        offlineframes::NumberInDumpName(frame->path, "Scanline") == 0) {
         frame->note = "scan lines as the file's size tells: its name does not";
     }
     const uint8_t* const plane = bytes.Value().data();
@@ -104,9 +103,9 @@ void ExamineRaster(FrameFormat format, Frame* frame) {
     Bytes nv12(size_t{width} * height * 3 / 2);
     const imaging::MutableNv12View developed = {nv12.data(), nv12.data() + size_t{width} * height,
                                                 width, height, width};
-    const std::string problem = imaging::RawToNv12({plane, width, height, stride}, developed);
-    if (problem.empty()) SetPicture(developed, frame);
-    if (!problem.empty()) frame->note = "no reduced picture: " + problem;
+    const auto done = imaging::RawToNv12({plane, width, height, stride}, developed);
+    if (done.Ok()) SetPicture(developed, frame);
+    if (!done.Ok()) frame->note = "no reduced picture: " + done.Error();
 }
 
 // As it is stored: not turned by its orientation.
