@@ -1,26 +1,40 @@
 // NV12 and display values, one pixel at a time.
 #include <imaging/camera_physics.h>
 #include <imaging/rgb.h>
+#include <string.h>
 
 #include <algorithm>
+#include <array>
 
 namespace imaging {
 
+namespace {
+
+// Samples from -256 to 511, 256 places further on, as they fit into a byte.
+constexpr auto kClamped = [] {
+    std::array<uint8_t, 768> table = {};
+    for (int i = 256; i < 768; ++i) table[i] = static_cast<uint8_t>(std::min(i - 256, 255));
+    return table;
+}();
+
+}  // namespace
+
+// A table is faster than std::clamp for the 36 million samples of a frame, as is writing two pixels
+// at once.
 void RgbFromNv12(const Nv12View& picture, uint32_t y, uint8_t* rgb) {
-    const uint8_t* const luma = picture.y + y * picture.strideBytes;
-    const uint8_t* const chroma = picture.uv + y / 2 * picture.strideBytes;
-    for (uint32_t x = 0; x < picture.width; x += 2) {
-        const int cb = chroma[x] - 128;
-        const int cr = chroma[x + 1] - 128;
+    const uint8_t* luma = picture.y + y * picture.strideBytes;
+    const uint8_t* chroma = picture.uv + y / 2 * picture.strideBytes;
+    const uint8_t* const end = luma + picture.width;
+    for (; luma < end; luma += 2, chroma += 2, rgb += 6) {
+        const int cb = chroma[0] - 128;
+        const int cr = chroma[1] - 128;
         // In 1/65536, and a half to round: 1.402; 0.344136, 0.714136; 1.772.
-        const int add[3] = {91881 * cr + 32768, -22553 * cb - 46802 * cr + 32768,
-                            116130 * cb + 32768};
-        for (uint32_t i = 0; i < 2; ++i) {
-            for (const int share : add) {
-                const int value = (luma[x + i] * 65536 + share) >> 16;
-                *rgb++ = static_cast<uint8_t>(std::clamp(value, 0, 255));
-            }
-        }
+        const uint8_t* const red = &kClamped[256 + ((91881 * cr + 32768) >> 16)];
+        const uint8_t* const green = &kClamped[256 + ((-22553 * cb - 46802 * cr + 32768) >> 16)];
+        const uint8_t* const blue = &kClamped[256 + ((116130 * cb + 32768) >> 16)];
+        const uint8_t pixels[6] = {red[luma[0]], green[luma[0]], blue[luma[0]],
+                                   red[luma[1]], green[luma[1]], blue[luma[1]]};
+        memcpy(rgb, pixels, sizeof pixels);
     }
 }
 
