@@ -3,6 +3,7 @@
 #include <imaging/rgb.h>
 
 #include <algorithm>
+#include <array>
 #include <cstring>
 
 namespace imaging {
@@ -12,9 +13,7 @@ namespace {
 // Samples from -256 to 511, 256 places further on, as they fit into a byte.
 constexpr auto kClamped = [] {
     std::array<uint8_t, 768> table = {};
-    for (size_t i = 256; i < 768; ++i) {
-        table[i] = static_cast<uint8_t>(std::min<size_t>(i - 256, 255));
-    }
+    for (int i = 256; i < 768; ++i) table[i] = static_cast<uint8_t>(std::min(i - 256, 255));
     return table;
 }();
 
@@ -35,7 +34,7 @@ void RgbFromNv12(const Nv12View& picture, uint32_t y, uint8_t* rgb) {
         const uint8_t* const blue = &kClamped[256 + ((116130 * cb + 32768) >> 16)];
         const uint8_t pixels[6] = {red[luma[0]], green[luma[0]], blue[luma[0]],
                                    red[luma[1]], green[luma[1]], blue[luma[1]]};
-        memcpy(rgb, pixels, sizeof(pixels));
+        memcpy(rgb, pixels, sizeof pixels);
     }
 }
 
