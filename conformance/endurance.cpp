@@ -1,5 +1,6 @@
 // Checks that nothing stays behind after many sessions and deaths.
 #include <dirent.h>
+#include <fcntl.h>
 #include <poll.h>
 #include <signal.h>
 #include <sys/wait.h>
