@@ -83,6 +83,7 @@ constexpr services::FaultName kNames[] = {
         {"broken-buffers", "the result's output buffers have the status ERROR"},
         {"partial-count", "the result states three parts of metadata, and one comes"},
         {"silent-refusal", "a wrong request is taken, and nothing comes of it"},
+        {"need-metadata", "a request without metadata is taken, and nothing comes of it"},
         {"first-request-only", "the other requests of a call are dropped"},
         {"short-queue", "requests are dropped while two frames are in flight"},
         {"short-picture", "the last two rows of a picture are left out"},

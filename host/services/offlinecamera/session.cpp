@@ -141,6 +141,9 @@ ndk::ScopedAStatus OfflineCameraSession::processOfflineRequest(
         if (!number.Ok()) return Refuse(kProcess, kIllegalArgument, number.Error());
         *frameNumber = number.Value();
         if (m_faults->Has("first-request-only")) checked.resize(1);
+        if (m_faults->Has("need-metadata") && requests[0].inFrameInfos[0].metadata.empty()) {
+            checked.clear();
+        }
         if (m_faults->Has("short-queue") && m_worker.FramesInFlight().size() >= 2) checked.clear();
         m_worker.Enqueue(std::move(checked));
     }
