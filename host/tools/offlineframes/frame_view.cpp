@@ -7,7 +7,6 @@
 #include <imaging/rgb.h>
 
 #include <algorithm>
-#include <cstring>
 #include <filesystem>
 
 namespace offlineframes {
@@ -46,11 +45,7 @@ RowSource RowsOfMosaic(Bytes&& frame, const FrameGeometry& geometry) {
 
 View ViewOf(Picture picture, const std::string& description) {
     const PictureSize size = picture;
-    return {size,
-            [picture = std::move(picture)](uint32_t y, uint8_t* rgb) {
-                memcpy(rgb, picture.Pixel(0, y), size_t{picture.width} * 3);
-            },
-            description};
+    return {size, RowsOf(std::move(picture)), description};
 }
 
 Result<View> ViewFrame(const std::string& path, FrameFormat format, const ViewRequest& request,
@@ -95,7 +90,8 @@ Result<View> ViewPicture(const std::string& path, const ViewRequest& request, co
                               std::to_string(jpeg.orientation) + ", " +
                               std::to_string(jpeg.jpegBytes) + " of the file's " +
                               std::to_string(bytes.size()) + " bytes";
-    const PictureSize named = {NumberInDumpName(path, "Width"), NumberInDumpName(path, "Height")};
+    const PictureSize named = {NumberInDumpName(path, "Width").value_or(0),
+                               NumberInDumpName(path, "Height").value_or(0)};
     if (named.width != 0 && named.height != 0 && !(named == jpeg.fullSize)) {
         description += "; the name says " + Describe(named);
     }

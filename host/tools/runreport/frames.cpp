@@ -91,8 +91,7 @@ void ExamineRaster(FrameFormat format, Frame* frame) {
     frame->height = height;
     frame->stride = geometry.Value().stride;
     frame->scanlines = geometry.Value().scanlines;
-    if (offlineframes::NumberInDumpName(frame->path, "Stride") != 0 &&
-        offlineframes::NumberInDumpName(frame->path, "Scanline") == 0) {
+    if (offlineframes::NumberInDumpName(frame->path, "Scanline") == 0u) {
         frame->note = "scan lines as the file's size tells: its name does not";
     }
     const uint8_t* const plane = bytes.Value().data();
