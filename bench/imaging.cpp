@@ -18,8 +18,9 @@ namespace {
 using imaging::Execution;
 using imaging::InstructionSet;
 
-void RequireDone(const std::string& problem) {
-    Require(problem.empty(), "measure: " + problem);
+template <class T>
+void RequireDone(const base::Result<T>& result) {
+    Require(result.Ok(), "measure: " + (result.Ok() ? "" : result.Error()));
 }
 
 Execution On(uint32_t threads) {
@@ -130,8 +131,7 @@ void CompareJpeg(Frame& frame) {
             tjBufSize(static_cast<int>(planes.width), static_cast<int>(planes.rows), TJSAMP_420);
     Buffer blob(Describe(graphics::kFormatBlob, static_cast<uint32_t>(room), 1));
     const auto encode = [&](uint32_t threads) {
-        size_t size = 0;
-        RequireDone(imaging::EncodeJpeg(frame.Picture(), {}, blob.Data(), blob.Layout().size, &size,
+        RequireDone(imaging::EncodeJpeg(frame.Picture(), {}, blob.Data(), blob.Layout().size,
                                         On(threads)));
     };
     Compare("Y2J beside libjpeg-turbo",

@@ -30,3 +30,16 @@ read_options() {
     done
     words=("$@")
 }
+
+# read_service VALUE: of --service, a program's path, or words that blanks separate: settings of its
+# environment, its path and its arguments. Leaves them in `service_words`, the path absolute.
+read_service() {
+    local i=0
+    service_words=("$1")
+    [[ -f "$1" ]] || read -ra service_words <<<"$1"
+    while [[ ! -f "${service_words[i]-}" && "${service_words[i]-}" == *=* ]]; do i=$((i + 1)); done
+    local path="${service_words[i]-}"
+    [[ -f "$path" ]] || refuse "--service $1: no such program"
+    [[ -x "$path" ]] || refuse "--service $1: no program, as it is not executable (chmod +x)"
+    service_words[i]="$(readlink -f -- "$path")"
+}

@@ -1,18 +1,48 @@
-# ./check faults and ./check pages: pages that programs write, beside the committed ones. Sourced.
+# ./check bench, faults and pages: pages that programs write, beside the committed ones. Sourced.
+
+# accept FRESH COMMITTED: replaces the committed page.
+accept() {
+    cp "$1" "$2"
+    say "replaced ${2#"$root"/}"
+}
 
 # compare_page FRESH COMMITTED WORD [--accept]: shows what differs or, told so, replaces the
 # committed page. Status 0 when nothing differs or it was replaced.
 compare_page() {
     local name="${2#"$root"/}"
     if [[ "${4:-}" == --accept ]]; then
-        cp "$1" "$2"
-        say "replaced $name"
+        accept "$1" "$2"
     elif diff -u --label "$name" --label "now (${1#"$root"/})" "$2" "$1"; then
         tell "$green" "$name holds"
     else
         complain "$name says otherwise; if what is there now is right: ./check $3 --accept"
         return 1
     fi
+}
+
+# Percent of its processors' time that the machine is busy with, for a second.
+busy() {
+    local a b i total=0
+    read -ra a </proc/stat
+    sleep 1
+    read -ra b </proc/stat
+    for i in "${!a[@]}"; do ((i == 0)) || total=$((total + b[i] - a[i])); done
+    echo $((100 - 100 * (b[4] - a[4]) / total))
+}
+
+# bench FOLDER [--accept]: measures beside baselines and shows the table; keeps it only when told so.
+bench() {
+    local percent fresh="$out/bench.md"
+    build "$1" "" bench || return 1
+    percent="$(busy)"
+    if ((percent > 10)); then
+        tell "$yellow" "the machine is $percent % busy with something else: the times are no measure"
+        [[ "${2:-}" != --accept ]] || refuse "bench/results.md stays; try again when it is quiet"
+    fi
+    say "measuring: some 30 s"
+    "$1/bench/bench" >"$fresh" || { complain "the measurement failed"; return 1; }
+    cat "$fresh"
+    [[ "${2:-}" != --accept ]] || accept "$fresh" "$root/bench/results.md"
 }
 
 # faults FOLDER [--accept]: what the tool does under each fault, by the build in FOLDER.

@@ -222,7 +222,7 @@ bool Device::Await(const Words& services) {
 bool Device::EndsStart(const Event& event) {
     if (event.ofProgram) {
         Complain(m_running[event.pid] + " " + DescribeEnd(event.waitStatus) +
-                 " before it answered; the device log (--device-log) shows what it said");
+                 " before it answered; the services' log shows what it said");
         m_running.erase(event.pid);
     }
     if (event.signal) {

@@ -12,7 +12,9 @@ platform log of everything and the binder calls.
                      (without it: an empty one that is gone afterwards)
   --no-service       leave the offline camera service out
   --no-allocator     leave the graphics allocator out
-  --service PATH     run this program as the offline camera service
+  --service PROGRAM  run this program as the offline camera service; in one word,
+                     '[NAME=VALUE]... PROGRAM [ARGUMENT]...' gives it environment and
+                     arguments
   --fault NAME[=ARG] let the service or the allocator misbehave; may be repeated;
                      'help' lists the names
   --planes           vexofflinecameratest is the build that knows plane layouts
@@ -33,7 +35,8 @@ up; 2 for a usage error, after which nothing was started."
 greeting="A shell on the stand-in device; 'exit' takes the device down.
   vexofflinecameratest -t B2Y    the tool; its files are in /data/vendor/camera (cd)
   service list                   the registered services
-  logcat -d, trace -d            platform log and binder calls so far (without -d: follow)"
+  logcat -d, trace -d            platform log and binder calls so far (without -d: follow)
+  adb, getprop                   as on a workstation beside a device, and on one"
 
 self="${BASH_SOURCE[0]}"
 [[ "$self" == /* && ! -L "$self" ]] || self="$(readlink -f "$self")"
@@ -55,8 +58,7 @@ if [[ -n "$data" ]]; then
 fi
 if [[ -n "$service" ]]; then
     [[ -z "${given[--no-service]}" ]] || refuse "--no-service and --service exclude each other"
-    [[ -f "$service" && -x "$service" ]] || refuse "--service $service: no such program"
-    service="$(readlink -f -- "$service")"
+    read_service "$service"
 fi
 [[ -z "${given[--run-record]}" || $# == 0 ]] ||
     refuse "--run-record is for a shell and takes no COMMAND"
@@ -94,7 +96,7 @@ for fault in "${faults[@]}"; do
     owner+=(--fault "$fault")
     said="$(ask "${owner[@]}")" || refuse "--fault $fault: refused by ${said%%$'\n'*}"
 done
-[[ -z "$service" ]] || camera=("$service")
+[[ -z "$service" ]] || camera=("${service_words[@]}")
 
 # deviceinit's words: each program after the name that it registers, with an empty word behind it.
 programs=("" "$bin/servicemanager" "")
@@ -103,8 +105,8 @@ programs=("" "$bin/servicemanager" "")
 [[ -n "${given[--no-service]}" ]] ||
     programs+=(vendor.zel.hardware.camera.offlinecamera.IOfflineCameraService/default
         "${camera[@]}" "")
-for path in "${programs[@]}" ${given[--planes]:+"$bin/vexofflinecameratest-planes"}; do
-    [[ "$path" != /* || -x "$path" ]] || refuse "$path: no such program; build it first"
+for path in servicemanager graphicsallocator offlinecameraservice vexofflinecameratest-planes; do
+    [[ -x "$bin/$path" ]] || refuse "$bin/$path: no such program; build it first"
 done
 
 # --- The command, and its files. A shell has one log of all programs at hand, as on a device, and
@@ -146,11 +148,12 @@ environment=("PATH=${record:+/vendor/bin/recorded:}/vendor/bin:${PATH-/bin}"
     ${given[-v]:+STANDIN_LOG_ECHO=1} POSIXLY_CORRECT=1) # which a device's getopt is
 
 # --- The file system: the host's, read-only, but for the places that the device has of its own.
-# Folders above those are made anew and filled entry by entry, also where the host has a link. ---
+# Folders above those are made anew and filled entry by entry, also where the host has a link. The
+# host's /run, with the sockets of its services, is no part of the device. ---
 sandbox=(--unshare-pid --as-pid-1 --die-with-parent --tmpfs /)
 above=(/ /data/ /data/vendor/ /vendor/ /vendor/lib64/)
 own=" / /data /data/vendor /vendor /vendor/lib64 /data/vendor/camera /vendor/bin /vendor/lib64/hw
-    /proc /dev /binder "
+    /proc /dev /binder /run "
 while IFS= read -rd '' kind && IFS= read -rd '' path && IFS= read -rd '' target; do
     case "$kind$own" in
     *" $path "*) ;;
@@ -160,10 +163,10 @@ while IFS= read -rd '' kind && IFS= read -rd '' path && IFS= read -rd '' target;
 done < <(find "${above[@]}" -mindepth 1 -maxdepth 1 -printf '%y\0%p\0%l\0' 2>/dev/null)
 sandbox+=(--proc /proc --dev /dev --ro-bind "$bin" /vendor/bin
     --ro-bind-try "$bin/../vendor/lib64/hw" /vendor/lib64/hw --perms 0700 --tmpfs /binder)
-# A build in the host's /dev/shm is hidden by --dev: its folder is mounted again, whole, because
+# A build in the host's /dev/shm or /run is hidden: its folder is mounted again, whole, because
 # programs need their libraries, too.
-for path in "$bin/" "$service"; do
-    [[ "$path" =~ ^/dev/[^/]+ ]] && sandbox+=(--ro-bind "${BASH_REMATCH[0]}" "${BASH_REMATCH[0]}")
+for path in "$bin/" "${camera[@]}"; do
+    [[ "$path" =~ ^/(dev|run)/[^/]+ ]] && sandbox+=(--ro-bind "${BASH_REMATCH[0]}" "${BASH_REMATCH[0]}")
 done
 [[ -z "${given[--planes]}" ]] ||
     sandbox+=(--ro-bind "$bin/vexofflinecameratest-planes" /vendor/bin/vexofflinecameratest)

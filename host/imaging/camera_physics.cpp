@@ -31,8 +31,8 @@ const ToneTable& ToneCurve() {
     return table;
 }
 
-int LinearFromTone(uint8_t tone) {
-    return static_cast<int>(std::floor(kLinearMax * LinearFromSrgb(tone / 255.0) + 0.5));
+double LinearFromTone(uint8_t tone) {
+    return kLinearMax * LinearFromSrgb(tone / 255.0);
 }
 
 }  // namespace imaging

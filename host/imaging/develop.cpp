@@ -29,40 +29,40 @@ void ForEachStrip(const RawView& raw, const MutableNv12View& out, uint32_t worke
     });
 }
 
-std::string Check(const std::vector<RawView>& frames, const MutableRawView& scratch,
-                  const MutableNv12View& out) {
+Result<Done> Check(const std::vector<RawView>& frames, const MutableRawView& scratch,
+                   const MutableNv12View& out) {
     if (frames.empty() || frames.size() > kMaxAverageFrames) {
-        return "average of " + std::to_string(frames.size()) + " frames: 1 to " +
-               std::to_string(kMaxAverageFrames) + " are possible";
+        return Failure{"average of " + std::to_string(frames.size()) + " frames: 1 to " +
+                       std::to_string(kMaxAverageFrames) + " are possible"};
     }
-    std::string problem = CheckDevelopment(frames[0], out);
-    if (problem.empty()) problem = CheckRaw(scratch, "scratch frame");
+    Result<Done> checked = CheckDevelopment(frames[0], out);
+    if (checked.Ok()) checked = CheckRaw(scratch, "scratch frame");
     for (const RawView& frame : frames) {
-        if (problem.empty()) problem = CheckRaw(frame, "frame to average");
-        if (problem.empty() && (frame.width != scratch.width || frame.height != scratch.height)) {
-            problem = "frame to average is " + Size(frame.width, frame.height) +
-                      ", the scratch frame " + Size(scratch.width, scratch.height) +
-                      ": they must be equal";
+        if (checked.Ok()) checked = CheckRaw(frame, "frame to average");
+        if (checked.Ok() && (frame.width != scratch.width || frame.height != scratch.height)) {
+            checked = Failure{"frame to average is " + Size(frame.width, frame.height) +
+                              ", the scratch frame " + Size(scratch.width, scratch.height) +
+                              ": they must be equal"};
         }
     }
-    return problem;
+    return checked;
 }
 
 }  // namespace
 
-std::string RawToNv12(const RawView& raw, const MutableNv12View& out, const Execution& execution) {
-    if (std::string problem = CheckDevelopment(raw, out); !problem.empty()) return problem;
-
+Result<Done> RawToNv12(const RawView& raw, const MutableNv12View& out, const Execution& execution) {
+    Result<Done> checked = CheckDevelopment(raw, out);
+    if (!checked.Ok()) return checked;
     const Functions& functions = FunctionsFor(execution.instructions);
     ForEachStrip(raw, out, execution.threads,
                  [&](const DevelopJob& job, uint32_t) { functions.develop(job, ToneCurve()); });
-    return {};
+    return checked;
 }
 
-std::string AverageToNv12(const std::vector<RawView>& frames, const MutableRawView& scratch,
-                          const MutableNv12View& out, const Execution& execution) {
-    if (std::string problem = Check(frames, scratch, out); !problem.empty()) return problem;
-
+Result<Done> AverageToNv12(const std::vector<RawView>& frames, const MutableRawView& scratch,
+                           const MutableNv12View& out, const Execution& execution) {
+    Result<Done> checked = Check(frames, scratch, out);
+    if (!checked.Ok()) return checked;
     // Each worker keeps to rows of its own in the scratch frame.
     const uint32_t rowsOfWorker = std::min(kStripRows + 2 * kDemosaicMargin, scratch.height);
     const uint32_t workers = std::min(execution.threads, scratch.height / rowsOfWorker);
@@ -81,7 +81,7 @@ std::string AverageToNv12(const std::vector<RawView>& frames, const MutableRawVi
         job.mosaicRow -= first;
         functions.develop(job, ToneCurve());
     });
-    return {};
+    return checked;
 }
 
 }  // namespace imaging

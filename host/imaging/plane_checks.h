@@ -1,6 +1,7 @@
 // Checks of the sizes that a view claims.
 #pragma once
 
+#include <base/result.h>
 #include <imaging/planes.h>
 #include <imaging/raw10.h>
 
@@ -8,41 +9,45 @@
 
 namespace imaging {
 
+using base::Done;
+using base::Failure;
+using base::Result;
+
 inline std::string Size(uint32_t width, uint32_t height) {
     return std::to_string(width) + " x " + std::to_string(height);
 }
 
-// Empty, or what is wrong with a view's sizes; `what` names it in the text.
-inline std::string CheckSizes(uint32_t width, uint32_t height, size_t strideBytes, size_t rowBytes,
-                              uint32_t grid, const char* what, const char* rule) {
+// Fails when the sizes of a view are impossible; `what` names it in the text.
+inline Result<Done> CheckSizes(uint32_t width, uint32_t height, size_t strideBytes, size_t rowBytes,
+                               uint32_t grid, const char* what, const char* rule) {
     if (width == 0 || width % grid != 0 || height == 0 || height % 2 != 0) {
-        return std::string(what) + " is " + Size(width, height) + ": " + rule;
+        return Failure{std::string(what) + " is " + Size(width, height) + ": " + rule};
     }
-    if (strideBytes >= rowBytes) return {};
-    return std::string(what) + " has a stride of " + std::to_string(strideBytes) +
-           " bytes: " + std::to_string(width) + " pixels need " + std::to_string(rowBytes);
+    if (strideBytes >= rowBytes) return Done{};
+    return Failure{std::string(what) + " has a stride of " + std::to_string(strideBytes) +
+                   " bytes: " + std::to_string(width) + " pixels need " + std::to_string(rowBytes)};
 }
 
-inline std::string CheckRaw(const RawView& raw, const char* what) {
+inline Result<Done> CheckRaw(const RawView& raw, const char* what) {
     return CheckSizes(raw.width, raw.height, raw.strideBytes, Raw10RowBytes(raw.width),
                       kRaw10PixelsPerGroup, what,
                       "RAW10 needs a width that is a multiple of 4 and an even height");
 }
 
-inline std::string CheckNv12(const Nv12View& picture, const char* what) {
+inline Result<Done> CheckNv12(const Nv12View& picture, const char* what) {
     return CheckSizes(picture.width, picture.height, picture.strideBytes, picture.width, 2, what,
                       "NV12 needs even sizes");
 }
 
 // Whether a frame can be developed into a picture.
-inline std::string CheckDevelopment(const RawView& raw, const Nv12View& picture) {
-    std::string problem = CheckRaw(raw, "RAW frame");
-    if (problem.empty()) problem = CheckNv12(picture, "picture");
-    if (problem.empty() && (picture.width > raw.width || picture.height > raw.height)) {
-        problem = "picture of " + Size(picture.width, picture.height) +
-                  " is larger than its RAW frame of " + Size(raw.width, raw.height);
+inline Result<Done> CheckDevelopment(const RawView& raw, const Nv12View& picture) {
+    Result<Done> checked = CheckRaw(raw, "RAW frame");
+    if (checked.Ok()) checked = CheckNv12(picture, "picture");
+    if (checked.Ok() && (picture.width > raw.width || picture.height > raw.height)) {
+        return Failure{"picture of " + Size(picture.width, picture.height) +
+                       " is larger than its RAW frame of " + Size(raw.width, raw.height)};
     }
-    return problem;
+    return checked;
 }
 
 }  // namespace imaging

@@ -7,8 +7,10 @@
 #include <unistd.h>
 
 #include <cstdlib>
+#include <deque>
 #include <functional>
 #include <memory>
+#include <mutex>
 
 #include "dispatch.h"
 #include "log.h"
@@ -16,6 +18,14 @@
 #include "parcel.h"
 
 namespace {
+
+// A class lives as long as the process, whether or not the program keeps the pointer.
+AIBinder_Class* NewClass() {
+    static std::mutex* const mutex = new std::mutex;
+    static std::deque<AIBinder_Class>* const classes = new std::deque<AIBinder_Class>;
+    std::lock_guard<std::mutex> lock(*mutex);
+    return &classes->emplace_back();
+}
 
 // Whether the object's interface promises what the calling code relies on.
 bool CoversCaller(AIBinder* binder, binder_flags_t flags) {
@@ -59,7 +69,7 @@ AIBinder_Class* AIBinder_Class_define(const char* interfaceDescriptor,
         onTransact == nullptr) {
         return nullptr;
     }
-    auto* clazz = new AIBinder_Class;
+    AIBinder_Class* const clazz = NewClass();
     clazz->descriptor = interfaceDescriptor;
     clazz->onCreate = onCreate;
     clazz->onDestroy = onDestroy;

@@ -57,10 +57,8 @@ struct Peer::IncomingCall {
 };
 
 binder_status_t Peer::SendMessage(OutgoingFrame* frame, AParcel* parcel) {
-    binder_status_t status = EncodeMessage(parcel, this, frame);
-    if (status == STATUS_OK) status = Send(frame);
-    if (status != STATUS_OK) UndoEncoding(&m_references, *frame);
-    return status;
+    const binder_status_t status = EncodeMessage(parcel, this, frame);
+    return status == STATUS_OK ? Send(frame) : status;
 }
 
 binder_status_t Peer::Transact(uint64_t number, const AIBinder_Class* clazz,

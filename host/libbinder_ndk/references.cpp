@@ -198,16 +198,6 @@ binder_status_t EncodeMessage(AParcel* parcel, Peer* peer, OutgoingFrame* frame)
     return STATUS_OK;
 }
 
-void UndoEncoding(PeerReferences* references, const OutgoingFrame& frame) {
-    for (const ReferenceRecord& reference : frame.references) {
-        if (reference.owner != ReferenceOwner::kSender) continue;
-        LocalBinder* dropped = nullptr;
-        references->GiveBack(reference.number, 1, &dropped);
-        if (dropped != nullptr) dropped->DecStrong();
-    }
-    for (AIBinder* kept : references->TakeKept(frame.header.referencesId)) kept->DecStrong();
-}
-
 namespace {
 
 base::Failure RecordFailure(uint32_t offset, const char* problem) {

@@ -70,9 +70,8 @@ void ForgetExported(const LocalBinder* binder);
 void SetContextObject(LocalBinder* binder);
 
 // Fills the frame from the parcel, whose bytes and descriptors it borrows, and counts references to
-// own objects as sent. If it fails, or the frame is not sent, UndoEncoding takes that back.
+// own objects as sent: a frame that is then not sent has ended the connection, and all counts.
 binder_status_t EncodeMessage(AParcel* parcel, Peer* peer, OutgoingFrame* frame);
-void UndoEncoding(PeerReferences* references, const OutgoingFrame& frame);
 
 // Takes over a frame's content. A failure says what is malformed.
 base::Result<base::Done> DecodeMessage(IncomingFrame* frame, const std::shared_ptr<Peer>& peer,

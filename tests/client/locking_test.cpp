@@ -39,8 +39,8 @@ class Locking : public ClientTest {
 
     // The locks that are held now.
     std::string Held() {
-        return std::string(IsHeld(client.m_resultLock) ? "results " : "") +
-               (IsHeld(*bufferLock) ? "buffers " : "");
+        return std::string(IsHeld(client.m_resultLock) ? "m_resultLock " : "") +
+               (IsHeld(*bufferLock) ? "m_bufferLock " : "");
     }
 
     const std::shared_ptr<OfflineCameraClient::OfflineCameraCallBacks> callback = client.m_callback;
@@ -56,7 +56,11 @@ TEST_F(Locking, EachLockIsHeldForItsOwnState) {
         log.AtLine(line, [this, &held, line] { held[line] = Held(); });
     }
     Lines atSignals;
-    gAtSignal = [&] { atSignals.push_back(Held()); };
+    gAtSignal = [&] {
+        atSignals.push_back(Held() + Format("%zu messages %zu results",
+                                            client.m_notifyMessages.size(),
+                                            client.m_resultFrameInfos.size()));
+    };
     around.session->onProcess = [this](const auto&) {
         std::vector<OfflineBufferRequest> requests(1);
         requests[0].numBuffersRequested = 1;
@@ -73,14 +77,15 @@ TEST_F(Locking, EachLockIsHeldForItsOwnState) {
     ASSERT_EQ(client.ProcessOfflineRequest(), 0);
     client.WaitCaptureResultCompleted();
     own.reset();
-    EXPECT_THAT(atSignals, ElementsAre("", "results "));  // of the message and of the result
-    EXPECT_THAT(held, ElementsAre(Pair("IsResultReceivedLocked sucessfully", "results "),
-                                  Pair("ProcessOfflineResult 1", "results "),
-                                  Pair("WaitForShutter frame 7 time", "results "),
+    EXPECT_THAT(atSignals,
+                ElementsAre("1 messages 0 results", "m_resultLock 1 messages 1 results"));
+    EXPECT_THAT(held, ElementsAre(Pair("IsResultReceivedLocked sucessfully", "m_resultLock "),
+                                  Pair("ProcessOfflineResult 1", "m_resultLock "),
+                                  Pair("WaitForShutter frame 7 time", "m_resultLock "),
                                   Pair("[AIDL] OfflineCameraClient destr", ""),
-                                  Pair("m_nextBufferId 1", "buffers "),
+                                  Pair("m_nextBufferId 1", "m_bufferLock "),
                                   Pair("result completed importedBuf", ""),
-                                  Pair("returnStreamBuffers: unknown", "buffers ")));
+                                  Pair("returnStreamBuffers: unknown", "m_bufferLock ")));
 }
 
 // Messages, and deliveries of nothing, reach the client while another thread holds its lock.

@@ -91,6 +91,7 @@ TEST_F(OutputDump, WritesAsMuchAsTheTrailerOfAJpegAllows) {
         uint32_t written;
     } cases[] = {{262152, Dataspace::JFIF, 262152},
                  {262151, Dataspace::JFIF, 1200000},
+                 {-1, Dataspace::JFIF, 1200000},
                  {262151, Dataspace::UNKNOWN, 200000},
                  {300000, Dataspace::UNKNOWN, 300000},
                  {700000, Dataspace::UNKNOWN, 700000}};  // more than the span of 600000

@@ -78,6 +78,7 @@ TEST_F(RequestBuilding, B2YFillsOneRawInputAndHasOneYuvOutput) {
     EXPECT_EQ(kept.bufferSize, 4096u);
     EXPECT_EQ(kept.stride, 64);
     EXPECT_EQ(kept.scanline, 3);
+    EXPECT_EQ(TheDisplayMapper().asked.at(0).height, 3072);
     const ClientCaptureRequest& record = client.m_captureRequests[0];
     EXPECT_EQ(record.format, PixelFormat::RAW10);
     EXPECT_EQ(record.usage, 3u);
@@ -119,9 +120,13 @@ TEST_F(RequestBuilding, Y2JAllocatesABlobAndMakesItsMetadata) {
 TEST_F(RequestBuilding, MmfHasThreeFramesAndForgivesEarlierFailures) {
     Configure(3);
     data.Write(kFaceFile, "");
+    data.Write("metadata/original_dump.bin", std::string("\x05\0\0\0m", 5));
     EXPECT_EQ(Build(), 0);
     ASSERT_EQ(client.m_offlineRequests.size(), 1u);
     EXPECT_EQ(client.m_offlineRequests[0].inFrameInfos.size(), 3u);
+    for (const auto& frame : client.m_offlineRequests[0].inFrameInfos) {
+        EXPECT_THAT(frame.metadata, SizeIs(5));
+    }
     EXPECT_THAT(InputIds(0), ElementsAre(1, 2));
     EXPECT_THAT(InputIds(1), ElementsAre(3, 4));
     EXPECT_THAT(InputIds(2), ElementsAre(5, 6));
@@ -183,6 +188,7 @@ TEST_F(RequestBuilding, LoadsNothingForOtherFormatsAndModes) {
     EXPECT_EQ(Build(), 0);
     const Lines lines = log.Take();
     EXPECT_EQ(Count(lines, "W please process this stream format 1"), 1);
+    EXPECT_EQ(Count(around.calls, "lock 0"), 3);  // the streams' usage
     for (const std::string& line : lines) EXPECT_EQ(line.find("LoadOffineSourceYUV"), line.npos);
     EXPECT_THAT(InputIds(0), ElementsAre(1, 2, 3));
 }

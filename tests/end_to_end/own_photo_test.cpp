@@ -64,14 +64,5 @@ TEST_F(OwnPhotos, ReplaceOnlyTheFramesOfTheRunBefore) {
     EXPECT_FALSE(fs::exists(m_root + "/out/camera-from-photo.new"));
 }
 
-TEST_F(OwnPhotos, LeaveADataFolderOfTheUsersAlone) {
-    fs::create_directory(m_root + "/mine");
-    const Finished both =
-            Run({"--data", m_root + "/mine", "--source", Save("photo", 4, 3), "-t", "B2Y"});
-    EXPECT_EQ(both.status, 2);
-    EXPECT_THAT(both.err, AllOf(HasSubstr("exclude each other"), HasSubstr("/run\\ script-")));
-    EXPECT_TRUE(fs::is_empty(m_root + "/mine"));
-}
-
 }  // namespace
 }  // namespace end_to_end

@@ -83,14 +83,14 @@ TEST(Pictures, JpegsSayHowTheyAreToBeTurned) {
     const imaging::Nv12View view = {grey.data(), grey.data() + 32 * 16, 32, 16, 32};
     for (const auto& [degrees, orientation] : {std::pair(0, 1), {90, 6}, {180, 3}, {270, 8}}) {
         offlineframes::Bytes file(20000);
-        size_t size = 0;
-        ASSERT_EQ(imaging::EncodeJpeg(view, {95, degrees}, file.data(), file.size(), &size), "");
+        const auto size = imaging::EncodeJpeg(view, {95, degrees}, file.data(), file.size());
+        ASSERT_TRUE(size.Ok());
         EXPECT_THAT(std::string(file.begin(), file.end()),
                     StartsWith(std::string("\xFF\xD8\xFF\xE0\x00\x10JFIF\x00\x01", 12)));
         const auto decoded = offlineframes::DecodeJpeg(file, "the JPEG");
         ASSERT_TRUE(decoded.Ok()) << decoded.Error();
         EXPECT_EQ(decoded.Value().orientation, orientation);
-        EXPECT_EQ(decoded.Value().jpegBytes, size);
+        EXPECT_EQ(decoded.Value().jpegBytes, size.Value());
     }
 }
 

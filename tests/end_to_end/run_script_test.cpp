@@ -25,8 +25,9 @@ TEST_F(RunScript, RefusesWrongOptionsBeforeAnythingStarts) {
                  {{"--planes", "--fault"}, "--fault"},
                  {{"--data", "/no/such folder", "-t", "B2Y"}, "/no/such folder"},
                  {{"--data=/no/such", "-t", "B2Y"}, "/no/such"},
+                 {{"--data", "/", "--source", "/etc/passwd"}, "--from /etc/passwd"},
                  {{"--shell", "-t", "B2Y"}, "--shell"},
-                 {{"--service", "/etc/passwd", "-t", "B2Y"}, "/etc/passwd"},
+                 {{"--service", "/etc/passwd", "-t", "B2Y"}, "not executable"},
                  {{"--fault", "no-such-fault", "-t", "B2Y"}, "no-such-fault"}};
     for (const auto& wrong : cases) {
         const Finished finished = Run(wrong.arguments);
@@ -40,7 +41,7 @@ TEST_F(RunScript, RefusesWrongOptionsBeforeAnythingStarts) {
 TEST_F(RunScript, TheOtherCommandRefusesWrongWordsBeforeItBuilds) {
     fs::copy(PROJECT_FOLDER "/check", m_root + "/check");
     for (const char* words : {"bogus", "asan tsan", "soak many", "soak 5 words", "fuzz 0",
-                              "faults --reject", "faults --accept all", "pages all", "tidy all"}) {
+                              "faults --reject", "bench --accept all", "pages all", "tidy all"}) {
         const Finished finished =
                 RunProgram({"bash", "-c", "exec \"$0\" $1", m_root + "/check", words});
         EXPECT_EQ(finished.status, 2) << words;
@@ -59,12 +60,26 @@ TEST_F(RunScript, LeavesEverythingAfterItsOptionsToTheTool) {
         EXPECT_EQ(hint.status, 255);
         EXPECT_THAT(hint.out, HasSubstr("please execute help cmd"));
     }
+    EXPECT_THAT(Run({"-t", "Y2Y", "--fault=lend"}).err, HasSubstr("--fault=lend is the tool's"));
     const Finished unknown = Run({"--", "--planes"});
     EXPECT_EQ(unknown.status, 255);
     EXPECT_EQ(unknown.out, "");
     EXPECT_THAT(unknown.err, HasSubstr("vexofflinecameratest: "));
     EXPECT_THAT(Run({"--help"}).out, StartsWith("usage: ./run"));
     EXPECT_THAT(Run({"--fault", "help"}).out, HasSubstr("no-shutter"));
+}
+
+// It asks the build only when a file has changed.
+TEST_F(RunScript, BuildsWhatHasChanged) {
+    std::ofstream(m_root + "/out/build/build.ninja")
+            << "rule copy\n  command = cp $in $out\nbuild made: copy ../../source\n"
+               "build host/all: phony made\nbuild vexofflinecameratest examples/all: phony\n";
+    for (const char* text : {"old", "old", "new"}) {
+        std::ofstream(m_root + "/source") << text;
+        EXPECT_EQ(Run({"-h"}).status, 255);
+        EXPECT_EQ(ReadFile(m_root + "/out/build/made"), text);
+        EXPECT_EQ(Run({"-h"}).err, "run: './run --help' tells run's own options\n");
+    }
 }
 
 TEST_F(RunScript, ReportsDumpsAndPictures) {
@@ -84,7 +99,8 @@ TEST_F(RunScript, ReportsDumpsAndPictures) {
     EXPECT_THAT(planes.err, Not(HasSubstr("Scanline[0].yuv (")));
     EXPECT_THAT(planes.err, Not(HasSubstr("left empty")));
 
-    // A report is never mistaken for that of a run which was refused.
+    // A report stays where nothing was run, and is never mistaken for that of a refused run.
+    EXPECT_THAT(Run({"help"}).err, HasSubstr("./run --help"));
     EXPECT_TRUE(fs::exists(m_root + "/out/report.html"));
     EXPECT_EQ(Run({"--fault", "no-such-fault", "-t", "B2Y"}).status, 2);
     EXPECT_FALSE(fs::exists(m_root + "/out/report.html"));

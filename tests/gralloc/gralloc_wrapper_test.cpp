@@ -52,8 +52,6 @@ TEST_F(GrallocWrapper, AllocatesAndImportsOneBuffer) {
     ASSERT_EQ(buffer->numFds, 1);
     EXPECT_NE(buffer->data[0], allocator->lastDescriptor);
     EXPECT_FALSE(IsOpen(allocator->lastDescriptor));
-    EXPECT_TRUE(IsOpen(buffer->data[0]));
-    ASSERT_EQ(buffer->numInts, 2);
     EXPECT_EQ(buffer->data[2], 11);
 
     calls.clear();

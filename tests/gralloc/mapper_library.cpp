@@ -1,13 +1,10 @@
-// A mapper library that does nothing; its build says which version it has and what it exports.
+// A mapper library that does nothing. Its build says which versions it has, and what its loader
+// answers.
 
 #include <android/hardware/graphics/mapper/IMapper.h>
 
 #include <cstddef>
 #include <cstdint>
-
-#ifndef LOADER_ERROR
-#define LOADER_ERROR 0
-#endif
 
 #ifdef LIBRARY_VERSION
 extern "C" const uint32_t ANDROID_HAL_MAPPER_VERSION;
@@ -19,6 +16,6 @@ extern "C" AIMapper_Error AIMapper_loadIMapper(AIMapper** outImplementation) {
     static AIMapper table{};
     table.version = static_cast<AIMapper_Version>(TABLE_VERSION);
     *outImplementation = &table;  // also together with an error
-    return static_cast<AIMapper_Error>(LOADER_ERROR);
+    return static_cast<AIMapper_Error>(LOADER);
 }
 #endif

@@ -4,7 +4,6 @@
 
 #include <gmock/gmock.h>
 
-#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 #include <memory>
@@ -83,14 +82,6 @@ class ClientTest : public ::testing::Test {
     }
     void DeliverShutter(int32_t frameNumber) {
         EXPECT_TRUE(client.m_callback->notify({Shutter(frameNumber)}).isOk());
-    }
-
-    // So many lines at the end of the client's log, which is taken.
-    Lines LastLines(size_t count) {
-        Lines lines = log.Take();
-        EXPECT_GE(lines.size(), count);
-        lines.erase(lines.begin(), lines.end() - std::min(count, lines.size()));
-        return lines;
     }
 
     // From now on each buffer has so many scan lines, as with the gate of the plane layouts open.

@@ -17,7 +17,7 @@ using base::Done;
 using base::Failure;
 using base::Result;
 
-// Calls `develop` with the picture of every output; it returns what went wrong, empty when done.
+// Calls `develop` with the picture of every output.
 template <class Develop>
 Result<Done> DevelopAll(const std::vector<RequestBuffer>& outputs, const FaultInjector& faults,
                         const Develop& develop) {
@@ -26,8 +26,8 @@ Result<Done> DevelopAll(const std::vector<RequestBuffer>& outputs, const FaultIn
         if (!picture.Ok()) return picture.GetFailure();
         imaging::MutableNv12View view = picture.Value().Nv12(*output.stream);
         if (faults.Has("short-picture")) view.height -= 2;
-        const std::string problem = develop(view);
-        if (!problem.empty()) return Failure{problem};
+        const Result<Done> done = develop(view);
+        if (!done.Ok()) return done;
         faults.SpoilPicture(view);
     }
     return Done{};
@@ -85,11 +85,10 @@ Result<Done> YuvToJpeg(const Request& request, const FaultInjector& faults) {
         uint8_t* const data = file.Value().Data();
         const int32_t bufferSize = output.stream->bufferSize;
         const auto capacity = static_cast<size_t>(bufferSize - kBlobTrailerBytes);
-        size_t fileSize = 0;
-        const std::string problem = imaging::EncodeJpeg(view, settings, data, capacity, &fileSize);
-        if (!problem.empty()) return Failure{problem};
+        const Result<size_t> fileSize = imaging::EncodeJpeg(view, settings, data, capacity);
+        if (!fileSize.Ok()) return fileSize.GetFailure();
         if (faults.Has("no-trailer")) continue;
-        WriteBlobTrailer(data, bufferSize, fileSize + (faults.Has("long-size") ? 100 : 0));
+        WriteBlobTrailer(data, bufferSize, fileSize.Value() + (faults.Has("long-size") ? 100 : 0));
     }
     return Done{};
 }

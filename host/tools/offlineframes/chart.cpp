@@ -1,4 +1,4 @@
-// The test chart: where it is on a sensor, and its drawing, panel by panel.
+// The test chart: where it is on a sensor, its panels, its shapes and its texts.
 
 #include "chart.h"
 
@@ -7,21 +7,16 @@
 
 #include <algorithm>
 #include <cmath>
-#include <memory>
+#include <functional>
 #include <string>
 
 namespace offlineframes {
 namespace {
 
-uint32_t Even(double value) {
-    return static_cast<uint32_t>(value) & ~1u;
-}
-
-ChartFrame Centred(PictureSize sensor, PictureSize visible) {
-    return {sensor, visible, imaging::CropOffset(sensor.width, visible.width),
-            imaging::CropOffset(sensor.height, visible.height)};
-}
-
+constexpr double kWidth = 4000;  // chart units
+constexpr double kHeight = 3000;
+constexpr double kRampTop = 2330;
+constexpr double kRampBottom = 2530;
 constexpr double kPi = 3.14159265358979323846;
 constexpr Colour kInk = {236, 239, 243};
 constexpr Colour kQuiet = {150, 158, 168};
@@ -30,139 +25,44 @@ constexpr Colour kDark = {20, 22, 26};
 // second pixel, so theirs may not be finer than 4.
 constexpr double kFinestPeriod = 5;
 
-// The canvas: exact pixels by shaders, smooth shapes and letters by cairo, all in chart units.
-class Canvas {
-  public:
-    // The visible chart covers `visible` pixels from (left, top) of a picture of `size`.
-    Canvas(PictureSize size, uint32_t left, uint32_t top, PictureSize visible)
-        : m_size(size),
-          m_left(left),
-          m_top(top),
-          m_scaleX(visible.width / kChartWidth),
-          m_scaleY(visible.height / kChartHeight),
-          m_surface(cairo_image_surface_create(CAIRO_FORMAT_RGB24, static_cast<int>(size.width),
-                                               static_cast<int>(size.height)),
-                    cairo_surface_destroy),
-          m_pen(cairo_create(m_surface.get()), cairo_destroy) {
-        cairo_translate(m_pen.get(), m_left, m_top);
-        cairo_scale(m_pen.get(), m_scaleX, m_scaleY);
-        // Cairo's built-in font: the same on every machine.
-        cairo_select_font_face(m_pen.get(), "@cairo:mono", CAIRO_FONT_SLANT_NORMAL,
-                               CAIRO_FONT_WEIGHT_BOLD);
-    }
+uint32_t Even(double value) {
+    return static_cast<uint32_t>(value) & ~1u;
+}
 
-    // Every pixel whose middle is in `box` becomes colourAt(u, v).
-    template <class Shader>
-    void Shade(const Box& box, Shader colourAt);
-    // The same, telling the shader whole pixels from the corner of the visible chart.
-    template <class Shader>
-    void ShadePixels(const Box& box, Shader colourAt) {
-        Shade(box, [&](double u, double v) {
-            return colourAt(static_cast<int>(std::floor(u * m_scaleX)),
-                            static_cast<int>(std::floor(v * m_scaleY)));
-        });
-    }
-    void Fill(const Box& box, Colour colour) {
-        Shade(box, [colour](double, double) { return colour; });
-    }
+// Where the chart is on a sensor.
+struct Place {
+    PictureSize sensor;   // pixels of the mosaic
+    PictureSize visible;  // pixels after the crop
 
-    // Cairo's drawing state, set to `colour`, for smooth shapes.
-    cairo_t* Pen(Colour colour) {
-        cairo_new_path(m_pen.get());  // text leaves a current point
-        cairo_set_source_rgb(m_pen.get(), colour.r / 255.0, colour.g / 255.0, colour.b / 255.0);
-        return m_pen.get();
-    }
-    void Disc(double u, double v, double radius, Colour colour) {
-        cairo_arc(Pen(colour), u, v, radius, 0, 2 * kPi);
-        cairo_fill(m_pen.get());
-    }
-    void RoundedBox(const Box& box, double radius, Colour colour);
-
-    // Text whose capitals are `height` units high and start at `v`; `u` is the text's left edge
-    // (align 0), middle (0.5) or right edge (1).
-    void Text(double u, double v, double height, const std::string& words, Colour colour,
-              double align = kLeft);
-    static constexpr double kLeft = 0;
-    static constexpr double kMiddle = 0.5;
-    static constexpr double kRight = 1;
-
-    // Pixels per chart unit, the smaller of the two directions.
-    double Scale() const { return std::min(m_scaleX, m_scaleY); }
-    Picture Take() const;
-
-  private:
-    uint32_t* Row(uint32_t y) const {
-        unsigned char* const data = cairo_image_surface_get_data(m_surface.get());
-        const int stride = cairo_image_surface_get_stride(m_surface.get());
-        return reinterpret_cast<uint32_t*>(data + static_cast<ptrdiff_t>(y) * stride);
-    }
-
-    PictureSize m_size;
-    double m_left;
-    double m_top;
-    double m_scaleX;
-    double m_scaleY;
-    std::unique_ptr<cairo_surface_t, void (*)(cairo_surface_t*)> m_surface;
-    std::unique_ptr<cairo_t, void (*)(cairo_t*)> m_pen;
+    uint32_t Left() const { return imaging::CropOffset(sensor.width, visible.width); }
+    uint32_t Top() const { return imaging::CropOffset(sensor.height, visible.height); }
 };
 
-template <class Shader>
-void Canvas::Shade(const Box& box, Shader colourAt) {
-    // Pixels are addressed by their middles.
-    const auto first = [](double edge, uint32_t end) {
-        return static_cast<uint32_t>(std::clamp(std::ceil(edge - 0.5), 0.0, double(end)));
-    };
-    const uint32_t x1 = first(m_left + box.right * m_scaleX, m_size.width);
-    const uint32_t y1 = first(m_top + box.bottom * m_scaleY, m_size.height);
-    cairo_surface_flush(m_surface.get());
-    for (uint32_t y = first(m_top + box.top * m_scaleY, m_size.height); y < y1; ++y) {
-        uint32_t* const row = Row(y);
-        const double v = (y + 0.5 - m_top) / m_scaleY;
-        for (uint32_t x = first(m_left + box.left * m_scaleX, m_size.width); x < x1; ++x) {
-            const Colour colour = colourAt((x + 0.5 - m_left) / m_scaleX, v);
-            row[x] = uint32_t{colour.r} << 16 | uint32_t{colour.g} << 8 | colour.b;
-        }
-    }
-    cairo_surface_mark_dirty(m_surface.get());
+Place OnSensor(PictureSize sensor) {
+    // 250 / 256 of the sensor is visible: 4000 of 4096, 3000 of 3072.
+    return {sensor,
+            {std::max(2u, Even(sensor.width * 250.0 / 256)),
+             std::max(2u, Even(sensor.height * 250.0 / 256))}};
 }
 
-void Canvas::RoundedBox(const Box& box, double radius, Colour colour) {
-    cairo_t* const pen = Pen(colour);
-    cairo_arc(pen, box.right - radius, box.top + radius, radius, -kPi / 2, 0);
-    cairo_arc(pen, box.right - radius, box.bottom - radius, radius, 0, kPi / 2);
-    cairo_arc(pen, box.left + radius, box.bottom - radius, radius, kPi / 2, kPi);
-    cairo_arc(pen, box.left + radius, box.top + radius, radius, kPi, 1.5 * kPi);
-    cairo_fill(pen);
+// Where a raw level is on the ramp, in chart units.
+double RampPlace(const Place& place, int level) {
+    const double x = double(level) * place.sensor.width / 1024 - place.Left();
+    return x * kWidth / place.visible.width;
 }
 
-void Canvas::Text(double u, double v, double height, const std::string& words, Colour colour,
-                  double align) {
-    constexpr double kCapitals = 0.64;  // height of the font's capitals, by its size
-    constexpr double kWiden = 1.18;     // its letters are narrow
-    cairo_t* const pen = Pen(colour);
-    cairo_matrix_t letters;
-    cairo_matrix_init_scale(&letters, kWiden * height / kCapitals, height / kCapitals);
-    cairo_set_font_matrix(pen, &letters);
-    cairo_text_extents_t extents;
-    cairo_text_extents(pen, words.c_str(), &extents);
-    cairo_move_to(pen, u - align * extents.width - extents.x_bearing, v + height);
-    cairo_show_text(pen, words.c_str());
-}
+// A pixel of a panel.
+struct Spot {
+    double u, v;   // its middle, in chart units
+    int x, y;      // counted from the corner of the visible chart
+    double scale;  // pixels per chart unit, the smaller of the two directions
+};
 
-Picture Canvas::Take() const {
-    cairo_surface_flush(m_surface.get());
-    Picture picture(m_size.width, m_size.height);
-    uint8_t* to = picture.rgb.data();
-    for (uint32_t y = 0; y < m_size.height; ++y) {
-        const uint32_t* const row = Row(y);
-        for (uint32_t x = 0; x < m_size.width; ++x) {
-            for (int shift = 16; shift >= 0; shift -= 8) {
-                *to++ = static_cast<uint8_t>(row[x] >> shift);
-            }
-        }
-    }
-    return picture;
-}
+// Every pixel whose middle is in the box has this colour, not blended with what is around it.
+struct Panel {
+    Box box;
+    std::function<Colour(const Spot&)> colourAt;
+};
 
 uint8_t ToByte(double value) {
     return static_cast<uint8_t>(std::clamp(value + 0.5, 0.0, 255.0));
@@ -173,10 +73,33 @@ Colour Grey(double value) {
     return {byte, byte, byte};
 }
 
+Colour Background(const Spot& at) {
+    if (at.u < 0 || at.v < 0 || at.u >= kWidth || at.v >= kHeight) {
+        // Outside: seen after a crop only if the crop is wrong.
+        const bool stripe = std::fmod(at.u + at.v + 8 * kWidth, 48) < 24;
+        return stripe ? Colour{235, 120, 30} : Colour{60, 30, 20};
+    }
+    const double light = 0.6 * at.u / kWidth + 0.4 * at.v / kHeight;
+    return {ToByte(34 + 40 * light), ToByte(42 + 46 * light), ToByte(56 + 52 * light)};
+}
+
 // A sine pattern around mid grey, fading out where a period has fewer pixels than a frame can hold.
 Colour SinePattern(double phase, double periodPixels) {
     const double contrast = std::clamp((periodPixels - kFinestPeriod) / 2, 0.0, 1.0);
     return Grey(128 + 118 * contrast * std::sin(phase));
+}
+
+Colour Star(const Spot& at) {
+    const double r = std::hypot(at.u - 2000, at.v - 1232);
+    const double angle = std::atan2(at.v - 1232, at.u - 2000);
+    return r > 600 ? kDark : SinePattern(48 * angle, 2 * kPi * r * at.scale / 48);
+}
+
+Colour ZonePlate(const Spot& at) {
+    // Phase pi r^2 / a: the period at radius r is a / r; it is finest at the middle of a side.
+    const double a = 525.0 / 2 * kFinestPeriod / at.scale;
+    const double r = std::hypot(at.u - 3057.5, at.v - 682.5);
+    return SinePattern(kPi * r * r / a + kPi / 2, r > 0 ? a / r * at.scale : 1000);
 }
 
 // A fixed pattern of 0..1 noise (an integer hash, so the chart is the same everywhere).
@@ -189,106 +112,145 @@ double NoiseAt(int x, int y, uint32_t seed) {
 }
 
 // Noise in cells of `size` pixels, blended smoothly from cell to cell.
-double CloudAt(int x, int y, int size, uint32_t seed) {
-    const int cx = x / size;
-    const int cy = y / size;
-    const double fx = double(x % size) / size;
-    const double fy = double(y % size) / size;
-    const double top = NoiseAt(cx, cy, seed) * (1 - fx) + NoiseAt(cx + 1, cy, seed) * fx;
-    const double low = NoiseAt(cx, cy + 1, seed) * (1 - fx) + NoiseAt(cx + 1, cy + 1, seed) * fx;
+double CloudAt(const Spot& at, int size, uint32_t seed) {
+    const int x = at.x / size;
+    const int y = at.y / size;
+    const double fx = double(at.x % size) / size;
+    const double fy = double(at.y % size) / size;
+    const double top = NoiseAt(x, y, seed) * (1 - fx) + NoiseAt(x + 1, y, seed) * fx;
+    const double low = NoiseAt(x, y + 1, seed) * (1 - fx) + NoiseAt(x + 1, y + 1, seed) * fx;
     return top * (1 - fy) + low * fy;
 }
 
-void DrawZonePlate(Canvas& canvas, const Box& box) {
-    const double cu = (box.left + box.right) / 2;
-    const double cv = (box.top + box.bottom) / 2;
-    // Phase pi r^2 / a: the period at radius r is a / r; it is finest at the middle of a side.
-    const double a = (box.right - box.left) / 2 * kFinestPeriod / canvas.Scale();
-    canvas.Shade(box, [&](double u, double v) {
-        const double r = std::hypot(u - cu, v - cv);
-        const double period = r > 0 ? a / r * canvas.Scale() : 1000;
-        return SinePattern(kPi * r * r / a + kPi / 2, period);
-    });
+Colour Texture(const Spot& at) {
+    const double fine = NoiseAt(at.x / 2, at.y / 2, 3) - 0.5;
+    const double light =
+            118 + 120 * (CloudAt(at, 48, 1) - 0.5) + 60 * (CloudAt(at, 12, 2) - 0.5) + 60 * fine;
+    return {ToByte(light * 1.06), ToByte(light), ToByte(light * 0.86)};
 }
 
-void DrawTexture(Canvas& canvas, const Box& box) {
-    canvas.ShadePixels(box, [](int x, int y) {
-        const double coarse = CloudAt(x, y, 48, 1) - 0.5;
-        const double middle = CloudAt(x, y, 12, 2) - 0.5;
-        const double fine = NoiseAt(x / 2, y / 2, 3) - 0.5;
-        const double light = 118 + 120 * coarse + 60 * middle + 60 * fine;
-        return Colour{ToByte(light * 1.06), ToByte(light), ToByte(light * 0.86)};
-    });
+// Red, green, blue and, below them, hue once around.
+Colour ColourRamps(const Spot& at) {
+    const double t = (at.u - 330) / 3340;
+    const int ramp = static_cast<int>((at.v - 2600) / 70);
+    const auto channel = [&](int index) {
+        if (ramp < 3) return index == ramp ? ToByte(255 * t) : uint8_t{0};
+        // Each primary is full for a third and fades over the next sixths.
+        const double away = std::abs(t - index / 3.0) * 6;
+        return ToByte(255 * std::clamp(2 - std::min(away, 6 - away), 0.0, 1.0));
+    };
+    return {channel(0), channel(1), channel(2)};
 }
 
-// Bars 8 to 2 pixels wide, black and white: upright, level, diagonal.
-void DrawLinePairs(Canvas& canvas, double left, double top) {
+std::vector<Panel> Panels(const Place& place) {
+    const auto across = [](const Spot& at) { return std::fmod(at.u, 200) < 100 ? kInk : kDark; };
+    const auto down = [](const Spot& at) { return std::fmod(at.v, 200) < 100 ? kInk : kDark; };
+    const auto rawRamp = [place](const Spot& at) {
+        const uint32_t width = place.sensor.width;
+        const uint32_t x = std::min(static_cast<uint32_t>(at.x) + place.Left(), width - 1);
+        const int level = RampLevel(x, width);
+        return Grey(
+                imaging::ToneFromLinear(imaging::LinearFromRaw(level, imaging::Channel::kGreen)));
+    };
+    std::vector<Panel> panels = {{{1400, 632, 2600, 1832}, Star},
+                                 {{2795, 420, 3320, 945}, ZonePlate},
+                                 {{3345, 420, 3870, 945}, Texture},
+                                 {{330, 2600, 3670, 2880}, ColourRamps},
+                                 {{0, 0, kWidth, 36}, across},
+                                 {{0, kHeight - 36, kWidth, kHeight}, across},
+                                 {{0, 0, 36, kHeight}, down},
+                                 {{kWidth - 36, 0, kWidth, kHeight}, down},
+                                 {{-kWidth, kRampTop, 2 * kWidth, kRampBottom}, rawRamp}};
+    const auto fill = [&](const Box& box, Colour colour) {
+        panels.push_back({box, [colour](const Spot&) { return colour; }});
+    };
+    for (const ChartPatch& patch : ChartPatches()) fill(patch.box, patch.colour);
+    for (int step = 0; step < 17; ++step) {
+        fill({130 + step * 220.0, 2110, 350 + step * 220.0, 2250}, Grey(step * 16));
+    }
+    // Ticks at every 64 raw levels.
+    for (int level = 64; level < 1024; level += 64) {
+        const double u = RampPlace(place, level);
+        fill({u - 2.5, kRampTop - 22, u + 2.5, kRampTop - 6}, kInk);
+    }
+    // Bars 8 to 2 pixels wide, black and white: upright, level, diagonal.
+    double left = 2795;
     for (const int pixels : {8, 6, 4, 3, 2}) {
-        canvas.Text(left + 97.5, top, 36, std::to_string(pixels) + " PX", kInk, Canvas::kMiddle);
         for (int row = 0; row < 3; ++row) {
-            const double v = top + 60 + row * 215;
-            canvas.ShadePixels({left, v, left + 195, v + 190}, [=](int x, int y) {
-                const int along = (row != 1 ? x : 0) + (row != 0 ? y : 0);
-                return along / pixels % 2 == 0 ? Colour{24, 24, 24} : Colour{232, 232, 232};
-            });
+            const double top = 1045 + row * 215;
+            panels.push_back({{left, top, left + 195, top + 190}, [=](const Spot& at) {
+                                  const int along = (row != 1 ? at.x : 0) + (row != 0 ? at.y : 0);
+                                  return Grey(along / pixels % 2 == 0 ? 24 : 232);
+                              }});
         }
         left += 220;
     }
+    return panels;
 }
 
-void DrawSmallLetters(Canvas& canvas, double left, double v) {
-    for (const int height : {48, 36, 28, 20, 14}) {
-        canvas.Text(left, v, height, "SHARP 0123456789 " + std::to_string(height), kInk);
-        v += height * 1.6;
-    }
+uint32_t* RowOf(cairo_surface_t* surface, int y) {
+    unsigned char* const data = cairo_image_surface_get_data(surface);
+    const ptrdiff_t stride = cairo_image_surface_get_stride(surface);
+    return reinterpret_cast<uint32_t*>(data + y * stride);
 }
 
-// The dark grounds of three panels, and every text that is the same on all charts.
-void DrawFrames(Canvas& canvas) {
-    canvas.RoundedBox({105, 395, 1230, 2070}, 24, kDark);
-    canvas.RoundedBox({1280, 395, 2720, 2070}, 24, kDark);
-    canvas.RoundedBox({2770, 395, 3895, 2070}, 24, kDark);
-    constexpr struct {
-        double u, v, height;
-        const char* words;
-        Colour colour;
-        double align;
-    } kTexts[] = {
-            {kChartWidth / 2, 222, 110, "TOP", kInk, Canvas::kMiddle},
-            {330, 130, 90, "OFFLINE FRAMES", kInk, Canvas::kLeft},
-            {330, 262, 48, "TEST CHART", kQuiet, Canvas::kLeft},
-            {3670, 262, 48, "RULER 40 X 30 TEETH", kQuiet, Canvas::kRight},
-            {2000, 455, 40, "CIRCLES ROUND - SPOKES STRAIGHT", kQuiet, Canvas::kMiddle},
-            {2000, 1970, 40, "FINEST DETAIL 5 PX PER PERIOD", kQuiet, Canvas::kMiddle},
-            {2805, 1988.6, 24, "A MOSAIC TURNS 3 PX AND 2 PX BARS COLOURED", kQuiet, Canvas::kLeft},
-            {90, kChartRampBox.top - 52, 22, "RAW", kQuiet, Canvas::kLeft},
+// Paints a panel. The pen's matrix turns chart units into pixels.
+void Paint(cairo_t* pen, const Panel& panel) {
+    cairo_matrix_t m;
+    cairo_get_matrix(pen, &m);
+    const auto first = [](double edge, int end) {
+        return static_cast<int>(std::clamp(std::ceil(edge - 0.5), 0.0, double(end)));
     };
-    for (const auto& text : kTexts) {
-        canvas.Text(text.u, text.v, text.height, text.words, text.colour, text.align);
-    }
-}
-
-void DrawBackground(Canvas& canvas) {
-    const Box everything = {-kChartWidth, -kChartHeight, 2 * kChartWidth, 2 * kChartHeight};
-    canvas.Shade(everything, [](double u, double v) {
-        if (u < 0 || v < 0 || u >= kChartWidth || v >= kChartHeight) {
-            // Outside: seen after a crop only if the crop is wrong.
-            const bool stripe = std::fmod(u + v + 8 * kChartWidth, 48) < 24;
-            return stripe ? Colour{235, 120, 30} : Colour{60, 30, 20};
+    cairo_surface_t* const surface = cairo_get_target(pen);
+    cairo_surface_flush(surface);
+    const int width = cairo_image_surface_get_width(surface);
+    const int height = cairo_image_surface_get_height(surface);
+    const int right = first(m.x0 + panel.box.right * m.xx, width);
+    const int bottom = first(m.y0 + panel.box.bottom * m.yy, height);
+    for (int y = first(m.y0 + panel.box.top * m.yy, height); y < bottom; ++y) {
+        uint32_t* const row = RowOf(surface, y);
+        for (int x = first(m.x0 + panel.box.left * m.xx, width); x < right; ++x) {
+            const auto [r, g, b] = panel.colourAt(
+                    {(x + 0.5 - m.x0) / m.xx, (y + 0.5 - m.y0) / m.yy, x - static_cast<int>(m.x0),
+                     y - static_cast<int>(m.y0), std::min(m.xx, m.yy)});
+            row[x] = uint32_t{r} << 16 | uint32_t{g} << 8 | b;
         }
-        const double light = 0.6 * u / kChartWidth + 0.4 * v / kChartHeight;
-        return Colour{ToByte(34 + 40 * light), ToByte(42 + 46 * light), ToByte(56 + 52 * light)};
-    });
+    }
+    cairo_surface_mark_dirty(surface);
 }
 
-void DrawBorder(Canvas& canvas) {
-    constexpr double kRuler = 36;
-    const auto tooth = [](double along) { return std::fmod(along, 200) < 100 ? kInk : kDark; };
-    for (const double v : {0.0, kChartHeight - kRuler}) {
-        canvas.Shade({0, v, kChartWidth, v + kRuler}, [&](double u, double) { return tooth(u); });
-    }
-    for (const double u : {0.0, kChartWidth - kRuler}) {
-        canvas.Shade({u, 0, u + kRuler, kChartHeight}, [&](double, double v) { return tooth(v); });
+void SetColour(cairo_t* pen, Colour colour) {
+    cairo_set_source_rgb(pen, colour.r / 255.0, colour.g / 255.0, colour.b / 255.0);
+}
+
+void DrawRoundedBox(cairo_t* pen, const Box& box, double radius, Colour colour) {
+    SetColour(pen, colour);
+    cairo_arc(pen, box.right - radius, box.top + radius, radius, -kPi / 2, 0);
+    cairo_arc(pen, box.right - radius, box.bottom - radius, radius, 0, kPi / 2);
+    cairo_arc(pen, box.left + radius, box.bottom - radius, radius, kPi / 2, kPi);
+    cairo_arc(pen, box.left + radius, box.top + radius, radius, kPi, 1.5 * kPi);
+    cairo_fill(pen);
+}
+
+// The dark grounds of three panels.
+void DrawGrounds(cairo_t* pen) {
+    DrawRoundedBox(pen, {105, 395, 1230, 2070}, 24, kDark);
+    DrawRoundedBox(pen, {1280, 395, 2720, 2070}, 24, kDark);
+    DrawRoundedBox(pen, {2770, 395, 3895, 2070}, 24, kDark);
+}
+
+// What points up, the rings around the star, the corners with their dots.
+void DrawShapes(cairo_t* pen) {
+    SetColour(pen, {255, 196, 40});
+    cairo_move_to(pen, kWidth / 2, 62);
+    cairo_line_to(pen, kWidth / 2 + 110, 190);
+    cairo_line_to(pen, kWidth / 2 - 110, 190);
+    cairo_fill(pen);
+    SetColour(pen, kInk);
+    cairo_set_line_width(pen, 8);
+    for (const double radius : {608.0, 632.0, 656.0, 680.0}) {
+        cairo_arc(pen, 2000, 1232, radius, 0, 2 * kPi);
+        cairo_stroke(pen);
     }
     constexpr double kCorners[4][2] = {{80, 80}, {3720, 80}, {3720, 2720}, {80, 2720}};
     constexpr double kDots[4][4][2] = {{{100, 100}},
@@ -296,135 +258,120 @@ void DrawBorder(Canvas& canvas) {
                                        {{50, 50}, {100, 100}, {150, 150}},
                                        {{58, 58}, {142, 58}, {58, 142}, {142, 142}}};
     for (int corner = 0; corner < 4; ++corner) {
-        const double u = kCorners[corner][0];
-        const double v = kCorners[corner][1];
-        canvas.RoundedBox({u, v, u + 200, v + 200}, 30, kInk);
+        const auto [u, v] = kCorners[corner];
+        DrawRoundedBox(pen, {u, v, u + 200, v + 200}, 30, kInk);
+        SetColour(pen, kDark);
         for (int dot = 0; dot <= corner; ++dot) {
-            canvas.Disc(u + kDots[corner][dot][0], v + kDots[corner][dot][1], 25, kDark);
+            cairo_arc(pen, u + kDots[corner][dot][0], v + kDots[corner][dot][1], 25, 0, 2 * kPi);
+            cairo_fill(pen);
         }
     }
 }
 
-void DrawHeader(Canvas& canvas, PictureSize visible) {
-    cairo_t* const pen = canvas.Pen({255, 196, 40});
-    cairo_move_to(pen, kChartWidth / 2, 62);
-    cairo_line_to(pen, kChartWidth / 2 + 110, 190);
-    cairo_line_to(pen, kChartWidth / 2 - 110, 190);
-    cairo_fill(pen);
-    const std::string size = std::to_string(visible.width) + " X " + std::to_string(visible.height);
-    canvas.Text(3670, 130, 90, size, kInk, Canvas::kRight);
-}
+enum class Align { kLeft, kMiddle, kRight };
 
-void DrawStar(Canvas& canvas) {
-    constexpr double kCentreU = 2000;
-    constexpr double kCentreV = 1232;
-    constexpr double kRadius = 600;
-    constexpr int kSpokes = 48;
-    const Box box = {kCentreU - kRadius, kCentreV - kRadius, kCentreU + kRadius,
-                     kCentreV + kRadius};
-    canvas.Shade(box, [&](double u, double v) {
-        const double r = std::hypot(u - kCentreU, v - kCentreV);
-        if (r > kRadius) return kDark;
-        const double angle = std::atan2(v - kCentreV, u - kCentreU);
-        return SinePattern(kSpokes * angle, 2 * kPi * r * canvas.Scale() / kSpokes);
-    });
-    cairo_t* const pen = canvas.Pen(kInk);
-    cairo_set_line_width(pen, 8);
-    for (const double radius : {608.0, 632.0, 656.0, 680.0}) {
-        cairo_arc(pen, kCentreU, kCentreV, radius, 0, 2 * kPi);
-        cairo_stroke(pen);
+// Text whose capitals are `height` units high and start at `v`; `u` is where it is aligned to.
+struct Text {
+    double u, v, height;
+    std::string words;
+    Colour colour;
+    Align align;
+};
+
+std::vector<Text> Texts(const Place& place) {
+    const auto [width, height] = place.visible;
+    const std::string size = std::to_string(width) + " X " + std::to_string(height);
+    std::vector<Text> texts = {
+            {kWidth / 2, 222, 110, "TOP", kInk, Align::kMiddle},
+            {330, 130, 90, "OFFLINE FRAMES", kInk, Align::kLeft},
+            {330, 262, 48, "TEST CHART", kQuiet, Align::kLeft},
+            {3670, 130, 90, size, kInk, Align::kRight},
+            {3670, 262, 48, "RULER 40 X 30 TEETH", kQuiet, Align::kRight},
+            {2000, 455, 40, "CIRCLES ROUND - SPOKES STRAIGHT", kQuiet, Align::kMiddle},
+            {2000, 1970, 40, "FINEST DETAIL 5 PX PER PERIOD", kQuiet, Align::kMiddle},
+            {2805, 1988.6, 24, "A MOSAIC TURNS 3 PX AND 2 PX BARS COLOURED", kQuiet, Align::kLeft},
+            {90, kRampTop - 52, 22, "RAW", kQuiet, Align::kLeft},
+    };
+    double v = 1725;
+    for (const int small : {48, 36, 28, 20, 14}) {
+        const std::string words = "SHARP 0123456789 " + std::to_string(small);
+        texts.push_back({2805, v, double(small), words, kInk, Align::kLeft});
+        v += small * 1.6;
     }
-}
-
-void DrawGreySteps(Canvas& canvas) {
-    constexpr int kSteps = 17;
-    const double width = (3870.0 - 130.0) / kSteps;
-    for (int i = 0; i < kSteps; ++i) {
-        const int value = std::min(i * 16, 255);
-        const double u = 130 + i * width;
-        canvas.Fill({u, 2110, u + width, 2250}, Grey(value));
-        const std::string number = std::to_string(value);
-        canvas.Text(u + width / 2, 2163, 34, number, Grey(value < 128 ? 255 : 0), Canvas::kMiddle);
+    double u = 2795 + 97.5;
+    for (const char* const pixels : {"8", "6", "4", "3", "2"}) {
+        texts.push_back({u, 985, 36, std::string(pixels) + " PX", kInk, Align::kMiddle});
+        u += 220;
     }
-}
-
-// Red, green, blue and, below them, hue once around.
-void DrawColourRamps(Canvas& canvas) {
-    constexpr Box kBox = {330, 2600, 3670, 2880};
-    canvas.Shade(kBox, [&](double u, double v) {
-        const double t = (u - kBox.left) / (kBox.right - kBox.left);
-        const int ramp = static_cast<int>((v - kBox.top) / 70);
-        const auto channel = [&](int index) {
-            if (ramp < 3) return index == ramp ? ToByte(255 * t) : uint8_t{0};
-            // Each primary is full for a third and fades over the next sixths.
-            const double away = std::abs(t - index / 3.0) * 6;
-            return ToByte(255 * std::clamp(2 - std::min(away, 6 - away), 0.0, 1.0));
-        };
-        return Colour{channel(0), channel(1), channel(2)};
-    });
-}
-
-// The ramp is exact: an antialiasing painter would blend its levels.
-void DrawRamp(Canvas& canvas, const ChartFrame& frame) {
-    canvas.ShadePixels(kChartRampBox, [&](int x, int) {
-        const uint32_t sensorX = std::min(static_cast<uint32_t>(x + static_cast<int>(frame.left)),
-                                          frame.sensor.width - 1);
-        const int level = RampLevel(sensorX, frame.sensor.width);
-        const int linear = imaging::LinearFromRaw(level, imaging::Channel::kGreen);
-        const uint8_t tone = imaging::ToneFromLinear(linear);
-        return Colour{tone, tone, tone};
-    });
-    // Ticks at every 64 raw levels.
+    for (int step = 0; step < 17; ++step) {
+        const int value = std::min(step * 16, 255);
+        texts.push_back({240 + step * 220.0, 2163, 34, std::to_string(value),
+                         Grey(value < 128 ? 255 : 0), Align::kMiddle});
+    }
     for (int level = 64; level < 1024; level += 64) {
-        const double x = double(level) * frame.sensor.width / 1024 - frame.left;
-        const double u = x * kChartWidth / frame.visible.width;
-        canvas.Fill({u - 2.5, kChartRampBox.top - 22, u + 2.5, kChartRampBox.top - 6}, kInk);
-        canvas.Text(u, kChartRampBox.top - 52, 22, std::to_string(level), kQuiet, Canvas::kMiddle);
+        texts.push_back({RampPlace(place, level), kRampTop - 52, 22, std::to_string(level), kQuiet,
+                         Align::kMiddle});
     }
+    return texts;
 }
 
-Picture Draw(const ChartFrame& frame, PictureSize size, uint32_t left, uint32_t top) {
-    Canvas canvas(size, left, top, frame.visible);
-    DrawBackground(canvas);
-    DrawFrames(canvas);
-    for (const ChartPatch& patch : ChartPatches()) canvas.Fill(patch.box, patch.colour);
-    DrawStar(canvas);
-    DrawZonePlate(canvas, {2795, 420, 3320, 945});
-    DrawTexture(canvas, {3345, 420, 3870, 945});
-    DrawLinePairs(canvas, 2795, 985);
-    DrawSmallLetters(canvas, 2805, 1725);
-    DrawGreySteps(canvas);
-    DrawColourRamps(canvas);
-    DrawBorder(canvas);
-    DrawRamp(canvas, frame);
-    DrawHeader(canvas, frame.visible);
-    return canvas.Take();
+void DrawText(cairo_t* pen, const Text& text) {
+    constexpr double kCapitals = 0.64;  // height of the font's capitals, by its size
+    constexpr double kWiden = 1.18;     // its letters are narrow
+    cairo_matrix_t letters;
+    cairo_matrix_init_scale(&letters, kWiden * text.height / kCapitals, text.height / kCapitals);
+    cairo_set_font_matrix(pen, &letters);
+    cairo_text_extents_t extents;
+    cairo_text_extents(pen, text.words.c_str(), &extents);
+    SetColour(pen, text.colour);
+    const double before = extents.width * static_cast<int>(text.align) / 2;
+    cairo_move_to(pen, text.u - before - extents.x_bearing, text.v + text.height);
+    cairo_show_text(pen, text.words.c_str());
+    cairo_new_path(pen);  // text leaves a current point
+}
+
+// Draws the chart whose visible part begins at (left, top) of a picture of `size`.
+Picture Draw(const Place& place, PictureSize size, uint32_t left, uint32_t top) {
+    cairo_surface_t* const surface = cairo_image_surface_create(
+            CAIRO_FORMAT_RGB24, static_cast<int>(size.width), static_cast<int>(size.height));
+    cairo_t* const pen = cairo_create(surface);
+    cairo_translate(pen, left, top);
+    cairo_scale(pen, place.visible.width / kWidth, place.visible.height / kHeight);
+    // Cairo's built-in font: the same on every machine.
+    cairo_select_font_face(pen, "@cairo:mono", CAIRO_FONT_SLANT_NORMAL, CAIRO_FONT_WEIGHT_BOLD);
+    Paint(pen, {{-kWidth, -kHeight, 2 * kWidth, 2 * kHeight}, Background});
+    DrawGrounds(pen);
+    for (const Panel& panel : Panels(place)) Paint(pen, panel);
+    DrawShapes(pen);
+    for (const Text& text : Texts(place)) DrawText(pen, text);
+    cairo_destroy(pen);
+    cairo_surface_flush(surface);
+    Picture picture(size);
+    uint8_t* to = picture.rgb.data();
+    for (uint32_t y = 0; y < size.height; ++y) {
+        const uint32_t* const row = RowOf(surface, static_cast<int>(y));
+        for (uint32_t x = 0; x < size.width; ++x) {
+            for (int shift = 16; shift >= 0; shift -= 8) *to++ = uint8_t(row[x] >> shift);
+        }
+    }
+    cairo_surface_destroy(surface);
+    return picture;
 }
 
 }  // namespace
 
-ChartFrame ChartOnSensor(PictureSize sensor) {
-    // 250 / 256 of the sensor is visible: 4000 of 4096, 3000 of 3072.
-    return Centred(sensor, {std::max(2u, Even(sensor.width * 250.0 / 256)),
-                            std::max(2u, Even(sensor.height * 250.0 / 256))});
-}
-
-ChartFrame ChartOfVisible(PictureSize visible) {
-    return Centred({Even(visible.width * 256.0 / 250), Even(visible.height * 256.0 / 250)},
-                   visible);
-}
-
-ChartRamp RampOf(const ChartFrame& frame) {
-    // The rows whose middles are in the ramp's box, as the canvas counts them.
+RampRows RampOf(PictureSize sensor) {
+    // The rows whose middles are in the ramp's box, as they are painted.
+    const Place place = OnSensor(sensor);
     const auto row = [&](double v) {
         return static_cast<uint32_t>(
-                std::ceil(frame.top + v * frame.visible.height / kChartHeight - 0.5));
+                std::ceil(place.Top() + v * place.visible.height / kHeight - 0.5));
     };
-    return {row(kChartRampBox.top), row(kChartRampBox.bottom)};
+    return {row(kRampTop), row(kRampBottom)};
 }
 
-std::array<ChartPatch, kChartPatches> ChartPatches() {
-    constexpr Colour kColours[kChartPatches] = {
+std::array<ChartPatch, 24> ChartPatches() {
+    constexpr Colour kColours[] = {
             {230, 30, 40},   {40, 170, 60},   {40, 70, 200},   {235, 205, 40},   // primaries
             {200, 50, 140},  {30, 160, 190},  {240, 130, 40},  {110, 60, 150},   //
             {255, 0, 0},     {0, 255, 0},     {0, 0, 255},     {255, 255, 255},  // full
@@ -432,21 +379,24 @@ std::array<ChartPatch, kChartPatches> ChartPatches() {
             {245, 214, 190}, {224, 172, 140}, {164, 108, 80},  {96, 62, 48},     // skin
             {90, 110, 70},   {120, 150, 190}, {128, 128, 128}, {200, 200, 200},  // leaf, sky, grey
     };
-    std::array<ChartPatch, kChartPatches> patches;
-    for (int i = 0; i < kChartPatches; ++i) {
-        const double left = 130 + (i % 4) * 275;
-        const double top = 420 + (i / 4) * 275;
-        patches[static_cast<size_t>(i)] = {kColours[i], {left, top, left + 250, top + 250}};
+    std::array<ChartPatch, 24> patches;
+    for (size_t i = 0; i < patches.size(); ++i) {
+        const double left = 130 + double(i % 4) * 275;
+        const double top = 420 + double(i / 4) * 275;
+        patches[i] = {kColours[i], {left, top, left + 250, top + 250}};
     }
     return patches;
 }
 
-Picture DrawSensorChart(const ChartFrame& frame) {
-    return Draw(frame, frame.sensor, frame.left, frame.top);
+Picture DrawSensorChart(PictureSize sensor) {
+    const Place place = OnSensor(sensor);
+    return Draw(place, sensor, place.Left(), place.Top());
 }
 
-Picture DrawVisibleChart(const ChartFrame& frame) {
-    return Draw(frame, frame.visible, 0, 0);
+Picture DrawVisibleChart(PictureSize visible) {
+    const PictureSize sensor = {Even(visible.width * 256.0 / 250),
+                                Even(visible.height * 256.0 / 250)};
+    return Draw({sensor, visible}, visible, 0, 0);
 }
 
 }  // namespace offlineframes

@@ -7,7 +7,7 @@
 #include <array>
 #include <cstdint>
 
-#include "picture.h"
+#include "picture_file.h"
 
 namespace offlineframes {
 
@@ -19,33 +19,20 @@ struct Colour {
 struct Box {
     double left, top, right, bottom;
 };
-inline constexpr double kChartWidth = 4000;
-inline constexpr double kChartHeight = 3000;
 
-// The chart on a sensor: a RAW frame has a striped margin around the visible chart that the centre
-// crop of development (4096x3072 to 4000x3000, or that ratio) removes exactly.
-struct ChartFrame {
-    PictureSize sensor;   // pixels of the mosaic
-    PictureSize visible;  // pixels after the crop
-    uint32_t left = 0;    // of the visible part in the sensor
-    uint32_t top = 0;
+// The chart in display values as a sensor has it, with a striped margin that the centre crop of
+// development (4096x3072 to 4000x3000, or that ratio) removes exactly; and what is left then.
+Picture DrawSensorChart(PictureSize sensor);
+Picture DrawVisibleChart(PictureSize visible);
+
+// The raw ramp crosses the whole sensor in these rows: level 0 at the left edge to 1023 at the
+// right one. Its green pixels hold every level where the sensor is at least 2048 pixels wide; red
+// and blue make it grey.
+struct RampRows {
+    uint32_t first = 0;
+    uint32_t end = 0;
 };
-ChartFrame ChartOnSensor(PictureSize sensor);    // 4096x3072: visible 4000x3000 at (48, 36)
-ChartFrame ChartOfVisible(PictureSize visible);  // the reverse
-
-// The chart in display values, with margin or only the visible part.
-Picture DrawSensorChart(const ChartFrame& frame);
-Picture DrawVisibleChart(const ChartFrame& frame);
-
-// The raw ramp crosses the whole sensor: level 0 at the left edge to 1023 at the right one. Its
-// green pixels hold every level where the sensor is at least 2048 pixels wide; red and blue make it
-// grey.
-inline constexpr Box kChartRampBox = {-kChartWidth, 2330, 2 * kChartWidth, 2530};
-struct ChartRamp {
-    uint32_t firstRow = 0;  // sensor rows
-    uint32_t endRow = 0;
-};
-ChartRamp RampOf(const ChartFrame& frame);
+RampRows RampOf(PictureSize sensor);
 inline uint16_t RampLevel(uint32_t x, uint32_t sensorWidth) {
     return static_cast<uint16_t>(uint64_t{x} * 1024 / sensorWidth);
 }
@@ -55,7 +42,6 @@ struct ChartPatch {
     Colour colour;
     Box box;
 };
-inline constexpr int kChartPatches = 24;
-std::array<ChartPatch, kChartPatches> ChartPatches();
+std::array<ChartPatch, 24> ChartPatches();
 
 }  // namespace offlineframes

@@ -4,6 +4,7 @@
 
 #include <imaging/camera_physics.h>
 #include <imaging/raw10.h>
+#include <imaging/rgb.h>
 
 #include <algorithm>
 #include <array>
@@ -19,36 +20,43 @@ using imaging::Channel;
 
 class NoiseSource {
   public:
-    explicit NoiseSource(const Noise& noise)
-        : m_active(noise.sigma > 0),
-          m_random(noise.seed),
-          m_gauss(0.0, m_active ? noise.sigma : 1.0) {}
+    explicit NoiseSource(const Noise& noise) : m_sigma(noise.sigma), m_random(noise.seed) {}
 
     template <class Sample>
     void Add(Sample* samples, size_t count, int maximum) {
-        if (!m_active) return;
+        if (m_sigma == 0) return;
         for (size_t i = 0; i < count; ++i) {
-            const double noisy = std::round(samples[i] + m_gauss(m_random));
+            const double noisy = std::round(samples[i] + m_sigma * m_gauss(m_random));
             samples[i] = static_cast<Sample>(std::clamp(noisy, 0.0, double(maximum)));
         }
     }
 
   private:
-    bool m_active;
+    const double m_sigma;
     std::mt19937_64 m_random;
     std::normal_distribution<double> m_gauss;
 };
 
-// Raw codes of display values, for each channel.
-using RawTable = std::array<std::array<uint16_t, 256>, 3>;
+// The level between two raw codes that develops to `linear` on average.
+double RawLevel(double linear, Channel channel) {
+    int code = imaging::kBlackLevel;
+    while (imaging::LinearFromRaw(code, channel) < linear) ++code;
+    const int above = imaging::LinearFromRaw(code, channel);
+    const int below = imaging::LinearFromRaw(code - 1, channel);
+    return above == linear ? code : code - (above - linear) / (above - below);
+}
 
-RawTable MakeRawTable() {
+// The raw levels of display values, for each channel. Those of the chart are whole codes.
+using RawTable = std::array<std::array<double, 256>, 3>;
+
+RawTable MakeRawTable(bool chart) {
     RawTable table = {};
-    for (int channel = 0; channel < 3; ++channel) {
-        for (int tone = 0; tone < 256; ++tone) {
-            const int linear = imaging::LinearFromTone(static_cast<uint8_t>(tone));
-            table[static_cast<size_t>(channel)][static_cast<size_t>(tone)] = static_cast<uint16_t>(
-                    imaging::RawFromLinear(linear, static_cast<Channel>(channel)));
+    for (size_t tone = 0; tone < 256; ++tone) {
+        const double linear = imaging::LinearFromTone(static_cast<uint8_t>(tone));
+        for (const Channel channel : {Channel::kRed, Channel::kGreen, Channel::kBlue}) {
+            table[static_cast<size_t>(channel)][tone] =
+                    chart ? imaging::RawFromLinear(static_cast<int>(std::lround(linear)), channel)
+                          : RawLevel(linear, channel);
         }
     }
     return table;
@@ -56,26 +64,31 @@ RawTable MakeRawTable() {
 
 uint16_t RampCode(uint16_t level, Channel channel) {
     if (channel == Channel::kGreen) return level;
-    const int linear = imaging::LinearFromRaw(level, Channel::kGreen);
-    return static_cast<uint16_t>(imaging::RawFromLinear(linear, channel));
+    return static_cast<uint16_t>(
+            imaging::RawFromLinear(imaging::LinearFromRaw(level, Channel::kGreen), channel));
 }
 
 }  // namespace
 
 Bytes EncodeRaw10(const Picture& picture, const FrameGeometry& geometry, const Noise& noise,
-                  const std::optional<ChartFrame>& chart) {
-    const RawTable table = MakeRawTable();
-    const ChartRamp ramp = chart ? RampOf(*chart) : ChartRamp{};
+                  bool chart) {
+    const RawTable table = MakeRawTable(chart);
+    const RampRows ramp = chart ? RampOf(picture) : RampRows{};
     NoiseSource source(noise);
+    // Up to half a code either way before rounding: dark tones are closer together than codes, and
+    // rounding alone tints them.
+    std::mt19937 dither(static_cast<uint32_t>(noise.seed));
+    constexpr double kCode = 1.0 / (1ull << 32);
     Bytes bytes(size_t{geometry.stride} * geometry.scanlines);
     std::vector<uint16_t> row(picture.width);
     for (uint32_t y = 0; y < picture.height; ++y) {
-        const bool inRamp = y >= ramp.firstRow && y < ramp.endRow;
+        const bool inRamp = y >= ramp.first && y < ramp.end;
         for (uint32_t x = 0; x < picture.width; ++x) {
             const Channel channel = imaging::MosaicChannel(x, y);
             const auto index = static_cast<size_t>(channel);
             row[x] = inRamp ? RampCode(RampLevel(x, picture.width), channel)
-                            : table[index][picture.Pixel(x, y)[index]];
+                            : static_cast<uint16_t>(table[index][picture.Pixel(x, y)[index]] +
+                                                    dither() * kCode);
         }
         source.Add(row.data(), row.size(), imaging::kWhiteLevel);
         imaging::PackRaw10Row(row.data(), picture.width, &bytes[size_t{y} * geometry.stride]);
@@ -84,44 +97,30 @@ Bytes EncodeRaw10(const Picture& picture, const FrameGeometry& geometry, const N
 }
 
 Bytes EncodeNv12(const Picture& picture, const FrameGeometry& geometry, const Noise& noise) {
-    const size_t lumaBytes = size_t{geometry.stride} * geometry.scanlines;
+    const size_t stride = geometry.stride;
+    const size_t lumaBytes = stride * geometry.scanlines;
+    Bytes bytes(lumaBytes);
+    bytes.resize(lumaBytes + lumaBytes / 2, 128);
+    uint8_t* const chroma = &bytes[lumaBytes];
+    imaging::Nv12FromRgb(picture.rgb.data(),
+                         {bytes.data(), chroma, picture.width, picture.height, stride});
     NoiseSource source(noise);
-    Bytes bytes(lumaBytes + lumaBytes / 2, 128);
-    std::fill(bytes.begin(), bytes.begin() + static_cast<ptrdiff_t>(lumaBytes), 0);
-    for (uint32_t y = 0; y < picture.height; ++y) {
-        uint8_t* const luma = &bytes[size_t{y} * geometry.stride];
-        const uint8_t* rgb = picture.Pixel(0, y);
-        for (uint32_t x = 0; x < picture.width; ++x, rgb += 3) {
-            luma[x] = imaging::Luma(rgb[0], rgb[1], rgb[2]);
-        }
-        source.Add(luma, picture.width, 255);
-    }
-    for (uint32_t y = 0; y < picture.height; y += 2) {
-        uint8_t* const chroma = &bytes[lumaBytes + size_t{y / 2} * geometry.stride];
-        for (uint32_t x = 0; x < picture.width; x += 2) {
-            const uint8_t* top = picture.Pixel(x, y);
-            const uint8_t* low = picture.Pixel(x, y + 1);
-            const int r = top[0] + top[3] + low[0] + low[3];
-            const int g = top[1] + top[4] + low[1] + low[4];
-            const int b = top[2] + top[5] + low[2] + low[5];
-            chroma[x] = imaging::ChromaBlue(r, g, b);
-            chroma[x + 1] = imaging::ChromaRed(r, g, b);
-        }
-        source.Add(chroma, picture.width, 255);
+    for (uint32_t y = 0; y < picture.height; ++y)
+        source.Add(&bytes[y * stride], picture.width, 255);
+    for (uint32_t y = 0; y < picture.height / 2; ++y) {
+        source.Add(&chroma[y * stride], picture.width, 255);
     }
     return bytes;
 }
 
 Bytes MakeFrame(const std::optional<Picture>& photo, const FrameGeometry& geometry,
                 const Noise& noise) {
-    if (geometry.format == FrameFormat::kNv12) {
-        return EncodeNv12(photo ? FitPicture(*photo, geometry.size)
-                                : DrawVisibleChart(ChartOfVisible(geometry.size)),
-                          geometry, noise);
-    }
-    if (photo) return EncodeRaw10(FitPicture(*photo, geometry.size), geometry, noise, std::nullopt);
-    const ChartFrame chart = ChartOnSensor(geometry.size);
-    return EncodeRaw10(DrawSensorChart(chart), geometry, noise, chart);
+    const bool raw = geometry.format == FrameFormat::kRaw10;
+    const Picture picture = photo ? FitPicture(*photo, geometry.size)
+                            : raw ? DrawSensorChart(geometry.size)
+                                  : DrawVisibleChart(geometry.size);
+    return raw ? EncodeRaw10(picture, geometry, noise, !photo)
+               : EncodeNv12(picture, geometry, noise);
 }
 
 }  // namespace offlineframes

@@ -5,9 +5,7 @@
 #include <optional>
 
 #include "chart.h"
-#include "file_io.h"
 #include "frame_geometry.h"
-#include "picture.h"
 
 namespace offlineframes {
 
@@ -18,10 +16,11 @@ struct Noise {
 };
 
 // RGGB mosaic of `picture` in packed RAW10: inverse tone curve, white-balance gains divided out,
-// black level added. With `chart` the ramp's green pixels get their raw level exactly. `geometry`
-// has passed FrameBytes() and has the picture's size; padding bytes are 0.
+// black level added, dithered to whole codes (by the noise's seed). Of the chart, the ramp's green
+// pixels get their raw level exactly. `geometry` has passed FrameBytes() and has the picture's
+// size; padding bytes are 0.
 Bytes EncodeRaw10(const Picture& picture, const FrameGeometry& geometry, const Noise& noise,
-                  const std::optional<ChartFrame>& chart);
+                  bool chart = false);
 
 // BT.601 full-range NV12. Padding is black: luma 0, chroma 128.
 Bytes EncodeNv12(const Picture& picture, const FrameGeometry& geometry, const Noise& noise);

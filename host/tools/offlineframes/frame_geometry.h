@@ -1,15 +1,13 @@
 // Shapes of frames in files: formats, padding and byte counts, all checked for overflow; and what
-// the name of a dump or source file tells about them.
+// the name and size of a file tell about them.
 #pragma once
-
-#include <base/result.h>
 
 #include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
 
-#include "picture.h"
+#include "picture_file.h"
 
 namespace offlineframes {
 
@@ -50,32 +48,21 @@ PictureSize DefaultSize(FrameFormat format);
 
 // Checks that the picture fits its rows and its format's grid (RAW10 width a multiple of 4, all
 // sizes even) and gives the bytes of the whole frame.
-base::Result<size_t> FrameBytes(const FrameGeometry& geometry);
-
-// A known geometry of `format` whose frame has exactly `bytes` bytes.
-std::optional<FrameGeometry> GeometryOfFileSize(FrameFormat format, uint64_t bytes);
-
-// The picture that frames of this padding usually hold: 4000x3000 in 4096 x 3072 NV12, and so on;
-// without a known one, every whole pixel of the padded rows.
-PictureSize PictureInPadding(FrameFormat format, uint32_t stride, uint32_t scanlines);
-
-// Names of dumps: OfflineAidl_CameraId_2_Frame_1_B2Y_Stride[4096]_Scanline[3072].yuv and
-// OfflineAidl_CameraId_2_Frame_1_Y2J_Width[4000]_Height[3000].jpg. Absent numbers are unknown: the
-// name does not give them, gives 0 (a plane query that failed) or gives nonsense.
-struct DumpName {
-    std::optional<uint32_t> stride;     // bytes per row; raw and yuv
-    std::optional<uint32_t> scanlines;  // rows; raw and yuv
-    std::optional<uint32_t> width;      // pixels; jpg
-    std::optional<uint32_t> height;     // pixels; jpg
-};
-
-// Reads the last component of `path`. Nothing when it is not a dump's name.
-std::optional<DumpName> ParseDumpName(const std::string& path);
-
-// The geometry of a file with the name of a source file.
-std::optional<FrameGeometry> SourceFileGeometry(const std::string& path);
+Result<size_t> FrameBytes(const FrameGeometry& geometry);
 
 // What the ending of a name tells: ".raw" or ".yuv".
 std::optional<FrameFormat> FormatOfName(const std::string& path);
+
+// The number behind `key` in the name of a dump, OfflineAidl_.._Stride[4096]_Scanline[3072].yuv or
+// OfflineAidl_.._Width[4000]_Height[3000].jpg. 0 where the name does not give it or gives nonsense;
+// nothing for the name of another file.
+std::optional<uint32_t> NumberInDumpName(const std::string& path, const char* key);
+
+// The geometry of a frame file of `bytes` bytes. What the caller knows (the rest is 0) goes before
+// what the file's name tells, and that before what its size tells. Fails when the geometry cannot
+// be told or does not make up the file; the message gives the bytes expected and found, and what
+// would match.
+Result<FrameGeometry> ResolveGeometry(const std::string& path, const FrameGeometry& known,
+                                      uint64_t bytes);
 
 }  // namespace offlineframes

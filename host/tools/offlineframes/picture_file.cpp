@@ -13,6 +13,8 @@
 #include <turbojpeg.h>
 
 #include <algorithm>
+#include <cmath>
+#include <cstdlib>
 #include <memory>
 
 namespace offlineframes {
@@ -29,30 +31,26 @@ Pixbuf PixbufOn(const Picture& picture) {
             g_object_unref};
 }
 
-// A copy, over black where it is transparent.
+// A copy, over white where it is transparent.
 Picture PictureOf(const Pixbuf& pixbuf) {
-    Picture picture(static_cast<uint32_t>(gdk_pixbuf_get_width(pixbuf.get())),
-                    static_cast<uint32_t>(gdk_pixbuf_get_height(pixbuf.get())));
-    const size_t channels = static_cast<size_t>(gdk_pixbuf_get_n_channels(pixbuf.get()));
-    const size_t stride = static_cast<size_t>(gdk_pixbuf_get_rowstride(pixbuf.get()));
-    for (uint32_t y = 0; y < picture.height; ++y) {
-        const uint8_t* from = gdk_pixbuf_read_pixels(pixbuf.get()) + y * stride;
-        for (uint32_t x = 0; x < picture.width; ++x, from += channels) {
-            const int opaque = channels == 4 ? from[3] : 255;
-            for (int c = 0; c < 3; ++c) {
-                picture.Pixel(x, y)[c] = static_cast<uint8_t>((from[c] * opaque + 127) / 255);
-            }
-        }
-    }
+    const int width = gdk_pixbuf_get_width(pixbuf.get());
+    const int height = gdk_pixbuf_get_height(pixbuf.get());
+    Picture picture({static_cast<uint32_t>(width), static_cast<uint32_t>(height)});
+    constexpr uint32_t kWhite = 0xffffff;
+    const int size = std::max(width, height);  // of the fields of a chessboard: one
+    gdk_pixbuf_composite_color(pixbuf.get(), PixbufOn(picture).get(), 0, 0, width, height, 0, 0, 1,
+                               1, GDK_INTERP_NEAREST, 255, 0, 0, size, kWhite, kWhite);
     return picture;
 }
 
-constexpr char kPngMagic[] = "\x89PNG\r\n\x1a\n";
-constexpr size_t kPngMagicBytes = 8;
+const std::string kPngMagic = "\x89PNG\r\n\x1a\n";
 
-base::Failure TooLarge(const std::string& path, const char* type, int width, int height) {
-    return base::Failure{path + ": a " + type + " of " + std::to_string(width) + "x" +
-                         std::to_string(height) + " is too large"};
+Result<Done> CheckSize(const std::string& name, const std::string& type, int width, int height) {
+    if (IsUsableSize(static_cast<uint64_t>(width), static_cast<uint64_t>(height))) return Done{};
+    return Failure{name + ": a " + type + " of " + std::to_string(width) + "x" +
+                   std::to_string(height) + " is too large: scale it down to at most " +
+                   std::to_string(kMaxPixels) + " pixels and " + std::to_string(kMaxSide) +
+                   " a side"};
 }
 
 // The orientation in EXIF data or in a JPEG file that has some; 1 where it is missing or damaged.
@@ -69,8 +67,8 @@ int OrientationOf(const uint8_t* data, size_t size) {
 
 // The same for a PNG file, whose eXIf chunk gdk-pixbuf does not read.
 int PngOrientation(const Bytes& png) {
-    constexpr char kChunk[] = {'e', 'X', 'I', 'f'};
-    const auto found = std::search(png.begin(), png.end(), kChunk, kChunk + 4);
+    const std::string_view chunk = "eXIf";
+    const auto found = std::search(png.begin(), png.end(), chunk.begin(), chunk.end());
     if (found == png.end()) return 1;
     Bytes exif = {'E', 'x', 'i', 'f', 0, 0};  // how a JPEG introduces the same data
     exif.insert(exif.end(), found + 4, png.end());
@@ -117,105 +115,102 @@ void AppendPngChunk(const char* type, const uint8_t* data, size_t size, Bytes* p
     AppendNumber(crc32_gzip_refl(0, &png->back() + 1 - size - 4, size + 4), png);
 }
 
-}  // namespace
-
-base::Result<PictureType> TypeOf(const Bytes& bytes, const std::string& name) {
-    const auto startsWith = [&](const char* magic, size_t length) {
-        return bytes.size() >= length && memcmp(bytes.data(), magic, length) == 0;
-    };
-    if (startsWith(kPngMagic, kPngMagicBytes)) return PictureType::kPng;
-    if (startsWith("\xff\xd8\xff", 3)) return PictureType::kJpeg;
-    if (startsWith("P6", 2)) return PictureType::kPpm;
-    return base::Failure{name + ": is not a PNG, JPEG or binary PPM picture"};
+double PsnrOf(double squares, double samples) {
+    return squares == 0 ? INFINITY : 10 * std::log10(255.0 * 255.0 * samples / squares);
 }
 
-base::Result<Picture> ReadPicture(const std::string& path) {
-    const base::Result<Bytes> bytes = ReadFile(path);
+}  // namespace
+
+std::string Describe(PictureSize size) {
+    return std::to_string(size.width) + "x" + std::to_string(size.height);
+}
+
+std::string PictureType(const Bytes& bytes) {
+    const std::string start(bytes.begin(), bytes.begin() + std::min<ptrdiff_t>(bytes.size(), 8));
+    if (start == kPngMagic) return "PNG";
+    if (start.rfind("\xff\xd8\xff", 0) == 0) return "JPEG";
+    return start.rfind("P6", 0) == 0 ? "PPM" : "";
+}
+
+Result<Picture> ReadPicture(const std::string& path) {
+    const Result<Bytes> bytes = ReadFile(path);
     if (!bytes.Ok()) return bytes.GetFailure();
     return DecodePicture(bytes.Value(), path);
 }
 
-base::Result<Picture> DecodePicture(const Bytes& bytes, const std::string& path) {
-    const base::Result<PictureType> type = TypeOf(bytes, path);
-    if (!type.Ok()) return type.GetFailure();
-    if (type.Value() == PictureType::kJpeg) {
-        base::Result<JpegPicture> jpeg = DecodeJpeg(bytes, path);
+Result<Picture> DecodePicture(const Bytes& bytes, const std::string& path) {
+    const std::string type = PictureType(bytes);
+    if (type.empty()) return Failure{path + ": is not a PNG, JPEG or binary PPM picture"};
+    if (type == "JPEG") {
+        Result<JpegPicture> jpeg = DecodeJpeg(bytes, path);
         if (!jpeg.Ok()) return jpeg.GetFailure();
-        const int orientation = jpeg.Value().orientation;
-        return MakeUpright(std::move(jpeg).Value().picture, orientation);
+        return MakeUpright(std::move(jpeg.Value().picture), jpeg.Value().orientation);
     }
     // gdk-pixbuf tells types by the system's MIME database, which a session's setting may hide.
     setenv("XDG_DATA_DIRS", "/usr/local/share:/usr/share", 1);
-    const bool png = type.Value() == PictureType::kPng;
-    const char* const typeName = png ? "PNG" : "PPM";
-    int width = 0;
-    int height = 0;
-    if (gdk_pixbuf_get_file_info(path.c_str(), &width, &height) &&
-        !IsUsableSize(static_cast<uint64_t>(width), static_cast<uint64_t>(height))) {
-        return TooLarge(path, typeName, width, height);
-    }
+    int width = 0, height = 0;
+    const bool known = gdk_pixbuf_get_file_info(path.c_str(), &width, &height) != nullptr;
+    const Result<Done> usable = known ? CheckSize(path, type, width, height) : Done{};
+    if (!usable.Ok()) return usable.GetFailure();
     // From the file: in memory gdk-pixbuf does not notice that a picture is cut short.
     GError* error = nullptr;
     const Pixbuf pixbuf = {gdk_pixbuf_new_from_file(path.c_str(), &error), g_object_unref};
     if (!pixbuf) {
-        const base::Failure failure = {path + ": damaged " + typeName + ": " + error->message};
+        const Failure failure = {path + ": damaged " + type + ": " + error->message};
         g_error_free(error);
         return failure;
     }
-    return MakeUpright(PictureOf(pixbuf), png ? PngOrientation(bytes) : 1);
+    return MakeUpright(PictureOf(pixbuf), type == "PNG" ? PngOrientation(bytes) : 1);
 }
 
-base::Result<JpegPicture> DecodeJpeg(const Bytes& bytes, const std::string& name,
-                                     uint32_t leastWidth) {
+Result<JpegPicture> DecodeJpeg(const Bytes& bytes, const std::string& name, uint32_t leastWidth) {
     const std::unique_ptr<void, int (*)(tjhandle)> decoder(tjInitDecompress(), tjDestroy);
     const auto damaged = [&] {
-        return base::Failure{name + ": damaged JPEG: " + tjGetErrorStr2(decoder.get())};
+        return Failure{name + ": damaged JPEG: " + tjGetErrorStr2(decoder.get())};
     };
-    int width = 0;
-    int height = 0;
-    int subsampling = 0;
-    int colours = 0;
+    int width = 0, height = 0, subsampling = 0, colours = 0;
     const bool read = tjDecompressHeader3(decoder.get(), bytes.data(), bytes.size(), &width,
                                           &height, &subsampling, &colours) == 0;
     // A rare subsampling is an error here, but can be decoded; then the size is known.
     if (width <= 0 || height <= 0) {
-        return read ? base::Failure{name + ": damaged JPEG: it holds no picture"} : damaged();
+        return read ? Failure{name + ": damaged JPEG: it holds no picture"} : damaged();
     }
-    if (!IsUsableSize(static_cast<uint64_t>(width), static_cast<uint64_t>(height))) {
-        return TooLarge(name, "JPEG", width, height);
-    }
+    const Result<Done> usable = CheckSize(name, "JPEG", width, height);
+    if (!usable.Ok()) return usable.GetFailure();
+    JpegPicture jpeg;
+    jpeg.fullSize = {static_cast<uint32_t>(width), static_cast<uint32_t>(height)};
+    jpeg.orientation = OrientationOf(bytes.data(), bytes.size());
+    jpeg.jpegBytes = JpegBytes(bytes);
     tjscalingfactor scale = {8, 8};
     while (leastWidth != 0 && scale.num > 1 &&
-           int64_t{width} * (scale.num - 1) >= int64_t{leastWidth} * 8) {
+           uint64_t{jpeg.fullSize.width} * (scale.num - 1) >= uint64_t{leastWidth} * 8) {
         --scale.num;
     }
-    const int outWidth = TJSCALED(width, scale);
-    const int outHeight = TJSCALED(height, scale);
-    JpegPicture jpeg;
-    jpeg.picture = Picture(static_cast<uint32_t>(outWidth), static_cast<uint32_t>(outHeight));
+    width = TJSCALED(width, scale);
+    height = TJSCALED(height, scale);
+    jpeg.picture = Picture({static_cast<uint32_t>(width), static_cast<uint32_t>(height)});
     const bool inks = colours == TJCS_CMYK || colours == TJCS_YCCK;
     Bytes cmyk(inks ? jpeg.picture.rgb.size() / 3 * 4 : 0);
     // A warning means damaged data: the decoder would go on with invented pixels.
     if (tjDecompress2(decoder.get(), bytes.data(), bytes.size(),
-                      inks ? cmyk.data() : jpeg.picture.rgb.data(), outWidth, 0, outHeight,
+                      inks ? cmyk.data() : jpeg.picture.rgb.data(), width, 0, height,
                       inks ? TJPF_CMYK : TJPF_RGB, TJFLAG_STOPONWARNING) != 0) {
         return damaged();
     }
     RgbFromCmyk(cmyk, &jpeg.picture);
-    jpeg.fullSize = {static_cast<uint32_t>(width), static_cast<uint32_t>(height)};
-    jpeg.orientation = OrientationOf(bytes.data(), bytes.size());
-    jpeg.jpegBytes = JpegBytes(bytes);
     return jpeg;
 }
 
 Picture MakeUpright(Picture picture, int orientation) {
     if (orientation == 1) return picture;
-    const Pixbuf stored = PixbufOn(picture);
-    gdk_pixbuf_set_option(stored.get(), "orientation", std::to_string(orientation).c_str());
-    return PictureOf({gdk_pixbuf_apply_embedded_orientation(stored.get()), g_object_unref});
+    Pixbuf pixbuf = PixbufOn(picture);
+    gdk_pixbuf_set_option(pixbuf.get(), "orientation", std::to_string(orientation).c_str());
+    pixbuf.reset(gdk_pixbuf_apply_embedded_orientation(pixbuf.get()));
+    picture = Picture();  // pictures are large
+    return PictureOf(pixbuf);
 }
 
-double CoveringScale(const Picture& photo, PictureSize size) {
+double CoveringScale(PictureSize photo, PictureSize size) {
     return std::max(double(size.width) / photo.width, double(size.height) / photo.height);
 }
 
@@ -230,7 +225,7 @@ Picture FitPicture(const Picture& photo, PictureSize size) {
     const double scale = CoveringScale(photo, size);
     const int width = static_cast<int>(size.width);
     const int height = static_cast<int>(size.height);
-    Picture fitted(size.width, size.height);
+    Picture fitted(size);
     gdk_pixbuf_scale(PixbufOn(photo).get(), PixbufOn(fitted).get(), 0, 0, width, height,
                      (width - photo.width * scale) / 2, (height - photo.height * scale) / 2, scale,
                      scale, GDK_INTERP_BILINEAR);
@@ -250,7 +245,7 @@ Bytes EncodePng(PictureSize size, const RowSource& rows) {
     AppendNumber(size.width, &header);
     AppendNumber(size.height, &header);
     header.insert(header.end(), {8, 2, 0, 0, 0});  // 8-bit RGB
-    Bytes png(kPngMagic, kPngMagic + kPngMagicBytes);
+    Bytes png(kPngMagic.begin(), kPngMagic.end());
     AppendPngChunk("IHDR", header.data(), header.size(), &png);
     const auto packer = std::make_unique<isal_zstream>();
     isal_deflate_init(packer.get());
@@ -277,6 +272,37 @@ Bytes EncodePng(PictureSize size, const RowSource& rows) {
     }
     AppendPngChunk("IEND", nullptr, 0, &png);
     return png;
+}
+
+Picture CentreCrop(const Picture& picture, PictureSize size) {
+    const uint32_t left = (picture.width - size.width) / 2 & ~1u;
+    const uint32_t top = (picture.height - size.height) / 2 & ~1u;
+    Picture out(size);
+    for (uint32_t y = 0; y < size.height; ++y) {
+        memcpy(out.Pixel(0, y), picture.Pixel(left, top + y), size_t{size.width} * 3);
+    }
+    return out;
+}
+
+Result<Comparison> ComparePictures(const Picture& a, const Picture& b) {
+    if (!(a == b)) {
+        return Failure{"the pictures differ in size: " + Describe(a) + " and " + Describe(b)};
+    }
+    Comparison result = {};
+    double squares[3] = {};  // whole numbers, below 2^53
+    for (size_t i = 0; i < a.rgb.size(); ++i) {
+        const int difference = std::abs(a.rgb[i] - b.rgb[i]);
+        squares[i % 3] += difference * difference;
+        if (difference <= result.largest) continue;
+        result.largest = difference;
+        result.x = static_cast<uint32_t>(i / 3 % a.width);
+        result.y = static_cast<uint32_t>(i / 3 / a.width);
+        result.channel = static_cast<int>(i % 3);
+    }
+    const double pixels = double(a.width) * a.height;
+    for (size_t i = 0; i < 3; ++i) result.channelPsnr[i] = PsnrOf(squares[i], pixels);
+    result.psnr = PsnrOf(squares[0] + squares[1] + squares[2], pixels * 3);
+    return result;
 }
 
 }  // namespace offlineframes

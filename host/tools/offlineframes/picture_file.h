@@ -1,25 +1,58 @@
-// Pictures in files: PNG, JPEG and PPM read by content, PNG written; and photos fitted into frames.
+// Picture: what a person sees. Read from PNG, JPEG and PPM, told by content; written as PNG; fitted
+// into frames, cut and compared.
 #pragma once
 
+#include <array>
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <string>
+#include <vector>
 
 #include "file_io.h"
-#include "picture.h"
 
 namespace offlineframes {
 
-enum class PictureType { kPng, kJpeg, kPpm };
+struct PictureSize {
+    uint32_t width = 0;
+    uint32_t height = 0;
+};
+inline bool operator==(const PictureSize& a, const PictureSize& b) {
+    return a.width == b.width && a.height == b.height;
+}
+std::string Describe(PictureSize size);  // "4096x3072"
 
-// Tells the type by the first bytes. Fails, naming `name`, when it is none of the three.
-base::Result<PictureType> TypeOf(const Bytes& bytes, const std::string& name);
+// Largest side of a picture or frame that is read or made, in pixels: cairo draws no larger one.
+inline constexpr uint32_t kMaxSide = 32767;
+// Largest picture, in pixels: reading one takes six bytes a pixel. Cameras of 100 megapixels have
+// 102 million.
+inline constexpr uint64_t kMaxPixels = 105'000'000;
 
-// Reads a picture, turned upright by its EXIF orientation, as 8-bit RGB over black. A damaged or
-// too large one is an error.
-base::Result<Picture> ReadPicture(const std::string& path);
+inline bool IsUsableSize(uint64_t width, uint64_t height) {
+    return width >= 1 && height >= 1 && width <= kMaxSide && height <= kMaxSide &&
+           width * height <= kMaxPixels;
+}
+
+// 8-bit RGB in display (sRGB-like) values.
+struct Picture : PictureSize {
+    std::vector<uint8_t> rgb;  // width * height * 3 bytes, top row first
+
+    explicit Picture(PictureSize size = {})
+        : PictureSize(size), rgb(size_t{size.width} * size.height * 3) {}
+
+    uint8_t* Pixel(uint32_t x, uint32_t y) { return &rgb[(size_t{y} * width + x) * 3]; }
+    const uint8_t* Pixel(uint32_t x, uint32_t y) const { return &rgb[(size_t{y} * width + x) * 3]; }
+};
+
+// What the first bytes of a file tell: "PNG", "JPEG", "PPM", or "" for anything else.
+std::string PictureType(const Bytes& bytes);
+
+// Reads a picture, turned upright by its EXIF orientation, as 8-bit RGB; what is transparent
+// becomes white, as on paper. A damaged one is an error; so is a too large one, before it is
+// decoded.
+Result<Picture> ReadPicture(const std::string& path);
 // The same for the bytes of the file `path`, already read.
-base::Result<Picture> DecodePicture(const Bytes& bytes, const std::string& path);
+Result<Picture> DecodePicture(const Bytes& bytes, const std::string& path);
 
 // Bytes after the JPEG's end marker are ignored; a damaged stream or one that ends before its end
 // marker is an error. `name` is for messages.
@@ -31,23 +64,41 @@ struct JpegPicture {
 };
 // With `leastWidth`, `picture` is reduced in eighths while it stays at least that wide; that costs
 // a fraction of the time.
-base::Result<JpegPicture> DecodeJpeg(const Bytes& bytes, const std::string& name,
-                                     uint32_t leastWidth = 0);
+Result<JpegPicture> DecodeJpeg(const Bytes& bytes, const std::string& name,
+                               uint32_t leastWidth = 0);
 
 // Turns and mirrors a picture stored with this EXIF orientation upright.
 Picture MakeUpright(Picture picture, int orientation);
 
 // What FitPicture() scales by: output pixels per pixel of `photo`.
-double CoveringScale(const Picture& photo, PictureSize size);
+double CoveringScale(PictureSize photo, PictureSize size);
 
 // Scales `photo` until it covers `size` and cuts the overhang off evenly on both sides. A photo
 // that shrinks is averaged over areas, so that fine detail does not alias.
 Picture FitPicture(const Picture& photo, PictureSize size);
 
-// Writes the RGB bytes of row `y`; called for each row once, from the top.
+// Writes the RGB bytes of row `y`; called for each row once, from the top. (A dump becomes a PNG
+// without a whole picture in memory: filling fresh pages took a third of the time.)
 using RowSource = std::function<void(uint32_t y, uint8_t* rgb)>;
 RowSource RowsOf(Picture picture);
 
 Bytes EncodePng(PictureSize size, const RowSource& rows);
+
+// The middle `size` pixels of `picture`, on an even offset. `size` must not be larger.
+Picture CentreCrop(const Picture& picture, PictureSize size);
+
+struct Comparison {
+    // Peak signal to noise ratio in dB, peak 255; infinity for equal channels.
+    std::array<double, 3> channelPsnr;  // red, green, blue
+    double psnr;                        // over all samples
+    // The largest difference of one sample: the first in reading order.
+    int largest = 0;
+    uint32_t x = 0;
+    uint32_t y = 0;
+    int channel = 0;
+};
+
+// How much two pictures differ. Fails, naming both sizes, when they are not of one size.
+Result<Comparison> ComparePictures(const Picture& a, const Picture& b);
 
 }  // namespace offlineframes

@@ -1,21 +1,20 @@
-// The commands pack, sources, view and compare: a table (words, options, help) and for each a
-// function that does it and returns what to print.
-
-#include "program.h"
+// The program: a table of commands (words, options, help) and for each a function that does it and
+// returns what to print. It ends with 0: done, 1: failed, 2: wrong command line.
 
 #include <base/options.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <terminal/terminal.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <charconv>
 #include <cmath>
-#include <optional>
+#include <filesystem>
+#include <new>
 
 #include "frame_encoder.h"
 #include "frame_view.h"
-#include "picture_file.h"
 #include "source_set.h"
 
 namespace offlineframes {
@@ -25,66 +24,57 @@ using base::Option;
 using Words = std::vector<std::string>;
 
 // What the options of any command give.
-struct Given : ViewRequest {
-    std::optional<double> sigma;
-    std::optional<uint64_t> seed;
+struct Given {
+    ViewRequest view;
+    std::optional<uint64_t> stride, scanlines, seed;
+    double sigma = 0;
     std::string from;
     bool force = false;
-
-    Existing GetExisting() const { return force ? Existing::kReplace : Existing::kKeep; }
 };
 
 struct Command {
     const char* name;
-    const char* summary;             // a phrase for the list of commands
-    const char* purpose;             // sentences for its own help
-    std::vector<const char*> words;  // plain words the command needs, all of them
+    const char* summary;  // a phrase for the list of commands
+    const char* purpose;  // sentences for its own help
+    Words words;          // plain words the command needs, all of them
     std::vector<Option> options;
     // Returns the text to print to `output`, stderr for remarks.
-    base::Result<std::string> (*run)(const Words& words, const Given& given);
+    Result<std::string> (*run)(const Words& words, const Given& given);
     FILE* output = stderr;
 };
 
-Option FormatOption(const char* help, std::optional<FrameFormat>* format) {
-    return {"--format", "raw10|nv12", help,
-            [format](const std::string& word) -> base::Result<base::Done> {
+Option FormatOption(const char* help, Given* given) {
+    return {"--format", "raw10|nv12", help, [given](const std::string& word) -> Result<Done> {
                 for (const FrameFormat known : {FrameFormat::kRaw10, FrameFormat::kNv12}) {
-                    if (word == FormatName(known)) *format = known;
+                    if (word == FormatName(known)) given->view.format = known;
                 }
-                if (!*format) return base::Failure{"raw10 or nv12"};
-                return base::Done{};
+                if (!given->view.format) return Failure{"raw10 or nv12"};
+                return Done{};
             }};
 }
 
-Option SizeOption(const char* help, std::optional<PictureSize>* size) {
-    return {"--size", "WxH", help, [size](const std::string& word) -> base::Result<base::Done> {
-                PictureSize read;
+Option SizeOption(const char* help, Given* given) {
+    return {"--size", "WxH", help, [given](const std::string& word) -> Result<Done> {
+                auto& [width, height] = given->view.known.size;
                 const char* const end = word.data() + word.size();
-                const auto width = std::from_chars(word.data(), end, read.width);
-                const char* const cross = width.ptr;
+                const char* const cross = std::from_chars(word.data(), end, width).ptr;
                 if (cross != end && *cross == 'x' &&
-                    std::from_chars(cross + 1, end, read.height).ptr == end &&
-                    IsUsableSize(read.width, read.height)) {
-                    *size = read;
-                    return base::Done{};
+                    std::from_chars(cross + 1, end, height).ptr == end &&
+                    IsUsableSize(width, height)) {
+                    return Done{};
                 }
-                return base::Failure{"a size like 4096x3072, of at most " +
-                                     std::to_string(kMaxPixels) + " pixels and " +
-                                     std::to_string(kMaxSide) + " a side"};
+                return Failure{"a size like 4096x3072, of at most " + std::to_string(kMaxPixels) +
+                               " pixels and " + std::to_string(kMaxSide) + " a side"};
             }};
 }
 
-Option NoiseOption(std::optional<double>* sigma) {
-    constexpr int kLargest = 200;
+Option NoiseOption(Given* given) {
     return {"--noise", "SIGMA", "add Gaussian noise, in raw levels or nv12 code values",
-            [sigma](const std::string& word) -> base::Result<base::Done> {
+            [given](const std::string& word) -> Result<Done> {
                 char* stop = nullptr;
-                const double number = strtod(word.c_str(), &stop);
-                if (*stop != 0 || !(number > 0) || number > kLargest) {
-                    return base::Failure{"a number above 0, up to " + std::to_string(kLargest)};
-                }
-                *sigma = number;
-                return base::Done{};
+                given->sigma = strtod(word.c_str(), &stop);
+                if (*stop == 0 && given->sigma > 0 && given->sigma <= 200) return Done{};
+                return Failure{"a number above 0, up to 200"};
             }};
 }
 
@@ -92,115 +82,147 @@ Option CountOption(const char* name, const char* help, std::optional<uint64_t>* 
     return base::Number(name, "N", help, 1, kMaxFileBytes, count);
 }
 
-base::Result<std::string> Pack(const Words& words, const Given& given) {
-    if (given.seed && !given.sigma) return base::Failure{"--seed needs --noise", true};
-    const FrameFormat format = given.format.value_or(FrameFormat::kRaw10);
-    FrameGeometry geometry = AllocatorGeometry(format, given.size.value_or(DefaultSize(format)));
-    if (given.stride) geometry.stride = static_cast<uint32_t>(*given.stride);
-    if (given.scanlines) geometry.scanlines = static_cast<uint32_t>(*given.scanlines);
-    const base::Result<size_t> size = FrameBytes(geometry);
-    if (!size.Ok()) return base::Failure{size.Error(), true};
-    const std::string& output = words[1];
-    const base::Result<base::Done> writable = CheckWritable(output, given.GetExisting());
+// `geometry` with what the options say of its padding.
+FrameGeometry WithPadding(FrameGeometry geometry, const Given& given) {
+    geometry.stride = static_cast<uint32_t>(given.stride.value_or(geometry.stride));
+    geometry.scanlines = static_cast<uint32_t>(given.scanlines.value_or(geometry.scanlines));
+    return geometry;
+}
+
+Result<View> ViewGiven(const std::string& path, const Given& given) {
+    ViewRequest request = given.view;
+    request.known = WithPadding(request.known, given);
+    return ViewFile(path, request);
+}
+
+// Fails when the command could not write its output, before that is made. Pictures have a name that
+// ends like one, frames have not.
+Result<Done> CheckOutput(const Words& words, const Given& given, bool isPicture) {
+    const std::filesystem::path output = words[1];
+    std::error_code unknown;
+    if (std::filesystem::equivalent(words[0], output, unknown)) {
+        return Failure{words[1] + ": is the input; choose another name for the output"};
+    }
+    std::string ending = output.extension();
+    for (char& letter : ending) letter = static_cast<char>(tolower(letter));
+    if (isPicture && ending != ".png") {
+        return Failure{words[1] + ": views are PNG files; choose a name that ends in .png"};
+    }
+    if (!isPicture &&
+        (ending == ".png" || ending == ".jpg" || ending == ".jpeg" || ending == ".ppm")) {
+        return Failure{words[1] + ": is a picture's name; a frame's ends in .raw or .yuv"};
+    }
+    return CheckWritable(words[1], given.force);
+}
+
+// Writes what a command has made and returns what it says then.
+Result<std::string> Save(const std::string& path, const Bytes& bytes, const std::string& said) {
+    const Result<Done> written = WriteFile(path, bytes);
+    if (!written.Ok()) return written.GetFailure();
+    return said + "\n";
+}
+
+Result<std::string> Pack(const Words& words, const Given& given) {
+    if (given.seed && given.sigma == 0) return Failure{"--seed needs --noise", true};
+    const FrameFormat format = given.view.format.value_or(FrameFormat::kRaw10);
+    const PictureSize asked = given.view.known.size;
+    const PictureSize size = asked.width != 0 ? asked : DefaultSize(format);
+    const FrameGeometry geometry = WithPadding(AllocatorGeometry(format, size), given);
+    const Result<size_t> bytes = FrameBytes(geometry);
+    if (!bytes.Ok()) return Failure{bytes.Error(), true};
+    const Result<Done> writable = CheckOutput(words, given, false);
     if (!writable.Ok()) return writable.GetFailure();
     std::optional<Picture> photo;
     if (words[0] != "chart") {
-        base::Result<Picture> read = ReadPicture(words[0]);
+        Result<Picture> read = ReadPicture(words[0]);
         if (!read.Ok()) return read.GetFailure();
         photo = std::move(read).Value();
     }
-    const Noise noise = {given.sigma.value_or(0), given.seed.value_or(1)};
-    const base::Result<base::Done> written =
-            WriteFile(output, MakeFrame(photo, geometry, noise), given.GetExisting());
-    if (!written.Ok()) return written.GetFailure();
-    return output + ": " + Describe(geometry) + ", " + std::to_string(size.Value()) + " bytes\n";
+    return Save(
+            words[1], MakeFrame(photo, geometry, {given.sigma, given.seed.value_or(1)}),
+            words[1] + ": " + Describe(geometry) + ", " + std::to_string(bytes.Value()) + " bytes");
 }
 
-base::Result<std::string> Sources(const Words& words, const Given& given) {
+Result<std::string> Sources(const Words& words, const Given& given) {
     if (given.from.empty()) return MakeSources(words[0], std::nullopt);
-    const base::Result<Picture> photo = ReadPicture(given.from);
-    if (!photo.Ok()) return photo.GetFailure();
-    const base::Result<std::string> made = MakeSources(words[0], photo.Value());
+    const Result<Picture> read = ReadPicture(given.from);
+    if (!read.Ok()) return read.GetFailure();
+    const Picture& photo = read.Value();
+    const Result<std::string> made = MakeSources(words[0], photo);
     if (!made.Ok()) return made;
     const PictureSize sensor = DefaultSize(FrameFormat::kRaw10);
+    const double scale = CoveringScale(photo, sensor);
     char fit[160];
     snprintf(
             fit, sizeof(fit),
-            ": %u x %u as seen upright, scaled by %.3g to cover %u x %u, the overhang cut evenly\n",
-            photo.Value().width, photo.Value().height, CoveringScale(photo.Value(), sensor),
-            sensor.width, sensor.height);
+            ": %u x %u as seen upright, scaled by %.*f to cover %u x %u, the overhang cut evenly\n",
+            photo.width, photo.height,
+            scale < 1     ? 3
+            : scale < 10  ? 2
+            : scale < 100 ? 1
+                          : 0,
+            scale, sensor.width, sensor.height);
     return given.from + fit + made.Value();
 }
 
-base::Result<std::string> ViewInput(const Words& words, const Given& given) {
-    const base::Result<base::Done> writable = CheckWritable(words[1], given.GetExisting());
+Result<std::string> ViewInput(const Words& words, const Given& given) {
+    const Result<Done> writable = CheckOutput(words, given, true);
     if (!writable.Ok()) return writable.GetFailure();
-    const base::Result<View> view = ViewFile(words[0], given);
+    const Result<View> view = ViewGiven(words[0], given);
     if (!view.Ok()) return view.GetFailure();
-    const Bytes png = EncodePng(view.Value().size, view.Value().rows);
-    const base::Result<base::Done> written = WriteFile(words[1], png, given.GetExisting());
-    if (!written.Ok()) return written.GetFailure();
-    return words[0] + ": " + view.Value().description + "\n";
+    return Save(words[1], EncodePng(view.Value().size, view.Value().rows),
+                words[0] + ": " + view.Value().description);
 }
 
 std::string Decibels(double psnr) {
-    if (std::isinf(psnr)) return "equal";
     char text[32];
     snprintf(text, sizeof(text), "%.2f dB", psnr);
-    return text;
+    return std::isinf(psnr) ? "equal" : text;
 }
 
-base::Result<std::string> Compare(const Words& words, const Given& given) {
+Result<std::string> Compare(const Words& words, const Given& given) {
     Picture pictures[2];
     for (size_t i = 0; i < 2; ++i) {
-        const base::Result<View> view = ViewFile(words[i], given);
+        const Result<View> view = ViewGiven(words[i], given);
         if (!view.Ok()) return view.GetFailure();
         pictures[i] = view.Value().WholePicture();
     }
-    const base::Result<Comparison> compared = ComparePictures(pictures[0], pictures[1]);
-    if (!compared.Ok()) return base::Failure{words[0] + ", " + words[1] + ": " + compared.Error()};
+    const Result<Comparison> compared = ComparePictures(pictures[0], pictures[1]);
+    if (!compared.Ok()) return Failure{words[0] + ", " + words[1] + ": " + compared.Error()};
     const Comparison& result = compared.Value();
+    const std::string text = "PSNR  red " + Decibels(result.channelPsnr[0]) + "  green " +
+                             Decibels(result.channelPsnr[1]) + "  blue " +
+                             Decibels(result.channelPsnr[2]) + "  all " + Decibels(result.psnr) +
+                             "\nlargest difference " + std::to_string(result.largest);
+    if (result.largest == 0) return text + "\n";
     constexpr const char* kNames[3] = {"red", "green", "blue"};
-    std::string text = "PSNR";
-    for (size_t i = 0; i < 3; ++i) {
-        text += std::string("  ") + kNames[i] + " " + Decibels(result.channelPsnr[i]);
-    }
-    text += "  all " + Decibels(result.psnr) + "\nlargest difference " +
-            std::to_string(result.largest);
-    if (result.largest > 0) {
-        const auto sample = [&](const Picture& picture) {
-            return std::to_string(picture.Pixel(result.x, result.y)[result.channel]);
-        };
-        text += std::string(" in ") + kNames[result.channel] + " at x " + std::to_string(result.x) +
-                ", y " + std::to_string(result.y) + ": " + sample(pictures[0]) + " and " +
-                sample(pictures[1]);
-    }
-    return text + "\n";
+    char place[100];
+    snprintf(place, sizeof(place), " in %s at x %u, y %u: %d and %d\n", kNames[result.channel],
+             result.x, result.y, pictures[0].Pixel(result.x, result.y)[result.channel],
+             pictures[1].Pixel(result.x, result.y)[result.channel]);
+    return text + place;
 }
 
 std::vector<Command> Commands(Given* given) {
-    const auto force = [&](const char* help) {
-        return base::Switch("--force", help, &given->force);
-    };
     const Option asStored =
             base::Switch("--as-stored", "JPEG: do not turn it upright by its EXIF orientation",
-                         &given->asStored);
+                         &given->view.asStored);
     return {{"pack",
              "a photo or the test chart becomes a RAW10 or NV12 frame",
              "Makes a frame from INPUT, a PNG, JPEG or PPM photo or the word \"chart\" for the "
              "built-in\ntest chart. A photo is turned upright, scaled to cover the frame and cut "
-             "evenly.",
+             "evenly;\nwhat is transparent becomes white.",
              {"INPUT", "OUTPUT"},
-             {FormatOption("packed RAW10 mosaic (default) or NV12", &given->format),
-              SizeOption("picture size (default: raw10 4096x3072, nv12 4000x3000)", &given->size),
+             {FormatOption("packed RAW10 mosaic (default) or NV12", given),
+              SizeOption("picture size (default: raw10 4096x3072, nv12 4000x3000)", given),
               CountOption("--stride", "bytes per row (default: what the allocator chooses)",
                           &given->stride),
               CountOption("--scanlines", "rows of the luma or raw plane (default: the allocator's)",
                           &given->scanlines),
-              NoiseOption(&given->sigma),
+              NoiseOption(given),
               base::Number("--seed", "N", "the noise's seed (default 1)", 0, UINT64_MAX,
                            &given->seed),
-              force("replace OUTPUT when it exists")},
+              base::Switch("--force", "replace OUTPUT when it exists", &given->force)},
              Pack},
             {"sources",
              "makes every file the test modes read",
@@ -217,13 +239,14 @@ std::vector<Command> Commands(Given* given) {
              "Shows a dump, a source file or a picture as PNG. The geometry comes from the file's "
              "name,\nfrom its size or from the options; a JPEG is cut at its real end.",
              {"INPUT", "OUTPUT.png"},
-             {FormatOption("what INPUT holds, when its name does not tell", &given->format),
-              SizeOption("picture size", &given->size),
+             {FormatOption("what INPUT holds, when its name does not tell", given),
+              SizeOption("picture size", given),
               CountOption("--stride", "bytes per row", &given->stride),
               CountOption("--scanlines", "rows of the luma or raw plane", &given->scanlines),
               base::Switch("--mosaic", "raw10: the mosaic as grey, not developed to colour",
-                           &given->mosaic),
-              asStored, force("replace OUTPUT.png when it exists")},
+                           &given->view.mosaic),
+              asStored,
+              base::Switch("--force", "replace OUTPUT.png when it exists", &given->force)},
              ViewInput},
             {"compare",
              "tells in numbers how much two pictures or frames differ",
@@ -248,62 +271,63 @@ std::string ProgramHelp(const std::vector<Command>& commands) {
 
 std::string HelpOf(const Command& command) {
     std::string text = std::string("usage: offlineframes ") + command.name + " [OPTION...]";
-    for (const char* word : command.words) text += std::string(" ") + word;
+    for (const std::string& word : command.words) text += " " + word;
     return text + "\n\n" + command.purpose + "\n\n" + base::OptionHelp(command.options);
-}
-
-int Fail(const std::string& text, int status) {
-    fprintf(stderr, "offlineframes: %s\n", terminal::Red(text).c_str());
-    return status;
-}
-
-int Misuse(const std::string& text, const std::string& helpOf) {
-    return Fail(text + "\n\"offlineframes " + helpOf + "--help\" tells what there is", 2);
-}
-
-// Standard output may be a full disk: what could not be printed is a failure.
-int Print(const std::string& text, FILE* output = stdout) {
-    if (fputs(text.c_str(), output) >= 0 && fflush(output) == 0) return 0;
-    return Fail("cannot write to standard output", 1);
 }
 
 bool AsksForHelp(const std::string& word) {
     return word == "--help" || word == "-h";
 }
 
-base::Result<std::string> RunCommand(const Command& command, const Words& line,
-                                     const Given& given) {
-    const auto words = base::ReadOptions(command.options, line, base::Order::kAnywhere);
-    if (!words.Ok()) return words.GetFailure();
-    const size_t count = words.Value().size();
+Result<std::string> RunCommand(const Command& command, const Words& line, const Given& given) {
+    const auto read = base::ReadOptions(command.options, line, base::Order::kAnywhere);
+    if (!read.Ok()) return read.GetFailure();
+    const Words& words = read.Value();
     const size_t needed = command.words.size();
-    if (count < needed) return base::Failure{std::string("missing ") + command.words[count], true};
-    if (count > needed) {
-        return base::Failure{"unexpected word \"" + words.Value()[needed] + "\"", true};
-    }
+    if (words.size() < needed) return Failure{"missing " + command.words[words.size()], true};
+    if (words.size() > needed) return Failure{"unexpected word \"" + words[needed] + "\"", true};
     // Frames are large: most commands take about a second.
     terminal::Progress progress;
     progress.Show(std::string("offlineframes: ") + command.name + " ...");
-    return command.run(words.Value(), given);
+    return command.run(words, given);
+}
+
+// What the command line asks for, and where it is printed. A misuse names whose help to read.
+Result<std::string> Answer(const Words& words, FILE** output) {
+    const auto misuse = [](const std::string& text, const std::string& helpOf) {
+        return Failure{text + "\n\"offlineframes " + helpOf + "--help\" tells what there is", true};
+    };
+    Given given;
+    const std::vector<Command> commands = Commands(&given);
+    if (words.empty()) return misuse("no command given", "");
+    if (AsksForHelp(words[0])) return ProgramHelp(commands);
+    const auto command = std::find_if(commands.begin(), commands.end(),
+                                      [&](const Command& c) { return words[0] == c.name; });
+    if (command == commands.end()) return misuse("unknown command \"" + words[0] + "\"", "");
+    const Words line(words.begin() + 1, words.end());
+    const auto optionsEnd = std::find(line.begin(), line.end(), "--");
+    if (std::any_of(line.begin(), optionsEnd, AsksForHelp)) return HelpOf(*command);
+    *output = command->output;
+    const Result<std::string> report = RunCommand(*command, line, given);
+    if (report.Ok() || !report.GetFailure().misuse) return report;
+    return misuse(words[0] + ": " + report.Error(), words[0] + " ");
 }
 
 }  // namespace
-
-int RunProgram(const std::vector<std::string>& words) {
-    Given given;
-    const std::vector<Command> commands = Commands(&given);
-    if (words.empty()) return Misuse("no command given", "");
-    if (AsksForHelp(words[0])) return Print(ProgramHelp(commands));
-    const auto command = std::find_if(commands.begin(), commands.end(),
-                                      [&](const Command& c) { return words[0] == c.name; });
-    if (command == commands.end()) return Misuse("unknown command \"" + words[0] + "\"", "");
-    const Words line(words.begin() + 1, words.end());
-    const auto optionsEnd = std::find(line.begin(), line.end(), "--");
-    if (std::any_of(line.begin(), optionsEnd, AsksForHelp)) return Print(HelpOf(*command));
-    const base::Result<std::string> report = RunCommand(*command, line, given);
-    if (report.Ok()) return Print(report.Value(), command->output);
-    if (!report.GetFailure().misuse) return Fail(report.Error(), 1);
-    return Misuse(words[0] + ": " + report.Error(), words[0] + " ");
-}
-
 }  // namespace offlineframes
+
+int main(int argc, char** argv) {
+    std::set_new_handler([] {
+        fputs("offlineframes: not enough memory for a picture of this size\n", stderr);
+        _exit(1);
+    });
+    FILE* output = stdout;
+    base::Result<std::string> answer = offlineframes::Answer(base::WordsOf(argc, argv), &output);
+    // Standard output may be a full disk: what could not be printed is a failure.
+    if (answer.Ok() && (fputs(answer.Value().c_str(), output) < 0 || fflush(output) != 0)) {
+        answer = base::Failure{"cannot write to standard output"};
+    }
+    if (answer.Ok()) return 0;
+    fprintf(stderr, "offlineframes: %s\n", terminal::Red(answer.Error()).c_str());
+    return answer.GetFailure().misuse ? 2 : 1;
+}

@@ -1,12 +1,11 @@
 // The fixed set of files that the test modes read, below one folder.
 #pragma once
 
-#include <base/result.h>
-
 #include <optional>
 #include <string>
 
-#include "picture.h"
+#include "file_io.h"
+#include "picture_file.h"
 
 namespace offlineframes {
 
@@ -16,7 +15,6 @@ namespace offlineframes {
 // The two large frames show the same scene: the NV12 one is what development cuts from the mosaic.
 // The scene is `photo`, or the chart. Existing files stay as they are. Gives one line for each
 // file.
-base::Result<std::string> MakeSources(const std::string& folder,
-                                      const std::optional<Picture>& photo);
+Result<std::string> MakeSources(const std::string& folder, const std::optional<Picture>& photo);
 
 }  // namespace offlineframes

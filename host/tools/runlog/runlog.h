@@ -24,8 +24,8 @@ struct Line {
 };
 
 // Of a longer log the first and the last of these many lines are kept, and errors between them.
-inline constexpr size_t kKeptAtEachEnd = 20'000;
-inline constexpr size_t kKeptErrors = 5'000;
+inline constexpr size_t kKeptAtEachEnd = 5'000;
+inline constexpr size_t kKeptErrors = 2'000;
 // A longer line is cut, with a remark.
 inline constexpr size_t kMaxLineBytes = 4096;
 

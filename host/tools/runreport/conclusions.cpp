@@ -15,6 +15,8 @@ using runlog::Line;
 using runlog::Wait;
 using Words = std::vector<std::string>;
 
+constexpr char kServiceName[] =
+        "vendor.zel.hardware.camera.offlinecamera.IOfflineCameraService/default";
 constexpr size_t kCommBytes = 15;          // of a process's name, as far as the system keeps it
 constexpr int64_t kMinJpegBytes = 262152;  // of a smaller JPEG the tool writes more than that
 
@@ -85,7 +87,8 @@ void ConcludeDeath(const Report& report, const Line& death, Problem* problem) {
         if (call.incoming || call.startUs > death.timeUs || !IsOf(call, death)) continue;
         if (call.status == "DEAD_OBJECT") {
             problem->timeUs = std::min(death.timeUs, EndOf(call));
-            problem->cause = "It ended in the tool's call " + Code(call.method) + ".";
+            problem->cause =
+                    "It ended without an answer to the tool's call " + Code(call.method) + ".";
             break;
         }
         if (IsOfService(call) && call.status == "OK") last = &call;
@@ -93,7 +96,7 @@ void ConcludeDeath(const Report& report, const Line& death, Problem* problem) {
     const bool late =
             problem->cause.empty() && report.facts.exitUs && death.timeUs > *report.facts.exitUs;
     if (late) {
-        problem->cause = "The tool's work was done by then.";
+        problem->cause = "Its end was noticed when the tool's work was done.";
     } else if (problem->cause.empty()) {
         problem->cause = "It ended between the tool's calls";
         if (last) problem->cause += "; the last one that it answered is " + Code(last->method);
@@ -184,13 +187,13 @@ class Conclusions {
     explicit Conclusions(const Report& report) : m_report(report), m_facts(report.facts) {}
 
     std::vector<Problem> All() {
-        for (const Call& call : m_report.calls) AddCall(call);
         for (const Wait& wait : m_facts.waits) AddWait(wait);
         AddLateCallbacks();
         AddDoubleBuffer();
         // With more, it is not known which dump is in which file.
         if (m_facts.dumps.size() == 1 && m_report.dumps.size() <= 1) AddDump(m_facts.dumps[0]);
         AddUnreadSources();
+        for (const Call& call : m_report.calls) AddCall(call);
         return m_problems;
     }
 
@@ -226,7 +229,7 @@ class Conclusions {
 
     void AddWait(const Wait& wait) {
         if (!wait.TimedOut()) return;
-        const bool known = m_report.traceIsWhole;
+        const bool known = m_report.traceIsWhole && m_report.omittedLogLines == 0;
         if (wait.forShutter) {
             Add("warning", "No shutter message came in time", *wait.endUs,
                 known ? CauseOfNoShutter(m_report, wait) : "");
@@ -287,18 +290,13 @@ class Conclusions {
     }
 
     void AddUnreadSources() {
-        const auto& sources = m_facts.sources;
-        if (std::none_of(sources.begin(), sources.end(),
-                         [](const runlog::Source& source) { return source.leftUnread; })) {
+        for (const runlog::Source& source : m_facts.sources) {
+            if (!source.leftUnread) continue;
+            Add("warning", "The input frames were left empty", m_facts.requestUs.value_or(0),
+                "Nothing answers the tool's plane-layout query, so it read no row of its source "
+                "files (`--planes` provides the answer).");
             return;
         }
-        int64_t timeUs = 0;
-        for (const runlog::Phase& phase : m_report.phases) {
-            if (phase.name == "fill") timeUs = phase.startUs;
-        }
-        Add("warning", "The input frames were left empty", timeUs,
-            "Nothing answers the tool's plane-layout query, so it read no row of its source files "
-            "(`--planes` provides the answer).");
     }
 
     const Report& m_report;
@@ -326,9 +324,12 @@ bool ConcludeLine(const Report& report, const Line& line, Problem* problem) {
     const Call* const call =
             line.fromServices ? nullptr : CallBefore(report, line.tid, line.timeUs);
     if (!call) return true;
-    if (text.rfind("getService is NULL", 0) == 0 && call->method == "(descriptor)") {
-        problem->cause = "A service is registered by that name, in process " + call->peer +
-                         ", but it has another interface.";
+    if (text.rfind("getService is NULL", 0) == 0 && call->Succeeded()) {
+        const bool found = call->method == "(descriptor)";
+        problem->cause = found ? "A service is registered by that name, in process " + call->peer +
+                                         ", but it has another interface."
+                               : "No service was registered by its name, `" +
+                                         std::string(kServiceName) + "`, when the tool started.";
     }
     for (const auto& [begins, method] :
          {std::pair("ConfigureOfflineStreams, FAILED", "configureOff"),

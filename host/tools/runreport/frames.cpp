@@ -1,9 +1,14 @@
-// Geometry by the readers of frames, several files at a time.
+// Geometry by the readers of frames, several files at a time; and pictures that are reduced by
+// averaging whole blocks of pixels, so that nothing aliases.
 
 #include "frames.h"
 
-#include <offlineframes/file_io.h>
+#include <glib.h>
+#include <imaging/b2y.h>
+#include <imaging/jpeg.h>
+#include <offlineframes/frame_encoder.h>
 #include <offlineframes/frame_view.h>
+#include <offlineframes/picture_file.h>
 
 #include <filesystem>
 #include <thread>
@@ -12,6 +17,7 @@ namespace runreport {
 
 namespace {
 
+using offlineframes::Bytes;
 using offlineframes::FrameFormat;
 
 const std::string kDeviceFolder = "/data/vendor/camera/";
@@ -24,33 +30,91 @@ std::string HostPath(const std::string& path, const std::string& dataFolder) {
     return dataFolder + "/" + path.substr(kDeviceFolder.size());
 }
 
-void ExamineRaster(FrameFormat format, Frame* frame) {
-    const auto geometry = offlineframes::ResolveGeometry(frame->path, format, {}, frame->bytes);
-    const auto view = offlineframes::ViewFile(frame->path, {});
-    if (!geometry.Ok() || !view.Ok()) {
-        frame->note = geometry.Ok() ? view.Error() : geometry.Error();
+constexpr uint32_t kThumbnailWidth = 800;  // at most about this; reduced by whole factors
+constexpr int kQuality = 85;
+constexpr size_t kJpegHeadRoom = 64 * 1024;
+
+// Averages factor x factor samples of each interleaved channel to width x height cells, rows back
+// to back.
+Bytes Average(const uint8_t* plane, size_t strideBytes, uint32_t width, uint32_t height,
+              uint32_t channels, uint32_t factor) {
+    Bytes cells;
+    cells.reserve(size_t{width} * height * channels);
+    std::vector<uint16_t> columns(size_t{width} * factor * channels);  // which vector code adds up
+    for (uint32_t y = 0; y < height; ++y) {
+        std::fill(columns.begin(), columns.end(), 0);
+        for (uint32_t i = 0; i < factor; ++i, plane += strideBytes) {
+            for (size_t x = 0; x < columns.size(); ++x) columns[x] += plane[x];
+        }
+        for (const uint16_t* cell = columns.data(); cell != columns.data() + columns.size();
+             cell += size_t{factor} * channels) {
+            for (uint32_t c = 0; c < channels; ++c) {
+                uint32_t sum = factor * factor / 2;
+                for (uint32_t k = 0; k < factor; ++k) sum += cell[k * channels + c];
+                cells.push_back(static_cast<uint8_t>(sum / (factor * factor)));
+            }
+        }
+    }
+    return cells;
+}
+
+// Sets the frame's reduced picture, or a note that says why it has none.
+void SetPicture(const imaging::Nv12View& picture, Frame* frame) {
+    const uint32_t factor = (picture.width + kThumbnailWidth - 1) / kThumbnailWidth;
+    const uint32_t width = picture.width / factor & ~1u;
+    const uint32_t height = picture.height / factor & ~1u;
+    const Bytes y = Average(picture.y, picture.strideBytes, width, height, 1, factor);
+    const Bytes uv = Average(picture.uv, picture.strideBytes, width / 2, height / 2, 2, factor);
+    Bytes jpeg(y.size() * 3 + kJpegHeadRoom);
+    const auto bytes = imaging::EncodeJpeg({y.data(), uv.data(), width, height, width},
+                                           {kQuality, 0}, jpeg.data(), jpeg.size());
+    if (!bytes.Ok()) {
+        frame->note = "no reduced picture: " + bytes.Error();
         return;
     }
-    frame->width = geometry.Value().size.width;
-    frame->height = geometry.Value().size.height;
+    gchar* const text = g_base64_encode(jpeg.data(), bytes.Value());
+    frame->picture = std::string("data:image/jpeg;base64,") + text;
+    g_free(text);
+}
+
+void ExamineRaster(FrameFormat format, Frame* frame) {
+    const auto geometry =
+            offlineframes::ResolveGeometry(frame->path, {format, {}, 0, 0}, frame->bytes);
+    const auto bytes = offlineframes::ReadFile(frame->path);
+    if (!geometry.Ok() || !bytes.Ok()) {
+        frame->note = geometry.Ok() ? bytes.Error() : geometry.Error();
+        return;
+    }
+    const auto [width, height] = geometry.Value().size;
+    const size_t stride = geometry.Value().stride;
+    frame->width = width;
+    frame->height = height;
     frame->stride = geometry.Value().stride;
     frame->scanlines = geometry.Value().scanlines;
-    const auto dump = offlineframes::ParseDumpName(frame->path);
-    if (dump && !dump->scanlines) {
+    if (offlineframes::NumberInDumpName(frame->path, "Scanline") == 0u) {
         frame->note = "scan lines as the file's size tells: its name does not";
     }
-    SetPicture(view.Value().size, view.Value().rows, frame);
+    const uint8_t* const plane = bytes.Value().data();
+    if (format == FrameFormat::kNv12) {
+        SetPicture({plane, plane + stride * frame->scanlines, width, height, stride}, frame);
+        return;
+    }
+    Bytes nv12(size_t{width} * height * 3 / 2);
+    const imaging::MutableNv12View developed = {nv12.data(), nv12.data() + size_t{width} * height,
+                                                width, height, width};
+    const auto done = imaging::RawToNv12({plane, width, height, stride}, developed);
+    if (done.Ok()) SetPicture(developed, frame);
+    if (!done.Ok()) frame->note = "no reduced picture: " + done.Error();
 }
 
 // As it is stored: not turned by its orientation.
 void ExamineJpeg(Pictures pictures, Frame* frame) {
-    constexpr uint32_t kLeastWidth = 800;  // of what it is reduced to at once
     const auto bytes = offlineframes::ReadFile(frame->path);
     if (!bytes.Ok()) {
         frame->note = bytes.Error();
         return;
     }
-    auto jpeg = offlineframes::DecodeJpeg(bytes.Value(), frame->path, kLeastWidth);
+    auto jpeg = offlineframes::DecodeJpeg(bytes.Value(), frame->path, kThumbnailWidth);
     if (!jpeg.Ok()) {
         frame->note = jpeg.Error();
         return;
@@ -59,11 +123,13 @@ void ExamineJpeg(Pictures pictures, Frame* frame) {
     frame->height = jpeg.Value().fullSize.height;
     frame->pictureBytes = jpeg.Value().jpegBytes;
     frame->note = "shown as stored: viewers turn the JPEG as its EXIF says";
-    offlineframes::Picture picture = std::move(jpeg).Value().picture;
-    const offlineframes::PictureSize size = {picture.width, picture.height};
-    if (pictures == Pictures::kReduced) {
-        SetPicture(size, offlineframes::RowsOf(std::move(picture)), frame);
-    }
+    if (pictures != Pictures::kReduced) return;
+    const offlineframes::Picture& picture = jpeg.Value().picture;
+    const uint32_t width = picture.width & ~1u, height = picture.height & ~1u;
+    const Bytes nv12 =
+            offlineframes::EncodeNv12(offlineframes::CentreCrop(picture, {width, height}),
+                                      {FrameFormat::kNv12, {width, height}, width, height}, {});
+    SetPicture({nv12.data(), nv12.data() + size_t{width} * height, width, height, width}, frame);
 }
 
 // Without pictures only a JPEG is read, which may be smaller than its file.

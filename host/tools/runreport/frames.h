@@ -1,8 +1,6 @@
 // The frames that a run read and wrote, with geometry and a reduced picture.
 #pragma once
 
-#include <offlineframes/picture_file.h>
-
 #include "report.h"
 
 namespace runreport {
@@ -10,9 +8,5 @@ namespace runreport {
 // Fills report->sources and report->dumps by the report's facts. Sources outside the inputs' data
 // folder are left out; a file without a picture has a note that says why.
 void ReadFrames(const Inputs& inputs, Pictures pictures, Report* report);
-
-// Sets the frame's reduced picture, or a note that says why it has none.
-void SetPicture(offlineframes::PictureSize size, const offlineframes::RowSource& rows,
-                Frame* frame);
 
 }  // namespace runreport

@@ -71,8 +71,9 @@ Result<Options> ReadOptions(const std::vector<std::string>& words, std::string* 
     *help = "usage: runreport [OPTIONS] -- COMMAND [ARGUMENTS]\n"
             "Writes what is known about a run as a page and for programs.\n\n" +
             base::OptionHelp(table) +
-            "\nStatus 0 when the report was written, 1 when not, 2 for a usage error. Inputs that "
-            "cannot\nbe read are named in the report.\n";
+            "\nStatus 0 when the report was written, 1 when not, 2 for a usage error; of "
+            "--summary\nalone 1 where the run went wrong. Inputs that cannot be read are named in "
+            "the report.\n";
     const auto command = base::ReadOptions(table, words, base::Order::kBeforeWords);
     if (!command.Ok()) return command.GetFailure();
     inputs.run.command = command.Value();
@@ -114,6 +115,7 @@ int main(int argc, char** argv) {
         const bool jsonWritten = Write(options.jsonFile, runreport::ReportJson(report));
         written = Write(options.htmlFile, runreport::ReportPage(report)) && jsonWritten;
     }
-    if (options.summary) runreport::PrintSummary(options.inputs);
-    return written ? 0 : 1;
+    const bool succeeded = !options.summary || runreport::PrintSummary(options.inputs);
+    const bool alone = options.htmlFile.empty() && options.jsonFile.empty();
+    return written && (succeeded || !alone) ? 0 : 1;
 }

@@ -14,6 +14,7 @@ using explanations::Explanation;
 using runlog::Phase;
 
 constexpr size_t kMaxErrorLines = 200;  // of different messages: a page stays readable
+constexpr size_t kMaxProblems = 400;
 
 std::string Joined(std::string_view text) {
     std::string line(text);
@@ -85,6 +86,7 @@ std::vector<Problem> FindProblems(const Report& report) {
             ++same->count;
             continue;
         }
+        if (problems.size() == kMaxProblems) continue;
         Explain(explanations::Explain(problem.text), &problem);
         problems.push_back(problem);
     }

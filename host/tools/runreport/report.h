@@ -101,8 +101,8 @@ std::string ReportJson(const Report& report);
 std::string ReportPage(const Report& report);
 
 // What ./run says about a run on standard error: its signal, what went wrong first, what else is
-// not as it seems.
-void PrintSummary(const Inputs& inputs);
+// not as it seems. Whether the run succeeded.
+bool PrintSummary(const Inputs& inputs);
 
 // At a terminal shows which wait the tool is in, once a second, until this process is killed or its
 // parent ends. A log that is older than the run's start does not count.

@@ -42,7 +42,7 @@ NLOHMANN_JSON_SERIALIZE_ENUM(Ending, {{Ending::kOther, "other"},
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Problem, severity, text, cause, cure, phase, timeUs, count,
                                    logged)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Frame, path, bytes, format, width, height, stride, scanlines,
-                                   timesOpened, leftUnread, pictureBytes, note)
+                                   timesOpened, leftUnread, pictureBytes, note, picture)
 
 static void to_json(Json& json, const Run& run) {
     const time_t seconds = run.startedUs / 1'000'000;
@@ -74,7 +74,11 @@ static std::string TextOf(const Json& json) {
 }
 
 std::string ReportJson(const Report& report) {
-    return TextOf(JsonOf(report));
+    Json json = JsonOf(report);
+    for (const char* const list : {"sources", "dumps"}) {
+        for (Json& frame : json[list]) frame.erase("picture");
+    }
+    return TextOf(json);
 }
 
 constexpr std::string_view kPage =
@@ -82,19 +86,12 @@ constexpr std::string_view kPage =
         ;
 
 std::string ReportPage(const Report& report) {
-    Json json = JsonOf(report);
-    for (size_t i = 0; i < report.sources.size(); ++i) {
-        json["sources"][i]["picture"] = report.sources[i].picture;
-    }
-    for (size_t i = 0; i < report.dumps.size(); ++i) {
-        json["dumps"][i]["picture"] = report.dumps[i].picture;
-    }
     constexpr std::string_view kMark = "{report}";
     const size_t at = kPage.find(kMark);
     std::string page(kPage.substr(0, at));
     // In JSON a "<" is only ever part of a string, where its escape means the same. So HTML sees no
     // "</script" or "<!--".
-    for (const char letter : TextOf(json)) {
+    for (const char letter : TextOf(JsonOf(report))) {
         if (letter == '<') {
             page += "\\u003c";
         } else {

@@ -43,18 +43,19 @@ std::string CurrentWait(const Inputs& inputs) {
 
 }  // namespace
 
-void PrintSummary(const Inputs& inputs) {
+bool PrintSummary(const Inputs& inputs) {
     const Report report = MakeReport(inputs, Pictures::kNone);
-    if (report.log.empty()) return;  // what stopped the tool has been said
+    if (report.log.empty()) return true;  // what stopped the tool has been said
     const Run& run = report.run;
     const auto isError = [](const Problem& problem) { return problem.severity == "error"; };
     const auto first = std::find_if(report.problems.begin(), report.problems.end(), isError);
     const auto errors = std::count_if(report.problems.begin(), report.problems.end(), isError);
+    const bool nothingWritten = report.facts.sessionOpened && report.dumps.empty();
     if (run.Signal() != 0) {
         const char* const name = sigabbrev_np(run.Signal());
         Say(terminal::Red("the tool was ended by signal " + std::to_string(run.Signal()) + " (" +
                           (name ? name : "?") + ")"));
-    } else if (report.facts.sessionOpened && report.dumps.empty()) {
+    } else if (nothingWritten) {
         Say(terminal::Red("no file was written"));
     }
     if (first != report.problems.end()) {
@@ -65,6 +66,10 @@ void PrintSummary(const Inputs& inputs) {
     for (const Problem& problem : report.problems) {
         if (!isError(problem)) Say(terminal::Yellow(Sentence(problem)));
     }
+    const auto& waits = report.facts.waits;
+    return run.Signal() == 0 && !nothingWritten && errors == 0 &&
+           std::none_of(waits.begin(), waits.end(),
+                        [](const runlog::Wait& wait) { return wait.TimedOut(); });
 }
 
 void FollowWaits(const Inputs& inputs) {

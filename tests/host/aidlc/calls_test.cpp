@@ -3,7 +3,6 @@
 #include <aidl/standin/aidltest/BnWorker.h>
 #include <aidl/standin/aidltest/BpWorker.h>
 #include <gmock/gmock.h>
-#include <host_unset_return.h>
 
 namespace aidl::standin::aidltest {
 namespace {
@@ -53,7 +52,7 @@ TEST_F(CallsTest, ValuesTravelBothWays) {
     ASSERT_TRUE(proxy->add(2, 3, &sum).isOk());
     EXPECT_EQ(sum, 5);
     ASSERT_TRUE(proxy->add(0, 0, &sum).isOk());
-    EXPECT_EQ(sum, host::kUnsetReturn) << "which the worker did not set";
+    EXPECT_EQ(sum, 0x0BADC0DE) << "which the worker did not set";
     std::vector<int32_t> numbers = {5, 5, 5};
     RecordV1 record;
     ASSERT_TRUE(proxy->fill(&numbers, &record).isOk());

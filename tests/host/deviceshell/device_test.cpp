@@ -74,7 +74,8 @@ TEST_F(Deviceshell, RefusesBadUsageAndStartsNothing) {
             {{"--log="}, "option --log needs a value"},
             {{"--no-service", "--service", "s"}, "--no-service and --service exclude each other"},
             {{"--run-record", "r"}, "--run-record is for a shell"},
-            {{"--service", "/etc/passwd"}, "/etc/passwd: no such program"},
+            {{"--service", "A=b no-such x"}, "A=b no-such x: no such program"},
+            {{"--service", "/etc/passwd"}, "/etc/passwd: no program, as it is not executable"},
             {{"--log", "/no/such/folder/log"}, "/no/such/folder/log"},
             {{"--data", "/no/such/folder"}, "/no/such/folder: no such folder"},
             {{"--fault", "lendx"}, "--fault lendx: unknown"},
@@ -162,19 +163,21 @@ TEST_F(Deviceshell, CtrlCReachesTheCommandAtTheTerminalOnce) {
     EXPECT_THAT(finished.out, Not(HasSubstr("caught 2")));
 }
 
-// It is in the host's /dev, which the device's own hides but for programs.
+// With settings and arguments. It is in the host's /dev, which the device's own hides but for
+// programs.
 TEST_F(Deviceshell, ReportsAServiceThatDoesNotStart) {
     std::string folder = "/dev/shm/deviceshell-XXXXXX";
     if (!mkdtemp(folder.data())) folder = m_folder;
-    AddProgram(folder + "/script-service", "echo cannot start; exit 3");
-    const Finished run = RunProgram({DEVICESHELL, "--service", folder + "/script-service",
-                                     "--device-log", m_folder + "/device.log", "echo", "ran"});
+    AddProgram(folder + "/script-service", "echo cannot start $1 $WHY; exit 3");
+    const Finished run =
+            RunProgram({DEVICESHELL, "--service", "WHY=yet " + folder + "/script-service here",
+                        "--device-log", m_folder + "/device.log", "echo", "ran"});
     fs::remove_all(folder);
     EXPECT_EQ(run.status, 125);
     EXPECT_EQ(run.out, "");
     EXPECT_THAT(run.err, HasSubstr("script-service ended with status 3"));
     EXPECT_THAT(ReadFile(m_folder + "/device.log"),
-                AllOf(HasSubstr("cannot start"), Not(HasSubstr("graphicsallocator"))));
+                AllOf(HasSubstr("cannot start here yet"), Not(HasSubstr("graphicsallocator"))));
 }
 
 TEST_F(Deviceshell, TellsAtATerminalWhichServiceItWaitsForAndStopsAtCtrlC) {

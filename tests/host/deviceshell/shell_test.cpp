@@ -95,14 +95,44 @@ TEST(ShellForAScript, HasServicesLogAndTraceAtHand) {
                              ".*LOG\n.*client 0 registered\n.*GONE\nTRACE\n.*registerClient .*"));
 }
 
+// Lines as adb or a script for a device has them.
+TEST(ShellForAScript, HasTheCommandsOfADevice) {
+    const std::pair<const char*, const char*> cases[] = {
+            {"adb root && adb remount && adb sync vendor", ""},
+            {"adb shell vexofflinecameratest -t Y2Y | tail -n 1", "ret: =0\n"},
+            {"adb logcat -d -s OfflineCameraTest | cut -c 35- | head -n 1",
+             "I OfflineCameraTest: main: offline camera client connect to service \n"},
+            {"logcat -d -v brief OfflineCameraClient:E '*:S' | sed 's/( *[0-9]*)/()/'",
+             "E/OfflineCameraClient(): invalid op mode 2\n"
+             "E/OfflineCameraClient(): ConfigureOfflineStreams, FAILED...\n"},
+            {"logcat -d -v raw -e 'opMode [0-9]'",
+             "main: offline camera client opMode 2\n[AIDL] setOpMode opMode 2\n"},
+            {"logcat -t 2 | wc -l", "2\n"},
+            {"logcat -m 1 -v process | cut -c 1", "I\n"},
+            {"echo x > /data/vendor/camera/x; cd /data; adb pull /data/vendor/camera/x "
+             "/data/vendor/camera/y; cat vendor/camera/y",
+             "x\n"},
+            {"getprop ro.build.version.sdk; getprop no.such default", "34\ndefault\n"},
+            {"ls -d /run", ""}};
+    std::string script;
+    std::string expected;
+    for (const auto& [line, output] : cases) {
+        script += std::string(line) + "\n";
+        expected += output;
+    }
+    EXPECT_EQ(RunScript(script, {}).out, expected);
+}
+
 TEST(ShellForAScript, HasProgramsThatSayWhatTheyMiss) {
     const Finished run = RunScript(
             "service dump x || echo $?; service check || echo $?; service list all || echo $?\n"
-            "logcat -x || echo $?; STANDIN_BINDER_DIR=/no/such service list || echo $?\n"
-            "STANDIN_LOG_FD= logcat -d || echo $?",
+            "logcat -x || echo $?; logcat -b crash || echo $?; reboot || echo $?\n"
+            "STANDIN_BINDER_DIR=/no/such service list || echo $?; STANDIN_LOG_FD= logcat || echo "
+            "$?",
             {"--no-service", "--no-allocator"});
-    EXPECT_EQ(run.out, "2\n2\n2\n2\n1\n1\n");
+    EXPECT_EQ(run.out, "2\n2\n2\n2\n1\n1\n1\n1\n");
     EXPECT_THAT(run.err, MatchesRegex(".*unknown action dump.*one name.*no further words.*word -x"
+                                      ".*no buffer of crashes.*not on the stand-in device"
                                       ".*the service manager does not answer"
                                       ".*nothing is kept here.*"));
 }

@@ -30,11 +30,10 @@ void Paint(Nv12Picture& picture) {
 
 std::vector<uint8_t> Encode(Nv12Picture& picture, int32_t degrees, uint32_t threads = 2) {
     std::vector<uint8_t> file(1000000);
-    size_t size = 0;
-    EXPECT_EQ(EncodeJpeg(picture.View(), {kJpegQuality, degrees}, file.data(), file.size(), &size,
-                         {threads, FastestInstructionSet()}),
-              "");
-    file.resize(size);
+    const auto size = EncodeJpeg(picture.View(), {kJpegQuality, degrees}, file.data(), file.size(),
+                                 {threads, FastestInstructionSet()});
+    EXPECT_TRUE(size.Ok());
+    file.resize(size.Ok() ? size.Value() : 0);
     return file;
 }
 
@@ -96,13 +95,12 @@ TEST(EncodeJpeg, AFileThatDoesNotFitIsAnErrorAndStaysInside) {
     Paint(picture);
     const size_t needed = Encode(picture, 0).size();
     std::vector<uint8_t> file(needed, 0x5a);
-    size_t size = 0;
     for (size_t capacity : {size_t{0}, size_t{700}, needed - 1}) {
-        EXPECT_THAT(EncodeJpeg(picture.View(), {}, file.data(), capacity, &size),
+        EXPECT_THAT(EncodeJpeg(picture.View(), {}, file.data(), capacity).Error(),
                     HasSubstr("fit into " + std::to_string(capacity) + " bytes"));
         EXPECT_EQ(std::count(file.begin() + capacity, file.end(), 0x5a), needed - capacity);
     }
-    EXPECT_EQ(EncodeJpeg(picture.View(), {}, file.data(), needed, &size), "");
+    EXPECT_TRUE(EncodeJpeg(picture.View(), {}, file.data(), needed).Ok());
 }
 
 }  // namespace imaging

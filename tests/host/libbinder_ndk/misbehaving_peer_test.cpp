@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
-#include "host/libbinder_ndk/objects.h"
 #include "host/libbinder_ndk/parcel.h"
 #include "host/libbinder_ndk/peer.h"
 #include "tests/host/libbinder_ndk/peer_service.h"
@@ -101,9 +100,15 @@ TEST_F(MisbehavingPeer, LosesItsConnectionByABadHeader) {
     bad.id = 2;  // one more than the connection has
     ExpectRefused("release of too many", BytesOf(bad));
     bad = CallHeader(kAdd, 0);
-    const ndk::SpAIBinder other = GetBinder(m_peer.binder, kNewObject);
+    ndk::SpAIBinder other = GetBinder(m_peer.binder, kNewObject);
     bad.target = other.get()->AsProxy()->Number();
     ExpectRefused("object of another connection", BytesOf(bad));
+    other = nullptr;
+    EXPECT_TRUE(Eventually([&]() { return AskPeer(m_peer.binder, kLiveObjects) == 1; }));
+    bad.kind = FrameKind::kAcquire;
+    RawConnection asks(m_socket, m_object);
+    asks.Send(BytesOf(bad));
+    EXPECT_EQ(asks.Receive().status, STATUS_NAME_NOT_FOUND) << "it has ended";
     RawConnection callsFirst(m_socket);
     callsFirst.Send(BytesOf(HeaderOf(FrameKind::kCall)));
     EXPECT_TRUE(callsFirst.IsClosed()) << "no greeting";

@@ -8,7 +8,6 @@
 
 #include <cstdlib>
 #include <functional>
-#include <thread>
 #include <vector>
 
 // What a peer does on request. Values are int32 unless said otherwise.
@@ -32,9 +31,9 @@ enum PeerRequest : transaction_code_t {
 const AIBinder_Class* PeerClass();
 ndk::SpAIBinder NewPeerObject();
 
-// How many objects of the class are alive in this process, and which thread ran kAdd last.
+// How many objects of the class are alive in this process, and how often this thread ran kAdd.
 int LivePeerObjects();
-std::thread::id LastAddThread();
+int AddsOnThisThread();
 
 // Arguments and answers of a call, one after the other; binders may be null.
 template <typename T>

@@ -18,6 +18,7 @@ void AwaitNoOwnObjects() {
     EXPECT_TRUE(Eventually([]() { return LivePeerObjects() == 0; }));
 }
 
+// The peer is as a service that forks without exec: a child has its socket when it dies.
 TEST(RemoteObject, ComesBackAsTheLocalObjectAndLivesAsLongAsThePeer) {
     AwaitNoOwnObjects();
     Peer peer = StartPeer();
@@ -26,6 +27,7 @@ TEST(RemoteObject, ComesBackAsTheLocalObjectAndLivesAsLongAsThePeer) {
     EXPECT_EQ(GetBinder(peer.binder, kGetHeld), own);
     own = nullptr;
     EXPECT_EQ(Add(GetBinder(peer.binder, kGetHeld), 1), 2);
+    ASSERT_EQ(CallPeer(peer.binder, kFork), STATUS_OK);
     peer.Signal(SIGKILL);
     AwaitNoOwnObjects();
 }
@@ -126,8 +128,7 @@ struct DeathCounter {
 
 TEST(Death, EndsAPendingCallAndFailsLaterOnes) {
     Peer peer = StartPeer();
-    Pipe entered;
-    Pipe go;
+    Pipe entered, go;
     auto pending = std::async(std::launch::async, [&]() {
         return CallPeer(peer.binder, kBlock, Writes(entered.writing, go.reading));
     });
@@ -138,14 +139,6 @@ TEST(Death, EndsAPendingCallAndFailsLaterOnes) {
     EXPECT_FALSE(AIBinder_isAlive(peer.binder.get()));
     EXPECT_EQ(AIBinder_ping(peer.binder.get()), STATUS_DEAD_OBJECT);
     EXPECT_EQ(DeathCounter().Link(peer.binder), STATUS_DEAD_OBJECT);
-}
-
-// As of a service that forks without exec.
-TEST(Death, IsNoticedThoughAChildHasTheSocket) {
-    Peer peer = StartPeer();
-    ASSERT_EQ(CallPeer(peer.binder, kFork), STATUS_OK);
-    peer.Signal(SIGKILL);
-    EXPECT_TRUE(Eventually([&]() { return !AIBinder_isAlive(peer.binder.get()); }));
 }
 
 TEST(DeathLink, EndsOnceByDeathUnlinkingOrWithTheRecipientOrTheObject) {

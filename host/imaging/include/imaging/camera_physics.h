@@ -1,7 +1,8 @@
 // The physics of the reference camera: how a raw code becomes a picture. Everything after the tone
 // table is exact integer arithmetic, so any output pixel can be predicted by hand.
 //
-//  1. Mosaic RGGB: red at (even x, even y), blue at (odd x, odd y), green elsewhere.
+//  1. Codes are packed as raw10.h states. Mosaic RGGB: red at (even x, even y), blue at (odd x,
+//     odd y), green elsewhere.
 //  2. Linear value  v = min(959, (max(raw - 64, 0) * g + 1) >> 1),  g the white-balance gain in
 //     halves: red 4 (2.0), green 2 (1.0), blue 3 (1.5). Range 0..959, 959 = white. Whole codes,
 //     so that every sum of the next step, at most 28 x 959 = 26852, fits a signed 16-bit number.
@@ -133,9 +134,9 @@ inline uint8_t ToneFromLinear(int linear) {
     return ToneCurve()[static_cast<size_t>(linear * kFinePerLinear)];
 }
 
-// The linear value 0..959 nearest to a tone-mapped one: the inverse of the curve. Dark tones are
-// closer together than whole linear codes, so several of them share one.
-int LinearFromTone(uint8_t tone);
+// The linear value 0..959 of a tone-mapped one: the inverse of the curve. Dark tones are closer
+// together than whole linear codes.
+double LinearFromTone(uint8_t tone);
 
 // Step 5 for one pixel. T is int, or a vector of int32_t for many pixels.
 template <class T>

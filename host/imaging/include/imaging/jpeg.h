@@ -3,12 +3,12 @@
 // 256 rows there is a restart marker, so that threads can encode the strips between them.
 #pragma once
 
+#include <base/result.h>
 #include <imaging/execution.h>
 #include <imaging/planes.h>
 
 #include <cstddef>
 #include <cstdint>
-#include <string>
 
 namespace imaging {
 
@@ -23,11 +23,9 @@ struct JpegSettings {
     int32_t orientationDegrees = 0;  // 0, 90, 180 or 270, clockwise
 };
 
-// Encodes into `out`, which has room for `capacity` bytes, and sets `size` to the bytes of the
-// file. Returns what is wrong (size, settings, no room), and then has written nothing; empty when
-// done.
-[[nodiscard]] std::string EncodeJpeg(const Nv12View& picture, const JpegSettings& settings,
-                                     uint8_t* out, size_t capacity, size_t* size,
-                                     const Execution& execution = {});
+// Encodes into `out`, which has room for `capacity` bytes, and returns the bytes of the file.
+// Fails, and then has written nothing, when a size, the settings or the room do not fit.
+base::Result<size_t> EncodeJpeg(const Nv12View& picture, const JpegSettings& settings, uint8_t* out,
+                                size_t capacity, const Execution& execution = {});
 
 }  // namespace imaging

@@ -1,10 +1,10 @@
 // Multi-frame noise reduction: the average of RAW10 frames, developed.
 #pragma once
 
+#include <base/result.h>
 #include <imaging/execution.h>
 #include <imaging/planes.h>
 
-#include <string>
 #include <vector>
 
 namespace imaging {
@@ -14,10 +14,9 @@ namespace imaging {
 // The average is RAW10 again, so it is as precise as one code.
 // The work goes strip by strip, and the average of a strip is developed while it is still in the
 // processor's caches. There may be 1 to 64 `frames`; `scratch` has their size, and its content
-// afterwards has no meaning. Returns what does not fit, and then has written nothing; empty when
-// done.
-[[nodiscard]] std::string AverageToNv12(const std::vector<RawView>& frames,
-                                        const MutableRawView& scratch, const MutableNv12View& out,
-                                        const Execution& execution = {});
+// afterwards has no meaning. Fails, and then has written nothing, when a size does not fit.
+base::Result<base::Done> AverageToNv12(const std::vector<RawView>& frames,
+                                       const MutableRawView& scratch, const MutableNv12View& out,
+                                       const Execution& execution = {});
 
 }  // namespace imaging

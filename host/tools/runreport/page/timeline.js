@@ -106,15 +106,12 @@ const callTable = (calls) => table([
 function timelinePart({run, phases, calls}) {
     if (!phases.length) return '';
     const shown = calls.length > maxMarks ? `, the first ${count(maxMarks)} shown` : '';
-    const work = phases.filter((phase) => !isIdle(phase));
-    const [from, to] = work.length ? [work[0].startUs, work[work.length - 1].endUs] : [0, 0];
     const legend = [
         ['bar', 'the tool works'], ['bar waits', 'the tool waits'],
         ['bad', 'failed, timed out or cut short'], ['call', 'a binder transaction'],
     ];
     return html`<section id="timeline"><div class="section-head"><h2>Timeline</h2>
         <span class="muted">a step’s name shows it closer</span><span class="spring"></span>
-        <button data-from="${from}" data-to="${to}">Tool only</button>
         <button data-from="0" data-to="${run.durationUs}">Whole run</button></div>
         <div class="lanes"></div>
         <div class="legend">${legend.map(([look, text]) => html`<span><i class="${look}"></i>${text}</span>`)}</div>
@@ -138,7 +135,9 @@ function startTimeline(report) {
         const half = Math.max(to - from, 20) / 2;
         const middle = (Number(from) + Number(to)) / 2;
         shown = [Math.max(0, middle - half), Math.min(middle + half, Math.max(report.run.durationUs, 20))];
+        const index = [...part.querySelectorAll('button')].indexOf(target);
         draw();
+        part.querySelectorAll('button')[index].focus();  // it was drawn anew
     });
     addEventListener('resize', draw);
     draw();

@@ -2,6 +2,7 @@
 // numbers.
 
 #include <gmock/gmock.h>
+#include <imaging/camera_physics.h>
 
 #include "host/tools/offlineframes/frame_encoder.h"
 #include "host/tools/offlineframes/frame_view.h"
@@ -10,23 +11,7 @@
 namespace offlineframes {
 namespace {
 
-using testing::AllOf;
 using testing::HasSubstr;
-
-TEST(FrameGeometry, RefusesWhatCannotBeAFrameAndSaysWhy) {
-    const std::pair<FrameGeometry, const char*> cases[] = {
-            {{FrameFormat::kRaw10, {0, 480}, 800, 480}, "1 to 32767"},
-            {{FrameFormat::kRaw10, {642, 480}, 1000, 480}, "multiple of 4"},
-            {{FrameFormat::kRaw10, {640, 480}, 799, 480}, "stride of at least 800"},
-            {{FrameFormat::kNv12, {640, 480}, 640, 478}, "at least 480 scan lines"},
-            // A product near 64 bits.
-            {{FrameFormat::kNv12, {640, 480}, 4294967294, 4294967294}, "larger than"},
-    };
-    for (const auto& [geometry, reason] : cases) {
-        EXPECT_THAT(ErrorOf(FrameBytes(geometry)),
-                    AllOf(HasSubstr(reason), HasSubstr(Describe(geometry))));
-    }
-}
 
 // Pixel x of a packed row, by the format's definition: upper eight bits in one byte, the lower two
 // of four pixels together in the fifth.
@@ -37,11 +22,10 @@ int Raw10Pixel(const uint8_t* row, uint32_t x) {
 
 TEST(EncodeRaw10, RampHoldsEveryLevelToTheLowestBit) {
     const FrameGeometry geometry = AllocatorGeometry(FrameFormat::kRaw10, {2048, 1024});
-    const ChartFrame frame = ChartOnSensor(geometry.size);
-    const Bytes bytes = EncodeRaw10(Picture(2048, 1024), geometry, {}, frame);
-    const ChartRamp ramp = RampOf(frame);
-    ASSERT_LT(ramp.firstRow, ramp.endRow);
-    for (uint32_t y = ramp.firstRow; y < ramp.endRow; ++y) {
+    const Bytes bytes = MakeFrame({}, geometry, {});
+    const RampRows ramp = RampOf(geometry.size);
+    ASSERT_LT(ramp.first, ramp.end);
+    for (uint32_t y = ramp.first; y < ramp.end; ++y) {
         for (uint32_t x = (y + 1) % 2; x < 2048; x += 2) {  // green places, 1024 levels
             ASSERT_EQ(Raw10Pixel(&bytes[size_t{y} * geometry.stride], x), static_cast<int>(x / 2));
         }
@@ -51,19 +35,38 @@ TEST(EncodeRaw10, RampHoldsEveryLevelToTheLowestBit) {
 TEST(EncodeFrames, InvertThePhysicsAndPad) {
     // White is 959 after the gains 2.0, 1.0 and 1.5.
     const FrameGeometry raw = {FrameFormat::kRaw10, {8, 4}, 16, 6};
-    const Bytes white = EncodeRaw10(FlatPicture(8, 4, {255, 255, 255}), raw, {}, {});
+    const Bytes white = EncodeRaw10(FlatPicture(8, 4, {255, 255, 255}), raw, {});
     EXPECT_EQ(Raw10Pixel(white.data(), 0), 64 + 480);       // red at 0, 0
     EXPECT_EQ(Raw10Pixel(white.data(), 1), 1023);           // green beside it
     EXPECT_EQ(Raw10Pixel(white.data() + 16, 0), 1023);      // and below
     EXPECT_EQ(Raw10Pixel(white.data() + 16, 1), 64 + 639);  // blue at 1, 1
     EXPECT_EQ(white.size(), 16u * 6);
     EXPECT_EQ(white[10] + white[16 * 4], 0);  // padding
-    EXPECT_EQ(Raw10Pixel(EncodeRaw10(FlatPicture(8, 4, {0, 0, 0}), raw, {}, {}).data(), 5), 64);
-    // Luma 0.299 * 255, then Cb and Cr.
-    const FrameGeometry nv12 = {FrameFormat::kNv12, {2, 2}, 4, 4};
-    EXPECT_EQ(EncodeNv12(FlatPicture(2, 2, {255, 0, 0}), nv12, {}),
-              (Bytes{76, 76, 0, 0, 76, 76,  0,   0,   0,   0,   0,   0,
-                     0,  0,  0, 0, 85, 255, 128, 128, 128, 128, 128, 128}));
+    EXPECT_EQ(Raw10Pixel(EncodeRaw10(FlatPicture(8, 4, {0, 0, 0}), raw, {}).data(), 5), 64);
+    // Luma 0.299 of the red of each pixel, then Cb and Cr of their mean.
+    Picture reds({2, 2});
+    for (size_t i = 0; i < 4; ++i) reds.rgb[i * 3] = Bytes{255, 100, 50, 20}[i];
+    EXPECT_EQ(EncodeNv12(reds, {FrameFormat::kNv12, {2, 2}, 4, 4}, {}),
+              (Bytes{76, 30, 0, 0, 15,  6,   0,   0,   0,   0,   0,   0,
+                     0,  0,  0, 0, 110, 181, 128, 128, 128, 128, 128, 128}));
+}
+
+TEST(EncodeRaw10, DithersSoThatShadowsKeepTheirColour) {
+    // Rounding alone makes 2, 1 and 2 of all of them.
+    const FrameGeometry geometry = {FrameFormat::kRaw10, {128, 128}, 160, 128};
+    const Bytes bytes = EncodeRaw10(FlatPicture(128, 128, {5, 5, 5}), geometry, {});
+    double sums[3] = {};
+    for (uint32_t y = 0; y < 128; ++y) {
+        for (uint32_t x = 0; x < 128; ++x) {
+            const imaging::Channel channel = imaging::MosaicChannel(x, y);
+            const int level = Raw10Pixel(&bytes[y * 160], x);
+            sums[static_cast<int>(channel)] += imaging::LinearFromRaw(level, channel);
+        }
+    }
+    const double linear = 959 * 5 / 255.0 / 12.92;
+    EXPECT_THAT(sums, testing::ElementsAre(testing::DoubleNear(linear * 4096, 250),
+                                           testing::DoubleNear(linear * 8192, 250),
+                                           testing::DoubleNear(linear * 4096, 250)));
 }
 
 TEST(Noise, HasItsSigma) {
@@ -85,18 +88,22 @@ const char* const kJpegDump = "OfflineAidl_CameraId_2_Frame_1_Y2J_Width[64]_Heig
 TEST(ResolveGeometry, ComesFromRequestNameAndSizeOrSaysWhatFits) {
     // The last number counts: a camera's id may hold anything.
     const std::string start = "d/OfflineAidl_CameraId_x_Stride[1]_B2Y_Stride";
-    const KnownGeometry size = {{}, PictureSize{100, 50}, {}, {}};
-    const KnownGeometry all = {{}, PictureSize{100, 50}, 256, 52};
+    const FrameGeometry size = {FrameFormat::kNv12, {100, 50}, 0, 0};
+    const FrameGeometry all = {FrameFormat::kNv12, {100, 50}, 256, 52};
     const std::string large = "nv12 4000x3000, stride 4096, 3072 scan lines";
     const std::string fits = "the size fits nv12 4000x3000, stride 4000, 3000 scan lines";
     const struct {
         std::string name;
-        KnownGeometry request;
+        FrameGeometry known;
         uint64_t bytes;
         std::vector<std::string> expected;  // the geometry, or parts of the error
     } cases[] = {
             {start + "[4096]_Scanline[3072].yuv", {}, 18874368, {large}},
-            // What the name does not tell, the file's size gives.
+            // What the name does not tell, the file's size gives; what is told, counts.
+            {"any.yuv",
+             {FrameFormat::kNv12, {}, 6144, 0},
+             18874368,
+             {"nv12 6144x2048, stride 6144"}},
             {start + "[4096]_Scanline[0].yuv", {}, 18874368, {large}},
             {"any.yuv", {}, 18874368, {large}},
             {start + "[4096]_Scanline[8x].yuv", {}, 18874368, {large}},
@@ -113,12 +120,24 @@ TEST(ResolveGeometry, ComesFromRequestNameAndSizeOrSaysWhatFits) {
              18000000,
              {"expected 18874368 bytes", "found 18000000; " + fits}},
             {"4096_3072_RAW10.raw", {}, 15728639, {"is the file cut short?"}},
+            // A size alone must be the whole file's: with the allocator's padding or without any.
+            {"any.raw",
+             {FrameFormat::kRaw10, {128, 64}, 0, 0},
+             160 * 64,
+             {"raw10 128x64, stride 160, 64 "}},
+            {"any.raw",
+             {FrameFormat::kRaw10, {100, 50}, 0, 0},
+             10240,
+             {"expected 6400 bytes for raw10 100x50, stride 128, 50 ", "found 10240"}},
+            // A product near 64 bits.
+            {start + "[4294967294]_Scanline[4294967294].yuv", size, 12345, {"is larger than the"}},
             {"any.yuv", {}, 12345, {"any.yuv", "cannot tell", "give --size"}},
     };
     for (const auto& c : cases) {
-        const bool raw = c.name.find(".raw") != std::string::npos;
-        const auto found = ResolveGeometry(c.name, raw ? FrameFormat::kRaw10 : FrameFormat::kNv12,
-                                           c.request, c.bytes);
+        FrameGeometry known = c.known;
+        known.format = *FormatOfName(c.name);
+        const auto found = ResolveGeometry(c.name, known, c.bytes);
+        EXPECT_EQ(found.Ok(), c.expected[0].rfind(FormatName(known.format), 0) == 0) << c.name;
         for (const std::string& part : c.expected) {
             EXPECT_THAT(found.Ok() ? Describe(found.Value()) : found.Error(), HasSubstr(part))
                     << c.name;
@@ -129,10 +148,10 @@ TEST(ResolveGeometry, ComesFromRequestNameAndSizeOrSaysWhatFits) {
 TEST(ViewFile, DevelopsRawOrShowsItsMosaic) {
     const TestFolder folder;
     const FrameGeometry geometry = {FrameFormat::kRaw10, {128, 64}, 192, 64};
-    const std::string path = folder.File(
-            "x.raw", EncodeRaw10(FlatPicture(128, 64, {255, 255, 255}), geometry, {}, {}));
+    const std::string path =
+            folder.File("x.raw", EncodeRaw10(FlatPicture(128, 64, {255, 255, 255}), geometry, {}));
     ViewRequest request;
-    request.size = geometry.size;
+    request.known.size = geometry.size;
     EXPECT_EQ(ValueOf(ViewFile(path, request)).WholePicture().Pixel(64, 32)[0], 255);
     request.mosaic = true;
     EXPECT_EQ(ValueOf(ViewFile(path, request)).WholePicture().Pixel(1, 1)[1],
@@ -149,24 +168,6 @@ TEST(ViewFile, ShowsAJpegDumpWithWhatFollowsIt) {
     EXPECT_EQ(upright.size.width, 48u);
     EXPECT_EQ(upright.description, "jpeg 64x48, orientation 6, " + std::to_string(length) +
                                            " of the file's 32288 bytes");
-}
-
-TEST(ViewFile, RefusesWhatItCannotTellOrUse) {
-    const TestFolder folder;
-    const std::string frame = folder.File(kYuvDump, Bytes(128 * 64 * 3 / 2));
-    ViewRequest mosaic;
-    mosaic.mosaic = true;
-    ViewRequest asStored;
-    asStored.asStored = true;
-    const std::tuple<std::string, ViewRequest, const char*> cases[] = {
-            {folder.File("zeros.bin", Bytes(100)), {}, "give --format"},
-            {folder.File(kJpegDump, Bytes(100)), {}, "does not start with ff d8 ff"},
-            {frame, mosaic, "--mosaic is only for raw10"},
-            {frame, asStored, "--as-stored is only for JPEG"},
-    };
-    for (const auto& [path, request, reason] : cases) {
-        EXPECT_THAT(ErrorOf(ViewFile(path, request)), AllOf(HasSubstr(path), HasSubstr(reason)));
-    }
 }
 
 }  // namespace

@@ -13,6 +13,7 @@
 namespace offlineframes {
 namespace {
 
+using testing::AllOf;
 using testing::ElementsAre;
 using testing::HasSubstr;
 
@@ -27,7 +28,7 @@ int LargestDifference(const Picture& a, const Picture& b) {
 TEST(Png, ComesBackAsItWasWrittenAndUpright) {
     const TestFolder folder;
     const Picture picture = GradientPicture(37, 21);
-    Bytes png = EncodePng({37, 21}, RowsOf(picture));
+    Bytes png = PngBytes(picture);
     EXPECT_EQ(ValueOf(ReadPicture(folder.File("a", png))).rgb, picture.rgb);
     // The same with an orientation of 6, in a chunk of its own behind the header.
     std::string chunk(
@@ -43,6 +44,17 @@ TEST(Png, ComesBackAsItWasWrittenAndUpright) {
     EXPECT_EQ(turned.width, 21u);
 }
 
+TEST(Png, OfSixteenBitsIsSrgbAndTransparencyWhite) {
+    const Bytes png = {137, 80,  78,  71, 13, 10,  26,  10, 0,  0,  0,   13,  73,  72,  68,
+                       82,  0,   0,   0,  2,  0,   0,   0,  1,  16, 6,   0,   0,   0,   164,
+                       178, 163, 201, 0,  0,  0,   17,  73, 68, 65, 84,  120, 218, 99,  112,
+                       96,  128, 128, 6,  48, 248, 255, 31, 0,  23, 142, 5,   63,  177, 157,
+                       25,  188, 0,   0,  0,  0,   73,  69, 78, 68, 174, 66,  96,  130};
+    const TestFolder folder;
+    EXPECT_THAT(ValueOf(ReadPicture(folder.File("a", png))).rgb,
+                ElementsAre(255, 255, 255, 128, 128, 128));
+}
+
 TEST(Jpeg, OfInksIsRead) {
     const Bytes inks = {255, 128, 0, 255, 255, 255, 255, 64};  // 255: no ink
     unsigned char* file = nullptr;
@@ -54,7 +66,7 @@ TEST(Jpeg, OfInksIsRead) {
     const Picture read = ValueOf(DecodeJpeg(Bytes(file, file + size), "x")).picture;
     tjFree(file);
     tjDestroy(encoder);
-    Picture expected(2, 1);
+    Picture expected({2, 1});
     expected.rgb = {255, 128, 0, 64, 64, 64};
     EXPECT_LE(LargestDifference(read, expected), 3);
 }
@@ -82,7 +94,7 @@ TEST(Jpeg, EndsAtItsEndMarkerWhateverFollows) {
 
 TEST(Pictures, DamagedOrHugeOnesAreErrorsThatNameTheFile) {
     const TestFolder folder;
-    const Bytes png = EncodePng({37, 21}, RowsOf(GradientPicture(37, 21)));
+    const Bytes png = PngBytes(GradientPicture(37, 21));
     const Bytes jpeg = JpegBytes(GradientPicture(64, 48), 0);
     // A PNG's last chunk of 12 bytes may be missing, a JPEG's end marker may not.
     for (const auto& [whole, end, reason] : {std::tuple(&png, png.size() - 12, ": damaged PNG"),
@@ -97,15 +109,22 @@ TEST(Pictures, DamagedOrHugeOnesAreErrorsThatNameTheFile) {
     wrong[jpeg.size() - 40] = 0xFF;  // an end marker inside the coded data
     wrong[jpeg.size() - 39] = 0xD9;
     EXPECT_THAT(ErrorOf(ReadPicture(folder.File("x", wrong))), HasSubstr("damaged JPEG"));
-    for (const char* text : {"P6", "P6\n2 2\n255\nxxxxxxxxxxx", "P6\n40000 40000\n255\nx", "x"}) {
+    const std::pair<const char*, const char*> cases[] = {
+            {"P6", "damaged PPM"},
+            {"P6\n2 2\n255\nxxxxxxxxxxx", "damaged PPM"},
+            {"P6\n40000 4\n255\nx", "40000x4 is too large: scale it down"},
+            {"P6\n11000 11000\n255\nx", "11000x11000 is too large: scale it down"},
+            {"x", "is not a PNG, JPEG or binary PPM"},
+    };
+    for (const auto& [text, reason] : cases) {
         const std::string path = folder.File("x.ppm", BytesOf(text));
-        EXPECT_THAT(ErrorOf(ReadPicture(path)), HasSubstr(path)) << text;
+        EXPECT_THAT(ErrorOf(ReadPicture(path)), AllOf(HasSubstr(path), HasSubstr(reason)));
     }
 }
 
 TEST(FitPicture, CutsTheOverhangEvenlyWithoutShiftOrFalseBars) {
     const auto difference = [](const Picture& photo, const Picture& expected) {
-        return LargestDifference(FitPicture(photo, {expected.width, expected.height}), expected);
+        return LargestDifference(FitPicture(photo, expected), expected);
     };
     const Colour colour = {10, 130, 250};
     EXPECT_EQ(difference(FlatPicture(33, 470, colour), FlatPicture(640, 480, colour)), 0);

@@ -1,16 +1,13 @@
 // The program as a person runs it: what it prints, its exit status, the files it makes and keeps.
 
-#include "host/tools/offlineframes/program.h"
-
 #include <gmock/gmock.h>
 #include <signal.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "host/tools/offlineframes/picture_file.h"
-#include "host/tools/offlineframes/source_set.h"
 #include "test_support.h"
+#include "tests/support/subprocess.h"
 
 namespace offlineframes {
 namespace {
@@ -19,17 +16,9 @@ using testing::AllOf;
 using testing::ElementsAre;
 using testing::HasSubstr;
 
-struct Outcome {
-    int status;
-    std::string output;
-    std::string errors;
-};
-
-Outcome Execute(const std::vector<std::string>& words) {
-    testing::internal::CaptureStdout();
-    testing::internal::CaptureStderr();
-    const int status = RunProgram(words);
-    return {status, testing::internal::GetCapturedStdout(), testing::internal::GetCapturedStderr()};
+end_to_end::Finished Execute(std::vector<std::string> words) {
+    words.insert(words.begin(), OFFLINEFRAMES);
+    return end_to_end::RunProgram(words);
 }
 
 TEST(Program, EndsWith2ForAWrongCommandLine) {
@@ -39,16 +28,18 @@ TEST(Program, EndsWith2ForAWrongCommandLine) {
             {{"sources"}, "missing DIR"},
             {{"pack", "--format", "raw12"}, "raw12"},
             {{"pack", "--size", "642x480"}, "multiple of 4"},
+            {{"pack", "--stride", "5119"}, "stride of at least 5120"},
+            {{"pack", "--scanlines", "3071"}, "at least 3072 scan lines"},
             {{"pack", "--seed", "3"}, "--seed needs --noise"},
             {{"pack", "--noise", "201"}, "above 0, up to 200"},
             {{"pack", "--size", "64x48x2"}, "--size: \"64x48x2\" is not a size like"},
     };
     for (auto [words, named] : cases) {
         if (words.size() > 1) words.insert(words.end(), {"chart", folder.Path("out")});
-        const Outcome result = Execute(words);
+        const auto result = Execute(words);
         EXPECT_EQ(result.status, 2) << named;
-        EXPECT_THAT(result.errors, AllOf(HasSubstr(named), HasSubstr("--help")));
-        EXPECT_EQ(result.output, "");
+        EXPECT_THAT(result.err, AllOf(HasSubstr(named), HasSubstr("--help")));
+        EXPECT_EQ(result.out, "");
     }
     EXPECT_THAT(folder.Names(), ElementsAre());
 }
@@ -57,42 +48,52 @@ TEST(Program, EndsWith1WhenTheWorkFailsAndLeavesNothing) {
     const TestFolder folder;
     const std::string garbage = folder.File("garbage", Bytes(100, 7));
     const std::string kept = folder.File("kept", {1, 2, 3});
-    using Words = std::vector<std::string>;
-    for (const Words& words : {Words{"pack", folder.Path("absent.png"), folder.Path("out")},
-                               {"pack", "--size", "64x48", "chart", kept},
-                               {"view", garbage, folder.Path("out")},
-                               {"compare", garbage, kept},
-                               {"sources", "--from", garbage, folder.Path("out")}}) {
-        const Outcome result = Execute(words);
+    const std::string out = folder.Path("out.png");
+    const std::string frame = folder.File("frame.yuv", Bytes(640 * 480 * 3 / 2));
+    std::filesystem::create_hard_link(garbage, folder.Path("same"));
+    const std::pair<std::vector<std::string>, const char*> cases[] = {
+            {{"pack", folder.Path("absent.png"), folder.Path("out")}, "No such file"},
+            {{"pack", "--size", "64x48", "chart", kept}, "exists already"},
+            {{"pack", "--force", garbage, folder.Path("same")}, "is the input"},
+            {{"pack", "chart", out}, "is a picture's name"},
+            {{"view", "--force", kept, kept + ".jpg"}, "ends in .png"},
+            {{"view", garbage, out}, "is not a PNG"},
+            {{"view", folder.File("x.jpg", Bytes(9)), out}, "does not start with ff d8 ff"},
+            {{"view", "--mosaic", frame, out}, "--mosaic is only for raw10"},
+            {{"view", "--as-stored", frame, out}, "--as-stored is only for JPEG"},
+            {{"compare", garbage, kept}, "is not a PNG"},
+            {{"sources", "--from", garbage, folder.Path("out")}, "is not a PNG"},
+    };
+    for (const auto& [words, reason] : cases) {
+        const auto result = Execute(words);
         EXPECT_EQ(result.status, 1) << words[0] << " " << words[1];
-        EXPECT_THAT(result.errors, HasSubstr(folder.Path("")));
+        EXPECT_THAT(result.err, AllOf(HasSubstr(folder.Path("")), HasSubstr(reason)));
     }
-    EXPECT_THAT(folder.Names(), ElementsAre("garbage", "kept"));
+    EXPECT_THAT(folder.Names(), ElementsAre("frame.yuv", "garbage", "kept", "same", "x.jpg"));
     EXPECT_THAT(ReadFile(kept).Value(), ElementsAre(1, 2, 3));
 }
 
 TEST(Program, PacksViewsAndComparesAPhoto) {
     const TestFolder folder;
-    const std::string photo =
-            folder.File("photo", EncodePng({128, 64}, RowsOf(GradientPicture(128, 64))));
+    const std::string photo = folder.File("photo", PngBytes(GradientPicture(128, 64)));
     const std::string frame = folder.Path("frame.yuv");
     const std::string png = folder.Path("frame.png");
-    const Outcome packed = Execute({"pack", "--format", "nv12", "--size", "128x64", "--stride",
-                                    "192", "--scanlines=80", photo, frame});
-    ASSERT_EQ(packed.status, 0) << packed.errors;
+    const auto packed = Execute({"pack", "--format", "nv12", "--size", "128x64", "--stride", "192",
+                                 "--scanlines=80", photo, frame});
+    ASSERT_EQ(packed.status, 0) << packed.err;
     std::vector<std::string> view = {"view", "--size=128x64",  "--stride=192",
                                      frame,  "--scanlines=80", png};
-    EXPECT_THAT(Execute(view).errors, HasSubstr("nv12 128x64, stride 192, 80 scan lines"));
+    EXPECT_THAT(Execute(view).err, HasSubstr("nv12 128x64, stride 192, 80 scan lines"));
     EXPECT_EQ(Execute(view).status, 1);  // the PNG exists now
     view.push_back("--force");
     EXPECT_EQ(Execute(view).status, 0);
-    const std::string compared = Execute({"compare", photo, png}).output;
+    const std::string compared = Execute({"compare", photo, png}).out;
     EXPECT_THAT(compared, testing::ContainsRegex("all [4-6][0-9]\\.[0-9]+ dB"));
     EXPECT_THAT(compared, testing::ContainsRegex("largest difference [1-4] in "));
-    EXPECT_THAT(Execute({"compare", photo, photo}).output, HasSubstr("all equal"));
-    EXPECT_THAT(Execute({"view", "--help"}).output,
+    EXPECT_THAT(Execute({"compare", photo, photo}).out, HasSubstr("all equal"));
+    EXPECT_THAT(Execute({"view", "--help"}).out,
                 HasSubstr("usage: offlineframes view [OPTION...] INPUT OUTPUT.png"));
-    EXPECT_THAT(Execute({"-h"}).output, HasSubstr("  compare   tells in numbers"));
+    EXPECT_THAT(Execute({"-h"}).out, HasSubstr("  compare   tells in numbers"));
 }
 
 // What an option adds shows in the file that the command writes.
@@ -100,10 +101,11 @@ TEST(Program, OptionsChangeWhatIsMade) {
     const TestFolder folder;
     const std::string jpeg = folder.File("photo.jpg", JpegBytes(GradientPicture(64, 48), 90));
     const auto make = [&](std::vector<std::string> words) {
-        words.insert(words.end(), {"--force", jpeg, folder.Path("made")});
-        const Outcome result = Execute(words);
-        EXPECT_EQ(result.status, 0) << result.errors;
-        return ReadFile(folder.Path("made")).Value();
+        const std::string made = folder.Path(words[0] == "view" ? "made.png" : "made");
+        words.insert(words.end(), {"--force", jpeg, made});
+        const auto result = Execute(words);
+        EXPECT_EQ(result.status, 0) << result.err;
+        return ReadFile(made).Value();
     };
     const Bytes raw = make({"pack", "--size", "64x48"});
     EXPECT_EQ(raw, make({"pack", "--size", "64x48", "--format", "raw10"}));
@@ -125,20 +127,19 @@ TEST(FileIo, ReadsAndReplacesOnlyRegularFiles) {
                     AllOf(HasSubstr(folder.Path(name)), HasSubstr(reason)));
     }
     ASSERT_EQ(symlink("/dev/null", folder.Path("link").c_str()), 0);
-    EXPECT_THAT(ErrorOf(WriteFile(folder.Path("link"), {1}, Existing::kReplace)),
-                HasSubstr("not a regular file"));
+    EXPECT_THAT(ErrorOf(WriteFile(folder.Path("link"), {1})), HasSubstr("not a regular file"));
 }
 
 TEST(Sources, AreMadeOnce) {
     const TestFolder folder;
     const std::string camera = folder.Path("camera");
     const std::string frames = camera + "/offlinecameratest/";
-    const std::string made = ValueOf(MakeSources(camera, std::nullopt));
-    EXPECT_THAT(made, AllOf(HasSubstr("mmf_fd.yuv: made, 491520 bytes"),
-                            HasSubstr("4096_3072_RAW10.raw: made, 15728640 bytes")));
+    EXPECT_THAT(Execute({"sources", camera}).err,
+                AllOf(HasSubstr("mmf_fd.yuv: made, 491520 bytes"),
+                      HasSubstr("4096_3072_RAW10.raw: made, 15728640 bytes")));
     // A second run finds everything and changes nothing, not even a user's own file.
-    ValueOf(WriteFile(frames + "mmf_fd.yuv", {1, 2, 3}, Existing::kReplace));
-    EXPECT_THAT(ValueOf(MakeSources(camera, std::nullopt)), testing::Not(HasSubstr("made")));
+    ValueOf(WriteFile(frames + "mmf_fd.yuv", {1, 2, 3}));
+    EXPECT_THAT(Execute({"sources", camera}).err, testing::Not(HasSubstr("made")));
     EXPECT_THAT(ValueOf(ReadFile(frames + "mmf_fd.yuv")), ElementsAre(1, 2, 3));
 }
 
@@ -147,7 +148,7 @@ TEST(FileIo, LeavesNothingWhenASignalEndsTheProgram) {
     const auto writeBeyondTheLimit = [&] {
         const rlimit limit = {10'000, 10'000};
         setrlimit(RLIMIT_FSIZE, &limit);
-        static_cast<void>(WriteFile(folder.Path("frame"), Bytes(20'000), Existing::kKeep));
+        static_cast<void>(WriteFile(folder.Path("frame"), Bytes(20'000)));
         _exit(0);
     };
     EXPECT_EXIT(writeBeyondTheLimit(), testing::KilledBySignal(SIGXFSZ), "");

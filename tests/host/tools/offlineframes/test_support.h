@@ -12,9 +12,8 @@
 #include <utility>
 #include <vector>
 
-#include "host/tools/offlineframes/file_io.h"
 #include "host/tools/offlineframes/frame_encoder.h"
-#include "host/tools/offlineframes/picture.h"
+#include "host/tools/offlineframes/picture_file.h"
 #include "tests/support/temporary_folder.h"
 
 namespace offlineframes {
@@ -26,7 +25,7 @@ class TestFolder : public TemporaryFolder {
 
     // Writes `bytes` and gives the file's path.
     std::string File(const std::string& name, const Bytes& bytes) const {
-        EXPECT_TRUE(WriteFile(Path(name), bytes, Existing::kReplace).Ok());
+        EXPECT_TRUE(WriteFile(Path(name), bytes).Ok());
         return Path(name);
     }
     std::set<std::string> Names() const {
@@ -53,7 +52,7 @@ std::string ErrorOf(const base::Result<T>& result) {
 
 // A smooth picture in which every place and channel differs: x to red, y to green.
 inline Picture GradientPicture(uint32_t width, uint32_t height) {
-    Picture picture(width, height);
+    Picture picture({width, height});
     for (uint32_t y = 0; y < height; ++y) {
         for (uint32_t x = 0; x < width; ++x) {
             uint8_t* const pixel = picture.Pixel(x, y);
@@ -66,10 +65,16 @@ inline Picture GradientPicture(uint32_t width, uint32_t height) {
 }
 
 inline Picture FlatPicture(uint32_t width, uint32_t height, Colour colour) {
-    Picture picture(width, height);
+    Picture picture({width, height});
     const uint8_t channels[] = {colour.r, colour.g, colour.b};
     for (size_t i = 0; i < picture.rgb.size(); ++i) picture.rgb[i] = channels[i % 3];
     return picture;
+}
+
+inline Bytes PngBytes(const Picture& picture) {
+    return EncodePng(picture, [&](uint32_t y, uint8_t* rgb) {
+        std::copy_n(picture.Pixel(0, y), picture.width * 3, rgb);
+    });
 }
 
 // A JPEG as the camera service writes it, of a picture with even sides.
@@ -78,11 +83,9 @@ inline Bytes JpegBytes(const Picture& picture, int orientationDegrees) {
     const uint32_t h = picture.height;
     const Bytes nv12 = EncodeNv12(picture, {FrameFormat::kNv12, {w, h}, w, h}, {});
     Bytes jpeg(size_t{w} * h * 3 + 4096);
-    size_t size = 0;
     const imaging::Nv12View view = {nv12.data(), nv12.data() + size_t{w} * h, w, h, w};
-    EXPECT_EQ(imaging::EncodeJpeg(view, {95, orientationDegrees}, jpeg.data(), jpeg.size(), &size),
-              "");
-    jpeg.resize(size);
+    jpeg.resize(
+            ValueOf(imaging::EncodeJpeg(view, {95, orientationDegrees}, jpeg.data(), jpeg.size())));
     return jpeg;
 }
 
