@@ -71,7 +71,7 @@ constexpr services::FaultName kNames[] = {
         {"leak-sessions", "each session leaves a descriptor behind"},
         {"leak-refused", "each refused request leaves a descriptor behind"},
         {"take-any-streams", "configureOfflineStreams succeeds whatever the streams are"},
-        {"refuse-y2j", "configureOfflineStreams refuses Y2J, which is listed"},
+        {"refuse-jpeg", "configureOfflineStreams refuses Y2J, which is listed"},
         {"refuse-mmf", "configureOfflineStreams refuses MMF, which is listed"},
         {"configure-once", "a session takes streams once only"},
         {"drop-in-flight", "new streams drop the frames in flight without a word"},

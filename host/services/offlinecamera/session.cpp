@@ -57,7 +57,7 @@ ndk::ScopedAStatus OfflineCameraSession::configureOfflineStreams(
     if (!streams.Ok() && m_faults->Has("take-any-streams")) return ndk::ScopedAStatus::ok();
     if (!streams.Ok()) return Refuse(kConfigure, kIllegalArgument, streams.Error());
 
-    if ((m_faults->Has("refuse-y2j") && streams.Value().mode == OpMode::kY2J) ||
+    if ((m_faults->Has("refuse-jpeg") && streams.Value().mode == OpMode::kY2J) ||
         (m_faults->Has("refuse-mmf") && streams.Value().mode == OpMode::kMMF)) {
         return Refuse(kConfigure, kIllegalArgument, "fault switched on");
     }
