@@ -103,7 +103,7 @@ Checks RequestChecks() {
             {"requests.none", "An empty list of requests is refused.", OnStreams(RefusesNone)},
             Refused("output-stream", "An output of an unknown stream",
                     [](Wrong w) { w.out.streamId = 77; }),
-            Refused("exchanged", "Input and output under each other's stream",
+            Refused("exchanged", "A request with input and output under each other's stream",
                     [](Wrong w) { std::swap(w.in.streamId, w.out.streamId); }),
             {"requests.buffer-id", "A buffer id of 0, which is no buffer's, is better refused.",
              Sends([](Wrong w) { w.out.bufferId = 0; }, kBetter)},
