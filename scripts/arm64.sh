@@ -13,7 +13,7 @@ fill_sysroot() {
     mapfile -t names < <(awk '$2 == "sysroot" { print $1 }' "$root/scripts/packages.txt")
     stamp="$out/arm64/.filled-$(printf '%s\n' "$root" "${names[@]}" | sha256sum | cut -c 1-16)"
     [[ -e "$stamp" ]] && return
-    rm -rf "$out/arm64"
+    rm -rf "$out/arm64" "$out/check-arm64" # which was built with the old headers
     mkdir -p "$sysroot" "$apt"/{lists,archives}/partial
     : >"$apt/status"
     local options=(-o APT::Architecture=arm64 -o APT::Architectures=arm64 -o APT::Sandbox::User=
@@ -93,7 +93,7 @@ arm64() {
     install_packages arm64
     fill_sysroot
     build "$out/build" "" host/all vexofflinecameratest vexofflinecameratest-planes || return 1
-    build "$foreign" "-DCMAKE_TOOLCHAIN_FILE=$root/cmake/arm64.cmake" all || return 1
+    build "$foreign" -DCMAKE_TOOLCHAIN_FILE=cmake/arm64.cmake all || return 1
     unlock_out
     say "not in the emulator, as they start programs: tests that match $not_emulated"
     ctest --test-dir "$foreign" --output-on-failure --no-tests=error -j "$(nproc)" \
