@@ -2,6 +2,7 @@
 
 #include "conclusions.h"
 
+#include <host_unset_return.h>
 #include <stdio.h>
 
 #include <algorithm>
@@ -190,6 +191,7 @@ class Conclusions {
         for (const Wait& wait : m_facts.waits) AddWait(wait);
         AddLateCallbacks();
         AddDoubleBuffer();
+        AddUnsetReturn();
         // With more, it is not known which dump is in which file.
         if (m_facts.dumps.size() == 1 && m_report.dumps.size() <= 1) AddDump(m_facts.dumps[0]);
         AddUnreadSources();
@@ -263,6 +265,17 @@ class Conclusions {
         if (twice == named.end() || m_facts.dumps.empty()) return;
         Add("error", "The result names a buffer twice", m_facts.dumps[0].timeUs,
             "It names buffer " + *twice + " more than once. The first dump of a buffer frees it.");
+    }
+
+    // Seen only where a program shows the number.
+    void AddUnsetReturn() {
+        const std::string unset = std::to_string(host::kUnsetReturn);
+        for (const Line& line : m_report.log) {
+            if (line.message.find(unset) == std::string::npos) continue;
+            Add("error", "An unset return value was taken for an answer", line.timeUs,
+                "It is the " + unset + " in the line " + Code(line.message) + ".");
+            return;
+        }
     }
 
     void AddDump(const runlog::Dump& meant) {

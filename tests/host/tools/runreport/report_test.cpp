@@ -203,6 +203,11 @@ assertion failed
     EXPECT_THAT(m_summary, StartsWith("run: first of 3 errors: my-service was ended by signal 6"));
 
     EXPECT_THAT(ProblemsOf(R"(
+.100 24 24 I T: request id frameNumber:-1 return frameNumber 195936478)",
+                           "", ""),
+                ElementsAre(StartsWith("error: An unset return value was taken for an answer")));
+
+    EXPECT_THAT(ProblemsOf(R"(
 .100 24 24 I T: main: offline camera client opMode 0
 .300 24 24 I T: CloseOfflineSession)",
                            R"(
