@@ -89,7 +89,8 @@ void Require(bool done, const std::string& what) {
 }  // namespace bench
 
 int main(int argc, char** argv) {
-    if (argc > 1) bench::ServeEcho(argv[1]);
+    if (argc == 3 && argv[1] == std::string("--echo")) bench::ServeEcho(argv[2]);
+    bench::Require(argc == 1, "take words: it runs all groups");
     bench::GoIntoDevice();
     bench::PrintHead();
     bench::MeasureImaging();

@@ -51,7 +51,7 @@ struct Peer {
 Peer StartPeer() {
     static int count = 0;
     const std::string name = "bench.echo" + std::to_string(++count);
-    const pid_t process = Start({"/proc/self/exe", name}, STDERR_FILENO);
+    const pid_t process = Start({"/proc/self/exe", "--echo", name}, STDERR_FILENO);
     Peer peer{process, ndk::SpAIBinder(AServiceManager_waitForService(name.c_str()))};
     Require(AIBinder_associateClass(peer.binder.get(), EchoClass()), "find the peer");
     return peer;

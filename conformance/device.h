@@ -125,7 +125,7 @@ class Session {
     Verdict AwaitResult(const Answer& sent, const std::string& what = "a result");
     // Sends a request and awaits its result.
     Verdict Exchange(const Configuration& info, const std::string& what, int64_t idOffset = 0);
-    // Waits until so many frames have ended in any way, for kWait each.
+    // Waits until `count` frames have brought a result or an error. Each may take kWait.
     Verdict AwaitEnds(size_t count);
     Events All() { return client->All(); }
 

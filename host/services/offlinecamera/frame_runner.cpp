@@ -12,15 +12,7 @@ namespace {
 
 // From the call to the shutter. It lets the answer of processOfflineRequest, with the frame number
 // in it, go first.
-constexpr std::chrono::milliseconds kShutterDelay(5);
-
-// The first lock of a fresh buffer creates its pages; that takes milliseconds, which the wait for
-// the shutter has to spare. A buffer with an acquire fence could take longer and is left alone.
-void TouchOutputs(const Request& request) {
-    for (const RequestBuffer& output : request.outputs) {
-        if (!output.buffer.HasFence()) (void)LockedBuffer::Lock(output.buffer, Access::kWrite);
-    }
-}
+constexpr std::chrono::milliseconds kShutterDelay(1);
 
 int64_t Nanoseconds() {
     return std::chrono::nanoseconds(std::chrono::steady_clock::now().time_since_epoch()).count();
@@ -35,11 +27,7 @@ void RunFrame(const Request& request, const SessionClient& client, const FaultIn
         const auto status = client.callback->notify({message});
         if (!status.isOk()) LogProblem("notify failed: " + status.getDescription());
     };
-    using std::chrono::duration_cast;
-    const int64_t begun = Nanoseconds();
-    TouchOutputs(request);
-    const std::chrono::nanoseconds passed(Nanoseconds() - begun);
-    if (stop.WaitFor(kShutterDelay - duration_cast<std::chrono::milliseconds>(passed))) return;
+    if (stop.WaitFor(kShutterDelay)) return;
     faults.BeforeFrame(client, request.streams->inputs[0], stop);
     const int64_t timestamp = Nanoseconds();
     if (!faults.Has("result-first")) notify(MakeShutter(request.frameNumber, timestamp));

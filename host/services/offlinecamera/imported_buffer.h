@@ -29,9 +29,6 @@ class ImportedBuffer {
     // Locks without waiting, from now on.
     void DropFence() { m_fence.set(-1); }
 
-    // Whether a lock may have to wait.
-    bool HasFence() const { return m_fence.get() >= 0; }
-
   private:
     friend class LockedBuffer;
 
