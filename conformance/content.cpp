@@ -11,16 +11,11 @@ constexpr int32_t kJpegId = 0xff;
 
 // Looks at the pictures of all modes, up to the first finding.
 Run Pictures(Verdict (*look)(const Picture&, const std::string& mode)) {
-    return [look](Device& device) {
-        bool any = false;
-        for (const PlainRun* run : device.Claimed()) {
-            if (!run->Works()) continue;
-            any = true;
-            Verdict verdict = look(run->picture, run->Mode());
-            if (!verdict.Good()) return verdict;
-        }
-        return any ? Verdict() : Skip("no picture came: see process.result");
+    const auto lookAtPicture = [look](const PlainRun& run) -> std::optional<Verdict> {
+        if (!run.Works()) return std::nullopt;
+        return look(run.picture, run.Mode());
     };
+    return OnPlainRuns(lookAtPicture, "no picture came: see process.result");
 }
 
 Verdict WritesAll(const Picture& picture, const std::string& mode) {

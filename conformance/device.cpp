@@ -277,4 +277,17 @@ Run OnStreams(const UseStreams& use, const Configuration& given) {
     });
 }
 
+Run OnPlainRuns(const LookAtRun& look, const std::string& reason) {
+    return [=](Device& device) {
+        if (!device.pool.Ready()) return Skip("no graphics allocator, or no mapper 4.0");
+        bool any = false;
+        for (const PlainRun* run : device.Claimed()) {
+            const std::optional<Verdict> verdict = look(*run);
+            if (verdict && !verdict->Good()) return *verdict;
+            any |= verdict.has_value();
+        }
+        return any ? Verdict() : Skip(reason);
+    };
+}
+
 }  // namespace conformance

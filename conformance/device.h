@@ -173,4 +173,9 @@ Run OnSession(const std::function<Verdict(Device&, Session&)>& use);
 using UseStreams = std::function<Verdict(Device&, Session&, const Configuration&)>;
 Run OnStreams(const UseStreams& use, const Configuration& info = {});
 
+// A check of the plain runs, up to the first finding. `look` gives nothing for a run that it does
+// not apply to; where it applies to none, `reason` tells why the check is skipped.
+using LookAtRun = std::function<std::optional<Verdict>(const PlainRun&)>;
+Run OnPlainRuns(const LookAtRun& look, const std::string& reason = "no mode is taken");
+
 }  // namespace conformance

@@ -26,16 +26,11 @@ bool Borrows(const PlainRun& run) {
 
 // Looks at what is asked for, lent and returned in the modes that do so, up to the first finding.
 Run Borrowing(Verdict (*look)(const Borrowed&)) {
-    return [look](Device& device) {
-        bool any = false;
-        for (const PlainRun* run : device.Claimed()) {
-            if (!Borrows(*run)) continue;
-            any = true;
-            Verdict verdict = look(BorrowedOf(run->events));
-            if (!verdict.Good()) return verdict;
-        }
-        return any ? Verdict() : Skip("the service asks for no buffers");
+    const auto lookAtRun = [look](const PlainRun& run) -> std::optional<Verdict> {
+        if (!Borrows(run)) return std::nullopt;
+        return look(BorrowedOf(run.events));
     };
+    return OnPlainRuns(lookAtRun, "the service asks for no buffers");
 }
 
 Verdict UsesWhatItAsksFor(const Borrowed& b) {
@@ -143,13 +138,9 @@ Verdict ClosesWhileWaiting(Device& device, Session& session, const Configuration
     return closed.MustSucceed("the session closed within 5 s");
 }
 
-Verdict SignalsReleaseFences(Device& device) {
-    for (const PlainRun* run : device.Claimed()) {
-        if (!FencesSignal(run->events)) {
-            return Fail("release fences of " + run->Mode() + " signalled within 5 s", "one is not");
-        }
-    }
-    return device.Claimed().empty() ? Skip("no mode is taken") : Verdict();
+Verdict SignalsReleaseFences(const PlainRun& run) {
+    return Require(FencesSignal(run.events),
+                   "release fences of " + run.Mode() + " signalled within 5 s", "one is not");
 }
 
 }  // namespace
@@ -183,7 +174,7 @@ Checks FenceChecks() {
             {"fences.close", "A session closes while a frame waits for a fence.",
              OnStreams(ClosesWhileWaiting)},
             {"fences.release", "Release fences that a result carries are signalled in the end.",
-             SignalsReleaseFences}};
+             OnPlainRuns(SignalsReleaseFences)}};
 }
 
 }  // namespace conformance
