@@ -110,6 +110,6 @@ if [[ -z "$follow" ]]; then
 elif [[ "$format$all$regex$most${!least[*]}" == storedV ]]; then # ends with its reader
     exec tail -n "${last:-+1}" -s 0.1 -f "$file" 2>/dev/null
 else
-    # tail says so when the file is forgotten.
+    # On standard error tail says when -c has emptied the file.
     show < <(exec tail -n "${last:-+1}" -s 0.1 -f "$file" 2>/dev/null)
 fi

@@ -25,5 +25,5 @@ file="/proc/self/fd/$STANDIN_BINDER_TRACE_FD"
 case "${1-}" in
 -c) : >"$file" ;;
 -d) exec cat "$file" ;;
-*) exec tail -n +1 -s 0.1 -f "$file" 2>/dev/null ;; # it says so when the file is forgotten
+*) exec tail -n +1 -s 0.1 -f "$file" 2>/dev/null ;; # there it says when -c has emptied the file
 esac

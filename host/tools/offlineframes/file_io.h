@@ -14,7 +14,7 @@ using base::Failure;
 using base::Result;
 using Bytes = std::vector<uint8_t>;
 
-// Largest file that is read; the largest frame this program makes has fewer bytes.
+// Largest file that is read, and largest frame that is made.
 inline constexpr uint64_t kMaxFileBytes = uint64_t{1} << 30;
 
 // Reads a regular file whole. Fails for a missing, unreadable, empty, irregular or too large file.

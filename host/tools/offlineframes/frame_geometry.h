@@ -58,11 +58,11 @@ std::optional<FrameFormat> FormatOfName(const std::string& path);
 // nothing for the name of another file.
 std::optional<uint32_t> NumberInDumpName(const std::string& path, const char* key);
 
-// The geometry of a frame file of `bytes` bytes. What the caller knows (the rest is 0) goes before
+// The geometry of a frame file of `bytes` bytes. What the caller tells (the rest is 0) goes before
 // what the file's name tells, and that before what its size tells. Fails when the geometry cannot
 // be told or does not make up the file; the message gives the bytes expected and found, and what
 // would match.
-Result<FrameGeometry> ResolveGeometry(const std::string& path, const FrameGeometry& known,
+Result<FrameGeometry> ResolveGeometry(const std::string& path, const FrameGeometry& told,
                                       uint64_t bytes);
 
 }  // namespace offlineframes

@@ -5,6 +5,7 @@
 #include "picture_file.h"
 
 #include <gdk-pixbuf/gdk-pixbuf.h>
+#include <imaging/camera_physics.h>
 #include <isa-l/crc.h>
 #include <isa-l/igzip_lib.h>
 #include <libexif/exif-data.h>
@@ -14,7 +15,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdlib>
 #include <memory>
 
 namespace offlineframes {
@@ -275,8 +275,8 @@ Bytes EncodePng(PictureSize size, const RowSource& rows) {
 }
 
 Picture CentreCrop(const Picture& picture, PictureSize size) {
-    const uint32_t left = (picture.width - size.width) / 2 & ~1u;
-    const uint32_t top = (picture.height - size.height) / 2 & ~1u;
+    const uint32_t left = imaging::CropOffset(picture.width, size.width);
+    const uint32_t top = imaging::CropOffset(picture.height, size.height);
     Picture out(size);
     for (uint32_t y = 0; y < size.height; ++y) {
         memcpy(out.Pixel(0, y), picture.Pixel(left, top + y), size_t{size.width} * 3);

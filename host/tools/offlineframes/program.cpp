@@ -95,8 +95,8 @@ Result<View> ViewGiven(const std::string& path, const Given& given) {
     return ViewFile(path, request);
 }
 
-// Fails when the command could not write its output, before that is made. Pictures have a name that
-// ends like one, frames have not.
+// Fails when the command could not write its output, before that is made. Views are named .png; a
+// frame may not be named like a picture.
 Result<Done> CheckOutput(const Words& words, const Given& given, bool isPicture) {
     const std::filesystem::path output = words[1];
     std::error_code unknown;

@@ -15,7 +15,7 @@ bool StartsWith(const std::string& text, const std::string& start) {
     return text.compare(0, start.size(), start) == 0;
 }
 
-// What came before a wait leaves no line that says so; then the line of the next step ends it.
+// The end of a wait for what had already come is not logged; the next step's line ends it.
 void EndWait(int64_t timeUs, bool received, std::vector<Wait>* waits) {
     if (waits->empty() || waits->back().endUs) return;
     waits->back().endUs = timeUs;
@@ -73,7 +73,7 @@ void TakeDumpLine(const Line& line, std::optional<int64_t>* trailer, Facts* fact
     }
 }
 
-// The stream of a buffer that could not be allocated is loaded as one without rows is.
+// Where no buffer was allocated, the tool logs 0 rows too; that source is not `leftUnread`.
 void TakeSourceLine(const std::string& message, bool allocated, std::vector<Source>* sources,
                     size_t* last) {
     const std::string opens = ": open input file ";

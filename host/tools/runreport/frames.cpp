@@ -40,7 +40,7 @@ Bytes Average(const uint8_t* plane, size_t strideBytes, uint32_t width, uint32_t
               uint32_t channels, uint32_t factor) {
     Bytes cells;
     cells.reserve(size_t{width} * height * channels);
-    std::vector<uint16_t> columns(size_t{width} * factor * channels);  // which vector code adds up
+    std::vector<uint16_t> columns(size_t{width} * factor * channels);  // sums; the loop vectorises
     for (uint32_t y = 0; y < height; ++y) {
         std::fill(columns.begin(), columns.end(), 0);
         for (uint32_t i = 0; i < factor; ++i, plane += strideBytes) {
@@ -77,12 +77,11 @@ void SetPicture(const imaging::Nv12View& picture, Frame* frame) {
     g_free(text);
 }
 
-void ExamineRaster(FrameFormat format, Frame* frame) {
+void ExamineRaster(const Bytes& bytes, FrameFormat format, Frame* frame) {
     const auto geometry =
-            offlineframes::ResolveGeometry(frame->path, {format, {}, 0, 0}, frame->bytes);
-    const auto bytes = offlineframes::ReadFile(frame->path);
-    if (!geometry.Ok() || !bytes.Ok()) {
-        frame->note = geometry.Ok() ? bytes.Error() : geometry.Error();
+            offlineframes::ResolveGeometry(frame->path, {format, {}, 0, 0}, bytes.size());
+    if (!geometry.Ok()) {
+        frame->note = geometry.Error();
         return;
     }
     const auto [width, height] = geometry.Value().size;
@@ -94,7 +93,7 @@ void ExamineRaster(FrameFormat format, Frame* frame) {
     if (offlineframes::NumberInDumpName(frame->path, "Scanline") == 0u) {
         frame->note = "scan lines as the file's size tells: its name does not";
     }
-    const uint8_t* const plane = bytes.Value().data();
+    const uint8_t* const plane = bytes.data();
     if (format == FrameFormat::kNv12) {
         SetPicture({plane, plane + stride * frame->scanlines, width, height, stride}, frame);
         return;
@@ -108,13 +107,8 @@ void ExamineRaster(FrameFormat format, Frame* frame) {
 }
 
 // As it is stored: not turned by its orientation.
-void ExamineJpeg(Pictures pictures, Frame* frame) {
-    const auto bytes = offlineframes::ReadFile(frame->path);
-    if (!bytes.Ok()) {
-        frame->note = bytes.Error();
-        return;
-    }
-    auto jpeg = offlineframes::DecodeJpeg(bytes.Value(), frame->path, kThumbnailWidth);
+void ExamineJpeg(const Bytes& bytes, Pictures pictures, Frame* frame) {
+    const auto jpeg = offlineframes::DecodeJpeg(bytes, frame->path, kThumbnailWidth);
     if (!jpeg.Ok()) {
         frame->note = jpeg.Error();
         return;
@@ -142,10 +136,14 @@ void Examine(Pictures pictures, Frame* frame) {
     const bool isJpeg = path.extension() == ".jpg";
     if (!format && !isJpeg) return;  // not a picture: its name and size are all there is
     frame->format = isJpeg ? "JPEG" : *format == FrameFormat::kRaw10 ? "RAW10" : "NV12";
-    if (isJpeg) {
-        ExamineJpeg(pictures, frame);
-    } else if (pictures == Pictures::kReduced) {
-        ExamineRaster(*format, frame);
+    if (!isJpeg && pictures != Pictures::kReduced) return;
+    const auto bytes = offlineframes::ReadFile(frame->path);
+    if (!bytes.Ok()) {
+        frame->note = bytes.Error();
+    } else if (isJpeg) {
+        ExamineJpeg(bytes.Value(), pictures, frame);
+    } else {
+        ExamineRaster(bytes.Value(), *format, frame);
     }
 }
 

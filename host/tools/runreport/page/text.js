@@ -33,7 +33,7 @@ function table(columns, rows, failed) {
         </table></div>`;
 }
 
-// What stands between backticks as code.
+// Text between backticks becomes code.
 const withCode = (text) => text.split('`').map((part, i) => i % 2 ? html`<code>${part}</code>` : part);
 
 const count = (number) => Number(number).toLocaleString('en');

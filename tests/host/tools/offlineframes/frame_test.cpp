@@ -4,6 +4,8 @@
 #include <gmock/gmock.h>
 #include <imaging/camera_physics.h>
 
+#include <cmath>
+
 #include "host/tools/offlineframes/frame_encoder.h"
 #include "host/tools/offlineframes/frame_view.h"
 #include "test_support.h"

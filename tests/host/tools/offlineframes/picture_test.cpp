@@ -5,6 +5,8 @@
 #include <isa-l/crc.h>
 #include <turbojpeg.h>
 
+#include <algorithm>
+#include <cmath>
 #include <tuple>
 
 #include "host/tools/offlineframes/picture_file.h"

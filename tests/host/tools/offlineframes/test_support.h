@@ -4,8 +4,6 @@
 #include <gtest/gtest.h>
 #include <imaging/jpeg.h>
 
-#include <algorithm>
-#include <cmath>
 #include <filesystem>
 #include <set>
 #include <string>
@@ -72,9 +70,7 @@ inline Picture FlatPicture(uint32_t width, uint32_t height, Colour colour) {
 }
 
 inline Bytes PngBytes(const Picture& picture) {
-    return EncodePng(picture, [&](uint32_t y, uint8_t* rgb) {
-        std::copy_n(picture.Pixel(0, y), picture.width * 3, rgb);
-    });
+    return EncodePng(picture, RowsOf(picture));
 }
 
 // A JPEG as the camera service writes it, of a picture with even sides.

@@ -344,10 +344,10 @@ TEST_F(Report, NamesWhatItCouldNotRead) {
     OfRun({}, "callback");
     EXPECT_EQ(m_summary, "");  // no session was opened: no file to expect
     const Json report = Make({"--log=" + Path("none"), "--trace=" + Path(""),
-                              "--dump=" + Path("gone.jpg"), "--status=255", "--", "x"});
+                              "--dump=" + Path("gone.raw"), "--status=255", "--", "x"});
     EXPECT_EQ(report["missing"], Json({Path("none") + ": cannot open: No such file or directory",
                                        Path("") + ": is not a regular file"}));
-    EXPECT_THAT(report["dumps"][0]["note"], HasSubstr("gone.jpg: cannot open"));
+    EXPECT_THAT(report["dumps"][0]["note"], HasSubstr("gone.raw: cannot open"));
     EXPECT_EQ(report["run"]["ending"], "usage-error");
     EXPECT_EQ(RunProgram({RUNREPORT, "--html=" + Path("")}).status, 1);
     EXPECT_EQ(RunProgram({RUNREPORT, "--started=soon", "--summary"}).status, 2);
