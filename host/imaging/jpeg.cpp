@@ -10,7 +10,6 @@
 #include <turbojpeg.h>
 
 #include <algorithm>
-#include <cstring>
 #include <memory>
 #include <vector>
 
@@ -82,7 +81,8 @@ Result<Strip> EncodeStrip(const Nv12View& picture, int quality) {
                                     static_cast<int>(picture.height), TJSAMP_420, &file,
                                     &strip.size, quality, TJFLAG_ACCURATEDCT);
     strip.file.reset(file);
-    if (status != 0 || !FindParts(&strip)) return Failure{tjGetErrorStr2(encoder.get())};
+    if (status != 0) return Failure{tjGetErrorStr2(encoder.get())};
+    if (!FindParts(&strip)) return Failure{"libjpeg wrote a file without a scan"};
     return strip;
 }
 

@@ -163,13 +163,11 @@ void EnterChain(uint64_t chain, const std::shared_ptr<Waiter>& waiter) {
     table.chains[chain].push_back(waiter);
 }
 
-void LeaveChain(uint64_t chain) {
+void LeaveChain(uint64_t chain, Waiter* waiter) {
     ChainTable& table = TheChains();
-    std::shared_ptr<Waiter> waiter;
     {
         std::lock_guard<std::mutex> lock(table.mutex);
         auto entry = table.chains.find(chain);
-        waiter = std::move(entry->second.back());
         entry->second.pop_back();  // a chain has one running thread, so ends are in order
         if (entry->second.empty()) table.chains.erase(entry);
     }

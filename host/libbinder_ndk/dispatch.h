@@ -74,7 +74,7 @@ uint64_t NewChain();
 
 // Between the two, the waiter is the innermost one of the chain.
 void EnterChain(uint64_t chain, const std::shared_ptr<Waiter>& waiter);
-void LeaveChain(uint64_t chain);
+void LeaveChain(uint64_t chain, Waiter* waiter);
 
 // Runs a call on the innermost thread of this process that waits in the chain, else on the pool.
 // Chain 0: none.
@@ -86,6 +86,7 @@ struct CallContext {
     uid_t uid = 0;
     pid_t pid = 0;
     uint64_t chain = 0;  // 0: none (no call, or a oneway call)
+    int nesting = 0;     // incoming calls on the thread, this one included
 };
 
 // The current thread's.

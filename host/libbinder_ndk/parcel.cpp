@@ -84,8 +84,8 @@ size_t AParcel::DescriptorCount() const {
 binder_status_t AParcel::WriteObject(uint32_t type, AIBinder* binder, int fd) {
     const ParcelObject object{static_cast<uint32_t>(m_position), binder, fd};
     binder_status_t status = STATUS_INVALID_OPERATION;
-    // Indices into the tables are given when the parcel is sent.
     const uint32_t flags = type == kBinderNull ? hostbinder::kBinderNullFlags : 0;
+    // Indices into the tables are given when the parcel is sent.
     if (m_position == m_size) status = Write(ObjectRecord{type, flags, 0, 0});
     if (status == STATUS_OK && type != kBinderNull) {
         m_objects.push_back(object);

@@ -12,6 +12,9 @@ namespace hostbinder {
 
 namespace {
 
+// How deeply calls may nest on one thread: a peer that calls back without end would overflow its
+// stack.
+constexpr int kMaxNesting = 64;
 // Of one peer's calls until they have been served; any message fits alone. A call and a descriptor
 // count for more than their bytes, because they cost memory and a place in a small table.
 constexpr size_t kMaxWaitingBytes = 4 * 1024 * 1024;
@@ -86,7 +89,7 @@ binder_status_t Peer::Transact(uint64_t number, const AIBinder_Class* clazz,
             TakeWaiter(frame.header.id);
         }
         ResolveReferences(&reply);
-        LeaveChain(frame.header.chain);
+        LeaveChain(frame.header.chain, waiter.get());
     }
     trace.End(reply.status, *reply.parcel);
     if (reply.status != STATUS_OK) return PruneStatus(reply.status);
@@ -273,10 +276,15 @@ void Peer::Serve(IncomingCall* call) {
 binder_status_t Peer::RunMethod(IncomingCall* call, AParcel* out) {
     IncomingMessage& message = call->message;
     const uint64_t chain = IsOneway(message.header.flags) ? 0 : message.header.chain;
-    const CallContext outer = std::exchange(
-            TheCallContext(), CallContext{true, Credentials().uid, Credentials().pid, chain});
+    const CallContext outer = TheCallContext();
+    TheCallContext() = {true, Credentials().uid, Credentials().pid, chain, outer.nesting + 1};
     ResolveReferences(&message);
     binder_status_t status = message.status;
+    if (outer.nesting == kMaxNesting) {
+        BINDER_LOGE("call from %s refused: it is nested in %d others", PeerLabel().c_str(),
+                    kMaxNesting);
+        status = STATUS_FAILED_TRANSACTION;
+    }
     if (status == STATUS_OK) {
         status = call->target->Handle(message.header.code, message.parcel.get(), out);
     }

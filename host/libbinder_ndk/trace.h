@@ -17,7 +17,7 @@ class TracedCall {
     // Writes the first line. clazz may be null.
     TracedCall(Direction direction, const std::string& peer, const AIBinder_Class* clazz,
                transaction_code_t code, binder_flags_t flags, const AParcel& request);
-    // Writes the second line. A reply whose position stays where it is may carry a status.
+    // Writes the second line, with the status that the reply may carry; its position stays.
     void End(binder_status_t status, const AParcel& reply) const;
 
   private:

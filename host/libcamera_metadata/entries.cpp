@@ -55,7 +55,7 @@ int add_camera_metadata_entry(camera_metadata_t* dst, uint32_t tag, const void* 
         return kError;
     }
     if (dst == nullptr || dst->entryCount >= dst->entryCapacity) return kError;
-    // Of a block from outside, the capacity may be more than there is room for.
+    // The capacity that a block from outside states may exceed its room.
     const uint64_t used = dst->entriesStart + uint64_t{dst->entryCount} * sizeof(BufferEntry);
     if (used + sizeof(BufferEntry) > dst->dataStart) return kError;
     if (data == nullptr && dataCount > 0) return kError;

@@ -21,8 +21,8 @@ namespace {
     return false;
 }
 
-// What is refused, and what is let pass, is what a device refuses and lets pass: so the capacity of
-// entries counts as if each took one byte. What is used is checked to be inside the block.
+// Refuses what a device refuses, and accepts what it accepts: so each entry of the capacity counts
+// as one byte. What is in use is checked to be inside the block.
 
 bool CheckHeader(const camera_metadata& header) {
     const uint64_t dataEnd = uint64_t{header.dataStart} + header.dataCapacity;

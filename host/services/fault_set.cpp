@@ -14,7 +14,7 @@ base::Result<base::Done> FaultSet::Add(const std::string& text) {
     if (fault == m_known.end()) {
         return base::Failure{"unknown fault '" + name + "': 'help' lists them"};
     }
-    if (m_arguments.size() == m_most) return base::Failure{"only one --fault at a time"};
+    if (m_onlyOne && !m_arguments.empty()) return base::Failure{"only one --fault at a time"};
     int64_t argument = fault->defaultArgument;
     if (equals != std::string::npos) {
         if (fault->argument == nullptr) {

@@ -22,10 +22,10 @@ struct FaultName {
 class FaultSet {
   public:
     // `title`: the first line of the help; may be empty.
-    FaultSet(std::string title, std::vector<FaultName> known, size_t most = SIZE_MAX)
-        : m_title(std::move(title)), m_known(std::move(known)), m_most(most) {}
+    FaultSet(std::string title, std::vector<FaultName> known, bool onlyOne = false)
+        : m_title(std::move(title)), m_known(std::move(known)), m_onlyOne(onlyOne) {}
 
-    // Switches "NAME" or "NAME=ARG" on: each name once, and at most `most` of them.
+    // Switches "NAME" or "NAME=ARG" on: each name once, and no second one if only one may be.
     base::Result<base::Done> Add(const std::string& text);
 
     bool Has(const char* name) const { return m_arguments.count(name) != 0; }
@@ -38,7 +38,7 @@ class FaultSet {
   private:
     std::string m_title;
     std::vector<FaultName> m_known;
-    size_t m_most;
+    bool m_onlyOne;
     std::map<std::string, int64_t> m_arguments;
 };
 

@@ -1,5 +1,5 @@
-// Host only: what a number, an enum or a bool is that a method should return and did not set. On a
-// device it is what happens to be in memory, which must not look like an answer here.
+// Host only: the value of a returned number, enum or bool that the method did not set. A device
+// returns whatever is in memory there; here it must not look like an answer.
 #pragma once
 
 #include <cstdint>

@@ -68,7 +68,7 @@ services::FaultSet Allocator::Faults() {
              {"allocate-none", "an allocation succeeds but brings no buffer"},
              {"allocate-two", "an allocation brings two buffers, whatever was asked for"},
              {"bad-handle", "the integers of a new buffer's handle state twice its size"}},
-            1};
+            true};
 }
 
 ScopedAStatus Allocator::allocate(const std::vector<uint8_t>& descriptor, int32_t count,

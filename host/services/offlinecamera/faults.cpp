@@ -7,7 +7,6 @@
 
 #include <algorithm>
 #include <csignal>
-#include <cstdlib>
 #include <cstring>
 #include <mutex>
 #include <utility>
@@ -111,12 +110,6 @@ constexpr std::chrono::milliseconds kLookTime(500);
 constexpr uint32_t kSmallWidth = 320;
 constexpr uint32_t kSmallHeight = 240;
 
-[[noreturn]] void Die(const char* place) {
-    __android_log_print(ANDROID_LOG_WARN, kLogTag, "fault: dying %s", place);
-    raise(SIGKILL);
-    abort();  // not reached: that signal cannot be blocked
-}
-
 // Every callback with an empty list; a client answers with an error.
 void CallWithNothing(IOfflineCameraCallback& client) {
     const auto notify = client.notify({});
@@ -134,19 +127,23 @@ void CallWithNothing(IOfflineCameraCallback& client) {
 
 FaultInjector::FaultInjector() : FaultSet("", {std::begin(kNames), std::end(kNames)}) {}
 
+void FaultInjector::DieAt(const char* place, const char* fault) const {
+    if (!Has(fault)) return;
+    __android_log_print(ANDROID_LOG_WARN, kLogTag, "fault: dying %s", place);
+    raise(SIGKILL);
+}
+
 ndk::ScopedAStatus FaultInjector::AtCall(const char* operation, const char* die,
                                          const char* error) const {
-    if (Has(die)) Die(operation);
+    DieAt(operation, die);
     if (Has(error)) return Refuse(operation, kInternal, "fault switched on");
     return ndk::ScopedAStatus::ok();
 }
 
 void FaultInjector::BeforeFrame(const SessionClient& client, const Stream& stream,
                                 const StopSignal& stop) const {
-    if (Has("die-after-process")) {
-        stop.WaitFor(kAnswerTime);
-        Die("before the shutter");
-    }
+    if (Has("die-after-process")) stop.WaitFor(kAnswerTime);
+    DieAt("before the shutter", "die-after-process");
     if (Has("empty-callbacks")) CallWithNothing(*client.callback);
     if (Has("return-unknown")) {
         ReturnStreamBuffers(*client.callback, stream.id, {kForeignBufferId});

@@ -18,6 +18,8 @@ class FaultInjector : public services::FaultSet {
   public:
     FaultInjector();
 
+    // Kills the process if the fault is switched on; `place` is for the log.
+    void DieAt(const char* place, const char* fault) const;
     // In a call: kills the process if the fault `die` is switched on; with the fault `error` the
     // status, which is not OK, is the call's answer.
     ndk::ScopedAStatus AtCall(const char* operation, const char* die, const char* error) const;
@@ -37,7 +39,7 @@ class FaultInjector : public services::FaultSet {
     // In a call.
     void AwaitFences(const OfflineRequestInfo& info) const;
     void Leak(const char* fault) const;  // a descriptor, if the fault is switched on
-    // Whom a session of this client calls; `opened` right after it was opened.
+    // The client that a session of this client calls; `opened` if the session is new.
     SessionClient ClientOf(const SessionClient& client, bool opened) const;
 
   private:

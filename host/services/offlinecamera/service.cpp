@@ -18,8 +18,7 @@ OfflineCameraService::OfflineCameraService(::android::sp<ImportedBuffer::IMapper
       m_faults(std::make_shared<const FaultInjector>(std::move(faults))) {}
 
 ndk::ScopedAStatus OfflineCameraService::getSupportedOpModes(std::vector<int32_t>* modes) {
-    if (auto status = m_faults->AtCall("getSupportedOpModes", "die-on-modes", ""); !status.isOk())
-        return status;
+    m_faults->DieAt("getSupportedOpModes", "die-on-modes");
     modes->clear();
     for (OpMode mode : kSupportedOpModes) modes->push_back(static_cast<int32_t>(mode));
     return ndk::ScopedAStatus::ok();
@@ -52,8 +51,7 @@ ndk::ScopedAStatus OfflineCameraService::registerClient(
 }
 
 ndk::ScopedAStatus OfflineCameraService::unregisterClient(int32_t clientId) {
-    if (auto status = m_faults->AtCall("unregisterClient", "die-on-unregister", ""); !status.isOk())
-        return status;
+    m_faults->DieAt("unregisterClient", "die-on-unregister");
     const std::lock_guard<std::mutex> guard(m_lock);
     if (m_clients.erase({AIBinder_getCallingPid(), clientId}) == 0) {
         return Refuse("unregisterClient", kIllegalArgument,

@@ -14,7 +14,7 @@ using base::Failure;
 using base::Result;
 
 constexpr std::chrono::seconds kCloseWait(10);
-constexpr std::chrono::seconds kEarlyResultWait(30);
+constexpr std::chrono::seconds kIdleWait(30);
 
 constexpr char kConfigure[] = "configureOfflineStreams";
 constexpr char kProcess[] = "processOfflineRequest";
@@ -147,7 +147,7 @@ ndk::ScopedAStatus OfflineCameraSession::processOfflineRequest(
         if (m_faults->Has("short-queue") && m_worker.FramesInFlight().size() >= 2) checked.clear();
         m_worker.Enqueue(std::move(checked));
     }
-    if (m_faults->Has("early-result")) m_worker.WaitUntilIdle(kEarlyResultWait);
+    if (m_faults->Has("early-result")) m_worker.WaitUntilIdle(kIdleWait);
     return ndk::ScopedAStatus::ok();
 }
 
@@ -163,11 +163,10 @@ bool OfflineCameraSession::BeginEnd(const char* reason) {
 ndk::ScopedAStatus OfflineCameraSession::closeOfflineSession() {
     if (auto status = m_faults->AtCall(kClose, "", "close-error"); !status.isOk()) return status;
     if (m_faults->Has("close-nothing")) return ndk::ScopedAStatus::ok();
-    if (m_faults->Has("close-waits")) m_worker.WaitUntilIdle(kEarlyResultWait);
+    if (m_faults->Has("close-waits")) m_worker.WaitUntilIdle(kIdleWait);
     if (!BeginEnd("closed")) {
-        return m_faults->AtCall(kClose, "die-on-second-close", "").isOk()
-                       ? Refuse(kClose, kWrongState, kEndedText)
-                       : ndk::ScopedAStatus::ok();
+        m_faults->DieAt(kClose, "die-on-second-close");
+        return Refuse(kClose, kWrongState, kEndedText);
     }
     if (!m_worker.Stop(kCloseWait)) {
         LogProblem("session " + m_clientName + ": closed while its client was in a callback");
@@ -176,9 +175,11 @@ ndk::ScopedAStatus OfflineCameraSession::closeOfflineSession() {
 }
 
 void OfflineCameraSession::OnClientDied() {
-    if (!m_faults->AtCall("OnClientDied", "die-with-client", "").isOk()) return;
-    if (m_faults->Has("keep-dead")) new auto(ref<OfflineCameraSession>());
-    if (m_faults->Has("keep-dead")) return;
+    m_faults->DieAt("OnClientDied", "die-with-client");
+    if (m_faults->Has("keep-dead")) {
+        new auto(ref<OfflineCameraSession>());  // the last reference would end the session
+        return;
+    }
     if (BeginEnd("client died")) m_worker.Stop(std::chrono::seconds(0));
 }
 

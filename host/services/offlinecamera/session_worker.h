@@ -37,7 +37,7 @@ class SessionWorker {
     // Appends requests; after Stop they are dropped.
     void Enqueue(std::vector<Request> requests);
 
-    // Forgets what waits.
+    // Drops the requests that wait.
     void Drop();
 
     // Frame numbers of what is waiting or running.

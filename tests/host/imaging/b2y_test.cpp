@@ -6,7 +6,7 @@
 #include <imaging/multi_frame.h>
 
 #include <algorithm>
-#include <cstdlib>
+#include <cmath>
 #include <random>
 
 #include "frames.h"

@@ -1,5 +1,6 @@
 // Peers with a bug. A malformed message ends its own connection, a peer that speaks the wire format
-// well but floods or does not read is refused; others are served on, and nothing stays behind.
+// well but floods, nests or does not read is refused; others are served on, and nothing stays
+// behind.
 #include <gtest/gtest.h>
 #include <unistd.h>
 
@@ -23,6 +24,12 @@ std::string RequestStart() {
     AParcel parcel;
     hostbinder::WriteInterfaceHeader(&parcel, "test.IPeer");
     return {reinterpret_cast<const char*>(parcel.Data()), parcel.Size()};
+}
+
+// The arguments of kCall with a new object of the sender's, whose class the peer asks for.
+std::string ArgumentsOfCall() {
+    return BytesOf(ObjectRecord{hostbinder::kBinderHandle, 0, 0, 0}) +
+           BytesOf(int32_t{hostbinder::kStabilitySystem}) + BytesOf(int32_t{1});
 }
 
 class MisbehavingPeer : public testing::Test {
@@ -179,6 +186,19 @@ TEST_F(FloodingPeer, IsRefusedWhatNoLongerFits) {
     EXPECT_EQ(flood.Receive().status, STATUS_OK) << "there is room again";
 }
 
+TEST_F(MisbehavingPeer, WhoseCallsBackNestWithoutEndIsRefused) {
+    RawConnection nesting(m_socket, m_object);
+    FrameHeader answer{};
+    int depth = 0;
+    do {
+        nesting.Send(CallWithObjects(ArgumentsOfCall(), {0}, kMine));
+        answer = nesting.Receive();
+        ++depth;
+    } while (answer.kind == FrameKind::kCall && depth < 1000);
+    EXPECT_EQ(answer.status, STATUS_FAILED_TRANSACTION);
+    EXPECT_EQ(depth, 65);
+}
+
 TEST_F(MisbehavingPeer, ThatDoesNotReadOrAnswerLosesItsConnection) {
     const std::string large = RequestStart() + BytesOf(uint32_t{64 * 1024}) +
                               std::string(64 * 1024, '\0') + BytesOf(uint32_t{0});
@@ -189,11 +209,7 @@ TEST_F(MisbehavingPeer, ThatDoesNotReadOrAnswerLosesItsConnection) {
     RawConnection half(m_socket, m_object);
     half.Send(Call(1, kAdd, "12345678").substr(0, sizeof(FrameHeader) + 4));
     RawConnection silent(m_socket, m_object);
-    // A new object of the sender's, whose class the peer asks for.
-    silent.Send(CallWithObjects(BytesOf(ObjectRecord{hostbinder::kBinderHandle, 0, 0, 0}) +
-                                        BytesOf(int32_t{hostbinder::kStabilitySystem}) +
-                                        BytesOf(int32_t{1}),
-                                {0}, kMine));
+    silent.Send(CallWithObjects(ArgumentsOfCall(), {0}, kMine));
     EXPECT_EQ(silent.Receive().code, hostbinder::kDescriptorCode) << "never answered";
     for (RawConnection* connection : {&greeting, &half, &silent}) {
         EXPECT_TRUE(connection->IsClosed(20));

@@ -2,8 +2,8 @@
 // in camera_metadata_tags.def. A tag is (section << 16) + index within the section.
 #pragma once
 
-// Of each section: ANDROID_JPEG, its first tag ANDROID_JPEG_START, and behind its last one
-// ANDROID_JPEG_END.
+// Each section has three names, such as ANDROID_JPEG, ANDROID_JPEG_START for its first tag, and
+// ANDROID_JPEG_END for the number after its last tag.
 typedef enum camera_metadata_section {
 #define CAMERA_METADATA_SECTION(name, number, tags) ANDROID_##name = number,
 #define CAMERA_METADATA_TAG(name, number, type)

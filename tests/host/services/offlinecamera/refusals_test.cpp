@@ -1,5 +1,5 @@
-// In which words stream sets and requests are refused. That they are refused, and all that a
-// session does, is what offlineservicecheck looks at.
+// The words in which stream sets and requests are refused. offlineservicecheck tests that they are
+// refused, and all that a session does.
 #include <gmock/gmock.h>
 
 #include <functional>
