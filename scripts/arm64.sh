@@ -65,7 +65,7 @@ same() {
 
 # Each mode three times: everything native, the tool in the emulator, the service in the emulator.
 compare_runs() {
-    local emulator=(qemu-aarch64 -L "$sysroot") word planes name failed=0
+    local emulator=(qemu-aarch64 -L "$sysroot") word planes name run failed=0
     "$native/offlineframes" sources "$kept/sources" >/dev/null 2>&1
     printf '#!/bin/sh\nexport STANDIN_HAL_PATH="%s"\nexec %s "%s"\n' "$foreign/vendor/lib64/hw" \
         "${emulator[*]@Q}" "$foreign/bin/offlinecameraservice" >"$kept/service"
