@@ -7,28 +7,29 @@ source "$root/scripts/options.sh"
 
 say() { tell "" "$@"; }
 
-# lock FD FILE TEXT: takes a lock; says TEXT where another holds it, and refuses after an hour.
+# lock FD FILE OTHER TO_DO: takes a lock; says that it waits for OTHER TO_DO, and refuses after an
+# hour.
 lock() {
     { mkdir -p "$out" && : >>"$out/$2"; } 2>/dev/null ||
         refuse "cannot write in $out: clone the project to a place of your own"
     eval "exec $1>>\"\$out/$2\""
     flock -n "$1" && return
-    say "$3"
-    flock -w 3600 "$1" || refuse "$3: an hour is enough"
+    say "waits for $3 $4"
+    flock -w 3600 "$1" || refuse "$3 has been going on for an hour"
 }
 
 # One at a time: installs and builds of two calls would get in each other's way.
-lock_out() { lock 9 .lock "waits for another ./run or ./check to install and build"; }
+lock_out() { lock 9 .lock "another ./run or ./check" "to install and build"; }
 unlock_out() { exec 9>&-; }
 
 # One run at a time: logs, report, dumps and the frames of --source belong to it. Every process of a
 # run inherits the lock, so that the next one begins when the last of them has gone.
-lock_run() { lock 8 .running "waits for another ./run to end"; }
+lock_run() { lock 8 .running "another ./run" "to end"; }
 unlock_run() { exec 8>&-; }
 
 packages_known=/var/lib/dpkg/status # dpkg's list, a new file after each change
 
-# The names in the list that are marked for a command or for none, and that this machine lacks.
+# missing_packages COMMAND: those in the list, marked for it or for none, that this machine lacks.
 missing_packages() {
     local names
     mapfile -t names < <(awk -v command="$1" \

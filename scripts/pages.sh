@@ -20,7 +20,7 @@ compare_page() {
     fi
 }
 
-# Percent of its processors' time that the machine is busy with, for a second.
+# How busy the processors are during one second, in percent.
 busy() {
     local a b i total=0
     read -ra a </proc/stat

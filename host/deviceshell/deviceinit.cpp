@@ -17,7 +17,6 @@
 #include <limits.h>
 #include <poll.h>
 #include <signal.h>
-#include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
 #include <sys/signalfd.h>
@@ -83,10 +82,6 @@ std::string DescribeEnd(int waitStatus) {
     }
     const int number = WTERMSIG(waitStatus);
     return "was ended by signal " + std::to_string(number) + " (" + strsignal(number) + ")";
-}
-
-bool IsNoSetting(const std::string& word) {
-    return word.find('=') == std::string::npos;
 }
 
 class Device {
@@ -190,7 +185,7 @@ bool Device::StartPrograms() {
         m_next += argv.size() + 1;
         const pid_t pid = Start(argv, true);
         if (pid < 0) return false;
-        const std::string program = *std::find_if(argv.begin(), argv.end(), IsNoSetting);
+        const std::string program = *std::find_if_not(argv.begin(), argv.end(), IsSetting);
         m_running[pid] = program.substr(program.rfind('/') + 1);
         if (service.empty() && !Await({""})) return false;
         if (!service.empty()) services.push_back(service);

@@ -11,6 +11,9 @@ using Words = std::vector<std::string>;
 
 constexpr int kNoDevice = 125;  // status when the device did not come up
 
+// Whether the word is NAME=VALUE. A path is none, although a folder's name may have a '='.
+bool IsSetting(const std::string& word);
+
 // Becomes the program, looked for in PATH, after NAME=VALUE words for its environment; where that
 // fails it says so and ends with 127 or 126, as a shell does.
 [[noreturn]] void Become(Words words);

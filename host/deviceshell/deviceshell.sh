@@ -105,7 +105,8 @@ programs=("" "$bin/servicemanager" "")
 [[ -n "${given[--no-service]}" ]] ||
     programs+=(vendor.zel.hardware.camera.offlinecamera.IOfflineCameraService/default
         "${camera[@]}" "")
-for path in servicemanager graphicsallocator offlinecameraservice vexofflinecameratest-planes; do
+for path in servicemanager graphicsallocator offlinecameraservice \
+    ${given[--planes]:+vexofflinecameratest-planes}; do
     [[ -x "$bin/$path" ]] || refuse "$bin/$path: no such program; build it first"
 done
 
@@ -165,8 +166,8 @@ sandbox+=(--proc /proc --dev /dev --ro-bind "$bin" /vendor/bin
     --ro-bind-try "$bin/../vendor/lib64/hw" /vendor/lib64/hw --perms 0700 --tmpfs /binder)
 # A build in the host's /dev/shm or /run is hidden: its folder is mounted again, whole, because
 # programs need their libraries, too.
-for path in "$bin/" "${camera[@]}"; do
-    [[ "$path" =~ ^/(dev|run)/[^/]+ ]] && sandbox+=(--ro-bind "${BASH_REMATCH[0]}" "${BASH_REMATCH[0]}")
+for path in "$bin/deviceshell" "${camera[@]}"; do
+    [[ -f "$path" && "$path" =~ ^/(dev|run)/[^/]+ ]] && sandbox+=(--ro-bind "${BASH_REMATCH[0]}" "${BASH_REMATCH[0]}")
 done
 [[ -z "${given[--planes]}" ]] ||
     sandbox+=(--ro-bind "$bin/vexofflinecameratest-planes" /vendor/bin/vexofflinecameratest)

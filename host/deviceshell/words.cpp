@@ -1,4 +1,4 @@
-// Starting a program and complaining.
+// Starts a program, with settings for its environment; complains.
 #include <errno.h>
 #include <stdlib.h>
 #include <string.h>
@@ -9,8 +9,12 @@
 
 namespace deviceshell {
 
+bool IsSetting(const std::string& word) {
+    return word.find('=') < word.find('/');
+}
+
 void Become(Words words) {
-    while (words[0].find('=') != std::string::npos) {
+    while (IsSetting(words[0])) {
         putenv(strdup(words[0].c_str()));
         words.erase(words.begin());
     }

@@ -1,6 +1,7 @@
 // Dumps: file names, numbers of bytes, and that a buffer is freed whatever goes wrong.
 
 #include <csignal>
+#include <cstring>
 
 #include "tests/support/client_fixture.h"
 

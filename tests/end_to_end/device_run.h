@@ -57,10 +57,11 @@ MATCHER_P(InOrder, wanted, "has in order " + ::testing::PrintToString(wanted)) {
     auto next = arg.begin();
     for (const std::string& message : wanted) {
         next = std::find(next, arg.end(), message);
-        if (next++ == arg.end()) {
+        if (next == arg.end()) {
             *result_listener << "which lacks, at its place, \"" << message << "\"";
             return false;
         }
+        ++next;
     }
     return true;
 }

@@ -204,8 +204,9 @@ std::string Tables(const std::vector<Row>& rows) {
 int main(int count, char** words) {
     using namespace end_to_end;
     ::testing::InitGoogleTest(&count, words);
+    const Words faults = FaultNames();
     std::vector<Row> rows;
-    for (const Mode& mode : kModes) AddRows(mode, FaultNames(), &rows);
+    for (const Mode& mode : kModes) AddRows(mode, faults, &rows);
     RunAll(&rows);
     std::ofstream stream(count == 2 ? words[1] : "");
     stream << Tables(rows) << std::flush;

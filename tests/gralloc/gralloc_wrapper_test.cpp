@@ -4,8 +4,6 @@
 #include <gmock/gmock.h>
 #include <unistd.h>
 
-#include <map>
-
 #include "gralloc/offlinecameragrallocwrapper.h"
 #include "tests/host/libhidlbase/open_descriptors.h"
 #include "tests/support/log_capture.h"

@@ -3,7 +3,6 @@
 
 #include <android/hardware/graphics/mapper/IMapper.h>
 
-#include <cstddef>
 #include <cstdint>
 
 #ifdef LIBRARY_VERSION

@@ -45,7 +45,7 @@ class PlaneLayout : public ::testing::Test {
         TheDisplayMapper() = {{Plane({kY}, 3072)}, 0, {}};
     }
 
-    // The scan lines that the query leaves; -7 stands before it.
+    // The scan lines after the query, with -7 before it.
     int32_t Query(int format = 35) {
         int32_t scanlines = -7;
         record.GetPlaneLayout(static_cast<PixelFormat>(format), BufferUsage::CPU_READ_OFTEN, 4000,

@@ -5,7 +5,6 @@
 #include <gmock/gmock.h>
 
 #include <cstdlib>
-#include <cstring>
 #include <memory>
 #include <new>
 #include <string>

@@ -5,10 +5,8 @@
 #include <fcntl.h>
 #include <gralloctypes/Gralloc4.h>
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <cstdlib>
-#include <utility>
 
 #include "tests/support/log_capture.h"
 

@@ -59,7 +59,7 @@ class Subprocess {
     int m_input = -1;          // the pipe's end
     int m_ends[2] = {-1, -1};  // standard output (or the terminal) and standard error
     std::string m_texts[2];
-    size_t m_seen = 0;  // of standard output, by waitForNext()
+    size_t m_seen = 0;  // of standard output, by WaitForNext()
 };
 
 // Starts and finishes.

@@ -166,12 +166,12 @@ TEST_F(Deviceshell, CtrlCReachesTheCommandAtTheTerminalOnce) {
 // With settings and arguments. It is in the host's /dev, which the device's own hides but for
 // programs.
 TEST_F(Deviceshell, ReportsAServiceThatDoesNotStart) {
-    std::string folder = "/dev/shm/deviceshell-XXXXXX";
+    std::string folder = "/dev/shm/device=shell-XXXXXX";
     if (!mkdtemp(folder.data())) folder = m_folder;
-    AddProgram(folder + "/script-service", "echo cannot start $1 $WHY; exit 3");
-    const Finished run =
-            RunProgram({DEVICESHELL, "--service", "WHY=yet " + folder + "/script-service here",
-                        "--device-log", m_folder + "/device.log", "echo", "ran"});
+    AddProgram(folder + "/script-service", "echo cannot start $1 $WHY; : >$2 && exit 3");
+    const Finished run = RunProgram({DEVICESHELL, "--service",
+                                     "WHY=yet " + folder + "/script-service here /dev/null",
+                                     "--device-log", m_folder + "/device.log", "echo", "ran"});
     fs::remove_all(folder);
     EXPECT_EQ(run.status, 125);
     EXPECT_EQ(run.out, "");
