@@ -51,6 +51,11 @@ double RampPlace(const Place& place, int level) {
     return x * kWidth / place.visible.width;
 }
 
+// The first pixel whose middle is at `edge` or beyond.
+double FirstPixel(double edge) {
+    return std::ceil(edge - 0.5);
+}
+
 // A pixel of a panel.
 struct Spot {
     double u, v;   // its middle, in chart units
@@ -188,35 +193,26 @@ std::vector<Panel> Panels(const Place& place) {
     return panels;
 }
 
-uint32_t* RowOf(cairo_surface_t* surface, int y) {
-    unsigned char* const data = cairo_image_surface_get_data(surface);
-    const ptrdiff_t stride = cairo_image_surface_get_stride(surface);
-    return reinterpret_cast<uint32_t*>(data + y * stride);
-}
-
-// Paints a panel. The pen's matrix turns chart units into pixels.
-void Paint(cairo_t* pen, const Panel& panel) {
+// Paints a panel on a pen's pixels. The pen's matrix turns chart units into pixels.
+void Paint(cairo_t* pen, PictureSize size, uint32_t* pixels, const Panel& panel) {
     cairo_matrix_t m;
     cairo_get_matrix(pen, &m);
-    const auto first = [](double edge, int end) {
-        return static_cast<int>(std::clamp(std::ceil(edge - 0.5), 0.0, double(end)));
+    const auto first = [](double edge, uint32_t end) {
+        return static_cast<uint32_t>(std::clamp(FirstPixel(edge), 0.0, double(end)));
     };
-    cairo_surface_t* const surface = cairo_get_target(pen);
-    cairo_surface_flush(surface);
-    const int width = cairo_image_surface_get_width(surface);
-    const int height = cairo_image_surface_get_height(surface);
-    const int right = first(m.x0 + panel.box.right * m.xx, width);
-    const int bottom = first(m.y0 + panel.box.bottom * m.yy, height);
-    for (int y = first(m.y0 + panel.box.top * m.yy, height); y < bottom; ++y) {
-        uint32_t* const row = RowOf(surface, y);
-        for (int x = first(m.x0 + panel.box.left * m.xx, width); x < right; ++x) {
+    const uint32_t left = first(m.x0 + panel.box.left * m.xx, size.width);
+    const uint32_t right = first(m.x0 + panel.box.right * m.xx, size.width);
+    const uint32_t bottom = first(m.y0 + panel.box.bottom * m.yy, size.height);
+    cairo_surface_flush(cairo_get_target(pen));
+    for (uint32_t y = first(m.y0 + panel.box.top * m.yy, size.height); y < bottom; ++y) {
+        for (uint32_t x = left; x < right; ++x) {
             const auto [r, g, b] = panel.colourAt(
-                    {(x + 0.5 - m.x0) / m.xx, (y + 0.5 - m.y0) / m.yy, x - static_cast<int>(m.x0),
-                     y - static_cast<int>(m.y0), std::min(m.xx, m.yy)});
-            row[x] = uint32_t{r} << 16 | uint32_t{g} << 8 | b;
+                    {(x + 0.5 - m.x0) / m.xx, (y + 0.5 - m.y0) / m.yy, static_cast<int>(x - m.x0),
+                     static_cast<int>(y - m.y0), std::min(m.xx, m.yy)});
+            pixels[size_t{y} * size.width + x] = uint32_t{r} << 16 | uint32_t{g} << 8 | b;
         }
     }
-    cairo_surface_mark_dirty(surface);
+    cairo_surface_mark_dirty(cairo_get_target(pen));
 }
 
 void SetColour(cairo_t* pen, Colour colour) {
@@ -230,13 +226,6 @@ void DrawRoundedBox(cairo_t* pen, const Box& box, double radius, Colour colour) 
     cairo_arc(pen, box.left + radius, box.bottom - radius, radius, kPi / 2, kPi);
     cairo_arc(pen, box.left + radius, box.top + radius, radius, kPi, 1.5 * kPi);
     cairo_fill(pen);
-}
-
-// The dark grounds of three panels.
-void DrawGrounds(cairo_t* pen) {
-    DrawRoundedBox(pen, {105, 395, 1230, 2070}, 24, kDark);
-    DrawRoundedBox(pen, {1280, 395, 2720, 2070}, 24, kDark);
-    DrawRoundedBox(pen, {2770, 395, 3895, 2070}, 24, kDark);
 }
 
 // What points up, the rings around the star, the corners with their dots.
@@ -268,49 +257,50 @@ void DrawShapes(cairo_t* pen) {
     }
 }
 
-enum class Align { kLeft, kMiddle, kRight };
+// Parts of a text's width.
+constexpr double kLeft = 0, kMiddle = 0.5, kRight = 1;
 
-// Text whose capitals are `height` units high and start at `v`; `u` is where it is aligned to.
+// Text whose capitals are `height` units high and start at `v`; `u` is that part of its width.
 struct Text {
     double u, v, height;
     std::string words;
     Colour colour;
-    Align align;
+    double align;
 };
 
 std::vector<Text> Texts(const Place& place) {
     const auto [width, height] = place.visible;
     const std::string size = std::to_string(width) + " X " + std::to_string(height);
     std::vector<Text> texts = {
-            {kWidth / 2, 222, 110, "TOP", kInk, Align::kMiddle},
-            {330, 130, 90, "OFFLINE FRAMES", kInk, Align::kLeft},
-            {330, 262, 48, "TEST CHART", kQuiet, Align::kLeft},
-            {3670, 130, 90, size, kInk, Align::kRight},
-            {3670, 262, 48, "RULER 40 X 30 TEETH", kQuiet, Align::kRight},
-            {2000, 455, 40, "CIRCLES ROUND - SPOKES STRAIGHT", kQuiet, Align::kMiddle},
-            {2000, 1970, 40, "FINEST DETAIL 5 PX PER PERIOD", kQuiet, Align::kMiddle},
-            {2805, 1988.6, 24, "A MOSAIC TURNS 3 PX AND 2 PX BARS COLOURED", kQuiet, Align::kLeft},
-            {90, kRampTop - 52, 22, "RAW", kQuiet, Align::kLeft},
+            {kWidth / 2, 222, 110, "TOP", kInk, kMiddle},
+            {330, 130, 90, "OFFLINE FRAMES", kInk, kLeft},
+            {330, 262, 48, "TEST CHART", kQuiet, kLeft},
+            {3670, 130, 90, size, kInk, kRight},
+            {3670, 262, 48, "RULER 40 X 30 TEETH", kQuiet, kRight},
+            {2000, 455, 40, "CIRCLES ROUND - SPOKES STRAIGHT", kQuiet, kMiddle},
+            {2000, 1970, 40, "FINEST DETAIL 5 PX PER PERIOD", kQuiet, kMiddle},
+            {2805, 1988.6, 24, "A MOSAIC TURNS 3 PX AND 2 PX BARS COLOURED", kQuiet, kLeft},
+            {90, kRampTop - 52, 22, "RAW", kQuiet, kLeft},
     };
     double v = 1725;
     for (const int small : {48, 36, 28, 20, 14}) {
         const std::string words = "SHARP 0123456789 " + std::to_string(small);
-        texts.push_back({2805, v, double(small), words, kInk, Align::kLeft});
+        texts.push_back({2805, v, double(small), words, kInk, kLeft});
         v += small * 1.6;
     }
     double u = 2795 + 97.5;
     for (const char* const pixels : {"8", "6", "4", "3", "2"}) {
-        texts.push_back({u, 985, 36, std::string(pixels) + " PX", kInk, Align::kMiddle});
+        texts.push_back({u, 985, 36, std::string(pixels) + " PX", kInk, kMiddle});
         u += 220;
     }
     for (int step = 0; step < 17; ++step) {
         const int value = std::min(step * 16, 255);
         texts.push_back({240 + step * 220.0, 2163, 34, std::to_string(value),
-                         Grey(value < 128 ? 255 : 0), Align::kMiddle});
+                         Grey(value < 128 ? 255 : 0), kMiddle});
     }
     for (int level = 64; level < 1024; level += 64) {
         texts.push_back({RampPlace(place, level), kRampTop - 52, 22, std::to_string(level), kQuiet,
-                         Align::kMiddle});
+                         kMiddle});
     }
     return texts;
 }
@@ -324,7 +314,7 @@ void DrawText(cairo_t* pen, const Text& text) {
     cairo_text_extents_t extents;
     cairo_text_extents(pen, text.words.c_str(), &extents);
     SetColour(pen, text.colour);
-    const double before = extents.width * static_cast<int>(text.align) / 2;
+    const double before = extents.width * text.align;
     cairo_move_to(pen, text.u - before - extents.x_bearing, text.v + text.height);
     cairo_show_text(pen, text.words.c_str());
     cairo_new_path(pen);  // text leaves a current point
@@ -332,40 +322,40 @@ void DrawText(cairo_t* pen, const Text& text) {
 
 // Draws the chart whose visible part begins at (left, top) of a picture of `size`.
 Picture Draw(const Place& place, PictureSize size, uint32_t left, uint32_t top) {
-    cairo_surface_t* const surface = cairo_image_surface_create(
-            CAIRO_FORMAT_RGB24, static_cast<int>(size.width), static_cast<int>(size.height));
+    std::vector<uint32_t> pixels(size_t{size.width} * size.height);
+    cairo_surface_t* const surface = cairo_image_surface_create_for_data(
+            reinterpret_cast<uint8_t*>(pixels.data()), CAIRO_FORMAT_RGB24,
+            static_cast<int>(size.width), static_cast<int>(size.height),
+            static_cast<int>(size.width * sizeof(uint32_t)));
     cairo_t* const pen = cairo_create(surface);
     cairo_translate(pen, left, top);
     cairo_scale(pen, place.visible.width / kWidth, place.visible.height / kHeight);
     // Cairo's built-in font: the same on every machine.
     cairo_select_font_face(pen, "@cairo:mono", CAIRO_FONT_SLANT_NORMAL, CAIRO_FONT_WEIGHT_BOLD);
-    Paint(pen, {{-kWidth, -kHeight, 2 * kWidth, 2 * kHeight}, Background});
-    DrawGrounds(pen);
-    for (const Panel& panel : Panels(place)) Paint(pen, panel);
+    const auto paint = [&](const Panel& panel) { Paint(pen, size, pixels.data(), panel); };
+    paint({{-kWidth, -kHeight, 2 * kWidth, 2 * kHeight}, Background});
+    for (const auto& [from, to] : {std::pair(105.0, 1230.0), {1280, 2720}, {2770, 3895}}) {
+        DrawRoundedBox(pen, {from, 395, to, 2070}, 24, kDark);
+    }
+    for (const Panel& panel : Panels(place)) paint(panel);
     DrawShapes(pen);
     for (const Text& text : Texts(place)) DrawText(pen, text);
     cairo_destroy(pen);
-    cairo_surface_flush(surface);
+    cairo_surface_destroy(surface);
     Picture picture(size);
     uint8_t* to = picture.rgb.data();
-    for (uint32_t y = 0; y < size.height; ++y) {
-        const uint32_t* const row = RowOf(surface, static_cast<int>(y));
-        for (uint32_t x = 0; x < size.width; ++x) {
-            for (int shift = 16; shift >= 0; shift -= 8) *to++ = uint8_t(row[x] >> shift);
-        }
+    for (const uint32_t pixel : pixels) {
+        for (int shift = 16; shift >= 0; shift -= 8) *to++ = uint8_t(pixel >> shift);
     }
-    cairo_surface_destroy(surface);
     return picture;
 }
 
 }  // namespace
 
 RampRows RampOf(PictureSize sensor) {
-    // The rows whose middles are in the ramp's box, as they are painted.
     const Place place = OnSensor(sensor);
     const auto row = [&](double v) {
-        return static_cast<uint32_t>(
-                std::ceil(place.Top() + v * place.visible.height / kHeight - 0.5));
+        return static_cast<uint32_t>(FirstPixel(place.Top() + v * place.visible.height / kHeight));
     };
     return {row(kRampTop), row(kRampBottom)};
 }

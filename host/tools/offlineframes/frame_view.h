@@ -1,12 +1,26 @@
 // Any dump, source file or picture as a picture: finds out what the file is and checks its size.
 #pragma once
 
+#include <imaging/planes.h>
+
 #include <optional>
 #include <string>
 
 #include "frame_geometry.h"
 
 namespace offlineframes {
+
+// A frame as NV12.
+struct Nv12Frame {
+    Bytes bytes;
+    FrameGeometry geometry;
+
+    imaging::Nv12View View() const;
+};
+
+// The frame that a file holds, whose geometry has passed FrameBytes(). A RAW10 mosaic is developed
+// by the reference camera's own pipeline, not cropped.
+Nv12Frame AsNv12(Bytes file, const FrameGeometry& geometry);
 
 struct ViewRequest {
     std::optional<FrameFormat> format;  // what the file holds, whatever its name says

@@ -132,36 +132,35 @@ Result<std::string> Pack(const Words& words, const Given& given) {
     if (!bytes.Ok()) return Failure{bytes.Error(), true};
     const Result<Done> writable = CheckOutput(words, given, false);
     if (!writable.Ok()) return writable.GetFailure();
-    std::optional<Picture> photo;
-    if (words[0] != "chart") {
-        Result<Picture> read = ReadPicture(words[0]);
-        if (!read.Ok()) return read.GetFailure();
-        photo = std::move(read).Value();
+    const Noise noise = {given.sigma, given.seed.value_or(1)};
+    Bytes frame;
+    if (words[0] == "chart") {
+        frame = MakeFrame(nullptr, geometry, noise);
+    } else {
+        const Result<Picture> photo = ReadPicture(words[0]);
+        if (!photo.Ok()) return photo.GetFailure();
+        frame = MakeFrame(&photo.Value(), geometry, noise);
     }
     return Save(
-            words[1], MakeFrame(photo, geometry, {given.sigma, given.seed.value_or(1)}),
+            words[1], frame,
             words[1] + ": " + Describe(geometry) + ", " + std::to_string(bytes.Value()) + " bytes");
 }
 
 Result<std::string> Sources(const Words& words, const Given& given) {
-    if (given.from.empty()) return MakeSources(words[0], std::nullopt);
+    if (given.from.empty()) return MakeSources(words[0], nullptr);
     const Result<Picture> read = ReadPicture(given.from);
     if (!read.Ok()) return read.GetFailure();
     const Picture& photo = read.Value();
-    const Result<std::string> made = MakeSources(words[0], photo);
+    const Result<std::string> made = MakeSources(words[0], &photo);
     if (!made.Ok()) return made;
     const PictureSize sensor = DefaultSize(FrameFormat::kRaw10);
     const double scale = CoveringScale(photo, sensor);
+    const int decimals = std::clamp(2 - static_cast<int>(std::floor(std::log10(scale))), 0, 3);
     char fit[160];
     snprintf(
             fit, sizeof(fit),
             ": %u x %u as seen upright, scaled by %.*f to cover %u x %u, the overhang cut evenly\n",
-            photo.width, photo.height,
-            scale < 1     ? 3
-            : scale < 10  ? 2
-            : scale < 100 ? 1
-                          : 0,
-            scale, sensor.width, sensor.height);
+            photo.width, photo.height, decimals, scale, sensor.width, sensor.height);
     return given.from + fit + made.Value();
 }
 

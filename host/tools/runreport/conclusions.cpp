@@ -44,6 +44,10 @@ int64_t EndOf(const Call& call) {
     return call.startUs + call.durationUs;
 }
 
+bool IsAfterExit(const Report& report, int64_t timeUs) {
+    return report.facts.exitUs && timeUs > *report.facts.exitUs;
+}
+
 // Of the vendor's and the platform's interfaces; others are the binder library's own.
 bool IsOfService(const Call& call) {
     return call.interface.find("IServiceManager") == std::string::npos && call.method[0] != '(';
@@ -60,12 +64,20 @@ bool IsOf(const Call& call, const Line& death) {
     return call.peer.substr(call.peer.find('/') + 1) == program.substr(0, kCommBytes);
 }
 
+// The first line that passes the test; null when none does.
+template <class Test>
+const Line* FindLine(const Report& report, Test test) {
+    const auto found = std::find_if(report.log.begin(), report.log.end(), test);
+    return found == report.log.end() ? nullptr : &*found;
+}
+
+const Line* FindText(const Report& report, const std::string& text) {
+    return FindLine(report, [&](const Line& line) { return line.message.find(text) != text.npos; });
+}
+
 // The end of the process at the other end of the call.
 const Line* DeathOf(const Report& report, const Call& call) {
-    const auto found = std::find_if(report.log.begin(), report.log.end(), [&](const Line& line) {
-        return IsDeath(line) && IsOf(call, line);
-    });
-    return found == report.log.end() ? nullptr : &*found;
+    return FindLine(report, [&](const Line& line) { return IsDeath(line) && IsOf(call, line); });
 }
 
 // The last line before the death of that process, or of a program that printed it.
@@ -94,16 +106,14 @@ void ConcludeDeath(const Report& report, const Line& death, Problem* problem) {
         }
         if (IsOfService(call) && call.status == "OK") last = &call;
     }
-    const bool late =
-            problem->cause.empty() && report.facts.exitUs && death.timeUs > *report.facts.exitUs;
-    if (late) {
+    problem->isRoot = !problem->cause.empty() || !IsAfterExit(report, death.timeUs);
+    if (!problem->isRoot) {
         problem->cause = "Its end was noticed when the tool's work was done.";
     } else if (problem->cause.empty()) {
-        problem->cause = "It ended between the tool's calls";
-        if (last) problem->cause += "; the last one that it answered is " + Code(last->method);
-        problem->cause += ".";
+        problem->cause = "It ended between the tool's calls" +
+                         (last ? "; the last one that it answered is " + Code(last->method) : "") +
+                         ".";
     }
-    problem->isRoot = !late;
     problem->cause += LastWords(report, death);
 }
 
@@ -202,12 +212,7 @@ class Conclusions {
   private:
     void Add(const char* severity, const std::string& text, int64_t timeUs,
              const std::string& cause) {
-        Problem problem;
-        problem.severity = severity;
-        problem.text = text;
-        problem.timeUs = timeUs;
-        problem.cause = cause;
-        m_problems.push_back(problem);
+        m_problems.push_back({severity, text, timeUs, cause});
     }
 
     void AddCall(const Call& call) {
@@ -270,36 +275,30 @@ class Conclusions {
     // Seen only where a program shows the number.
     void AddUnsetReturn() {
         const std::string unset = std::to_string(host::kUnsetReturn);
-        for (const Line& line : m_report.log) {
-            if (line.message.find(unset) == std::string::npos) continue;
-            Add("error", "An unset return value was taken for an answer", line.timeUs,
-                "It is the " + unset + " in the line " + Code(line.message) + ".");
-            return;
-        }
+        const Line* const line = FindText(m_report, unset);
+        if (!line) return;
+        Add("error", "An unset return value was taken for an answer", line->timeUs,
+            "It is the " + unset + " in the line " + Code(line->message) + ".");
     }
 
     void AddDump(const runlog::Dump& meant) {
-        const std::string trailer = std::to_string(meant.trailerBytes.value_or(0));
-        const uint64_t fileBytes = m_report.dumps.empty() ? 0 : m_report.dumps[0].bytes;
-        if (fileBytes < meant.bytes) {
+        const std::string trailer = " The blob's trailer says " +
+                                    std::to_string(meant.trailerBytes.value_or(0)) + " bytes";
+        const Frame file = m_report.dumps.empty() ? Frame() : m_report.dumps[0];
+        const std::string size = std::to_string(file.bytes);
+        if (file.bytes < meant.bytes) {
             Add("error", "The dump was cut short", meant.timeUs,
                 "The tool set out to write " + std::to_string(meant.bytes) + " bytes, and " +
-                        (fileBytes == 0 ? "no file has any"
-                                        : "the file has " + std::to_string(fileBytes)) +
-                        "." +
-                        (meant.trailerBytes ? " The blob's trailer says " + trailer + " bytes."
-                                            : ""));
+                        (file.bytes == 0 ? "no file has any" : "the file has " + size) + "." +
+                        (meant.trailerBytes ? trailer + "." : ""));
         }
-        const uint64_t jpegBytes = m_report.dumps.empty() ? 0 : m_report.dumps[0].pictureBytes;
-        if (jpegBytes == 0 || jpegBytes == fileBytes) return;
+        if (file.pictureBytes == 0 || file.pictureBytes == file.bytes) return;
+        const std::string tool = "; for less than " + std::to_string(kMinJpegBytes) +
+                                 " the tool writes width × height × 4";
         const bool small = meant.trailerBytes.value_or(0) < kMinJpegBytes;
         Add("warning", "The picture is only the beginning of the file", meant.timeUs,
-            "The JPEG is the first " + std::to_string(jpegBytes) + " of the file's " +
-                    std::to_string(fileBytes) + " bytes. The blob's trailer says " + trailer +
-                    " bytes" +
-                    (small ? "; for less than " + std::to_string(kMinJpegBytes) +
-                                     " the tool writes width × height × 4."
-                           : "."));
+            "The JPEG is the first " + std::to_string(file.pictureBytes) + " of the file's " +
+                    size + " bytes." + trailer + (small ? tool : "") + ".");
     }
 
     void AddUnreadSources() {
@@ -323,7 +322,7 @@ std::vector<Problem> FindConclusions(const Report& report) {
     return Conclusions(report).All();
 }
 
-bool ConcludeLine(const Report& report, const Line& line, Problem* problem) {
+bool RepeatsAnswer(const Report& report, const Line& line) {
     const std::string& text = line.message;
     for (const Call& call : report.calls) {
         const size_t at = call.answer.find(": ");
@@ -331,12 +330,17 @@ bool ConcludeLine(const Report& report, const Line& line, Problem* problem) {
         const std::string reason = call.answer.substr(at + 2);
         const bool inCall = call.startUs <= line.timeUs && line.timeUs <= EndOf(call);
         const size_t begin = text.size() - std::min(reason.size(), text.size());
-        if (inCall && text.substr(begin) == reason) return false;
+        if (inCall && text.substr(begin) == reason) return true;
     }
+    return false;
+}
+
+void ConcludeLine(const Report& report, const Line& line, Problem* problem) {
+    const std::string& text = line.message;
     if (IsDeath(line)) ConcludeDeath(report, line, problem);
     const Call* const call =
             line.fromServices ? nullptr : CallBefore(report, line.tid, line.timeUs);
-    if (!call) return true;
+    if (!call) return;
     if (text.rfind("getService is NULL", 0) == 0 && call->Succeeded()) {
         const bool found = call->method == "(descriptor)";
         problem->cause = found ? "A service is registered by that name, in process " + call->peer +
@@ -354,13 +358,12 @@ bool ConcludeLine(const Report& report, const Line& line, Problem* problem) {
                          ".";
         problem->cure = "As for that call.";
     }
-    return true;
 }
 
 std::string CauseOfSignal(const Report& report) {
     for (const Call& call : report.calls) {
         if (!call.status.empty()) continue;
-        const bool late = report.facts.exitUs && call.startUs > *report.facts.exitUs;
+        const bool late = IsAfterExit(report, call.startUs);
         return (call.incoming ? "It came while the tool served the service's call "
                               : "It came while the tool waited for an answer to its call ") +
                Code(call.method) + (late ? ", after the tool's work was done." : ".");
@@ -369,18 +372,14 @@ std::string CauseOfSignal(const Report& report) {
     if (phase == "shutter" || phase == "result")
         return "It came while the tool waited for the " + phase + ".";
     if (report.run.SignalName() != "SIGSEGV") return "";
-    const auto logged = [&](const char* message) {
-        return std::any_of(report.log.begin(), report.log.end(), [&](const Line& line) {
-            return line.message.find(message) != std::string::npos;
-        });
-    };
-    if (logged("getService is NULL") && (phase == "open" || phase == "register")) {
+    if (FindText(report, "getService is NULL") && (phase == "open" || phase == "register")) {
         return "The tool called the service that it had not found.";
     }
     if (!report.facts.sessionOpened && phase == "configure") {
         return "The tool configured streams on the session that it did not get.";
     }
-    if (logged("zelAllocator getService failed") && (phase == "fill" || phase == "allocate")) {
+    if (FindText(report, "zelAllocator getService failed") &&
+        (phase == "fill" || phase == "allocate")) {
         return "The tool asked the allocator that it had not found for a buffer.";
     }
     return "";

@@ -86,9 +86,8 @@ Result<Options> ReadOptions(const std::vector<std::string>& words, std::string* 
     return options;
 }
 
-// A sentence on standard error when it fails. An empty path is an output that was not asked for.
+// A sentence on standard error when it fails.
 bool Write(const std::string& path, const std::string& text) {
-    if (path.empty()) return true;
     std::ofstream file(path, std::ios::binary);
     file << text;
     file.close();
@@ -108,14 +107,12 @@ int main(int argc, char** argv) {
     const Options& options = read.Value();
     if (options.help) return fputs(help.c_str(), stdout) < 0;
     if (options.followWaits) runreport::FollowWaits(options.inputs);
-    bool written = true;
-    if (!options.htmlFile.empty() || !options.jsonFile.empty()) {
-        const runreport::Report report =
-                runreport::MakeReport(options.inputs, runreport::Pictures::kReduced);
-        const bool jsonWritten = Write(options.jsonFile, runreport::ReportJson(report));
-        written = Write(options.htmlFile, runreport::ReportPage(report)) && jsonWritten;
-    }
-    const bool succeeded = !options.summary || runreport::PrintSummary(options.inputs);
-    const bool alone = options.htmlFile.empty() && options.jsonFile.empty();
-    return written && (succeeded || !alone) ? 0 : 1;
+    const std::string &html = options.htmlFile, &json = options.jsonFile;
+    const bool writes = !html.empty() || !json.empty();
+    const runreport::Report report = runreport::MakeReport(
+            options.inputs, writes ? runreport::Pictures::kReduced : runreport::Pictures::kNone);
+    const bool jsonWritten = json.empty() || Write(json, runreport::ReportJson(report));
+    const bool htmlWritten = html.empty() || Write(html, runreport::ReportPage(report));
+    const bool succeeded = !options.summary || runreport::PrintSummary(report);
+    return jsonWritten && htmlWritten && (succeeded || writes) ? 0 : 1;
 }

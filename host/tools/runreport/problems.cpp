@@ -33,12 +33,13 @@ void Explain(const Explanation* explanation, Problem* problem) {
 void AddErrorLines(const Report& report, std::vector<Problem>* problems) {
     for (const runlog::Error& error : runlog::DifferentErrors(report.log)) {
         if (problems->size() == kMaxErrorLines) return;
+        if (RepeatsAnswer(report, error.line)) continue;
         Problem problem;
         problem.text = error.line.message;
         problem.timeUs = error.line.timeUs;
         problem.count = error.count;
         problem.logged = true;
-        if (!ConcludeLine(report, error.line, &problem)) continue;
+        ConcludeLine(report, error.line, &problem);
         Explain(explanations::Explain(problem.text), &problem);
         problems->push_back(problem);
     }

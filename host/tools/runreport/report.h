@@ -35,10 +35,10 @@ struct Run {
 struct Problem {
     std::string severity = "error";  // or "warning"
     std::string text;
-    std::string cause;  // `words` in backticks are code
-    std::string cure;   // as cause
-    std::string phase;  // in which it came first
     int64_t timeUs = 0;
+    std::string cause = "";  // `words` in backticks are code
+    std::string cure = "";   // as cause
+    std::string phase = "";  // in which it came first
     uint64_t count = 1;
     bool logged = false;     // `text` is the message of a line of the log
     bool concluded = false;  // `cause` is what this run's own log and trace tell
@@ -102,7 +102,7 @@ std::string ReportPage(const Report& report);
 
 // What ./run says about a run on standard error: its signal, what went wrong first, what else is
 // not as it seems. Whether the run succeeded.
-bool PrintSummary(const Inputs& inputs);
+bool PrintSummary(const Report& report);
 
 // At a terminal shows which wait the tool is in, once a second, until this process is killed or its
 // parent ends. A log that is older than the run's start does not count.

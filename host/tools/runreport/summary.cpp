@@ -43,8 +43,7 @@ std::string CurrentWait(const Inputs& inputs) {
 
 }  // namespace
 
-bool PrintSummary(const Inputs& inputs) {
-    const Report report = MakeReport(inputs, Pictures::kNone);
+bool PrintSummary(const Report& report) {
     if (report.log.empty()) return true;  // what stopped the tool has been said
     const Run& run = report.run;
     const auto isError = [](const Problem& problem) { return problem.severity == "error"; };

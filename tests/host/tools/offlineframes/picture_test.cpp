@@ -65,7 +65,7 @@ TEST(Jpeg, OfInksIsRead) {
     ASSERT_EQ(
             tjCompress2(encoder, inks.data(), 2, 0, 1, TJPF_CMYK, &file, &size, TJSAMP_444, 100, 0),
             0);
-    const Picture read = ValueOf(DecodeJpeg(Bytes(file, file + size), "x")).picture;
+    const Picture read = ValueOf(DecodePicture(Bytes(file, file + size), "x")).picture;
     tjFree(file);
     tjDestroy(encoder);
     Picture expected({2, 1});
@@ -86,10 +86,10 @@ TEST(Jpeg, EndsAtItsEndMarkerWhateverFollows) {
     const Bytes clean = JpegBytes(GradientPicture(64, 48), 0);
     Bytes twice = clean;
     twice.insert(twice.end(), clean.begin(), clean.end());
-    const JpegPicture read = ValueOf(DecodeJpeg(twice, "x"));
+    const StoredPicture read = ValueOf(DecodePicture(twice, "x"));
     EXPECT_EQ(read.jpegBytes, clean.size());
-    EXPECT_EQ(read.picture.rgb, ValueOf(DecodeJpeg(clean, "x")).picture.rgb);
-    const JpegPicture reduced = ValueOf(DecodeJpeg(clean, "x", 20));
+    EXPECT_EQ(read.picture.rgb, ValueOf(DecodePicture(clean, "x")).picture.rgb);
+    const StoredPicture reduced = ValueOf(DecodePicture(clean, "x", 20));
     EXPECT_EQ(reduced.picture.width, 24u);  // three eighths
     EXPECT_EQ(reduced.fullSize.width, 64u);
 }
