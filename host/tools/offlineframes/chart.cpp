@@ -7,7 +7,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <functional>
 #include <string>
 
 namespace offlineframes {
@@ -45,12 +44,6 @@ Place OnSensor(PictureSize sensor) {
              std::max(2u, Even(sensor.height * 250.0 / 256))}};
 }
 
-// Where a raw level is on the ramp, in chart units.
-double RampPlace(const Place& place, int level) {
-    const double x = double(level) * place.sensor.width / 1024 - place.Left();
-    return x * kWidth / place.visible.width;
-}
-
 // The first pixel whose middle is at `edge` or beyond.
 double FirstPixel(double edge) {
     return std::ceil(edge - 0.5);
@@ -61,12 +54,6 @@ struct Spot {
     double u, v;   // its middle, in chart units
     int x, y;      // counted from the corner of the visible chart
     double scale;  // pixels per chart unit, the smaller of the two directions
-};
-
-// Every pixel whose middle is in the box has this colour, not blended with what is around it.
-struct Panel {
-    Box box;
-    std::function<Colour(const Spot&)> colourAt;
 };
 
 uint8_t ToByte(double value) {
@@ -147,72 +134,41 @@ Colour ColourRamps(const Spot& at) {
     return {channel(0), channel(1), channel(2)};
 }
 
-std::vector<Panel> Panels(const Place& place) {
-    const auto across = [](const Spot& at) { return std::fmod(at.u, 200) < 100 ? kInk : kDark; };
-    const auto down = [](const Spot& at) { return std::fmod(at.v, 200) < 100 ? kInk : kDark; };
-    const auto rawRamp = [place](const Spot& at) {
-        const uint32_t width = place.sensor.width;
-        const uint32_t x = std::min(static_cast<uint32_t>(at.x) + place.Left(), width - 1);
-        const int level = RampLevel(x, width);
-        return Grey(
-                imaging::ToneFromLinear(imaging::LinearFromRaw(level, imaging::Channel::kGreen)));
-    };
-    std::vector<Panel> panels = {{{1400, 632, 2600, 1832}, Star},
-                                 {{2795, 420, 3320, 945}, ZonePlate},
-                                 {{3345, 420, 3870, 945}, Texture},
-                                 {{330, 2600, 3670, 2880}, ColourRamps},
-                                 {{0, 0, kWidth, 36}, across},
-                                 {{0, kHeight - 36, kWidth, kHeight}, across},
-                                 {{0, 0, 36, kHeight}, down},
-                                 {{kWidth - 36, 0, kWidth, kHeight}, down},
-                                 {{-kWidth, kRampTop, 2 * kWidth, kRampBottom}, rawRamp}};
-    const auto fill = [&](const Box& box, Colour colour) {
-        panels.push_back({box, [colour](const Spot&) { return colour; }});
-    };
-    for (const ChartPatch& patch : ChartPatches()) fill(patch.box, patch.colour);
-    for (int step = 0; step < 17; ++step) {
-        fill({130 + step * 220.0, 2110, 350 + step * 220.0, 2250}, Grey(step * 16));
-    }
-    // Ticks at every 64 raw levels.
-    for (int level = 64; level < 1024; level += 64) {
-        const double u = RampPlace(place, level);
-        fill({u - 2.5, kRampTop - 22, u + 2.5, kRampTop - 6}, kInk);
-    }
-    // Bars 8 to 2 pixels wide, black and white: upright, level, diagonal.
-    double left = 2795;
-    for (const int pixels : {8, 6, 4, 3, 2}) {
-        for (int row = 0; row < 3; ++row) {
-            const double top = 1045 + row * 215;
-            panels.push_back({{left, top, left + 195, top + 190}, [=](const Spot& at) {
-                                  const int along = (row != 1 ? at.x : 0) + (row != 0 ? at.y : 0);
-                                  return Grey(along / pixels % 2 == 0 ? 24 : 232);
-                              }});
-        }
-        left += 220;
-    }
-    return panels;
-}
+// A chart being drawn. The pen's matrix turns chart units into pixels.
+struct Canvas {
+    PictureSize size;
+    std::vector<uint32_t> pixels;
+    cairo_t* pen;
+};
 
-// Paints a panel on a pen's pixels. The pen's matrix turns chart units into pixels.
-void Paint(cairo_t* pen, PictureSize size, uint32_t* pixels, const Panel& panel) {
+// Gives every pixel whose middle is in the box the colour colourAt(Spot), not blended with what is
+// around it.
+template <class ColourAt>
+void Paint(Canvas* canvas, const Box& box, ColourAt colourAt) {
+    const PictureSize size = canvas->size;
     cairo_matrix_t m;
-    cairo_get_matrix(pen, &m);
+    cairo_get_matrix(canvas->pen, &m);
     const auto first = [](double edge, uint32_t end) {
         return static_cast<uint32_t>(std::clamp(FirstPixel(edge), 0.0, double(end)));
     };
-    const uint32_t left = first(m.x0 + panel.box.left * m.xx, size.width);
-    const uint32_t right = first(m.x0 + panel.box.right * m.xx, size.width);
-    const uint32_t bottom = first(m.y0 + panel.box.bottom * m.yy, size.height);
-    cairo_surface_flush(cairo_get_target(pen));
-    for (uint32_t y = first(m.y0 + panel.box.top * m.yy, size.height); y < bottom; ++y) {
+    const uint32_t left = first(m.x0 + box.left * m.xx, size.width);
+    const uint32_t right = first(m.x0 + box.right * m.xx, size.width);
+    const uint32_t bottom = first(m.y0 + box.bottom * m.yy, size.height);
+    cairo_surface_flush(cairo_get_target(canvas->pen));
+    for (uint32_t y = first(m.y0 + box.top * m.yy, size.height); y < bottom; ++y) {
         for (uint32_t x = left; x < right; ++x) {
-            const auto [r, g, b] = panel.colourAt(
-                    {(x + 0.5 - m.x0) / m.xx, (y + 0.5 - m.y0) / m.yy, static_cast<int>(x - m.x0),
-                     static_cast<int>(y - m.y0), std::min(m.xx, m.yy)});
-            pixels[size_t{y} * size.width + x] = uint32_t{r} << 16 | uint32_t{g} << 8 | b;
+            const Spot at = {(x + 0.5 - m.x0) / m.xx, (y + 0.5 - m.y0) / m.yy,
+                             static_cast<int>(x - m.x0), static_cast<int>(y - m.y0),
+                             std::min(m.xx, m.yy)};
+            const auto [r, g, b] = colourAt(at);
+            canvas->pixels[size_t{y} * size.width + x] = uint32_t{r} << 16 | uint32_t{g} << 8 | b;
         }
     }
-    cairo_surface_mark_dirty(cairo_get_target(pen));
+    cairo_surface_mark_dirty(cairo_get_target(canvas->pen));
+}
+
+void Fill(Canvas* canvas, const Box& box, Colour colour) {
+    Paint(canvas, box, [colour](const Spot&) { return colour; });
 }
 
 void SetColour(cairo_t* pen, Colour colour) {
@@ -226,6 +182,79 @@ void DrawRoundedBox(cairo_t* pen, const Box& box, double radius, Colour colour) 
     cairo_arc(pen, box.left + radius, box.bottom - radius, radius, kPi / 2, kPi);
     cairo_arc(pen, box.left + radius, box.top + radius, radius, kPi, 1.5 * kPi);
     cairo_fill(pen);
+}
+
+// Parts of a text's width.
+constexpr double kLeft = 0, kMiddle = 0.5, kRight = 1;
+
+// Writes a text whose capitals are `height` units high and start at `v`, with that part of its
+// width at `u`.
+void Write(cairo_t* pen, double part, double u, double v, double height, Colour colour,
+           const std::string& words) {
+    constexpr double kCapitals = 0.64;  // height of the font's capitals, by its size
+    constexpr double kWiden = 1.18;     // its letters are narrow
+    cairo_matrix_t letters;
+    cairo_matrix_init_scale(&letters, kWiden * height / kCapitals, height / kCapitals);
+    cairo_set_font_matrix(pen, &letters);
+    cairo_text_extents_t extents;
+    cairo_text_extents(pen, words.c_str(), &extents);
+    SetColour(pen, colour);
+    cairo_move_to(pen, u - extents.width * part - extents.x_bearing, v + height);
+    cairo_show_text(pen, words.c_str());
+    cairo_new_path(pen);  // text leaves a current point
+}
+
+void DrawRuler(Canvas* canvas) {
+    const auto across = [](const Spot& at) { return std::fmod(at.u, 200) < 100 ? kInk : kDark; };
+    const auto down = [](const Spot& at) { return std::fmod(at.v, 200) < 100 ? kInk : kDark; };
+    Paint(canvas, {0, 0, kWidth, 36}, across);
+    Paint(canvas, {0, kHeight - 36, kWidth, kHeight}, across);
+    Paint(canvas, {0, 0, 36, kHeight}, down);
+    Paint(canvas, {kWidth - 36, 0, kWidth, kHeight}, down);
+}
+
+// With ticks at every 64 levels.
+void DrawRawRamp(const Place& place, Canvas* canvas) {
+    Paint(canvas, {-kWidth, kRampTop, 2 * kWidth, kRampBottom}, [&](const Spot& at) {
+        const uint32_t width = place.sensor.width;
+        const uint32_t x = std::min(static_cast<uint32_t>(at.x) + place.Left(), width - 1);
+        const int level = RampLevel(x, width);
+        return Grey(
+                imaging::ToneFromLinear(imaging::LinearFromRaw(level, imaging::Channel::kGreen)));
+    });
+    Write(canvas->pen, kLeft, 90, kRampTop - 52, 22, kQuiet, "RAW");
+    for (int level = 64; level < 1024; level += 64) {
+        const double x = double(level) * place.sensor.width / 1024 - place.Left();
+        const double u = x * kWidth / place.visible.width;
+        Fill(canvas, {u - 2.5, kRampTop - 22, u + 2.5, kRampTop - 6}, kInk);
+        Write(canvas->pen, kMiddle, u, kRampTop - 52, 22, kQuiet, std::to_string(level));
+    }
+}
+
+void DrawGreySteps(Canvas* canvas) {
+    for (int step = 0; step < 17; ++step) {
+        const int value = std::min(step * 16, 255);
+        const double left = 130 + step * 220.0;
+        Fill(canvas, {left, 2110, left + 220, 2250}, Grey(value));
+        Write(canvas->pen, kMiddle, left + 110, 2163, 34, Grey(value < 128 ? 255 : 0),
+              std::to_string(value));
+    }
+}
+
+// Bars 8 to 2 pixels wide, black and white: upright, level, diagonal.
+void DrawBars(Canvas* canvas) {
+    double left = 2795;
+    for (const int pixels : {8, 6, 4, 3, 2}) {
+        for (int row = 0; row < 3; ++row) {
+            const double top = 1045 + row * 215;
+            Paint(canvas, {left, top, left + 195, top + 190}, [&](const Spot& at) {
+                const int along = (row != 1 ? at.x : 0) + (row != 0 ? at.y : 0);
+                return Grey(along / pixels % 2 == 0 ? 24 : 232);
+            });
+        }
+        Write(canvas->pen, kMiddle, left + 97.5, 985, 36, kInk, std::to_string(pixels) + " PX");
+        left += 220;
+    }
 }
 
 // What points up, the rings around the star, the corners with their dots.
@@ -257,94 +286,55 @@ void DrawShapes(cairo_t* pen) {
     }
 }
 
-// Parts of a text's width.
-constexpr double kLeft = 0, kMiddle = 0.5, kRight = 1;
-
-// Text whose capitals are `height` units high and start at `v`; `u` is that part of its width.
-struct Text {
-    double u, v, height;
-    std::string words;
-    Colour colour;
-    double align;
-};
-
-std::vector<Text> Texts(const Place& place) {
-    const auto [width, height] = place.visible;
-    const std::string size = std::to_string(width) + " X " + std::to_string(height);
-    std::vector<Text> texts = {
-            {kWidth / 2, 222, 110, "TOP", kInk, kMiddle},
-            {330, 130, 90, "OFFLINE FRAMES", kInk, kLeft},
-            {330, 262, 48, "TEST CHART", kQuiet, kLeft},
-            {3670, 130, 90, size, kInk, kRight},
-            {3670, 262, 48, "RULER 40 X 30 TEETH", kQuiet, kRight},
-            {2000, 455, 40, "CIRCLES ROUND - SPOKES STRAIGHT", kQuiet, kMiddle},
-            {2000, 1970, 40, "FINEST DETAIL 5 PX PER PERIOD", kQuiet, kMiddle},
-            {2805, 1988.6, 24, "A MOSAIC TURNS 3 PX AND 2 PX BARS COLOURED", kQuiet, kLeft},
-            {90, kRampTop - 52, 22, "RAW", kQuiet, kLeft},
-    };
+void WriteTexts(cairo_t* pen, PictureSize visible) {
+    const std::string size = std::to_string(visible.width) + " X " + std::to_string(visible.height);
+    Write(pen, kMiddle, kWidth / 2, 222, 110, kInk, "TOP");
+    Write(pen, kLeft, 330, 130, 90, kInk, "OFFLINE FRAMES");
+    Write(pen, kLeft, 330, 262, 48, kQuiet, "TEST CHART");
+    Write(pen, kRight, 3670, 130, 90, kInk, size);
+    Write(pen, kRight, 3670, 262, 48, kQuiet, "RULER 40 X 30 TEETH");
+    Write(pen, kMiddle, 2000, 455, 40, kQuiet, "CIRCLES ROUND - SPOKES STRAIGHT");
+    Write(pen, kMiddle, 2000, 1970, 40, kQuiet, "FINEST DETAIL 5 PX PER PERIOD");
+    Write(pen, kLeft, 2805, 1988.6, 24, kQuiet, "A MOSAIC TURNS 3 PX AND 2 PX BARS COLOURED");
     double v = 1725;
     for (const int small : {48, 36, 28, 20, 14}) {
-        const std::string words = "SHARP 0123456789 " + std::to_string(small);
-        texts.push_back({2805, v, double(small), words, kInk, kLeft});
+        Write(pen, kLeft, 2805, v, small, kInk, "SHARP 0123456789 " + std::to_string(small));
         v += small * 1.6;
     }
-    double u = 2795 + 97.5;
-    for (const char* const pixels : {"8", "6", "4", "3", "2"}) {
-        texts.push_back({u, 985, 36, std::string(pixels) + " PX", kInk, kMiddle});
-        u += 220;
-    }
-    for (int step = 0; step < 17; ++step) {
-        const int value = std::min(step * 16, 255);
-        texts.push_back({240 + step * 220.0, 2163, 34, std::to_string(value),
-                         Grey(value < 128 ? 255 : 0), kMiddle});
-    }
-    for (int level = 64; level < 1024; level += 64) {
-        texts.push_back({RampPlace(place, level), kRampTop - 52, 22, std::to_string(level), kQuiet,
-                         kMiddle});
-    }
-    return texts;
-}
-
-void DrawText(cairo_t* pen, const Text& text) {
-    constexpr double kCapitals = 0.64;  // height of the font's capitals, by its size
-    constexpr double kWiden = 1.18;     // its letters are narrow
-    cairo_matrix_t letters;
-    cairo_matrix_init_scale(&letters, kWiden * text.height / kCapitals, text.height / kCapitals);
-    cairo_set_font_matrix(pen, &letters);
-    cairo_text_extents_t extents;
-    cairo_text_extents(pen, text.words.c_str(), &extents);
-    SetColour(pen, text.colour);
-    const double before = extents.width * text.align;
-    cairo_move_to(pen, text.u - before - extents.x_bearing, text.v + text.height);
-    cairo_show_text(pen, text.words.c_str());
-    cairo_new_path(pen);  // text leaves a current point
 }
 
 // Draws the chart whose visible part begins at (left, top) of a picture of `size`.
 Picture Draw(const Place& place, PictureSize size, uint32_t left, uint32_t top) {
-    std::vector<uint32_t> pixels(size_t{size.width} * size.height);
+    Canvas canvas = {size, std::vector<uint32_t>(size_t{size.width} * size.height), nullptr};
     cairo_surface_t* const surface = cairo_image_surface_create_for_data(
-            reinterpret_cast<uint8_t*>(pixels.data()), CAIRO_FORMAT_RGB24,
+            reinterpret_cast<uint8_t*>(canvas.pixels.data()), CAIRO_FORMAT_RGB24,
             static_cast<int>(size.width), static_cast<int>(size.height),
             static_cast<int>(size.width * sizeof(uint32_t)));
-    cairo_t* const pen = cairo_create(surface);
+    cairo_t* const pen = canvas.pen = cairo_create(surface);
     cairo_translate(pen, left, top);
     cairo_scale(pen, place.visible.width / kWidth, place.visible.height / kHeight);
     // Cairo's built-in font: the same on every machine.
     cairo_select_font_face(pen, "@cairo:mono", CAIRO_FONT_SLANT_NORMAL, CAIRO_FONT_WEIGHT_BOLD);
-    const auto paint = [&](const Panel& panel) { Paint(pen, size, pixels.data(), panel); };
-    paint({{-kWidth, -kHeight, 2 * kWidth, 2 * kHeight}, Background});
-    for (const auto& [from, to] : {std::pair(105.0, 1230.0), {1280, 2720}, {2770, 3895}}) {
-        DrawRoundedBox(pen, {from, 395, to, 2070}, 24, kDark);
-    }
-    for (const Panel& panel : Panels(place)) paint(panel);
+    Paint(&canvas, {-kWidth, -kHeight, 2 * kWidth, 2 * kHeight}, Background);
+    DrawRoundedBox(pen, {105, 395, 1230, 2070}, 24, kDark);
+    DrawRoundedBox(pen, {1280, 395, 2720, 2070}, 24, kDark);
+    DrawRoundedBox(pen, {2770, 395, 3895, 2070}, 24, kDark);
+    Paint(&canvas, {1400, 632, 2600, 1832}, Star);
+    Paint(&canvas, {2795, 420, 3320, 945}, ZonePlate);
+    Paint(&canvas, {3345, 420, 3870, 945}, Texture);
+    Paint(&canvas, {330, 2600, 3670, 2880}, ColourRamps);
+    for (const ChartPatch& patch : ChartPatches()) Fill(&canvas, patch.box, patch.colour);
+    DrawRuler(&canvas);
+    DrawRawRamp(place, &canvas);
+    DrawGreySteps(&canvas);
+    DrawBars(&canvas);
     DrawShapes(pen);
-    for (const Text& text : Texts(place)) DrawText(pen, text);
+    WriteTexts(pen, place.visible);
     cairo_destroy(pen);
     cairo_surface_destroy(surface);
     Picture picture(size);
     uint8_t* to = picture.rgb.data();
-    for (const uint32_t pixel : pixels) {
+    for (const uint32_t pixel : canvas.pixels) {
         for (int shift = 16; shift >= 0; shift -= 8) *to++ = uint8_t(pixel >> shift);
     }
     return picture;
