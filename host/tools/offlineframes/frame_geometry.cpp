@@ -4,7 +4,6 @@
 
 #include <graphics/buffer_layout.h>
 
-#include <algorithm>
 #include <charconv>
 #include <filesystem>
 
@@ -60,11 +59,9 @@ std::string Likely(const FrameGeometry& known, uint64_t bytes) {
     return "; the size fits " + std::to_string(rows) + " scan lines of that stride";
 }
 
-// The first number that is not 0.
-uint32_t FirstKnown(std::initializer_list<uint32_t> numbers) {
-    const auto known =
-            std::find_if(numbers.begin(), numbers.end(), [](uint32_t n) { return n != 0; });
-    return known == numbers.end() ? 0 : *known;
+// `number`, or where it is not known `other`.
+uint32_t Or(uint32_t number, uint32_t other) {
+    return number != 0 ? number : other;
 }
 
 // What the caller and the file's name tell; 0 where they do not.
@@ -78,8 +75,8 @@ FrameGeometry KnownGeometry(const std::string& path, const FrameGeometry& told) 
             named = AllocatorGeometry(source.format, source.size);
         }
     }
-    return {told.format, named.size, FirstKnown({told.stride, named.stride}),
-            FirstKnown({told.scanlines, named.scanlines})};
+    return {told.format, named.size, Or(told.stride, named.stride),
+            Or(told.scanlines, named.scanlines)};
 }
 
 }  // namespace
@@ -173,13 +170,11 @@ Result<FrameGeometry> ResolveGeometry(const std::string& path, const FrameGeomet
             return usual;
         }
     }
+    const auto fromSize = [&](uint32_t other) { return FromFileSize(known.format, other, bytes); };
     const FrameGeometry allocated = AllocatorGeometry(known.format, known.size);  // 0 without size
     FrameGeometry geometry = known;
-    geometry.stride = FirstKnown(
-            {known.stride, allocated.stride, FromFileSize(known.format, known.scanlines, bytes)});
-    geometry.scanlines =
-            FirstKnown({known.scanlines, FromFileSize(known.format, known.stride, bytes),
-                        allocated.scanlines});
+    geometry.stride = Or(known.stride, Or(allocated.stride, fromSize(known.scanlines)));
+    geometry.scanlines = Or(known.scanlines, Or(fromSize(known.stride), allocated.scanlines));
     if (geometry.stride == 0 || geometry.scanlines == 0) {
         return Failure{path + ": cannot tell the geometry of " + std::to_string(bytes) +
                        " bytes of " + FormatName(known.format) + Likely(known, bytes) +

@@ -1,8 +1,6 @@
 // Geometry by the readers of frames, several files at a time; and pictures that are reduced by
 // averaging whole blocks of pixels, so that nothing aliases.
 
-#include "frames.h"
-
 #include <glib.h>
 #include <imaging/jpeg.h>
 #include <offlineframes/frame_encoder.h>
@@ -11,6 +9,8 @@
 
 #include <filesystem>
 #include <thread>
+
+#include "report.h"
 
 namespace runreport {
 

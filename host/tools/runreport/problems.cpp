@@ -47,29 +47,25 @@ void AddErrorLines(const Report& report, std::vector<Problem>* problems) {
 
 // What services log afterwards follows from the end.
 int64_t LastSignOfTool(const Report& report) {
-    int64_t timeUs = 0;
+    int64_t timeUs = report.calls.empty() ? 0 : std::max<int64_t>(report.calls.back().startUs, 0);
     for (const runlog::Line& line : report.log) {
         if (!line.fromServices) timeUs = std::max(timeUs, line.timeUs);
     }
-    for (const runlog::Call& call : report.calls) timeUs = std::max(timeUs, call.startUs);
     return timeUs;
 }
 
 void AddEnding(const Report& report, std::vector<Problem>* problems) {
     const Run& run = report.run;
-    const Ending ending = run.GetEnding();
-    if (ending == Ending::kFinished) return;
+    const std::string ending = run.Ending();
+    if (ending == "finished") return;
     Problem problem;
-    problem.text = ending == Ending::kUsageError ? "The tool refused its arguments"
-                   : ending == Ending::kSignal   ? "The run was ended by " + run.SignalName()
-                   : ending == Ending::kNoDevice
+    problem.text = ending == "usage-error" ? "The tool refused its arguments"
+                   : ending == "signal"    ? "The run was ended by " + run.SignalName()
+                   : ending == "no-device"
                            ? "The run did not start"
                            : "The run ended with status " + std::to_string(run.status);
-    problem.timeUs = run.durationUs;
-    if (ending == Ending::kSignal) {
-        problem.cause = CauseOfSignal(report);
-        problem.timeUs = LastSignOfTool(report);
-    }
+    problem.timeUs = ending == "signal" ? LastSignOfTool(report) : run.durationUs;
+    if (ending == "signal") problem.cause = CauseOfSignal(report);
     Explain(explanations::ExplainStatus(run.status), &problem);
     problems->push_back(problem);
 }

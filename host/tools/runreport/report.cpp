@@ -6,8 +6,6 @@
 
 #include <algorithm>
 
-#include "frames.h"
-
 namespace runreport {
 
 namespace {
@@ -49,11 +47,11 @@ void TakeTrace(const std::string& path, Report* report) {
 
 }  // namespace
 
-Ending Run::GetEnding() const {
-    if (status == 0) return Ending::kFinished;
-    if (status == 255) return Ending::kUsageError;
-    if (status >= 125 && status <= 127) return Ending::kNoDevice;
-    return Signal() != 0 ? Ending::kSignal : Ending::kOther;
+std::string Run::Ending() const {
+    if (status == 0) return "finished";
+    if (status == 255) return "usage-error";
+    if (status >= 125 && status <= 127) return "no-device";
+    return Signal() != 0 ? "signal" : "other";
 }
 
 int Run::Signal() const {
@@ -77,9 +75,8 @@ Report MakeReport(const Inputs& inputs, Pictures pictures) {
     TakeTrace(inputs.trace, &report);
     report.facts = runlog::FindFacts(report.log);
     ReadFrames(inputs, pictures, &report);
-    report.phases =
-            runlog::FindPhases(report.log, report.calls, report.facts, report.run.durationUs,
-                               report.run.GetEnding() == Ending::kSignal);
+    report.phases = runlog::FindPhases(report.log, report.calls, report.facts,
+                                       report.run.durationUs, report.run.Signal() != 0);
     report.problems = FindProblems(report);
     return report;
 }

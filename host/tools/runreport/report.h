@@ -10,15 +10,6 @@
 
 namespace runreport {
 
-// How a run came to its end, by its status.
-enum class Ending {
-    kFinished,    // 0
-    kUsageError,  // 255: the tool refused its arguments
-    kSignal,      // 128 + n: signal n ended the tool
-    kNoDevice,    // 125 to 127: the device or the command did not start
-    kOther,
-};
-
 struct Run {
     std::vector<std::string> options;  // of the device, as the user gave them
     std::vector<std::string> command;  // the tool and its arguments
@@ -26,7 +17,9 @@ struct Run {
     int64_t durationUs = 0;
     int status = 0;
 
-    Ending GetEnding() const;
+    // By the status: 0 "finished"; 255 "usage-error", the tool refused its arguments; 128 + n
+    // "signal", n ended the tool; 125 to 127 "no-device", it or the command did not start; "other".
+    std::string Ending() const;
     int Signal() const;              // 0 without one
     std::string SignalName() const;  // "SIGSEGV"; empty without a signal
 };
@@ -86,6 +79,10 @@ struct Inputs {
 };
 
 enum class Pictures { kReduced, kNone };
+
+// Fills report->sources and report->dumps by the report's facts. Sources outside the inputs' data
+// folder are left out; a file without a picture has a note that says why.
+void ReadFrames(const Inputs& inputs, Pictures pictures, Report* report);
 
 // Reads what there is; what cannot be read is named in the report.
 Report MakeReport(const Inputs& inputs, Pictures pictures);

@@ -34,11 +34,6 @@ static void to_json(Json& json, const Line& line) {
 
 namespace runreport {
 
-NLOHMANN_JSON_SERIALIZE_ENUM(Ending, {{Ending::kOther, "other"},
-                                      {Ending::kFinished, "finished"},
-                                      {Ending::kUsageError, "usage-error"},
-                                      {Ending::kSignal, "signal"},
-                                      {Ending::kNoDevice, "no-device"}})
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Problem, severity, text, cause, cure, phase, timeUs, count,
                                    logged)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Frame, path, bytes, format, width, height, stride, scanlines,
@@ -51,7 +46,7 @@ static void to_json(Json& json, const Run& run) {
     char started[64];
     strftime(started, sizeof started, "%Y-%m-%dT%H:%M:%S%z", &local);
     json = {{"command", run.command},       {"options", run.options}, {"started", started},
-            {"durationUs", run.durationUs}, {"status", run.status},   {"ending", run.GetEnding()},
+            {"durationUs", run.durationUs}, {"status", run.status},   {"ending", run.Ending()},
             {"signal", run.SignalName()}};
 }
 
