@@ -32,9 +32,10 @@ Result<View> ViewFrame(const std::string& path, FrameFormat format, const ViewRe
                        Bytes bytes) {
     const bool raw = format == FrameFormat::kRaw10;
     if (request.mosaic && !raw) return Failure{path + ": --mosaic is only for raw10 frames"};
-    FrameGeometry known = request.known;
-    known.format = format;
-    const Result<FrameGeometry> resolved = ResolveGeometry(path, known, bytes.size());
+    const FrameGeometry told = {format, request.size,
+                                static_cast<uint32_t>(request.stride.value_or(0)),
+                                static_cast<uint32_t>(request.scanlines.value_or(0))};
+    const Result<FrameGeometry> resolved = ResolveGeometry(path, told, bytes.size());
     if (!resolved.Ok()) return resolved.GetFailure();
     const FrameGeometry& geometry = resolved.Value();
     return View{geometry.size,
@@ -46,8 +47,7 @@ Result<View> ViewFrame(const std::string& path, FrameFormat format, const ViewRe
 }
 
 Result<View> ViewPicture(const std::string& path, const ViewRequest& request, const Bytes& bytes) {
-    const FrameGeometry& known = request.known;
-    if (known.size.width != 0 || known.stride != 0 || known.scanlines != 0 || request.mosaic) {
+    if (request.size.width != 0 || request.stride || request.scanlines || request.mosaic) {
         return Failure{path +
                        ": is a picture; --size, --stride, --scanlines and --mosaic are for "
                        "raw10 and nv12 frames"};

@@ -24,7 +24,9 @@ Nv12Frame AsNv12(Bytes file, const FrameGeometry& geometry);
 
 struct ViewRequest {
     std::optional<FrameFormat> format;  // what the file holds, whatever its name says
-    FrameGeometry known;                // of a frame; what is 0 is not known
+    PictureSize size;                   // of a frame; 0: not known
+    std::optional<uint64_t> stride;     // bytes per row
+    std::optional<uint64_t> scanlines;  // rows of the luma or raw plane
     bool mosaic = false;                // RAW10 as grey mosaic and not developed
     bool asStored = false;              // JPEG: leave EXIF orientation alone
 };

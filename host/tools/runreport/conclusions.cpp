@@ -149,23 +149,17 @@ Callbacks CallbacksOf(const Report& report, const std::string& method, int64_t e
     return found;
 }
 
-std::string CauseOfNoShutter(const Report& report, const Wait& wait) {
-    const Callbacks calls = CallbacksOf(report, "notify", *wait.endUs);
+std::string CauseOfNoShutter(size_t calls, const Wait& wait) {
     const std::string shutter = "shutter of frame " + std::to_string(wait.frame);
-    if (calls.inTime == 0) return calls.none;
-    if (calls.inTime == 1)
-        return "One `notify` reached the tool in time, without a " + shutter + ".";
-    return std::to_string(calls.inTime) +
+    if (calls == 1) return "One `notify` reached the tool in time, without a " + shutter + ".";
+    return std::to_string(calls) +
            " calls of `notify` reached the tool in time. It keeps the messages of the last call "
            "only, and had no " +
            shutter + " when it looked: a later call replaced it, or it was in none.";
 }
 
-std::string CauseOfNoResult(const Report& report, const Wait& wait) {
-    const Callbacks calls = CallbacksOf(report, "processCaptureResult", *wait.endUs);
-    const runlog::Facts& facts = report.facts;
+std::string CauseOfNoResult(const runlog::Facts& facts, const Wait& wait) {
     const std::string frame = "frame " + std::to_string(wait.frame);
-    if (calls.inTime == 0) return calls.none;
     Words others;
     size_t ofFrame = 0;
     for (const runlog::CaptureResult& result : facts.results) {
@@ -181,6 +175,16 @@ std::string CauseOfNoResult(const Report& report, const Wait& wait) {
            "; the request has buffer " + Joined(facts.requestBuffers) + "." +
            (ofFrame > 1 ? " Of several results of a frame, the first one with buffers counts."
                         : "");
+}
+
+// Empty where log and trace are not whole.
+std::string CauseOfTimeOut(const Report& report, const Wait& wait) {
+    if (!report.traceIsWhole || report.omittedLogLines != 0) return "";
+    const char* const method = wait.forShutter ? "notify" : "processCaptureResult";
+    const Callbacks calls = CallbacksOf(report, method, *wait.endUs);
+    if (calls.inTime == 0) return calls.none;
+    return wait.forShutter ? CauseOfNoShutter(calls.inTime, wait)
+                           : CauseOfNoResult(report.facts, wait);
 }
 
 // The last call of the thread before a time.
@@ -236,14 +240,9 @@ class Conclusions {
 
     void AddWait(const Wait& wait) {
         if (!wait.TimedOut()) return;
-        const bool known = m_report.traceIsWhole && m_report.omittedLogLines == 0;
-        if (wait.forShutter) {
-            Add("warning", "No shutter message came in time", *wait.endUs,
-                known ? CauseOfNoShutter(m_report, wait) : "");
-        } else {
-            Add("error", "No complete result came in time", *wait.endUs,
-                known ? CauseOfNoResult(m_report, wait) : "");
-        }
+        Add(wait.forShutter ? "warning" : "error",
+            wait.forShutter ? "No shutter message came in time" : "No complete result came in time",
+            *wait.endUs, CauseOfTimeOut(m_report, wait));
     }
 
     void AddLateCallbacks() {
