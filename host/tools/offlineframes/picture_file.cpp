@@ -52,11 +52,11 @@ Result<Done> CheckSize(const std::string& path, const std::string& type, Picture
                    " pixels and " + std::to_string(kMaxSide) + " a side"};
 }
 
-// Why a library did not decode a picture.
-Failure NotDecoded(const std::string& path, const std::string& type, const std::string& reason) {
-    const bool memoryRanOut = reason.find("memory") != std::string::npos;
-    return Failure{path + (memoryRanOut ? ": out of memory for this " : ": damaged ") + type +
-                   ": " + reason};
+// That a library did not decode a picture, and why.
+Failure NotDecoded(const std::string& path, const std::string& type, bool forMemory,
+                   const std::string& reason) {
+    return Failure{path + (forMemory ? ": out of memory for this " : ": damaged ") + type + ": " +
+                   reason};
 }
 
 // The orientation in EXIF data or in a JPEG file that has some; 1 where it is missing or damaged.
@@ -110,13 +110,16 @@ void RgbFromCmyk(const Bytes& cmyk, Picture* picture) {
 
 Result<StoredPicture> DecodeJpeg(const Bytes& bytes, const std::string& path, uint32_t leastWidth) {
     const std::unique_ptr<void, int (*)(tjhandle)> decoder(tjInitDecompress(), tjDestroy);
-    const auto failed = [&] { return NotDecoded(path, "JPEG", tjGetErrorStr2(decoder.get())); };
+    const auto failed = [&] {
+        const std::string reason = tjGetErrorStr2(decoder.get());
+        return NotDecoded(path, "JPEG", reason.find("memory") != reason.npos, reason);
+    };
     int width = 0, height = 0, subsampling = 0, colours = 0;
     const bool read = tjDecompressHeader3(decoder.get(), bytes.data(), bytes.size(), &width,
                                           &height, &subsampling, &colours) == 0;
     // A rare subsampling is an error here, but can be decoded; then the size is known.
     if (width <= 0 || height <= 0) {
-        return read ? NotDecoded(path, "JPEG", "it holds no picture") : failed();
+        return read ? NotDecoded(path, "JPEG", false, "it holds no picture") : failed();
     }
     StoredPicture jpeg;
     jpeg.fullSize = {static_cast<uint32_t>(width), static_cast<uint32_t>(height)};
@@ -158,7 +161,9 @@ Result<StoredPicture> DecodeOther(const std::string& type, const Bytes& bytes,
     GError* error = nullptr;
     const Pixbuf pixbuf = {gdk_pixbuf_new_from_file(path.c_str(), &error), g_object_unref};
     if (!pixbuf) {
-        const Failure failure = NotDecoded(path, type, error->message);
+        const bool forMemory =
+                g_error_matches(error, GDK_PIXBUF_ERROR, GDK_PIXBUF_ERROR_INSUFFICIENT_MEMORY);
+        const Failure failure = NotDecoded(path, type, forMemory, error->message);
         g_error_free(error);
         return failure;
     }

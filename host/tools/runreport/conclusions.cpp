@@ -120,19 +120,19 @@ void ConcludeDeath(const Report& report, const Line& death, Problem* problem) {
 // What the service called of `method` after the request: "in time" is before a wait's end.
 struct Callbacks {
     size_t inTime = 0;
-    bool early = false;  // there was one before the request
-    std::string none;    // without one in time: what there is to say
+    std::string none;  // without one in time: what there is to say
 };
 
 Callbacks CallbacksOf(const Report& report, const std::string& method, int64_t endUs) {
     Callbacks found;
     const Call* late = nullptr;
     const Line* death = nullptr;
+    bool anyEarly = false;
     for (const Call& call : report.calls) {
         if (call.method == "processOfflineRequest") death = DeathOf(report, call);
         if (!call.incoming || call.method != method || !call.answer.empty()) continue;
         const bool early = call.startUs < report.facts.requestUs.value_or(0);
-        found.early |= early;
+        anyEarly |= early;
         found.inTime += !early && call.startUs <= endUs;
         if (!late && call.startUs > endUs) late = &call;
     }
@@ -142,7 +142,7 @@ Callbacks CallbacksOf(const Report& report, const std::string& method, int64_t e
                       " after it";
     } else if (death && death->timeUs <= endUs) {
         found.none += ": " + death->message;
-    } else if (found.early) {
+    } else if (anyEarly) {
         found.none += " after the request; what came before it is forgotten";
     }
     found.none += ".";
