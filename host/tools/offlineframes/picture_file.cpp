@@ -217,11 +217,19 @@ Result<Picture> ReadPicture(const std::string& path) {
 
 Picture MakeUpright(Picture picture, int orientation) {
     if (orientation == 1) return picture;
-    Pixbuf pixbuf = PixbufOn(picture);
-    gdk_pixbuf_set_option(pixbuf.get(), "orientation", std::to_string(orientation).c_str());
-    pixbuf.reset(gdk_pixbuf_apply_embedded_orientation(pixbuf.get()));
-    picture = Picture();  // pictures are large
-    return PictureOf(pixbuf);
+    const bool turned = orientation >= 5;  // its rows are stored as columns
+    constexpr bool kFromRight[] = {false, false, true, true, false, false, false, true, true};
+    constexpr bool kFromBottom[] = {false, false, false, true, true, false, true, true, false};
+    Picture upright(turned ? PictureSize{picture.height, picture.width} : picture);
+    for (uint32_t y = 0; y < upright.height; ++y) {
+        for (uint32_t x = 0; x < upright.width; ++x) {
+            uint32_t column = turned ? y : x, row = turned ? x : y;
+            if (kFromRight[orientation]) column = picture.width - 1 - column;
+            if (kFromBottom[orientation]) row = picture.height - 1 - row;
+            memcpy(upright.Pixel(x, y), picture.Pixel(column, row), 3);
+        }
+    }
+    return upright;
 }
 
 double CoveringScale(PictureSize photo, PictureSize size) {
