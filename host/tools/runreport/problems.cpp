@@ -3,6 +3,7 @@
 #include <explanations/explanations.h>
 
 #include <algorithm>
+#include <tuple>
 
 #include "conclusions.h"
 
@@ -88,10 +89,9 @@ std::vector<Problem> FindProblems(const Report& report) {
         problems.push_back(problem);
     }
     AddEnding(report, &problems);
-    std::stable_sort(problems.begin(), problems.end(),
-                     [](const Problem& a, const Problem& b) { return a.timeUs < b.timeUs; });
-    std::stable_partition(problems.begin(), problems.end(),
-                          [](const Problem& problem) { return problem.isRoot; });
+    std::stable_sort(problems.begin(), problems.end(), [](const Problem& a, const Problem& b) {
+        return std::tie(b.isRoot, a.timeUs) < std::tie(a.isRoot, b.timeUs);  // roots first
+    });
     for (Problem& problem : problems) {
         for (const Phase& phase : report.phases) {
             if (problem.phase.empty() || phase.startUs <= problem.timeUs)
