@@ -16,6 +16,7 @@ function verdict({run, problems, phases}) {
         'usage-error': 'Usage error: nothing was run',
         'no-device': 'The run did not start',
         other: `Ended with status ${run.status}`,
+        unknown: phases.length && phases[phases.length - 1].name !== 'exit' ? `The log ends${last}` : '',
     }[run.ending];
     if (failure) return ['failed', '✕', failure];
     const errors = problems.filter((problem) => problem.severity === 'error').length;
@@ -34,9 +35,10 @@ function headerPart(report) {
         <div class="command mono">${command.map(shellWord).join(' ')}</div>
         ${facts([
             ['Took', duration(run.durationUs)],
-            ['Status', run.status],
+            ['Status', run.status === null ? 'not known' : run.status],
+            ['Device', run.device],
             ['Frames written', count(report.dumps.length)],
-            ['Binder calls', count(report.calls.length)],
+            ['Binder calls', run.place === 'workstation' ? count(report.calls.length) : ''],
             ['Log lines', count(report.log.length + report.omittedLogLines)],
             ['Started', run.started.replace('T', ' ').replace(/[+-]\d+$/, '')],
         ])}</header>`;
@@ -92,5 +94,5 @@ function framesPart(report) {
         <span class="muted">reduced pictures of what the tool read and what it wrote</span></div>
         <div class="frames">
         ${column('sources', 'In', report.sources, 'The tool opened no source frame.')}
-        ${column('dumps', 'Out', report.dumps, 'The tool wrote no file.')}</div></section>`;
+        ${column('dumps', 'Out', report.dumps, report.run.place === 'imported' ? 'No dump of this run is in the folder.' : 'The tool wrote no file.')}</div></section>`;
 }
