@@ -166,17 +166,22 @@ learn_geometry() {
 # Every file of the device's folder with the time of its last change.
 list_files() { on_device 60 "find $camera -type f -exec stat -c '%z|%s|%n' {} +" | sort; }
 
-# stop_tool SIGNAL: sends it to the tool on the device.
+# stop_tool SIGNAL: sends it to the tool on the device, which may have just been started.
 stop_tool() {
     stopped=1
     trap 'stop_tool KILL' INT TERM HUP
-    read -r pid <"$kept/pid" && on_device 10 "kill -$1 $pid" || true
+    for _ in {1..50}; do
+        ! read -r pid <"$kept/pid" || break
+        sleep 0.1
+    done
+    [[ -z "$pid" ]] || on_device 10 "kill -$1 $pid" || true
 }
 
 # Runs the tool: sets $status and, as on the device, $pid, which comes before its output. Keeps that,
 # and fetches the log and the list of what was written.
 run_tool() {
     local since before client reader
+    pid=""
     since="$(on_device 30 "date '+%m-%d %H:%M:%S.000'")"
     before="$(list_files)"
     rm -f "$kept/pipe" && mkfifo "$kept/pipe" && : >"$kept/pid"
@@ -184,6 +189,7 @@ run_tool() {
     reader=$!
     adb -s "$serial" shell "echo \$\$; exec ${command[*]@Q}" </dev/null >"$kept/pipe" 8>&- 9>&- &
     client=$!
+    progress "run: the tool runs on $serial"
     trap 'stop_tool INT' INT
     trap 'stop_tool TERM' TERM HUP
     while status=0 && { wait "$client" || status=$?; } && kill -0 "$client" 2>/dev/null; do
@@ -194,6 +200,7 @@ run_tool() {
     done
     wait "$reader" || true
     trap - INT TERM HUP
+    progress_ends
     read -r pid <"$kept/pid" || true
     [[ "$(call_adb 10 -s "$serial" get-state 2>&1)" == device ]] ||
         no_run "$serial went away during the run: connect it again"

@@ -37,17 +37,16 @@ in_device() {
     return "$status"
 }
 
-serial=""
+serial="" # of push and pull the errors go to standard output, and have a beginning of their own
 [[ "$1" != -s ]] || { serial="$2" && shift 2; }
 word="$1"
 shift
-before=""
-[[ "$word" != p* ]] || before="adb: error: failed to get feature set: " # as push and pull say it
-error="${before:-error: }"
+error="error: "
+[[ "$word" != pu* ]] || { exec 2>&1 && error="adb: error: failed to get feature set: "; }
 case "$word" in
 devices)
     printf 'List of devices attached\n'
-    tr ' ' '\t' <"$ADB_FOLDER/devices"
+    sed 's/ /\t/' "$ADB_FOLDER/devices"
     echo
     exit
     ;;

@@ -49,7 +49,7 @@ void Complete(const Crash& part, Crash* crash) {
     if (crash->program.empty() || !part.frames.empty()) crash->program = part.program;
     if (crash->signal == 0) crash->signal = part.signal;
     if (crash->reason.empty()) crash->reason = part.reason;
-    if (crash->frames.empty()) crash->frames = part.frames;
+    if (part.frames.size() > crash->frames.size()) crash->frames = part.frames;
 }
 
 }  // namespace

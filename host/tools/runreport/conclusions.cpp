@@ -4,6 +4,7 @@
 
 #include <host_unset_return.h>
 #include <stdio.h>
+#include <string.h>
 
 #include <algorithm>
 
@@ -329,7 +330,10 @@ class Conclusions {
         for (const runlog::Crash& crash : m_report.crashes) {
             if (crash.pid == m_report.toolPid) continue;  // it is how the run ended
             const std::string name = crash.program.empty() ? "A process" : crash.program;
-            Add("error", name + " was ended by signal " + std::to_string(crash.signal),
+            const char* const signal = sigabbrev_np(crash.signal);
+            Add("error",
+                name + " was ended by signal " + std::to_string(crash.signal) +
+                        (signal ? std::string(" (SIG") + signal + ")" : ""),
                 crash.timeUs, Backtrace(crash));
             m_problems.back().isRoot = true;
         }

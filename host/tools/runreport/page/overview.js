@@ -34,19 +34,19 @@ function headerPart(report) {
         <h1><span aria-hidden="true">${sign}</span> ${text}</h1>
         <div class="command mono">${command.map(shellWord).join(' ')}</div>
         ${facts([
-            ['Took', duration(run.durationUs)],
+            ['Took', run.durationUs ? duration(run.durationUs) : 'not known'],
             ['Status', run.status === null ? 'not known' : run.status],
             ['Device', run.device],
             ['Frames written', count(report.dumps.length)],
             ['Binder calls', run.place === 'workstation' ? count(report.calls.length) : ''],
             ['Log lines', count(report.log.length + report.omittedLogLines)],
-            ['Started', run.started.replace('T', ' ').replace(/[+-]\d+$/, '')],
+            ['Started', run.started && run.started.replace('T', ' ').replace(/[+-]\d+$/, '')],
         ])}</header>`;
 }
 
 function problemPart(problem, log) {
     const where = [
-        problem.phase ? `in “${phaseLabel(problem.phase)}”` : '', `at ${duration(problem.timeUs)}`,
+        problem.phase ? `in “${phaseLabel(problem.phase)}”` : '', problem.timeUs ? `at ${duration(problem.timeUs)}` : '',
         problem.count > 1 ? `${count(problem.count)} times` : '',
     ].filter(Boolean).join(', ');
     const line = log.findIndex(({message}) => message === problem.text);
@@ -80,7 +80,7 @@ function framePart(frame) {
             ['Width × height', frame.width ? `${frame.width} × ${frame.height}` : ''],
             ['Stride', frame.stride ? `${count(frame.stride)} bytes` : ''],
             ['Scan lines', frame.scanlines ? count(frame.scanlines) : ''],
-            ['Size', `${count(frame.bytes)} bytes`],
+            ['Size', frame.bytes || !frame.note ? `${count(frame.bytes)} bytes` : ''],
             ['JPEG', frame.pictureBytes ? `first ${count(frame.pictureBytes)} bytes` : ''],
             ['Opened', frame.timesOpened > 1 ? `${frame.timesOpened} times` : ''],
         ])}${frame.picture && frame.note ? html`<div class="muted note">${frame.note}</div>` : ''}
