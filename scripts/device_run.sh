@@ -13,10 +13,18 @@ no_run() {
 }
 
 # call_adb SECONDS WORD...: without the locks of this run, as adb leaves a server behind.
-call_adb() { timeout --foreground -k 5 "$1" adb "${@:2}" </dev/null 8>&- 9>&-; }
+call_adb() {
+    local end=0
+    timeout --foreground -k 5 "$1" adb "${@:2}" </dev/null 8>&- 9>&- || end=$?
+    [[ $end != 124 ]] || complain "adb did not end within $1 s: adb ${*:2}"
+    return $end
+}
 
-# on_device SECONDS COMMAND: a line for the device's shell; what it prints, as a device prints it.
-on_device() { call_adb "$1" -s "$serial" shell "$2" | tr -d '\r'; }
+# on_device COMMAND: prints what the device's shell prints. Not every adb hands on its status.
+on_device() { call_adb 60 -s "$serial" shell "$1" | tr -d '\r'; }
+
+# ask COMMAND: the same, where there must be an answer.
+ask() { on_device "$1" || no_run "$serial does not answer: adb -s $serial shell"; }
 
 # fetch PATH FILE: pulls a file of the device.
 fetch() {
@@ -27,8 +35,9 @@ fetch() {
 
 # push FILE PATH: whole or not at all.
 push() {
-    call_adb 900 -s "$serial" push "$1" "$2.part" >&2 && on_device 60 "mv -f ${2@Q}.part ${2@Q}" && return
-    on_device 30 "rm -f ${2@Q}.part" || true
+    call_adb 900 -s "$serial" push "$1" "$2.part" >&2 &&
+        [[ "$(on_device "mv -f ${2@Q}.part ${2@Q} && echo moved")" == moved ]] && return
+    on_device "rm -f ${2@Q}.part" || true
     no_run "$serial: could not push ${1##*/}"
 }
 
@@ -45,7 +54,7 @@ choose_device() {
     [[ ${#state_of[@]} -gt 0 ]] ||
         no_run "adb finds no device: connect one and allow USB debugging on it, or 'adb connect HOST'"
     for name in "${!state_of[@]}"; do states+=", $name (${state_of[$name]})"; done
-    serial="$1"
+    serial="${1:-${ANDROID_SERIAL-}}"
     [[ -n "$serial" || ${#state_of[@]} != 1 ]] || serial="${!state_of[*]}"
     [[ -n "$serial" ]] || no_run "--adb needs a serial number, as there are several devices: ${states:2}"
     case "${state_of[$serial]-}" in
@@ -60,28 +69,27 @@ choose_device() {
 
 check_device() {
     local said tool=vexofflinecameratest
-    device_name="$(on_device 30 'echo "$(getprop ro.product.model), $(getprop ro.build.fingerprint)"')" ||
-        no_run "$serial does not answer: ${device_name:-try adb -s $serial shell}"
-    device_name="$serial, $device_name"
-    said="$(on_device 30 "command -v $tool || ls /vendor/bin/$tool" 2>/dev/null)" ||
-        no_run "$serial has no $tool: build it and push it (docs/device.md)"
-    on_device 30 "test -x ${said@Q}" ||
+    device_name="$serial, $(ask 'echo "$(getprop ro.product.model), $(getprop ro.build.fingerprint)"')"
+    said="$(ask "command -v $tool || ls /vendor/bin/$tool 2>/dev/null || echo")"
+    [[ "$said" == /* ]] || no_run "$serial has no $tool: build it and push it (docs/device.md)"
+    [[ "$(ask "test -x ${said@Q} && echo yes || echo no")" == yes ]] ||
         no_run "$serial: $said is not executable: adb -s $serial shell chmod 755 $said"
-    said="$(on_device 30 "service check $service_name" 2>&1)" || true
-    [[ "$said" == *": found"* ]] ||
+    [[ "$(ask "service check $service_name; echo")" == *": found"* ]] ||
         no_run "$serial: no service $service_name; start it (docs/device.md)"
-    said="$(on_device 30 "for folder in $camera/offlinecameratest $camera/metadata; do
+    said="$(ask "for folder in $camera/offlinecameratest $camera/metadata; do
         test -d \$folder || echo has no folder \$folder
-        test -w \$folder || echo does not let its shell write in \$folder; done")"
+        test -w \$folder || echo does not let its shell write in \$folder; done; echo")"
     [[ -z "$said" ]] || no_run "$serial ${said%%$'\n'*}: 'adb root', then adb -s $serial shell" \
         "'mkdir -p $camera/offlinecameratest $camera/metadata; restorecon -R $camera'"
     require_space 0
+    [[ "$(ask "echo 1 | sha256sum; stat -c %z /")" == 4355a46b*$'\n'*:* ]] ||
+        no_run "$serial: its shell has no sha256sum or no stat"
 }
 
 # require_space BYTES: for source files of this size and dumps of 64 MB.
 require_space() {
     local free needed=$(($1 / 1024 + 65536))
-    free="$(on_device 30 "df -k $camera" | awk 'END { print $(NF - 2) }')"
+    free="$(ask "df -k $camera" | awk 'END { print $(NF - 2) }')"
     [[ ! "$free" =~ ^[0-9]+$ ]] || ((free >= needed)) ||
         no_run "$serial has $free kB free in $camera, a run needs $needed: delete what is not needed"
 }
@@ -106,10 +114,10 @@ pack_frame() {
 # What is on the device and did not come from here is not lost.
 make_fit() {
     local path="$1" file="$data/${1#"$camera/"}" name="${1##*/}" needed=$((${2:-0} * ${3:-0}))
-    local digest theirs="" size=0 foreign="" aside
+    local digest theirs size foreign="" aside
     [[ "$name" == *.raw ]] || needed=$((needed * 3 / 2))
-    read -r theirs size < <(on_device 60 "test -e ${path@Q} && sha256sum <${path@Q} | cut -c 1-64 &&
-        stat -c %s ${path@Q}" | tr '\n' ' ') || true
+    theirs="$(ask "! test -e ${path@Q} || echo \$(sha256sum <${path@Q}) \$(stat -c %s ${path@Q})")"
+    size="${theirs##* }" theirs="${theirs%% *}"
     [[ -z "$theirs" ]] || grep -qsx "$theirs" "$out/.pushed" || foreign=1
     if [[ -n "$foreign" && -z "$photo${given[--data]}" ]]; then
         if ((size >= needed)); then
@@ -130,7 +138,8 @@ make_fit() {
     [[ "$digest" != "$theirs" ]] || return 0
     if [[ -n "$foreign" ]]; then
         aside="$path.kept-${theirs::8}"
-        on_device 60 "mv -f ${path@Q} ${aside@Q}" || no_run "$serial: could not rename $path"
+        [[ "$(ask "mv -f ${path@Q} ${aside@Q} && echo moved")" == moved ]] ||
+            no_run "$serial: could not rename $path"
         say "$serial: its own $name is now ${aside##*/}"
     fi
     require_space "$(stat -c %s "$file")"
@@ -164,7 +173,7 @@ learn_geometry() {
 # --- The run. ---
 
 # Every file of the device's folder with the time of its last change.
-list_files() { on_device 60 "find $camera -type f -exec stat -c '%z|%s|%n' {} +" | sort; }
+list_files() { ask "find $camera -type f -exec stat -c '%z|%s|%n' {} +" | sort; }
 
 # stop_tool SIGNAL: sends it to the tool on the device, which may have just been started.
 stop_tool() {
@@ -174,25 +183,34 @@ stop_tool() {
         ! read -r pid <"$kept/pid" || break
         sleep 0.1
     done
-    [[ -z "$pid" ]] || on_device 10 "kill -$1 $pid" || true
+    [[ -z "$pid" ]] || on_device "kill -$1 $pid" || true
 }
 
-# Runs the tool: sets $status and, as on the device, $pid, which comes before its output. Keeps that,
-# and fetches the log and the list of what was written.
+# take_output: of the tool from the device. The first line is its process's number.
+take_output() {
+    trap '' INT # the terminal's is for the tool
+    IFS= read -r pid || true
+    if [[ "$pid" =~ ^[0-9]+.?$ ]]; then echo "${pid%$'\r'}" >"$kept/pid"; else echo "$pid"; fi
+    tr -d '\r'
+}
+
+# Runs the tool: sets $status and, as on the device, $pid. Keeps its output, after which the device
+# prints the status, and fetches the log and the list of what was written.
 run_tool() {
-    local since before client reader
-    pid=""
-    since="$(on_device 30 "date '+%m-%d %H:%M:%S.000'")"
+    local since before client reader line
+    since="$(ask "date '+%m-%d %H:%M:%S.000'")"
     before="$(list_files)"
+    pid=""
     rm -f "$kept/pipe" && mkfifo "$kept/pipe" && : >"$kept/pid"
-    { IFS= read -r pid && echo "${pid%$'\r'}" >"$kept/pid"; cat; } <"$kept/pipe" >"$kept/out" &
+    take_output <"$kept/pipe" >"$kept/out" &
     reader=$!
-    adb -s "$serial" shell "echo \$\$; exec ${command[*]@Q}" </dev/null >"$kept/pipe" 8>&- 9>&- &
+    line="trap : INT; sh -c 'echo \$\$; exec \"\$0\" \"\$@\"' ${command[*]@Q}; end=\$?; echo; echo status \$end"
+    adb -s "$serial" shell "$line" </dev/null >"$kept/pipe" 8>&- 9>&- &
     client=$!
     progress "run: the tool runs on $serial"
     trap 'stop_tool INT' INT
     trap 'stop_tool TERM' TERM HUP
-    while status=0 && { wait "$client" || status=$?; } && kill -0 "$client" 2>/dev/null; do
+    while ! wait "$client" && kill -0 "$client" 2>/dev/null; do
         for _ in {1..100}; do # 10 s until it has ended, with all that adb has to bring
             ! kill -0 "$client" 2>/dev/null || sleep 0.1
         done
@@ -202,34 +220,40 @@ run_tool() {
     trap - INT TERM HUP
     progress_ends
     read -r pid <"$kept/pid" || true
-    [[ "$(call_adb 10 -s "$serial" get-state 2>&1)" == device ]] ||
-        no_run "$serial went away during the run: connect it again"
+    line="$(tail -n 1 "$kept/out")"
+    [[ "$line" =~ ^status\ ([0-9]+)$ ]] || no_run "$serial went away during the run: connect it again"
+    status="${BASH_REMATCH[1]}"
+    truncate -s "-$((${#line} + 2))" "$kept/out"
     take_log "$since" "$pid" >"$out/run.log"
-    written="$(comm -13 <(echo "$before") <(list_files) | cut -d '|' -f 3-)"
+    written="$(comm -13 <(echo "$before") <(list_files))"
 }
 
 # take_log SINCE PID: the tool's lines, and those of every crash.
 take_log() {
-    local buffer said
+    local buffer said since="$1"
+    [[ "$since" =~ ^[0-9]{2}-[0-9]{2}\ [0-9:.]+$ ]] || since=""
     for buffer in main crash; do
-        said="$(call_adb 60 -s "$serial" logcat -d -b "$buffer" -v threadtime -v usec -T "$1" 2>&1)" ||
+        said="$(call_adb 60 -s "$serial" logcat -d -b "$buffer" -v threadtime -v usec \
+            ${since:+-T "$since"} 2>&1)" ||
             { say "$serial: no $buffer log: ${said##*$'\n'}" && continue; }
         printf '%s\n' "$said"
     done | tr -d '\r' |
         awk -v pid="$2" '$3 == pid || $6 ~ /^DEBUG:?$/ || /: Fatal signal /' | sort -s -k 1,2
 }
 
-# Turns the paths on the device in $written into path, time and size of files in the data folder.
+# Turns the device's list of files in $written into path, time and size of files in the data folder.
 fetch_dumps() {
-    local paths="$written" path file
+    local list="$written" path size file
     written=""
-    while IFS= read -r path; do
-        [[ "$path" == "$camera"/* && "$path" != *.part ]] || continue
+    while IFS='|' read -r _ size path; do
+        [[ "$path" == "$camera"/* && "$path" != *.part && "$path" != */../* ]] || continue
         file="$data/${path#"$camera/"}"
         mkdir -p "${file%/*}"
         fetch "$path" "$file" || { lost=1 && continue; }
-        written+="${path#"$camera/"}"$'\t'0$'\t'"$(stat -c %s "$file")"$'\n'
-    done <<<"$paths"
+        [[ "$(stat -c %s "$file")" == "$size" ]] ||
+            { complain "$(here "$file"): has not the $size bytes that $serial has" && lost=1; }
+        written+="${path#"$camera/"}"$'\t'0$'\t'"$size"$'\n'
+    done <<<"$list"
 }
 
 # run_on_device SERIAL: the whole of it, until the source files fit, which takes a second run where

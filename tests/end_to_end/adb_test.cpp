@@ -142,7 +142,7 @@ TEST_F(Adb, ADeviceThatGoesAwayLosesNothing) {
     EXPECT_THAT(pulled.err, AllOf(HasSubstr("failed to read copy"), HasSubstr("could not pull")));
     EXPECT_EQ(ReportOfRun()["run"]["status"], 0);
     SetDevices("phone1 device\n");
-    Write("unplug", "exec 'vexoff");
+    Write("unplug", "'vexoff");
     EXPECT_THAT(Run({"--adb", "-t", "Y2J"}).err, HasSubstr("went away during the run"));
     SetDevices("phone1 device\n");
     fs::remove(m_root + "/camera/offlinecameratest/4000_3000_NV12.yuv");
