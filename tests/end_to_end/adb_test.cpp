@@ -116,6 +116,7 @@ TEST_F(Adb, BringsFramesForTheDevicesBuffersAndTheReportOfTheRun) {
     EXPECT_EQ(report["calls"].size(), 0u);
     EXPECT_THAT(report["missing"].dump(), HasSubstr("binder calls"));
     EXPECT_EQ(report["phases"][0]["name"], "start-up");
+    EXPECT_EQ(report["run"]["durationUs"], report["log"].back()["timeUs"]);
 
     // All is known and there: one run, and nothing is pushed.
     const Finished second = Run({"--adb", "-t", "B2Y"});

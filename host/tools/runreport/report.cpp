@@ -47,6 +47,7 @@ void TakeDeviceLog(const Inputs& inputs, Report* report) {
                                   }),
                   report);
     report->omittedLogLines = log.omitted;
+    report->run.durationUs = 0;  // the command's is longer: it fetched all this
     int64_t endUs = 0;
     for (const runlog::Line& line : log.lines) {
         if (line.pid == run->pid) endUs = std::max(endUs, line.timeUs);
