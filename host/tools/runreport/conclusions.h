@@ -10,8 +10,9 @@ namespace runreport {
 // Of calls that failed, waits that timed out, late callbacks, dumps and sources.
 std::vector<Problem> FindConclusions(const Report& report);
 
-// Whether an error line of a service only repeats what it answered to a call.
-bool RepeatsAnswer(const Report& report, const runlog::Line& line);
+// Whether another problem tells what this error line does: that of a crash on a device, or of the
+// call that a service answered with it.
+bool IsToldElsewhere(const Report& report, const runlog::Line& line);
 
 // Sets cause and cure of an error line where log and trace tell them, and the time of a program's
 // end.

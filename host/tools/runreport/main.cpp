@@ -20,9 +20,11 @@ struct Options {
     runreport::Inputs inputs;
     std::string html, json;  // files
     int64_t endedUs = 0;     // since the epoch
-    std::optional<uint64_t> status;
+    std::optional<uint64_t> status, pid;
     bool summary = false;
     bool followWaits = false;
+    bool sources = false;
+    std::string import;  // folder
     bool help = false;
 };
 
@@ -63,6 +65,17 @@ std::vector<base::Option> TableOf(Options* options) {
                        &inputs.dataFolder),
             base::Texts("--dump", "FILE", "a file that the run wrote; may be repeated",
                         &inputs.dumps),
+            base::Text("--device", "NAME",
+                       "it was on this device; its log may have other lines, too",
+                       &inputs.run.device),
+            base::Text("--import", "DIR", "all that is known is a folder with a device's log",
+                       &options->import),
+            base::Number("--pid", "N", "a device's run is this process's, not the last in the log",
+                         1, INT32_MAX, &options->pid),
+            base::Switch("--sources",
+                         "the tool's source files on standard output: path, bytes per "
+                         "row and rows of its buffer",
+                         &options->sources),
             base::Switch("--help", "show this help", &options->help)};
 }
 
@@ -84,6 +97,13 @@ bool Write(const std::string& path, const std::string& text) {
     return static_cast<bool>(file);
 }
 
+int PrintSources(const runreport::Report& report) {
+    for (const runlog::Source& source : report.facts.sources) {
+        printf("%s\t%u\t%u\n", source.path.c_str(), source.stride, source.scanlines);
+    }
+    return 0;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -91,21 +111,34 @@ int main(int argc, char** argv) {
     const std::vector<base::Option> table = TableOf(&options);
     auto command = base::ReadOptions(table, base::WordsOf(argc, argv), base::Order::kBeforeWords);
     const bool writes = !options.html.empty() || !options.json.empty();
-    if (command.Ok() && !writes && !options.summary && !options.followWaits && !options.help) {
-        command = Failure{"none of --html, --json, --summary and --follow-waits is given"};
+    if (command.Ok() && !writes && !options.summary && !options.followWaits && !options.sources &&
+        !options.help) {
+        command =
+                Failure{"none of --html, --json, --summary, --sources and --follow-waits is given"};
     }
     if (!command.Ok()) {
         fprintf(stderr, "runreport: %s; try 'runreport --help'\n", command.Error().c_str());
         return 2;
     }
     if (options.help) return fputs(HelpOf(table).c_str(), stdout) < 0;
-    runreport::Run& run = options.inputs.run;
-    run.command = command.Value();
-    run.durationUs = std::max<int64_t>(options.endedUs - run.startedUs, 0);
-    run.status = static_cast<int>(options.status.value_or(0));
-    if (options.followWaits) runreport::FollowWaits(options.inputs);
+    runreport::Inputs& inputs = options.inputs;
+    inputs.run.command = command.Value();
+    inputs.run.durationUs = std::max<int64_t>(options.endedUs - inputs.run.startedUs, 0);
+    inputs.run.status = static_cast<int>(options.status.value_or(0));
+    if (options.pid) inputs.pid = static_cast<int>(*options.pid);
+    if (!inputs.run.device.empty()) inputs.run.place = runreport::Place::kDevice;
+    if (!options.import.empty()) {
+        auto imported = runreport::ImportFolder(options.import, inputs);
+        if (!imported.Ok()) {
+            fprintf(stderr, "run: --import %s\n", imported.Error().c_str());
+            return 2;
+        }
+        inputs = std::move(imported).Value();
+    }
+    if (options.followWaits) runreport::FollowWaits(inputs);
     const runreport::Report report = runreport::MakeReport(
-            options.inputs, writes ? runreport::Pictures::kReduced : runreport::Pictures::kNone);
+            inputs, writes ? runreport::Pictures::kReduced : runreport::Pictures::kNone);
+    if (options.sources) return PrintSources(report);
     bool done = options.json.empty() || Write(options.json, runreport::ReportJson(report));
     done &= options.html.empty() || Write(options.html, runreport::ReportPage(report));
     const bool succeeded = !options.summary || runreport::PrintSummary(report);

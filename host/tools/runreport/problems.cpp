@@ -24,24 +24,28 @@ std::string Joined(std::string_view text) {
 }
 
 // What log and trace tell of this run goes before what the table says of all.
-void Explain(const Explanation* explanation, Problem* problem) {
+void Explain(const Explanation* explanation, Place place, Problem* problem) {
     problem->concluded = !problem->cause.empty();
     if (!explanation) return;
     if (problem->cause.empty()) problem->cause = Joined(explanation->cause);
-    if (problem->cure.empty()) problem->cure = Joined(explanation->cure);
+    if (!problem->cure.empty()) return;
+    problem->cure = Joined(explanation->cure);
+    if (place != Place::kWorkstation && !explanation->onDevice.empty()) {
+        problem->cure += " " + Joined(explanation->onDevice);
+    }
 }
 
 void AddErrorLines(const Report& report, std::vector<Problem>* problems) {
     for (const runlog::Error& error : runlog::DifferentErrors(report.log)) {
         if (problems->size() == kMaxErrorLines) return;
-        if (RepeatsAnswer(report, error.line)) continue;
+        if (IsToldElsewhere(report, error.line)) continue;
         Problem problem;
         problem.text = error.line.message;
         problem.timeUs = error.line.timeUs;
         problem.count = error.count;
         problem.logged = true;
         ConcludeLine(report, error.line, &problem);
-        Explain(explanations::Explain(problem.text), &problem);
+        Explain(explanations::Explain(problem.text), report.run.place, &problem);
         problems->push_back(problem);
     }
 }
@@ -58,16 +62,16 @@ int64_t LastSignOfTool(const Report& report) {
 void AddEnding(const Report& report, std::vector<Problem>* problems) {
     const Run& run = report.run;
     const std::string ending = run.Ending();
-    if (ending == "finished") return;
+    if (ending == "finished" || ending == "unknown") return;
     Problem problem;
     problem.text = ending == "usage-error" ? "The tool refused its arguments"
                    : ending == "signal"    ? "The run was ended by " + run.SignalName()
                    : ending == "no-device"
                            ? "The run did not start"
-                           : "The run ended with status " + std::to_string(run.status);
+                           : "The run ended with status " + std::to_string(*run.status);
     problem.timeUs = ending == "signal" ? LastSignOfTool(report) : run.durationUs;
     if (ending == "signal") problem.cause = CauseOfSignal(report);
-    Explain(explanations::ExplainStatus(run.status), &problem);
+    Explain(explanations::ExplainStatus(*run.status), run.place, &problem);
     problems->push_back(problem);
 }
 
@@ -85,7 +89,7 @@ std::vector<Problem> FindProblems(const Report& report) {
             continue;
         }
         if (problems.size() == kMaxProblems) continue;
-        Explain(explanations::Explain(problem.text), &problem);
+        Explain(explanations::Explain(problem.text), report.run.place, &problem);
         problems.push_back(problem);
     }
     AddEnding(report, &problems);
