@@ -46,6 +46,20 @@ TEST(Png, ComesBackAsItWasWrittenAndUpright) {
     EXPECT_EQ(turned.width, 21u);
 }
 
+TEST(MakeUpright, TurnsAndMirrorsAsExifSays) {
+    Picture stored({3, 2});
+    for (size_t i = 0; i < 18; ++i) stored.rgb[i] = static_cast<uint8_t>('0' + i / 3);
+    const char* const kUpright[] = {"012345", "210543", "543210", "345012",
+                                    "031425", "304152", "524130", "251403"};
+    for (int orientation = 1; orientation <= 8; ++orientation) {
+        const Picture upright = MakeUpright(stored, orientation);
+        std::string pixels;
+        for (size_t i = 0; i < 18; i += 3) pixels += static_cast<char>(upright.rgb[i]);
+        EXPECT_EQ(pixels, kUpright[orientation - 1]) << orientation;
+        EXPECT_EQ(upright.width, orientation < 5 ? 3u : 2u) << orientation;
+    }
+}
+
 TEST(Png, OfSixteenBitsIsSrgbAndTransparencyWhite) {
     const Bytes png = {137, 80,  78,  71, 13, 10,  26,  10, 0,  0,  0,   13,  73,  72,  68,
                        82,  0,   0,   0,  2,  0,   0,   0,  1,  16, 6,   0,   0,   0,   164,
