@@ -31,7 +31,7 @@ int Run(const Program& program) {
     ABinderProcess_setThreadPoolMaxThreadCount(program.threads);
     ABinderProcess_startThreadPool();
     const binder_exception_t registered =
-            AServiceManager_addService(service.Value()->asBinder().get(), program.instance);
+            AServiceManager_addService(service.Value().get(), program.instance);
     if (registered != EX_NONE) {
         return Fail(program, EXIT_FAILURE,
                     std::string("cannot register ") + program.instance + " (exception " +

@@ -1,12 +1,11 @@
 // The main program of a service process: options, environment, registration.
 #pragma once
 
-#include <android/binder_interface_utils.h>
+#include <android/binder_auto_utils.h>
 #include <base/result.h>
 
 #include <cstdint>
 #include <functional>
-#include <memory>
 
 #include "fault_set.h"
 
@@ -20,7 +19,7 @@ struct Program {
     uint32_t threads;        // of the pool that takes calls
     FaultSet* faults;
     // The object to serve; called once, after every fault was added.
-    std::function<base::Result<std::shared_ptr<ndk::ICInterface>>()> make;
+    std::function<base::Result<ndk::SpAIBinder>()> make;
 };
 
 // Serves until the process is ended. Returns main's status where there is nothing to serve, after

@@ -4,8 +4,8 @@
 
 int main(int argc, char** argv) {
     services::FaultSet faults = graphics::Allocator::Faults();
-    const auto make = [&]() -> base::Result<std::shared_ptr<ndk::ICInterface>> {
-        return {ndk::SharedRefBase::make<graphics::Allocator>(faults)};
+    const auto make = [&]() -> base::Result<ndk::SpAIBinder> {
+        return ndk::SharedRefBase::make<graphics::Allocator>(faults)->asBinder();
     };
     return services::Serve({"graphicsallocator",
                             "Allocates graphics buffers for other processes until it is ended.",

@@ -30,16 +30,16 @@ struct BufferGeometry {
     std::vector<PlaneLayout> planes;  // none of a BLOB
 };
 
-Result<BufferGeometry> ReadGeometry(const ::android::sp<IMapper>& mapper, void* handle) {
+Result<BufferGeometry> ReadGeometry(void* handle) {
     BufferGeometry geometry;
     std::string missing;  // the first value that the mapper did not give
     const auto read = [&](const char* name, const IMapper::MetadataType& type, auto decode,
                           auto* out) {
         bool decoded = false;
-        const auto answer =
-                mapper->get(handle, type, [&](Error error, const hidl_vec<uint8_t>& metadata) {
-                    decoded = error == Error::NONE && decode(metadata, out) == ::android::NO_ERROR;
-                });
+        const auto take = [&](Error error, const hidl_vec<uint8_t>& metadata) {
+            decoded = error == Error::NONE && decode(metadata, out) == ::android::NO_ERROR;
+        };
+        const auto answer = DeviceMapper()->get(handle, type, take);
         if (missing.empty() && !(answer.isOk() && decoded)) missing = name;
     };
     read("width", gralloc4::MetadataType_Width, gralloc4::decodeWidth, &geometry.width);
@@ -60,20 +60,6 @@ int64_t Bits(PlaneLayoutComponentType type) {
     return static_cast<int64_t>(type);
 }
 
-// The plane that has exactly these standard components, or null.
-const PlaneLayout* FindPlane(const BufferGeometry& geometry, int64_t components) {
-    for (const PlaneLayout& plane : geometry.planes) {
-        int64_t bits = 0;
-        for (const auto& component : plane.components) {
-            if (gralloc4::isStandardPlaneLayoutComponentType(component.type)) {
-                bits |= component.type.value;
-            }
-        }
-        if (bits == components) return &plane;
-    }
-    return nullptr;
-}
-
 // Whether `rows` rows of `rowBytes` bytes are inside the allocation.
 bool FitsInside(const PlaneLayout& plane, uint64_t rowBytes, uint64_t rows, uint64_t size) {
     if (plane.offsetInBytes < 0 || plane.strideInBytes < 0) return false;
@@ -84,19 +70,35 @@ bool FitsInside(const PlaneLayout& plane, uint64_t rowBytes, uint64_t rows, uint
            first + (rows - 1) * stride + rowBytes <= size;
 }
 
-PlanePlaces Places(const PlaneLayout& first, int64_t second) {
-    return {static_cast<uint64_t>(first.offsetInBytes), static_cast<uint64_t>(second),
+// The plane that has exactly these standard components, or null; also null if it does not hold
+// `rows` rows of `rowBytes` bytes.
+const PlaneLayout* FindPlane(const BufferGeometry& geometry, int64_t components, uint64_t rowBytes,
+                             uint64_t rows) {
+    for (const PlaneLayout& plane : geometry.planes) {
+        int64_t bits = 0;
+        for (const auto& component : plane.components) {
+            if (gralloc4::isStandardPlaneLayoutComponentType(component.type)) {
+                bits |= component.type.value;
+            }
+        }
+        if (bits != components) continue;
+        return FitsInside(plane, rowBytes, rows, geometry.allocationSize) ? &plane : nullptr;
+    }
+    return nullptr;
+}
+
+PicturePlaces Places(const BufferGeometry& geometry, const PlaneLayout& first, int64_t second) {
+    return {static_cast<uint32_t>(geometry.width), static_cast<uint32_t>(geometry.height),
+            static_cast<uint64_t>(first.offsetInBytes), static_cast<uint64_t>(second),
             static_cast<uint64_t>(first.strideInBytes)};
 }
 
-Result<PlanePlaces> PlaceRaw(const BufferGeometry& geometry) {
-    const PlaneLayout* plane = FindPlane(geometry, Bits(PlaneLayoutComponentType::RAW));
+Result<PicturePlaces> PlaceRaw(const BufferGeometry& geometry) {
     const size_t rowBytes = imaging::Raw10RowBytes(static_cast<uint32_t>(geometry.width));
-    if (plane == nullptr ||
-        !FitsInside(*plane, rowBytes, geometry.height, geometry.allocationSize)) {
-        return Failure{"the buffer has no RAW plane that holds the picture"};
-    }
-    return Places(*plane, 0);
+    const PlaneLayout* const raw =
+            FindPlane(geometry, Bits(PlaneLayoutComponentType::RAW), rowBytes, geometry.height);
+    if (raw == nullptr) return Failure{"the buffer has no RAW plane that holds the picture"};
+    return Places(geometry, *raw, 0);
 }
 
 // Cb first in each pair of bytes.
@@ -109,25 +111,29 @@ bool IsCbCr(const PlaneLayout& plane) {
     return true;
 }
 
-Result<PlanePlaces> PlaceNv12(const BufferGeometry& geometry) {
-    const PlaneLayout* luma = FindPlane(geometry, Bits(PlaneLayoutComponentType::Y));
-    const PlaneLayout* chroma = FindPlane(
-            geometry, Bits(PlaneLayoutComponentType::CB) | Bits(PlaneLayoutComponentType::CR));
-    const uint64_t size = geometry.allocationSize;
+Result<PicturePlaces> PlaceNv12(const BufferGeometry& geometry) {
+    const int64_t cbCr = Bits(PlaneLayoutComponentType::CB) | Bits(PlaneLayoutComponentType::CR);
+    const PlaneLayout* const luma =
+            FindPlane(geometry, Bits(PlaneLayoutComponentType::Y), geometry.width, geometry.height);
+    const PlaneLayout* const chroma =
+            FindPlane(geometry, cbCr, geometry.width, geometry.height / 2);
     if (luma == nullptr || chroma == nullptr || !IsCbCr(*chroma) ||
-        luma->strideInBytes != chroma->strideInBytes ||
-        !FitsInside(*luma, geometry.width, geometry.height, size) ||
-        !FitsInside(*chroma, geometry.width, geometry.height / 2, size)) {
+        luma->strideInBytes != chroma->strideInBytes) {
         return Failure{"the buffer has no luma and CbCr planes that hold the picture"};
     }
-    return Places(*luma, chroma->offsetInBytes);
+    return Places(geometry, *luma, chroma->offsetInBytes);
 }
 
 }  // namespace
 
-Result<PlanePlaces> FindPlanes(const ::android::sp<IMapper>& mapper, void* handle,
-                               const Stream& stream) {
-    const Result<BufferGeometry> read = ReadGeometry(mapper, handle);
+const ::android::sp<IMapper>& DeviceMapper() {
+    // Never destroyed: threads may still work while the process exits.
+    static const auto* const mapper = new ::android::sp<IMapper>(IMapper::getService());
+    return *mapper;
+}
+
+Result<PicturePlaces> FindPicture(void* handle, const Stream& stream) {
+    const Result<BufferGeometry> read = ReadGeometry(handle);
     if (!read.Ok()) return read.GetFailure();
     const BufferGeometry& geometry = read.Value();
     const auto format = static_cast<PixelFormat>(geometry.format);
@@ -140,7 +146,7 @@ Result<PlanePlaces> FindPlanes(const ::android::sp<IMapper>& mapper, void* handl
     if (format == PixelFormat::BLOB) {
         const auto needed = static_cast<uint64_t>(stream.bufferSize);
         if (geometry.width >= needed && geometry.height == 1 && geometry.allocationSize >= needed) {
-            return PlanePlaces{};
+            return PicturePlaces{};
         }
         return Failure{"the buffer is " + size + " with " +
                        std::to_string(geometry.allocationSize) + " bytes: the stream needs " +

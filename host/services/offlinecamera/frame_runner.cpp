@@ -3,6 +3,7 @@
 
 #include <chrono>
 
+#include "faults.h"
 #include "pipeline.h"
 #include "refusal.h"
 
@@ -20,34 +21,33 @@ int64_t Nanoseconds() {
 
 }  // namespace
 
-void RunFrame(const Request& request, const SessionClient& client, const FaultInjector& faults,
-              const StopSignal& stop) {
+void RunFrame(const Request& request, const Client& client, const StopSignal& stop) {
     const auto notify = [&](NotifyMsg message) {
-        if (!faults.AlterMessage(&message) || stop.Stopped()) return;
-        const auto status = client.callback->notify({message});
+        if (!faults::AlterMessage(&message) || stop.Stopped()) return;
+        const auto status = client->notify({message});
         if (!status.isOk()) LogProblem("notify failed: " + status.getDescription());
     };
     if (stop.WaitFor(kShutterDelay)) return;
-    faults.BeforeFrame(client, request.streams->inputs[0], stop);
+    faults::BeforeFrame(client, request.streams->inputs[0], stop);
     const int64_t timestamp = Nanoseconds();
-    if (!faults.Has("result-first")) notify(MakeShutter(request.frameNumber, timestamp));
+    if (!faults::Has("result-first")) notify(MakeShutter(request.frameNumber, timestamp));
 
-    const auto made = MakePictures(request, client, faults);
-    if (!made.Ok() && faults.Has("silent-without-buffers")) return;
+    const auto made = MakePictures(request, client);
+    if (!made.Ok() && faults::Has("silent-without-buffers")) return;
     if (!made.Ok()) {
         LogProblem("frame " + std::to_string(request.frameNumber) + " failed: " + made.Error());
         notify(MakeError(request.frameNumber));
     }
     const BufferStatus outputs = made.Ok() ? BufferStatus::OK : BufferStatus::ERROR;
-    for (OfflineCaptureResult& result : faults.MakeResults(request, outputs, stop)) {
+    for (OfflineCaptureResult& result : faults::MakeResults(request, outputs, stop)) {
         if (stop.Stopped()) break;
         std::vector<OfflineCaptureResult> one;
         one.push_back(std::move(result));
-        const auto status = client.callback->processCaptureResult(one);
+        const auto status = client->processCaptureResult(one);
         if (!status.isOk()) LogProblem("processCaptureResult failed: " + status.getDescription());
     }
-    faults.SpoilLater(request, stop);
-    if (faults.Has("result-first")) notify(MakeShutter(request.frameNumber, timestamp));
+    faults::SpoilLater(request, stop);
+    if (faults::Has("result-first")) notify(MakeShutter(request.frameNumber, timestamp));
     __android_log_print(ANDROID_LOG_INFO, kLogTag, "frame %d: done in %lld ms", request.frameNumber,
                         static_cast<long long>((Nanoseconds() - timestamp) / 1'000'000));
 }

@@ -1,7 +1,8 @@
 // One request from shutter to result, on its session's thread.
 #pragma once
 
-#include "faults.h"
+#include "borrowed_buffers.h"
+#include "session_worker.h"
 
 namespace offlinecamera {
 
@@ -9,7 +10,6 @@ namespace offlinecamera {
 // input buffers' ids without handles, one part of metadata. If the pictures fail, an error message
 // (ERROR_REQUEST) goes before the result, and the result's output buffers have status ERROR. Once
 // stopped, nothing more is sent.
-void RunFrame(const Request& request, const SessionClient& client, const FaultInjector& faults,
-              const StopSignal& stop);
+void RunFrame(const Request& request, const Client& client, const StopSignal& stop);
 
 }  // namespace offlinecamera

@@ -14,7 +14,6 @@ namespace {
 
 using ::aidl::android::hardware::graphics::common::BufferUsage;
 using ::android::hardware::hidl_handle;
-using Mapper = ::android::hardware::graphics::mapper::V4_0::IMapper;
 using ::android::hardware::graphics::mapper::V4_0::Error;
 using base::Failure;
 using base::Result;
@@ -26,11 +25,10 @@ Failure MapperFailure(const std::string& what, Error error) {
 
 }  // namespace
 
-Result<ImportedBuffer> ImportedBuffer::Import(const ::android::sp<IMapper>& mapper,
-                                              const NativeHandle& handle,
+Result<ImportedBuffer> ImportedBuffer::Import(const NativeHandle& handle,
                                               const NativeHandle& acquireFence,
                                               const Stream& stream) {
-    if (mapper == nullptr) return Failure{"there is no graphics mapper"};
+    if (DeviceMapper() == nullptr) return Failure{"there is no graphics mapper"};
     if (::android::isAidlNativeHandleEmpty(handle)) {
         return Failure{"the buffer handle is empty: was the buffer allocated?"};
     }
@@ -40,7 +38,6 @@ Result<ImportedBuffer> ImportedBuffer::Import(const ::android::sp<IMapper>& mapp
                        " integers: it is one descriptor or nothing"};
     }
     ImportedBuffer imported;
-    imported.m_mapper = mapper;
     if (!acquireFence.fds.empty()) {
         imported.m_fence = acquireFence.fds[0].dup();
         if (imported.m_fence.get() < 0) return Failure{"acquire fence cannot be duplicated"};
@@ -49,23 +46,24 @@ Result<ImportedBuffer> ImportedBuffer::Import(const ::android::sp<IMapper>& mapp
     if (raw == nullptr) return Failure{"the buffer handle is too large"};
     Error error = Error::NO_RESOURCES;
     void* own = nullptr;
-    const auto answer = mapper->importBuffer(hidl_handle(raw), [&](Error result, void* buffer) {
+    const auto take = [&](Error result, void* buffer) {
         error = result;
         own = buffer;
-    });
+    };
+    const auto answer = DeviceMapper()->importBuffer(hidl_handle(raw), take);
     native_handle_delete(raw);
     if (!answer.isOk() || error != Error::NONE || own == nullptr) {
         return MapperFailure("import the buffer handle", error);
     }
-    imported.m_handle = std::shared_ptr<void>(own, [mapper](void* buffer) {
-        const auto freed = mapper->freeBuffer(buffer);
+    imported.m_handle = std::shared_ptr<void>(own, [](void* buffer) {
+        const auto freed = DeviceMapper()->freeBuffer(buffer);
         if (!freed.isOk() || static_cast<Error>(freed) != Error::NONE) {
             LogProblem("the mapper does not free a buffer");
         }
     });
-    const Result<PlanePlaces> planes = FindPlanes(mapper, own, stream);
-    if (!planes.Ok()) return planes.GetFailure();
-    imported.m_planes = planes.Value();
+    const Result<PicturePlaces> picture = FindPicture(own, stream);
+    if (!picture.Ok()) return picture.GetFailure();
+    imported.m_picture = picture.Value();
     return imported;
 }
 
@@ -77,23 +75,22 @@ Result<LockedBuffer> LockedBuffer::Lock(const ImportedBuffer& buffer, Access acc
     fence->data[0] = buffer.m_fence.get();
     Error error = Error::NO_RESOURCES;
     void* data = nullptr;
-    const Mapper::Rect wholeBuffer = {0, 0, 0, 0};
-    const auto answer = buffer.m_mapper->lock(
-            buffer.m_handle.get(), static_cast<uint64_t>(usage), wholeBuffer,
-            hidl_handle(fence->data[0] < 0 ? nullptr : fence), [&](Error result, void* address) {
-                error = result;
-                data = address;
-            });
+    const auto take = [&](Error result, void* address) {
+        error = result;
+        data = address;
+    };
+    const auto answer = DeviceMapper()->lock(
+            buffer.m_handle.get(), static_cast<uint64_t>(usage), /* the whole buffer */ {},
+            hidl_handle(fence->data[0] < 0 ? nullptr : fence), take);
     if (!answer.isOk() || error != Error::NONE || data == nullptr) {
         return MapperFailure("lock the buffer", error);
     }
     LockedBuffer locked;
-    locked.m_planes = buffer.m_planes;
+    locked.m_picture = buffer.m_picture;
     locked.m_data = std::shared_ptr<uint8_t>(
-            static_cast<uint8_t*>(data),
-            [mapper = buffer.m_mapper, handle = buffer.m_handle](uint8_t*) {
+            static_cast<uint8_t*>(data), [handle = buffer.m_handle](uint8_t*) {
                 Error result = Error::NO_RESOURCES;
-                const auto unlocked = mapper->unlock(
+                const auto unlocked = DeviceMapper()->unlock(
                         handle.get(), [&](Error e, const hidl_handle&) { result = e; });
                 if (!unlocked.isOk() || result != Error::NONE) {
                     LogProblem("the mapper does not unlock a buffer");
@@ -102,14 +99,13 @@ Result<LockedBuffer> LockedBuffer::Lock(const ImportedBuffer& buffer, Access acc
     return locked;
 }
 
-imaging::MutableRawView LockedBuffer::Raw(const ImportedBuffer::Stream& stream) const {
-    return {Data() + m_planes.first, static_cast<uint32_t>(stream.width),
-            static_cast<uint32_t>(stream.height), m_planes.strideBytes};
+imaging::MutableRawView LockedBuffer::Raw() const {
+    return {Data() + m_picture.first, m_picture.width, m_picture.height, m_picture.strideBytes};
 }
 
-imaging::MutableNv12View LockedBuffer::Nv12(const ImportedBuffer::Stream& stream) const {
-    return {Data() + m_planes.first, Data() + m_planes.second, static_cast<uint32_t>(stream.width),
-            static_cast<uint32_t>(stream.height), m_planes.strideBytes};
+imaging::MutableNv12View LockedBuffer::Nv12() const {
+    return {Data() + m_picture.first, Data() + m_picture.second, m_picture.width, m_picture.height,
+            m_picture.strideBytes};
 }
 
 }  // namespace offlinecamera

@@ -14,13 +14,12 @@
 //       size.
 #pragma once
 
-#include "faults.h"
+#include "borrowed_buffers.h"
 
 namespace offlinecamera {
 
 // Fills the request's outputs. Fails with what went wrong; the outputs' content is then undefined.
 // Any thread.
-base::Result<base::Done> MakePictures(const Request& request, const SessionClient& client,
-                                      const FaultInjector& faults);
+base::Result<base::Done> MakePictures(const Request& request, const Client& client);
 
 }  // namespace offlinecamera

@@ -10,8 +10,8 @@
 #include <string>
 #include <vector>
 
+#include "borrowed_buffers.h"
 #include "death_watch.h"
-#include "faults.h"
 
 namespace offlinecamera {
 
@@ -25,26 +25,18 @@ class OfflineCameraService
     static constexpr char kInstance[] =
             "vendor.zel.hardware.camera.offlinecamera.IOfflineCameraService/default";
 
-    // `mapper` imports the clients' buffers; not null.
-    OfflineCameraService(::android::sp<ImportedBuffer::IMapper> mapper, FaultInjector faults);
-
     ndk::ScopedAStatus getSupportedOpModes(std::vector<int32_t>* modes) override;
-    ndk::ScopedAStatus registerClient(
-            int32_t clientId, const std::shared_ptr<IOfflineCameraCallback>& callback) override;
+    ndk::ScopedAStatus registerClient(int32_t clientId, const Client& client) override;
     ndk::ScopedAStatus unregisterClient(int32_t clientId) override;
-    ndk::ScopedAStatus openOfflineSession(const std::string& clientName,
-                                          const std::shared_ptr<IOfflineCameraCallback>& callback,
+    ndk::ScopedAStatus openOfflineSession(const std::string& clientName, const Client& client,
                                           std::shared_ptr<IOfflineCameraSession>* session) override;
 
   private:
     // Kept until the client leaves or dies; the service never calls it.
     struct Registration {
-        std::shared_ptr<IOfflineCameraCallback> callback;
+        Client client;
         services::DeathWatch watch;
     };
-
-    const ::android::sp<ImportedBuffer::IMapper> m_mapper;
-    const std::shared_ptr<const FaultInjector> m_faults;
 
     std::mutex m_lock;
     // By process and its number for the client.

@@ -1,8 +1,10 @@
 // The calls of a session.
 #include "session.h"
 
+#include <algorithm>
 #include <set>
 
+#include "faults.h"
 #include "frame_runner.h"
 #include "refusal.h"
 
@@ -23,16 +25,13 @@ constexpr char kEndedText[] = "the session has ended";
 
 }  // namespace
 
-OfflineCameraSession::OfflineCameraSession(std::string clientName, SessionClient client,
-                                           std::shared_ptr<const FaultInjector> faults)
+OfflineCameraSession::OfflineCameraSession(std::string clientName, Client client)
     : m_clientName(std::move(clientName)),
       m_client(std::move(client)),
-      m_faults(std::move(faults)),
-      m_worker([client = m_client, faults = m_faults](const Request& request,
-                                                      const StopSignal& stop) {
-          RunFrame(request, faults->ClientOf(client, false), *faults, stop);
+      m_worker([client = m_client](const Request& request, const StopSignal& stop) {
+          RunFrame(request, faults::ClientOf(client, false), stop);
       }) {
-    m_faults->ClientOf(m_client, true);
+    faults::ClientOf(m_client, true);
 }
 
 OfflineCameraSession::~OfflineCameraSession() {
@@ -42,7 +41,7 @@ OfflineCameraSession::~OfflineCameraSession() {
 }
 
 bool OfflineCameraSession::WatchClient() {
-    return m_deathWatch.Begin(m_client.callback->asBinder(),
+    return m_deathWatch.Begin(m_client->asBinder(),
                               [session = std::weak_ptr(ref<OfflineCameraSession>())] {
                                   if (const auto self = session.lock()) self->OnClientDied();
                               });
@@ -50,22 +49,22 @@ bool OfflineCameraSession::WatchClient() {
 
 ndk::ScopedAStatus OfflineCameraSession::configureOfflineStreams(
         const OfflineSessionConfigureInfo& info) {
-    if (auto status = m_faults->AtCall(kConfigure, "die-on-configure", "configure-error");
+    if (auto status = faults::AtCall(kConfigure, "die-on-configure", "configure-error");
         !status.isOk())
         return status;
     Result<StreamSet> streams = MakeStreamSet(info);
-    if (!streams.Ok() && m_faults->Has("take-any-streams")) return ndk::ScopedAStatus::ok();
+    if (!streams.Ok() && faults::Has("take-any-streams")) return ndk::ScopedAStatus::ok();
     if (!streams.Ok()) return Refuse(kConfigure, kIllegalArgument, streams.Error());
 
-    if ((m_faults->Has("refuse-jpeg") && streams.Value().mode == OpMode::kY2J) ||
-        (m_faults->Has("refuse-mmf") && streams.Value().mode == OpMode::kMMF)) {
+    if ((faults::Has("refuse-jpeg") && streams.Value().mode == OpMode::kY2J) ||
+        (faults::Has("refuse-mmf") && streams.Value().mode == OpMode::kMMF)) {
         return Refuse(kConfigure, kIllegalArgument, "fault switched on");
     }
 
     std::lock_guard<std::mutex> guard(m_lock);
     if (m_ended) return Refuse(kConfigure, kWrongState, kEndedText);
-    if (m_faults->Has("drop-in-flight")) m_worker.Drop();
-    if (m_faults->Has("configure-once") && m_streams != nullptr) {
+    if (faults::Has("drop-in-flight")) m_worker.Drop();
+    if (faults::Has("configure-once") && m_streams != nullptr) {
         return Refuse(kConfigure, kWrongState, "fault switched on");
     }
     if (!m_worker.FramesInFlight().empty()) {
@@ -84,39 +83,35 @@ Result<int32_t> OfflineCameraSession::AssignFrameNumbers(std::vector<Request>* r
     int32_t next = m_nextFrameNumber;
     Request* asking = nullptr;
     for (Request& request : *requests) {
-        if (request.frameNumber == -1) {
-            if (asking != nullptr) {
-                return Failure{"two requests ask for a frame number: a call returns only one"};
-            }
-            asking = &request;
-        } else if (!taken.insert(request.frameNumber).second) {
-            return Failure{"frame number " + std::to_string(request.frameNumber) + " is in use"};
-        } else if (request.frameNumber >= next) {
-            if (request.frameNumber == INT32_MAX) {
-                return Failure{"frame number 2147483647 is too large"};
-            }
-            next = request.frameNumber + 1;
+        const int32_t number = request.frameNumber;
+        if (number == INT32_MAX) return Failure{"frame number 2147483647 is too large"};
+        if (!taken.insert(number).second) {
+            return Failure{number == -1
+                                   ? "two requests ask for a frame number: a call returns only one"
+                                   : "frame number " + std::to_string(number) + " is in use"};
         }
+        if (number == -1) asking = &request;
+        next = std::max(next, number + 1);
     }
     if (asking != nullptr) {
         if (next == INT32_MAX) return Failure{"there are no frame numbers left"};
         asking->frameNumber = next++;
     }
-    if (m_faults->Has("same-number") && asking != nullptr) return asking->frameNumber = 1;
+    if (faults::Has("same-number") && asking != nullptr) return asking->frameNumber = 1;
     m_nextFrameNumber = next;
     return (asking != nullptr ? *asking : requests->front()).frameNumber;
 }
 
 ndk::ScopedAStatus OfflineCameraSession::processOfflineRequest(
         const std::vector<OfflineRequestInfo>& requests, int32_t* frameNumber) {
-    if (auto status = m_faults->AtCall(kProcess, "die-on-process", "process-error"); !status.isOk())
+    if (auto status = faults::AtCall(kProcess, "die-on-process", "process-error"); !status.isOk())
         return status;
-    for (const OfflineRequestInfo& info : requests) m_faults->AwaitFences(info);
+    for (const OfflineRequestInfo& info : requests) faults::AwaitFences(info);
     const auto refuse = [&](ServiceError error, const std::string& problem) {
-        m_faults->Leak("leak-refused");
+        faults::Leak("leak-refused");
         *frameNumber = 0;
-        return m_faults->Has("silent-refusal") ? ndk::ScopedAStatus::ok()
-                                               : Refuse(kProcess, error, problem);
+        return faults::Has("silent-refusal") ? ndk::ScopedAStatus::ok()
+                                             : Refuse(kProcess, error, problem);
     };
     if (requests.empty()) return refuse(kIllegalArgument, "no requests");
     {
@@ -129,25 +124,25 @@ ndk::ScopedAStatus OfflineCameraSession::processOfflineRequest(
         }
         std::vector<Request> checked;
         for (const OfflineRequestInfo& info : requests) {
-            Result<Request> request = MakeRequest(info, m_streams, m_client.mapper);
+            Result<Request> request = MakeRequest(info, m_streams);
             if (!request.Ok()) {
                 return refuse(kIllegalArgument,
                               "request " + std::to_string(checked.size()) + ": " + request.Error());
             }
             checked.push_back(std::move(request).Value());
-            m_faults->SpoilRequest(&checked.back());
+            faults::DropFences(&checked.back());
         }
         const Result<int32_t> number = AssignFrameNumbers(&checked);
         if (!number.Ok()) return Refuse(kProcess, kIllegalArgument, number.Error());
         *frameNumber = number.Value();
-        if (m_faults->Has("first-request-only")) checked.resize(1);
-        if (m_faults->Has("need-metadata") && requests[0].inFrameInfos[0].metadata.empty()) {
+        if (faults::Has("first-request-only")) checked.resize(1);
+        if (faults::Has("need-metadata") && requests[0].inFrameInfos[0].metadata.empty()) {
             checked.clear();
         }
-        if (m_faults->Has("short-queue") && m_worker.FramesInFlight().size() >= 2) checked.clear();
+        if (faults::Has("short-queue") && m_worker.FramesInFlight().size() >= 2) checked.clear();
         m_worker.Enqueue(std::move(checked));
     }
-    if (m_faults->Has("early-result")) m_worker.WaitUntilIdle(kIdleWait);
+    if (faults::Has("early-result")) m_worker.WaitUntilIdle(kIdleWait);
     return ndk::ScopedAStatus::ok();
 }
 
@@ -161,11 +156,11 @@ bool OfflineCameraSession::BeginEnd(const char* reason) {
 }
 
 ndk::ScopedAStatus OfflineCameraSession::closeOfflineSession() {
-    if (auto status = m_faults->AtCall(kClose, "", "close-error"); !status.isOk()) return status;
-    if (m_faults->Has("close-nothing")) return ndk::ScopedAStatus::ok();
-    if (m_faults->Has("close-waits")) m_worker.WaitUntilIdle(kIdleWait);
+    if (auto status = faults::AtCall(kClose, "", "close-error"); !status.isOk()) return status;
+    if (faults::Has("close-nothing")) return ndk::ScopedAStatus::ok();
+    if (faults::Has("close-waits")) m_worker.WaitUntilIdle(kIdleWait);
     if (!BeginEnd("closed")) {
-        m_faults->DieAt(kClose, "die-on-second-close");
+        faults::DieAt(kClose, "die-on-second-close");
         return Refuse(kClose, kWrongState, kEndedText);
     }
     if (!m_worker.Stop(kCloseWait)) {
@@ -175,8 +170,8 @@ ndk::ScopedAStatus OfflineCameraSession::closeOfflineSession() {
 }
 
 void OfflineCameraSession::OnClientDied() {
-    m_faults->DieAt("OnClientDied", "die-with-client");
-    if (m_faults->Has("keep-dead")) {
+    faults::DieAt("OnClientDied", "die-with-client");
+    if (faults::Has("keep-dead")) {
         new auto(ref<OfflineCameraSession>());  // the last reference would end the session
         return;
     }

@@ -8,8 +8,8 @@
 #include <string>
 #include <vector>
 
+#include "borrowed_buffers.h"
 #include "death_watch.h"
-#include "faults.h"
 #include "session_worker.h"
 
 namespace offlinecamera {
@@ -21,8 +21,7 @@ class OfflineCameraSession
   public:
     static constexpr size_t kMaxRequestsInFlight = 16;
 
-    OfflineCameraSession(std::string clientName, SessionClient client,
-                         std::shared_ptr<const FaultInjector> faults);
+    OfflineCameraSession(std::string clientName, Client client);
     ~OfflineCameraSession() override;
 
     // Whether the client is alive; call it once, right after construction.
@@ -35,9 +34,9 @@ class OfflineCameraSession
     // Waits, bounded, until the frame being worked on has let go of its buffers.
     ndk::ScopedAStatus closeOfflineSession() override;
 
+  private:
     void OnClientDied();
 
-  private:
     // Returns the number that the client is told.
     base::Result<int32_t> AssignFrameNumbers(std::vector<Request>* requests);
 
@@ -45,8 +44,7 @@ class OfflineCameraSession
     bool BeginEnd(const char* reason);
 
     const std::string m_clientName;
-    const SessionClient m_client;
-    const std::shared_ptr<const FaultInjector> m_faults;
+    const Client m_client;
     services::DeathWatch m_deathWatch;
 
     std::mutex m_lock;  // guards what follows, except the worker, which guards itself
