@@ -15,7 +15,7 @@ struct Program {
     const char* name;
     const char* purpose;     // one sentence, for the help
     const char* faultValue;  // what --fault takes, for the help
-    const char* instance;    // what the object is registered as
+    const char* interface;   // of the object, which is registered as its "default"
     uint32_t threads;        // of the pool that takes calls
     FaultSet* faults;
     // The object to serve; called once, after every fault was added.

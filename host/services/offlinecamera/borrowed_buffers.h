@@ -32,7 +32,6 @@ class BorrowedBuffers {
     // Never gives them back.
     void Keep() { m_ids.clear(); }
 
-    // Ids of the buffers.
     const std::vector<int64_t>& Ids() const { return m_ids; }
 
   private:

@@ -127,17 +127,12 @@ void BorrowAndReturn(const Client& client, const Stream& stream) {
     const int64_t count = Has("lend") ? Set().Argument("lend") : 1;
     const auto borrowed = BorrowedBuffers::Borrow(client, stream, static_cast<int32_t>(count));
     if (!borrowed.Ok()) return LogProblem("fault lend: " + borrowed.Error());
-    if (Has("return-twice")) {
-        ReturnStreamBuffers(*client, stream.id, borrowed.Value().Ids());
-    }
+    if (Has("return-twice")) ReturnStreamBuffers(*client, stream.id, borrowed.Value().Ids());
 }
 
 OfflineCaptureResult MakeOneResult(const Request& request, BufferStatus status) {
     OfflineCaptureResult result = MakeResult(request, status);
     auto& buffers = result.outFrameInfo.buffers;
-    if (Has("wrong-buffers")) {
-        for (StreamBuffer& buffer : buffers) buffer.bufferId += kForeignBufferId;
-    }
     if (Has("extra-buffer")) {
         StreamBuffer extra;
         extra.streamId = buffers.back().streamId;
@@ -148,6 +143,7 @@ OfflineCaptureResult MakeOneResult(const Request& request, BufferStatus status) 
     if (Has("no-buffers")) buffers.clear();
     if (Has("first-output-only")) buffers.resize(1);
     for (StreamBuffer& buffer : buffers) {
+        if (Has("wrong-buffers")) buffer.bufferId += kForeignBufferId;
         if (Has("broken-buffers")) buffer.status = BufferStatus::ERROR;
         if (Has("stuck-fence")) buffer.releaseFence.fds.emplace_back(eventfd(0, EFD_CLOEXEC));
     }
@@ -166,15 +162,15 @@ services::FaultSet& Set() {
     return *set;
 }
 
-void DieAt(const char* place, const char* fault) {
+void DieAt(const char* place, const std::string& fault) {
     if (!Has(fault)) return;
     __android_log_print(ANDROID_LOG_WARN, kLogTag, "fault: dying %s", place);
     raise(SIGKILL);
 }
 
-ndk::ScopedAStatus AtCall(const char* operation, const char* die, const char* error) {
-    DieAt(operation, die);
-    if (Has(error)) return Refuse(operation, kInternal, "fault switched on");
+ndk::ScopedAStatus AtCall(const char* operation, const std::string& name) {
+    DieAt(operation, "die-on-" + name);
+    if (Has(name + "-error")) return Refuse(operation, kInternal, "fault switched on");
     return ndk::ScopedAStatus::ok();
 }
 
@@ -182,9 +178,7 @@ void BeforeFrame(const Client& client, const Stream& stream, const StopSignal& s
     if (Has("die-after-process")) stop.WaitFor(kAnswerTime);
     DieAt("before the shutter", "die-after-process");
     if (Has("empty-callbacks")) CallWithNothing(*client);
-    if (Has("return-unknown")) {
-        ReturnStreamBuffers(*client, stream.id, {kForeignBufferId});
-    }
+    if (Has("return-unknown")) ReturnStreamBuffers(*client, stream.id, {kForeignBufferId});
     if (Has("lend") || Has("return-twice")) BorrowAndReturn(client, stream);
 }
 

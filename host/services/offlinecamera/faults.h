@@ -4,6 +4,7 @@
 
 #include <imaging/planes.h>
 
+#include <string>
 #include <vector>
 
 #include "borrowed_buffers.h"
@@ -16,15 +17,15 @@ namespace offlinecamera::faults {
 // The faults of this process; faults.cpp lists the names. Unchanging once the service runs, so any
 // thread may read them.
 services::FaultSet& Set();
-inline bool Has(const char* name) {
+inline bool Has(const std::string& name) {
     return Set().Has(name);
 }
 
 // Kills the process if the fault is switched on; `place` is for the log.
-void DieAt(const char* place, const char* fault);
-// In a call: kills the process if the fault `die` is switched on; with the fault `error` the
+void DieAt(const char* place, const std::string& fault);
+// In a call: kills the process if the fault "die-on-NAME" is switched on; with "NAME-error" the
 // status, which is not OK, is the call's answer.
-ndk::ScopedAStatus AtCall(const char* operation, const char* die, const char* error);
+ndk::ScopedAStatus AtCall(const char* operation, const std::string& name);
 void AwaitFences(const OfflineRequestInfo& info);
 void DropFences(Request* request);
 void Leak(const char* fault);  // a descriptor, if the fault is switched on

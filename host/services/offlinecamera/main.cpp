@@ -5,8 +5,6 @@
 
 namespace {
 
-using offlinecamera::OfflineCameraService;
-
 // An object that refuses every operation.
 ndk::SpAIBinder NewEmptyObject(const char* descriptor) {
     AIBinder_Class* const clazz = AIBinder_Class_define(
@@ -17,17 +15,17 @@ ndk::SpAIBinder NewEmptyObject(const char* descriptor) {
     return ndk::SpAIBinder(AIBinder_new(clazz, nullptr));
 }
 
-base::Result<ndk::SpAIBinder> NewService() {
+base::Result<ndk::SpAIBinder> NewObject() {
     if (offlinecamera::faults::Has("wrong-interface")) return NewEmptyObject("another");
     if (offlinecamera::faults::Has("empty-object")) {
-        return NewEmptyObject(OfflineCameraService::descriptor);
+        return NewEmptyObject(offlinecamera::IOfflineCameraService::descriptor);
     }
     if (offlinecamera::DeviceMapper() == nullptr) {
         return base::Failure{
                 "no graphics mapper: is android.hardware.graphics.mapper@4.0-impl-zel.so in "
                 "STANDIN_HAL_PATH?"};
     }
-    return ndk::SharedRefBase::make<OfflineCameraService>()->asBinder();
+    return offlinecamera::NewService()->asBinder();
 }
 
 }  // namespace
@@ -35,7 +33,7 @@ base::Result<ndk::SpAIBinder> NewService() {
 int main(int argc, char** argv) {
     return services::Serve(
             {"offlinecameraservice", "Serves offline camera sessions until it is ended.",
-             "NAME[=ARG]", OfflineCameraService::kInstance, /* threads */ 8,
-             &offlinecamera::faults::Set(), NewService},
+             "NAME[=ARG]", offlinecamera::IOfflineCameraService::descriptor, /* threads */ 8,
+             &offlinecamera::faults::Set(), NewObject},
             argc, argv);
 }

@@ -1,4 +1,4 @@
-// Runs the camera physics on the buffers of a request.
+// Runs the camera physics on the buffers of a request, and tells the client about it.
 #include "pipeline.h"
 
 #include <aidl/android/hardware/camera/device/CameraBlobId.h>
@@ -6,9 +6,11 @@
 #include <imaging/jpeg.h>
 #include <imaging/multi_frame.h>
 
+#include <chrono>
 #include <cstring>
 
 #include "faults.h"
+#include "refusal.h"
 
 namespace offlinecamera {
 
@@ -18,6 +20,14 @@ using ::aidl::android::hardware::camera::device::CameraBlobId;
 using base::Done;
 using base::Failure;
 using base::Result;
+
+// From the call to the shutter. It lets the answer of processOfflineRequest, with the frame number
+// in it, go first.
+constexpr std::chrono::milliseconds kShutterDelay(1);
+
+int64_t Nanoseconds() {
+    return std::chrono::nanoseconds(std::chrono::steady_clock::now().time_since_epoch()).count();
+}
 
 // Calls `develop` with the picture of every output.
 template <class Develop>
@@ -90,8 +100,7 @@ Result<Done> YuvToJpeg(const Request& request) {
     return Done{};
 }
 
-}  // namespace
-
+// Fills the request's outputs. Fails with what went wrong; the outputs' content is then undefined.
 Result<Done> MakePictures(const Request& request, const Client& client) {
     switch (request.streams->mode) {
         case OpMode::kB2Y:
@@ -102,6 +111,39 @@ Result<Done> MakePictures(const Request& request, const Client& client) {
             return YuvToJpeg(request);
     }
     return Failure{"unknown op mode"};
+}
+
+}  // namespace
+
+void RunFrame(const Request& request, const Client& client, const StopSignal& stop) {
+    const auto notify = [&](NotifyMsg message) {
+        if (!faults::AlterMessage(&message) || stop.Stopped()) return;
+        const auto status = client->notify({message});
+        if (!status.isOk()) LogProblem("notify failed: " + status.getDescription());
+    };
+    if (stop.WaitFor(kShutterDelay)) return;
+    faults::BeforeFrame(client, request.streams->inputs[0], stop);
+    const int64_t timestamp = Nanoseconds();
+    if (!faults::Has("result-first")) notify(MakeShutter(request.frameNumber, timestamp));
+
+    const auto made = MakePictures(request, client);
+    if (!made.Ok() && faults::Has("silent-without-buffers")) return;
+    if (!made.Ok()) {
+        LogProblem("frame " + std::to_string(request.frameNumber) + " failed: " + made.Error());
+        notify(MakeError(request.frameNumber));
+    }
+    const BufferStatus outputs = made.Ok() ? BufferStatus::OK : BufferStatus::ERROR;
+    for (OfflineCaptureResult& result : faults::MakeResults(request, outputs, stop)) {
+        if (stop.Stopped()) break;
+        std::vector<OfflineCaptureResult> one;
+        one.push_back(std::move(result));
+        const auto status = client->processCaptureResult(one);
+        if (!status.isOk()) LogProblem("processCaptureResult failed: " + status.getDescription());
+    }
+    faults::SpoilLater(request, stop);
+    if (faults::Has("result-first")) notify(MakeShutter(request.frameNumber, timestamp));
+    __android_log_print(ANDROID_LOG_INFO, kLogTag, "frame %d: done in %lld ms", request.frameNumber,
+                        static_cast<long long>((Nanoseconds() - timestamp) / 1'000'000));
 }
 
 }  // namespace offlinecamera
