@@ -43,7 +43,7 @@ push() {
 
 # --- What has to be true before a run. ---
 
-# choose_device SERIAL: of several devices one must be named.
+# Of several devices, --adb must name one.
 choose_device() {
     local list name state states=""
     local -A state_of=()
@@ -54,7 +54,8 @@ choose_device() {
     [[ ${#state_of[@]} -gt 0 ]] ||
         no_run "adb finds no device: connect one and allow USB debugging on it, or 'adb connect HOST'"
     for name in "${!state_of[@]}"; do states+=", $name (${state_of[$name]})"; done
-    serial="${1:-${ANDROID_SERIAL-}}"
+    serial="${given[--adb]}"
+    [[ "$serial" != 1 ]] || serial="${ANDROID_SERIAL-}" # the option alone
     [[ -n "$serial" || ${#state_of[@]} != 1 ]] || serial="${!state_of[*]}"
     [[ -n "$serial" ]] || no_run "--adb needs a serial number, as there are several devices: ${states:2}"
     case "${state_of[$serial]-}" in
@@ -256,13 +257,14 @@ fetch_dumps() {
     done <<<"$list"
 }
 
-# run_on_device SERIAL: the whole of it, until the source files fit, which takes a second run where
+# run_on_device: the whole of it, until the source files fit, which takes a second run where
 # nothing is known of the device's buffers. Leaves $status, $pid and, in $written, the dumps.
 run_on_device() {
     local known learnt round name="${command[*]:1} ${given[--stride]} ${given[--scanlines]}"
-    choose_device "$1"
+    choose_device
     check_device
     say "runs on $device_name"
+    fill_data
     mkdir -p "$out/.buffers"
     geometry="$out/.buffers/${serial//[^A-Za-z0-9._-]/_}${name//[^A-Za-z0-9._-]/_}"
     if [[ -n "${given[--stride]}" && -n "${given[--scanlines]}" ]]; then

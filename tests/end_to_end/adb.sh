@@ -2,8 +2,8 @@
 # Stands in for adb: its command forms, statuses and messages. Its devices are the lines "SERIAL
 # STATE" of $ADB_FOLDER/devices; what they do, the stand-in device does that listens at the pipe
 # $ADB_FOLDER/shell ("adb.sh listen FOLDER" in it). When $ADB_FOLDER/unplug has a pattern and a
-# command matches, all devices are gone in the middle of it. $ADB_FOLDER/crash is their log of
-# crashes.
+# command matches, all devices are gone in the middle of it; when $ADB_FOLDER/answer has a part of
+# the command in its first line, the rest is the answer. $ADB_FOLDER/crash is the log of crashes.
 
 if [[ "$1" == listen ]]; then
     echo ready
@@ -62,6 +62,8 @@ if [[ -n "$pattern" && "$word $*" =~ $pattern ]]; then
     : >"$ADB_FOLDER/devices"
     fail "adb: error: failed to read copy response: EOF"
 fi
+{ IFS= read -r part && answer="$(cat)"; } 2>/dev/null <"$ADB_FOLDER/answer"
+[[ -z "$part" || "$word $*" != *"$part"* ]] || { echo "$answer" && exit; }
 
 case "$word" in
 get-state) echo device ;;

@@ -24,7 +24,7 @@ class Adb : public RunScript {
         fs::create_directories(m_root + "/camera/metadata");
         fs::copy(PROJECT_FOLDER "/tests/end_to_end/adb.sh", m_root + "/bin/adb");
         EXPECT_EQ(mkfifo((m_root + "/shell").c_str(), 0600), 0);
-        SetDevices("phone1 device\n");
+        SetDevices("192.0.2.7:5555 device\n");
     }
 
     void SetDevices(const std::string& lines) { Write("devices", lines); }
@@ -83,19 +83,36 @@ TEST_F(Adb, NamesWhatStandsInTheWay) {
         EXPECT_EQ(Run(arguments).status, 2) << ::testing::PrintToString(arguments);
     }
 
-    SetDevices("phone1 device\n");
+    SetDevices("192.0.2.7:5555 device\n");
     Start({"--no-service"});
     EXPECT_THAT(Run({"--adb", "-t", "B2Y"}).err, HasSubstr("no service vendor.zel"));
     m_device.reset();
     fs::remove(m_root + "/camera/metadata");
     Start();
     EXPECT_THAT(Run({"--adb", "-t", "B2Y"}).err, HasSubstr("has no folder /data/vendor/camera/m"));
+    fs::create_directory(m_root + "/camera/metadata");
+    const std::pair<const char*, const char*> answers[] = {
+            {"command -v vexoff\n", "has no vexofflinecameratest"},
+            {"test -x\nno", "chmod 755 /vendor/bin/vexofflinecameratest"},
+            {"df -k\n/dev/block/dm-1 9000000 8999950 50 100% /data", "has 50 kB free"},
+            {"sha256sum\n/system/bin/sh: sha256sum: inaccessible or not found", "no sha256sum"}};
+    for (const auto& [answer, sentence] : answers) {
+        Write("answer", answer);
+        EXPECT_THAT(Run({"--adb", "-t", "B2Y"}).err, HasSubstr(sentence));
+    }
+    EXPECT_FALSE(fs::exists(m_root + "/out/device")) << "nothing is made before all is checked";
+    // A clock that cannot be read, then a log without the tool.
+    Write("answer", "date '+\ndate: bad format");
+    EXPECT_EQ(Run({"--adb", "-t", "callback"}).status, 0);
+    EXPECT_EQ(ReportOfRun()["run"]["status"], 0);
+    Write("answer", "logcat\n");
+    EXPECT_THAT(Run({"--adb", "-t", "callback"}).err, HasSubstr("no line of the tool in its log"));
 }
 
 TEST_F(Adb, BringsFramesForTheDevicesBuffersAndTheReportOfTheRun) {
     Write("camera/offlinecameratest/4096_3072_RAW10.raw", "mine, too short");
     Start();
-    const Finished first = Run({"--adb", "phone1", "-t", "B2Y"});
+    const Finished first = Run({"--adb", "192.0.2.7:5555", "-t", "B2Y"});
     EXPECT_EQ(first.status, 0) << first.err;
     EXPECT_EQ(first.out, "cmd: -t=B2Y\nopMode: B2Y=0\nret: =0\n");
     EXPECT_THAT(first.err,
@@ -110,7 +127,7 @@ TEST_F(Adb, BringsFramesForTheDevicesBuffersAndTheReportOfTheRun) {
     EXPECT_EQ(kept, 1u);
     const auto report = ReportOfRun();
     EXPECT_EQ(report["run"]["place"], "device");
-    EXPECT_THAT(report["run"]["device"], StartsWith("phone1, stand-in device"));
+    EXPECT_THAT(report["run"]["device"], StartsWith("192.0.2.7:5555, stand-in device"));
     EXPECT_EQ(report["problems"].size(), 0u) << report["problems"];
     EXPECT_EQ(report["dumps"][0]["bytes"], 18874368);
     EXPECT_EQ(report["calls"].size(), 0u);
@@ -142,10 +159,10 @@ TEST_F(Adb, ADeviceThatGoesAwayLosesNothing) {
     EXPECT_EQ(pulled.status, 125);
     EXPECT_THAT(pulled.err, AllOf(HasSubstr("failed to read copy"), HasSubstr("could not pull")));
     EXPECT_EQ(ReportOfRun()["run"]["status"], 0);
-    SetDevices("phone1 device\n");
+    SetDevices("192.0.2.7:5555 device\n");
     Write("unplug", "'vexoff");
     EXPECT_THAT(Run({"--adb", "-t", "Y2J"}).err, HasSubstr("went away during the run"));
-    SetDevices("phone1 device\n");
+    SetDevices("192.0.2.7:5555 device\n");
     fs::remove(m_root + "/camera/offlinecameratest/4000_3000_NV12.yuv");
     Write("unplug", "^push");
     EXPECT_THAT(Run({"--adb", "-t", "Y2J"}).err, HasSubstr("could not push 4000_3000_NV12.yuv"));
