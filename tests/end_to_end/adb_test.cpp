@@ -46,7 +46,7 @@ class Adb : public RunScript {
         return CrashSettings({{"PATH", m_root + "/bin:" + getenv("PATH")}, {"ADB_FOLDER", m_root}});
     }
     Finished Run(const Words& arguments) {
-        return RunProgram(Joined({{m_root + "/run"}, arguments}), Settings());
+        return RunProgram(Joined({{m_root + "/run"}, arguments}), Settings(), 3 * kPatience);
     }
     nlohmann::json ReportOfRun() const {
         return nlohmann::json::parse(ReadFile(m_root + "/out/report.json"), nullptr, false);
