@@ -22,12 +22,9 @@ compare_page() {
 
 # How busy the processors are during one second, in percent.
 busy() {
-    local a b i total=0
-    read -ra a </proc/stat
-    sleep 1
-    read -ra b </proc/stat
-    for i in "${!a[@]}"; do ((i == 0)) || total=$((total + b[i] - a[i])); done
-    echo $((100 - 100 * (b[4] - a[4]) / total))
+    { head -n 1 /proc/stat && sleep 1 && head -n 1 /proc/stat; } | awk '
+        { idle = $5 - idle; total = -total; for (i = 2; i <= NF; ++i) total += $i }
+        END { print int(100 - 100 * idle / total) }'
 }
 
 # bench FOLDER [--accept]: measures beside baselines and shows the table; keeps it only when told so.

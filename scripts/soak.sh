@@ -41,13 +41,36 @@ if [[ "${1:-}" != --inside ]]; then
 fi
 
 # --- Inside the device. ---
-services=(servicemanager graphicsallocator offlinecameraservice)
+# A line for each service: its name, descriptors, threads, mappings and resident KiB.
+measure() {
+    local name process files threads
+    for name in servicemanager graphicsallocator offlinecameraservice; do
+        process="/proc/$(pidof -s "$name")"
+        files=("$process/fd/"*) threads=("$process/task/"*)
+        echo "$name ${#files[@]} ${#threads[@]} $(wc -l <"$process/maps")" \
+            "$(awk '/^VmRSS/ { print $2 }' "$process/status")"
+    done
+}
 
-# Descriptors, threads, mappings and resident KiB of a process, on one line.
-counts() {
-    local files=("/proc/$1/fd/"*) threads=("/proc/$1/task/"*) maps
-    mapfile -t maps <"/proc/$1/maps"
-    echo "${#files[@]} ${#threads[@]} ${#maps[@]} $(awk '/^VmRSS/ { print $2 }' "/proc/$1/status")"
+# compare OLD NEW BOUND...: two results of measure() in a table; status 1 where a count grew by more
+# than its bound. A count without bound may grow.
+compare() {
+    paste -d ' ' <(echo "$1") <(echo "$2") | awk -v list="${*:3}" '
+        BEGIN { kinds = split(list, bounds) }
+        {
+            printf "%-22s", $1
+            for (i = 1; i <= 4; ++i) printf " %9s -> %5s", $(i + 1), $(i + 6)
+            print ""
+            for (i = 1; i <= kinds; ++i) if ($(i + 6) > $(i + 1) + bounds[i]) grown = 1
+        }
+        END { exit grown }'
+}
+
+# settle OLD BOUND...: services learn of a client's end after it has gone; waits for that, at most
+# 10 s.
+settle() {
+    local deadline=$((SECONDS + 10))
+    until compare "$1" "$(measure)" "${@:2}" >/dev/null || ((SECONDS >= deadline)); do :; done
 }
 
 # The kinds take turns. Some clients are killed at a moment that moves through a whole session.
@@ -65,53 +88,21 @@ session() {
     esac >/dev/null 2>&1 || { complain "session $1 ended with status $?" && return 1; }
 }
 
-count_all() {
-    local pid
-    for pid in "${pids[@]}"; do counts "$pid"; done
-}
-
-# Services learn of a client's end after it has gone: waits, at most 10 s, until the first N counts
-# of each are no more than in the lines that follow.
-settle() {
-    local kinds="$1" deadline=$((SECONDS + 10)) now limits i k more
-    shift
-    until [[ "${more-1}" == 0 ]] || ((SECONDS >= deadline)); do
-        more=0
-        for i in "${!pids[@]}"; do
-            read -ra now < <(counts "${pids[i]}")
-            read -ra limits <<<"${@:i+1:1}"
-            for ((k = 0; k < kinds; ++k)); do ((now[k] <= limits[k])) || more=1; done
-        done
-    done
-}
-
-pids=()
-for service in "${services[@]}"; do pids+=("$(pidof -s "$service")"); done
-mapfile -t idle < <(count_all)
+idle="$(measure)"
 progress "warming up"
 for ((round = 0; round < warm_up[0]; ++round)); do
     sessions=()
     for ((n = round; n < round + warm_up[1]; ++n)); do session "$n" & sessions+=($!); done
     for session in "${sessions[@]}"; do wait "$session"; done
 done
-settle 1 "${idle[@]}"
-mapfile -t before < <(count_all)
+settle "$idle" 0
+before="$(measure)"
 for ((n = 0; n < $2; ++n)); do
     progress "session $((n + 1)) of $2"
     session "$n"
 done
 progress_ends
-settle 3 "${before[@]}"
-
-status=0
+settle "$before" 0 0 0
 printf '%-22s %18s %18s %18s %18s\n' "after $2 sessions" descriptors threads mappings "resident KiB"
-for i in "${!services[@]}"; do
-    read -ra old <<<"${before[i]}"
-    read -ra now < <(counts "${pids[i]}")
-    printf '%-22s %9s -> %5s %9s -> %5s %9s -> %5s %9s -> %5s\n' "${services[i]}" "${old[0]}" \
-        "${now[0]}" "${old[1]}" "${now[1]}" "${old[2]}" "${now[2]}" "${old[3]}" "${now[3]}"
-    ((now[0] <= old[0] && now[1] <= old[1] && now[2] <= old[2] &&
-        now[3] <= old[3] + resident_bound)) || status=1
-done
-((status == 0)) || complain "growth (resident memory may grow by $resident_bound KiB)"
-exit $status
+compare "$before" "$(measure)" 0 0 0 "$resident_bound" ||
+    { complain "growth (resident memory may grow by $resident_bound KiB)" && exit 1; }
