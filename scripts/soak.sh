@@ -75,17 +75,14 @@ settle() {
 
 # The kinds take turns. Some clients are killed at a moment that moves through a whole session.
 session() {
-    local tool=vexofflinecameratest modes=(B2Y Y2J MMF)
+    local tool=vexofflinecameratest words=(B2Y Y2J MMF callback Y2Y) n=$(($1 % 8))
     (($1 % 3)) || tool=vexofflinecameratest-planes
-    case $(($1 % 8)) in
-    0) "$tool" -t B2Y ;;
-    1) "$tool" -t Y2J ;;
-    2) "$tool" -t MMF ;;
-    3) "$tool" -t callback ;;
-    4) "$tool" -t Y2Y ;;
-    *) timeout -s KILL "0.$(printf %03d $((5 + $1 * 7 % 90)))" "$tool" -t "${modes[$1 % 3]}" ||
-        [[ $? == 137 ]] ;;
-    esac >/dev/null 2>&1 || { complain "session $1 ended with status $?" && return 1; }
+    if ((n < 5)); then
+        "$tool" -t "${words[n]}"
+    else
+        timeout -s KILL "0.$(printf %03d $((5 + $1 * 7 % 90)))" "$tool" -t "${words[$1 % 3]}" ||
+            [[ $? == 137 ]]
+    fi >/dev/null 2>&1 || { complain "session $1 ended with status $?" && return 1; }
 }
 
 idle="$(measure)"
