@@ -64,20 +64,19 @@ comparable() {
 # Each mode three times: everything native, the tool in the emulator, the service in the emulator.
 # Logs and dumps must be the same; shows what differs.
 compare_runs() {
-    local tool=vexofflinecameratest service="$kept/offlinecameraservice" word planes name run failed=0
+    local tool=vexofflinecameratest service=offlinecameraservice word planes name run failed=0
     "$native/offlineframes" sources "$kept/sources" >/dev/null 2>&1
     # What has a program's name here runs it in the emulator.
     printf '#!/bin/bash\nexport STANDIN_HAL_PATH=%q\nexec qemu-aarch64 -L %q %q/"${0##*/}" "$@"\n' \
-        "$foreign/vendor/lib64/hw" "$sysroot" "$foreign/bin" >"$service"
-    chmod +x "$service"
-    ln "$service" "$kept/$tool"
-    ln "$service" "$kept/$tool-planes"
+        "$foreign/vendor/lib64/hw" "$sysroot" "$foreign/bin" |
+        tee "$kept"/{"$service","$tool","$tool-planes"} >/dev/null
+    chmod +x "$kept"/{"$service","$tool","$tool-planes"}
     for word in B2Y Y2J MMF; do
         for planes in "" --planes; do
             name="$word$planes"
             run_in_device "$name" "$word" $planes -- "$tool"
             run_in_device "$name-tool" "$word" -- "$kept/$tool${planes/--/-}"
-            run_in_device "$name-service" "$word" $planes --service "$service" -- "$tool"
+            run_in_device "$name-service" "$word" $planes --service "$kept/$service" -- "$tool"
             for run in "$name-tool" "$name-service"; do
                 diff -u <(comparable "$kept/$name.log") <(comparable "$kept/$run.log") >&2 &&
                     diff -r "$kept/$name" "$kept/$run" >&2 ||

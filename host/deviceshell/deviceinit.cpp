@@ -33,9 +33,7 @@ constexpr long kGraceMilliseconds = 2000;
 constexpr long kPollMilliseconds = 2;
 
 long NowMilliseconds() {
-    using std::chrono::milliseconds, std::chrono::steady_clock;
-    const auto sinceBoot = steady_clock::now().time_since_epoch();
-    return std::chrono::duration_cast<milliseconds>(sinceBoot).count();
+    return std::chrono::steady_clock::now().time_since_epoch() / std::chrono::milliseconds(1);
 }
 
 // "ended with status 3" or "was ended by signal 11 (Segmentation fault)".

@@ -38,8 +38,7 @@ greeting="A shell on the stand-in device; 'exit' takes the device down.
   logcat -d, trace -d            platform log and binder calls so far (without -d: follow)
   adb, getprop                   as on a workstation beside a device, and on one"
 
-self="$(readlink -f "${BASH_SOURCE[0]}")"
-bin="${self%/*}" # where this project's programs are
+bin="$(readlink -f "${BASH_SOURCE[0]}")" && bin="${bin%/*}" # where this project's programs are
 source "$bin/device/terminal.sh"
 source "$bin/device/options.sh"
 program=deviceshell
@@ -51,10 +50,7 @@ set -- "${words[@]}"
 [[ -z "${given[--help]}" ]] || { echo "$help" && exit; }
 [[ -n "$ended" || "${1-}" != -?* ]] || refuse "unknown option $1; try 'deviceshell --help'"
 data="${given[--data]}" service="${given[--service]}"
-if [[ -n "$data" ]]; then
-    [[ -d "$data" ]] || refuse "--data $data: no such folder"
-    [[ "$data" == /* ]] || data="$PWD/$data"
-fi
+[[ -z "$data" || -d "$data" ]] || refuse "--data $data: no such folder"
 if [[ -n "$service" ]]; then
     [[ -z "${given[--no-service]}" ]] || refuse "--no-service and --service exclude each other"
     read_service "$service"
@@ -74,10 +70,7 @@ done
 ask() { timeout 10 "$@" --fault help 2>&1; }
 
 for fault in "${faults[@]}"; do
-    if [[ "$fault" == help ]]; then
-        ask "${camera[@]}" && ask "${allocator[@]}"
-        exit
-    fi
+    [[ "$fault" != help ]] || { ask "${camera[@]}" && ask "${allocator[@]}"; exit; }
     declare -n owner=camera
     left_out="${given[--no-service]}"
     # Whether a line of its list begins with the fault's name.
@@ -124,9 +117,8 @@ else
     private="$(mktemp -d)" || refuse "cannot keep the shell's log"
     : "${given[--log]:=$private/log}" "${given[--trace]:=$private/trace}"
 fi
-declare -A descriptor
+declare -A descriptor=()
 for name in --log --device-log --trace --run-record; do
-    descriptor[$name]=""
     [[ -n "${given[$name]}" ]] || continue
     { : >"${given[$name]}"; } 2>/dev/null || refuse "${given[$name]}: cannot be written"
     exec {number}>>"${given[$name]}" # whole lines from several processes
@@ -137,7 +129,7 @@ done
 # --- The environment of the command; the programs write to a log of their own. ---
 unset ENV BASH_ENV STANDIN_HAL_PATH STANDIN_LOG_ECHO STANDIN_BINDER_TRACE_FD STANDIN_RUN_RECORD_FD
 export STANDIN_BINDER_DIR=/binder STANDIN_LOG_FD="${descriptor[--device-log]:-${descriptor[--log]}}"
-trace="${descriptor[--trace]}" record="${descriptor[--run-record]}"
+trace="${descriptor[--trace]-}" record="${descriptor[--run-record]-}"
 environment=("PATH=${record:+/vendor/bin/recorded:}/vendor/bin:${PATH-/bin}"
     "STANDIN_LOG_FD=${descriptor[--log]}"
     ${trace:+"STANDIN_BINDER_TRACE_FD=$trace"} ${record:+"STANDIN_RUN_RECORD_FD=$record"}
