@@ -5,28 +5,32 @@
 #include <runlog/runlog.h>
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
 namespace runreport {
 
-// How a run came to its end, by its status.
-enum class Ending {
-    kFinished,    // 0
-    kUsageError,  // 255: the tool refused its arguments
-    kSignal,      // 128 + n: signal n ended the tool
-    kNoDevice,    // 125 to 127: the device or the command did not start
-    kOther,
+// Where it took place.
+enum class Place {
+    kWorkstation,  // in the stand-in device
+    kDevice,
+    kImported,  // on a device, and all that is known is a folder with its log
 };
 
 struct Run {
+    Place place = Place::kWorkstation;
+    std::string device;                // what the device says that it is
     std::vector<std::string> options;  // of the device, as the user gave them
     std::vector<std::string> command;  // the tool and its arguments
-    int64_t startedUs = 0;             // since the epoch
-    int64_t durationUs = 0;
-    int status = 0;
+    int64_t startedUs = 0;             // since the epoch; 0: unknown
+    int64_t durationUs = 0;            // on a device, up to the last line of the log
+    std::optional<int> status = 0;
 
-    Ending GetEnding() const;
+    // By the status: 0 "finished"; 255 "usage-error", the tool refused its arguments; 128 + n
+    // "signal", n ended the tool; 125 to 127 "no-device", it or the command did not start; "other";
+    // without a status, as the log came from elsewhere, "unknown".
+    std::string Ending() const;
     int Signal() const;              // 0 without one
     std::string SignalName() const;  // "SIGSEGV"; empty without a signal
 };
@@ -35,10 +39,10 @@ struct Run {
 struct Problem {
     std::string severity = "error";  // or "warning"
     std::string text;
-    std::string cause;  // `words` in backticks are code
-    std::string cure;   // as cause
-    std::string phase;  // in which it came first
     int64_t timeUs = 0;
+    std::string cause = "";  // `words` in backticks are code
+    std::string cure = "";   // as cause
+    std::string phase = "";  // in which it came first
     uint64_t count = 1;
     bool logged = false;     // `text` is the message of a line of the log
     bool concluded = false;  // `cause` is what this run's own log and trace tell
@@ -63,11 +67,13 @@ struct Frame {
 
 struct Report {
     Run run;
-    std::vector<runlog::Line> log;    // of tool and services, in order of time
-    uint64_t omittedLogLines = 0;     // from the middle of a very long log
-    std::vector<runlog::Call> calls;  // in order of time
-    bool traceIsWhole = false;        // else calls may be missing
-    runlog::Facts facts;              // of `log`
+    std::vector<runlog::Line> log;       // of tool and services, in order of time
+    uint64_t omittedLogLines = 0;        // from the middle of a very long log
+    std::vector<runlog::Call> calls;     // in order of time
+    bool traceIsWhole = false;           // else calls may be missing
+    runlog::Facts facts;                 // of `log`
+    int toolPid = 0;                     // on a device
+    std::vector<runlog::Crash> crashes;  // on a device
     std::vector<runlog::Phase> phases;
     std::vector<Problem> problems;
     std::vector<Frame> sources;
@@ -79,6 +85,7 @@ struct Report {
 struct Inputs {
     Run run;
     std::string log;         // file of the tool's platform log; as the following may be empty
+    std::optional<int> pid;  // of a device's tool whose run it is; none: the last run in the log
     std::string deviceLog;   // of the services' log
     std::string trace;       // of the binder trace
     std::string dataFolder;  // what the tool saw as /data/vendor/camera
@@ -87,8 +94,15 @@ struct Inputs {
 
 enum class Pictures { kReduced, kNone };
 
+// Fills report->sources and report->dumps by the report's facts. Sources outside the inputs' data
+// folder are left out; a file without a picture has a note that says why.
+void ReadFrames(const Inputs& inputs, Pictures pictures, Report* report);
+
 // Reads what there is; what cannot be read is named in the report.
 Report MakeReport(const Inputs& inputs, Pictures pictures);
+
+// Adds the device's log and the dumps in a folder, and below it, that somebody sent.
+base::Result<Inputs> ImportFolder(const std::string& folder, Inputs inputs);
 
 // Of the log's lines, what follows from log and trace, and the run's end, in order of time.
 std::vector<Problem> FindProblems(const Report& report);
@@ -102,7 +116,7 @@ std::string ReportPage(const Report& report);
 
 // What ./run says about a run on standard error: its signal, what went wrong first, what else is
 // not as it seems. Whether the run succeeded.
-bool PrintSummary(const Inputs& inputs);
+bool PrintSummary(const Report& report);
 
 // At a terminal shows which wait the tool is in, once a second, until this process is killed or its
 // parent ends. A log that is older than the run's start does not count.
