@@ -6,19 +6,25 @@ sysroot="$out/arm64/sysroot"
 # does not know what to do with the file.
 not_emulated='aidl_frozen_version|ProgramTest|binder_remote_test|servicemanager_test|DeathOfAClient'
 
+# What has to be there before the build: the native one, and libraries.
+prepare_arm64() {
+    native="$out/build/bin"
+    build "$out/build" "" host/all vexofflinecameratest vexofflinecameratest-planes || exit 1
+    fill_sysroot
+}
+
 # Unpacks the packages marked "sysroot" in the list, and those they need, below out/. The machine's
 # own package state stays as it is: libc++ cannot be installed for two processors at once.
 fill_sysroot() {
-    local names stamp apt="$out/arm64/apt" package link
+    local names apt="$out/arm64/apt" filled="$out/arm64/filled" package link
     mapfile -t names < <(awk '$2 == "sysroot" { print $1 }' "$root/scripts/packages.txt")
-    stamp="$out/arm64/.filled-$(printf '%s\n' "$root" "${names[@]}" | sha256sum | cut -c 1-16)"
-    [[ -e "$stamp" ]] && return
+    [[ ! -e "$filled" || "$(<"$filled")" != "$root ${names[*]}" ]] || return 0
     rm -rf "$out/arm64" "$out/check-arm64" # which was built with the old headers
     mkdir -p "$sysroot" "$apt"/{lists,archives}/partial
     : >"$apt/status"
     local options=(-o APT::Architecture=arm64 -o APT::Architectures=arm64 -o APT::Sandbox::User=
         -o Debug::NoLocking=1 -o Dir::State="$apt" -o Dir::State::status="$apt/status"
-        -o Dir::State::lists="$apt/lists" -o Dir::Cache="$apt" -o Dir::Cache::archives="$apt/archives")
+        -o Dir::Cache="$apt")
     say "downloading packages for arm64 into $out/arm64"
     { apt-get "${options[@]}" update &&
         apt-get "${options[@]}" install -y --no-install-recommends --download-only "${names[@]}"; } \
@@ -29,7 +35,7 @@ fill_sysroot() {
         ln -sfn "$sysroot$(readlink "$link")" "$link"
     done
     rm -rf "$apt"
-    touch "$stamp"
+    echo "$root ${names[*]}" >"$filled"
 }
 
 # run_in_device NAME WORD OPTION... -- COMMAND...: the tool with -t WORD; its log in $kept/NAME.log,
@@ -38,9 +44,7 @@ fill_sysroot() {
 run_in_device() {
     local name="$1" word="$2"
     shift 2
-    mkdir -p "$kept/$name/offlinecameratest"
-    ln -s "$kept/sources/metadata" "$kept/$name/metadata"
-    ln -s "$kept/sources/offlinecameratest/"* "$kept/$name/offlinecameratest/"
+    cp -rs "$kept/sources" "$kept/$name"
     for _ in 1 2 3; do
         "$native/deviceshell" --data "$kept/$name" --log "$kept/$name.log" "$@" -t "$word" \
             >"$kept/$name.out" 2>&1 || { complain "$name: status $?" && cat "$kept/$name.out" >&2; }
@@ -57,29 +61,26 @@ comparable() {
         sed -E 's/^[^ ]+ +[^ ]+ +[0-9]+ +[0-9]+ //; s/0x[0-9a-f]{6,}/ADDRESS/g'
 }
 
-# same NAME FROM: whether two runs left the same log and dumps; shows what differs.
-same() {
-    diff -u <(comparable "$kept/$2.log") <(comparable "$kept/$1.log") >&2 &&
-        diff -r -x '*.raw' -x metadata "$kept/$2" "$kept/$1" >&2 # without links to the sources
-}
-
 # Each mode three times: everything native, the tool in the emulator, the service in the emulator.
+# Logs and dumps must be the same; shows what differs.
 compare_runs() {
-    local emulator=(qemu-aarch64 -L "$sysroot") word planes name run failed=0
+    local tool=vexofflinecameratest service=offlinecameraservice word planes name run failed=0
     "$native/offlineframes" sources "$kept/sources" >/dev/null 2>&1
-    printf '#!/bin/sh\nexport STANDIN_HAL_PATH="%s"\nexec %s "%s"\n' "$foreign/vendor/lib64/hw" \
-        "${emulator[*]@Q}" "$foreign/bin/offlinecameraservice" >"$kept/service"
-    chmod +x "$kept/service"
+    # What has a program's name here runs it in the emulator.
+    printf '#!/bin/bash\nexport STANDIN_HAL_PATH=%q\nexec qemu-aarch64 -L %q %q/"${0##*/}" "$@"\n' \
+        "$foreign/vendor/lib64/hw" "$sysroot" "$foreign/bin" |
+        tee "$kept"/{"$service","$tool","$tool-planes"} >/dev/null
+    chmod +x "$kept"/{"$service","$tool","$tool-planes"}
     for word in B2Y Y2J MMF; do
         for planes in "" --planes; do
             name="$word$planes"
-            run_in_device "$name" "$word" $planes -- vexofflinecameratest
-            run_in_device "$name-tool" "$word" -- env STANDIN_HAL_PATH="$foreign/vendor/lib64/hw" \
-                "${emulator[@]}" "$foreign/bin/vexofflinecameratest${planes/--/-}"
-            run_in_device "$name-service" "$word" $planes --service "$kept/service" -- \
-                vexofflinecameratest
+            run_in_device "$name" "$word" $planes -- "$tool"
+            run_in_device "$name-tool" "$word" -- "$kept/$tool${planes/--/-}"
+            run_in_device "$name-service" "$word" $planes --service "$kept/$service" -- "$tool"
             for run in "$name-tool" "$name-service"; do
-                same "$run" "$name" || { failed=1 && complain "$run differs from $name"; }
+                diff -u <(comparable "$kept/$name.log") <(comparable "$kept/$run.log") >&2 &&
+                    diff -r "$kept/$name" "$kept/$run" >&2 ||
+                    { failed=1 && complain "$run differs from $name"; }
             done
             rm -rf "$kept/$name"*
         done
@@ -87,20 +88,14 @@ compare_runs() {
     return $failed
 }
 
-# arm64 FOLDER: builds there.
+# arm64 FOLDER: with the build there.
 arm64() {
-    local foreign="$1" native="$out/build/bin" kept
-    install_packages arm64
-    fill_sysroot
-    build "$out/build" "" host/all vexofflinecameratest vexofflinecameratest-planes || return 1
-    build "$foreign" -DCMAKE_TOOLCHAIN_FILE=cmake/arm64.cmake all || return 1
-    unlock_out
+    foreign="$1"
     say "not in the emulator, as they start programs: tests that match $not_emulated"
     ctest --test-dir "$foreign" --output-on-failure --no-tests=error -j "$(nproc)" \
         --timeout 300 -E "$not_emulated" || return 1
     kept="$(mktemp -d)"
-    # shellcheck disable=SC2064 # expanded now: the name is local
-    trap "rm -rf '$kept'" EXIT
+    trap 'rm -rf "$kept"' EXIT
     compare_runs || return 1
     tell "$green" "arm64: tool and service do what they do on this machine"
 }

@@ -29,36 +29,27 @@ unlock_run() { exec 8>&-; }
 
 packages_known=/var/lib/dpkg/status # dpkg's list, a new file after each change
 
-# missing_packages COMMAND: those in the list, marked for it or for none, that this machine lacks.
-missing_packages() {
-    local names
-    mapfile -t names < <(awk -v command="$1" \
-        'NF && !/^#/ && (NF == 1 || $2 == command) { print $1 }' "$root/scripts/packages.txt" | sort)
-    comm -23 <(printf '%s\n' "${names[@]}") <(dpkg-query -W -f '${db:Status-Status} ${Package}\n' \
-        "${names[@]}" 2>/dev/null | sed -n 's/^installed //p' | sort) | tr '\n' ' '
-}
-
-# install_packages COMMAND: installs what the list names for it and this machine lacks. Not asked
-# again until the list or the machine's packages change.
+# install_packages COMMAND: installs what the list names, for it or for all, and this machine lacks.
+# Not asked again until the list or the machine's packages change.
 install_packages() {
-    local stamp="$out/.packages-$1" missing as_root=()
+    local stamp="$out/.packages-$1" name missing=() as_root=()
     [[ "$stamp" -nt "$root/scripts/packages.txt" && "$stamp" -nt "$packages_known" ]] && return
-    missing="$(missing_packages "$1")"
-    if [[ -n "$missing" ]]; then
+    while read -r name; do
+        [[ "$(dpkg-query -W -f '${Status}' "$name" 2>/dev/null)" == *"ok installed"* ]] || missing+=("$name")
+    done < <(awk -v command="$1" 'NF && !/^#/ && (NF == 1 || $2 == command) { print $1 }' \
+        "$root/scripts/packages.txt")
+    if ((${#missing[@]})); then
         if [[ "$(id -u)" != 0 ]]; then
             command -v sudo >/dev/null ||
-                refuse "as root, first: apt-get install --no-install-recommends $missing"
+                refuse "as root, first: apt-get install --no-install-recommends ${missing[*]}"
             as_root=(sudo)
         fi
         as_root+=(env DEBIAN_FRONTEND=noninteractive apt-get)
-        say "installing $missing"
-        # A fresh machine has no package lists yet, another one perhaps old ones.
-        compgen -G '/var/lib/apt/lists/*_Packages*' >/dev/null || "${as_root[@]}" update >&2
-        # shellcheck disable=SC2086 # the list is words
-        "${as_root[@]}" install -y --no-install-recommends $missing >&2 ||
-            { "${as_root[@]}" update >&2 &&
-                "${as_root[@]}" install -y --no-install-recommends $missing >&2; } ||
-            refuse "could not install $missing"
+        say "installing ${missing[*]}"
+        # The lists may be missing or old. Without a network, apt may have what is needed already.
+        "${as_root[@]}" update >&2 || true
+        "${as_root[@]}" install -y --no-install-recommends "${missing[@]}" >&2 ||
+            refuse "could not install ${missing[*]}"
     fi
     touch "$stamp"
 }

@@ -1,17 +1,13 @@
-# ./check bench, faults and pages: pages that programs write, beside the committed ones. Sourced.
-
-# accept FRESH COMMITTED: replaces the committed page.
-accept() {
-    cp "$1" "$2"
-    say "replaced ${2#"$root"/}"
-}
+# ./check bench, faults and pages: pages that programs write, beside the committed ones. Sourced by
+# check, which has built the programs.
 
 # compare_page FRESH COMMITTED WORD [--accept]: shows what differs or, told so, replaces the
 # committed page. Status 0 when nothing differs or it was replaced.
 compare_page() {
     local name="${2#"$root"/}"
     if [[ "${4:-}" == --accept ]]; then
-        accept "$1" "$2"
+        cp "$1" "$2"
+        say "replaced $name"
     elif diff -u --label "$name" --label "now (${1#"$root"/})" "$2" "$1"; then
         tell "$green" "$name holds"
     else
@@ -22,18 +18,14 @@ compare_page() {
 
 # How busy the processors are during one second, in percent.
 busy() {
-    local a b i total=0
-    read -ra a </proc/stat
-    sleep 1
-    read -ra b </proc/stat
-    for i in "${!a[@]}"; do ((i == 0)) || total=$((total + b[i] - a[i])); done
-    echo $((100 - 100 * (b[4] - a[4]) / total))
+    { head -n 1 /proc/stat && sleep 1 && head -n 1 /proc/stat; } | awk '
+        { idle = $5 - idle; total = -total; for (i = 2; i <= NF; ++i) total += $i }
+        END { print int(100 - 100 * idle / total) }'
 }
 
 # bench FOLDER [--accept]: measures beside baselines and shows the table; keeps it only when told so.
 bench() {
     local percent fresh="$out/bench.md"
-    build "$1" "" bench || return 1
     percent="$(busy)"
     if ((percent > 10)); then
         tell "$yellow" "the machine is $percent % busy with something else: the times are no measure"
@@ -42,13 +34,11 @@ bench() {
     say "measuring: some 30 s"
     "$1/bench/bench" >"$fresh" || { complain "the measurement failed"; return 1; }
     cat "$fresh"
-    [[ "${2:-}" != --accept ]] || accept "$fresh" "$root/bench/results.md"
+    [[ "${2:-}" != --accept ]] || compare_page "$fresh" "$root/bench/results.md" bench --accept
 }
 
 # faults FOLDER [--accept]: what the tool does under each fault, by the build in FOLDER.
 faults() {
-    build "$1" "" host/all driver/all fault_matrix || return 1
-    unlock_out
     say "about 150 runs, most of them wait: some 20 s"
     "$1/tests/fault_matrix" "$out/faults.md" || { complain "fault_matrix failed"; return 1; }
     compare_page "$out/faults.md" "$root/docs/faults.md" faults "${@:2}"
@@ -57,8 +47,6 @@ faults() {
 # pages FOLDER [--accept]: causes and cures of messages.
 pages() {
     local page status=0
-    build "$1" "" explanation_page || return 1
-    unlock_out
     for page in lines stand_in; do
         "$1/bin/explanation_page" "$page" >"$out/$page.md" || return 1
         compare_page "$out/$page.md" "$root/docs/$page.md" pages "${@:2}" || status=1

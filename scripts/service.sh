@@ -3,15 +3,15 @@
 
 # fault_row BIN FAULT: the fault's row of the table. It has no check as name where nothing came back.
 fault_row() {
-    local said fault=(--fault "$2")
-    [[ "$2" != - ]] || fault=()
+    local said fault=()
+    [[ "$2" == "(none)" ]] || fault=(--fault "$2")
     said="$("$1/deviceshell" "${fault[@]}" offlineservicecheck --physics 2>&1)" || true
     [[ "$said" == *$'\n'Total:* ]] || { echo "$said" >&2 && return 255; }
     awk -v fault="$2" '
         function add(list, name) { sub(/:$/, "", name); return list (list ? ", " : "") "`" name "`" }
         $1 == "FAIL" { failed = add(failed, $2) }
         $1 == "warn" { warned = add(warned, $2) }
-        END { printf "| %s | %s | %s |\n", fault == "-" ? "(none)" : fault, failed, warned }' <<<"$said"
+        END { printf "| %s | %s | %s |\n", fault, failed, warned }' <<<"$said"
 }
 
 # fault_table BIN: the page docs/service_faults.md.
@@ -27,16 +27,12 @@ skipped. A fault without failures is allowed: the test client works with it.
 |---|---|---|
 END
     export -f fault_row
-    { echo - && "$1/offlinecameraservice" --fault help | awk '{ sub(/\[.*/, "", $1); print $1 }'; } |
-        xargs -P 4 -I{} bash -c 'row="$(fault_row "$0" {})" && echo "$row"' "$1" | LC_ALL=C sort
+    { echo "(none)" && "$1/offlinecameraservice" --fault help | awk '{ sub(/\[.*/, "", $1); print $1 }'; } |
+        xargs -P 4 -I{} bash -c 'row="$(fault_row "$@")" && echo "$row"' - "$1" {} | LC_ALL=C sort
 }
 
 # service FOLDER [PROGRAM | --faults [--accept]]
 service() {
-    if [[ "${2-}" == -* && "$2" != --faults ]]; then refuse "service takes a program or --faults, not $2"; fi
-    [[ -z "${2-}" || "$2" == --faults || -f "$2" && -x "$2" ]] || refuse "$2: no such program"
-    build "$1" "" host/all offlineservicecheck || return 1
-    unlock_out
     if [[ "${2-}" == --faults ]]; then
         source "$root/scripts/pages.sh"
         say "some 60 runs: several minutes"

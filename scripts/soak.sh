@@ -41,77 +41,64 @@ if [[ "${1:-}" != --inside ]]; then
 fi
 
 # --- Inside the device. ---
-services=(servicemanager graphicsallocator offlinecameraservice)
+# A line for each service: its name, descriptors, threads, mappings and resident KiB.
+measure() {
+    local name process files threads
+    for name in servicemanager graphicsallocator offlinecameraservice; do
+        process="/proc/$(pidof -s "$name")"
+        files=("$process/fd/"*) threads=("$process/task/"*)
+        echo "$name ${#files[@]} ${#threads[@]} $(wc -l <"$process/maps")" \
+            "$(awk '/^VmRSS/ { print $2 }' "$process/status")"
+    done
+}
 
-# Descriptors, threads, mappings and resident KiB of a process, on one line.
-counts() {
-    local files=("/proc/$1/fd/"*) threads=("/proc/$1/task/"*) maps
-    mapfile -t maps <"/proc/$1/maps"
-    echo "${#files[@]} ${#threads[@]} ${#maps[@]} $(awk '/^VmRSS/ { print $2 }' "/proc/$1/status")"
+# settle OLD BOUND...: leaves in `table` what OLD, a result of measure(), says beside what is held now.
+# Services learn of a client's end after it has gone, so it waits, at most 10 s, until each count is
+# more by its bound at most; status 1 if that does not come. A count without bound may grow.
+settle() {
+    local deadline=$((SECONDS + 10))
+    until table="$(paste -d ' ' <(echo "$1") <(measure) | awk -v list="${*:2}" '
+        BEGIN { kinds = split(list, bounds) }
+        {
+            printf "%-22s", $1
+            for (i = 1; i <= 4; ++i) printf " %9s -> %5s", $(i + 1), $(i + 6)
+            print ""
+            for (i = 1; i <= kinds; ++i) if ($(i + 6) > $(i + 1) + bounds[i]) grown = 1
+        }
+        END { exit grown }')"; do
+        ((SECONDS < deadline)) || return 1
+    done
 }
 
 # The kinds take turns. Some clients are killed at a moment that moves through a whole session.
 session() {
-    local tool=vexofflinecameratest modes=(B2Y Y2J MMF)
+    local tool=vexofflinecameratest words=(B2Y Y2J MMF callback Y2Y) n=$(($1 % 8))
     (($1 % 3)) || tool=vexofflinecameratest-planes
-    case $(($1 % 8)) in
-    0) "$tool" -t B2Y ;;
-    1) "$tool" -t Y2J ;;
-    2) "$tool" -t MMF ;;
-    3) "$tool" -t callback ;;
-    4) "$tool" -t Y2Y ;;
-    *) timeout -s KILL "0.$(printf %03d $((5 + $1 * 7 % 90)))" "$tool" -t "${modes[$1 % 3]}" ||
-        [[ $? == 137 ]] ;;
-    esac >/dev/null 2>&1 || { complain "session $1 ended with status $?" && return 1; }
+    if ((n < 5)); then
+        "$tool" -t "${words[n]}"
+    else
+        timeout -s KILL "0.$(printf %03d $((5 + $1 * 7 % 90)))" "$tool" -t "${words[$1 % 3]}" ||
+            [[ $? == 137 ]]
+    fi >/dev/null 2>&1 || { complain "session $1 ended with status $?" && return 1; }
 }
 
-count_all() {
-    local pid
-    for pid in "${pids[@]}"; do counts "$pid"; done
-}
-
-# Services learn of a client's end after it has gone: waits, at most 10 s, until the first N counts
-# of each are no more than in the lines that follow.
-settle() {
-    local kinds="$1" deadline=$((SECONDS + 10)) now limits i k more
-    shift
-    until [[ "${more-1}" == 0 ]] || ((SECONDS >= deadline)); do
-        more=0
-        for i in "${!pids[@]}"; do
-            read -ra now < <(counts "${pids[i]}")
-            read -ra limits <<<"${@:i+1:1}"
-            for ((k = 0; k < kinds; ++k)); do ((now[k] <= limits[k])) || more=1; done
-        done
-    done
-}
-
-pids=()
-for service in "${services[@]}"; do pids+=("$(pidof -s "$service")"); done
-mapfile -t idle < <(count_all)
+idle="$(measure)"
 progress "warming up"
 for ((round = 0; round < warm_up[0]; ++round)); do
     sessions=()
     for ((n = round; n < round + warm_up[1]; ++n)); do session "$n" & sessions+=($!); done
     for session in "${sessions[@]}"; do wait "$session"; done
 done
-settle 1 "${idle[@]}"
-mapfile -t before < <(count_all)
+settle "$idle" 0 || true # what stays is part of "before"
+before="$(measure)"
 for ((n = 0; n < $2; ++n)); do
     progress "session $((n + 1)) of $2"
     session "$n"
 done
 progress_ends
-settle 3 "${before[@]}"
-
 status=0
+settle "$before" 0 0 0 "$resident_bound" || status=1
 printf '%-22s %18s %18s %18s %18s\n' "after $2 sessions" descriptors threads mappings "resident KiB"
-for i in "${!services[@]}"; do
-    read -ra old <<<"${before[i]}"
-    read -ra now < <(counts "${pids[i]}")
-    printf '%-22s %9s -> %5s %9s -> %5s %9s -> %5s %9s -> %5s\n' "${services[i]}" "${old[0]}" \
-        "${now[0]}" "${old[1]}" "${now[1]}" "${old[2]}" "${now[2]}" "${old[3]}" "${now[3]}"
-    ((now[0] <= old[0] && now[1] <= old[1] && now[2] <= old[2] &&
-        now[3] <= old[3] + resident_bound)) || status=1
-done
+echo "$table"
 ((status == 0)) || complain "growth (resident memory may grow by $resident_bound KiB)"
 exit $status

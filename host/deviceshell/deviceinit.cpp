@@ -1,32 +1,27 @@
-// The first process in the device: starts the programs, runs the command and ends them all. Ends
+// The first process in the device: starts the programs and the command, and ends them all. Ends
 // with the command's status, or kNoDevice after a complaint, and with it every process that is
 // left. A command that is still there 2 s after a signal is killed: 128 + n.
 //
-// usage: deviceinit [--terminal] {NAME PROGRAM "" } -- COMMAND
+// All processes are started at once. Each waits for what it needs, then becomes its program: the
+// services for the service manager, the command for all of them.
+//
+// usage: deviceinit {NAME PROGRAM "" } -- COMMAND
 //
 // NAME is what the PROGRAM registers (empty: it is the service manager); NAME=VALUE words may come
 // before a program. Descriptor STANDIN_LOG_FD gets the programs' log.
-#include "deviceinit.h"
-
-#include <android/binder_ibinder.h>
-#include <android/binder_manager.h>
 #include <android/log.h>
-#include <errno.h>
 #include <fcntl.h>
 #include <host_service_manager.h>
-#include <limits.h>
-#include <poll.h>
-#include <signal.h>
-#include <stdlib.h>
-#include <string.h>
-#include <sys/signalfd.h>
+#include <sys/mman.h>
 #include <sys/wait.h>
-#include <terminal/terminal.h>
-#include <time.h>
-#include <unistd.h>
 
 #include <algorithm>
+#include <atomic>
+#include <chrono>
 #include <map>
+#include <new>
+
+#include "process.h"
 
 namespace deviceshell {
 namespace {
@@ -35,44 +30,10 @@ namespace {
 constexpr unsigned kStartSeconds = 30;
 // For the command after a signal, and for the programs after it, to end by themselves.
 constexpr long kGraceMilliseconds = 2000;
-constexpr long kNever = LONG_MAX;
+constexpr long kPollMilliseconds = 2;
 
 long NowMilliseconds() {
-    timespec now = {};
-    clock_gettime(CLOCK_MONOTONIC, &now);
-    return now.tv_sec * 1000 + now.tv_nsec / 1'000'000;
-}
-
-bool Answers(const std::string& service) {
-    if (!service.empty()) {
-        AIBinder* const binder = AServiceManager_checkService(service.c_str());
-        if (binder) AIBinder_decStrong(binder);
-        return binder != nullptr;
-    }
-    return AServiceManager_forEachService(nullptr, [](const char*, void*) {}) == STATUS_OK;
-}
-
-// Waits until a service is registered, or with an empty name until the service manager accepts
-// connections. False after kStartSeconds, with a complaint.
-bool WaitForAnswer(const std::string& service) {
-    const std::string awaited = service.empty() ? "the service manager" : service;
-    const long begin = NowMilliseconds();
-    long told = 1;  // a person at a terminal is told from the second second on
-    terminal::Progress progress;
-    while (!Answers(service)) {
-        const long waited = (NowMilliseconds() - begin) / 1000;
-        if (waited > kStartSeconds) {
-            Complain(awaited + (service.empty() ? " did not answer" : " was not registered") +
-                     " within " + std::to_string(kStartSeconds) + " s");
-            return false;
-        }
-        if (waited > told) {
-            told = waited;
-            progress.Show("deviceshell: waits " + std::to_string(waited) + " s for " + awaited);
-        }
-        usleep(2000);
-    }
-    return true;
+    return std::chrono::steady_clock::now().time_since_epoch() / std::chrono::milliseconds(1);
 }
 
 // "ended with status 3" or "was ended by signal 11 (Segmentation fault)".
@@ -84,186 +45,169 @@ std::string DescribeEnd(int waitStatus) {
     return "was ended by signal " + std::to_string(number) + " (" + strsignal(number) + ")";
 }
 
+// Whether a service is registered, or with an empty name whether the service manager answers.
+bool Answers(const std::string& service) {
+    Words names;
+    const auto append = [](const char* name, void* to) {
+        static_cast<Words*>(to)->emplace_back(name);
+    };
+    if (AServiceManager_forEachService(&names, append) != STATUS_OK) return false;
+    return service.empty() || std::count(names.begin(), names.end(), service) != 0;
+}
+
+// Ends this process, with a complaint, at a signal and after kStartSeconds.
+void WaitForAnswer(const std::string& service) {
+    const std::string awaited = service.empty() ? "the service manager" : service;
+    const long begin = NowMilliseconds();
+    long told = 1;  // a person at a terminal is told from the second second on
+    terminal::Progress progress;
+    while (!Answers(service)) {
+        const long waited = (NowMilliseconds() - begin) / 1000;
+        if (waited > kStartSeconds) {
+            Complain(awaited + (service.empty() ? " did not answer" : " was not registered") +
+                     " within " + std::to_string(kStartSeconds) + " s");
+            _exit(kNoDevice);
+        }
+        if (waited > told) {
+            told = waited;
+            progress.Show("deviceshell: waits " + std::to_string(waited) + " s for " + awaited);
+        }
+        const int number = NextSignal(kPollMilliseconds).si_signo;
+        if (number != 0) {
+            Complain("signal " + std::to_string(number) + " (" + strsignal(number) +
+                     ") came before the device was up; the command did not run");
+            _exit(128 + number);
+        }
+    }
+}
+
+struct Program {
+    std::string service;
+    Words argv;
+};
+
 class Device {
   public:
-    Device(const Words& words, bool takeTerminal) : m_words(words), m_terminal(takeTerminal) {}
+    explicit Device(const Words& words);
     int Run();
 
   private:
-    // The end of a process, or a signal, or that the time is over.
-    struct Event {
-        pid_t pid = 0;
-        bool ofProgram = false;
-        int waitStatus = 0;
-        int signal = 0;
-        bool fromTerminal = false;  // a signal that a running command gets by itself
-    };
+    [[noreturn]] void BecomeCommand() const;
+    [[noreturn]] void BecomeProgram(const Program& program) const;
+    void HandleEnd(pid_t pid, int waitStatus);
+    void Stop(int status);
 
-    Event Next(long deadline);
-    pid_t Start(const Words& argv, bool asProgram) const;
-    bool StartPrograms();
-    bool Await(const Words& services);
-    bool EndsStart(const Event& event);
-    int RunCommand();
-    void StopPrograms();
-
-    const Words m_words;
-    size_t m_next = 0;  // the word to read
-    const bool m_terminal;
-    const int m_log = atoi(getenv("STANDIN_LOG_FD"));
-    int m_signals = -1;
+    std::vector<Program> m_programs;
+    Words m_commandWords;
+    pid_t m_command = -1;
+    std::map<pid_t, std::string> m_running;  // the programs' file names
+    // Set by the command's process once the device is up.
+    std::atomic<bool>& m_commandRuns =
+            *new (mmap(nullptr, sizeof m_commandRuns, PROT_READ | PROT_WRITE,
+                       MAP_SHARED | MAP_ANONYMOUS, -1, 0)) std::atomic<bool>(false);
     bool m_stopping = false;
     int m_status = kNoDevice;
-    std::map<pid_t, std::string> m_running;  // the programs' file names
+    long m_deadline = kForever;  // of the command after a signal, then of the programs
 };
 
+Device::Device(const Words& words) {
+    auto word = words.begin();
+    for (; *word != "--"; ++word) {
+        Program program{*word++, {}};
+        while (!word->empty()) program.argv.push_back(*word++);
+        m_programs.push_back(program);
+    }
+    m_commandWords.assign(word + 1, words.end());
+}
+
 int Device::Run() {
-    sigset_t watched;
-    sigemptyset(&watched);
-    for (const int number : {SIGCHLD, SIGINT, SIGQUIT, SIGTERM, SIGHUP, SIGTTOU}) {
-        sigaddset(&watched, number);
-    }
-    m_signals = signalfd(-1, &watched, SFD_CLOEXEC | SFD_NONBLOCK);
-    sigprocmask(SIG_BLOCK, &watched, nullptr);
-    if (StartPrograms() && !EndsStart(Next(NowMilliseconds()))) m_status = RunCommand();
-    StopPrograms();
-    return m_status;
-}
-
-// The next end of a process or signal until the deadline. Ends come first, so that none is missed.
-Device::Event Device::Next(long deadline) {
-    while (true) {
-        int status = 0;
-        const pid_t pid = waitpid(-1, &status, WNOHANG);
-        const auto program = m_running.find(pid);
-        if (pid > 0 && program == m_running.end()) return {pid, false, status};
-        if (pid > 0) {
-            const bool asked = m_stopping && (status == 0 ||
-                                              (WIFSIGNALED(status) && WTERMSIG(status) == SIGTERM));
-            const std::string end = program->second + " " + DescribeEnd(status);
-            // In the log's form: a report tells by its time in which call a service died.
-            if (!asked) __android_log_write(ANDROID_LOG_ERROR, "deviceshell", end.c_str());
-            return {pid, true, status};
+    MaskSignals(SIG_BLOCK);
+    m_command = fork();
+    if (m_command == 0) BecomeCommand();
+    setpgid(0, 0);             // only the command gets the terminal's signals
+    signal(SIGTTOU, SIG_IGN);  // a complaint may go there all the same
+    for (const Program& program : m_programs) {
+        const pid_t pid = m_command < 0 ? -1 : fork();
+        if (pid == 0) BecomeProgram(program);
+        if (pid < 0) {
+            Complain(std::string("cannot start a program: ") + strerror(errno));
+            return kNoDevice;
         }
-        pollfd source = {m_signals, POLLIN, 0};
-        const long left = std::max(0L, deadline - NowMilliseconds());
-        const int count = poll(&source, 1, deadline == kNever ? -1 : static_cast<int>(left));
-        signalfd_siginfo signal = {};
-        if (read(m_signals, &signal, sizeof signal) == sizeof signal) {
-            const int number = static_cast<int>(signal.ssi_signo);
-            const bool fromTerminal = signal.ssi_code == SI_KERNEL && number != SIGHUP;
-            if (number != SIGCHLD) return {0, false, 0, number, fromTerminal};
-        }
-        if (count == 0) return {};
+        const std::string path =
+                *std::find_if_not(program.argv.begin(), program.argv.end(), IsSetting);
+        m_running[pid] = path.substr(path.rfind('/') + 1);
     }
-}
-
-pid_t Device::Start(const Words& argv, bool asProgram) const {
-    const pid_t pid = fork();
-    if (pid < 0) Complain(std::string("cannot start a program: ") + strerror(errno));
-    if (pid != 0) return pid;
-    if (asProgram || m_terminal) setpgid(0, 0);  // no signals from the terminal, or all of them
-    if (asProgram) {
-        dup2(open("/dev/null", O_RDWR | O_CLOEXEC), STDIN_FILENO);
-        dup2(m_log, STDOUT_FILENO);
-        dup2(m_log, STDERR_FILENO);
-    } else if (m_terminal) {
-        tcsetpgrp(STDIN_FILENO, getpid());  // SIGTTOU is blocked
-    }
-    sigset_t none;
-    sigemptyset(&none);
-    sigprocmask(SIG_SETMASK, &none, nullptr);
-    Become(argv);
-}
-
-bool Device::StartPrograms() {
-    Words services;
-    while (m_words[m_next] != "--") {
-        const std::string service = m_words[m_next++];
-        const auto begin = m_words.begin() + static_cast<std::ptrdiff_t>(m_next);
-        const Words argv(begin, std::find(begin, m_words.end(), ""));
-        m_next += argv.size() + 1;
-        const pid_t pid = Start(argv, true);
-        if (pid < 0) return false;
-        const std::string program = *std::find_if_not(argv.begin(), argv.end(), IsSetting);
-        m_running[pid] = program.substr(program.rfind('/') + 1);
-        if (service.empty() && !Await({""})) return false;
-        if (!service.empty()) services.push_back(service);
-    }
-    return services.empty() || Await(services);
-}
-
-// Waits in a process of its own, as binder starts threads.
-bool Device::Await(const Words& services) {
-    const pid_t waiter = fork();
-    if (waiter == 0) {
-        // The limit per service comes first; this one is for a wait that got stuck.
-        alarm(kStartSeconds * static_cast<unsigned>(services.size() + 1));
-        _exit(std::all_of(services.begin(), services.end(), WaitForAnswer) ? 0 : 1);
-    }
-    Event event = Next(kNever);
-    while (event.pid != waiter && !event.ofProgram && !event.signal) event = Next(kNever);
-    if (event.pid == waiter) {
-        if (WIFSIGNALED(event.waitStatus)) Complain("the service manager stopped answering");
-        return event.waitStatus == 0;
-    }
-    kill(waiter, SIGKILL);  // so that it shows no more progress
-    waitpid(waiter, nullptr, 0);
-    return !EndsStart(event);
-}
-
-// True, with a complaint, when the command can no longer run: a program that it needs has ended, or
-// a signal came.
-bool Device::EndsStart(const Event& event) {
-    if (event.ofProgram) {
-        Complain(m_running[event.pid] + " " + DescribeEnd(event.waitStatus) +
-                 " before it answered; the services' log shows what it said");
-        m_running.erase(event.pid);
-    }
-    if (event.signal) {
-        Complain("signal " + std::to_string(event.signal) + " (" + strsignal(event.signal) +
-                 ") came before the device was up; the command did not run");
-        m_status = 128 + event.signal;
-    }
-    return event.ofProgram || event.signal;
-}
-
-int Device::RunCommand() {
-    const pid_t command = Start(
-            Words(m_words.begin() + static_cast<std::ptrdiff_t>(m_next) + 1, m_words.end()), false);
-    if (command < 0) return kNoDevice;
     int passedOn = 0;
-    long deadline = kNever;
-    Event event = Next(NowMilliseconds());
-    // It may have come before there was a command to get it.
-    if (event.fromTerminal) kill(command, event.signal);
-    while (event.pid != command) {
-        m_running.erase(event.pid);
-        if (event.signal && !event.fromTerminal) {
-            passedOn = event.signal;
-            kill(command, passedOn);
-            deadline = NowMilliseconds() + kGraceMilliseconds;
+    while (!m_stopping || !m_running.empty()) {
+        int waitStatus = 0;
+        const pid_t pid = waitpid(-1, &waitStatus, WNOHANG);
+        if (pid > 0) {
+            HandleEnd(pid, waitStatus);
+            continue;
         }
-        event = Next(deadline);
-        const bool timedOut = !event.pid && !event.signal;
-        if (timedOut) return 128 + passedOn;  // it is killed as this process ends
+        const int number = NextSignal(std::max(0L, m_deadline - NowMilliseconds())).si_signo;
+        if (number == 0 && m_stopping) break;
+        if (number == 0) Stop(128 + passedOn);
+        if (number == 0 || number == SIGCHLD || m_stopping) continue;
+        passedOn = number;
+        kill(m_command, passedOn);
+        m_deadline = NowMilliseconds() + kGraceMilliseconds;
     }
-    const int status = event.waitStatus;
-    return WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status);
+    return m_status;  // what is left is killed as this process ends
 }
 
-// Asked first, so that they can end in order; the kernel ends the rest. The last one first: without
-// the service manager the others would complain.
-void Device::StopPrograms() {
+void Device::BecomeCommand() const {
+    // The limit per service comes first; this one is for a wait that got stuck.
+    alarm(kStartSeconds * static_cast<unsigned>(m_programs.size() + 1));
+    for (const Program& program : m_programs) WaitForAnswer(program.service);
+    alarm(0);
+    m_commandRuns = true;
+    MaskSignals(SIG_UNBLOCK);
+    Become(m_commandWords);
+}
+
+void Device::BecomeProgram(const Program& program) const {
+    MaskSignals(SIG_UNBLOCK);
+    const int log = atoi(getenv("STANDIN_LOG_FD"));
+    dup2(open("/dev/null", O_RDWR | O_CLOEXEC), STDIN_FILENO);
+    dup2(log, STDOUT_FILENO);
+    dup2(log, STDERR_FILENO);
+    // Without limit: the command's process tells when this takes too long.
+    while (!program.service.empty() && !Answers("")) usleep(kPollMilliseconds * 1000);
+    Become(program.argv);
+}
+
+void Device::HandleEnd(pid_t pid, int waitStatus) {
+    const bool signalled = WIFSIGNALED(waitStatus);
+    const int number = signalled ? WTERMSIG(waitStatus) : 0;
+    if (pid == m_command && signalled && !m_commandRuns) {
+        Complain("the service manager stopped answering");
+        Stop(kNoDevice);
+    }
+    if (pid == m_command) Stop(signalled ? 128 + number : WEXITSTATUS(waitStatus));
+    const auto program = m_running.find(pid);
+    if (program == m_running.end()) return;
+    const std::string end = program->second + " " + DescribeEnd(waitStatus);
+    m_running.erase(program);
+    // In the log's form: a report tells by its time in which call a service died.
+    const bool asked = m_stopping && (waitStatus == 0 || number == SIGTERM);
+    if (!asked) __android_log_write(ANDROID_LOG_ERROR, "deviceshell", end.c_str());
+    if (m_stopping || m_commandRuns) return;
+    kill(m_command, SIGKILL);  // so that it shows no more progress
+    waitpid(m_command, nullptr, 0);
+    Complain(end + " before it answered; the services' log shows what it said");
+    Stop(kNoDevice);
+}
+
+// Programs are asked first, so that they can end in order. The last one first: without the service
+// manager the others would complain.
+void Device::Stop(int status) {
+    if (m_stopping) return;
     m_stopping = true;
+    m_status = status;
+    m_deadline = NowMilliseconds() + kGraceMilliseconds;
     for (auto program = m_running.rbegin(); program != m_running.rend(); ++program) {
         kill(program->first, SIGTERM);
-    }
-    const auto deadline = NowMilliseconds() + kGraceMilliseconds;
-    while (!m_running.empty()) {
-        const Event event = Next(deadline);
-        if (!event.pid && !event.signal) return;
-        m_running.erase(event.pid);
     }
 }
 
@@ -271,6 +215,5 @@ void Device::StopPrograms() {
 }  // namespace deviceshell
 
 int main(int argc, char** argv) {
-    const bool terminal = argc > 1 && strcmp(argv[1], "--terminal") == 0;
-    return deviceshell::Device({argv + (terminal ? 2 : 1), argv + argc}, terminal).Run();
+    return deviceshell::Device({argv + 1, argv + argc}).Run();
 }

@@ -38,9 +38,7 @@ greeting="A shell on the stand-in device; 'exit' takes the device down.
   logcat -d, trace -d            platform log and binder calls so far (without -d: follow)
   adb, getprop                   as on a workstation beside a device, and on one"
 
-self="${BASH_SOURCE[0]}"
-[[ "$self" == /* && ! -L "$self" ]] || self="$(readlink -f "$self")"
-bin="${self%/*}" # where this project's programs are
+bin="$(readlink -f "${BASH_SOURCE[0]}")" && bin="${bin%/*}" # where this project's programs are
 source "$bin/device/terminal.sh"
 source "$bin/device/options.sh"
 program=deviceshell
@@ -52,10 +50,7 @@ set -- "${words[@]}"
 [[ -z "${given[--help]}" ]] || { echo "$help" && exit; }
 [[ -n "$ended" || "${1-}" != -?* ]] || refuse "unknown option $1; try 'deviceshell --help'"
 data="${given[--data]}" service="${given[--service]}"
-if [[ -n "$data" ]]; then
-    [[ -d "$data" ]] || refuse "--data $data: no such folder"
-    [[ "$data" == /* ]] || data="$PWD/$data"
-fi
+[[ -z "$data" || -d "$data" ]] || refuse "--data $data: no such folder"
 if [[ -n "$service" ]]; then
     [[ -z "${given[--no-service]}" ]] || refuse "--no-service and --service exclude each other"
     read_service "$service"
@@ -66,35 +61,29 @@ fi
 # --- The programs, with the faults that each is to show. ---
 allocator=("$bin/graphicsallocator")
 camera=("$bin/offlinecameraservice")
+for path in servicemanager graphicsallocator offlinecameraservice \
+    ${given[--planes]:+vexofflinecameratest-planes}; do
+    [[ -x "$bin/$path" ]] || refuse "$bin/$path: no such program; build it first"
+done
 
 # ask PROGRAM WORDS...: has a program read its words and then list all faults that it knows.
 ask() { timeout 10 "$@" --fault help 2>&1; }
 
-# knows LIST FAULT: whether a line of the list begins with the fault's name.
-knows() { [[ $'\n'"$1"$'\n' =~ $'\n'[[:blank:]]*"${2%%=*}"[[:space:]:=\[] ]]; }
-
-if [[ ${#faults[@]} -gt 0 ]]; then
-    camera_list="$(ask "${camera[@]}")" || refuse "${camera[0]}: does not tell its faults"
-    allocator_list="$(ask "${allocator[@]}")" || refuse "${allocator[0]}: does not tell its faults"
-fi
 for fault in "${faults[@]}"; do
-    if [[ "$fault" == help ]]; then
-        printf '%s\n' "$camera_list" "$allocator_list"
-        exit
-    elif knows "$allocator_list" "$fault"; then
+    [[ "$fault" != help ]] || { ask "${camera[@]}" && ask "${allocator[@]}"; exit; }
+    declare -n owner=camera
+    left_out="${given[--no-service]}"
+    # Whether a line of its list begins with the fault's name.
+    if [[ $'\n'"$(ask "${allocator[@]}")" =~ $'\n'[[:blank:]]*"${fault%%=*}"[[:space:]:=\[] ]]; then
         declare -n owner=allocator
         left_out="${given[--no-allocator]}"
-    elif knows "$camera_list" "$fault"; then
-        declare -n owner=camera
-        left_out="${given[--no-service]}"
-        [[ -z "$service" ]] ||
-            refuse "--fault $fault: a fault of the reference service, not of $service"
-    else
-        refuse "--fault $fault: unknown; 'deviceshell --fault help' lists the names"
     fi
-    [[ -z "$left_out" ]] || refuse "--fault $fault: its program is left out"
     owner+=(--fault "$fault")
-    said="$(ask "${owner[@]}")" || refuse "--fault $fault: refused by ${said%%$'\n'*}"
+    said="$(ask "${owner[@]}")" ||
+        refuse "--fault $fault: refused by ${said%%$'\n'*}; see 'deviceshell --fault help'"
+    [[ -z "$left_out" ]] || refuse "--fault $fault: its program is left out"
+    [[ -z "$service" || "${!owner}" == allocator ]] ||
+        refuse "--fault $fault: a fault of the reference service, not of $service"
 done
 [[ -z "$service" ]] || camera=("${service_words[@]}")
 
@@ -105,14 +94,10 @@ programs=("" "$bin/servicemanager" "")
 [[ -n "${given[--no-service]}" ]] ||
     programs+=(vendor.zel.hardware.camera.offlinecamera.IOfflineCameraService/default
         "${camera[@]}" "")
-for path in servicemanager graphicsallocator offlinecameraservice \
-    ${given[--planes]:+vexofflinecameratest-planes}; do
-    [[ -x "$bin/$path" ]] || refuse "$bin/$path: no such program; build it first"
-done
 
 # --- The command, and its files. A shell has one log of all programs at hand, as on a device, and
 # the trace. ---
-terminal=()
+terminal=""
 if [[ $# -gt 0 ]]; then
     # Asked here, as execvp says "permission denied" where a folder of PATH may not be searched.
     [[ "$1" == */* ]] || PATH="$bin:$PATH" type -P -- "$1" >/dev/null ||
@@ -121,7 +106,10 @@ if [[ $# -gt 0 ]]; then
 else
     set -- bash --noprofile --norc
     if [[ -t 0 && -t 2 ]]; then # as bash itself decides
-        terminal=(--terminal)
+        terminal=--terminal
+        read -r _ _ _ _ group _ _ foreground _ </proc/self/stat
+        [[ "$foreground" == "$group" || "$foreground" == -1 ]] ||
+            refuse "a shell in the background cannot use the terminal; give a COMMAND"
         set -- sh -c 'echo "$0" >&2; exec "$@"' "$greeting" "$@"
     fi
     export HOME=/data/vendor/camera PS1='standin:$PWD $ '
@@ -129,9 +117,8 @@ else
     private="$(mktemp -d)" || refuse "cannot keep the shell's log"
     : "${given[--log]:=$private/log}" "${given[--trace]:=$private/trace}"
 fi
-declare -A descriptor
+declare -A descriptor=()
 for name in --log --device-log --trace --run-record; do
-    descriptor[$name]=""
     [[ -n "${given[$name]}" ]] || continue
     { : >"${given[$name]}"; } 2>/dev/null || refuse "${given[$name]}: cannot be written"
     exec {number}>>"${given[$name]}" # whole lines from several processes
@@ -142,7 +129,7 @@ done
 # --- The environment of the command; the programs write to a log of their own. ---
 unset ENV BASH_ENV STANDIN_HAL_PATH STANDIN_LOG_ECHO STANDIN_BINDER_TRACE_FD STANDIN_RUN_RECORD_FD
 export STANDIN_BINDER_DIR=/binder STANDIN_LOG_FD="${descriptor[--device-log]:-${descriptor[--log]}}"
-trace="${descriptor[--trace]}" record="${descriptor[--run-record]}"
+trace="${descriptor[--trace]-}" record="${descriptor[--run-record]-}"
 environment=("PATH=${record:+/vendor/bin/recorded:}/vendor/bin:${PATH-/bin}"
     "STANDIN_LOG_FD=${descriptor[--log]}"
     ${trace:+"STANDIN_BINDER_TRACE_FD=$trace"} ${record:+"STANDIN_RUN_RECORD_FD=$record"}
@@ -180,6 +167,5 @@ sandbox+=(--remount-ro / --chdir /) # last, so that the folders above can still 
 ulimit -c 0
 ulimit -Sn 32768 2>/dev/null || ulimit -Sn "$(ulimit -Hn)"
 
-exec "$bin/device/sandbox" ${given[--die-with-parent]:+--die-with-parent} "${terminal[@]}" \
-    "${sandbox[@]}" "$bin/device/deviceinit" "${terminal[@]}" "${programs[@]}" -- \
-    "${environment[@]}" "$@"
+exec ${given[--die-with-parent]:+setpriv --pdeathsig TERM} "$bin/device/sandbox" $terminal \
+    "${sandbox[@]}" "$bin/device/deviceinit" "${programs[@]}" -- "${environment[@]}" "$@"

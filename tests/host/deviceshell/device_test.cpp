@@ -78,7 +78,7 @@ TEST_F(Deviceshell, RefusesBadUsageAndStartsNothing) {
             {{"--service", "/etc/passwd"}, "/etc/passwd: no program, as it is not executable"},
             {{"--log", "/no/such/folder/log"}, "/no/such/folder/log"},
             {{"--data", "/no/such/folder"}, "/no/such/folder: no such folder"},
-            {{"--fault", "lendx"}, "--fault lendx: unknown"},
+            {{"--fault", "lendx"}, "unknown fault 'lendx'"},
             {{"--fault", "lend", "--fault=lend=17"}, "--fault lend=17: refused by "},
             {{"--fault", "bad-handle", "--fault", "bad-handle"}, "--fault bad-handle: refused by "},
             {{"--fault", "lend", "--no-service"}, "--fault lend: its program is left out"},
