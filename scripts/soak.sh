@@ -7,7 +7,7 @@ set -euo pipefail
 self="$(readlink -f "$0")"
 source "${self%/*}/terminal.sh"
 readonly resident_bound=4096 # KiB per process: heap that an allocator keeps back for later
-readonly warm_up=(2 16) # rounds, and sessions at a time: every kind twice, every pool at its full size
+readonly warm_up=(10 16) # rounds at most, and sessions at a time, which is every kind twice
 
 # --- Outside: the source files and the devices. ---
 # on_device SESSIONS FAULT...
@@ -84,10 +84,14 @@ session() {
 
 idle="$(measure)"
 progress "warming up"
-for ((round = 0; round < warm_up[0]; ++round)); do
+threads="" same=0 # until two rounds have started no thread: then each pool is at its full size
+for ((round = 0; round < warm_up[0] && same < 2; ++round)); do
     sessions=()
     for ((n = round; n < round + warm_up[1]; ++n)); do session "$n" & sessions+=($!); done
     for session in "${sessions[@]}"; do wait "$session"; done
+    now="$(measure | cut -d ' ' -f 3)"
+    [[ "$now" == "$threads" ]] || same=-1
+    threads="$now" same=$((same + 1))
 done
 settle "$idle" 0 || true # what stays is part of "before"
 before="$(measure)"
