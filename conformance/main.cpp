@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <cstdio>
 #include <cstring>
 #include <fstream>
@@ -44,6 +45,7 @@ struct Finding {
     const Check& check;
     Verdict verdict;
 };
+using Counts = std::array<size_t, std::size(kOutcomes)>;
 
 // False after a message.
 bool ReadOptions(int argc, char** argv, Options* options) {
@@ -67,24 +69,30 @@ bool ReadOptions(int argc, char** argv, Options* options) {
     return counted && optind == argc;
 }
 
-std::string GroupOf(const Check& check) {
-    return check.name.substr(0, check.name.find('.'));
-}
-
 Checks SelectChecks(const Options& options) {
+    const std::pair<const char*, const Checks&> groups[] = {{"registration", kRegistrationChecks},
+                                                            {"session", kSessionChecks},
+                                                            {"configuration", kConfigurationChecks},
+                                                            {"process", kProcessChecks},
+                                                            {"requests", kRequestChecks},
+                                                            {"content", kContentChecks},
+                                                            {"lending", kLendingChecks},
+                                                            {"fences", kFenceChecks},
+                                                            {"endurance", kEnduranceChecks},
+                                                            {"physics", kPhysicsChecks}};
     Checks selected;
-    for (const auto& group :
-         {RegistrationChecks, SessionChecks, ConfigurationChecks, ProcessChecks, RequestChecks,
-          ContentChecks, LendingChecks, FenceChecks, EnduranceChecks, PhysicsChecks}) {
-        if (group == PhysicsChecks && !options.physics) continue;
-        for (const Check& check : group()) {
+    for (const auto& [group, checks] : groups) {
+        for (Check check : checks) {
+            check.group = group;
+            check.name = check.group + "." + check.name;
             const auto matches = [&](const std::string& pattern) {
-                return pattern == GroupOf(check) ||
+                return pattern == check.group ||
                        fnmatch(pattern.c_str(), check.name.c_str(), 0) == 0;
             };
             const auto& only = options.only;
             const bool wanted = only.empty() || std::any_of(only.begin(), only.end(), matches);
-            if (wanted) selected.push_back(check);
+            const bool physics = &checks == &kPhysicsChecks;
+            if (wanted && (!physics || options.physics)) selected.push_back(std::move(check));
         }
     }
     return selected;
@@ -102,7 +110,8 @@ void Print(const Finding& finding) {
 
 // Runs one check. `gone` becomes the reason to skip the rest.
 Verdict RunOne(Device& device, const Check& check, std::string* gone) {
-    const Verdict verdict = check.run(device);
+    const bool asks = device.service != nullptr || check.name == "registration.interface";
+    const Verdict verdict = asks ? check.run(device) : Skip("see registration.interface");
     const std::string trouble = device.Trouble();
     if (trouble.empty()) return verdict;
     if (device.Hangs() || !device.Connect()) *gone = Say(trouble, ", in ", check.name);
@@ -118,7 +127,7 @@ std::vector<Finding> RunAll(const Options& options, const Checks& checks) {
         const bool there = device.Connect();
         if (!there) gone = std::string(Device::kInstance) + " is not registered within 5 s";
         for (const Check& check : checks) {
-            if (GroupOf(check) != group) puts((group = GroupOf(check)).c_str());
+            if (check.group != group) puts((group = check.group).c_str());
             const bool absent = !there && &check == &checks[0];
             findings.push_back({check, absent         ? Fail("a service", gone)
                                        : gone.empty() ? RunOne(device, check, &gone)
@@ -128,11 +137,6 @@ std::vector<Finding> RunAll(const Options& options, const Checks& checks) {
         }
     }
     return findings;
-}
-
-size_t Count(const std::vector<Finding>& findings, Outcome outcome) {
-    const auto has = [&](const Finding& finding) { return finding.verdict.outcome == outcome; };
-    return static_cast<size_t>(std::count_if(findings.begin(), findings.end(), has));
 }
 
 std::string Quoted(const std::string& text) {
@@ -145,11 +149,12 @@ std::string Quoted(const std::string& text) {
 }
 
 // False if the file cannot be written.
-bool WriteJson(const std::string& path, const std::vector<Finding>& findings) {
+bool WriteJson(const std::string& path, const std::vector<Finding>& findings,
+               const Counts& counts) {
     std::ofstream file(path);
     file << "{\"schema\": 1";
-    for (const Outcome outcome : {Outcome::kOk, Outcome::kFail, Outcome::kWarn, Outcome::kSkip}) {
-        file << ", " << Quoted(kOutcomes[int(outcome)]) << ": " << Count(findings, outcome);
+    for (size_t i = 0; i < counts.size(); ++i) {
+        file << ", " << Quoted(kOutcomes[i]) << ": " << counts[i];
     }
     file << ", \"checks\": [";
     const char* separator = "\n";
@@ -180,12 +185,13 @@ int Main(int argc, char** argv) {
     }
     if (options.list) return 0;
     const std::vector<Finding> findings = RunAll(options, checks);
-    const size_t failed = Count(findings, Outcome::kFail);
-    const size_t total = findings.size() - Count(findings, Outcome::kSkip);
-    if (total < findings.size()) printf("Skipped: %zu\n", findings.size() - total);
-    printf("Total: %zu, Succeeded: %zu, Failed: %zu, Warnings: %zu\n", total, total - failed,
-           failed, Count(findings, Outcome::kWarn));
-    if (options.json.empty() || WriteJson(options.json, findings)) return failed > 0;
+    Counts counts = {};
+    for (const Finding& finding : findings) ++counts[size_t(finding.verdict.outcome)];
+    const auto [ok, failed, warned, skipped] = counts;
+    if (skipped > 0) printf("Skipped: %zu\n", skipped);
+    printf("Total: %zu, Succeeded: %zu, Failed: %zu, Warnings: %zu\n", ok + failed + warned,
+           ok + warned, failed, warned);
+    if (options.json.empty() || WriteJson(options.json, findings, counts)) return failed > 0;
     fprintf(stderr, "offlineservicecheck: cannot write %s\n", options.json.c_str());
     return kMisuse;
 }

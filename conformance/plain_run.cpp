@@ -1,6 +1,4 @@
-// Runs a mode's requests, looks at the pictures, and finds events.
-#include <poll.h>
-
+// Runs a mode's requests and looks at the pictures.
 #include <algorithm>
 #include <cstring>
 
@@ -10,73 +8,99 @@ namespace conformance {
 
 namespace {
 
-constexpr uint8_t kFills[] = {0x5a, 0xa5, 0x5a};  // of the outputs before each frame
-constexpr int kVariants[] = {0, 0, 1};            // of the inputs
-
-// Gradients that differ between the variants in every byte.
-void FillInput(Buffer& buffer, int variant) {
-    buffer.Access([&](uint8_t* bytes) {
-        for (const Plane& plane : buffer.Planes()) {
-            for (uint64_t row = 0; row < plane.rows; ++row) {
-                uint8_t* const to = bytes + plane.offset + row * plane.stride;
-                for (uint64_t i = 0; i < plane.rowBytes; ++i) {
-                    to[i] = static_cast<uint8_t>(40 + 80 * variant + i / 64 % 60 + row / 64 % 60);
-                }
-            }
-        }
-    });
-}
-
-void FillInputs(Device& device, const Configuration& info, int variant) {
-    for (const Stream& stream : info.streams) {
-        for (size_t f = 0; IsInput(stream) && f < FramesOf(info.opMode); ++f) {
-            FillInput(device.pool.Get(stream, f), variant);
-        }
-    }
-}
+// Of the outputs before each frame, and of the inputs.
+constexpr uint8_t kFills[] = {0x5a, 0xa5, 0x5a}, kInputs[] = {40, 40, 120};
 
 // Goes through the buffer after the first and after the second frame, row by row: picture, padding,
 // and what belongs to no row.
-void Compare(const Buffer& buffer, const uint8_t* first, const uint8_t* second, Picture* picture) {
-    uint64_t place = 0, plane = 0, row = 0, unwritten = 0, outside = 0;
-    const auto look = [&](bool inside, uint64_t end) {
-        uint64_t& count = inside ? unwritten : outside;
+void Compare(const Buffer& buffer, const uint8_t* second, PlainRun* run) {
+    int64_t place = 0, plane = 0, row = 0, unwritten = 0, outside = 0;
+    std::string places[2];  // the first ones beside and in the picture
+    const auto look = [&](bool inside, int64_t end) {
+        int64_t& count = inside ? unwritten : outside;
         for (; place < end; ++place) {
-            const bool kept = first[place] == kFills[0] && second[place] == kFills[1];
+            const bool kept =
+                    run->picture[size_t(place)] == kFills[0] && second[place] == kFills[1];
             if (kept != inside || ++count > 1) continue;
-            (inside ? picture->unwritten : picture->outside) =
-                    Say("byte ", place, ", in or before row ", row, " of plane ", plane);
+            places[inside] = Say("byte ", place, ", in or before row ", row, " of plane ", plane);
         }
     };
     for (const Plane& p : buffer.Planes()) {
-        for (row = 0; row < p.rows; ++row) {
-            const uint64_t begin = p.offset + row * p.stride;
+        for (row = 0; row < p.heightInSamples; ++row) {
+            const int64_t begin = p.offsetInBytes + row * p.strideInBytes;
             look(false, begin);
-            look(true, std::min(begin + p.rowBytes, buffer.Size()));
+            look(true, std::min(begin + RowBytes(p), buffer.Size()));
         }
         ++plane;
     }
     if (!buffer.Planes().empty()) look(false, buffer.Size());
-    if (unwritten > 0) picture->unwritten = Say(unwritten, " bytes, first ", picture->unwritten);
-    if (outside > 0) picture->outside = Say(outside, " bytes, first ", picture->outside);
+    run->Note("whole-picture",
+              Require(unwritten == 0, "all of " + run->Mode() + "'s picture written",
+                      Say("as before the request: ", unwritten, " bytes, first ", places[true])));
+    run->Note("nothing-else",
+              Require(outside == 0, "nothing but " + run->Mode() + "'s picture written",
+                      Say("beside it changed: ", outside, " bytes, first ", places[false])));
 }
 
 // Sends a frame and waits for its result, and for its shutter unless an earlier one had none.
-SentFrame SendFrame(Device& device, Session& session, const PlainRun& run) {
-    SentFrame frame;
-    frame.answer = session.Process(device.Request(run.info));
-    frame.result = session.AwaitResult(frame.answer).Good();
-    if (!frame.result) return frame;
+// Returns whether all of the result came.
+bool SendFrame(Session& session, PlainRun* run) {
+    run->sent.push_back(session.Process(session.Request()));
+    if (!session.AwaitResult(run->sent.back()).Good()) return false;
     const auto shutters = [](const Events& events) { return Of(events, Event::kShutter).size(); };
-    const size_t before = run.frames.size();
+    const size_t before = run->complete++;
     if (before == 0 || shutters(session.All()) >= before) {
         session.client->WaitFor([&](const Events& events) { return shutters(events) > before; });
     }
     FencesSignal(session.All());
-    return frame;
+    // A number that is not new has messages already.
+    return before == 0 || run->sent[before].number > run->sent[before - 1].number;
+}
+
+// Sends the frames and compares their pictures. Stops at the first frame without a result.
+void SendFrames(Session& session, PlainRun* run) {
+    const auto inputs = [&](const Stream& s) {
+        return IsInput(s) ? FramesOf(run->info.opMode) : 0;
+    };
+    Buffer& output = session.device.pool.Get(run->info.streams.back());
+    std::vector<uint8_t> last;
+    bool changed = false;
+    for (size_t i = 0; i < PlainRun::kFrames; ++i) {
+        for (const Stream& stream : run->info.streams) {
+            for (size_t f = 0; f < inputs(stream); ++f) {
+                session.device.pool.Get(stream, f).Fill(kInputs[i]);
+            }
+        }
+        output.Fill(kFills[i]);
+        if (!SendFrame(session, run)) break;
+        output.Access([&](const uint8_t* bytes) {
+            if (i == 0) run->picture.assign(bytes, bytes + output.Size());
+            if (i == 1) Compare(output, bytes, run);
+            if (i == 2) last.assign(bytes, bytes + output.Size());
+        });
+    }
+    session.Close();
+    if (last.empty()) return;
+    output.Access(
+            [&](const uint8_t* bytes) { changed = memcmp(bytes, last.data(), last.size()) != 0; });
+    run->Note("follows-input", Require(last != run->picture,
+                                       "another picture of " + run->Mode() + " for another input",
+                                       "the same bytes for a dark and a bright frame"));
+    run->Note("done",
+              Require(!changed, "no writing to " + run->Mode() + "'s output after the result",
+                      "bytes that changed until the session was closed"));
 }
 
 }  // namespace
+
+bool PlainRun::Borrows() const {
+    return !Of(events, Event::kAsked).empty() || !Of(events, Event::kReturned).empty();
+}
+
+void PlainRun::Note(const std::string& check, const Verdict& verdict) {
+    Verdict& noted = findings[check];
+    if (noted.Good()) noted = verdict;
+}
 
 void Device::RunPlain(Mode mode, PlainRun* run) {
     run->info = ConfigurationOf(mode);
@@ -85,78 +109,11 @@ void Device::RunPlain(Mode mode, PlainRun* run) {
     if (!session.IsOpen()) return;
     run->configured = session.Configure(run->info);
     if (!run->configured.Ok() || !pool.Ready()) return;
-    Buffer& output = pool.Get(run->info.streams.back());
-    Picture& picture = run->picture;
-    std::vector<uint8_t> last;
-    for (size_t i = 0; i < PlainRun::kFrames; ++i) {
-        FillInputs(*this, run->info, kVariants[i]);
-        output.Fill(kFills[i]);
-        run->frames.push_back(SendFrame(*this, session, *run));
-        const SentFrame& sent = run->frames.back();
-        // A number that is not new has messages already.
-        if (!sent.result || (i > 0 && sent.answer.number <= run->frames[i - 1].answer.number))
-            break;
-        output.Access([&](const uint8_t* bytes) {
-            if (i == 0) picture.bytes.assign(bytes, bytes + output.Size());
-            if (i == 1) Compare(output, picture.bytes.data(), bytes, &picture);
-            if (i == 2) last.assign(bytes, bytes + output.Size());
-        });
-    }
-    session.Close();
+    SendFrames(session, run);
     run->events = session.All();
-    if (last.empty()) return;
-    picture.sameForOtherInput = last == picture.bytes;
-    output.Access([&](const uint8_t* bytes) {
-        picture.changedLater = memcmp(bytes, last.data(), last.size()) != 0;
-    });
-}
-
-Events Of(const Events& events, Event::Kind kind, int32_t frame) {
-    Events found;
-    std::copy_if(events.begin(), events.end(), std::back_inserter(found), [&](const Event& event) {
-        return event.kind == kind && (frame == -1 || event.frame == frame);
-    });
-    return found;
-}
-
-std::vector<BufferMark> BuffersOf(const Events& events) {
-    std::vector<BufferMark> buffers;
-    for (const Event& event : events) {
-        buffers.insert(buffers.end(), event.buffers.begin(), event.buffers.end());
-    }
-    return buffers;
-}
-
-bool Failed(const Events& events, int32_t frame) {
-    const auto buffers = BuffersOf(Of(events, Event::kResult, frame));
-    return !Of(events, Event::kError, frame).empty() ||
-           !std::all_of(buffers.begin(), buffers.end(), [](const auto& mark) { return mark.good; });
-}
-
-bool FencesSignal(const Events& events) {
-    for (const Event& event : events) {
-        for (const auto& fence : event.fences) {
-            pollfd wait = {fence->get(), POLLIN, 0};
-            if (poll(&wait, 1, static_cast<int>(kWait.count())) != 1) return false;
-        }
-    }
-    return true;
-}
-
-std::string Text(const BufferMark& buffer) {
-    return Say("stream ", buffer.stream, " buffer ", buffer.id);
-}
-
-std::string Text(const Events& events) {
-    constexpr const char* kNames[] = {"shutter",           "error",    "result",
-                                      "asked for buffers", "returned", "empty "};
-    std::string text;
-    for (const Event& event : events) {
-        text += (text.empty() ? "" : ", ") + std::string(kNames[event.kind]) + event.callback;
-        if (event.kind <= Event::kResult) text += Say(" ", event.frame);
-        for (const BufferMark& buffer : event.buffers) text += Say(" (", Text(buffer), ")");
-    }
-    return text.empty() ? "nothing" : text;
+    JudgeFrames(run);
+    JudgeLending(run);
+    if (mode == kY2J && run->Works()) JudgeFile(run);
 }
 
 }  // namespace conformance

@@ -5,17 +5,6 @@ namespace conformance {
 
 namespace {
 
-Verdict HasTheInterface(Device& device) {
-    return Require(device.service != nullptr, package::IOfflineCameraService::descriptor,
-                   "an object of another interface");
-}
-
-Run Asks(const std::function<Verdict(Device&)>& use) {
-    return [=](Device& device) {
-        return device.service != nullptr ? use(device) : Skip("see registration.interface");
-    };
-}
-
 Verdict TellsItsVersion(Device& device) {
     int32_t version = 0;
     std::string hash;
@@ -31,15 +20,10 @@ Verdict TakesAClient(Device& device) {
     return first.Good() ? device.Register(7, client).MustReturn() : first;
 }
 
-Verdict ListsModes(Device& device) {
-    std::vector<int32_t> modes;
-    return device.ListModes(&modes).MustReturn();
-}
-
 Verdict Unregisters(Device& device) {
     device.Register(2, ndk::SharedRefBase::make<Recorder>(&device.pool));
     for (const int32_t id : {2, 2, 12345}) {  // known, then unknown
-        const Answer answer = Bounded("unregisterClient", [=, service = device.service](int32_t*) {
+        const Answer answer = Bounded("unregisterClient", [=, service = device.service](Answer*) {
             return service->unregisterClient(id);
         });
         if (!answer.MustReturn().Good()) return answer.MustReturn();
@@ -49,21 +33,21 @@ Verdict Unregisters(Device& device) {
 
 }  // namespace
 
-Checks RegistrationChecks() {
-    return {{"registration.interface", "The registered object is an IOfflineCameraService.",
-             HasTheInterface},
-            {"registration.version", "The object tells its interface's version and hash.",
-             Asks(TellsItsVersion)},
-            {"registration.client", "registerClient takes a client, and answers a second time.",
-             Asks(TakesAClient)},
-            {"registration.null", "registerClient refuses a null callback.",
-             Asks([](Device& d) { return d.Register(1, nullptr).MustBeRefused(); })},
-            {"registration.foreign", "registerClient refuses a binder that is no callback.",
-             Asks([](Device& d) { return d.Register(1, d.ForeignCallback()).MustBeRefused(); })},
-            {"registration.operation-1", "getSupportedOpModes is answered, by whatever status.",
-             Asks(ListsModes)},
-            {"registration.operation-3", "unregisterClient is answered, also for unknown ids.",
-             Asks(Unregisters)}};
-}
+const Checks kRegistrationChecks = {
+        {"interface", "The registered object is an IOfflineCameraService.",
+         [](Device& d) {
+             return Require(d.service != nullptr, package::IOfflineCameraService::descriptor,
+                            "an object of another interface");
+         }},
+        {"version", "The object tells its interface's version and hash.", TellsItsVersion},
+        {"client", "registerClient takes a client, and answers a second time.", TakesAClient},
+        {"null", "registerClient refuses a null callback.",
+         [](Device& d) { return d.Register(1, nullptr).MustBeRefused(); }},
+        {"foreign", "registerClient refuses a binder that is no callback.",
+         [](Device& d) { return d.Register(1, d.ForeignCallback()).MustBeRefused(); }},
+        {"operation-1", "getSupportedOpModes is answered, by whatever status.",
+         [](Device& d) { return d.ListModes().MustReturn(); }},
+        {"operation-3", "unregisterClient is answered, also for unknown ids.", Unregisters},
+};
 
 }  // namespace conformance
