@@ -5,8 +5,6 @@
 #include <android/binder_manager.h>
 #include <gralloctypes/Gralloc4.h>
 
-#include <cstring>
-
 namespace conformance {
 
 namespace {
@@ -96,10 +94,7 @@ Buffer::Buffer(Allocator& allocator, ::android::sp<Mapper> mapper, const Stream&
         m_handle = buffer;  // null after an error
     });
     native_handle_delete(raw);
-    if (imported.isOk() && m_handle != nullptr) ReadGeometry();
-}
-
-void Buffer::ReadGeometry() {
+    if (!imported.isOk() || m_handle == nullptr) return;
     const auto read = [&](const Mapper::MetadataType& type, const auto& decode, auto* out) {
         const auto called = m_mapper->get(m_handle, type, [&](Error error, const auto& metadata) {
             if (error == Error::NONE) decode(metadata, out);
@@ -123,10 +118,6 @@ void Buffer::Access(const std::function<void(uint8_t* bytes)>& use) {
     if (!locked.isOk() || bytes == nullptr) return;
     use(static_cast<uint8_t*>(bytes));
     (void)m_mapper->unlock(m_handle, [](Error, const hidl_handle&) {}).isOk();
-}
-
-void Buffer::Fill(uint8_t value) {
-    Access([&](uint8_t* bytes) { memset(bytes, value, m_size); });
 }
 
 Pool::Pool() : m_mapper(Buffer::Mapper::getService()) {

@@ -9,6 +9,7 @@
 #include <aidl/vendor/zel/hardware/camera/offlinecamera/OfflineSessionConfigureInfo.h>
 #include <android/hardware/graphics/mapper/4.0/IMapper.h>
 
+#include <cstring>
 #include <functional>
 #include <map>
 #include <memory>
@@ -57,11 +58,11 @@ class Buffer {
 
     // Calls `use` with the first byte, for reading and writing, unless the lock fails.
     void Access(const std::function<void(uint8_t* bytes)>& use);
-    void Fill(uint8_t value);
+    void Fill(uint8_t value) {
+        Access([=](uint8_t* bytes) { memset(bytes, value, m_size); });
+    }
 
   private:
-    void ReadGeometry();
-
     const ::android::sp<Mapper> m_mapper;
     void* m_handle = nullptr;  // until the process ends, as buffers are
     uint64_t m_size = 0;

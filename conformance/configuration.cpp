@@ -47,10 +47,11 @@ Verdict TakesListedModes(Session& session) {
     return {};
 }
 
-// The changed streams have to be refused, and the right ones taken then. Of the mode, or of the
-// first one that is taken.
-Run Refuses(const Change& change, std::optional<Mode> mode = {}, bool must = true) {
-    return OnSession([=](Session& session) -> Verdict {
+// The changed streams have to be refused, or it is `taken`, and the right ones taken then. Of the
+// mode, or of the first one that is taken.
+Check Wrong(const std::string& name, const std::string& what, const Change& change,
+            Outcome taken = Outcome::kFail, std::optional<Mode> mode = {}) {
+    const auto refuses = [=](Session& session) -> Verdict {
         const auto claimed = session.device.Claimed(mode);
         if (claimed.empty() && mode) return Skip(Say(NameOf(*mode), " is not taken"));
         if (claimed.empty()) return Skip("no mode is taken: see configuration.some-mode");
@@ -60,13 +61,11 @@ Run Refuses(const Change& change, std::optional<Mode> mode = {}, bool must = tru
         if (!answer.MustReturn().Good()) return answer.MustReturn();
         const Answer right = session.Configure(claimed[0]->info);
         if (!right.Ok()) return right.MustSucceed("the right streams taken afterwards");
-        return answer.Ok() && !must ? Warn("it is taken") : answer.MustBeRefused();
-    });
-}
-
-Check Wrong(const std::string& name, const std::string& what, const Change& change,
-            std::optional<Mode> mode = {}) {
-    return {name, what + " is refused.", Refuses(change, mode)};
+        return answer.Ok() && taken == Outcome::kWarn ? Warn("it is taken")
+                                                      : answer.MustBeRefused();
+    };
+    const bool must = taken == Outcome::kFail;
+    return {name, what + (must ? " is refused." : " is better refused."), OnSession(refuses)};
 }
 
 Verdict TakesThemAgain(Session& session) {
@@ -102,13 +101,13 @@ const Checks kConfigurationChecks = {
         Wrong("negative-height", "A negative height", [](Set s) { s.out.height = -3000; }),
         Wrong("huge-size", "A size of 2147483647 x 2147483647",
               [](Set s) { s.out.width = s.out.height = INT32_MAX; }),
-        {"usage", "A usage of 0, of no access at all, is better refused.",
-         Refuses([](Set s) { s.in.usage = BufferUsage::CPU_READ_NEVER; }, {}, false)},
+        Wrong(
+                "usage", "A usage of 0, of no access at all,",
+                [](Set s) { s.in.usage = BufferUsage::CPU_READ_NEVER; }, Outcome::kWarn),
         Wrong("no-input", "A set without the first input",
               [](Set s) { s.info.streams.erase(s.info.streams.begin()); }),
         Wrong("no-output", "A set without output", [](Set s) { s.info.streams.pop_back(); }),
-        {"no-streams", "An empty list is refused in these modes.",
-         Refuses([](Set s) { s.info.streams.clear(); })},
+        Wrong("no-streams", "An empty list in these modes", [](Set s) { s.info.streams.clear(); }),
         Wrong("extra-input", "An input more than the mode takes",
               [](Set s) {
                   s.in.id = 9;
@@ -125,10 +124,10 @@ const Checks kConfigurationChecks = {
               [](Set s) { s.info.opMode = s.info.opMode == kY2J ? kB2Y : kY2J; }),
         Wrong(
                 "blob-size-zero", "A BLOB stream of size 0", [](Set s) { s.out.bufferSize = 0; },
-                kY2J),
+                Outcome::kFail, kY2J),
         Wrong(
                 "blob-size-negative", "A BLOB stream of negative size",
-                [](Set s) { s.out.bufferSize = -24000000; }, kY2J),
+                [](Set s) { s.out.bufferSize = -24000000; }, Outcome::kFail, kY2J),
         {"again", "The same streams are taken again, and a frame works then.",
          OnStreams(TakesThemAgain)},
         {"in-flight", "Frames in flight are answered whatever is configured then.",

@@ -1,5 +1,4 @@
 // Checks of what is in the output buffers.
-#include <algorithm>
 #include <cstring>
 
 #include "device.h"
@@ -10,28 +9,8 @@ namespace {
 
 struct Jpeg {
     int32_t width = 0, height = 0;
-    int32_t orientation = 0;  // by EXIF; 0 if it states none
-    std::string problem;      // why it is none
+    std::string problem;  // why it is none
 };
-
-// `segment` is an APP1 segment's content: "Exif" and two zeroes; a TIFF header, which begins with
-// the byte order and ends with where the entries are; their count; the entries, 12 bytes each.
-int32_t OrientationOf(const std::vector<uint8_t>& segment) {
-    constexpr size_t kHeader = 6, kEntry = 12, kValue = 8;
-    if (segment.size() <= kHeader || memcmp(segment.data(), "Exif\0", kHeader) != 0) return 0;
-    const bool little = segment[kHeader] == 'I';
-    const auto number = [&](size_t place) {  // of 16 bits
-        if (place + 2 > segment.size()) return 0;
-        return little ? segment[place + 1] << 8 | segment[place]
-                      : segment[place] << 8 | segment[place + 1];
-    };
-    const size_t entries = kHeader + static_cast<size_t>(number(kHeader + (little ? 4 : 6)));
-    for (int i = 0; i < number(entries); ++i) {
-        const size_t entry = entries + 2 + static_cast<size_t>(i) * kEntry;
-        if (number(entry) == 0x112) return number(entry + kValue);
-    }
-    return 0;
-}
 
 // Reads the markers up to the scan, and looks for the end right at the file's size.
 Jpeg Parse(const std::vector<uint8_t>& bytes, size_t size) {
@@ -44,17 +23,12 @@ Jpeg Parse(const std::vector<uint8_t>& bytes, size_t size) {
             jpeg.problem = Say("no marker at byte ", room ? place : 0);
         if (!jpeg.problem.empty()) return jpeg;
         marker = bytes[place + 1];
-        const uint8_t* const content = &bytes[place + 4];
         const bool table = marker == 0xc4 || marker == 0xc8 || marker == 0xcc;
         if (marker >= 0xc0 && marker <= 0xcf && !table) {
             jpeg.height = big(place + 5);
             jpeg.width = big(place + 7);
         }
         place += 2 + static_cast<size_t>(big(place + 2));
-        const uint8_t* const end = &bytes[std::min(place, size)];
-        if (marker == 0xe1 && content < end && jpeg.orientation == 0) {
-            jpeg.orientation = OrientationOf({content, end});
-        }
     }
     // In a scan, ff is followed by 00 or a restart marker.
     while (place + 2 <= size && big(place) != 0xffd9) ++place;
@@ -100,26 +74,19 @@ void JudgeFile(PlainRun* run) {
     int32_t id = 0, size = 0;
     memcpy(&id, end - 8, sizeof(id));
     memcpy(&size, end - 4, sizeof(size));
-    run->Note("trailer-id",
-              Require(id == 255, "blob id 255, 8 bytes before the stream's buffer size", Say(id)));
+    run->Expect("trailer-id", id == 255, "blob id 255, 8 bytes before the stream's buffer size",
+                Say(id));
     const bool fits = size >= 4 && size <= stream.bufferSize - 8;
-    run->Note("trailer-size",
-              Require(fits, "the file's size, 4 bytes before the buffer size", Say(size)));
+    run->Expect("trailer-size", fits, "the file's size, 4 bytes before the buffer size", Say(size));
     if (!fits) return;
     const Jpeg jpeg = Parse(run->picture, static_cast<size_t>(size));
-    run->Note("jpeg",
-              Require(jpeg.problem.empty(), Say("a JPEG file of ", size, " bytes"), jpeg.problem));
+    run->Expect("jpeg", jpeg.problem.empty(), Say("a JPEG file of ", size, " bytes"), jpeg.problem);
     if (!jpeg.problem.empty()) return;
     const bool upright = jpeg.width == stream.width && jpeg.height == stream.height;
     const bool turned = jpeg.width == stream.height && jpeg.height == stream.width;
-    run->Note("jpeg-size",
-              Require(upright || turned, Say(stream.width, " x ", stream.height, ", or turned"),
-                      Say(jpeg.width, " x ", jpeg.height)));
-    // Y2J's requests say 90 degrees, clockwise.
-    run->Note("jpeg-orientation",
-              Better(turned ? jpeg.orientation <= 1 : jpeg.orientation == 6,
-                     Say(jpeg.width, " x ", jpeg.height, " with EXIF orientation ",
-                         jpeg.orientation, " where 90 degrees were asked for")));
+    run->Expect("jpeg-size", upright || turned,
+                Say(stream.width, " x ", stream.height, ", or turned"),
+                Say(jpeg.width, " x ", jpeg.height));
 }
 
 const Checks kContentChecks = {
@@ -131,9 +98,6 @@ const Checks kContentChecks = {
         Noted("trailer-size", "The size in the trailer fits into the buffer.", kNoFile),
         Noted("jpeg", "The file is a JPEG file and ends with its size.", kNoFile),
         Noted("jpeg-size", "The JPEG file has the stream's width and height.", kNoFile),
-        Noted("jpeg-orientation",
-              "The JPEG picture is better turned, by its EXIF orientation or itself, as asked for.",
-              kNoFile),
 };
 
 const Checks kPhysicsChecks = {

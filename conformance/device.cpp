@@ -84,7 +84,7 @@ bool Device::Connect() {
         binder.set(AServiceManager_checkService(kInstance));
         return binder.get() != nullptr && AIBinder_ping(binder.get()) == STATUS_OK;
     };
-    if (!Eventually(look)) return false;
+    if (s_unanswered >= kMostUnanswered || !Eventually(look)) return false;
     service = package::IOfflineCameraService::fromBinder(binder);
     m_canOpen.reset();
     m_plain.clear();
@@ -92,12 +92,8 @@ bool Device::Connect() {
     return true;
 }
 
-bool Device::Hangs() {
-    return s_unanswered >= kMostUnanswered;
-}
-
 std::string Device::Trouble() {
-    if (Hangs()) return Say(kMostUnanswered, " calls were not answered");
+    if (s_unanswered >= kMostUnanswered) return Say(kMostUnanswered, " calls were not answered");
     const bool dead = AIBinder_ping(binder.get()) == STATUS_DEAD_OBJECT;
     return dead ? "the service died after " + s_lastAnswered + " was answered" + s_firstDead : "";
 }
@@ -232,19 +228,18 @@ Verdict Session::Exchange(const std::string& what, int64_t idOffset) {
 }
 
 Verdict Session::AwaitEnds(size_t count) {
-    const auto ended = [](const Events& events) {
-        std::set<int32_t> frames;
+    std::set<int32_t> ended;  // frames
+    const auto more = [&](const Events& events) {
+        const size_t before = ended.size();
         for (const Event& event : events) {
-            const bool ends = event.kind == Event::kError || !event.buffers.empty();
-            if (ends && event.frame != -1) frames.insert(event.frame);
+            const bool result = event.kind == Event::kResult && !event.buffers.empty();
+            if (result || event.kind == Event::kError) ended.insert(event.frame);
         }
-        return frames.size();
+        return ended.size() > before;
     };
-    for (size_t i = 1; i <= count; ++i) {
-        if (client->WaitFor([&](const Events& events) { return ended(events) >= i; })) continue;
-        return Fail(Say("result or error of each of ", count, " frames, within 5 s"), Text(All()));
-    }
-    return {};
+    while (ended.size() < count && client->WaitFor(more)) continue;
+    return Require(ended.size() >= count,
+                   Say("result or error of each of ", count, " frames, within 5 s"), Text(All()));
 }
 
 NativeHandle FenceOf(int descriptor) {

@@ -61,9 +61,12 @@ struct PlainRun {
     bool Borrows() const;
     // Keeps the first one of a check that is not good.
     void Note(const std::string& check, const Verdict& verdict);
+    void Expect(const char* check, bool holds, const std::string& expected,
+                const std::string& came) {
+        Note(check, Require(holds, expected, came));
+    }
 };
 
-void JudgeFrames(PlainRun* run);
 void JudgeFile(PlainRun* run);
 void JudgeLending(PlainRun* run);
 
@@ -72,11 +75,10 @@ class Device {
     static constexpr char kInstance[] =
             "vendor.zel.hardware.camera.offlinecamera.IOfflineCameraService/default";
 
-    // Waits until the service is registered, and takes it. False after kWait.
+    // Waits until the service is registered, and takes it. False after kWait, or if it hangs.
     bool Connect();
     // Why nothing more can be checked: the service is dead, or hangs. Else empty.
     std::string Trouble();
-    bool Hangs();
 
     Answer Register(int32_t id, const Callback& callback);
     Answer Open(const Callback& callback);
@@ -141,9 +143,9 @@ Verdict ClosesInFlight(Session& session);
 // A duplicate of the descriptor as a fence, which is signalled once it is readable.
 NativeHandle FenceOf(int descriptor);
 
-// What a client may be in when it dies.
-inline constexpr const char* kVictimStates[] = {"registered", "opened",  "configured", "in-flight",
-                                                "callback",   "lending", "waiting"};
+// What a client may be in when it dies. One more is "waiting", for a fence.
+inline constexpr const char* kVictimStates[] = {"registered", "opened",   "configured",
+                                                "in-flight",  "callback", "lending"};
 
 // Starts this program as a client, kills it in the state, and looks whether its session ends. Skips
 // if it does not get there.
@@ -157,6 +159,7 @@ Run OnSession(const Use& use);
 Run OnStreams(const Use& use, std::optional<Mode> mode = {});
 
 // A check whose findings the plain runs note. Where none does, it is skipped for the reason.
-Check Noted(const std::string& name, const std::string& rule, const std::string& reason);
+Check Noted(const std::string& name, const std::string& rule,
+            const std::string& reason = "no frame was taken: see process.taken");
 
 }  // namespace conformance

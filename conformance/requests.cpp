@@ -27,8 +27,9 @@ Verdict Judge(Session& session, const Answer& sent, Outcome good) {
 }
 
 // Sends a request with a change, and a right one afterwards.
-Run Sends(const ChangeRequest& change, Outcome good, std::optional<Mode> mode = {}) {
-    const auto send = [=](Session& session) {
+Check Wrong(const std::string& name, const std::string& what, const ChangeRequest& change,
+            Outcome good = Outcome::kFail, std::optional<Mode> mode = {}) {
+    const auto sends = [=](Session& session) {
         OfflineRequestInfo request = session.Request();
         auto& frames = request.inFrameInfos;
         auto& outputs = request.outputBuffers;
@@ -38,12 +39,10 @@ Run Sends(const ChangeRequest& change, Outcome good, std::optional<Mode> mode = 
         const Verdict next = session.Exchange("a right request's result afterwards", 100);
         return next.Good() ? verdict : next;
     };
-    return OnStreams(send, mode);
-}
-
-Check Wrong(const std::string& name, const std::string& what, const ChangeRequest& change,
-            std::optional<Mode> mode = {}) {
-    return {name, what + " is refused.", Sends(change, Outcome::kFail, mode)};
+    const std::string rule = good == Outcome::kFail   ? " is refused."
+                             : good == Outcome::kWarn ? " is better refused."
+                                                      : " is answered.";
+    return {name, what + rule, OnStreams(sends, mode)};
 }
 
 NativeHandle NoBuffer() {
@@ -59,11 +58,6 @@ NativeHandle SmallBuffer(Session& session, bool first) {
     stream.height /= 2;
     stream.bufferSize /= 2;
     return session.device.pool.Get(stream).Handle();
-}
-
-// Not of an output's format.
-NativeHandle OtherFormat(Session& session) {
-    return session.device.pool.Get(ConfigurationOf(kB2Y).streams[0]).Handle();
 }
 
 Verdict RefusesBeforeStreams(Session& session) {
@@ -106,8 +100,9 @@ const Checks kRequestChecks = {
         Wrong("input-stream", "An input of an unknown stream", [](Edit e) { e.in.streamId = 77; }),
         Wrong("exchanged", "A request with input and output under each other's stream",
               [](Edit e) { std::swap(e.in.streamId, e.out.streamId); }),
-        {"buffer-id", "A buffer id of 0, which is no buffer's, is better refused.",
-         Sends([](Edit e) { e.out.bufferId = 0; }, Outcome::kWarn)},
+        Wrong(
+                "buffer-id", "A buffer id of 0, which is no buffer's,",
+                [](Edit e) { e.out.bufferId = 0; }, Outcome::kWarn),
         Wrong("no-input-handle", "An input without a handle", [](Edit e) { e.in.buffer = {}; }),
         Wrong("no-output-handle", "An output without a handle", [](Edit e) { e.out.buffer = {}; }),
         Wrong("foreign-handle", "A handle that is no graphics buffer",
@@ -119,21 +114,26 @@ const Checks kRequestChecks = {
         Wrong("small-input", "An input buffer smaller than its stream",
               [](Edit e) { e.in.buffer = SmallBuffer(e.session, true); }),
         Wrong("format", "An output buffer of another format",
-              [](Edit e) { e.out.buffer = OtherFormat(e.session); }),
+              [](Edit e) {
+                  e.out.buffer =
+                          e.session.device.pool.Get(ConfigurationOf(kB2Y).streams[0]).Handle();
+              }),
         Wrong("no-frames", "A request without input frames", [](Edit e) { e.frames.clear(); }),
         Wrong(
                 "few-frames", "A request of MMF with two frames",
-                [](Edit e) { e.frames.pop_back(); }, kMMF),
+                [](Edit e) { e.frames.pop_back(); }, Outcome::kFail, kMMF),
         Wrong("extra-frame", "A request with an empty frame too many",
               [](Edit e) { e.frames.emplace_back(); }),
         Wrong("extra-output", "A request with an output too many",
               [](Edit e) { e.outputs.emplace_back(); }),
         Wrong("no-inputs", "A frame without buffers", [](Edit e) { e.frames[0].buffers.clear(); }),
         Wrong("no-outputs", "A request without outputs", [](Edit e) { e.outputs.clear(); }),
-        {"no-metadata", "A request without metadata is answered.",
-         Sends([](Edit e) { e.frames[0].metadata.clear(); }, Outcome::kOk)},
-        {"metadata", "Metadata that is no blob is better refused.",
-         Sends([](Edit e) { e.frames[0].metadata.assign(500, 0xee); }, Outcome::kWarn)},
+        Wrong(
+                "no-metadata", "A request without metadata",
+                [](Edit e) { e.frames[0].metadata.clear(); }, Outcome::kOk),
+        Wrong(
+                "metadata", "Metadata that is no blob",
+                [](Edit e) { e.frames[0].metadata.assign(500, 0xee); }, Outcome::kWarn),
         {"ten-in-one-call", "Ten requests in a call are refused, or each is answered.",
          OnStreams(AnswersTenInACall)},
         {"ten-calls", "Ten requests in a row are each refused or answered.",

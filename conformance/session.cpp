@@ -1,9 +1,36 @@
-// Checks of a session's life: opening, closing, what comes after, a client's death.
+// Checks of the registered object and of a session's life: opening, closing, what comes after, a
+// client's death.
 #include "device.h"
 
 namespace conformance {
 
 namespace {
+
+Verdict TellsItsVersion(Device& device) {
+    int32_t version = 0;
+    std::string hash;
+    const auto told = device.service->getInterfaceVersion(&version);
+    const auto hashed = device.service->getInterfaceHash(&hash);
+    return Require(told.isOk() && hashed.isOk() && version >= 1 && !hash.empty(),
+                   "version 1 and a hash", Say("version ", version, ", hash '", hash, "'"));
+}
+
+Verdict TakesAClient(Device& device) {
+    const auto client = ndk::SharedRefBase::make<Recorder>(&device.pool);
+    const Verdict first = device.Register(7, client).MustSucceed("OK for client 7");
+    return first.Good() ? device.Register(7, client).MustReturn() : first;
+}
+
+Verdict Unregisters(Device& device) {
+    device.Register(2, ndk::SharedRefBase::make<Recorder>(&device.pool));
+    for (const int32_t id : {2, 2, 12345}) {  // known, then unknown
+        const Answer answer = Bounded("unregisterClient", [=, service = device.service](Answer*) {
+            return service->unregisterClient(id);
+        });
+        if (!answer.MustReturn().Good()) return answer.MustReturn();
+    }
+    return {};
+}
 
 Verdict Opens(Device& device) {
     const Session session(device);
@@ -24,12 +51,6 @@ Verdict KeepsTwoApart(Session& first) {
     if (!first.All().empty()) return Fail("nothing for the first client", Text(first.All()));
     second.Close();
     return first.Exchange("then, with the second session closed, the first one's result");
-}
-
-Verdict RefusesStreams(Session& session) {
-    session.Close();
-    const Answer answer = session.Configure(session.info);
-    return answer.Ok() ? Warn("a closed session takes streams") : answer.MustBeRefused();
 }
 
 Verdict ClosesInACallback(Session& session) {
@@ -54,6 +75,8 @@ Verdict OutlivesItsClients(Session& survivor) {
         const Verdict freed = KillClient(survivor.device, state);
         if (!freed.Good()) return freed;
     }
+    const Verdict freed = KillClient(survivor.device, "waiting");
+    if (freed.outcome == Outcome::kFail) return freed;
     return several ? survivor.Exchange("another client's result after the deaths") : Verdict();
 }
 
@@ -68,6 +91,23 @@ Verdict ClosesInFlight(Session& session) {
     const bool came = session.client->WaitFor(more, kSecond);
     return Require(!came, "no more than before the close: " + Text(before), Text(session.All()));
 }
+
+const Checks kRegistrationChecks = {
+        {"interface", "The registered object is an IOfflineCameraService.",
+         [](Device& d) {
+             return Require(d.service != nullptr, package::IOfflineCameraService::descriptor,
+                            "an object of another interface");
+         }},
+        {"version", "The object tells its interface's version and hash.", TellsItsVersion},
+        {"client", "registerClient takes a client, and answers a second time.", TakesAClient},
+        {"null", "registerClient refuses a null callback.",
+         [](Device& d) { return d.Register(1, nullptr).MustBeRefused(); }},
+        {"foreign", "registerClient refuses a binder that is no callback.",
+         [](Device& d) { return d.Register(1, d.ForeignCallback()).MustBeRefused(); }},
+        {"operation-1", "getSupportedOpModes is answered, by whatever status.",
+         [](Device& d) { return d.ListModes().MustReturn(); }},
+        {"operation-3", "unregisterClient is answered, also for unknown ids.", Unregisters},
+};
 
 const Checks kSessionChecks = {
         {"open", "openOfflineSession answers OK and gives a session.", Opens},
@@ -92,7 +132,11 @@ const Checks kSessionChecks = {
              return s.Process(s.Request()).MustBeRefused();
          })},
         {"streams-after-close", "Streams after the close are better refused.",
-         OnStreams(RefusesStreams)},
+         OnStreams([](Session& s) {
+             s.Close();
+             const Answer answer = s.Configure(s.info);
+             return answer.Ok() ? Warn("a closed session takes streams") : answer.MustBeRefused();
+         })},
         {"close-in-flight", "No callback comes after closeOfflineSession is answered.",
          OnStreams(ClosesInFlight)},
         {"close-in-callback", "closeOfflineSession returns in a client's callback.",
