@@ -1,9 +1,10 @@
 # The one way in which the project's scripts read options. Sourced after terminal.sh.
 
 # read_options SWITCHES VALUES WORD...: reads the options, which come before all other words. SWITCHES
-# and VALUES list their names, with a blank on both sides of each. Leaves the table `given` (every
-# name; what was given has a 1, or its last value), the list `faults` (every value of --fault), the
-# remaining `words`, and in `ended` whether "--" came before them. Errors name the program as $call.
+# and VALUES list their names, with a blank on both sides of each; a name in both takes the next word
+# if that is no option. Leaves the table `given` (every name; what was given has a 1, or its last
+# value), the list `faults` (every value of --fault), the remaining `words`, and in `ended` whether
+# "--" came before them. Errors name the program as $call.
 declare -A given=()
 faults=() words=() ended=""
 read_options() {
@@ -14,7 +15,7 @@ read_options() {
         name="${1%%=*}"
         if [[ "$1" == -- ]]; then
             ended=1
-        elif [[ "$switches" == *" $1 "* ]]; then
+        elif [[ "$switches" == *" $1 "* && ("$values" != *" $1 "* || "${2:--}" == -*) ]]; then
             given[$1]=1
         elif [[ "$values" == *" $name "* ]]; then
             if [[ "$1" != *=* ]]; then set -- "$name=${2-}" "${@:3}"; fi

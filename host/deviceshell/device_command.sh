@@ -27,7 +27,8 @@ adb() {
 }
 
 # getprop [NAME [DEFAULT]]
-properties="ro.build.type=userdebug
+properties="ro.build.fingerprint=standin:14/userdebug
+ro.build.type=userdebug
 ro.build.version.release=14
 ro.build.version.sdk=34
 ro.debuggable=1

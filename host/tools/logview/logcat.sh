@@ -6,12 +6,13 @@ help="usage: logcat [OPTIONS] [TAG[:PRIORITY]]...
 Shows the platform log so far, then what is logged, until interrupted. A filter shows a tag's lines
 from a priority on (V D I W E F; S: none), '*' meaning every other tag.
   -d           show the log so far and end
-  -t N         of it only the last N lines
+  -t N         of it only the last N lines, or those since a time MM-DD HH:MM:SS.mmm
+  -T N         the same, and what is logged then
   -c           forget the log so far
   -s           show only tags that are named, as '*:S'
   -e REGEX     only messages that match
   -m N         end after N lines
-  -v FORMAT    brief, tag, process, raw, time or threadtime (with microseconds, if not given)
+  -v FORMAT    brief, tag, process, raw, time or threadtime; usec: with microseconds (as without -v)
   -b BUFFER    main, system, all or default, which are one here"
 
 fail() {
@@ -20,7 +21,7 @@ fail() {
 }
 
 declare -A least=() # the priority of a tag
-levels=VDIWEFS all=V format=stored regex="" follow=1 last="" most="" clear=""
+levels=VDIWEFS all=V format=stored cut="???" since="" regex="" follow=1 last="" most="" clear=""
 while (($# > 0)); do
     word="$1"
     case "$word" in # options with a value, also as one word
@@ -38,16 +39,21 @@ while (($# > 0)); do
     -s) all=S ;;
     -e) regex="$value" ;;
     -t | -T | -m)
-        [[ "$value" =~ ^[0-9]+$ ]] || fail 2 "$word takes a number of lines, not $value"
-        case "$word" in
-        -m) most="$value" ;;
-        -T) last="$value" ;;
-        -t) last="$value" follow="" ;;
-        esac
+        [[ "$word" != -t ]] || follow=""
+        if [[ "$word" != -m && "$value" =~ ^[0-9]{2}-[0-9]{2}\ [0-9:.]+$ ]]; then
+            since="$value"
+        elif [[ ! "$value" =~ ^[0-9]+$ ]]; then
+            fail 2 "$word takes a number of lines, not $value"
+        elif [[ "$word" == -m ]]; then
+            most="$value"
+        else
+            last="$value"
+        fi
         ;;
     -v)
         case "$value" in
         brief | tag | process | raw | time | threadtime) format="$value" ;;
+        usec) cut="" ;;
         *) fail 2 "unknown format $value; try 'logcat --help'" ;;
         esac
         ;;
@@ -81,12 +87,13 @@ show() {
     local line day time pid tid level tag message
     while IFS= read -r line; do
         if [[ "$line" =~ ^([0-9-]+)\ ([0-9:.]+)\ +([0-9]+)\ +([0-9]+)\ ([VDIWEF])\ ([^:]*):\ ?(.*)$ ]]; then
-            day="${BASH_REMATCH[1]}" time="${BASH_REMATCH[2]%???}" pid="${BASH_REMATCH[3]}"
+            day="${BASH_REMATCH[1]}" time="${BASH_REMATCH[2]%$cut}" pid="${BASH_REMATCH[3]}"
             tid="${BASH_REMATCH[4]}" level="${BASH_REMATCH[5]}" message="${BASH_REMATCH[7]}"
             tag="${BASH_REMATCH[6]%"${BASH_REMATCH[6]##*[! ]}"}"
             local wanted="${least[$tag]-$all}"
             [[ "${levels#*"$wanted"}" == *"$level"* || "$wanted" == "$level" ]] || continue
             [[ -z "$regex" || "$message" =~ $regex ]] || continue
+            [[ ! "$day $time" < "$since" ]] || continue
             case "$format" in
             brief) printf -v line '%s/%-8s(%5d): %s' "$level" "$tag" "$pid" "$message" ;;
             tag) line="$level/$tag: $message" ;;
@@ -98,7 +105,7 @@ show() {
                 "$day" "$time" "$pid" "$tid" "$level" "$tag" "$message" ;;
             esac
         else
-            [[ "$all" == V && -z "$regex" ]] || continue
+            [[ "$all" == V && -z "$regex$since" ]] || continue
         fi
         printf '%s\n' "$line" || return
         [[ -z "$most" ]] || ((--most)) || return 0
@@ -107,7 +114,7 @@ show() {
 
 if [[ -z "$follow" ]]; then
     show <"$file" | if [[ -n "$last" ]]; then tail -n "$last"; else cat; fi
-elif [[ "$format$all$regex$most${!least[*]}" == storedV ]]; then # ends with its reader
+elif [[ "$format$all$since$regex$most${!least[*]}" == storedV ]]; then # ends with its reader
     exec tail -n "${last:-+1}" -s 0.1 -f "$file" 2>/dev/null
 else
     # On standard error tail says when -c has emptied the file.

@@ -73,9 +73,25 @@ void TakeDumpLine(const Line& line, std::optional<int64_t>* trailer, Facts* fact
     }
 }
 
+// The geometry of a source's buffer, which is logged before the source is opened.
+struct InputBuffer {
+    unsigned stride = 0;
+    unsigned scanlines = 0;
+    bool allocated = true;
+};
+
+void TakeBufferLine(const std::string& message, InputBuffer* buffer) {
+    if (sscanf(message.c_str(), "input streamId %*d, bufferStride %9u, bufferScanline %9u",
+               &buffer->stride, &buffer->scanlines) != 2) {
+        return;
+    }
+    buffer->allocated = message.find(" buffer (nil) ") == std::string::npos &&
+                        message.find(" buffer 0x0 ") == std::string::npos;
+}
+
 // Where no buffer was allocated, the tool logs 0 rows too; that source is not `leftUnread`.
-void TakeSourceLine(const std::string& message, bool allocated, std::vector<Source>* sources,
-                    size_t* last) {
+void TakeSourceLine(const std::string& message, const InputBuffer& buffer,
+                    std::vector<Source>* sources, size_t* last) {
     const std::string opens = ": open input file ";
     const size_t at = message.find(opens);
     unsigned rows = 1;
@@ -84,11 +100,21 @@ void TakeSourceLine(const std::string& message, bool allocated, std::vector<Sour
         const auto found = std::find_if(sources->begin(), sources->end(),
                                         [&](const Source& known) { return known.path == path; });
         *last = static_cast<size_t>(found - sources->begin());
-        if (found == sources->end()) sources->push_back({path});
+        if (found == sources->end())
+            sources->push_back({path, 0, false, buffer.stride, buffer.scanlines});
         ++(*sources)[*last].timesOpened;
     } else if (*last < sources->size() &&
                sscanf(message.c_str(), "%*[A-Za-z]: f_wxf_h %*ux%9u", &rows) == 1) {
-        (*sources)[*last].leftUnread = allocated && rows == 0;
+        (*sources)[*last].leftUnread = buffer.allocated && rows == 0;
+    }
+}
+
+void TakeModeLine(const std::string& message, std::string* mode) {
+    constexpr const char* kModes[] = {"B2Y", "Y2J", "Y2Y", "MMF", "QLL", "R2R"};
+    unsigned number = 0;
+    if (sscanf(message.c_str(), "main: offline camera client opMode %9u", &number) == 1 &&
+        number < std::size(kModes)) {
+        *mode = kModes[number];
     }
 }
 
@@ -98,23 +124,21 @@ Facts FindFacts(const std::vector<Line>& log) {
     Facts facts;
     size_t lastSource = 0;
     int frame = 0;
-    bool allocated = true;
+    InputBuffer buffer;
     std::optional<int64_t> trailer;
     for (const Line& line : log) {
         if (line.fromServices) continue;
         const std::string& message = line.message;
         facts.sessionOpened |= message == "OpenOfflineSession";
         facts.sessionClosed |= message == "CloseOfflineSession";
+        TakeModeLine(message, &facts.mode);
         if (message == "ProcessOfflineRequest") facts.requestUs = line.timeUs;
         if (StartsWith(message, "main: offline camera client exit")) facts.exitUs = line.timeUs;
         TakeWaitLine(line, &frame, &facts);
         TakeResultLine(line, &facts);
         TakeDumpLine(line, &trailer, &facts);
-        if (StartsWith(message, "input streamId")) {
-            allocated = message.find(" buffer (nil) ") == std::string::npos &&
-                        message.find(" buffer 0x0 ") == std::string::npos;
-        }
-        TakeSourceLine(message, allocated, &facts.sources, &lastSource);
+        TakeBufferLine(message, &buffer);
+        TakeSourceLine(message, buffer, &facts.sources, &lastSource);
     }
     return facts;
 }

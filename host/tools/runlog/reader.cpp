@@ -1,6 +1,7 @@
-// Reads "MM-DD HH:MM:SS.uuuuuu  PID   TID P Tag: message" and, for each call,
-// "HH:MM:SS.uuuuuu PID TID -> PEER INTERFACE.METHOD [oneway] N bytes N fds begins" and the same
-// with "N us STATUS[, answered ANSWER]" in place of "begins".
+// Reads logcat's formats threadtime, "MM-DD HH:MM:SS.uuuuuu  PID   TID P Tag: message", time,
+// "MM-DD HH:MM:SS.uuuuuu P/Tag(PID): message", and brief, "P/Tag(PID): message"; and of the trace,
+// for each call, "HH:MM:SS.uuuuuu PID TID -> PEER INTERFACE.METHOD [oneway] N bytes N fds begins"
+// and the same with "N us STATUS[, answered ANSWER]" in place of "begins".
 
 #include <errno.h>
 #include <stdio.h>
@@ -13,6 +14,7 @@
 #include <functional>
 #include <map>
 #include <optional>
+#include <utility>
 
 #include "runlog.h"
 
@@ -28,10 +30,12 @@ constexpr int64_t kSecond = 1'000'000;
 constexpr int64_t kHour = 3600 * kSecond;
 constexpr int64_t kDay = 24 * kHour;
 
-// Of "HH:MM:SS.uuuuuu", into the day.
+// Of "HH:MM:SS" and up to six digits of a fraction, into the day.
 int64_t MicrosOf(const char* timeOfDay) {
-    int hours = 0, minutes = 0, seconds = 0, micros = 0;
-    sscanf(timeOfDay, "%2d:%2d:%2d.%6d", &hours, &minutes, &seconds, &micros);
+    int hours = 0, minutes = 0, seconds = 0;
+    char fraction[7] = {};
+    sscanf(timeOfDay, "%2d:%2d:%2d.%6[0-9]", &hours, &minutes, &seconds, fraction);
+    const int micros = std::stoi((fraction + std::string(6, '0')).substr(0, 6));
     return ((hours * 60 + minutes) * 60 + seconds) * kSecond + micros;
 }
 
@@ -59,41 +63,84 @@ class Clock {
     std::optional<int64_t> m_startUs;  // of the day
 };
 
-Result<Done> ForEachLine(const std::string& path, const std::function<void(std::string&&)>& take) {
+using TakeText = std::function<void(std::string&&)>;
+
+// Hands on a line without the return of a Windows machine, and with a remark where it was cut.
+void Finish(std::string* line, uint64_t surplus, const TakeText& take) {
+    if (surplus == 0 && !line->empty() && line->back() == '\r') line->pop_back();
+    if (surplus > 0) *line += " [" + std::to_string(surplus) + " bytes more]";
+    take(std::move(*line));
+    line->clear();
+}
+
+// Holds one line of kMaxLineBytes at most, whatever the file has.
+Result<Done> ForEachLine(const std::string& path, const TakeText& take) {
     std::error_code error;
     const bool exists = std::filesystem::exists(path, error);
     if (exists && !std::filesystem::is_regular_file(path, error)) {
         return Failure{path + ": is not a regular file"};  // to open a pipe could take forever
     }
-    std::ifstream file(path);
+    std::ifstream file(path, std::ios::binary);
     if (!file) return Failure{path + ": cannot open: " + strerror(errno)};
-    for (std::string line; std::getline(file, line);) {
-        if (line.size() > kMaxLineBytes) {
-            const std::string rest = std::to_string(line.size() - kMaxLineBytes);
-            line.resize(kMaxLineBytes);
-            line += " [" + rest + " bytes more]";
+    std::string line;
+    uint64_t surplus = 0;
+    std::vector<char> block(64 * 1024);
+    while (file.read(block.data(), static_cast<std::streamsize>(block.size())) || file.gcount()) {
+        const char* at = block.data();
+        for (const char* const end = at + file.gcount(); at < end;) {
+            const char* const stop = std::find(at, end, '\n');
+            const auto size = static_cast<size_t>(stop - at);
+            const size_t kept = std::min(size, kMaxLineBytes - line.size());
+            line.append(at, kept);
+            surplus += size - kept;
+            at = stop;
+            if (at == end) break;
+            Finish(&line, std::exchange(surplus, 0), take);
+            ++at;
         }
-        take(std::move(line));
     }
+    if (!line.empty()) Finish(&line, surplus, take);
     if (file.bad()) return Failure{path + ": cannot read to its end"};
     return Done{};
 }
 
-// Nothing when the text is not of the log's form.
-std::optional<Line> ParseLine(const std::string& text, Clock* clock) {
+bool IsPriority(char letter) {
+    return letter != '\0' && strchr("VDIWEF", letter);
+}
+
+struct Parsed {
     Line line;
+    std::string timeOfDay;  // empty: the format has none
+};
+
+// Nothing when the text is not of the log's form.
+std::optional<Parsed> ParseLine(const std::string& text) {
+    Parsed parsed;
+    Line& line = parsed.line;
     char time[16] = {};
-    int used = 0;
-    const int fields = sscanf(text.c_str(), "%*2d-%*2d %15[0-9:.] %9d %9d %c %n", time, &line.pid,
-                              &line.tid, &line.priority, &used);
-    if (fields != 4 || used == 0 || !strchr("VDIWEF", line.priority)) return std::nullopt;
-    const size_t start = static_cast<size_t>(used);
-    const size_t colon = text.find(": ", start);
-    if (colon == std::string::npos) return std::nullopt;
-    line.timeUs = clock->SinceStart(time);
-    line.tag = text.substr(start, colon - start);
-    line.message = text.substr(colon + 2);
-    return line;
+    int start = 0, used = 0;
+    if (sscanf(text.c_str(), "%*2d-%*2d %15[0-9:.] %n", time, &start) == 1) parsed.timeOfDay = time;
+    const char* const rest = &text[static_cast<size_t>(start)];
+    size_t tag = static_cast<size_t>(start), end = text.npos, message = text.npos;
+    if (sscanf(rest, "%9d %9d %c %n", &line.pid, &line.tid, &line.priority, &used) == 3) {
+        tag += static_cast<size_t>(used);
+        end = text.find(": ", tag);
+        message = end + 2;
+        if (time[0] == '\0' || used == 0) return std::nullopt;
+    } else if (IsPriority(rest[0]) && rest[1] == '/') {
+        const size_t close = text.find("): ", tag);
+        end = close == text.npos ? close : text.rfind('(', close);
+        message = close + 3;
+        line.priority = rest[0];
+        tag += 2;
+        if (end == text.npos || end < tag || sscanf(&text[end], "(%9d", &line.pid) != 1)
+            return std::nullopt;
+    }
+    if (end == text.npos || !IsPriority(line.priority)) return std::nullopt;
+    line.tag = text.substr(tag, end - tag);
+    line.tag.erase(line.tag.find_last_not_of(' ') + 1);
+    line.message = text.substr(message);
+    return parsed;
 }
 
 // Takes lines out of the middle of a long log, but not its first errors.
@@ -153,19 +200,23 @@ bool ParseEnd(const char* text, Call* call) {
 
 }  // namespace
 
-Result<Log> ReadLog(const std::string& path, int64_t startedUs) {
+Result<Log> ReadLog(const std::string& path, int64_t startedUs, const LogFilter& filter) {
     Clock clock(startedUs);
     Log log;
     int64_t timeUs = 0;
+    uint64_t number = 0;
     const Result<Done> read = ForEachLine(path, [&](std::string&& text) {
-        std::optional<Line> line = ParseLine(text, &clock);
-        if (!line) {
-            line = Line();
-            line->timeUs = timeUs;
-            line->message = std::move(text);
+        std::optional<Parsed> parsed = ParseLine(text);
+        if (filter && (!parsed || !filter(parsed->line, number++))) return;
+        Line line;
+        if (parsed) {
+            line = std::move(parsed->line);
+            if (!parsed->timeOfDay.empty()) timeUs = clock.SinceStart(parsed->timeOfDay.c_str());
+        } else {
+            line.message = std::move(text);
         }
-        timeUs = line->timeUs;
-        log.lines.push_back(std::move(*line));
+        line.timeUs = timeUs;
+        log.lines.push_back(std::move(line));
         if (log.lines.size() == 3 * kKeptAtEachEnd) Thin(&log);
     });
     if (!read.Ok()) return read.GetFailure();

@@ -5,6 +5,7 @@
 #include <base/result.h>
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -34,10 +35,41 @@ struct Log {
     uint64_t omitted = 0;     // lines that were not kept
 };
 
-// Text that is not of the log's form (a program's output) has the time of the line before.
-// `startedUs` is the run's start since the epoch, 0 for the time of the first line. Fails when the
-// file cannot be read.
-base::Result<Log> ReadLog(const std::string& path, int64_t startedUs = 0);
+// Whether a line is kept, which has no time yet; `number` counts lines of the log's form from 0.
+using LogFilter = std::function<bool(const Line&, uint64_t number)>;
+
+// Text that is not of the log's form (a program's output) has the time of the line before, and is
+// left out with a filter. `startedUs` is the run's start since the epoch, 0 for the time of the
+// first line. Fails when the file cannot be read.
+base::Result<Log> ReadLog(const std::string& path, int64_t startedUs = 0,
+                          const LogFilter& filter = {});
+
+// A run of the tool in the log of a device.
+struct LoggedRun {
+    int pid = 0;
+    uint64_t firstLine = 0;  // its number
+    uint64_t lines = 0;      // of the tool
+};
+
+// The last run in the log, or the last one of a process; nothing where the log has none. Fails when
+// the file cannot be read.
+base::Result<std::optional<LoggedRun>> FindRun(const std::string& path, std::optional<int> pid);
+
+// Whether the platform wrote the line about a process that crashed.
+bool IsOfCrash(const Line& line);
+
+// A process that crashed, as the platform logs it.
+struct Crash {
+    int64_t timeUs = 0;
+    int pid = 0;
+    std::string program;  // as it was started, or its name cut to 15 bytes
+    int signal = 0;
+    std::string reason;               // "null pointer dereference", an abort's message, or empty
+    std::vector<std::string> frames;  // the first of the backtrace: "#00 pc 1a2b4 libx.so (F+12)"
+};
+
+// In order; what several lines say of a process is put together.
+std::vector<Crash> FindCrashes(const std::vector<Line>& log);
 
 // One binder transaction as the tool's process saw it.
 struct Call {
@@ -85,6 +117,8 @@ struct Source {
     std::string path;  // on the device
     uint64_t timesOpened = 0;
     bool leftUnread = false;  // the tool had a buffer for it and knew of no row to read
+    uint32_t stride = 0;      // of its buffer: bytes per row
+    uint32_t scanlines = 0;   // rows with padding; 0: unknown to the tool
 };
 
 // A result that the tool took, of one frame.
@@ -101,6 +135,7 @@ struct Dump {
 };
 
 struct Facts {
+    std::string mode;  // "B2Y"; empty for none of those with streams
     bool sessionOpened = false;
     bool sessionClosed = false;
     std::optional<int64_t> requestUs;  // the last request's beginning; older messages are forgotten

@@ -4,6 +4,7 @@
 
 #include <host_unset_return.h>
 #include <stdio.h>
+#include <string.h>
 
 #include <algorithm>
 
@@ -182,6 +183,15 @@ const Call* CallBefore(const Report& report, int tid, int64_t timeUs) {
     return last;
 }
 
+// Where and why it crashed.
+std::string Backtrace(const runlog::Crash& crash) {
+    std::string text = "It crashed in process " + std::to_string(crash.pid);
+    if (!crash.reason.empty()) text += ": " + crash.reason;
+    text += ".";
+    for (const std::string& frame : crash.frames) text += " " + Code(frame);
+    return text;
+}
+
 // Collects the problems of one report.
 class Conclusions {
   public:
@@ -195,6 +205,8 @@ class Conclusions {
         // With more, it is not known which dump is in which file.
         if (m_facts.dumps.size() == 1 && m_report.dumps.size() <= 1) AddDump(m_facts.dumps[0]);
         AddUnreadSources();
+        AddCrashes();
+        AddEndOfLog();
         for (const Call& call : m_report.calls) AddCall(call);
         return m_problems;
     }
@@ -280,6 +292,7 @@ class Conclusions {
 
     void AddDump(const runlog::Dump& meant) {
         const std::string trailer = std::to_string(meant.trailerBytes.value_or(0));
+        if (m_report.dumps.empty() && m_report.run.place == Place::kImported) return;
         const uint64_t fileBytes = m_report.dumps.empty() ? 0 : m_report.dumps[0].bytes;
         if (fileBytes < meant.bytes) {
             Add("error", "The dump was cut short", meant.timeUs,
@@ -307,9 +320,30 @@ class Conclusions {
             if (!source.leftUnread) continue;
             Add("warning", "The input frames were left empty", m_facts.requestUs.value_or(0),
                 "Nothing answers the tool's plane-layout query, so it read no row of its source "
-                "files (`--planes` provides the answer).");
+                "files.");
             return;
         }
+    }
+
+    // On a device.
+    void AddCrashes() {
+        for (const runlog::Crash& crash : m_report.crashes) {
+            if (crash.pid == m_report.toolPid) continue;  // it is how the run ended
+            const std::string name = crash.program.empty() ? "A process" : crash.program;
+            const char* const signal = sigabbrev_np(crash.signal);
+            Add("error",
+                name + " was ended by signal " + std::to_string(crash.signal) +
+                        (signal ? std::string(" (SIG") + signal + ")" : ""),
+                crash.timeUs, Backtrace(crash));
+            m_problems.back().isRoot = true;
+        }
+    }
+
+    void AddEndOfLog() {
+        if (m_report.run.GetEnding() != Ending::kUnknown || m_facts.exitUs || m_report.log.empty())
+            return;
+        Add("error", "The log ends before the run did", m_report.run.durationUs,
+            "Its last line is " + Code(m_report.log.back().message) + ".");
     }
 
     const Report& m_report;
@@ -325,6 +359,7 @@ std::vector<Problem> FindConclusions(const Report& report) {
 
 bool ConcludeLine(const Report& report, const Line& line, Problem* problem) {
     const std::string& text = line.message;
+    if (report.run.place != Place::kWorkstation && runlog::IsOfCrash(line)) return false;
     for (const Call& call : report.calls) {
         const size_t at = call.answer.find(": ");
         if (at == std::string::npos || !line.fromServices) continue;
@@ -358,6 +393,9 @@ bool ConcludeLine(const Report& report, const Line& line, Problem* problem) {
 }
 
 std::string CauseOfSignal(const Report& report) {
+    for (const runlog::Crash& crash : report.crashes) {
+        if (crash.pid == report.toolPid) return Backtrace(crash);
+    }
     for (const Call& call : report.calls) {
         if (!call.status.empty()) continue;
         const bool late = report.facts.exitUs && call.startUs > *report.facts.exitUs;

@@ -147,17 +147,30 @@ void Examine(Pictures pictures, Frame* frame) {
     }
 }
 
+// A folder from elsewhere may have dumps of other modes, too.
+bool MayBeOfRun(const std::string& path, const Report& report) {
+    const std::string& mode = report.facts.mode;
+    return report.run.place != Place::kImported || mode.empty() ||
+           path.find("_" + mode + "_") != path.npos;
+}
+
 }  // namespace
 
 void ReadFrames(const Inputs& inputs, Pictures pictures, Report* report) {
     for (const runlog::Source& source : report->facts.sources) {
         Frame frame;
         frame.path = HostPath(source.path, inputs.dataFolder);
+        if (report->run.place == Place::kImported && !std::filesystem::exists(frame.path)) {
+            const size_t name = source.path.rfind('/') + 1;
+            frame.path = inputs.dataFolder + "/" + source.path.substr(name);
+        }
         frame.timesOpened = source.timesOpened;
         frame.leftUnread = source.leftUnread;
         if (!frame.path.empty()) report->sources.push_back(std::move(frame));
     }
-    for (const std::string& path : inputs.dumps) report->dumps.emplace_back().path = path;
+    for (const std::string& path : inputs.dumps) {
+        if (MayBeOfRun(path, *report)) report->dumps.emplace_back().path = path;
+    }
     std::vector<std::thread> threads;
     for (Frame& frame : report->sources) threads.emplace_back(Examine, pictures, &frame);
     for (Frame& frame : report->dumps) threads.emplace_back(Examine, pictures, &frame);

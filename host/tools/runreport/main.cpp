@@ -22,6 +22,8 @@ struct Options {
     std::string jsonFile;
     bool summary = false;
     bool followWaits = false;
+    bool sources = false;
+    std::string import;
     bool help = false;
 };
 
@@ -45,7 +47,7 @@ Result<Options> ReadOptions(const std::vector<std::string>& words, std::string* 
     Options options;
     runreport::Inputs& inputs = options.inputs;
     int64_t ended = 0;
-    std::optional<uint64_t> status;
+    std::optional<uint64_t> status, pid;
     const std::vector<base::Option> table = {
             base::Text("--html", "FILE", "the page: one file that needs no other and no network",
                        &options.htmlFile),
@@ -67,6 +69,17 @@ Result<Options> ReadOptions(const std::vector<std::string>& words, std::string* 
                        &inputs.dataFolder),
             base::Texts("--dump", "FILE", "a file that the run wrote; may be repeated",
                         &inputs.dumps),
+            base::Text("--device", "NAME",
+                       "it was on this device; its log may have other lines, too",
+                       &inputs.run.device),
+            base::Text("--import", "DIR", "all that is known is a folder with a device's log",
+                       &options.import),
+            base::Number("--pid", "N", "a device's run is this process's, not the last in the log",
+                         1, INT32_MAX, &pid),
+            base::Switch("--sources",
+                         "the tool's source files on standard output: path, bytes per "
+                         "row and rows of its buffer",
+                         &options.sources),
             base::Switch("--help", "show this help", &options.help)};
     *help = "usage: runreport [OPTIONS] -- COMMAND [ARGUMENTS]\n"
             "Writes what is known about a run as a page and for programs.\n\n" +
@@ -79,9 +92,11 @@ Result<Options> ReadOptions(const std::vector<std::string>& words, std::string* 
     inputs.run.command = command.Value();
     inputs.run.durationUs = std::max<int64_t>(ended - inputs.run.startedUs, 0);
     inputs.run.status = static_cast<int>(status.value_or(0));
+    if (pid) inputs.pid = static_cast<int>(*pid);
+    if (!inputs.run.device.empty()) inputs.run.place = runreport::Place::kDevice;
     if (options.htmlFile.empty() && options.jsonFile.empty() && !options.summary &&
-        !options.followWaits && !options.help) {
-        return Failure{"none of --html, --json, --summary and --follow-waits is given"};
+        !options.followWaits && !options.sources && !options.help) {
+        return Failure{"none of --html, --json, --summary, --sources and --follow-waits is given"};
     }
     return options;
 }
@@ -96,6 +111,14 @@ bool Write(const std::string& path, const std::string& text) {
     return static_cast<bool>(file);
 }
 
+int PrintSources(const runreport::Inputs& inputs) {
+    const auto report = runreport::MakeReport(inputs, runreport::Pictures::kNone);
+    for (const runlog::Source& source : report.facts.sources) {
+        printf("%s\t%u\t%u\n", source.path.c_str(), source.stride, source.scanlines);
+    }
+    return 0;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -105,9 +128,18 @@ int main(int argc, char** argv) {
         fprintf(stderr, "runreport: %s; try 'runreport --help'\n", read.Error().c_str());
         return 2;
     }
-    const Options& options = read.Value();
+    Options options = read.Value();
+    if (!options.import.empty()) {
+        auto imported = runreport::ImportFolder(options.import, options.inputs);
+        if (!imported.Ok()) {
+            fprintf(stderr, "run: --import %s\n", imported.Error().c_str());
+            return 2;
+        }
+        options.inputs = std::move(imported).Value();
+    }
     if (options.help) return fputs(help.c_str(), stdout) < 0;
     if (options.followWaits) runreport::FollowWaits(options.inputs);
+    if (options.sources) return PrintSources(options.inputs);
     bool written = true;
     if (!options.htmlFile.empty() || !options.jsonFile.empty()) {
         const runreport::Report report =

@@ -23,11 +23,15 @@ std::string Joined(std::string_view text) {
 }
 
 // What log and trace tell of this run goes before what the table says of all.
-void Explain(const Explanation* explanation, Problem* problem) {
+void Explain(const Explanation* explanation, Place place, Problem* problem) {
     problem->concluded = !problem->cause.empty();
     if (!explanation) return;
     if (problem->cause.empty()) problem->cause = Joined(explanation->cause);
-    if (problem->cure.empty()) problem->cure = Joined(explanation->cure);
+    if (!problem->cure.empty()) return;
+    problem->cure = Joined(explanation->cure);
+    if (place != Place::kWorkstation && !explanation->onDevice.empty()) {
+        problem->cure += " " + Joined(explanation->onDevice);
+    }
 }
 
 void AddErrorLines(const Report& report, std::vector<Problem>* problems) {
@@ -39,7 +43,7 @@ void AddErrorLines(const Report& report, std::vector<Problem>* problems) {
         problem.count = error.count;
         problem.logged = true;
         if (!ConcludeLine(report, error.line, &problem)) continue;
-        Explain(explanations::Explain(problem.text), &problem);
+        Explain(explanations::Explain(problem.text), report.run.place, &problem);
         problems->push_back(problem);
     }
 }
@@ -57,19 +61,19 @@ int64_t LastSignOfTool(const Report& report) {
 void AddEnding(const Report& report, std::vector<Problem>* problems) {
     const Run& run = report.run;
     const Ending ending = run.GetEnding();
-    if (ending == Ending::kFinished) return;
+    if (ending == Ending::kFinished || ending == Ending::kUnknown) return;
     Problem problem;
     problem.text = ending == Ending::kUsageError ? "The tool refused its arguments"
                    : ending == Ending::kSignal   ? "The run was ended by " + run.SignalName()
                    : ending == Ending::kNoDevice
                            ? "The run did not start"
-                           : "The run ended with status " + std::to_string(run.status);
+                           : "The run ended with status " + std::to_string(*run.status);
     problem.timeUs = run.durationUs;
     if (ending == Ending::kSignal) {
         problem.cause = CauseOfSignal(report);
         problem.timeUs = LastSignOfTool(report);
     }
-    Explain(explanations::ExplainStatus(run.status), &problem);
+    Explain(explanations::ExplainStatus(*run.status), run.place, &problem);
     problems->push_back(problem);
 }
 
@@ -87,7 +91,7 @@ std::vector<Problem> FindProblems(const Report& report) {
             continue;
         }
         if (problems.size() == kMaxProblems) continue;
-        Explain(explanations::Explain(problem.text), &problem);
+        Explain(explanations::Explain(problem.text), report.run.place, &problem);
         problems.push_back(problem);
     }
     AddEnding(report, &problems);

@@ -5,6 +5,7 @@
 #include <runlog/runlog.h>
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -17,14 +18,24 @@ enum class Ending {
     kSignal,      // 128 + n: signal n ended the tool
     kNoDevice,    // 125 to 127: the device or the command did not start
     kOther,
+    kUnknown,  // no status, as the run's log came from elsewhere
+};
+
+// Where it took place.
+enum class Place {
+    kWorkstation,  // in the stand-in device
+    kDevice,
+    kImported,  // on a device, and all that is known is a folder with its log
 };
 
 struct Run {
+    Place place = Place::kWorkstation;
+    std::string device;                // what the device says that it is
     std::vector<std::string> options;  // of the device, as the user gave them
     std::vector<std::string> command;  // the tool and its arguments
-    int64_t startedUs = 0;             // since the epoch
-    int64_t durationUs = 0;
-    int status = 0;
+    int64_t startedUs = 0;             // since the epoch; 0: unknown
+    int64_t durationUs = 0;            // on a device, up to the last line of the log
+    std::optional<int> status = 0;
 
     Ending GetEnding() const;
     int Signal() const;              // 0 without one
@@ -63,11 +74,13 @@ struct Frame {
 
 struct Report {
     Run run;
-    std::vector<runlog::Line> log;    // of tool and services, in order of time
-    uint64_t omittedLogLines = 0;     // from the middle of a very long log
-    std::vector<runlog::Call> calls;  // in order of time
-    bool traceIsWhole = false;        // else calls may be missing
-    runlog::Facts facts;              // of `log`
+    std::vector<runlog::Line> log;       // of tool and services, in order of time
+    uint64_t omittedLogLines = 0;        // from the middle of a very long log
+    std::vector<runlog::Call> calls;     // in order of time
+    bool traceIsWhole = false;           // else calls may be missing
+    runlog::Facts facts;                 // of `log`
+    int toolPid = 0;                     // on a device
+    std::vector<runlog::Crash> crashes;  // on a device
     std::vector<runlog::Phase> phases;
     std::vector<Problem> problems;
     std::vector<Frame> sources;
@@ -79,6 +92,7 @@ struct Report {
 struct Inputs {
     Run run;
     std::string log;         // file of the tool's platform log; as the following may be empty
+    std::optional<int> pid;  // of a device's tool whose run it is; none: the last run in the log
     std::string deviceLog;   // of the services' log
     std::string trace;       // of the binder trace
     std::string dataFolder;  // what the tool saw as /data/vendor/camera
@@ -89,6 +103,9 @@ enum class Pictures { kReduced, kNone };
 
 // Reads what there is; what cannot be read is named in the report.
 Report MakeReport(const Inputs& inputs, Pictures pictures);
+
+// Adds the device's log and the dumps in a folder, and below it, that somebody sent.
+base::Result<Inputs> ImportFolder(const std::string& folder, Inputs inputs);
 
 // Of the log's lines, what follows from log and trace, and the run's end, in order of time.
 std::vector<Problem> FindProblems(const Report& report);

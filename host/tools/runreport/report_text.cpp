@@ -38,7 +38,11 @@ NLOHMANN_JSON_SERIALIZE_ENUM(Ending, {{Ending::kOther, "other"},
                                       {Ending::kFinished, "finished"},
                                       {Ending::kUsageError, "usage-error"},
                                       {Ending::kSignal, "signal"},
-                                      {Ending::kNoDevice, "no-device"}})
+                                      {Ending::kNoDevice, "no-device"},
+                                      {Ending::kUnknown, "unknown"}})
+NLOHMANN_JSON_SERIALIZE_ENUM(Place, {{Place::kWorkstation, "workstation"},
+                                     {Place::kDevice, "device"},
+                                     {Place::kImported, "imported"}})
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Problem, severity, text, cause, cure, phase, timeUs, count,
                                    logged)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Frame, path, bytes, format, width, height, stride, scanlines,
@@ -48,16 +52,18 @@ static void to_json(Json& json, const Run& run) {
     const time_t seconds = run.startedUs / 1'000'000;
     tm local = {};
     localtime_r(&seconds, &local);
-    char started[64];
-    strftime(started, sizeof started, "%Y-%m-%dT%H:%M:%S%z", &local);
-    json = {{"command", run.command},       {"options", run.options}, {"started", started},
-            {"durationUs", run.durationUs}, {"status", run.status},   {"ending", run.GetEnding()},
-            {"signal", run.SignalName()}};
+    char started[64] = "";
+    if (seconds > 0) strftime(started, sizeof started, "%Y-%m-%dT%H:%M:%S%z", &local);
+    json = {{"command", run.command},    {"options", run.options},
+            {"started", started},        {"durationUs", run.durationUs},
+            {"ending", run.GetEnding()}, {"signal", run.SignalName()},
+            {"place", run.place},        {"device", run.device}};
+    json["status"] = run.status ? Json(*run.status) : Json();
 }
 
 static Json JsonOf(const Report& report) {
     return {{"report", "run of vexofflinecameratest"},
-            {"version", 2},
+            {"version", 3},
             {"run", report.run},
             {"problems", report.problems},
             {"phases", report.phases},

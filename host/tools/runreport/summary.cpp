@@ -45,12 +45,14 @@ std::string CurrentWait(const Inputs& inputs) {
 
 bool PrintSummary(const Inputs& inputs) {
     const Report report = MakeReport(inputs, Pictures::kNone);
-    if (report.log.empty()) return true;  // what stopped the tool has been said
     const Run& run = report.run;
+    if (report.log.empty() && run.place == Place::kDevice) Say("no line of the tool in its log");
+    if (report.log.empty()) return true;  // what stopped the tool has been said
     const auto isError = [](const Problem& problem) { return problem.severity == "error"; };
     const auto first = std::find_if(report.problems.begin(), report.problems.end(), isError);
     const auto errors = std::count_if(report.problems.begin(), report.problems.end(), isError);
-    const bool nothingWritten = report.facts.sessionOpened && report.dumps.empty();
+    const bool nothingWritten =
+            report.facts.sessionOpened && report.dumps.empty() && run.place != Place::kImported;
     if (run.Signal() != 0) {
         const char* const name = sigabbrev_np(run.Signal());
         Say(terminal::Red("the tool was ended by signal " + std::to_string(run.Signal()) + " (" +

@@ -16,6 +16,7 @@ function verdict({run, problems, phases}) {
         'usage-error': 'Usage error: nothing was run',
         'no-device': 'The run did not start',
         other: `Ended with status ${run.status}`,
+        unknown: phases.length && phases[phases.length - 1].name !== 'exit' ? `The log ends${last}` : '',
     }[run.ending];
     if (failure) return ['failed', '✕', failure];
     const errors = problems.filter((problem) => problem.severity === 'error').length;
@@ -33,18 +34,19 @@ function headerPart(report) {
         <h1><span aria-hidden="true">${sign}</span> ${text}</h1>
         <div class="command mono">${command.map(shellWord).join(' ')}</div>
         ${facts([
-            ['Took', duration(run.durationUs)],
-            ['Status', run.status],
+            ['Took', run.durationUs ? duration(run.durationUs) : 'not known'],
+            ['Status', run.status === null ? 'not known' : run.status],
+            ['Device', run.device],
             ['Frames written', count(report.dumps.length)],
-            ['Binder calls', count(report.calls.length)],
+            ['Binder calls', run.place === 'workstation' ? count(report.calls.length) : ''],
             ['Log lines', count(report.log.length + report.omittedLogLines)],
-            ['Started', run.started.replace('T', ' ').replace(/[+-]\d+$/, '')],
+            ['Started', run.started && run.started.replace('T', ' ').replace(/[+-]\d+$/, '')],
         ])}</header>`;
 }
 
 function problemPart(problem, log) {
     const where = [
-        problem.phase ? `in “${phaseLabel(problem.phase)}”` : '', `at ${duration(problem.timeUs)}`,
+        problem.phase ? `in “${phaseLabel(problem.phase)}”` : '', problem.timeUs ? `at ${duration(problem.timeUs)}` : '',
         problem.count > 1 ? `${count(problem.count)} times` : '',
     ].filter(Boolean).join(', ');
     const line = log.findIndex(({message}) => message === problem.text);
@@ -78,7 +80,7 @@ function framePart(frame) {
             ['Width × height', frame.width ? `${frame.width} × ${frame.height}` : ''],
             ['Stride', frame.stride ? `${count(frame.stride)} bytes` : ''],
             ['Scan lines', frame.scanlines ? count(frame.scanlines) : ''],
-            ['Size', `${count(frame.bytes)} bytes`],
+            ['Size', frame.bytes || !frame.note ? `${count(frame.bytes)} bytes` : ''],
             ['JPEG', frame.pictureBytes ? `first ${count(frame.pictureBytes)} bytes` : ''],
             ['Opened', frame.timesOpened > 1 ? `${frame.timesOpened} times` : ''],
         ])}${frame.picture && frame.note ? html`<div class="muted note">${frame.note}</div>` : ''}
@@ -92,5 +94,5 @@ function framesPart(report) {
         <span class="muted">reduced pictures of what the tool read and what it wrote</span></div>
         <div class="frames">
         ${column('sources', 'In', report.sources, 'The tool opened no source frame.')}
-        ${column('dumps', 'Out', report.dumps, 'The tool wrote no file.')}</div></section>`;
+        ${column('dumps', 'Out', report.dumps, report.run.place === 'imported' ? 'No dump of this run is in the folder.' : 'The tool wrote no file.')}</div></section>`;
 }

@@ -104,6 +104,7 @@ const callTable = (calls) => table([
 ], calls.slice(0, maxMarks), isBad);
 
 function timelinePart({run, phases, calls}) {
+    if (run.durationUs === 0) return '';
     if (!phases.length) return '';
     const shown = calls.length > maxMarks ? `, the first ${count(maxMarks)} shown` : '';
     const legend = [
@@ -116,8 +117,9 @@ function timelinePart({run, phases, calls}) {
         <div class="lanes"></div>
         <div class="legend">${legend.map(([look, text]) => html`<span><i class="${look}"></i>${text}</span>`)}</div>
         <details><summary>Table of ${plural(phases.length, 'step')}</summary>${phaseTable(phases)}</details>
-        <details><summary>Table of ${plural(calls.length, 'binder call')}${shown}</summary>
-        ${callTable(calls)}</details></section>`;
+        ${calls.length ? html`<details>
+            <summary>Table of ${plural(calls.length, 'binder call')}${shown}</summary>
+            ${callTable(calls)}</details>` : ''}</section>`;
 }
 
 // Draws the lanes, and draws them anew where a button tells from when to when.
