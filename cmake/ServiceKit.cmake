@@ -15,7 +15,6 @@ target_link_options(offline_camera_service_kit INTERFACE
 export(TARGETS
     offline_camera_service_kit
     offlinecamera_requests
-    offlinecamera_buffers
     imaging
     vendor.zel.hardware.camera.offlinecamera-V1-ndk
     android.hardware.camera.device-V2-ndk

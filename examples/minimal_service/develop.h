@@ -30,7 +30,7 @@ inline base::Result<base::Done> Develop(const offlinecamera::Request& request) {
         const auto picture =
                 offlinecamera::LockedBuffer::Lock(to.buffer, offlinecamera::Access::kWrite);
         if (!picture.Ok()) return picture.GetFailure();
-        Develop(mosaic.Value().Raw(*from.stream), picture.Value().Nv12(*to.stream));
+        Develop(mosaic.Value().Raw(), picture.Value().Nv12());
     }
     return base::Done{};
 }

@@ -66,7 +66,7 @@ class Session : public BnOfflineCameraSession {
             return refuse("one request, after streams are configured");
         }
         if (m_worker.FramesInFlight().size() >= kMaxFrames) return refuse("too many frames");
-        auto request = MakeRequest(infos[0], m_streams, ImportedBuffer::IMapper::getService());
+        auto request = MakeRequest(infos[0], m_streams);
         if (!request.Ok()) return refuse(request.Error());
         std::vector<Request> requests;
         requests.push_back(std::move(request).Value());

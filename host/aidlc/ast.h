@@ -12,7 +12,6 @@ namespace aidlc {
 
 struct BasicType;
 struct Declaration;
-struct Document;
 
 struct TypeUse {
     Position position;
@@ -62,32 +61,27 @@ struct Method {
     std::optional<std::string> deprecation;  // the note of its @deprecated
 };
 
+struct Import {
+    std::string name;
+    Position position;
+};
+
+// One file: a package, its imports and exactly one type.
 struct Declaration {
     enum class Kind { kEnum, kParcelable, kUnion, kInterface };
     Kind kind = Kind::kParcelable;
+    std::string file;
     std::string package;
+    Position packagePosition;
+    std::vector<Import> imports;
     std::string name;
     Position position;
     bool isLong = false;  // an enum's values have 64 bits, not 32
     std::vector<Enumerator> enumerators;
     std::vector<Field> fields;
     std::vector<Method> methods;
-    const Document* document = nullptr;
 
     std::string FullName() const { return package + "." + name; }
-};
-
-struct Import {
-    std::string name;
-    Position position;
-};
-
-// One file: a package, its imports and exactly one declaration.
-struct Document {
-    std::string file;
-    Position packagePosition;
-    std::vector<Import> imports;
-    Declaration declaration;
 };
 
 }  // namespace aidlc

@@ -1,4 +1,4 @@
-// Resolves the types of all documents and checks the rules that the grammar does not express.
+// Resolves the types of all declarations and checks the rules that the grammar does not express.
 #include "checker.h"
 
 #include <algorithm>
@@ -40,13 +40,13 @@ bool IsKind(const TypeUse& type, Kind kind) {
     return type.declaration && type.declaration->kind == kind;
 }
 
-// What a type name means in a document: an import, or a type of the same package.
-std::string FullName(const Document& document, const std::string& name) {
+// What a type name means in a file: an import, or a type of the same package.
+std::string FullName(const Declaration& user, const std::string& name) {
     if (name.find('.') != std::string::npos) return name;
-    for (const Import& import : document.imports) {
+    for (const Import& import : user.imports) {
         if (import.name.substr(import.name.rfind('.') + 1) == name) return import.name;
     }
-    return document.declaration.package + "." + name;
+    return user.package + "." + name;
 }
 
 class Checker {
@@ -54,13 +54,13 @@ class Checker {
     explicit Checker(SourceTree* tree) : m_tree(tree) {}
 
     base::Result<base::Done> CheckAll() {
-        // Looking names up reads further documents, so the end moves.
-        for (size_t i = 0; i < m_tree->Documents().size(); i++) {
-            CheckDocument(m_tree->Documents()[i].get());
+        // Looking names up reads further files, so the end moves.
+        for (size_t i = 0; i < m_tree->Declarations().size(); i++) {
+            CheckDeclaration(m_tree->Declarations()[i].get());
         }
-        for (const std::unique_ptr<Document>& document : m_tree->Documents()) {
-            m_document = document.get();
-            CheckContainment(document->declaration);
+        for (const std::unique_ptr<Declaration>& declaration : m_tree->Declarations()) {
+            m_current = declaration.get();
+            CheckContainment(*declaration);
         }
         if (m_faults.empty()) return base::Done{};
         return base::Failure{m_faults};
@@ -69,20 +69,20 @@ class Checker {
   private:
     void AddFault(const std::string& line) { m_faults += (m_faults.empty() ? "" : "\n") + line; }
     void Fail(const Position& position, const std::string& message) {
-        AddFault(Located(m_document->file, position, message));
+        AddFault(Located(m_current->file, position, message));
     }
 
-    void CheckDocument(Document* document) {
-        m_document = document;
-        Declaration& declaration = document->declaration;
+    void CheckDeclaration(Declaration* current) {
+        m_current = current;
+        Declaration& declaration = *current;
         std::set<std::string> names;
         std::istringstream parts(declaration.package);
         for (std::string part; std::getline(parts, part, '.');) {
             std::set<std::string> unseen;  // a part may come twice
-            CheckName(part, document->packagePosition, "part of a package", " std ", &unseen);
+            CheckName(part, declaration.packagePosition, "part of a package", " std ", &unseen);
         }
         CheckName(declaration.name, declaration.position, "type", "", &names);
-        for (const Import& import : document->imports) Find(import.position, import.name);
+        for (const Import& import : declaration.imports) Find(import.position, import.name);
         std::set<std::string> enumerators;  // one may be named like its enum
         for (const Enumerator& enumerator : declaration.enumerators) {
             CheckName(enumerator.name, enumerator.position, "enumerator", "", &enumerators);
@@ -143,7 +143,7 @@ class Checker {
         type->basic = FindBasicType(type->name);
         const bool isPlainByte = type->basic && type->basic->bits == 8;
         if (!type->basic) {
-            type->declaration = Find(type->position, FullName(*m_document, type->name));
+            type->declaration = Find(type->position, FullName(*m_current, type->name));
             if (!type->declaration) return false;
         }
         if (type->name == "void" && !canBeVoid) Fail(type->position, "only a result can be void");
@@ -174,15 +174,14 @@ class Checker {
         } else if (IsKind(type, Kind::kEnum)) {
             const Declaration& declaration = *type.declaration;
             const size_t dot = std::min(value.text.rfind('.'), value.text.size());
-            const std::string name = FullName(*m_document, value.text.substr(0, dot));
-            const bool isKnown =
-                    std::any_of(declaration.enumerators.begin(), declaration.enumerators.end(),
-                                [&](const Enumerator& known) {
-                                    return declaration.FullName() + "." + known.name ==
-                                           name + value.text.substr(dot);
-                                });
-            if (!isKnown)
+            const std::string name =
+                    FullName(*m_current, value.text.substr(0, dot)) + value.text.substr(dot);
+            const auto& known = declaration.enumerators;
+            if (std::none_of(known.begin(), known.end(), [&](const Enumerator& enumerator) {
+                    return declaration.FullName() + "." + enumerator.name == name;
+                })) {
                 Fail(value.position, "the default is not an enumerator " + type.name + ".X");
+            }
         } else if (bits != 0) {
             if (!value.text.empty() || !Fits(value.number, bits)) {
                 Fail(value.position,
@@ -241,9 +240,9 @@ class Checker {
     }
 
     SourceTree* m_tree;
-    const Document* m_document = nullptr;  // the one being checked
-    std::set<std::string> m_missing;       // full names of types
-    std::string m_faults;                  // lines
+    const Declaration* m_current = nullptr;  // the one being checked
+    std::set<std::string> m_missing;         // full names of types
+    std::string m_faults;                    // lines
 };
 
 }  // namespace

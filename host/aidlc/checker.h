@@ -1,4 +1,4 @@
-// Resolves the types of all documents and checks the rules that the grammar does not express.
+// Resolves the types of all declarations and checks the rules that the grammar does not express.
 #pragma once
 
 #include <base/result.h>
@@ -7,7 +7,7 @@
 
 namespace aidlc {
 
-// Checks every document in the tree and all that they use. Fails with one line per fault.
+// Checks every declaration in the tree and all that they use. Fails with one line per fault.
 base::Result<base::Done> Check(SourceTree* tree);
 
 }  // namespace aidlc

@@ -22,8 +22,8 @@ base::Result<std::vector<GeneratedFile>> Compile(const Options& options) {
     if (!checked.Ok()) return checked.GetFailure();
     std::vector<GeneratedFile> files;
     for (const Declaration* declaration : named) {
-        if (declaration->kind == Declaration::Kind::kInterface && options.version.number == 0) {
-            return base::Failure{Located(declaration->document->file, declaration->position,
+        if (declaration->kind == Declaration::Kind::kInterface && !options.version.number) {
+            return base::Failure{Located(declaration->file, declaration->position,
                                          "an interface needs --version and --hash")};
         }
         for (GeneratedFile& file : Emit(*declaration, options.version)) {

@@ -12,7 +12,7 @@ namespace aidlc {
 
 struct Options {
     std::vector<std::string> roots;
-    Version version;  // number 0: not given
+    Version version;
     std::vector<std::string> files;
 };
 

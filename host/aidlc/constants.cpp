@@ -7,8 +7,10 @@
 namespace aidlc {
 namespace {
 
-int64_t Narrow(uint64_t value) {
-    return static_cast<int32_t>(static_cast<uint32_t>(value));
+// An int keeps the lower bits.
+Constant MakeConstant(uint64_t bits, bool isLong) {
+    const auto narrow = static_cast<int32_t>(static_cast<uint32_t>(bits));
+    return {isLong ? static_cast<int64_t>(bits) : narrow, isLong};
 }
 
 }  // namespace
@@ -41,13 +43,11 @@ base::Result<Constant> ReadInteger(const std::string& text) {
     }
     const uint64_t intLimit =
             isHex ? std::numeric_limits<uint32_t>::max() : static_cast<uint64_t>(Largest(32));
-    if (isLong || number > intLimit) return Constant{static_cast<int64_t>(number), true};
-    return Constant{Narrow(number), false};
+    return MakeConstant(number, isLong || number > intLimit);
 }
 
 Constant Negate(const Constant& operand) {
-    const uint64_t negated = 0 - static_cast<uint64_t>(operand.value);
-    return {operand.isLong ? static_cast<int64_t>(negated) : Narrow(negated), operand.isLong};
+    return MakeConstant(0 - static_cast<uint64_t>(operand.value), operand.isLong);
 }
 
 base::Result<Constant> ShiftLeft(const Constant& left, const Constant& count) {
@@ -56,8 +56,7 @@ base::Result<Constant> ShiftLeft(const Constant& left, const Constant& count) {
         return base::Failure{"a shift by " + std::to_string(count.value) + " is outside 0.." +
                              std::to_string(largest) + " (1L instead of 1 has 64 bits)"};
     }
-    const uint64_t shifted = static_cast<uint64_t>(left.value) << count.value;
-    return Constant{left.isLong ? static_cast<int64_t>(shifted) : Narrow(shifted), left.isLong};
+    return MakeConstant(static_cast<uint64_t>(left.value) << count.value, left.isLong);
 }
 
 Constant Or(const Constant& left, const Constant& right) {

@@ -118,7 +118,7 @@ void AddInterface(const Declaration& declaration, const Version& version, Model*
         methods.push_back(one);
         names += "\"" + method.name + "\", ";
     }
-    model->values["version"] = std::to_string(version.number);
+    model->values["version"] = std::to_string(version.number.value_or(0));
     model->values["hash"] = Quote(version.hash);
     model->values["methodNames"] = names;
     model->values["methodCount"] = std::to_string(methods.size());

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -11,7 +12,7 @@ namespace aidlc {
 
 // Version of an interface, and the hash of what is frozen under it.
 struct Version {
-    uint64_t number = 0;
+    std::optional<uint64_t> number;
     std::string hash;
 };
 

@@ -13,26 +13,6 @@
 
 namespace {
 
-struct CommandLine {
-    std::string outputFolder;
-    std::optional<uint64_t> version;
-    aidlc::Options options;
-    bool help = false;
-};
-
-std::vector<base::Option> OptionTable(CommandLine* line) {
-    return {base::Text("--out", "DIR", "folder for the generated files: DIR/include and DIR/src",
-                       &line->outputFolder),
-            base::Texts("-I", "ROOT",
-                        "folder in which the folders of a package start; may be repeated",
-                        &line->options.roots),
-            base::Number("--version", "N", "version of the interfaces", 1,
-                         std::numeric_limits<int32_t>::max(), &line->version),
-            base::Text("--hash", "H", "hash of that version; needed with --version",
-                       &line->options.version.hash),
-            base::Switch("--help", "print this text", &line->help)};
-}
-
 base::Result<base::Done> WriteFile(const std::string& path, const std::string& text) {
     std::error_code code;
     std::filesystem::create_directories(std::filesystem::path(path).parent_path(), code);
@@ -46,24 +26,18 @@ base::Result<base::Done> WriteFile(const std::string& path, const std::string& t
     return base::Done{};
 }
 
-base::Result<base::Done> Run(const std::vector<base::Option>& table,
-                             const std::vector<std::string>& words, CommandLine* line) {
-    auto files = base::ReadOptions(table, words, base::Order::kAnywhere);
-    if (!files.Ok()) return files.GetFailure();
-    if (line->help) return base::Done{};
-    line->options.files = std::move(files).Value();
-    line->options.version.number = line->version.value_or(0);
-    if (line->outputFolder.empty()) {
+base::Result<base::Done> Run(const aidlc::Options& options, const std::string& outputFolder) {
+    if (outputFolder.empty()) {
         return base::Failure{"--out is missing: name a folder for the generated files", true};
     }
-    if (line->options.files.empty()) return base::Failure{"no .aidl file is named", true};
-    if (line->version.has_value() == line->options.version.hash.empty()) {
+    if (options.files.empty()) return base::Failure{"no .aidl file is named", true};
+    if (options.version.number.has_value() == options.version.hash.empty()) {
         return base::Failure{"--version and --hash belong together: give both or none", true};
     }
-    const auto generated = aidlc::Compile(line->options);
+    const auto generated = aidlc::Compile(options);
     if (!generated.Ok()) return generated.GetFailure();
     for (const aidlc::GeneratedFile& file : generated.Value()) {
-        const auto written = WriteFile(line->outputFolder + "/" + file.path, file.text);
+        const auto written = WriteFile(outputFolder + "/" + file.path, file.text);
         if (!written.Ok()) return written;
     }
     return base::Done{};
@@ -72,17 +46,33 @@ base::Result<base::Done> Run(const std::vector<base::Option>& table,
 }  // namespace
 
 int main(int argc, char** argv) {
-    CommandLine line;
-    const std::vector<base::Option> table = OptionTable(&line);
-    const std::string help =
+    aidlc::Options options;
+    std::string outputFolder;
+    bool help = false;
+    const std::vector<base::Option> table = {
+            base::Text("--out", "DIR", "folder for the generated files: DIR/include and DIR/src",
+                       &outputFolder),
+            base::Texts("-I", "ROOT",
+                        "folder in which the folders of a package start; may be repeated",
+                        &options.roots),
+            base::Number("--version", "N", "version of the interfaces", 1,
+                         std::numeric_limits<int32_t>::max(), &options.version.number),
+            base::Text("--hash", "H", "hash of that version; needed with --version",
+                       &options.version.hash),
+            base::Switch("--help", "print this text", &help)};
+    const std::string usage =
             "usage: aidlc --out DIR [-I ROOT]... [--version N --hash H] FILE.aidl...\n" +
             base::OptionHelp(table);
-    const base::Result<base::Done> ran = Run(table, base::WordsOf(argc, argv), &line);
-    if (ran.Ok()) {
-        if (line.help) std::cout << help;
+    const auto files = base::ReadOptions(table, base::WordsOf(argc, argv), base::Order::kAnywhere);
+    if (files.Ok()) options.files = files.Value();
+    if (files.Ok() && help) {
+        std::cout << usage;
         return 0;
     }
+    const base::Result<base::Done> ran =
+            files.Ok() ? Run(options, outputFolder) : files.GetFailure();
+    if (ran.Ok()) return 0;
     const bool isMisuse = ran.GetFailure().misuse;
-    std::cerr << (isMisuse ? "aidlc: " : "") << ran.Error() << "\n" << (isMisuse ? help : "");
+    std::cerr << (isMisuse ? "aidlc: " : "") << ran.Error() << "\n" << (isMisuse ? usage : "");
     return isMisuse ? 2 : 1;
 }

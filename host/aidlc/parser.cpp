@@ -34,20 +34,18 @@ std::optional<std::string> DeprecationNote(const std::string& comment) {
 
 class Parser {
   public:
-    Parser(std::vector<Token> tokens, Document* document)
-        : m_tokens(std::move(tokens)),
-          m_document(document),
-          m_declaration(&document->declaration) {}
+    Parser(std::vector<Token> tokens, Declaration* declaration)
+        : m_tokens(std::move(tokens)), m_declaration(declaration) {}
 
-    void ParseDocument() {
+    void ParseFile() {
         Expect("package", "at the start of the file");
-        m_declaration->package = ParseDottedName("a package name", &m_document->packagePosition);
+        m_declaration->package = ParseDottedName("a package name", &m_declaration->packagePosition);
         Expect(";", "after the package name");
         while (TakeIf("import")) {
             Import import;
             import.name = ParseDottedName("the name of a type", &import.position);
             Expect(";", "after the import");
-            m_document->imports.push_back(import);
+            m_declaration->imports.push_back(import);
         }
         ParseHead();
         if (!AtEnd()) {
@@ -63,7 +61,7 @@ class Parser {
 
     // Keeps the first error and moves to the end of the text, where every loop ends.
     void FailAt(const Position& position, const std::string& message) {
-        if (m_error.empty()) m_error = Located(m_document->file, position, message);
+        if (m_error.empty()) m_error = Located(m_declaration->file, position, message);
         m_next = m_tokens.size() - 1;
     }
     void Fail(const std::string& message) { FailAt(Next().position, message); }
@@ -304,22 +302,20 @@ class Parser {
     std::vector<Token> m_tokens;
     size_t m_next = 0;
     std::string m_error;
-    Document* m_document;
     Declaration* m_declaration;
 };
 
 }  // namespace
 
-base::Result<std::unique_ptr<Document>> Parse(const std::string& text, const std::string& file) {
+base::Result<std::unique_ptr<Declaration>> Parse(const std::string& text, const std::string& file) {
     base::Result<std::vector<Token>> tokens = Tokenize(text, file);
     if (!tokens.Ok()) return tokens.GetFailure();
-    auto document = std::make_unique<Document>();
-    document->file = file;
-    document->declaration.document = document.get();
-    Parser parser(std::move(tokens).Value(), document.get());
-    parser.ParseDocument();
+    auto declaration = std::make_unique<Declaration>();
+    declaration->file = file;
+    Parser parser(std::move(tokens).Value(), declaration.get());
+    parser.ParseFile();
     if (!parser.Error().empty()) return base::Failure{parser.Error()};
-    return document;
+    return declaration;
 }
 
 }  // namespace aidlc

@@ -12,6 +12,6 @@ namespace aidlc {
 
 // Positions and failures are in `file`. Fails with the first error of the text, which may be
 // correct AIDL that this compiler does not support.
-base::Result<std::unique_ptr<Document>> Parse(const std::string& text, const std::string& file);
+base::Result<std::unique_ptr<Declaration>> Parse(const std::string& text, const std::string& file);
 
 }  // namespace aidlc

@@ -33,50 +33,42 @@ std::string RelativePath(const std::string& fullName) {
     return path + ".aidl";
 }
 
-bool EndsWithPath(const std::string& path, const std::string& tail) {
-    const std::string whole = "/" + path;
-    const std::string end = "/" + tail;
-    return whole.size() >= end.size() &&
-           whole.compare(whole.size() - end.size(), end.size(), end) == 0;
-}
-
 }  // namespace
 
 base::Result<Declaration*> SourceTree::Load(const std::string& path) {
     const base::Result<std::string> text = ReadFile(path);
     if (!text.Ok()) return text.GetFailure();
-    base::Result<std::unique_ptr<Document>> parsed = Parse(text.Value(), path);
+    base::Result<std::unique_ptr<Declaration>> parsed = Parse(text.Value(), path);
     if (!parsed.Ok()) return parsed.GetFailure();
-    Declaration* const declaration = &parsed.Value()->declaration;
+    Declaration* const declaration = parsed.Value().get();
     const std::string name = declaration->FullName();
     const auto failure = [&](const std::string& message) {
         return base::Failure{Located(path, declaration->position, "type " + name + message)};
     };
-    if (!EndsWithPath(path, RelativePath(name))) {
+    const std::string place = "/" + RelativePath(name);
+    const std::string whole = "/" + path;
+    if (whole.size() < place.size() || whole.substr(whole.size() - place.size()) != place) {
         return failure(" belongs in a file " + RelativePath(name));
     }
     base::Result<Declaration*>& known = m_found.emplace(name, nullptr).first->second;
     if (known.Ok() && known.Value()) {
-        return failure(" was already read from " + known.Value()->document->file);
+        return failure(" was already read from " + known.Value()->file);
     }
     known = declaration;
-    m_documents.push_back(std::move(parsed).Value());
+    m_declarations.push_back(std::move(parsed).Value());
     return declaration;
 }
 
 base::Result<Declaration*> SourceTree::Find(const std::string& fullName) {
     const auto known = m_found.find(fullName);
     if (known != m_found.end()) return known->second;
-    base::Result<Declaration*> found = nullptr;
     for (const std::string& root : m_roots) {
         const std::string path = root + "/" + RelativePath(fullName);
         std::error_code ignored;
         if (!std::filesystem::exists(path, ignored)) continue;
-        found = Load(path);
-        break;
+        return m_found.emplace(fullName, Load(path)).first->second;
     }
-    m_found.emplace(fullName, found);
-    return found;
+    return m_found.emplace(fullName, nullptr).first->second;
 }
 
 }  // namespace aidlc

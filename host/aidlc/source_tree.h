@@ -12,7 +12,7 @@
 
 namespace aidlc {
 
-// Owns every parsed document; declarations keep their addresses for the life of the tree.
+// Owns every declaration; they keep their addresses for the life of the tree.
 class SourceTree {
   public:
     // roots: folders that a package's folders start in, searched in order.
@@ -25,12 +25,12 @@ class SourceTree {
     // faulty.
     base::Result<Declaration*> Find(const std::string& fullName);
 
-    // All documents read so far, in order of reading; grows while names are looked up.
-    const std::vector<std::unique_ptr<Document>>& Documents() const { return m_documents; }
+    // All that were read so far, in order of reading; grows while names are looked up.
+    const std::vector<std::unique_ptr<Declaration>>& Declarations() const { return m_declarations; }
 
   private:
     std::vector<std::string> m_roots;
-    std::vector<std::unique_ptr<Document>> m_documents;
+    std::vector<std::unique_ptr<Declaration>> m_declarations;
     std::map<std::string, base::Result<Declaration*>> m_found;  // by full name
 };
 

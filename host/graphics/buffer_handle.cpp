@@ -63,14 +63,15 @@ Result<Done> CheckMemory(const HandleIntegers& integers, int fd) {
 
 Result<BufferInfo> CheckBuffer(const HandleIntegers& integers, int fd) {
     if (integers.magic != kHandleMagic) return BadBuffer("the handle is not one of a host buffer");
-    BufferDescription description;
     // Without a NUL it is too long, which LayOut() refuses.
-    description.name.assign(integers.name, strnlen(integers.name, sizeof(integers.name)));
-    description.width = integers.width;
-    description.height = integers.height;
-    description.layerCount = integers.layerCount;
-    description.format = integers.format;
-    description.usage = integers.usage;
+    const std::string name(integers.name, strnlen(integers.name, sizeof(integers.name)));
+    const BufferDescription description = {name,
+                                           integers.width,
+                                           integers.height,
+                                           integers.layerCount,
+                                           integers.format,
+                                           integers.usage,
+                                           0};
     Result<BufferLayout> layout = LayOut(description);
     if (!layout.Ok()) return BadBuffer("the handle describes no buffer: " + layout.Error());
     if (integers.stride != layout.Value().stride || integers.size != layout.Value().size) {

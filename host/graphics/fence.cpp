@@ -45,12 +45,4 @@ Result<Done> WaitForFence(int fd, int timeoutMs) {
     return Done{};
 }
 
-Result<int> FenceDescriptor(const native_handle_t* fence) {
-    if (fence == nullptr || (fence->numFds == 0 && fence->numInts == 0)) return -1;
-    if (fence->numFds != 1 || fence->numInts != 0 || fence->data[0] < 0) {
-        return Failed(BufferError::kBadValue, "an acquire fence is one open descriptor or nothing");
-    }
-    return fence->data[0];
-}
-
 }  // namespace graphics

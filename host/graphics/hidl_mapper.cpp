@@ -6,20 +6,99 @@
 #include <graphics/imported_buffers.h>
 
 #include <cstring>
-
-#include "metadata.h"
+#include <string>
+#include <vector>
 
 namespace graphics {
 
 namespace {
 
+namespace gralloc4 = ::android::gralloc4;
+using ::aidl::android::hardware::graphics::common::PlaneLayout;
+using ::aidl::android::hardware::graphics::common::PlaneLayoutComponent;
+using ::aidl::android::hardware::graphics::common::PlaneLayoutComponentType;
+using ::aidl::android::hardware::graphics::common::StandardMetadataType;
 using ::android::hardware::hidl_handle;
-using ::android::hardware::hidl_vec;
 using ::android::hardware::Return;
 using ::android::hardware::Void;
 using ::android::hardware::graphics::mapper::V4_0::Error;
 using ::android::hardware::graphics::mapper::V4_0::IMapper;
 using base::Result;
+using Bytes = ::android::hardware::hidl_vec<uint8_t>;
+using HidlFormat = ::android::hardware::graphics::common::V1_2::PixelFormat;
+
+static_assert(kFormatBlob == static_cast<int32_t>(HidlFormat::BLOB));
+static_assert(kFormatYcbcr420 == static_cast<int32_t>(HidlFormat::YCBCR_420_888));
+static_assert(kFormatRaw10 == static_cast<int32_t>(HidlFormat::RAW10));
+static_assert(kComponentY == static_cast<int64_t>(PlaneLayoutComponentType::Y));
+static_assert(kComponentCb == static_cast<int64_t>(PlaneLayoutComponentType::CB));
+static_assert(kComponentCr == static_cast<int64_t>(PlaneLayoutComponentType::CR));
+static_assert(kComponentRaw == static_cast<int64_t>(PlaneLayoutComponentType::RAW));
+
+std::vector<PlaneLayout> PlaneLayouts(const BufferLayout& layout) {
+    std::vector<PlaneLayout> planes;
+    for (const Plane& plane : layout.planes) {
+        PlaneLayout out;
+        for (const PlaneComponent& component : plane.components) {
+            PlaneLayoutComponent entry;
+            entry.type = {GRALLOC4_STANDARD_PLANE_LAYOUT_COMPONENT_TYPE, component.type};
+            entry.offsetInBits = component.offsetInBits;
+            entry.sizeInBits = component.sizeInBits;
+            out.components.push_back(entry);
+        }
+        out.offsetInBytes = static_cast<int64_t>(plane.offset);
+        out.sampleIncrementInBits = plane.sampleIncrementInBits;
+        out.strideInBytes = plane.stride;
+        out.widthInSamples = plane.width;
+        out.heightInSamples = plane.height;
+        out.totalSizeInBytes = static_cast<int64_t>(plane.size);
+        out.horizontalSubsampling = plane.subsampling;
+        out.verticalSubsampling = plane.subsampling;
+        planes.push_back(std::move(out));
+    }
+    return planes;
+}
+
+// Width, height, requested pixel format, allocation size and plane layouts; kUnsupported for any
+// other type.
+Result<Bytes> EncodeMetadata(const BufferInfo& info, const IMapper::MetadataType& type) {
+    Bytes bytes;
+    const auto standard = gralloc4::isStandardMetadataType(type)
+                                  ? static_cast<StandardMetadataType>(type.value)
+                                  : StandardMetadataType::INVALID;
+    switch (standard) {
+        case StandardMetadataType::WIDTH:
+            gralloc4::encodeWidth(info.description.width, &bytes);
+            return bytes;
+        case StandardMetadataType::HEIGHT:
+            gralloc4::encodeHeight(info.description.height, &bytes);
+            return bytes;
+        case StandardMetadataType::PIXEL_FORMAT_REQUESTED:
+            gralloc4::encodePixelFormatRequested(static_cast<HidlFormat>(info.description.format),
+                                                 &bytes);
+            return bytes;
+        case StandardMetadataType::ALLOCATION_SIZE:
+            gralloc4::encodeAllocationSize(info.layout.size, &bytes);
+            return bytes;
+        case StandardMetadataType::PLANE_LAYOUTS:
+            gralloc4::encodePlaneLayouts(PlaneLayouts(info.layout), &bytes);
+            return bytes;
+        default:
+            return Failed(BufferError::kUnsupported, "there is no metadata of type " +
+                                                             std::string(type.name) + " " +
+                                                             std::to_string(type.value));
+    }
+}
+
+// The descriptor of a fence handle (borrowed): -1 for none, which a null or empty handle is.
+// kBadValue for any other shape.
+Result<int> FenceDescriptor(const native_handle_t* fence) {
+    if (fence == nullptr || (fence->numFds == 0 && fence->numInts == 0)) return -1;
+    if (fence->numFds != 1 || fence->numInts != 0 || fence->data[0] < 0) {
+        return Failed(BufferError::kBadValue, "an acquire fence is one open descriptor or nothing");
+    }
+    return fence->data[0];
+}
 
 // Logs a failure and returns its number.
 template <class T>
@@ -31,13 +110,20 @@ Error Report(const char* operation, const Result<T>& result) {
     return static_cast<Error>(ErrorOf(result));
 }
 
-Result<hidl_vec<uint8_t>> EncodeDescriptor(const IMapper::BufferDescriptorInfo& description) {
+// Hands the callback the value, or the error and an empty one.
+template <class T, class Callback>
+Return<void> Answer(const char* operation, const Result<T>& result, const Callback& callback) {
+    callback(Report(operation, result), result.Ok() ? result.Value() : T());
+    return Void();
+}
+
+Result<Bytes> EncodeDescriptor(const IMapper::BufferDescriptorInfo& description) {
     // The allocator judges a description; here it only must not be empty.
     if (description.width == 0 || description.height == 0 || description.layerCount == 0) {
         return Failed(BufferError::kBadValue, "width, height and layers must not be zero");
     }
-    hidl_vec<uint8_t> descriptor;
-    ::android::gralloc4::encodeBufferDescriptorInfo(description, &descriptor);
+    Bytes descriptor;
+    gralloc4::encodeBufferDescriptorInfo(description, &descriptor);
     return descriptor;
 }
 
@@ -45,17 +131,11 @@ class HidlMapper final : public IMapper {
   public:
     Return<void> createDescriptor(const BufferDescriptorInfo& description,
                                   createDescriptor_cb _hidl_cb) override {
-        const auto descriptor = EncodeDescriptor(description);
-        const Error error = Report("createDescriptor", descriptor);
-        _hidl_cb(error, descriptor.Ok() ? descriptor.Value() : hidl_vec<uint8_t>());
-        return Void();
+        return Answer("createDescriptor", EncodeDescriptor(description), _hidl_cb);
     }
 
     Return<void> importBuffer(const hidl_handle& rawHandle, importBuffer_cb _hidl_cb) override {
-        const auto imported = m_buffers.Import(rawHandle);
-        const Error error = Report("importBuffer", imported);
-        _hidl_cb(error, imported.Ok() ? const_cast<native_handle_t*>(imported.Value()) : nullptr);
-        return Void();
+        return Answer("importBuffer", m_buffers.Import(rawHandle), _hidl_cb);
     }
 
     Return<Error> freeBuffer(void* buffer) override {
@@ -64,10 +144,7 @@ class HidlMapper final : public IMapper {
 
     Return<void> lock(void* buffer, uint64_t cpuUsage, const Rect& accessRegion,
                       const hidl_handle& acquireFence, lock_cb _hidl_cb) override {
-        const auto data = Lock(buffer, cpuUsage, accessRegion, acquireFence);
-        const Error error = Report("lock", data);
-        _hidl_cb(error, data.Ok() ? data.Value() : nullptr);
-        return Void();
+        return Answer("lock", Lock(buffer, cpuUsage, accessRegion, acquireFence), _hidl_cb);
     }
 
     Return<void> unlock(void* buffer, unlock_cb _hidl_cb) override {
@@ -86,10 +163,7 @@ class HidlMapper final : public IMapper {
     }
 
     Return<void> get(void* buffer, const MetadataType& metadataType, get_cb _hidl_cb) override {
-        const auto metadata = Metadata(buffer, metadataType);
-        const Error error = Report("get", metadata);
-        _hidl_cb(error, metadata.Ok() ? metadata.Value() : MetadataBytes());
-        return Void();
+        return Answer("get", Metadata(buffer, metadataType), _hidl_cb);
     }
 
   private:
@@ -101,7 +175,7 @@ class HidlMapper final : public IMapper {
                               descriptor.Value());
     }
 
-    Result<MetadataBytes> Metadata(void* buffer, const MetadataType& type) {
+    Result<Bytes> Metadata(void* buffer, const MetadataType& type) {
         const auto info = m_buffers.Describe(buffer);
         if (!info.Ok()) return info.GetFailure();
         return EncodeMetadata(info.Value(), type);

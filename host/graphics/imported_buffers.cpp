@@ -59,12 +59,12 @@ Result<ImportedBuffers::Imported*> ImportedBuffers::FindLocked(const void* buffe
     return imported;
 }
 
-Result<const native_handle_t*> ImportedBuffers::Import(const native_handle_t* raw) {
+Result<native_handle_t*> ImportedBuffers::Import(const native_handle_t* raw) {
     Result<CheckedBuffer> checked = DuplicateBuffer(raw);
     if (!checked.Ok()) return checked.GetFailure();
     Imported imported;
     imported.buffer = std::move(checked).Value();
-    const native_handle_t* handle = imported.buffer.handle.get();
+    native_handle_t* const handle = imported.buffer.handle.get();
     std::lock_guard<std::mutex> lock(m_mutex);
     m_buffers.emplace(handle, std::move(imported));
     return handle;

@@ -1,6 +1,7 @@
 // Metadata values, and the content of buffer descriptors, in bytes.
 #include <gralloctypes/Gralloc4.h>
 
+#include <algorithm>
 #include <cstring>
 #include <string>
 #include <type_traits>
@@ -9,26 +10,43 @@
 
 namespace android::gralloc4 {
 
+using details::BufferDescriptorInfo;
 using details::Bytes;
 using details::MetadataType;
 using details::PlaneLayout;
 using details::PlaneLayoutComponent;
+using hardware::hidl_string;
 
 namespace {
+
+// The one list of what each type consists of, for a writer, or for a reader where `value` is not
+// const. False when the reader fails.
+template <typename Archive, typename Value>
+bool Transfer(Archive& archive, Value& value);
+
+template <typename Archive, typename... Values>
+bool TransferAll(Archive& archive, Values&... values) {
+    return (Transfer(archive, values) && ...);
+}
 
 // Packs values in native byte order.
 class ByteWriter {
   public:
     template <typename T>
-    void Put(const T& value) {
+    bool Pass(const T& value) {
         static_assert(std::is_arithmetic_v<T> || std::is_enum_v<T>, "not a packed value");
-        PutBytes(&value, sizeof(value));
+        return Append(&value, sizeof(value));
     }
-    void Put(const std::string& text) {
-        PutCount(text.size());
-        PutBytes(text.data(), text.size());
+    bool Pass(const std::string& text) {
+        return Pass(static_cast<int64_t>(text.size())) && Append(text.data(), text.size());
     }
-    void PutCount(size_t count) { Put(static_cast<int64_t>(count)); }
+    bool Pass(const hidl_string& text) { return Pass(std::string(text)); }
+    template <typename T>
+    bool Pass(const std::vector<T>& values) {
+        Pass(static_cast<int64_t>(values.size()));
+        for (const T& value : values) Transfer(*this, value);
+        return true;
+    }
 
     // Everything written so far.
     Bytes Written() const { return m_bytes; }
@@ -36,41 +54,46 @@ class ByteWriter {
   private:
     std::vector<uint8_t> m_bytes;
 
-    void PutBytes(const void* data, size_t size) {
+    bool Append(const void* data, size_t size) {
         const auto* first = static_cast<const uint8_t*>(data);
         m_bytes.insert(m_bytes.end(), first, first + size);
+        return true;
     }
 };
 
-// Borrows the bytes and checks every size. Each Get...() returns false, and writes nothing, when
-// too few are left.
+// Borrows the bytes and checks every size. Pass() returns false when too few are left.
 class ByteReader {
   public:
     explicit ByteReader(const Bytes& bytes) : m_next(bytes.data()), m_left(bytes.size()) {}
 
     template <typename T>
-    bool Get(T* value) {
+    bool Pass(T& value) {
         static_assert(std::is_arithmetic_v<T> || std::is_enum_v<T>, "not a packed value");
-        if (m_left < sizeof(*value)) return false;
-        std::memcpy(value, m_next, sizeof(*value));
-        Skip(sizeof(*value));
+        if (m_left < sizeof(value)) return false;
+        std::memcpy(&value, m_next, sizeof(value));
+        Skip(sizeof(value));
         return true;
     }
-    bool Get(std::string* text) {
+    bool Pass(std::string& text) {
         size_t length = 0;
         if (!GetCount(&length)) return false;
-        text->assign(reinterpret_cast<const char*>(m_next), length);
+        text.assign(reinterpret_cast<const char*>(m_next), length);
         Skip(length);
         return true;
     }
-
-    // The number of elements that follow. Each takes at least one byte, so a number that cannot be
-    // true is refused before anything is allocated for it.
-    bool GetCount(size_t* count) {
-        int64_t value = 0;
-        if (!Get(&value) || value < 0 || static_cast<uint64_t>(value) > m_left) return false;
-        *count = static_cast<size_t>(value);
+    bool Pass(hidl_string& text) {
+        std::string read;
+        if (!Pass(read)) return false;
+        text = read;
         return true;
+    }
+    template <typename T>
+    bool Pass(std::vector<T>& values) {
+        size_t count = 0;
+        if (!GetCount(&count)) return false;
+        values.resize(count);
+        return std::all_of(values.begin(), values.end(),
+                           [this](T& value) { return Transfer(*this, value); });
     }
 
     bool AtEnd() const { return m_left == 0; }
@@ -79,84 +102,63 @@ class ByteReader {
     const uint8_t* m_next;
     size_t m_left;
 
+    // The number of elements that follow. Each takes at least one byte, so a number that cannot be
+    // true is refused before anything is allocated for it.
+    bool GetCount(size_t* count) {
+        int64_t value = 0;
+        if (!Pass(value) || value < 0 || static_cast<uint64_t>(value) > m_left) return false;
+        *count = static_cast<size_t>(value);
+        return true;
+    }
+
     void Skip(size_t size) {
         m_next += size;
         m_left -= size;
     }
 };
 
-template <typename T>
-void PutValue(ByteWriter& writer, const T& value) {
-    writer.Put(value);
-}
-
-template <typename T>
-bool GetValue(ByteReader& reader, T* value) {
-    return reader.Get(value);
-}
-
-void PutValue(ByteWriter& writer, const PlaneLayoutComponent& component) {
-    writer.Put(component.type.name);
-    writer.Put(component.type.value);
-    writer.Put(component.offsetInBits);
-    writer.Put(component.sizeInBits);
-}
-
-bool GetValue(ByteReader& reader, PlaneLayoutComponent* component) {
-    return reader.Get(&component->type.name) && reader.Get(&component->type.value) &&
-           reader.Get(&component->offsetInBits) && reader.Get(&component->sizeInBits);
-}
-
-void PutValue(ByteWriter& writer, const PlaneLayout& plane);
-bool GetValue(ByteReader& reader, PlaneLayout* plane);
-
-template <typename T>
-void PutValue(ByteWriter& writer, const std::vector<T>& values) {
-    writer.PutCount(values.size());
-    for (const T& value : values) PutValue(writer, value);
-}
-
-template <typename T>
-bool GetValue(ByteReader& reader, std::vector<T>* values) {
-    size_t count = 0;
-    if (!reader.GetCount(&count)) return false;
-    values->resize(count);
-    for (T& value : *values) {
-        if (!GetValue(reader, &value)) return false;
+template <typename Archive, typename Value>
+bool Transfer(Archive& archive, Value& value) {
+    using Type = std::remove_const_t<Value>;
+    if constexpr (std::is_same_v<Type, PlaneLayoutComponent>) {
+        return TransferAll(archive, value.type.name, value.type.value, value.offsetInBits,
+                           value.sizeInBits);
+    } else if constexpr (std::is_same_v<Type, PlaneLayout>) {
+        return TransferAll(archive, value.components, value.offsetInBytes,
+                           value.sampleIncrementInBits, value.strideInBytes, value.widthInSamples,
+                           value.heightInSamples, value.totalSizeInBytes,
+                           value.horizontalSubsampling, value.verticalSubsampling);
+    } else if constexpr (std::is_same_v<Type, BufferDescriptorInfo>) {
+        return TransferAll(archive, value.name, value.width, value.height, value.layerCount,
+                           value.format, value.usage, value.reservedSize);
+    } else {
+        return archive.Pass(value);
     }
-    return true;
 }
 
-void PutValue(ByteWriter& writer, const PlaneLayout& plane) {
-    PutValue(writer, plane.components);
-    writer.Put(plane.offsetInBytes);
-    writer.Put(plane.sampleIncrementInBits);
-    writer.Put(plane.strideInBytes);
-    writer.Put(plane.widthInSamples);
-    writer.Put(plane.heightInSamples);
-    writer.Put(plane.totalSizeInBytes);
-    writer.Put(plane.horizontalSubsampling);
-    writer.Put(plane.verticalSubsampling);
-}
-
-bool GetValue(ByteReader& reader, PlaneLayout* plane) {
-    return GetValue(reader, &plane->components) && reader.Get(&plane->offsetInBytes) &&
-           reader.Get(&plane->sampleIncrementInBits) && reader.Get(&plane->strideInBytes) &&
-           reader.Get(&plane->widthInSamples) && reader.Get(&plane->heightInSamples) &&
-           reader.Get(&plane->totalSizeInBytes) && reader.Get(&plane->horizontalSubsampling) &&
-           reader.Get(&plane->verticalSubsampling);
+// Writes `parts` one after the other.
+template <typename... Parts>
+status_t Encode(Bytes* out, const Parts&... parts) {
+    if (out == nullptr) return BAD_VALUE;
+    ByteWriter writer;
+    TransferAll(writer, parts...);
+    *out = writer.Written();
+    return NO_ERROR;
 }
 
 // The name and number of the type come before the value.
 template <typename T>
-status_t Encode(const MetadataType& type, const T& value, Bytes* out) {
-    if (out == nullptr) return BAD_VALUE;
-    ByteWriter writer;
-    writer.Put(std::string(type.name));
-    writer.Put(type.value);
-    PutValue(writer, value);
-    *out = writer.Written();
-    return NO_ERROR;
+status_t EncodeMetadata(const MetadataType& type, const T& value, Bytes* out) {
+    return Encode(out, type.name, type.value, value);
+}
+
+// Reads what comes behind a header, if any.
+template <typename T>
+status_t DecodeRest(ByteReader& reader, T* out) {
+    T value{};
+    if (!Transfer(reader, value)) return BAD_VALUE;
+    *out = std::move(value);
+    return reader.AtEnd() ? NO_ERROR : BAD_VALUE;
 }
 
 template <typename T>
@@ -165,18 +167,15 @@ status_t Decode(const MetadataType& type, const Bytes& in, T* out) {
     ByteReader reader(in);
     std::string name;
     int64_t number = 0;
-    T value{};
-    if (!reader.Get(&name) || name != std::string(type.name)) return BAD_VALUE;
-    if (!reader.Get(&number) || number != type.value) return BAD_VALUE;
-    if (!GetValue(reader, &value)) return BAD_VALUE;
-    *out = std::move(value);
-    return reader.AtEnd() ? NO_ERROR : BAD_VALUE;
+    if (!TransferAll(reader, name, number)) return BAD_VALUE;
+    if (name != std::string(type.name) || number != type.value) return BAD_VALUE;
+    return DecodeRest(reader, out);
 }
 
 }  // namespace
 
 status_t encodeWidth(uint64_t width, Bytes* out) {
-    return Encode(MetadataType_Width, width, out);
+    return EncodeMetadata(MetadataType_Width, width, out);
 }
 
 status_t decodeWidth(const Bytes& in, uint64_t* out) {
@@ -184,7 +183,7 @@ status_t decodeWidth(const Bytes& in, uint64_t* out) {
 }
 
 status_t encodeHeight(uint64_t height, Bytes* out) {
-    return Encode(MetadataType_Height, height, out);
+    return EncodeMetadata(MetadataType_Height, height, out);
 }
 
 status_t decodeHeight(const Bytes& in, uint64_t* out) {
@@ -192,7 +191,7 @@ status_t decodeHeight(const Bytes& in, uint64_t* out) {
 }
 
 status_t encodePixelFormatRequested(const details::PixelFormat& format, Bytes* out) {
-    return Encode(MetadataType_PixelFormatRequested, format, out);
+    return EncodeMetadata(MetadataType_PixelFormatRequested, format, out);
 }
 
 status_t decodePixelFormatRequested(const Bytes& in, details::PixelFormat* out) {
@@ -200,7 +199,7 @@ status_t decodePixelFormatRequested(const Bytes& in, details::PixelFormat* out) 
 }
 
 status_t encodeAllocationSize(uint64_t allocationSize, Bytes* out) {
-    return Encode(MetadataType_AllocationSize, allocationSize, out);
+    return EncodeMetadata(MetadataType_AllocationSize, allocationSize, out);
 }
 
 status_t decodeAllocationSize(const Bytes& in, uint64_t* out) {
@@ -208,40 +207,21 @@ status_t decodeAllocationSize(const Bytes& in, uint64_t* out) {
 }
 
 status_t encodePlaneLayouts(const std::vector<PlaneLayout>& planeLayouts, Bytes* out) {
-    return Encode(MetadataType_PlaneLayouts, planeLayouts, out);
+    return EncodeMetadata(MetadataType_PlaneLayouts, planeLayouts, out);
 }
 
 status_t decodePlaneLayouts(const Bytes& in, std::vector<PlaneLayout>* out) {
     return Decode(MetadataType_PlaneLayouts, in, out);
 }
 
-status_t encodeBufferDescriptorInfo(const details::BufferDescriptorInfo& info, Bytes* out) {
-    if (out == nullptr) return BAD_VALUE;
-    ByteWriter writer;
-    writer.Put(std::string(info.name));
-    writer.Put(info.width);
-    writer.Put(info.height);
-    writer.Put(info.layerCount);
-    writer.Put(info.format);
-    writer.Put(info.usage);
-    writer.Put(info.reservedSize);
-    *out = writer.Written();
-    return NO_ERROR;
+status_t encodeBufferDescriptorInfo(const BufferDescriptorInfo& info, Bytes* out) {
+    return Encode(out, info);
 }
 
-status_t decodeBufferDescriptorInfo(const Bytes& in, details::BufferDescriptorInfo* out) {
+status_t decodeBufferDescriptorInfo(const Bytes& in, BufferDescriptorInfo* out) {
     if (out == nullptr) return BAD_VALUE;
     ByteReader reader(in);
-    std::string name;
-    details::BufferDescriptorInfo info{};
-    if (!reader.Get(&name) || !reader.Get(&info.width) || !reader.Get(&info.height) ||
-        !reader.Get(&info.layerCount) || !reader.Get(&info.format) || !reader.Get(&info.usage) ||
-        !reader.Get(&info.reservedSize)) {
-        return BAD_VALUE;
-    }
-    info.name = name;
-    *out = std::move(info);
-    return reader.AtEnd() ? NO_ERROR : BAD_VALUE;
+    return DecodeRest(reader, out);
 }
 
 bool isStandardMetadataType(const MetadataType& type) {

@@ -28,9 +28,9 @@ class FaultSet {
     // Switches "NAME" or "NAME=ARG" on: each name once, and no second one if only one may be.
     base::Result<base::Done> Add(const std::string& text);
 
-    bool Has(const char* name) const { return m_arguments.count(name) != 0; }
+    bool Has(const std::string& name) const { return m_arguments.count(name) != 0; }
     // Of a fault that is switched on.
-    int64_t Argument(const char* name) const { return m_arguments.at(name); }
+    int64_t Argument(const std::string& name) const { return m_arguments.at(name); }
 
     // One line for each fault there is.
     std::string Help() const;

@@ -28,14 +28,15 @@ int Run(const Program& program) {
     }
     const auto service = program.make();
     if (!service.Ok()) return Fail(program, EXIT_FAILURE, service.Error());
+    const std::string instance = std::string(program.interface) + "/default";
     ABinderProcess_setThreadPoolMaxThreadCount(program.threads);
     ABinderProcess_startThreadPool();
     const binder_exception_t registered =
-            AServiceManager_addService(service.Value()->asBinder().get(), program.instance);
+            AServiceManager_addService(service.Value().get(), instance.c_str());
     if (registered != EX_NONE) {
         return Fail(program, EXIT_FAILURE,
-                    std::string("cannot register ") + program.instance + " (exception " +
-                            std::to_string(registered) + "): is the service manager running?");
+                    "cannot register " + instance + " (exception " + std::to_string(registered) +
+                            "): is the service manager running?");
     }
     ABinderProcess_joinThreadPool();
     return EXIT_FAILURE;  // the pool never lets go

@@ -10,9 +10,9 @@ namespace {
 
 // Where the text itself says that it belongs, below `root`; empty if it cannot be parsed.
 std::string OwnPath(const std::string& text, const std::string& root) {
-    const auto document = aidlc::Parse(text, "input");
-    if (!document.Ok()) return "";
-    std::string path = document.Value()->declaration.FullName();
+    const auto declaration = aidlc::Parse(text, "input");
+    if (!declaration.Ok()) return "";
+    std::string path = declaration.Value()->FullName();
     if (path.size() > 200) return "";
     std::replace(path.begin(), path.end(), '.', '/');
     return root + "/" + path + ".aidl";

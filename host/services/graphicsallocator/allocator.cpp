@@ -15,40 +15,23 @@ using ::aidl::android::hardware::graphics::allocator::AllocationError;
 using ::android::hardware::graphics::mapper::V4_0::IMapper;
 using ::ndk::ScopedAStatus;
 
-BufferDescription FromHidl(const IMapper::BufferDescriptorInfo& info) {
-    return {info.name,
-            info.width,
-            info.height,
-            info.layerCount,
-            static_cast<int32_t>(info.format),
-            info.usage,
-            info.reservedSize};
-}
-
 AllocationError ToAllocationError(int error) {
     if (error == static_cast<int>(BufferError::kNoResources)) return AllocationError::NO_RESOURCES;
     if (error == static_cast<int>(BufferError::kUnsupported)) return AllocationError::UNSUPPORTED;
     return AllocationError::BAD_DESCRIPTOR;
 }
 
-ScopedAStatus Refuse(const base::Failure& failure) {
-    __android_log_print(ANDROID_LOG_ERROR, "GraphicsAllocator", "allocate: %s",
-                        failure.text.c_str());
+// Hands `made` over, or logs why there is nothing.
+ScopedAStatus Answer(base::Result<Allocator::AllocationResult> made,
+                     Allocator::AllocationResult* result) {
+    if (made.Ok()) {
+        *result = std::move(made).Value();
+        return ScopedAStatus::ok();
+    }
+    const char* const problem = made.Error().c_str();
+    __android_log_print(ANDROID_LOG_ERROR, "GraphicsAllocator", "allocate: %s", problem);
     return ScopedAStatus::fromServiceSpecificErrorWithMessage(
-            static_cast<int32_t>(ToAllocationError(failure.code)), failure.text.c_str());
-}
-
-base::Result<base::Done> CheckCount(int32_t count) {
-    if (count < 1) {
-        return Failed(BufferError::kBadDescriptor,
-                      std::to_string(count) + " buffers: ask for at least one");
-    }
-    if (count > Allocator::kMaxCount) {
-        return Failed(BufferError::kNoResources,
-                      std::to_string(count) + " buffers: ask for at most " +
-                              std::to_string(Allocator::kMaxCount) + " at a time");
-    }
-    return base::Done{};
+            static_cast<int32_t>(ToAllocationError(made.GetFailure().code)), problem);
 }
 
 // The fault bad-handle: twice as many rows as there are.
@@ -75,21 +58,26 @@ ScopedAStatus Allocator::allocate(const std::vector<uint8_t>& descriptor, int32_
                                   AllocationResult* result) {
     IMapper::BufferDescriptorInfo info{};
     if (::android::gralloc4::decodeBufferDescriptorInfo(descriptor, &info) != ::android::NO_ERROR) {
-        return Refuse(Failed(BufferError::kBadDescriptor,
+        return Answer(Failed(BufferError::kBadDescriptor,
                              "the descriptor of " + std::to_string(descriptor.size()) +
-                                     " bytes is not one that this device's mapper makes"));
+                                     " bytes is not one that this device's mapper makes"),
+                      result);
     }
-    return AllocateBuffers(FromHidl(info), count, result);
+    return Answer(Allocate({info.name, info.width, info.height, info.layerCount,
+                            static_cast<int32_t>(info.format), info.usage, info.reservedSize},
+                           count),
+                  result);
 }
 
 ScopedAStatus Allocator::allocate2(const BufferDescriptorInfo& descriptor, int32_t count,
                                    AllocationResult* result) {
     if (!descriptor.additionalOptions.empty()) {
-        return Refuse(Failed(BufferError::kUnsupported,
+        return Answer(Failed(BufferError::kUnsupported,
                              "there are no additional options, such as " +
-                                     descriptor.additionalOptions.front().name));
+                                     descriptor.additionalOptions.front().name),
+                      result);
     }
-    return AllocateBuffers(FromAidl(descriptor), count, result);
+    return Answer(Allocate(FromAidl(descriptor), count), result);
 }
 
 ScopedAStatus Allocator::isSupported(const BufferDescriptorInfo& descriptor, bool* supported) {
@@ -102,16 +90,22 @@ ScopedAStatus Allocator::getIMapperLibrarySuffix(std::string* suffix) {
     return ScopedAStatus::ok();
 }
 
-ScopedAStatus Allocator::AllocateBuffers(const BufferDescription& description, int32_t count,
-                                         AllocationResult* result) const {
+base::Result<Allocator::AllocationResult> Allocator::Allocate(const BufferDescription& description,
+                                                              int32_t count) const {
     if (m_faults.Has("allocate-error")) {
-        return Refuse(Failed(BufferError::kNoResources, "fault allocate-error is switched on"));
+        return Failed(BufferError::kNoResources, "fault allocate-error is switched on");
     }
-    if (const auto checked = CheckCount(count); !checked.Ok()) {
-        return Refuse(checked.GetFailure());
+    if (count < 1) {
+        return Failed(BufferError::kBadDescriptor,
+                      std::to_string(count) + " buffers: ask for at least one");
+    }
+    if (count > kMaxCount) {
+        return Failed(BufferError::kNoResources, std::to_string(count) +
+                                                         " buffers: ask for at most " +
+                                                         std::to_string(kMaxCount) + " at a time");
     }
     const base::Result<BufferLayout> layout = LayOut(description);
-    if (!layout.Ok()) return Refuse(layout.GetFailure());
+    if (!layout.Ok()) return layout.GetFailure();
     if (m_faults.Has("allocate-none")) count = 0;
     if (m_faults.Has("allocate-two")) count = 2;
 
@@ -119,14 +113,13 @@ ScopedAStatus Allocator::AllocateBuffers(const BufferDescription& description, i
     made.stride = static_cast<int32_t>(layout.Value().stride);
     for (int32_t i = 0; i < count; ++i) {
         base::Result<UniqueHandle> created = CreateBuffer(description);
-        if (!created.Ok()) return Refuse(created.GetFailure());
+        if (!created.Ok()) return created.GetFailure();
         UniqueHandle handle = std::move(created).Value();
         if (m_faults.Has("bad-handle")) DoubleTheSize(handle.get());
         made.buffers.push_back(::android::makeToAidl(handle.get()));
         native_handle_delete(handle.release());  // its descriptor has gone to `made`
     }
-    *result = std::move(made);
-    return ScopedAStatus::ok();
+    return made;
 }
 
 }  // namespace graphics

@@ -20,7 +20,6 @@ class Allocator : public ::aidl::android::hardware::graphics::allocator::BnAlloc
     using BufferDescriptorInfo =
             ::aidl::android::hardware::graphics::allocator::BufferDescriptorInfo;
 
-    static constexpr char kInstance[] = "android.hardware.graphics.allocator.IAllocator/default";
     // Buffers per call: their descriptors travel in one message.
     static constexpr int32_t kMaxCount = 64;
 
@@ -40,8 +39,8 @@ class Allocator : public ::aidl::android::hardware::graphics::allocator::BnAlloc
     ::ndk::ScopedAStatus getIMapperLibrarySuffix(std::string* suffix) override;
 
   private:
-    ::ndk::ScopedAStatus AllocateBuffers(const BufferDescription& description, int32_t count,
-                                         AllocationResult* result) const;
+    base::Result<AllocationResult> Allocate(const BufferDescription& description,
+                                            int32_t count) const;
 
     const services::FaultSet m_faults;
 };

@@ -4,11 +4,12 @@
 
 int main(int argc, char** argv) {
     services::FaultSet faults = graphics::Allocator::Faults();
-    const auto make = [&]() -> base::Result<std::shared_ptr<ndk::ICInterface>> {
-        return {ndk::SharedRefBase::make<graphics::Allocator>(faults)};
+    const auto make = [&]() -> base::Result<ndk::SpAIBinder> {
+        return ndk::SharedRefBase::make<graphics::Allocator>(faults)->asBinder();
     };
-    return services::Serve({"graphicsallocator",
-                            "Allocates graphics buffers for other processes until it is ended.",
-                            "NAME", graphics::Allocator::kInstance, /* threads */ 3, &faults, make},
-                           argc, argv);
+    return services::Serve(
+            {"graphicsallocator",
+             "Allocates graphics buffers for other processes until it is ended.", "NAME",
+             graphics::Allocator::descriptor, /* threads */ 3, &faults, make},
+            argc, argv);
 }

@@ -11,29 +11,28 @@ using ::aidl::vendor::zel::hardware::camera::offlinecamera::OfflineBufferRequest
 using ::aidl::vendor::zel::hardware::camera::offlinecamera::OfflineStreamBufferRet;
 using base::Failure;
 
-base::Result<BorrowedBuffers> BorrowedBuffers::Borrow(const SessionClient& client,
-                                                      const Stream& stream, int32_t count) {
+base::Result<BorrowedBuffers> BorrowedBuffers::Borrow(const Client& client, const Stream& stream,
+                                                      int32_t count) {
     std::vector<OfflineBufferRequest> asked(1);
     asked[0].stream = stream;
     asked[0].numBuffersRequested = count;
     std::vector<OfflineStreamBufferRet> answers;
     // Only the buffers count: a client may leave this value alone.
     BufferRequestStatus ignored = BufferRequestStatus::OK;
-    const auto status = client.callback->requestStreamBuffers(asked, &answers, &ignored);
+    const auto status = client->requestStreamBuffers(asked, &answers, &ignored);
     if (!status.isOk()) return Failure{"requestStreamBuffers failed: " + status.getDescription()};
     if (answers.size() != 1 || answers[0].val.getTag() != StreamBuffersVal::buffers) {
         return Failure{"requestStreamBuffers gave no buffers"};
     }
     const auto& lent = answers[0].val.get<StreamBuffersVal::buffers>();
-    BorrowedBuffers borrowed(client.callback, stream.id);
+    BorrowedBuffers borrowed(client, stream.id);
     for (const StreamBuffer& buffer : lent) borrowed.m_ids.push_back(buffer.bufferId);
     if (lent.size() != static_cast<size_t>(count)) {
         return Failure{"requestStreamBuffers gave " + std::to_string(lent.size()) +
                        " buffers instead of " + std::to_string(count)};
     }
     for (const StreamBuffer& buffer : lent) {
-        auto imported =
-                ImportedBuffer::Import(client.mapper, buffer.buffer, buffer.acquireFence, stream);
+        auto imported = ImportedBuffer::Import(buffer.buffer, buffer.acquireFence, stream);
         if (!imported.Ok()) {
             return Failure{"lent buffer " + std::to_string(buffer.bufferId) + ": " +
                            imported.Error()};

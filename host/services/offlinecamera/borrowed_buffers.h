@@ -13,18 +13,15 @@ namespace offlinecamera {
 
 using ::aidl::vendor::zel::hardware::camera::offlinecamera::IOfflineCameraCallback;
 
-// The client of a session, and the mapper that imports its buffers.
-struct SessionClient {
-    std::shared_ptr<IOfflineCameraCallback> callback;
-    ::android::sp<ImportedBuffer::IMapper> mapper;
-};
+// Whom a session calls.
+using Client = std::shared_ptr<IOfflineCameraCallback>;
 
 // Gives everything back with returnStreamBuffers at the end of its life.
 class BorrowedBuffers {
   public:
     // Asks for `count` buffers that fit `stream` with requestStreamBuffers, and imports them. Fails
     // with what is wrong with the client's answer; what it lent is then given back already.
-    static base::Result<BorrowedBuffers> Borrow(const SessionClient& client, const Stream& stream,
+    static base::Result<BorrowedBuffers> Borrow(const Client& client, const Stream& stream,
                                                 int32_t count);
 
     ~BorrowedBuffers();
@@ -35,14 +32,13 @@ class BorrowedBuffers {
     // Never gives them back.
     void Keep() { m_ids.clear(); }
 
-    // Ids of the buffers.
     const std::vector<int64_t>& Ids() const { return m_ids; }
 
   private:
-    BorrowedBuffers(std::shared_ptr<IOfflineCameraCallback> client, int32_t streamId)
+    BorrowedBuffers(Client client, int32_t streamId)
         : m_client(std::move(client)), m_streamId(streamId) {}
 
-    std::shared_ptr<IOfflineCameraCallback> m_client;
+    Client m_client;
     int32_t m_streamId;
     std::vector<int64_t> m_ids;  // empty once moved from
     std::vector<ImportedBuffer> m_imported;

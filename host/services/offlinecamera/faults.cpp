@@ -1,4 +1,4 @@
-// Wrong behaviour on demand: names, parsing, and what each fault does.
+// Wrong behaviour on demand: names, and what each fault does.
 #include "faults.h"
 
 #include <poll.h>
@@ -13,7 +13,7 @@
 
 #include "refusal.h"
 
-namespace offlinecamera {
+namespace offlinecamera::faults {
 
 namespace {
 
@@ -123,60 +123,16 @@ void CallWithNothing(IOfflineCameraCallback& client) {
                         request.getDescription().c_str(), giveBack.getDescription().c_str());
 }
 
-}  // namespace
-
-FaultInjector::FaultInjector() : FaultSet("", {std::begin(kNames), std::end(kNames)}) {}
-
-void FaultInjector::DieAt(const char* place, const char* fault) const {
-    if (!Has(fault)) return;
-    __android_log_print(ANDROID_LOG_WARN, kLogTag, "fault: dying %s", place);
-    raise(SIGKILL);
-}
-
-ndk::ScopedAStatus FaultInjector::AtCall(const char* operation, const char* die,
-                                         const char* error) const {
-    DieAt(operation, die);
-    if (Has(error)) return Refuse(operation, kInternal, "fault switched on");
-    return ndk::ScopedAStatus::ok();
-}
-
-void FaultInjector::BeforeFrame(const SessionClient& client, const Stream& stream,
-                                const StopSignal& stop) const {
-    if (Has("die-after-process")) stop.WaitFor(kAnswerTime);
-    DieAt("before the shutter", "die-after-process");
-    if (Has("empty-callbacks")) CallWithNothing(*client.callback);
-    if (Has("return-unknown")) {
-        ReturnStreamBuffers(*client.callback, stream.id, {kForeignBufferId});
-    }
-    if (Has("lend") || Has("return-twice")) BorrowAndReturn(client, stream);
-}
-
-void FaultInjector::BorrowAndReturn(const SessionClient& client, const Stream& stream) const {
-    const int64_t count = Has("lend") ? Argument("lend") : 1;
+void BorrowAndReturn(const Client& client, const Stream& stream) {
+    const int64_t count = Has("lend") ? Set().Argument("lend") : 1;
     const auto borrowed = BorrowedBuffers::Borrow(client, stream, static_cast<int32_t>(count));
     if (!borrowed.Ok()) return LogProblem("fault lend: " + borrowed.Error());
-    if (Has("return-twice")) {
-        ReturnStreamBuffers(*client.callback, stream.id, borrowed.Value().Ids());
-    }
+    if (Has("return-twice")) ReturnStreamBuffers(*client, stream.id, borrowed.Value().Ids());
 }
 
-bool FaultInjector::AlterMessage(NotifyMsg* message) const {
-    if (message->getTag() == NotifyMsg::shutter) {
-        auto& shutter = message->get<NotifyMsg::shutter>();
-        if (Has("stuck-timestamp")) shutter.timestamp = 1;
-        if (Has("shutter-other-frame")) shutter.frameNumber += kForeignFrameOffset;
-        if (Has("error-notify")) *message = MakeError(shutter.frameNumber);
-    }
-    return !Has("no-shutter");
-}
-
-OfflineCaptureResult FaultInjector::MakeOneResult(const Request& request,
-                                                  BufferStatus status) const {
+OfflineCaptureResult MakeOneResult(const Request& request, BufferStatus status) {
     OfflineCaptureResult result = MakeResult(request, status);
     auto& buffers = result.outFrameInfo.buffers;
-    if (Has("wrong-buffers")) {
-        for (StreamBuffer& buffer : buffers) buffer.bufferId += kForeignBufferId;
-    }
     if (Has("extra-buffer")) {
         StreamBuffer extra;
         extra.streamId = buffers.back().streamId;
@@ -187,6 +143,7 @@ OfflineCaptureResult FaultInjector::MakeOneResult(const Request& request,
     if (Has("no-buffers")) buffers.clear();
     if (Has("first-output-only")) buffers.resize(1);
     for (StreamBuffer& buffer : buffers) {
+        if (Has("wrong-buffers")) buffer.bufferId += kForeignBufferId;
         if (Has("broken-buffers")) buffer.status = BufferStatus::ERROR;
         if (Has("stuck-fence")) buffer.releaseFence.fds.emplace_back(eventfd(0, EFD_CLOEXEC));
     }
@@ -197,11 +154,48 @@ OfflineCaptureResult FaultInjector::MakeOneResult(const Request& request,
     return result;
 }
 
-std::vector<OfflineCaptureResult> FaultInjector::MakeResults(const Request& request,
-                                                             BufferStatus status,
-                                                             const StopSignal& stop) const {
+}  // namespace
+
+services::FaultSet& Set() {
+    static services::FaultSet* const set =
+            new services::FaultSet("", {std::begin(kNames), std::end(kNames)});
+    return *set;
+}
+
+void DieAt(const char* place, const std::string& fault) {
+    if (!Has(fault)) return;
+    __android_log_print(ANDROID_LOG_WARN, kLogTag, "fault: dying %s", place);
+    raise(SIGKILL);
+}
+
+ndk::ScopedAStatus AtCall(const char* operation, const std::string& name) {
+    DieAt(operation, "die-on-" + name);
+    if (Has(name + "-error")) return Refuse(operation, kInternal, "fault switched on");
+    return ndk::ScopedAStatus::ok();
+}
+
+void BeforeFrame(const Client& client, const Stream& stream, const StopSignal& stop) {
+    if (Has("die-after-process")) stop.WaitFor(kAnswerTime);
+    DieAt("before the shutter", "die-after-process");
+    if (Has("empty-callbacks")) CallWithNothing(*client);
+    if (Has("return-unknown")) ReturnStreamBuffers(*client, stream.id, {kForeignBufferId});
+    if (Has("lend") || Has("return-twice")) BorrowAndReturn(client, stream);
+}
+
+bool AlterMessage(NotifyMsg* message) {
+    if (message->getTag() == NotifyMsg::shutter) {
+        auto& shutter = message->get<NotifyMsg::shutter>();
+        if (Has("stuck-timestamp")) shutter.timestamp = 1;
+        if (Has("shutter-other-frame")) shutter.frameNumber += kForeignFrameOffset;
+        if (Has("error-notify")) *message = MakeError(shutter.frameNumber);
+    }
+    return !Has("no-shutter");
+}
+
+std::vector<OfflineCaptureResult> MakeResults(const Request& request, BufferStatus status,
+                                              const StopSignal& stop) {
     if (Has("late-result")) {
-        stop.WaitFor(std::chrono::milliseconds(Argument("late-result")));
+        stop.WaitFor(std::chrono::milliseconds(Set().Argument("late-result")));
     }
     std::vector<OfflineCaptureResult> results;
     if (Has("no-result")) return results;
@@ -216,7 +210,7 @@ std::vector<OfflineCaptureResult> FaultInjector::MakeResults(const Request& requ
     return results;
 }
 
-void FaultInjector::SpoilPicture(const imaging::MutableNv12View& picture) const {
+void SpoilPicture(const imaging::MutableNv12View& picture) {
     if (Has("write-padding")) picture.y[picture.width] = 1;
     for (uint32_t y = 0; Has("same-picture") && y < picture.height; ++y) {
         memset(picture.y + y * picture.strideBytes, 128, picture.width);
@@ -224,14 +218,14 @@ void FaultInjector::SpoilPicture(const imaging::MutableNv12View& picture) const 
     }
 }
 
-void FaultInjector::SpoilLater(const Request& request, const StopSignal& stop) const {
+void SpoilLater(const Request& request, const StopSignal& stop) {
     if (!Has("write-after-result")) return;
     stop.WaitFor(kLookTime);
     const auto output = LockedBuffer::Lock(request.outputs[0].buffer, Access::kWrite);
     if (output.Ok()) ++*output.Value().Data();
 }
 
-void FaultInjector::SpoilRequest(Request* request) const {
+void DropFences(Request* request) {
     if (!Has("ignore-fences")) return;
     for (auto& frame : request->inputs) {
         for (RequestBuffer& input : frame) input.buffer.DropFence();
@@ -239,7 +233,7 @@ void FaultInjector::SpoilRequest(Request* request) const {
     for (RequestBuffer& output : request->outputs) output.buffer.DropFence();
 }
 
-void FaultInjector::AwaitFences(const OfflineRequestInfo& info) const {
+void AwaitFences(const OfflineRequestInfo& info) {
     for (const auto& frame : info.inFrameInfos) {
         for (const StreamBuffer& buffer : frame.buffers) {
             if (!Has("fence-in-call") || buffer.acquireFence.fds.empty()) continue;
@@ -249,23 +243,23 @@ void FaultInjector::AwaitFences(const OfflineRequestInfo& info) const {
     }
 }
 
-void FaultInjector::Leak(const char* fault) const {
+void Leak(const char* fault) {
     if (Has(fault)) (void)!dup(STDERR_FILENO);
 }
 
-SessionClient FaultInjector::ClientOf(const SessionClient& client, bool opened) const {
+Client ClientOf(const Client& client, bool opened) {
     static std::mutex s_lock;
-    static SessionClient s_newest;
+    static Client s_newest;
     const std::lock_guard<std::mutex> guard(s_lock);
     if (!Has("newest-client-only")) return client;
     if (opened) s_newest = client;
     return s_newest;
 }
 
-void FaultInjector::ShrinkPicture(imaging::Nv12View* picture) const {
+void ShrinkPicture(imaging::Nv12View* picture) {
     if (!Has("small-jpeg")) return;
     picture->width = std::min(picture->width, kSmallWidth);
     picture->height = std::min(picture->height, kSmallHeight);
 }
 
-}  // namespace offlinecamera
+}  // namespace offlinecamera::faults

@@ -3,26 +3,36 @@
 
 #include <aidl/android/hardware/common/NativeHandle.h>
 #include <android/binder_auto_utils.h>
+#include <android/hardware/graphics/mapper/4.0/IMapper.h>
 #include <imaging/planes.h>
 
 #include <memory>
 
-#include "buffer_geometry.h"
+#include "stream_set.h"
 
 namespace offlinecamera {
+
+// The device's mapper, looked up once; null, with a logged reason, where there is none.
+const ::android::sp<::android::hardware::graphics::mapper::V4_0::IMapper>& DeviceMapper();
+
+// A picture in a buffer. Bytes count from the buffer's begin, and none is outside its allocation.
+struct PicturePlaces {
+    uint32_t width = 0;   // pixels
+    uint32_t height = 0;  // rows
+    uint64_t first = 0;   // the RAW, luma or only plane
+    uint64_t second = 0;  // the CbCr plane
+    uint64_t strideBytes = 0;
+};
 
 // Owns an imported handle and the buffer's acquire fence. Used by one thread at a time.
 class ImportedBuffer {
   public:
-    using IMapper = ::android::hardware::graphics::mapper::V4_0::IMapper;
     using NativeHandle = ::aidl::android::hardware::common::NativeHandle;
-    using Stream = ::aidl::android::hardware::camera::device::Stream;
 
     // Imports a handle (borrowed for the call) and checks that width, height, format and planes are
     // those of the stream; a BLOB buffer must be at least the stream's buffer size long.
     // `acquireFence`: no or one descriptor (borrowed; duplicated), no integers.
-    static base::Result<ImportedBuffer> Import(const ::android::sp<IMapper>& mapper,
-                                               const NativeHandle& handle,
+    static base::Result<ImportedBuffer> Import(const NativeHandle& handle,
                                                const NativeHandle& acquireFence,
                                                const Stream& stream);
 
@@ -32,9 +42,8 @@ class ImportedBuffer {
   private:
     friend class LockedBuffer;
 
-    ::android::sp<IMapper> m_mapper;
     std::shared_ptr<void> m_handle;
-    PlanePlaces m_planes;
+    PicturePlaces m_picture;
     ndk::ScopedFileDescriptor m_fence;
 };
 
@@ -47,12 +56,12 @@ class LockedBuffer {
     static base::Result<LockedBuffer> Lock(const ImportedBuffer& buffer, Access access);
 
     uint8_t* Data() const { return m_data.get(); }
-    imaging::MutableRawView Raw(const ImportedBuffer::Stream& stream) const;
-    imaging::MutableNv12View Nv12(const ImportedBuffer::Stream& stream) const;
+    imaging::MutableRawView Raw() const;
+    imaging::MutableNv12View Nv12() const;
 
   private:
     std::shared_ptr<uint8_t> m_data;
-    PlanePlaces m_planes;
+    PicturePlaces m_picture;
 };
 
 }  // namespace offlinecamera

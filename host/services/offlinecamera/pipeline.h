@@ -14,13 +14,15 @@
 //       size.
 #pragma once
 
-#include "faults.h"
+#include "borrowed_buffers.h"
+#include "session_worker.h"
 
 namespace offlinecamera {
 
-// Fills the request's outputs. Fails with what went wrong; the outputs' content is then undefined.
-// Any thread.
-base::Result<base::Done> MakePictures(const Request& request, const SessionClient& client,
-                                      const FaultInjector& faults);
+// Runs one request on its session's thread: sends the shutter message, makes the pictures, sends
+// the result: the output buffers' and the input buffers' ids without handles, one part of metadata.
+// If the pictures fail, an error message (ERROR_REQUEST) goes before the result, and the result's
+// output buffers have status ERROR. Once stopped, nothing more is sent.
+void RunFrame(const Request& request, const Client& client, const StopSignal& stop);
 
 }  // namespace offlinecamera

@@ -17,54 +17,47 @@ using ::aidl::android::hardware::camera::device::BufferStatus;
 using base::Failure;
 using base::Result;
 
-// Imports the buffers of one request; remembers which ids were used.
-class BufferCollector {
-  public:
-    explicit BufferCollector(const ::android::sp<ImportedBuffer::IMapper>& mapper)
-        : m_mapper(mapper) {}
+// The buffers that a request has named so far, each by its stream and its id.
+using NamedBuffers = std::set<std::pair<int32_t, int64_t>>;
 
-    // One buffer for each of `streams`, in the order of `buffers`.
-    Result<std::vector<RequestBuffer>> Collect(const std::vector<StreamBuffer>& buffers,
-                                               const std::vector<Stream>& streams) {
-        if (buffers.size() != streams.size()) {
-            return Failure{std::to_string(buffers.size()) + " buffers: the mode takes " +
-                           std::to_string(streams.size()) + ", one of each stream"};
-        }
-        std::vector<RequestBuffer> collected;
-        std::set<int32_t> served;
-        for (const StreamBuffer& buffer : buffers) {
-            const std::string name = "stream " + std::to_string(buffer.streamId);
-            const auto stream = std::find_if(streams.begin(), streams.end(), [&](const Stream& s) {
-                return s.id == buffer.streamId;
-            });
-            if (stream == streams.end()) return Failure{name + " is not configured here"};
-            if (!served.insert(stream->id).second) return Failure{name + " has two buffers"};
-            Result<ImportedBuffer> imported = Import(buffer, *stream);
-            if (!imported.Ok()) {
-                return Failure{name + ", buffer " + std::to_string(buffer.bufferId) + ": " +
-                               imported.Error()};
-            }
-            collected.push_back({&*stream, buffer.bufferId, std::move(imported).Value()});
-        }
-        return collected;
+Result<ImportedBuffer> Import(const StreamBuffer& buffer, const Stream& stream,
+                              NamedBuffers* named) {
+    if (buffer.bufferId == 0) return Failure{"the buffer id is 0"};
+    if (!named->emplace(stream.id, buffer.bufferId).second) {
+        return Failure{"the buffer id is used twice"};
     }
-
-  private:
-    Result<ImportedBuffer> Import(const StreamBuffer& buffer, const Stream& stream) {
-        if (buffer.bufferId == 0) return Failure{"the buffer id is 0"};
-        if (!m_usedIds.emplace(stream.id, buffer.bufferId).second) {
-            return Failure{"the buffer id is used twice"};
-        }
-        if (buffer.status != BufferStatus::OK) return Failure{"the buffer is marked as broken"};
-        if (!buffer.releaseFence.fds.empty() || !buffer.releaseFence.ints.empty()) {
-            return Failure{"there is a release fence: only the service sets one"};
-        }
-        return ImportedBuffer::Import(m_mapper, buffer.buffer, buffer.acquireFence, stream);
+    if (buffer.status != BufferStatus::OK) return Failure{"the buffer is marked as broken"};
+    if (!buffer.releaseFence.fds.empty() || !buffer.releaseFence.ints.empty()) {
+        return Failure{"there is a release fence: only the service sets one"};
     }
+    return ImportedBuffer::Import(buffer.buffer, buffer.acquireFence, stream);
+}
 
-    const ::android::sp<ImportedBuffer::IMapper> m_mapper;
-    std::set<std::pair<int32_t, int64_t>> m_usedIds;
-};
+// One buffer for each of `streams`, in the order of `buffers`.
+Result<std::vector<RequestBuffer>> Collect(const std::vector<StreamBuffer>& buffers,
+                                           const std::vector<Stream>& streams,
+                                           NamedBuffers* named) {
+    if (buffers.size() != streams.size()) {
+        return Failure{std::to_string(buffers.size()) + " buffers: the mode takes " +
+                       std::to_string(streams.size()) + ", one of each stream"};
+    }
+    std::vector<RequestBuffer> collected;
+    std::set<int32_t> served;
+    for (const StreamBuffer& buffer : buffers) {
+        const std::string name = "stream " + std::to_string(buffer.streamId);
+        const auto stream = std::find_if(streams.begin(), streams.end(),
+                                         [&](const Stream& s) { return s.id == buffer.streamId; });
+        if (stream == streams.end()) return Failure{name + " is not configured here"};
+        if (!served.insert(stream->id).second) return Failure{name + " has two buffers"};
+        Result<ImportedBuffer> imported = Import(buffer, *stream, named);
+        if (!imported.Ok()) {
+            return Failure{name + ", buffer " + std::to_string(buffer.bufferId) + ": " +
+                           imported.Error()};
+        }
+        collected.push_back({&*stream, buffer.bufferId, std::move(imported).Value()});
+    }
+    return collected;
+}
 
 Result<int32_t> FindOrientation(const OfflineRequestInfo& info) {
     const auto ofFrame = FindJpegOrientation(info.inFrameInfos[0].metadata);
@@ -77,8 +70,7 @@ Result<int32_t> FindOrientation(const OfflineRequestInfo& info) {
 }  // namespace
 
 Result<Request> MakeRequest(const OfflineRequestInfo& info,
-                            std::shared_ptr<const StreamSet> streams,
-                            const ::android::sp<ImportedBuffer::IMapper>& mapper) {
+                            std::shared_ptr<const StreamSet> streams) {
     if (info.frameNumber < -1) {
         return Failure{"frame number " + std::to_string(info.frameNumber) + ": -1 asks for one"};
     }
@@ -90,19 +82,19 @@ Result<Request> MakeRequest(const OfflineRequestInfo& info,
         return checked.GetFailure();
     }
     Request request;
-    BufferCollector collector(mapper);
+    NamedBuffers named;
     for (size_t f = 0; f < info.inFrameInfos.size(); ++f) {
         const std::string name = "frame " + std::to_string(f) + ": ";
         const auto checked = CheckMetadataBlob(info.inFrameInfos[f].metadata);
         if (!checked.Ok()) return Failure{name + checked.Error()};
-        auto frame = collector.Collect(info.inFrameInfos[f].buffers, streams->inputs);
+        auto frame = Collect(info.inFrameInfos[f].buffers, streams->inputs, &named);
         if (!frame.Ok()) return Failure{"input " + name + frame.Error()};
         // Into the order of the stream set, whose streams are in one vector.
         std::sort(frame.Value().begin(), frame.Value().end(),
                   [](const auto& a, const auto& b) { return a.stream < b.stream; });
         request.inputs.push_back(std::move(frame).Value());
     }
-    auto outputs = collector.Collect(info.outputBuffers, streams->outputs);
+    auto outputs = Collect(info.outputBuffers, streams->outputs, &named);
     if (!outputs.Ok()) return Failure{"output: " + outputs.Error()};
     const Result<int32_t> orientation = FindOrientation(info);
     if (!orientation.Ok()) return orientation.GetFailure();

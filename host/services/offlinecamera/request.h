@@ -33,7 +33,6 @@ struct Request {
 // is taken from the first frame's metadata, else from the request's, else 0. Fails with what is
 // wrong, naming frame, stream and buffer.
 base::Result<Request> MakeRequest(const OfflineRequestInfo& info,
-                                  std::shared_ptr<const StreamSet> streams,
-                                  const ::android::sp<ImportedBuffer::IMapper>& mapper);
+                                  std::shared_ptr<const StreamSet> streams);
 
 }  // namespace offlinecamera

@@ -1,59 +1,21 @@
 // One client's session: the binder object behind IOfflineCameraSession.
 #pragma once
 
-#include <aidl/vendor/zel/hardware/camera/offlinecamera/BnOfflineCameraSession.h>
+#include <aidl/vendor/zel/hardware/camera/offlinecamera/IOfflineCameraSession.h>
 
 #include <memory>
-#include <mutex>
 #include <string>
-#include <vector>
 
-#include "death_watch.h"
-#include "faults.h"
-#include "session_worker.h"
+#include "borrowed_buffers.h"
 
 namespace offlinecamera {
 
-// Thread-safe. It ends with closeOfflineSession, with the client's death, or with its last
+using ::aidl::vendor::zel::hardware::camera::offlinecamera::IOfflineCameraSession;
+
+// Thread-safe. A session ends with closeOfflineSession, with the client's death, or with its last
 // reference; then queued requests are dropped, their buffers freed, and nothing is delivered.
-class OfflineCameraSession
-    : public ::aidl::vendor::zel::hardware::camera::offlinecamera::BnOfflineCameraSession {
-  public:
-    static constexpr size_t kMaxRequestsInFlight = 16;
-
-    OfflineCameraSession(std::string clientName, SessionClient client,
-                         std::shared_ptr<const FaultInjector> faults);
-    ~OfflineCameraSession() override;
-
-    // Whether the client is alive; call it once, right after construction.
-    bool WatchClient();
-
-    ndk::ScopedAStatus configureOfflineStreams(const OfflineSessionConfigureInfo& info) override;
-    ndk::ScopedAStatus processOfflineRequest(const std::vector<OfflineRequestInfo>& requests,
-                                             int32_t* frameNumber) override;
-
-    // Waits, bounded, until the frame being worked on has let go of its buffers.
-    ndk::ScopedAStatus closeOfflineSession() override;
-
-    void OnClientDied();
-
-  private:
-    // Returns the number that the client is told.
-    base::Result<int32_t> AssignFrameNumbers(std::vector<Request>* requests);
-
-    // Ends the session for `reason`; only the first caller gets true.
-    bool BeginEnd(const char* reason);
-
-    const std::string m_clientName;
-    const SessionClient m_client;
-    const std::shared_ptr<const FaultInjector> m_faults;
-    services::DeathWatch m_deathWatch;
-
-    std::mutex m_lock;  // guards what follows, except the worker, which guards itself
-    bool m_ended = false;
-    std::shared_ptr<const StreamSet> m_streams;
-    int32_t m_nextFrameNumber = 1;
-    SessionWorker m_worker;
-};
+// Null if the client is dead already.
+std::shared_ptr<IOfflineCameraSession> OpenSession(const std::string& clientName,
+                                                   const Client& client);
 
 }  // namespace offlinecamera

@@ -79,9 +79,9 @@ std::vector<int32_t> SessionWorker::FramesInFlight() const {
     return frames;
 }
 
-bool SessionWorker::WaitUntilIdle(std::chrono::milliseconds limit) const {
+void SessionWorker::WaitUntilIdle(std::chrono::milliseconds limit) const {
     std::unique_lock<std::mutex> guard(m_state->lock);
-    return m_state->changed.wait_for(
+    m_state->changed.wait_for(
             guard, limit, [this] { return m_state->queue.empty() && m_state->running.empty(); });
 }
 

@@ -43,8 +43,8 @@ class SessionWorker {
     // Frame numbers of what is waiting or running.
     std::vector<int32_t> FramesInFlight() const;
 
-    // Whether nothing waited or ran within `limit`.
-    bool WaitUntilIdle(std::chrono::milliseconds limit) const;
+    // Returns when nothing waits or runs, and after `limit` at the latest.
+    void WaitUntilIdle(std::chrono::milliseconds limit) const;
 
     // Drops what waits, tells what runs to stop, and waits for the thread to end; not for longer
     // than `limit`, and not at all on that thread, which then ends by itself. Returns whether its

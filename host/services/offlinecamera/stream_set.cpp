@@ -1,6 +1,7 @@
 // Checks a session's stream configuration.
 #include "stream_set.h"
 
+#include <algorithm>
 #include <set>
 
 #include "camera_metadata_blob.h"
@@ -33,13 +34,6 @@ constexpr PixelFormat kYuv = PixelFormat::YCBCR_420_888;
 constexpr ModeShape kModes[] = {{OpMode::kB2Y, 1, 1, {kRaw}, kYuv},
                                 {OpMode::kY2J, 1, 1, {kYuv}, PixelFormat::BLOB},
                                 {OpMode::kMMF, 3, 2, {kRaw, kYuv}, kYuv}};
-
-const ModeShape* FindMode(int32_t opMode) {
-    for (const ModeShape& shape : kModes) {
-        if (static_cast<int32_t>(shape.mode) == opMode) return &shape;
-    }
-    return nullptr;
-}
 
 std::string Name(const Stream& stream) {
     return "stream " + std::to_string(stream.id);
@@ -112,14 +106,12 @@ Result<Done> CheckSizes(const StreamSet& set) {
     const Stream& source = set.inputs[0];
     for (const Stream& output : set.outputs) {
         const bool file = output.format == PixelFormat::BLOB;
-        const bool fits = file ? output.width == source.width && output.height == source.height
-                               : output.width <= source.width && output.height <= source.height;
-        if (fits) continue;
-        const std::string size = "output " + Name(output) + " is " + Size(output);
-        if (file)
-            return Failure{size + ": its input is " + Size(source) +
-                           ", and nothing is scaled here"};
-        return Failure{size + ": larger than its input of " + Size(source)};
+        const bool same = output.width == source.width && output.height == source.height;
+        const bool inside = output.width <= source.width && output.height <= source.height;
+        if (file ? same : inside) continue;
+        return Failure{"output " + Name(output) + " is " + Size(output) +
+                       (file ? ": its input is " + Size(source) + ", and nothing is scaled here"
+                             : ": larger than its input of " + Size(source))};
     }
     return Done{};
 }
@@ -128,8 +120,11 @@ Result<Done> CheckSizes(const StreamSet& set) {
 
 Result<StreamSet> MakeStreamSet(const OfflineSessionConfigureInfo& info) {
     const std::string mode = "op mode " + std::to_string(info.opMode);
-    const ModeShape* shape = FindMode(info.opMode);
-    if (shape == nullptr) {
+    const auto* const shape =
+            std::find_if(std::begin(kModes), std::end(kModes), [&](const ModeShape& known) {
+                return static_cast<int32_t>(known.mode) == info.opMode;
+            });
+    if (shape == std::end(kModes)) {
         return Failure{mode + " has no stream set here: B2Y 0, Y2J 1 and MMF 3 have one"};
     }
     StreamSet set = {shape->mode, shape->framesPerRequest, {}, {}};

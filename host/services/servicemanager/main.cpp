@@ -6,10 +6,84 @@
 #include <host_service_manager.h>
 
 #include <cstdio>
+#include <map>
+#include <mutex>
 
-#include "service_table.h"
+#include "death_watch.h"
 
 namespace {
+
+constexpr char kLogTag[] = "servicemanager";
+
+// The services of the stand-in device by name. It holds references only; a service whose process
+// dies disappears. Lives as long as the process.
+class ServiceTable {
+  public:
+    // Replaces a service of the same name. `process`: who asks, for the log.
+    ndk::ScopedAStatus Add(const std::string& name, const ndk::SpAIBinder& binder, pid_t process) {
+        const auto refuse = [&](binder_exception_t exception, const char* problem) {
+            __android_log_print(ANDROID_LOG_ERROR, kLogTag,
+                                "service '%.127s' of process %d refused: %s", name.c_str(), process,
+                                problem);
+            return ndk::ScopedAStatus::fromExceptionCodeWithMessage(exception, problem);
+        };
+        if (!AServiceManager_isValidServiceName(name.c_str()) || binder.get() == nullptr) {
+            return refuse(EX_ILLEGAL_ARGUMENT, "the name or the object is not valid");
+        }
+        Service service{binder, process, {}};  // the replaced one in the end, released unlocked
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        if (!service.watch.Begin(binder, [this, name] { RemoveDead(name); })) {
+            return refuse(EX_ILLEGAL_STATE, "the object is dead");
+        }
+        std::swap(m_services[name], service);
+        const bool replaces = service.binder.get() != nullptr && service.process != process;
+        const std::string instead =
+                replaces ? " instead of that of process " + std::to_string(service.process) : "";
+        __android_log_print(ANDROID_LOG_INFO, kLogTag, "service '%s' of process %d added%s",
+                            name.c_str(), process, instead.c_str());
+        return ndk::ScopedAStatus::ok();
+    }
+
+    // Null if there is none.
+    ndk::SpAIBinder Find(const std::string& name) {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        const auto found = m_services.find(name);
+        return found == m_services.end() ? ndk::SpAIBinder() : found->second.binder;
+    }
+
+    std::vector<std::string> Names() {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        std::vector<std::string> names;
+        for (const auto& service : m_services) names.push_back(service.first);
+        return names;
+    }
+
+  private:
+    struct Service {
+        ndk::SpAIBinder binder;
+        pid_t process = -1;  // that added it
+        services::DeathWatch watch;
+    };
+
+    void RemoveDead(const std::string& name) {
+        Service removed;  // released after the lock
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        const auto found = m_services.find(name);
+        // The name may belong to a new object by now.
+        if (found == m_services.end() || AIBinder_isAlive(found->second.binder.get())) return;
+        removed = std::move(found->second);
+        m_services.erase(found);
+        __android_log_print(ANDROID_LOG_INFO, kLogTag, "service '%s' died", name.c_str());
+    }
+
+    std::mutex m_mutex;  // guards what follows
+    std::map<std::string, Service> m_services;
+};
+
+ServiceTable& Table() {
+    static ServiceTable* const table = new ServiceTable;
+    return *table;
+}
 
 binder_status_t CheckService(const AParcel* in, AParcel* out) {
     std::string name;
@@ -17,19 +91,7 @@ binder_status_t CheckService(const AParcel* in, AParcel* out) {
     if (status != STATUS_OK) return status;
     status = AParcel_writeStatusHeader(out, ndk::ScopedAStatus::ok().get());
     if (status != STATUS_OK) return status;
-    return ndk::AParcel_writeNullableStrongBinder(out, ServiceTable::Instance().Find(name));
-}
-
-ndk::ScopedAStatus AnswerTo(binder_status_t added, const std::string& name) {
-    if (added == STATUS_OK) return ndk::ScopedAStatus::ok();
-    const bool invalid = added == STATUS_BAD_VALUE;
-    const char* const problem =
-            invalid ? "the name or the object is not valid" : "the object is dead";
-    __android_log_print(ANDROID_LOG_ERROR, "servicemanager",
-                        "service '%.127s' of process %d refused: %s", name.c_str(),
-                        AIBinder_getCallingPid(), problem);
-    return invalid ? ndk::ScopedAStatus::fromExceptionCode(EX_ILLEGAL_ARGUMENT)
-                   : ndk::ScopedAStatus::fromExceptionCodeWithMessage(EX_ILLEGAL_STATE, problem);
+    return ndk::AParcel_writeNullableStrongBinder(out, Table().Find(name));
 }
 
 binder_status_t AddService(const AParcel* in, AParcel* out) {
@@ -38,14 +100,14 @@ binder_status_t AddService(const AParcel* in, AParcel* out) {
     binder_status_t status = ndk::AParcel_readString(in, &name);
     if (status == STATUS_OK) status = ndk::AParcel_readNullableStrongBinder(in, &binder);
     if (status != STATUS_OK) return status;
-    status = ServiceTable::Instance().Add(name, binder, AIBinder_getCallingPid());
-    return AParcel_writeStatusHeader(out, AnswerTo(status, name).get());
+    const auto added = Table().Add(name, binder, AIBinder_getCallingPid());
+    return AParcel_writeStatusHeader(out, added.get());
 }
 
 binder_status_t ListServices(AParcel* out) {
     binder_status_t status = AParcel_writeStatusHeader(out, ndk::ScopedAStatus::ok().get());
     if (status != STATUS_OK) return status;
-    return ndk::AParcel_writeVector(out, ServiceTable::Instance().Names());
+    return ndk::AParcel_writeVector(out, Table().Names());
 }
 
 binder_status_t OnTransact(AIBinder*, transaction_code_t code, const AParcel* in, AParcel* out) {

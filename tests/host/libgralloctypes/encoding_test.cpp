@@ -38,21 +38,21 @@ class HandWritten {
 
 TEST(Gralloc4, PlaneLayouts) {
     const std::string component = "android.hardware.graphics.common.PlaneLayoutComponentType";
+    const std::vector<int64_t> numbers = {640 * 512, 16, 640, 320, 240, 640 * 256, 2, 3};
     const auto written = [&](int64_t planes, int64_t components) {
         HandWritten bytes;
         bytes.Header(15).Number(planes).Number(components);
         bytes.Text(component).Number<int64_t>(2).Number<int64_t>(0).Number<int64_t>(8);
         bytes.Text(component).Number<int64_t>(4).Number<int64_t>(8).Number<int64_t>(8);
-        for (const int64_t value : {640 * 512, 16, 640, 320, 240, 640 * 256, 2, 3}) {
-            bytes.Number(value);
-        }
+        for (const int64_t number : numbers) bytes.Number(number);
         return Bytes(bytes);
     };
     std::vector<PlaneLayout> planes;
     ASSERT_EQ(decodePlaneLayouts(written(1, 2), &planes), NO_ERROR);
-    ASSERT_EQ(planes.size(), 1u);
-    EXPECT_EQ(planes[0].components.at(1).offsetInBits, 8);
-    EXPECT_EQ(planes[0].verticalSubsampling, 3);
+    const auto& [components, offset, increment, stride, width, height, size, across, down] =
+            planes.at(0);
+    EXPECT_EQ(components.at(0).sizeInBits, 8);
+    EXPECT_EQ(numbers, std::vector({offset, increment, stride, width, height, size, across, down}));
     Bytes bytes;
     EXPECT_EQ(encodePlaneLayouts(planes, &bytes), NO_ERROR);
     EXPECT_EQ(bytes, written(1, 2));

@@ -29,7 +29,7 @@ class ImportedBuffers {
 
     // Checks `raw` (which stays the caller's) and gives an independent handle, to be released with
     // Release(). The same `raw` may be imported any number of times.
-    base::Result<const native_handle_t*> Import(const native_handle_t* raw);
+    base::Result<native_handle_t*> Import(const native_handle_t* raw);
 
     // Unmaps the buffer, closes and deletes the handle. The memory must not be in use any more.
     base::Result<base::Done> Release(const void* buffer);

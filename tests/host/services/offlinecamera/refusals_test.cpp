@@ -125,7 +125,7 @@ TEST(Refusals, WhatIsWrongWithARequestIsNamed) {
         }
         info.outputBuffers.push_back(BufferOf(streams->outputs[0], 1));
         change(info);
-        const auto made = MakeRequest(info, streams, ImportedBuffer::IMapper::getService());
+        const auto made = MakeRequest(info, streams);
         EXPECT_THAT(made.Ok() ? "" : made.Error(), HasSubstr(text));
         EXPECT_EQ(made.Ok(), *text == '\0');
     }
