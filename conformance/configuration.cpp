@@ -51,21 +51,23 @@ Verdict TakesListedModes(Session& session) {
 // mode, or of the first one that is taken.
 Check Wrong(const std::string& name, const std::string& what, const Change& change,
             Outcome taken = Outcome::kFail, std::optional<Mode> mode = {}) {
-    const auto refuses = [=](Session& session) -> Verdict {
-        const auto claimed = session.device.Claimed(mode);
+    const auto refuses = [=](Device& device) -> Verdict {
+        const auto claimed = device.Claimed(mode);
         if (claimed.empty() && mode) return Skip(Say(NameOf(*mode), " is not taken"));
         if (claimed.empty()) return Skip("no mode is taken: see configuration.some-mode");
-        Configuration info = claimed[0]->info;
-        change({info, info.streams.front(), info.streams.back()});
-        const Answer answer = session.Configure(info);
-        if (!answer.MustReturn().Good()) return answer.MustReturn();
-        const Answer right = session.Configure(claimed[0]->info);
-        if (!right.Ok()) return right.MustSucceed("the right streams taken afterwards");
-        return answer.Ok() && taken == Outcome::kWarn ? Warn("it is taken")
-                                                      : answer.MustBeRefused();
+        return OnSession([&](Session& session) {
+            Configuration info = claimed[0]->info;
+            change({info, info.streams.front(), info.streams.back()});
+            const Answer answer = session.Configure(info);
+            if (!answer.MustReturn().Good()) return answer.MustReturn();
+            const Answer right = session.Configure(claimed[0]->info);
+            if (!right.Ok()) return right.MustSucceed("the right streams taken afterwards");
+            if (answer.Ok() && taken == Outcome::kWarn) return Warn("it is taken");
+            return answer.MustBeRefused();
+        })(device);
     };
     const bool must = taken == Outcome::kFail;
-    return {name, what + (must ? " is refused." : " is better refused."), OnSession(refuses)};
+    return {name, what + (must ? " is refused." : " is better refused."), refuses};
 }
 
 Verdict TakesThemAgain(Session& session) {

@@ -257,13 +257,16 @@ Run OnSession(const Use& use) {
 }
 
 Run OnStreams(const Use& use, std::optional<Mode> mode) {
-    return OnSession([=](Session& session) {
-        const PlainRun* run = session.device.Working(mode);
+    return [=](Device& device) -> Verdict {
+        // Before the session is opened, as the service may have but one.
+        const PlainRun* run = device.CanOpen() ? device.Working(mode) : nullptr;
         if (run == nullptr && mode) return Skip(Say(NameOf(*mode), " brings no results"));
         if (run == nullptr) return Skip("no mode brings results: see configuration and process");
-        const Answer taken = session.Configure(run->info);
-        return taken.Ok() ? use(session) : taken.MustSucceed("streams taken as before");
-    });
+        return OnSession([=](Session& session) {
+            const Answer taken = session.Configure(run->info);
+            return taken.Ok() ? use(session) : taken.MustSucceed("streams taken as before");
+        })(device);
+    };
 }
 
 Check Noted(const std::string& name, const std::string& rule, const std::string& reason) {

@@ -118,8 +118,8 @@ Verdict KillClient(Device& device, const std::string& state) {
     if (!told) return Skip("a client did not get into the state '" + state + "' within 5 s");
     // Hung up is the socket once the service, too, has closed its end: see BeVictim.
     const bool soon = await(0, kSecond);
-    if (!soon && !await(0, kWait)) {
-        return Fail("a dead client's frames dropped", "one that waits is still held after 6 s");
+    if (!soon && !await(0, kWait - kSecond)) {
+        return Fail("a dead client's frames dropped", "one that waits is still held after 5 s");
     }
     if (!soon) return Warn("a dead client's frames are held for more than 1 s");
     const auto opens = [&] { return Session(device).IsOpen(); };

@@ -9,6 +9,7 @@
 #include <cstdio>
 #include <cstring>
 #include <fstream>
+#include <iomanip>
 
 #include "device.h"
 
@@ -100,7 +101,6 @@ void Print(const Finding& finding) {
     const Verdict& verdict = finding.verdict;
     std::string text = verdict.expected.empty() ? "" : "expected " + verdict.expected + "; came ";
     text += verdict.came;
-    std::replace(text.begin(), text.end(), '\n', ' ');
     printf("  %-6s%s%s%s\n", kOutcomes[int(verdict.outcome)], finding.check.name.c_str(),
            text.empty() ? "" : ": ", text.c_str());
     fflush(stdout);
@@ -130,20 +130,16 @@ std::vector<Finding> RunAll(const Options& options, const Checks& checks) {
             findings.push_back({check, absent         ? Fail("a service", gone)
                                        : gone.empty() ? RunOne(device, check, &gone)
                                                       : Skip(gone)});
+            Verdict& verdict = findings.back().verdict;
+            for (std::string* text : {&verdict.expected, &verdict.came}) {
+                std::replace_if(
+                        text->begin(), text->end(), [](unsigned char c) { return c < 0x20; }, ' ');
+            }
             Print(findings.back());
-            if (options.stop && findings.back().verdict.outcome == Outcome::kFail) return findings;
+            if (options.stop && verdict.outcome == Outcome::kFail) return findings;
         }
     }
     return findings;
-}
-
-std::string Quoted(const std::string& text) {
-    std::string quoted;
-    for (const char c : text) {
-        if (c == '"' || c == '\\') quoted += '\\';
-        quoted += static_cast<unsigned char>(c) < 0x20 ? ' ' : c;
-    }
-    return '"' + quoted + '"';
 }
 
 // False if the file cannot be written.
@@ -152,16 +148,16 @@ bool WriteJson(const std::string& path, const std::vector<Finding>& findings,
     std::ofstream file(path);
     file << "{\"schema\": 1";
     for (size_t i = 0; i < counts.size(); ++i) {
-        file << ", " << Quoted(kOutcomes[i]) << ": " << counts[i];
+        file << ", " << std::quoted(kOutcomes[i]) << ": " << counts[i];
     }
     file << ", \"checks\": [";
     const char* separator = "\n";
     for (const auto& [check, verdict] : findings) {
-        file << Say(separator, "{\"name\": ", Quoted(check.name),
-                    ", \"rule\": ", Quoted(check.rule),
-                    ", \"outcome\": ", Quoted(kOutcomes[int(verdict.outcome)]),
-                    ", \"expected\": ", Quoted(verdict.expected),
-                    ", \"came\": ", Quoted(verdict.came), "}");
+        file << Say(separator, "{\"name\": ", std::quoted(check.name),
+                    ", \"rule\": ", std::quoted(check.rule),
+                    ", \"outcome\": ", std::quoted(kOutcomes[int(verdict.outcome)]),
+                    ", \"expected\": ", std::quoted(verdict.expected),
+                    ", \"came\": ", std::quoted(verdict.came), "}");
         separator = ",\n";
     }
     file << "\n]}\n";

@@ -60,10 +60,13 @@ NativeHandle SmallBuffer(Session& session, bool first) {
     return session.device.pool.Get(stream).Handle();
 }
 
-Verdict RefusesBeforeStreams(Session& session) {
-    if (session.device.Working() == nullptr) return Skip("no mode brings results");
-    session.info = session.device.Working()->info;
-    return Judge(session, session.Process(session.Request()), Outcome::kFail);
+Verdict RefusesBeforeStreams(Device& device) {
+    const PlainRun* run = device.CanOpen() ? device.Working() : nullptr;
+    if (run == nullptr) return Skip("no mode brings results");
+    return OnSession([=](Session& session) {
+        session.info = run->info;
+        return Judge(session, session.Process(session.Request()), Outcome::kFail);
+    })(device);
 }
 
 // With numbers of their own, as a call returns only one.
@@ -90,8 +93,7 @@ Verdict AnswersTenCalls(Session& session) {
 }  // namespace
 
 const Checks kRequestChecks = {
-        {"before-streams", "A request before the streams is refused.",
-         OnSession(RefusesBeforeStreams)},
+        {"before-streams", "A request before the streams is refused.", RefusesBeforeStreams},
         {"none", "An empty list of requests is refused.", OnStreams([](Session& s) {
              return s.Process(std::vector<OfflineRequestInfo>()).MustBeRefused();
          })},
