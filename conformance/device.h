@@ -17,7 +17,6 @@ using Callback = std::shared_ptr<package::IOfflineCameraCallback>;
 using SessionProxy = std::shared_ptr<package::IOfflineCameraSession>;
 using package::OfflineRequestInfo;
 
-// What came of a call.
 struct Answer {
     std::string call;
     std::shared_ptr<ndk::ScopedAStatus> status;  // null if it did not return within kWait
@@ -121,7 +120,6 @@ class Session {
 
     // Waits until every output of a frame is in results. `what` is expected.
     Verdict AwaitResult(const Answer& sent, const std::string& what = "a result");
-    // Sends a request and awaits its result.
     Verdict Exchange(const std::string& what, int64_t idOffset = 0);
     // Waits until `count` frames have brought a result or an error. Each may take kWait.
     Verdict AwaitEnds(size_t count);

@@ -116,7 +116,7 @@ Verdict KillClient(Device& device, const std::string& state) {
     kill(child, SIGKILL);
     waitpid(child, nullptr, 0);
     if (!told) return Skip("a client did not get into the state '" + state + "' within 5 s");
-    // Hung up is the socket once the service, too, has closed its end: see BeVictim.
+    // The socket hangs up once the service, too, has closed its end of it: see BeVictim.
     const bool soon = await(0, kSecond);
     if (!soon && !await(0, kWait - kSecond)) {
         return Fail("a dead client's frames dropped", "one that waits is still held after 5 s");
@@ -138,7 +138,7 @@ void BeVictim(const std::string& last) {
     Session session(device);
     if (!session.IsOpen()) _exit(1);
     reach("opened");
-    // MMF is where the reference service borrows; and what borrows notices the death by that.
+    // A service that borrows, as for MMF, notices the death when it asks for buffers.
     const bool waiting = last == "waiting";
     for (const Mode mode : {waiting ? kB2Y : kMMF, kB2Y, kY2J}) {
         if (session.Configure(ConfigurationOf(mode)).Ok()) break;
@@ -155,7 +155,7 @@ void BeVictim(const std::string& last) {
         auto& input = request.inFrameInfos[0].buffers[0];
         if (waiting) input.acquireFence = FenceOf(never.get());
         // Behind frames that wait for ever, it is held until the session ends.
-        if (i == 2) request.outputBuffers[0].acquireFence = FenceOf(STDOUT_FILENO);
+        if (waiting && i == 2) request.outputBuffers[0].acquireFence = FenceOf(STDOUT_FILENO);
         session.Process(std::move(request));
     }
     reach("in-flight");

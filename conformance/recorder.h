@@ -1,4 +1,4 @@
-// A client's callback object that writes down what the service tells it.
+// A client's callback object that writes down what the service tells it. Thread-safe.
 #pragma once
 
 #include <aidl/vendor/zel/hardware/camera/offlinecamera/BnOfflineCameraCallback.h>
@@ -59,18 +59,15 @@ enum class Lend {
     kNoAnswers,     // an empty list
 };
 
-// Thread-safe.
 class Recorder : public package::BnOfflineCameraCallback {
   public:
-    // The pool outlives it.
-    explicit Recorder(Pool* pool) : m_pool(pool) {}
+    explicit Recorder(Pool* pool) : m_pool(pool) {}  // which outlives it
 
     // Waits until `enough` holds for the events so far. Returns whether it did within the limit.
     bool WaitFor(const std::function<bool(const Events&)>& enough, milliseconds limit = kWait);
     Events All();
 
-    // The service's process; 0 before its first call.
-    pid_t ServiceProcess() const { return m_process; }
+    pid_t ServiceProcess() const { return m_process; }  // 0 before its first call
 
     // Set these before the first request.
     Lend lend = Lend::kBuffers;
