@@ -50,9 +50,8 @@ std::string Answer::Text() const {
 }
 
 Answer Bounded(const std::string& name, Call call) {
-    std::packaged_task<Answer()> task([name, call = std::move(call)] {
+    std::packaged_task<Answer()> task([call = std::move(call)] {
         Answer answer;
-        answer.call = name;
         answer.status = std::make_shared<ScopedAStatus>(call(&answer));
         answer.returned = Clock::now();
         return answer;
@@ -60,13 +59,12 @@ Answer Bounded(const std::string& name, Call call) {
     std::future<Answer> coming = task.get_future();
     std::thread(std::move(task)).detach();
     Answer answer;
-    answer.call = name;
     const bool came = coming.wait_for(kWait) == std::future_status::ready;
-    if (!came) ++s_unanswered;
-    if (!came) return answer;
-    answer = coming.get();
+    if (came) answer = coming.get();
+    answer.call = name;
+    s_unanswered += !came;
     if (answer.Died() && s_firstDead.empty()) s_firstDead = ", before " + name + " was";
-    if (!answer.Died()) s_lastAnswered = name;
+    if (came && !answer.Died()) s_lastAnswered = name;
     return answer;
 }
 

@@ -56,7 +56,7 @@ struct PlainRun {
     std::map<std::string, Verdict> findings;  // by a check's name
 
     std::string Mode() const { return NameOf(info.opMode); }
-    bool Works() const { return complete == kFrames; }
+    bool Works() const { return complete == kFrames && !picture.empty(); }
     bool Borrows() const;
     // Keeps the first one of a check that is not good.
     void Note(const std::string& check, const Verdict& verdict);
@@ -138,7 +138,8 @@ class Session {
 // Closes with frames in flight. No callback may come then.
 Verdict ClosesInFlight(Session& session);
 
-// A duplicate of the descriptor as a fence, which is signalled once it is readable.
+// A duplicate of the descriptor as a fence. An eventfd is readable once it is signalled, as a sync
+// fence is.
 NativeHandle FenceOf(int descriptor);
 
 // What a client may be in when it dies. One more is "waiting", for a fence.

@@ -60,15 +60,10 @@ Verdict ReturnsBeforeClose(Session& session) {
     return closed.Good() ? ReturnsOnce(session.All()) : closed;
 }
 
-// An eventfd is readable once it is signalled, as a sync fence is.
-ndk::ScopedFileDescriptor MakeFence() {
-    return ndk::ScopedFileDescriptor(eventfd(0, EFD_CLOEXEC));
-}
-
 // Looks whether a frame is done before its fence is signalled.
 Run WaitsFor(bool input) {
     return OnStreams([=](Session& session) -> Verdict {
-        const auto fence = MakeFence();
+        const ndk::ScopedFileDescriptor fence(eventfd(0, EFD_CLOEXEC));
         bool done = false;
         OfflineRequestInfo request = session.Request();
         auto& buffer = input ? request.inFrameInfos[0].buffers[0] : request.outputBuffers[0];
@@ -88,7 +83,7 @@ Run WaitsFor(bool input) {
 }
 
 Verdict ClosesWhileWaiting(Session& session) {
-    const auto fence = MakeFence();
+    const ndk::ScopedFileDescriptor fence(eventfd(0, EFD_CLOEXEC));
     OfflineRequestInfo request = session.Request();
     request.inFrameInfos[0].buffers[0].acquireFence = FenceOf(fence.get());
     const Answer sent = session.Process(std::move(request));
