@@ -87,7 +87,7 @@ TEST(Pictures, JpegsSayHowTheyAreToBeTurned) {
         ASSERT_TRUE(size.Ok());
         EXPECT_THAT(std::string(file.begin(), file.end()),
                     StartsWith(std::string("\xFF\xD8\xFF\xE0\x00\x10JFIF\x00\x01", 12)));
-        const auto decoded = offlineframes::DecodeJpeg(file, "the JPEG");
+        const auto decoded = offlineframes::DecodePicture(file, "the JPEG");
         ASSERT_TRUE(decoded.Ok()) << decoded.Error();
         EXPECT_EQ(decoded.Value().orientation, orientation);
         EXPECT_EQ(decoded.Value().jpegBytes, size.Value());

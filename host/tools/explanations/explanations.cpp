@@ -2,21 +2,23 @@
 
 #include "explanations.h"
 
+#include <fnmatch.h>
+
+#include <algorithm>
 #include <string>
 
 namespace explanations {
 
 namespace {
 
-constexpr std::string_view kAnyText = "…";
-
-// Bytes of the line that are not "…".
-size_t LiteralSize(std::string_view line) {
-    size_t size = line.size();
-    for (size_t at = line.find(kAnyText); at != line.npos; at = line.find(kAnyText, at + 1)) {
-        size -= kAnyText.size();
+// For fnmatch(): nothing else in a line has a meaning there.
+std::string Pattern(std::string_view line) {
+    constexpr std::string_view kAnyText = "…";
+    std::string pattern(line);
+    for (size_t at; (at = pattern.find(kAnyText)) != pattern.npos;) {
+        pattern.replace(at, kAnyText.size(), "*");
     }
-    return size;
+    return pattern;
 }
 
 }  // namespace
@@ -30,32 +32,22 @@ const std::vector<Explanation>& Table() {
     return table;
 }
 
-// The first piece is at the message's start, the last one at its end, each other one at its first
-// occurrence after the one before.
 bool Matches(std::string_view line, std::string_view message) {
-    size_t end = line.find(kAnyText);
-    if (end == line.npos) return line == message;
-    if (message.substr(0, end) != line.substr(0, end)) return false;
-    message.remove_prefix(end);
-    line.remove_prefix(end + kAnyText.size());
-    while ((end = line.find(kAnyText)) != line.npos) {
-        const size_t found = message.find(line.substr(0, end));
-        if (found == message.npos) return false;
-        message.remove_prefix(found + end);
-        line.remove_prefix(end + kAnyText.size());
-    }
-    return message.size() >= line.size() && message.substr(message.size() - line.size()) == line;
+    return fnmatch(Pattern(line).c_str(), std::string(message).c_str(), FNM_NOESCAPE) == 0;
 }
 
 const Explanation* Explain(std::string_view message) {
     const Explanation* best = nullptr;
-    size_t bestSize = 0;
+    ptrdiff_t bestSize = -1;
     for (const Explanation& candidate : Table()) {
         if (candidate.kind == Kind::kStatus) continue;
         for (const std::string_view line : candidate.lines) {
-            if (!Matches(line, message) || (best && LiteralSize(line) <= bestSize)) continue;
+            const std::string pattern = Pattern(line);
+            const auto literal = static_cast<ptrdiff_t>(pattern.size()) -
+                                 std::count(pattern.begin(), pattern.end(), '*');
+            if (literal <= bestSize || !Matches(line, message)) continue;
             best = &candidate;
-            bestSize = LiteralSize(line);
+            bestSize = literal;
         }
     }
     return best;

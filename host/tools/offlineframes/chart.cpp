@@ -7,7 +7,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <functional>
 #include <string>
 
 namespace offlineframes {
@@ -45,10 +44,9 @@ Place OnSensor(PictureSize sensor) {
              std::max(2u, Even(sensor.height * 250.0 / 256))}};
 }
 
-// Where a raw level is on the ramp, in chart units.
-double RampPlace(const Place& place, int level) {
-    const double x = double(level) * place.sensor.width / 1024 - place.Left();
-    return x * kWidth / place.visible.width;
+// The first pixel whose middle is at `edge` or beyond.
+double FirstPixel(double edge) {
+    return std::ceil(edge - 0.5);
 }
 
 // A pixel of a panel.
@@ -56,12 +54,6 @@ struct Spot {
     double u, v;   // its middle, in chart units
     int x, y;      // counted from the corner of the visible chart
     double scale;  // pixels per chart unit, the smaller of the two directions
-};
-
-// Every pixel whose middle is in the box has this colour, not blended with what is around it.
-struct Panel {
-    Box box;
-    std::function<Colour(const Spot&)> colourAt;
 };
 
 uint8_t ToByte(double value) {
@@ -142,81 +134,41 @@ Colour ColourRamps(const Spot& at) {
     return {channel(0), channel(1), channel(2)};
 }
 
-std::vector<Panel> Panels(const Place& place) {
-    const auto across = [](const Spot& at) { return std::fmod(at.u, 200) < 100 ? kInk : kDark; };
-    const auto down = [](const Spot& at) { return std::fmod(at.v, 200) < 100 ? kInk : kDark; };
-    const auto rawRamp = [place](const Spot& at) {
-        const uint32_t width = place.sensor.width;
-        const uint32_t x = std::min(static_cast<uint32_t>(at.x) + place.Left(), width - 1);
-        const int level = RampLevel(x, width);
-        return Grey(
-                imaging::ToneFromLinear(imaging::LinearFromRaw(level, imaging::Channel::kGreen)));
-    };
-    std::vector<Panel> panels = {{{1400, 632, 2600, 1832}, Star},
-                                 {{2795, 420, 3320, 945}, ZonePlate},
-                                 {{3345, 420, 3870, 945}, Texture},
-                                 {{330, 2600, 3670, 2880}, ColourRamps},
-                                 {{0, 0, kWidth, 36}, across},
-                                 {{0, kHeight - 36, kWidth, kHeight}, across},
-                                 {{0, 0, 36, kHeight}, down},
-                                 {{kWidth - 36, 0, kWidth, kHeight}, down},
-                                 {{-kWidth, kRampTop, 2 * kWidth, kRampBottom}, rawRamp}};
-    const auto fill = [&](const Box& box, Colour colour) {
-        panels.push_back({box, [colour](const Spot&) { return colour; }});
-    };
-    for (const ChartPatch& patch : ChartPatches()) fill(patch.box, patch.colour);
-    for (int step = 0; step < 17; ++step) {
-        fill({130 + step * 220.0, 2110, 350 + step * 220.0, 2250}, Grey(step * 16));
-    }
-    // Ticks at every 64 raw levels.
-    for (int level = 64; level < 1024; level += 64) {
-        const double u = RampPlace(place, level);
-        fill({u - 2.5, kRampTop - 22, u + 2.5, kRampTop - 6}, kInk);
-    }
-    // Bars 8 to 2 pixels wide, black and white: upright, level, diagonal.
-    double left = 2795;
-    for (const int pixels : {8, 6, 4, 3, 2}) {
-        for (int row = 0; row < 3; ++row) {
-            const double top = 1045 + row * 215;
-            panels.push_back({{left, top, left + 195, top + 190}, [=](const Spot& at) {
-                                  const int along = (row != 1 ? at.x : 0) + (row != 0 ? at.y : 0);
-                                  return Grey(along / pixels % 2 == 0 ? 24 : 232);
-                              }});
-        }
-        left += 220;
-    }
-    return panels;
-}
+// A chart being drawn. The pen's matrix turns chart units into pixels.
+struct Canvas {
+    PictureSize size;
+    std::vector<uint32_t> pixels;
+    cairo_t* pen;
+};
 
-uint32_t* RowOf(cairo_surface_t* surface, int y) {
-    unsigned char* const data = cairo_image_surface_get_data(surface);
-    const ptrdiff_t stride = cairo_image_surface_get_stride(surface);
-    return reinterpret_cast<uint32_t*>(data + y * stride);
-}
-
-// Paints a panel. The pen's matrix turns chart units into pixels.
-void Paint(cairo_t* pen, const Panel& panel) {
+// Gives every pixel whose middle is in the box the colour colourAt(Spot), not blended with what is
+// around it.
+template <class ColourAt>
+void Paint(Canvas* canvas, const Box& box, ColourAt colourAt) {
+    const PictureSize size = canvas->size;
     cairo_matrix_t m;
-    cairo_get_matrix(pen, &m);
-    const auto first = [](double edge, int end) {
-        return static_cast<int>(std::clamp(std::ceil(edge - 0.5), 0.0, double(end)));
+    cairo_get_matrix(canvas->pen, &m);
+    const auto first = [](double edge, uint32_t end) {
+        return static_cast<uint32_t>(std::clamp(FirstPixel(edge), 0.0, double(end)));
     };
-    cairo_surface_t* const surface = cairo_get_target(pen);
-    cairo_surface_flush(surface);
-    const int width = cairo_image_surface_get_width(surface);
-    const int height = cairo_image_surface_get_height(surface);
-    const int right = first(m.x0 + panel.box.right * m.xx, width);
-    const int bottom = first(m.y0 + panel.box.bottom * m.yy, height);
-    for (int y = first(m.y0 + panel.box.top * m.yy, height); y < bottom; ++y) {
-        uint32_t* const row = RowOf(surface, y);
-        for (int x = first(m.x0 + panel.box.left * m.xx, width); x < right; ++x) {
-            const auto [r, g, b] = panel.colourAt(
-                    {(x + 0.5 - m.x0) / m.xx, (y + 0.5 - m.y0) / m.yy, x - static_cast<int>(m.x0),
-                     y - static_cast<int>(m.y0), std::min(m.xx, m.yy)});
-            row[x] = uint32_t{r} << 16 | uint32_t{g} << 8 | b;
+    const uint32_t left = first(m.x0 + box.left * m.xx, size.width);
+    const uint32_t right = first(m.x0 + box.right * m.xx, size.width);
+    const uint32_t bottom = first(m.y0 + box.bottom * m.yy, size.height);
+    cairo_surface_flush(cairo_get_target(canvas->pen));
+    for (uint32_t y = first(m.y0 + box.top * m.yy, size.height); y < bottom; ++y) {
+        for (uint32_t x = left; x < right; ++x) {
+            const Spot at = {(x + 0.5 - m.x0) / m.xx, (y + 0.5 - m.y0) / m.yy,
+                             static_cast<int>(x - m.x0), static_cast<int>(y - m.y0),
+                             std::min(m.xx, m.yy)};
+            const auto [r, g, b] = colourAt(at);
+            canvas->pixels[size_t{y} * size.width + x] = uint32_t{r} << 16 | uint32_t{g} << 8 | b;
         }
     }
-    cairo_surface_mark_dirty(surface);
+    cairo_surface_mark_dirty(cairo_get_target(canvas->pen));
+}
+
+void Fill(Canvas* canvas, const Box& box, Colour colour) {
+    Paint(canvas, box, [colour](const Spot&) { return colour; });
 }
 
 void SetColour(cairo_t* pen, Colour colour) {
@@ -232,11 +184,77 @@ void DrawRoundedBox(cairo_t* pen, const Box& box, double radius, Colour colour) 
     cairo_fill(pen);
 }
 
-// The dark grounds of three panels.
-void DrawGrounds(cairo_t* pen) {
-    DrawRoundedBox(pen, {105, 395, 1230, 2070}, 24, kDark);
-    DrawRoundedBox(pen, {1280, 395, 2720, 2070}, 24, kDark);
-    DrawRoundedBox(pen, {2770, 395, 3895, 2070}, 24, kDark);
+// Parts of a text's width.
+constexpr double kLeft = 0, kMiddle = 0.5, kRight = 1;
+
+// Writes a text whose capitals are `height` units high and start at `v`, with that part of its
+// width at `u`.
+void Write(cairo_t* pen, double part, double u, double v, double height, Colour colour,
+           const std::string& words) {
+    constexpr double kCapitals = 0.64;  // height of the font's capitals, by its size
+    constexpr double kWiden = 1.18;     // its letters are narrow
+    cairo_matrix_t letters;
+    cairo_matrix_init_scale(&letters, kWiden * height / kCapitals, height / kCapitals);
+    cairo_set_font_matrix(pen, &letters);
+    cairo_text_extents_t extents;
+    cairo_text_extents(pen, words.c_str(), &extents);
+    SetColour(pen, colour);
+    cairo_move_to(pen, u - extents.width * part - extents.x_bearing, v + height);
+    cairo_show_text(pen, words.c_str());
+    cairo_new_path(pen);  // text leaves a current point
+}
+
+void DrawRuler(Canvas* canvas) {
+    const auto across = [](const Spot& at) { return std::fmod(at.u, 200) < 100 ? kInk : kDark; };
+    const auto down = [](const Spot& at) { return std::fmod(at.v, 200) < 100 ? kInk : kDark; };
+    Paint(canvas, {0, 0, kWidth, 36}, across);
+    Paint(canvas, {0, kHeight - 36, kWidth, kHeight}, across);
+    Paint(canvas, {0, 0, 36, kHeight}, down);
+    Paint(canvas, {kWidth - 36, 0, kWidth, kHeight}, down);
+}
+
+// With ticks at every 64 levels.
+void DrawRawRamp(const Place& place, Canvas* canvas) {
+    Paint(canvas, {-kWidth, kRampTop, 2 * kWidth, kRampBottom}, [&](const Spot& at) {
+        const uint32_t width = place.sensor.width;
+        const uint32_t x = std::min(static_cast<uint32_t>(at.x) + place.Left(), width - 1);
+        const int level = RampLevel(x, width);
+        return Grey(
+                imaging::ToneFromLinear(imaging::LinearFromRaw(level, imaging::Channel::kGreen)));
+    });
+    Write(canvas->pen, kLeft, 90, kRampTop - 52, 22, kQuiet, "RAW");
+    for (int level = 64; level < 1024; level += 64) {
+        const double x = double(level) * place.sensor.width / 1024 - place.Left();
+        const double u = x * kWidth / place.visible.width;
+        Fill(canvas, {u - 2.5, kRampTop - 22, u + 2.5, kRampTop - 6}, kInk);
+        Write(canvas->pen, kMiddle, u, kRampTop - 52, 22, kQuiet, std::to_string(level));
+    }
+}
+
+void DrawGreySteps(Canvas* canvas) {
+    for (int step = 0; step < 17; ++step) {
+        const int value = std::min(step * 16, 255);
+        const double left = 130 + step * 220.0;
+        Fill(canvas, {left, 2110, left + 220, 2250}, Grey(value));
+        Write(canvas->pen, kMiddle, left + 110, 2163, 34, Grey(value < 128 ? 255 : 0),
+              std::to_string(value));
+    }
+}
+
+// Bars 8 to 2 pixels wide, black and white: upright, level, diagonal.
+void DrawBars(Canvas* canvas) {
+    double left = 2795;
+    for (const int pixels : {8, 6, 4, 3, 2}) {
+        for (int row = 0; row < 3; ++row) {
+            const double top = 1045 + row * 215;
+            Paint(canvas, {left, top, left + 195, top + 190}, [&](const Spot& at) {
+                const int along = (row != 1 ? at.x : 0) + (row != 0 ? at.y : 0);
+                return Grey(along / pixels % 2 == 0 ? 24 : 232);
+            });
+        }
+        Write(canvas->pen, kMiddle, left + 97.5, 985, 36, kInk, std::to_string(pixels) + " PX");
+        left += 220;
+    }
 }
 
 // What points up, the rings around the star, the corners with their dots.
@@ -268,104 +286,66 @@ void DrawShapes(cairo_t* pen) {
     }
 }
 
-enum class Align { kLeft, kMiddle, kRight };
-
-// Text whose capitals are `height` units high and start at `v`; `u` is where it is aligned to.
-struct Text {
-    double u, v, height;
-    std::string words;
-    Colour colour;
-    Align align;
-};
-
-std::vector<Text> Texts(const Place& place) {
-    const auto [width, height] = place.visible;
-    const std::string size = std::to_string(width) + " X " + std::to_string(height);
-    std::vector<Text> texts = {
-            {kWidth / 2, 222, 110, "TOP", kInk, Align::kMiddle},
-            {330, 130, 90, "OFFLINE FRAMES", kInk, Align::kLeft},
-            {330, 262, 48, "TEST CHART", kQuiet, Align::kLeft},
-            {3670, 130, 90, size, kInk, Align::kRight},
-            {3670, 262, 48, "RULER 40 X 30 TEETH", kQuiet, Align::kRight},
-            {2000, 455, 40, "CIRCLES ROUND - SPOKES STRAIGHT", kQuiet, Align::kMiddle},
-            {2000, 1970, 40, "FINEST DETAIL 5 PX PER PERIOD", kQuiet, Align::kMiddle},
-            {2805, 1988.6, 24, "A MOSAIC TURNS 3 PX AND 2 PX BARS COLOURED", kQuiet, Align::kLeft},
-            {90, kRampTop - 52, 22, "RAW", kQuiet, Align::kLeft},
-    };
+void WriteTexts(cairo_t* pen, PictureSize visible) {
+    const std::string size = std::to_string(visible.width) + " X " + std::to_string(visible.height);
+    Write(pen, kMiddle, kWidth / 2, 222, 110, kInk, "TOP");
+    Write(pen, kLeft, 330, 130, 90, kInk, "OFFLINE FRAMES");
+    Write(pen, kLeft, 330, 262, 48, kQuiet, "TEST CHART");
+    Write(pen, kRight, 3670, 130, 90, kInk, size);
+    Write(pen, kRight, 3670, 262, 48, kQuiet, "RULER 40 X 30 TEETH");
+    Write(pen, kMiddle, 2000, 455, 40, kQuiet, "CIRCLES ROUND - SPOKES STRAIGHT");
+    Write(pen, kMiddle, 2000, 1970, 40, kQuiet, "FINEST DETAIL 5 PX PER PERIOD");
+    Write(pen, kLeft, 2805, 1988.6, 24, kQuiet, "A MOSAIC TURNS 3 PX AND 2 PX BARS COLOURED");
     double v = 1725;
     for (const int small : {48, 36, 28, 20, 14}) {
-        const std::string words = "SHARP 0123456789 " + std::to_string(small);
-        texts.push_back({2805, v, double(small), words, kInk, Align::kLeft});
+        Write(pen, kLeft, 2805, v, small, kInk, "SHARP 0123456789 " + std::to_string(small));
         v += small * 1.6;
     }
-    double u = 2795 + 97.5;
-    for (const char* const pixels : {"8", "6", "4", "3", "2"}) {
-        texts.push_back({u, 985, 36, std::string(pixels) + " PX", kInk, Align::kMiddle});
-        u += 220;
-    }
-    for (int step = 0; step < 17; ++step) {
-        const int value = std::min(step * 16, 255);
-        texts.push_back({240 + step * 220.0, 2163, 34, std::to_string(value),
-                         Grey(value < 128 ? 255 : 0), Align::kMiddle});
-    }
-    for (int level = 64; level < 1024; level += 64) {
-        texts.push_back({RampPlace(place, level), kRampTop - 52, 22, std::to_string(level), kQuiet,
-                         Align::kMiddle});
-    }
-    return texts;
-}
-
-void DrawText(cairo_t* pen, const Text& text) {
-    constexpr double kCapitals = 0.64;  // height of the font's capitals, by its size
-    constexpr double kWiden = 1.18;     // its letters are narrow
-    cairo_matrix_t letters;
-    cairo_matrix_init_scale(&letters, kWiden * text.height / kCapitals, text.height / kCapitals);
-    cairo_set_font_matrix(pen, &letters);
-    cairo_text_extents_t extents;
-    cairo_text_extents(pen, text.words.c_str(), &extents);
-    SetColour(pen, text.colour);
-    const double before = extents.width * static_cast<int>(text.align) / 2;
-    cairo_move_to(pen, text.u - before - extents.x_bearing, text.v + text.height);
-    cairo_show_text(pen, text.words.c_str());
-    cairo_new_path(pen);  // text leaves a current point
 }
 
 // Draws the chart whose visible part begins at (left, top) of a picture of `size`.
 Picture Draw(const Place& place, PictureSize size, uint32_t left, uint32_t top) {
-    cairo_surface_t* const surface = cairo_image_surface_create(
-            CAIRO_FORMAT_RGB24, static_cast<int>(size.width), static_cast<int>(size.height));
-    cairo_t* const pen = cairo_create(surface);
+    Canvas canvas = {size, std::vector<uint32_t>(size_t{size.width} * size.height), nullptr};
+    cairo_surface_t* const surface = cairo_image_surface_create_for_data(
+            reinterpret_cast<uint8_t*>(canvas.pixels.data()), CAIRO_FORMAT_RGB24,
+            static_cast<int>(size.width), static_cast<int>(size.height),
+            static_cast<int>(size.width * sizeof(uint32_t)));
+    cairo_t* const pen = canvas.pen = cairo_create(surface);
     cairo_translate(pen, left, top);
     cairo_scale(pen, place.visible.width / kWidth, place.visible.height / kHeight);
     // Cairo's built-in font: the same on every machine.
     cairo_select_font_face(pen, "@cairo:mono", CAIRO_FONT_SLANT_NORMAL, CAIRO_FONT_WEIGHT_BOLD);
-    Paint(pen, {{-kWidth, -kHeight, 2 * kWidth, 2 * kHeight}, Background});
-    DrawGrounds(pen);
-    for (const Panel& panel : Panels(place)) Paint(pen, panel);
+    Paint(&canvas, {-kWidth, -kHeight, 2 * kWidth, 2 * kHeight}, Background);
+    DrawRoundedBox(pen, {105, 395, 1230, 2070}, 24, kDark);
+    DrawRoundedBox(pen, {1280, 395, 2720, 2070}, 24, kDark);
+    DrawRoundedBox(pen, {2770, 395, 3895, 2070}, 24, kDark);
+    Paint(&canvas, {1400, 632, 2600, 1832}, Star);
+    Paint(&canvas, {2795, 420, 3320, 945}, ZonePlate);
+    Paint(&canvas, {3345, 420, 3870, 945}, Texture);
+    Paint(&canvas, {330, 2600, 3670, 2880}, ColourRamps);
+    for (const ChartPatch& patch : ChartPatches()) Fill(&canvas, patch.box, patch.colour);
+    DrawRuler(&canvas);
+    DrawRawRamp(place, &canvas);
+    DrawGreySteps(&canvas);
+    DrawBars(&canvas);
     DrawShapes(pen);
-    for (const Text& text : Texts(place)) DrawText(pen, text);
+    WriteTexts(pen, place.visible);
     cairo_destroy(pen);
-    cairo_surface_flush(surface);
+    cairo_surface_destroy(surface);
     Picture picture(size);
     uint8_t* to = picture.rgb.data();
-    for (uint32_t y = 0; y < size.height; ++y) {
-        const uint32_t* const row = RowOf(surface, static_cast<int>(y));
-        for (uint32_t x = 0; x < size.width; ++x) {
-            for (int shift = 16; shift >= 0; shift -= 8) *to++ = uint8_t(row[x] >> shift);
-        }
+    for (const uint32_t pixel : canvas.pixels) {
+        for (int shift = 16; shift >= 0; shift -= 8) *to++ = uint8_t(pixel >> shift);
     }
-    cairo_surface_destroy(surface);
     return picture;
 }
 
 }  // namespace
 
 RampRows RampOf(PictureSize sensor) {
-    // The rows whose middles are in the ramp's box, as they are painted.
     const Place place = OnSensor(sensor);
     const auto row = [&](double v) {
-        return static_cast<uint32_t>(
-                std::ceil(place.Top() + v * place.visible.height / kHeight - 0.5));
+        return static_cast<uint32_t>(FirstPixel(place.Top() + v * place.visible.height / kHeight));
     };
     return {row(kRampTop), row(kRampBottom)};
 }

@@ -113,8 +113,7 @@ Bytes EncodeNv12(const Picture& picture, const FrameGeometry& geometry, const No
     return bytes;
 }
 
-Bytes MakeFrame(const std::optional<Picture>& photo, const FrameGeometry& geometry,
-                const Noise& noise) {
+Bytes MakeFrame(const Picture* photo, const FrameGeometry& geometry, const Noise& noise) {
     const bool raw = geometry.format == FrameFormat::kRaw10;
     const Picture picture = photo ? FitPicture(*photo, geometry.size)
                             : raw ? DrawSensorChart(geometry.size)

@@ -2,7 +2,6 @@
 #pragma once
 
 #include <cstdint>
-#include <optional>
 
 #include "chart.h"
 #include "frame_geometry.h"
@@ -25,8 +24,7 @@ Bytes EncodeRaw10(const Picture& picture, const FrameGeometry& geometry, const N
 // BT.601 full-range NV12. Padding is black: luma 0, chroma 128.
 Bytes EncodeNv12(const Picture& picture, const FrameGeometry& geometry, const Noise& noise);
 
-// A frame that shows `photo`, scaled to cover it and cut evenly, or else the chart.
-Bytes MakeFrame(const std::optional<Picture>& photo, const FrameGeometry& geometry,
-                const Noise& noise);
+// A frame that shows `photo`, scaled to cover it and cut evenly, or without one the chart.
+Bytes MakeFrame(const Picture* photo, const FrameGeometry& geometry, const Noise& noise);
 
 }  // namespace offlineframes

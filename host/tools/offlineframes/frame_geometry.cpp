@@ -59,20 +59,24 @@ std::string Likely(const FrameGeometry& known, uint64_t bytes) {
     return "; the size fits " + std::to_string(rows) + " scan lines of that stride";
 }
 
+// `number`, or where it is not known `other`.
+uint32_t Or(uint32_t number, uint32_t other) {
+    return number != 0 ? number : other;
+}
+
 // What the caller and the file's name tell; 0 where they do not.
 FrameGeometry KnownGeometry(const std::string& path, const FrameGeometry& told) {
-    FrameGeometry known = {told.format, told.size, NumberInDumpName(path, "Stride").value_or(0),
+    FrameGeometry named = {told.format, told.size, NumberInDumpName(path, "Stride").value_or(0),
                            NumberInDumpName(path, "Scanline").value_or(0)};
     for (const SourceFile& source : kSourceFiles) {
         // With a size of the caller's own the fixed name says nothing any more.
         if (std::filesystem::path(path).filename() == source.name && source.format == told.format &&
             (told.size.width == 0 || told.size == source.size)) {
-            known = AllocatorGeometry(source.format, source.size);
+            named = AllocatorGeometry(source.format, source.size);
         }
     }
-    if (told.stride != 0) known.stride = told.stride;
-    if (told.scanlines != 0) known.scanlines = told.scanlines;
-    return known;
+    return {told.format, named.size, Or(told.stride, named.stride),
+            Or(told.scanlines, named.scanlines)};
 }
 
 }  // namespace
@@ -166,16 +170,11 @@ Result<FrameGeometry> ResolveGeometry(const std::string& path, const FrameGeomet
             return usual;
         }
     }
-    FrameGeometry geometry = known;
+    const auto fromSize = [&](uint32_t other) { return FromFileSize(known.format, other, bytes); };
     const FrameGeometry allocated = AllocatorGeometry(known.format, known.size);  // 0 without size
-    if (geometry.stride == 0) geometry.stride = allocated.stride;
-    if (geometry.stride == 0) {
-        geometry.stride = FromFileSize(known.format, known.scanlines, bytes);
-    }
-    if (geometry.scanlines == 0) {
-        geometry.scanlines = FromFileSize(known.format, known.stride, bytes);
-    }
-    if (geometry.scanlines == 0) geometry.scanlines = allocated.scanlines;
+    FrameGeometry geometry = known;
+    geometry.stride = Or(known.stride, Or(allocated.stride, fromSize(known.scanlines)));
+    geometry.scanlines = Or(known.scanlines, Or(fromSize(known.stride), allocated.scanlines));
     if (geometry.stride == 0 || geometry.scanlines == 0) {
         return Failure{path + ": cannot tell the geometry of " + std::to_string(bytes) +
                        " bytes of " + FormatName(known.format) + Likely(known, bytes) +

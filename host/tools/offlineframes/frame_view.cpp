@@ -12,29 +12,14 @@
 namespace offlineframes {
 namespace {
 
-constexpr const char* kAsStoredRefusal = ": --as-stored is only for JPEG files";
-
-RowSource RowsOfNv12(Bytes&& frame, const FrameGeometry& geometry) {
-    return [bytes = std::move(frame), geometry](uint32_t y, uint8_t* rgb) {
-        const uint8_t* const chroma = &bytes[size_t{geometry.stride} * geometry.scanlines];
-        const auto [width, height] = geometry.size;
-        imaging::RgbFromNv12({bytes.data(), chroma, width, height, geometry.stride}, y, rgb);
+RowSource RowsOfNv12(Nv12Frame frame) {
+    return [frame = std::move(frame)](uint32_t y, uint8_t* rgb) {
+        imaging::RgbFromNv12(frame.View(), y, rgb);
     };
 }
 
-// A RAW10 mosaic developed in colour by the reference camera's own pipeline, not cropped.
-RowSource DevelopRaw10(const Bytes& bytes, const FrameGeometry& geometry) {
-    const auto [width, height] = geometry.size;
-    Bytes nv12(size_t{width} * height * 3 / 2);
-    const auto developed = imaging::RawToNv12(
-            {bytes.data(), width, height, geometry.stride},
-            {nv12.data(), nv12.data() + size_t{width} * height, width, height, width});
-    static_cast<void>(developed);  // the geometry has passed FrameBytes()
-    return RowsOfNv12(std::move(nv12), {FrameFormat::kNv12, geometry.size, width, height});
-}
-
 // The mosaic as it is: each pixel's upper eight bits as grey.
-RowSource RowsOfMosaic(Bytes&& frame, const FrameGeometry& geometry) {
+RowSource RowsOfMosaic(Bytes frame, const FrameGeometry& geometry) {
     return [bytes = std::move(frame), geometry](uint32_t y, uint8_t* rgb) {
         std::vector<uint16_t> row(geometry.size.width);
         imaging::UnpackRaw10Row(&bytes[size_t{y} * geometry.stride], geometry.size.width,
@@ -43,63 +28,69 @@ RowSource RowsOfMosaic(Bytes&& frame, const FrameGeometry& geometry) {
     };
 }
 
-View ViewOf(Picture picture, const std::string& description) {
-    const PictureSize size = picture;
-    return {size, RowsOf(std::move(picture)), description};
-}
-
 Result<View> ViewFrame(const std::string& path, FrameFormat format, const ViewRequest& request,
-                       Bytes&& bytes) {
-    if (request.asStored) return Failure{path + kAsStoredRefusal};
-    if (request.mosaic && format != FrameFormat::kRaw10) {
-        return Failure{path + ": --mosaic is only for raw10 frames"};
-    }
-    FrameGeometry known = request.known;
-    known.format = format;
-    const Result<FrameGeometry> resolved = ResolveGeometry(path, known, bytes.size());
+                       Bytes bytes) {
+    const bool raw = format == FrameFormat::kRaw10;
+    if (request.mosaic && !raw) return Failure{path + ": --mosaic is only for raw10 frames"};
+    const FrameGeometry told = {format, request.size,
+                                static_cast<uint32_t>(request.stride.value_or(0)),
+                                static_cast<uint32_t>(request.scanlines.value_or(0))};
+    const Result<FrameGeometry> resolved = ResolveGeometry(path, told, bytes.size());
     if (!resolved.Ok()) return resolved.GetFailure();
     const FrameGeometry& geometry = resolved.Value();
-    const std::string what = Describe(geometry);
-    if (geometry.format == FrameFormat::kNv12) {
-        return View{geometry.size, RowsOfNv12(std::move(bytes), geometry), what};
-    }
-    if (request.mosaic) {
-        return View{geometry.size, RowsOfMosaic(std::move(bytes), geometry), what + ", mosaic"};
-    }
-    return View{geometry.size, DevelopRaw10(bytes, geometry), what + ", developed"};
+    return View{geometry.size,
+                request.mosaic ? RowsOfMosaic(std::move(bytes), geometry)
+                               : RowsOfNv12(AsNv12(std::move(bytes), geometry)),
+                Describe(geometry) + (request.mosaic ? ", mosaic"
+                                      : raw          ? ", developed"
+                                                     : "")};
 }
 
 Result<View> ViewPicture(const std::string& path, const ViewRequest& request, const Bytes& bytes) {
-    const FrameGeometry& known = request.known;
-    if (known.size.width != 0 || known.stride != 0 || known.scanlines != 0 || request.mosaic) {
+    if (request.size.width != 0 || request.stride || request.scanlines || request.mosaic) {
         return Failure{path +
                        ": is a picture; --size, --stride, --scanlines and --mosaic are for "
                        "raw10 and nv12 frames"};
     }
-    if (PictureType(bytes) != "JPEG") {
-        if (request.asStored) return Failure{path + kAsStoredRefusal};
-        Result<Picture> picture = DecodePicture(bytes, path);
-        if (!picture.Ok()) return picture.GetFailure();
-        const std::string description = "picture " + Describe(picture.Value());
-        return ViewOf(std::move(picture).Value(), description);
-    }
-    Result<JpegPicture> decoded = DecodeJpeg(bytes, path);
+    Result<StoredPicture> decoded = DecodePicture(bytes, path);
     if (!decoded.Ok()) return decoded.GetFailure();
-    JpegPicture& jpeg = decoded.Value();
-    std::string description = "jpeg " + Describe(jpeg.fullSize) + ", orientation " +
-                              std::to_string(jpeg.orientation) + ", " +
-                              std::to_string(jpeg.jpegBytes) + " of the file's " +
+    StoredPicture& stored = decoded.Value();
+    Picture picture =
+            MakeUpright(std::move(stored.picture), request.asStored ? 1 : stored.orientation);
+    const PictureSize size = picture;
+    if (stored.jpegBytes == 0) {
+        return View{size, RowsOf(std::move(picture)), "picture " + Describe(size)};
+    }
+    std::string description = "jpeg " + Describe(stored.fullSize) + ", orientation " +
+                              std::to_string(stored.orientation) + ", " +
+                              std::to_string(stored.jpegBytes) + " of the file's " +
                               std::to_string(bytes.size()) + " bytes";
     const PictureSize named = {NumberInDumpName(path, "Width").value_or(0),
                                NumberInDumpName(path, "Height").value_or(0)};
-    if (named.width != 0 && named.height != 0 && !(named == jpeg.fullSize)) {
+    if (named.width != 0 && named.height != 0 && !(named == stored.fullSize)) {
         description += "; the name says " + Describe(named);
     }
-    return ViewOf(MakeUpright(std::move(jpeg.picture), request.asStored ? 1 : jpeg.orientation),
-                  description);
+    return View{size, RowsOf(std::move(picture)), description};
 }
 
 }  // namespace
+
+imaging::Nv12View Nv12Frame::View() const {
+    const auto [width, height] = geometry.size;
+    const uint8_t* const chroma = &bytes[size_t{geometry.stride} * geometry.scanlines];
+    return {bytes.data(), chroma, width, height, geometry.stride};
+}
+
+Nv12Frame AsNv12(Bytes file, const FrameGeometry& geometry) {
+    if (geometry.format == FrameFormat::kNv12) return {std::move(file), geometry};
+    const auto [width, height] = geometry.size;
+    Bytes nv12(size_t{width} * height * 3 / 2);
+    const auto developed = imaging::RawToNv12(
+            {file.data(), width, height, geometry.stride},
+            {nv12.data(), nv12.data() + size_t{width} * height, width, height, width});
+    static_cast<void>(developed);  // it refuses only what FrameBytes() does
+    return {std::move(nv12), {FrameFormat::kNv12, geometry.size, width, height}};
+}
 
 Picture View::WholePicture() const {
     Picture picture(size);
@@ -110,9 +101,12 @@ Picture View::WholePicture() const {
 Result<View> ViewFile(const std::string& path, const ViewRequest& request) {
     Result<Bytes> bytes = ReadFile(path);
     if (!bytes.Ok()) return bytes.GetFailure();
-    const bool isPicture = !PictureType(bytes.Value()).empty();
-    if (!request.format && isPicture) return ViewPicture(path, request, bytes.Value());
+    const std::string type = request.format ? "" : PictureType(bytes.Value());
     const auto format = request.format ? request.format : FormatOfName(path);
+    if (request.asStored && type != "JPEG" && (format || !type.empty())) {
+        return Failure{path + ": --as-stored is only for JPEG files"};
+    }
+    if (!type.empty()) return ViewPicture(path, request, bytes.Value());
     if (format) return ViewFrame(path, *format, request, std::move(bytes).Value());
     if (std::filesystem::path(path).extension() == ".jpg") {
         return Failure{path + ": expected a JPEG, but it does not start with ff d8 ff"};

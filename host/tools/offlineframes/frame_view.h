@@ -1,6 +1,8 @@
 // Any dump, source file or picture as a picture: finds out what the file is and checks its size.
 #pragma once
 
+#include <imaging/planes.h>
+
 #include <optional>
 #include <string>
 
@@ -8,9 +10,23 @@
 
 namespace offlineframes {
 
+// A frame as NV12.
+struct Nv12Frame {
+    Bytes bytes;
+    FrameGeometry geometry;
+
+    imaging::Nv12View View() const;
+};
+
+// The frame that a file holds, whose geometry has passed FrameBytes(). A RAW10 mosaic is developed
+// by the reference camera's own pipeline, not cropped.
+Nv12Frame AsNv12(Bytes file, const FrameGeometry& geometry);
+
 struct ViewRequest {
     std::optional<FrameFormat> format;  // what the file holds, whatever its name says
-    FrameGeometry known;                // of a frame; what is 0 is not known
+    PictureSize size;                   // of a frame; 0: not known
+    std::optional<uint64_t> stride;     // bytes per row
+    std::optional<uint64_t> scanlines;  // rows of the luma or raw plane
     bool mosaic = false;                // RAW10 as grey mosaic and not developed
     bool asStored = false;              // JPEG: leave EXIF orientation alone
 };

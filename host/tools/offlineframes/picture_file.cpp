@@ -45,12 +45,18 @@ Picture PictureOf(const Pixbuf& pixbuf) {
 
 const std::string kPngMagic = "\x89PNG\r\n\x1a\n";
 
-Result<Done> CheckSize(const std::string& name, const std::string& type, int width, int height) {
-    if (IsUsableSize(static_cast<uint64_t>(width), static_cast<uint64_t>(height))) return Done{};
-    return Failure{name + ": a " + type + " of " + std::to_string(width) + "x" +
-                   std::to_string(height) + " is too large: scale it down to at most " +
-                   std::to_string(kMaxPixels) + " pixels and " + std::to_string(kMaxSide) +
-                   " a side"};
+Result<Done> CheckSize(const std::string& path, const std::string& type, PictureSize size) {
+    if (IsUsableSize(size.width, size.height)) return Done{};
+    return Failure{path + ": a " + type + " of " + Describe(size) +
+                   " is too large: scale it down to at most " + std::to_string(kMaxPixels) +
+                   " pixels and " + std::to_string(kMaxSide) + " a side"};
+}
+
+// That a library did not decode a picture, and why.
+Failure NotDecoded(const std::string& path, const std::string& type, bool forMemory,
+                   const std::string& reason) {
+    return Failure{path + (forMemory ? ": out of memory for this " : ": damaged ") + type + ": " +
+                   reason};
 }
 
 // The orientation in EXIF data or in a JPEG file that has some; 1 where it is missing or damaged.
@@ -102,6 +108,68 @@ void RgbFromCmyk(const Bytes& cmyk, Picture* picture) {
     }
 }
 
+Result<StoredPicture> DecodeJpeg(const Bytes& bytes, const std::string& path, uint32_t leastWidth) {
+    const std::unique_ptr<void, int (*)(tjhandle)> decoder(tjInitDecompress(), tjDestroy);
+    const auto failed = [&] {
+        const std::string reason = tjGetErrorStr2(decoder.get());
+        return NotDecoded(path, "JPEG", reason.find("memory") != reason.npos, reason);
+    };
+    int width = 0, height = 0, subsampling = 0, colours = 0;
+    const bool read = tjDecompressHeader3(decoder.get(), bytes.data(), bytes.size(), &width,
+                                          &height, &subsampling, &colours) == 0;
+    // A rare subsampling is an error here, but can be decoded; then the size is known.
+    if (width <= 0 || height <= 0) {
+        return read ? NotDecoded(path, "JPEG", false, "it holds no picture") : failed();
+    }
+    StoredPicture jpeg;
+    jpeg.fullSize = {static_cast<uint32_t>(width), static_cast<uint32_t>(height)};
+    const Result<Done> usable = CheckSize(path, "JPEG", jpeg.fullSize);
+    if (!usable.Ok()) return usable.GetFailure();
+    jpeg.orientation = OrientationOf(bytes.data(), bytes.size());
+    jpeg.jpegBytes = JpegBytes(bytes);
+    tjscalingfactor scale = {8, 8};
+    while (leastWidth != 0 && scale.num > 1 &&
+           uint64_t{jpeg.fullSize.width} * (scale.num - 1) >= uint64_t{leastWidth} * 8) {
+        --scale.num;
+    }
+    width = TJSCALED(width, scale);
+    height = TJSCALED(height, scale);
+    jpeg.picture = Picture({static_cast<uint32_t>(width), static_cast<uint32_t>(height)});
+    const bool inks = colours == TJCS_CMYK || colours == TJCS_YCCK;
+    Bytes cmyk(inks ? jpeg.picture.rgb.size() / 3 * 4 : 0);
+    // A warning means damaged data: the decoder would go on with invented pixels.
+    if (tjDecompress2(decoder.get(), bytes.data(), bytes.size(),
+                      inks ? cmyk.data() : jpeg.picture.rgb.data(), width, 0, height,
+                      inks ? TJPF_CMYK : TJPF_RGB, TJFLAG_STOPONWARNING) != 0) {
+        return failed();
+    }
+    RgbFromCmyk(cmyk, &jpeg.picture);
+    return jpeg;
+}
+
+// A PNG or a PPM.
+Result<StoredPicture> DecodeOther(const std::string& type, const Bytes& bytes,
+                                  const std::string& path) {
+    // gdk-pixbuf tells types by the system's MIME database, which a session's setting may hide.
+    setenv("XDG_DATA_DIRS", "/usr/local/share:/usr/share", 1);
+    int width = 0, height = 0;
+    const bool known = gdk_pixbuf_get_file_info(path.c_str(), &width, &height) != nullptr;
+    const PictureSize size = {static_cast<uint32_t>(width), static_cast<uint32_t>(height)};
+    const Result<Done> usable = known ? CheckSize(path, type, size) : Done{};
+    if (!usable.Ok()) return usable.GetFailure();
+    // From the file: in memory gdk-pixbuf does not notice that a picture is cut short.
+    GError* error = nullptr;
+    const Pixbuf pixbuf = {gdk_pixbuf_new_from_file(path.c_str(), &error), g_object_unref};
+    if (!pixbuf) {
+        const bool forMemory =
+                g_error_matches(error, GDK_PIXBUF_ERROR, GDK_PIXBUF_ERROR_INSUFFICIENT_MEMORY);
+        const Failure failure = NotDecoded(path, type, forMemory, error->message);
+        g_error_free(error);
+        return failure;
+    }
+    return StoredPicture{PictureOf(pixbuf), size, type == "PNG" ? PngOrientation(bytes) : 1};
+}
+
 void AppendNumber(size_t number, Bytes* bytes) {
     for (int shift = 24; shift >= 0; shift -= 8) {
         bytes->push_back(static_cast<uint8_t>(number >> shift));
@@ -132,82 +200,36 @@ std::string PictureType(const Bytes& bytes) {
     return start.rfind("P6", 0) == 0 ? "PPM" : "";
 }
 
+Result<StoredPicture> DecodePicture(const Bytes& bytes, const std::string& path,
+                                    uint32_t leastWidth) {
+    const std::string type = PictureType(bytes);
+    if (type.empty()) return Failure{path + ": is not a PNG, JPEG or binary PPM picture"};
+    return type == "JPEG" ? DecodeJpeg(bytes, path, leastWidth) : DecodeOther(type, bytes, path);
+}
+
 Result<Picture> ReadPicture(const std::string& path) {
     const Result<Bytes> bytes = ReadFile(path);
     if (!bytes.Ok()) return bytes.GetFailure();
-    return DecodePicture(bytes.Value(), path);
-}
-
-Result<Picture> DecodePicture(const Bytes& bytes, const std::string& path) {
-    const std::string type = PictureType(bytes);
-    if (type.empty()) return Failure{path + ": is not a PNG, JPEG or binary PPM picture"};
-    if (type == "JPEG") {
-        Result<JpegPicture> jpeg = DecodeJpeg(bytes, path);
-        if (!jpeg.Ok()) return jpeg.GetFailure();
-        return MakeUpright(std::move(jpeg.Value().picture), jpeg.Value().orientation);
-    }
-    // gdk-pixbuf tells types by the system's MIME database, which a session's setting may hide.
-    setenv("XDG_DATA_DIRS", "/usr/local/share:/usr/share", 1);
-    int width = 0, height = 0;
-    const bool known = gdk_pixbuf_get_file_info(path.c_str(), &width, &height) != nullptr;
-    const Result<Done> usable = known ? CheckSize(path, type, width, height) : Done{};
-    if (!usable.Ok()) return usable.GetFailure();
-    // From the file: in memory gdk-pixbuf does not notice that a picture is cut short.
-    GError* error = nullptr;
-    const Pixbuf pixbuf = {gdk_pixbuf_new_from_file(path.c_str(), &error), g_object_unref};
-    if (!pixbuf) {
-        const Failure failure = {path + ": damaged " + type + ": " + error->message};
-        g_error_free(error);
-        return failure;
-    }
-    return MakeUpright(PictureOf(pixbuf), type == "PNG" ? PngOrientation(bytes) : 1);
-}
-
-Result<JpegPicture> DecodeJpeg(const Bytes& bytes, const std::string& name, uint32_t leastWidth) {
-    const std::unique_ptr<void, int (*)(tjhandle)> decoder(tjInitDecompress(), tjDestroy);
-    const auto damaged = [&] {
-        return Failure{name + ": damaged JPEG: " + tjGetErrorStr2(decoder.get())};
-    };
-    int width = 0, height = 0, subsampling = 0, colours = 0;
-    const bool read = tjDecompressHeader3(decoder.get(), bytes.data(), bytes.size(), &width,
-                                          &height, &subsampling, &colours) == 0;
-    // A rare subsampling is an error here, but can be decoded; then the size is known.
-    if (width <= 0 || height <= 0) {
-        return read ? Failure{name + ": damaged JPEG: it holds no picture"} : damaged();
-    }
-    const Result<Done> usable = CheckSize(name, "JPEG", width, height);
-    if (!usable.Ok()) return usable.GetFailure();
-    JpegPicture jpeg;
-    jpeg.fullSize = {static_cast<uint32_t>(width), static_cast<uint32_t>(height)};
-    jpeg.orientation = OrientationOf(bytes.data(), bytes.size());
-    jpeg.jpegBytes = JpegBytes(bytes);
-    tjscalingfactor scale = {8, 8};
-    while (leastWidth != 0 && scale.num > 1 &&
-           uint64_t{jpeg.fullSize.width} * (scale.num - 1) >= uint64_t{leastWidth} * 8) {
-        --scale.num;
-    }
-    width = TJSCALED(width, scale);
-    height = TJSCALED(height, scale);
-    jpeg.picture = Picture({static_cast<uint32_t>(width), static_cast<uint32_t>(height)});
-    const bool inks = colours == TJCS_CMYK || colours == TJCS_YCCK;
-    Bytes cmyk(inks ? jpeg.picture.rgb.size() / 3 * 4 : 0);
-    // A warning means damaged data: the decoder would go on with invented pixels.
-    if (tjDecompress2(decoder.get(), bytes.data(), bytes.size(),
-                      inks ? cmyk.data() : jpeg.picture.rgb.data(), width, 0, height,
-                      inks ? TJPF_CMYK : TJPF_RGB, TJFLAG_STOPONWARNING) != 0) {
-        return damaged();
-    }
-    RgbFromCmyk(cmyk, &jpeg.picture);
-    return jpeg;
+    Result<StoredPicture> stored = DecodePicture(bytes.Value(), path);
+    if (!stored.Ok()) return stored.GetFailure();
+    return MakeUpright(std::move(stored.Value().picture), stored.Value().orientation);
 }
 
 Picture MakeUpright(Picture picture, int orientation) {
     if (orientation == 1) return picture;
-    Pixbuf pixbuf = PixbufOn(picture);
-    gdk_pixbuf_set_option(pixbuf.get(), "orientation", std::to_string(orientation).c_str());
-    pixbuf.reset(gdk_pixbuf_apply_embedded_orientation(pixbuf.get()));
-    picture = Picture();  // pictures are large
-    return PictureOf(pixbuf);
+    const bool turned = orientation >= 5;  // its rows are stored as columns
+    constexpr bool kFromRight[] = {false, false, true, true, false, false, false, true, true};
+    constexpr bool kFromBottom[] = {false, false, false, true, true, false, true, true, false};
+    Picture upright(turned ? PictureSize{picture.height, picture.width} : picture);
+    for (uint32_t y = 0; y < upright.height; ++y) {
+        for (uint32_t x = 0; x < upright.width; ++x) {
+            uint32_t column = turned ? y : x, row = turned ? x : y;
+            if (kFromRight[orientation]) column = picture.width - 1 - column;
+            if (kFromBottom[orientation]) row = picture.height - 1 - row;
+            memcpy(upright.Pixel(x, y), picture.Pixel(column, row), 3);
+        }
+    }
+    return upright;
 }
 
 double CoveringScale(PictureSize photo, PictureSize size) {
@@ -215,6 +237,7 @@ double CoveringScale(PictureSize photo, PictureSize size) {
 }
 
 Picture FitPicture(const Picture& photo, PictureSize size) {
+    if (photo == size) return photo;
     // The scaler's table of weights grows with the square of the factor: several small steps.
     constexpr uint32_t kStep = 16;
     if (CoveringScale(photo, size) * 2 * kStep < 1) {

@@ -47,27 +47,26 @@ struct Picture : PictureSize {
 // What the first bytes of a file tell: "PNG", "JPEG", "PPM", or "" for anything else.
 std::string PictureType(const Bytes& bytes);
 
-// Reads a picture, turned upright by its EXIF orientation, as 8-bit RGB; what is transparent
-// becomes white, as on paper. A damaged one is an error; so is a too large one, before it is
-// decoded.
-Result<Picture> ReadPicture(const std::string& path);
-// The same for the bytes of the file `path`, already read.
-Result<Picture> DecodePicture(const Bytes& bytes, const std::string& path);
-
-// Bytes after the JPEG's end marker are ignored; a damaged stream or one that ends before its end
-// marker is an error. `name` is for messages.
-struct JpegPicture {
-    Picture picture;       // as stored: orientation not yet applied
+// A picture as its file holds it.
+struct StoredPicture {
+    Picture picture;       // not yet turned upright
     PictureSize fullSize;  // of the picture when it is not reduced
     int orientation = 1;   // EXIF 1 to 8
-    size_t jpegBytes = 0;  // up to and with the end marker
+    size_t jpegBytes = 0;  // of a JPEG, up to and with its end marker
 };
-// With `leastWidth`, `picture` is reduced in eighths while it stays at least that wide; that costs
-// a fraction of the time.
-Result<JpegPicture> DecodeJpeg(const Bytes& bytes, const std::string& name,
-                               uint32_t leastWidth = 0);
 
-// Turns and mirrors a picture stored with this EXIF orientation upright.
+// Decodes the bytes of the file `path` as 8-bit RGB; what is transparent becomes white, as on
+// paper. A damaged picture is an error, as is a JPEG without its end marker; so is a too large one,
+// before it is decoded. Bytes after the end marker are ignored.
+// With `leastWidth`, a JPEG is reduced in eighths while it stays at least that wide; that costs a
+// fraction of the time.
+Result<StoredPicture> DecodePicture(const Bytes& bytes, const std::string& path,
+                                    uint32_t leastWidth = 0);
+
+// The same, turned upright.
+Result<Picture> ReadPicture(const std::string& path);
+
+// Turns and mirrors a picture stored with this EXIF orientation.
 Picture MakeUpright(Picture picture, int orientation);
 
 // What FitPicture() scales by: output pixels per pixel of `photo`.

@@ -24,10 +24,9 @@ using base::Option;
 using Words = std::vector<std::string>;
 
 // What the options of any command give.
-struct Given {
-    ViewRequest view;
-    std::optional<uint64_t> stride, scanlines, seed;
+struct Given : ViewRequest {
     double sigma = 0;
+    std::optional<uint64_t> seed;
     std::string from;
     bool force = false;
 };
@@ -46,16 +45,16 @@ struct Command {
 Option FormatOption(const char* help, Given* given) {
     return {"--format", "raw10|nv12", help, [given](const std::string& word) -> Result<Done> {
                 for (const FrameFormat known : {FrameFormat::kRaw10, FrameFormat::kNv12}) {
-                    if (word == FormatName(known)) given->view.format = known;
+                    if (word == FormatName(known)) given->format = known;
                 }
-                if (!given->view.format) return Failure{"raw10 or nv12"};
+                if (!given->format) return Failure{"raw10 or nv12"};
                 return Done{};
             }};
 }
 
 Option SizeOption(const char* help, Given* given) {
     return {"--size", "WxH", help, [given](const std::string& word) -> Result<Done> {
-                auto& [width, height] = given->view.known.size;
+                auto& [width, height] = given->size;
                 const char* const end = word.data() + word.size();
                 const char* const cross = std::from_chars(word.data(), end, width).ptr;
                 if (cross != end && *cross == 'x' &&
@@ -80,19 +79,6 @@ Option NoiseOption(Given* given) {
 
 Option CountOption(const char* name, const char* help, std::optional<uint64_t>* count) {
     return base::Number(name, "N", help, 1, kMaxFileBytes, count);
-}
-
-// `geometry` with what the options say of its padding.
-FrameGeometry WithPadding(FrameGeometry geometry, const Given& given) {
-    geometry.stride = static_cast<uint32_t>(given.stride.value_or(geometry.stride));
-    geometry.scanlines = static_cast<uint32_t>(given.scanlines.value_or(geometry.scanlines));
-    return geometry;
-}
-
-Result<View> ViewGiven(const std::string& path, const Given& given) {
-    ViewRequest request = given.view;
-    request.known = WithPadding(request.known, given);
-    return ViewFile(path, request);
 }
 
 // Fails when the command could not write its output, before that is made. Views are named .png; a
@@ -124,51 +110,51 @@ Result<std::string> Save(const std::string& path, const Bytes& bytes, const std:
 
 Result<std::string> Pack(const Words& words, const Given& given) {
     if (given.seed && given.sigma == 0) return Failure{"--seed needs --noise", true};
-    const FrameFormat format = given.view.format.value_or(FrameFormat::kRaw10);
-    const PictureSize asked = given.view.known.size;
-    const PictureSize size = asked.width != 0 ? asked : DefaultSize(format);
-    const FrameGeometry geometry = WithPadding(AllocatorGeometry(format, size), given);
+    const FrameFormat format = given.format.value_or(FrameFormat::kRaw10);
+    FrameGeometry geometry =
+            AllocatorGeometry(format, given.size.width != 0 ? given.size : DefaultSize(format));
+    geometry.stride = static_cast<uint32_t>(given.stride.value_or(geometry.stride));
+    geometry.scanlines = static_cast<uint32_t>(given.scanlines.value_or(geometry.scanlines));
     const Result<size_t> bytes = FrameBytes(geometry);
     if (!bytes.Ok()) return Failure{bytes.Error(), true};
     const Result<Done> writable = CheckOutput(words, given, false);
     if (!writable.Ok()) return writable.GetFailure();
-    std::optional<Picture> photo;
-    if (words[0] != "chart") {
-        Result<Picture> read = ReadPicture(words[0]);
-        if (!read.Ok()) return read.GetFailure();
-        photo = std::move(read).Value();
+    const Noise noise = {given.sigma, given.seed.value_or(1)};
+    Bytes frame;
+    if (words[0] == "chart") {
+        frame = MakeFrame(nullptr, geometry, noise);
+    } else {
+        const Result<Picture> photo = ReadPicture(words[0]);
+        if (!photo.Ok()) return photo.GetFailure();
+        frame = MakeFrame(&photo.Value(), geometry, noise);
     }
     return Save(
-            words[1], MakeFrame(photo, geometry, {given.sigma, given.seed.value_or(1)}),
+            words[1], frame,
             words[1] + ": " + Describe(geometry) + ", " + std::to_string(bytes.Value()) + " bytes");
 }
 
 Result<std::string> Sources(const Words& words, const Given& given) {
-    if (given.from.empty()) return MakeSources(words[0], std::nullopt);
+    if (given.from.empty()) return MakeSources(words[0], nullptr);
     const Result<Picture> read = ReadPicture(given.from);
     if (!read.Ok()) return read.GetFailure();
     const Picture& photo = read.Value();
-    const Result<std::string> made = MakeSources(words[0], photo);
+    const Result<std::string> made = MakeSources(words[0], &photo);
     if (!made.Ok()) return made;
     const PictureSize sensor = DefaultSize(FrameFormat::kRaw10);
     const double scale = CoveringScale(photo, sensor);
+    const int decimals = std::clamp(2 - static_cast<int>(std::floor(std::log10(scale))), 0, 3);
     char fit[160];
     snprintf(
             fit, sizeof(fit),
             ": %u x %u as seen upright, scaled by %.*f to cover %u x %u, the overhang cut evenly\n",
-            photo.width, photo.height,
-            scale < 1     ? 3
-            : scale < 10  ? 2
-            : scale < 100 ? 1
-                          : 0,
-            scale, sensor.width, sensor.height);
+            photo.width, photo.height, decimals, scale, sensor.width, sensor.height);
     return given.from + fit + made.Value();
 }
 
 Result<std::string> ViewInput(const Words& words, const Given& given) {
     const Result<Done> writable = CheckOutput(words, given, true);
     if (!writable.Ok()) return writable.GetFailure();
-    const Result<View> view = ViewGiven(words[0], given);
+    const Result<View> view = ViewFile(words[0], given);
     if (!view.Ok()) return view.GetFailure();
     return Save(words[1], EncodePng(view.Value().size, view.Value().rows),
                 words[0] + ": " + view.Value().description);
@@ -183,7 +169,7 @@ std::string Decibels(double psnr) {
 Result<std::string> Compare(const Words& words, const Given& given) {
     Picture pictures[2];
     for (size_t i = 0; i < 2; ++i) {
-        const Result<View> view = ViewGiven(words[i], given);
+        const Result<View> view = ViewFile(words[i], given);
         if (!view.Ok()) return view.GetFailure();
         pictures[i] = view.Value().WholePicture();
     }
@@ -206,7 +192,7 @@ Result<std::string> Compare(const Words& words, const Given& given) {
 std::vector<Command> Commands(Given* given) {
     const Option asStored =
             base::Switch("--as-stored", "JPEG: do not turn it upright by its EXIF orientation",
-                         &given->view.asStored);
+                         &given->asStored);
     return {{"pack",
              "a photo or the test chart becomes a RAW10 or NV12 frame",
              "Makes a frame from INPUT, a PNG, JPEG or PPM photo or the word \"chart\" for the "
@@ -244,7 +230,7 @@ std::vector<Command> Commands(Given* given) {
               CountOption("--stride", "bytes per row", &given->stride),
               CountOption("--scanlines", "rows of the luma or raw plane", &given->scanlines),
               base::Switch("--mosaic", "raw10: the mosaic as grey, not developed to colour",
-                           &given->view.mosaic),
+                           &given->mosaic),
               asStored,
               base::Switch("--force", "replace OUTPUT.png when it exists", &given->force)},
              ViewInput},

@@ -5,6 +5,7 @@
 #include <system/camera_metadata.h>
 
 #include <filesystem>
+#include <optional>
 
 #include "frame_encoder.h"
 
@@ -43,7 +44,7 @@ Result<std::string> MakeFile(const std::string& path, Make make) {
 
 }  // namespace
 
-Result<std::string> MakeSources(const std::string& folder, const std::optional<Picture>& photo) {
+Result<std::string> MakeSources(const std::string& folder, const Picture* photo) {
     const std::string frames = folder + "/offlinecameratest";
     const std::string metadata = folder + "/metadata";
     for (const std::string& path : {folder, frames, metadata}) {
@@ -51,16 +52,18 @@ Result<std::string> MakeSources(const std::string& folder, const std::optional<P
         fs::create_directory(path, error);  // an existing folder is fine
         if (error) return Failure{path + ": cannot make the folder: " + error.message()};
     }
+    const PictureSize sensor = DefaultSize(FrameFormat::kRaw10);
+    const PictureSize developed = DefaultSize(FrameFormat::kNv12);
+    std::optional<Picture> scene;  // the photo as both large frames show it, once one needs it
     std::string lines;
     for (const SourceFile& file : kSourceFiles) {
         const auto line = MakeFile(frames + "/" + file.name, [&] {
             const FrameGeometry geometry = AllocatorGeometry(file.format, file.size);
-            if (!photo || !(file.size == DefaultSize(FrameFormat::kNv12))) {
-                return MakeFrame(photo, geometry, {});
-            }
-            // What development cuts from the mosaic.
-            const Picture sensor = FitPicture(*photo, DefaultSize(FrameFormat::kRaw10));
-            return MakeFrame(CentreCrop(sensor, file.size), geometry, {});
+            const bool isLarge = file.size == sensor || file.size == developed;
+            if (!photo || !isLarge) return MakeFrame(photo, geometry, {});
+            if (!scene) scene = FitPicture(*photo, sensor);
+            const Picture cut = CentreCrop(*scene, file.size);
+            return MakeFrame(&cut, geometry, {});
         });
         if (!line.Ok()) return line;
         lines += line.Value();

@@ -1,7 +1,6 @@
 // The fixed set of files that the test modes read, below one folder.
 #pragma once
 
-#include <optional>
 #include <string>
 
 #include "file_io.h"
@@ -13,8 +12,8 @@ namespace offlineframes {
 //   offlinecameratest/4096_3072_RAW10.raw, offlinecameratest/4000_3000_NV12.yuv,
 //   offlinecameratest/mmf_fd.yuv, metadata/original_dump.bin
 // The two large frames show the same scene: the NV12 one is what development cuts from the mosaic.
-// The scene is `photo`, or the chart. Existing files stay as they are. Gives one line for each
-// file.
-Result<std::string> MakeSources(const std::string& folder, const std::optional<Picture>& photo);
+// The scene is `photo`, or without one the chart. Existing files stay as they are. Gives one line
+// for each file.
+Result<std::string> MakeSources(const std::string& folder, const Picture* photo);
 
 }  // namespace offlineframes

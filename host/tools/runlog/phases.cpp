@@ -77,14 +77,10 @@ std::vector<Event> MainThread(const std::vector<Line>& log, const std::vector<Ca
     }
     std::stable_sort(events.begin(), events.end(),
                      [](const Event& a, const Event& b) { return a.timeUs < b.timeUs; });
-    int64_t waitsUntil = INT64_MIN;
-    const auto served = [&](const Event& event) {
-        if (event.timeUs < waitsUntil) return true;
-        waitsUntil = event.endUs;
-        return false;
-    };
     std::vector<Event> steps;
-    std::remove_copy_if(events.begin(), events.end(), std::back_inserter(steps), served);
+    for (const Event& event : events) {
+        if (steps.empty() || event.timeUs >= steps.back().endUs) steps.push_back(event);
+    }
     return steps;
 }
 

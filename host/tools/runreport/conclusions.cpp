@@ -45,6 +45,10 @@ int64_t EndOf(const Call& call) {
     return call.startUs + call.durationUs;
 }
 
+bool IsAfterExit(const Report& report, int64_t timeUs) {
+    return report.facts.exitUs && timeUs > *report.facts.exitUs;
+}
+
 // Of the vendor's and the platform's interfaces; others are the binder library's own.
 bool IsOfService(const Call& call) {
     return call.interface.find("IServiceManager") == std::string::npos && call.method[0] != '(';
@@ -61,12 +65,20 @@ bool IsOf(const Call& call, const Line& death) {
     return call.peer.substr(call.peer.find('/') + 1) == program.substr(0, kCommBytes);
 }
 
+// The first line that passes the test; null when none does.
+template <class Test>
+const Line* FindLine(const Report& report, Test test) {
+    const auto found = std::find_if(report.log.begin(), report.log.end(), test);
+    return found == report.log.end() ? nullptr : &*found;
+}
+
+const Line* FindText(const Report& report, const std::string& text) {
+    return FindLine(report, [&](const Line& line) { return line.message.find(text) != text.npos; });
+}
+
 // The end of the process at the other end of the call.
 const Line* DeathOf(const Report& report, const Call& call) {
-    const auto found = std::find_if(report.log.begin(), report.log.end(), [&](const Line& line) {
-        return IsDeath(line) && IsOf(call, line);
-    });
-    return found == report.log.end() ? nullptr : &*found;
+    return FindLine(report, [&](const Line& line) { return IsDeath(line) && IsOf(call, line); });
 }
 
 // The last line before the death of that process, or of a program that printed it.
@@ -95,35 +107,33 @@ void ConcludeDeath(const Report& report, const Line& death, Problem* problem) {
         }
         if (IsOfService(call) && call.status == "OK") last = &call;
     }
-    const bool late =
-            problem->cause.empty() && report.facts.exitUs && death.timeUs > *report.facts.exitUs;
-    if (late) {
+    problem->isRoot = !problem->cause.empty() || !IsAfterExit(report, death.timeUs);
+    if (!problem->isRoot) {
         problem->cause = "Its end was noticed when the tool's work was done.";
     } else if (problem->cause.empty()) {
-        problem->cause = "It ended between the tool's calls";
-        if (last) problem->cause += "; the last one that it answered is " + Code(last->method);
-        problem->cause += ".";
+        problem->cause = "It ended between the tool's calls" +
+                         (last ? "; the last one that it answered is " + Code(last->method) : "") +
+                         ".";
     }
-    problem->isRoot = !late;
     problem->cause += LastWords(report, death);
 }
 
 // What the service called of `method` after the request: "in time" is before a wait's end.
 struct Callbacks {
     size_t inTime = 0;
-    bool early = false;  // there was one before the request
-    std::string none;    // without one in time: what there is to say
+    std::string none;  // without one in time: what there is to say
 };
 
 Callbacks CallbacksOf(const Report& report, const std::string& method, int64_t endUs) {
     Callbacks found;
     const Call* late = nullptr;
     const Line* death = nullptr;
+    bool anyEarly = false;
     for (const Call& call : report.calls) {
         if (call.method == "processOfflineRequest") death = DeathOf(report, call);
         if (!call.incoming || call.method != method || !call.answer.empty()) continue;
         const bool early = call.startUs < report.facts.requestUs.value_or(0);
-        found.early |= early;
+        anyEarly |= early;
         found.inTime += !early && call.startUs <= endUs;
         if (!late && call.startUs > endUs) late = &call;
     }
@@ -133,30 +143,24 @@ Callbacks CallbacksOf(const Report& report, const std::string& method, int64_t e
                       " after it";
     } else if (death && death->timeUs <= endUs) {
         found.none += ": " + death->message;
-    } else if (found.early) {
+    } else if (anyEarly) {
         found.none += " after the request; what came before it is forgotten";
     }
     found.none += ".";
     return found;
 }
 
-std::string CauseOfNoShutter(const Report& report, const Wait& wait) {
-    const Callbacks calls = CallbacksOf(report, "notify", *wait.endUs);
+std::string CauseOfNoShutter(size_t calls, const Wait& wait) {
     const std::string shutter = "shutter of frame " + std::to_string(wait.frame);
-    if (calls.inTime == 0) return calls.none;
-    if (calls.inTime == 1)
-        return "One `notify` reached the tool in time, without a " + shutter + ".";
-    return std::to_string(calls.inTime) +
+    if (calls == 1) return "One `notify` reached the tool in time, without a " + shutter + ".";
+    return std::to_string(calls) +
            " calls of `notify` reached the tool in time. It keeps the messages of the last call "
            "only, and had no " +
            shutter + " when it looked: a later call replaced it, or it was in none.";
 }
 
-std::string CauseOfNoResult(const Report& report, const Wait& wait) {
-    const Callbacks calls = CallbacksOf(report, "processCaptureResult", *wait.endUs);
-    const runlog::Facts& facts = report.facts;
+std::string CauseOfNoResult(const runlog::Facts& facts, const Wait& wait) {
     const std::string frame = "frame " + std::to_string(wait.frame);
-    if (calls.inTime == 0) return calls.none;
     Words others;
     size_t ofFrame = 0;
     for (const runlog::CaptureResult& result : facts.results) {
@@ -172,6 +176,16 @@ std::string CauseOfNoResult(const Report& report, const Wait& wait) {
            "; the request has buffer " + Joined(facts.requestBuffers) + "." +
            (ofFrame > 1 ? " Of several results of a frame, the first one with buffers counts."
                         : "");
+}
+
+// Empty where log and trace are not whole.
+std::string CauseOfTimeOut(const Report& report, const Wait& wait) {
+    if (!report.traceIsWhole || report.omittedLogLines != 0) return "";
+    const char* const method = wait.forShutter ? "notify" : "processCaptureResult";
+    const Callbacks calls = CallbacksOf(report, method, *wait.endUs);
+    if (calls.inTime == 0) return calls.none;
+    return wait.forShutter ? CauseOfNoShutter(calls.inTime, wait)
+                           : CauseOfNoResult(report.facts, wait);
 }
 
 // The last call of the thread before a time.
@@ -214,12 +228,7 @@ class Conclusions {
   private:
     void Add(const char* severity, const std::string& text, int64_t timeUs,
              const std::string& cause) {
-        Problem problem;
-        problem.severity = severity;
-        problem.text = text;
-        problem.timeUs = timeUs;
-        problem.cause = cause;
-        m_problems.push_back(problem);
+        m_problems.push_back({severity, text, timeUs, cause});
     }
 
     void AddCall(const Call& call) {
@@ -243,14 +252,9 @@ class Conclusions {
 
     void AddWait(const Wait& wait) {
         if (!wait.TimedOut()) return;
-        const bool known = m_report.traceIsWhole && m_report.omittedLogLines == 0;
-        if (wait.forShutter) {
-            Add("warning", "No shutter message came in time", *wait.endUs,
-                known ? CauseOfNoShutter(m_report, wait) : "");
-        } else {
-            Add("error", "No complete result came in time", *wait.endUs,
-                known ? CauseOfNoResult(m_report, wait) : "");
-        }
+        Add(wait.forShutter ? "warning" : "error",
+            wait.forShutter ? "No shutter message came in time" : "No complete result came in time",
+            *wait.endUs, CauseOfTimeOut(m_report, wait));
     }
 
     void AddLateCallbacks() {
@@ -282,37 +286,31 @@ class Conclusions {
     // Seen only where a program shows the number.
     void AddUnsetReturn() {
         const std::string unset = std::to_string(host::kUnsetReturn);
-        for (const Line& line : m_report.log) {
-            if (line.message.find(unset) == std::string::npos) continue;
-            Add("error", "An unset return value was taken for an answer", line.timeUs,
-                "It is the " + unset + " in the line " + Code(line.message) + ".");
-            return;
-        }
+        const Line* const line = FindText(m_report, unset);
+        if (!line) return;
+        Add("error", "An unset return value was taken for an answer", line->timeUs,
+            "It is the " + unset + " in the line " + Code(line->message) + ".");
     }
 
     void AddDump(const runlog::Dump& meant) {
-        const std::string trailer = std::to_string(meant.trailerBytes.value_or(0));
         if (m_report.dumps.empty() && m_report.run.place == Place::kImported) return;
-        const uint64_t fileBytes = m_report.dumps.empty() ? 0 : m_report.dumps[0].bytes;
-        if (fileBytes < meant.bytes) {
+        const std::string trailer = " The blob's trailer says " +
+                                    std::to_string(meant.trailerBytes.value_or(0)) + " bytes";
+        const Frame file = m_report.dumps.empty() ? Frame() : m_report.dumps[0];
+        const std::string size = std::to_string(file.bytes);
+        if (file.bytes < meant.bytes) {
             Add("error", "The dump was cut short", meant.timeUs,
                 "The tool set out to write " + std::to_string(meant.bytes) + " bytes, and " +
-                        (fileBytes == 0 ? "no file has any"
-                                        : "the file has " + std::to_string(fileBytes)) +
-                        "." +
-                        (meant.trailerBytes ? " The blob's trailer says " + trailer + " bytes."
-                                            : ""));
+                        (file.bytes == 0 ? "no file has any" : "the file has " + size) + "." +
+                        (meant.trailerBytes ? trailer + "." : ""));
         }
-        const uint64_t jpegBytes = m_report.dumps.empty() ? 0 : m_report.dumps[0].pictureBytes;
-        if (jpegBytes == 0 || jpegBytes == fileBytes) return;
+        if (file.pictureBytes == 0 || file.pictureBytes == file.bytes) return;
+        const std::string tool = "; for less than " + std::to_string(kMinJpegBytes) +
+                                 " the tool writes width × height × 4";
         const bool small = meant.trailerBytes.value_or(0) < kMinJpegBytes;
         Add("warning", "The picture is only the beginning of the file", meant.timeUs,
-            "The JPEG is the first " + std::to_string(jpegBytes) + " of the file's " +
-                    std::to_string(fileBytes) + " bytes. The blob's trailer says " + trailer +
-                    " bytes" +
-                    (small ? "; for less than " + std::to_string(kMinJpegBytes) +
-                                     " the tool writes width × height × 4."
-                           : "."));
+            "The JPEG is the first " + std::to_string(file.pictureBytes) + " of the file's " +
+                    size + " bytes." + trailer + (small ? tool : "") + ".");
     }
 
     void AddUnreadSources() {
@@ -340,8 +338,7 @@ class Conclusions {
     }
 
     void AddEndOfLog() {
-        if (m_report.run.GetEnding() != Ending::kUnknown || m_facts.exitUs || m_report.log.empty())
-            return;
+        if (m_report.run.Ending() != "unknown" || m_facts.exitUs || m_report.log.empty()) return;
         Add("error", "The log ends before the run did", m_report.run.durationUs,
             "Its last line is " + Code(m_report.log.back().message) + ".");
     }
@@ -357,21 +354,26 @@ std::vector<Problem> FindConclusions(const Report& report) {
     return Conclusions(report).All();
 }
 
-bool ConcludeLine(const Report& report, const Line& line, Problem* problem) {
+bool IsToldElsewhere(const Report& report, const Line& line) {
     const std::string& text = line.message;
-    if (report.run.place != Place::kWorkstation && runlog::IsOfCrash(line)) return false;
+    if (report.run.place != Place::kWorkstation && runlog::IsOfCrash(line)) return true;
     for (const Call& call : report.calls) {
         const size_t at = call.answer.find(": ");
         if (at == std::string::npos || !line.fromServices) continue;
         const std::string reason = call.answer.substr(at + 2);
         const bool inCall = call.startUs <= line.timeUs && line.timeUs <= EndOf(call);
         const size_t begin = text.size() - std::min(reason.size(), text.size());
-        if (inCall && text.substr(begin) == reason) return false;
+        if (inCall && text.substr(begin) == reason) return true;
     }
+    return false;
+}
+
+void ConcludeLine(const Report& report, const Line& line, Problem* problem) {
+    const std::string& text = line.message;
     if (IsDeath(line)) ConcludeDeath(report, line, problem);
     const Call* const call =
             line.fromServices ? nullptr : CallBefore(report, line.tid, line.timeUs);
-    if (!call) return true;
+    if (!call) return;
     if (text.rfind("getService is NULL", 0) == 0 && call->Succeeded()) {
         const bool found = call->method == "(descriptor)";
         problem->cause = found ? "A service is registered by that name, in process " + call->peer +
@@ -389,7 +391,6 @@ bool ConcludeLine(const Report& report, const Line& line, Problem* problem) {
                          ".";
         problem->cure = "As for that call.";
     }
-    return true;
 }
 
 std::string CauseOfSignal(const Report& report) {
@@ -398,7 +399,7 @@ std::string CauseOfSignal(const Report& report) {
     }
     for (const Call& call : report.calls) {
         if (!call.status.empty()) continue;
-        const bool late = report.facts.exitUs && call.startUs > *report.facts.exitUs;
+        const bool late = IsAfterExit(report, call.startUs);
         return (call.incoming ? "It came while the tool served the service's call "
                               : "It came while the tool waited for an answer to its call ") +
                Code(call.method) + (late ? ", after the tool's work was done." : ".");
@@ -407,18 +408,14 @@ std::string CauseOfSignal(const Report& report) {
     if (phase == "shutter" || phase == "result")
         return "It came while the tool waited for the " + phase + ".";
     if (report.run.SignalName() != "SIGSEGV") return "";
-    const auto logged = [&](const char* message) {
-        return std::any_of(report.log.begin(), report.log.end(), [&](const Line& line) {
-            return line.message.find(message) != std::string::npos;
-        });
-    };
-    if (logged("getService is NULL") && (phase == "open" || phase == "register")) {
+    if (FindText(report, "getService is NULL") && (phase == "open" || phase == "register")) {
         return "The tool called the service that it had not found.";
     }
     if (!report.facts.sessionOpened && phase == "configure") {
         return "The tool configured streams on the session that it did not get.";
     }
-    if (logged("zelAllocator getService failed") && (phase == "fill" || phase == "allocate")) {
+    if (FindText(report, "zelAllocator getService failed") &&
+        (phase == "fill" || phase == "allocate")) {
         return "The tool asked the allocator that it had not found for a buffer.";
     }
     return "";

@@ -1,10 +1,7 @@
 // Geometry by the readers of frames, several files at a time; and pictures that are reduced by
 // averaging whole blocks of pixels, so that nothing aliases.
 
-#include "frames.h"
-
 #include <glib.h>
-#include <imaging/b2y.h>
 #include <imaging/jpeg.h>
 #include <offlineframes/frame_encoder.h>
 #include <offlineframes/frame_view.h>
@@ -12,6 +9,8 @@
 
 #include <filesystem>
 #include <thread>
+
+#include "report.h"
 
 namespace runreport {
 
@@ -59,7 +58,8 @@ Bytes Average(const uint8_t* plane, size_t strideBytes, uint32_t width, uint32_t
 }
 
 // Sets the frame's reduced picture, or a note that says why it has none.
-void SetPicture(const imaging::Nv12View& picture, Frame* frame) {
+void SetPicture(const offlineframes::Nv12Frame& nv12, Frame* frame) {
+    const imaging::Nv12View picture = nv12.View();
     const uint32_t factor = (picture.width + kThumbnailWidth - 1) / kThumbnailWidth;
     const uint32_t width = picture.width / factor & ~1u;
     const uint32_t height = picture.height / factor & ~1u;
@@ -77,38 +77,27 @@ void SetPicture(const imaging::Nv12View& picture, Frame* frame) {
     g_free(text);
 }
 
-void ExamineRaster(const Bytes& bytes, FrameFormat format, Frame* frame) {
-    const auto geometry =
+void ExamineRaster(Bytes bytes, FrameFormat format, Frame* frame) {
+    const auto resolved =
             offlineframes::ResolveGeometry(frame->path, {format, {}, 0, 0}, bytes.size());
-    if (!geometry.Ok()) {
-        frame->note = geometry.Error();
+    if (!resolved.Ok()) {
+        frame->note = resolved.Error();
         return;
     }
-    const auto [width, height] = geometry.Value().size;
-    const size_t stride = geometry.Value().stride;
-    frame->width = width;
-    frame->height = height;
-    frame->stride = geometry.Value().stride;
-    frame->scanlines = geometry.Value().scanlines;
+    const offlineframes::FrameGeometry& geometry = resolved.Value();
+    frame->width = geometry.size.width;
+    frame->height = geometry.size.height;
+    frame->stride = geometry.stride;
+    frame->scanlines = geometry.scanlines;
     if (offlineframes::NumberInDumpName(frame->path, "Scanline") == 0u) {
         frame->note = "scan lines as the file's size tells: its name does not";
     }
-    const uint8_t* const plane = bytes.data();
-    if (format == FrameFormat::kNv12) {
-        SetPicture({plane, plane + stride * frame->scanlines, width, height, stride}, frame);
-        return;
-    }
-    Bytes nv12(size_t{width} * height * 3 / 2);
-    const imaging::MutableNv12View developed = {nv12.data(), nv12.data() + size_t{width} * height,
-                                                width, height, width};
-    const auto done = imaging::RawToNv12({plane, width, height, stride}, developed);
-    if (done.Ok()) SetPicture(developed, frame);
-    if (!done.Ok()) frame->note = "no reduced picture: " + done.Error();
+    SetPicture(offlineframes::AsNv12(std::move(bytes), geometry), frame);
 }
 
 // As it is stored: not turned by its orientation.
 void ExamineJpeg(const Bytes& bytes, Pictures pictures, Frame* frame) {
-    const auto jpeg = offlineframes::DecodeJpeg(bytes, frame->path, kThumbnailWidth);
+    const auto jpeg = offlineframes::DecodePicture(bytes, frame->path, kThumbnailWidth);
     if (!jpeg.Ok()) {
         frame->note = jpeg.Error();
         return;
@@ -120,10 +109,8 @@ void ExamineJpeg(const Bytes& bytes, Pictures pictures, Frame* frame) {
     if (pictures != Pictures::kReduced) return;
     const offlineframes::Picture& picture = jpeg.Value().picture;
     const uint32_t width = picture.width & ~1u, height = picture.height & ~1u;
-    const Bytes nv12 =
-            offlineframes::EncodeNv12(offlineframes::CentreCrop(picture, {width, height}),
-                                      {FrameFormat::kNv12, {width, height}, width, height}, {});
-    SetPicture({nv12.data(), nv12.data() + size_t{width} * height, width, height, width}, frame);
+    const offlineframes::FrameGeometry even = {FrameFormat::kNv12, {width, height}, width, height};
+    SetPicture({offlineframes::EncodeNv12(CentreCrop(picture, even.size), even, {}), even}, frame);
 }
 
 // Without pictures only a JPEG is read, which may be smaller than its file.
@@ -137,13 +124,13 @@ void Examine(Pictures pictures, Frame* frame) {
     if (!format && !isJpeg) return;  // not a picture: its name and size are all there is
     frame->format = isJpeg ? "JPEG" : *format == FrameFormat::kRaw10 ? "RAW10" : "NV12";
     if (!isJpeg && pictures != Pictures::kReduced) return;
-    const auto bytes = offlineframes::ReadFile(frame->path);
+    auto bytes = offlineframes::ReadFile(frame->path);
     if (!bytes.Ok()) {
         frame->note = bytes.Error();
     } else if (isJpeg) {
         ExamineJpeg(bytes.Value(), pictures, frame);
     } else {
-        ExamineRaster(bytes.Value(), *format, frame);
+        ExamineRaster(std::move(bytes).Value(), *format, frame);
     }
 }
 

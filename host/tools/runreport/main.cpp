@@ -18,12 +18,13 @@ using base::Result;
 
 struct Options {
     runreport::Inputs inputs;
-    std::string htmlFile;
-    std::string jsonFile;
+    std::string html, json;  // files
+    int64_t endedUs = 0;     // since the epoch
+    std::optional<uint64_t> status, pid;
     bool summary = false;
     bool followWaits = false;
     bool sources = false;
-    std::string import;
+    std::string import;  // folder
     bool help = false;
 };
 
@@ -42,24 +43,19 @@ base::Option Seconds(const char* name, const char* help, int64_t* micros) {
             }};
 }
 
-// Leaves the help in `help`.
-Result<Options> ReadOptions(const std::vector<std::string>& words, std::string* help) {
-    Options options;
-    runreport::Inputs& inputs = options.inputs;
-    int64_t ended = 0;
-    std::optional<uint64_t> status, pid;
-    const std::vector<base::Option> table = {
-            base::Text("--html", "FILE", "the page: one file that needs no other and no network",
-                       &options.htmlFile),
-            base::Text("--json", "FILE", "the same facts for programs", &options.jsonFile),
+std::vector<base::Option> TableOf(Options* options) {
+    runreport::Inputs& inputs = options->inputs;
+    return {base::Text("--html", "FILE", "the page: one file that needs no other and no network",
+                       &options->html),
+            base::Text("--json", "FILE", "the same facts for programs", &options->json),
             base::Switch("--summary", "what ./run says about the log, on standard error",
-                         &options.summary),
+                         &options->summary),
             base::Switch("--follow-waits", "at a terminal show the tool's waits until killed",
-                         &options.followWaits),
+                         &options->followWaits),
             Seconds("--started", "when the run started, since the epoch, with fraction",
                     &inputs.run.startedUs),
-            Seconds("--ended", "when it ended", &ended),
-            base::Number("--status", "N", "its status", 0, 255, &status),
+            Seconds("--ended", "when it ended", &options->endedUs),
+            base::Number("--status", "N", "its status", 0, 255, &options->status),
             base::Texts("--option", "WORD", "an option that the device was given; may be repeated",
                         &inputs.run.options),
             base::Text("--log", "FILE", "the tool's platform log", &inputs.log),
@@ -73,37 +69,27 @@ Result<Options> ReadOptions(const std::vector<std::string>& words, std::string* 
                        "it was on this device; its log may have other lines, too",
                        &inputs.run.device),
             base::Text("--import", "DIR", "all that is known is a folder with a device's log",
-                       &options.import),
+                       &options->import),
             base::Number("--pid", "N", "a device's run is this process's, not the last in the log",
-                         1, INT32_MAX, &pid),
+                         1, INT32_MAX, &options->pid),
             base::Switch("--sources",
                          "the tool's source files on standard output: path, bytes per "
                          "row and rows of its buffer",
-                         &options.sources),
-            base::Switch("--help", "show this help", &options.help)};
-    *help = "usage: runreport [OPTIONS] -- COMMAND [ARGUMENTS]\n"
-            "Writes what is known about a run as a page and for programs.\n\n" +
-            base::OptionHelp(table) +
-            "\nStatus 0 when the report was written, 1 when not, 2 for a usage error; of "
-            "--summary\nalone 1 where the run went wrong. Inputs that cannot be read are named in "
-            "the report.\n";
-    const auto command = base::ReadOptions(table, words, base::Order::kBeforeWords);
-    if (!command.Ok()) return command.GetFailure();
-    inputs.run.command = command.Value();
-    inputs.run.durationUs = std::max<int64_t>(ended - inputs.run.startedUs, 0);
-    inputs.run.status = static_cast<int>(status.value_or(0));
-    if (pid) inputs.pid = static_cast<int>(*pid);
-    if (!inputs.run.device.empty()) inputs.run.place = runreport::Place::kDevice;
-    if (options.htmlFile.empty() && options.jsonFile.empty() && !options.summary &&
-        !options.followWaits && !options.sources && !options.help) {
-        return Failure{"none of --html, --json, --summary, --sources and --follow-waits is given"};
-    }
-    return options;
+                         &options->sources),
+            base::Switch("--help", "show this help", &options->help)};
 }
 
-// A sentence on standard error when it fails. An empty path is an output that was not asked for.
+std::string HelpOf(const std::vector<base::Option>& table) {
+    return "usage: runreport [OPTIONS] -- COMMAND [ARGUMENTS]\n"
+           "Writes what is known about a run as a page and for programs.\n\n" +
+           base::OptionHelp(table) +
+           "\nStatus 0 when the report was written, 1 when not, 2 for a usage error; of --summary\n"
+           "alone 1 where the run went wrong. Inputs that cannot be read are named in the "
+           "report.\n";
+}
+
+// A sentence on standard error when it fails.
 bool Write(const std::string& path, const std::string& text) {
-    if (path.empty()) return true;
     std::ofstream file(path, std::ios::binary);
     file << text;
     file.close();
@@ -111,8 +97,7 @@ bool Write(const std::string& path, const std::string& text) {
     return static_cast<bool>(file);
 }
 
-int PrintSources(const runreport::Inputs& inputs) {
-    const auto report = runreport::MakeReport(inputs, runreport::Pictures::kNone);
+int PrintSources(const runreport::Report& report) {
     for (const runlog::Source& source : report.facts.sources) {
         printf("%s\t%u\t%u\n", source.path.c_str(), source.stride, source.scanlines);
     }
@@ -122,32 +107,40 @@ int PrintSources(const runreport::Inputs& inputs) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    std::string help;
-    const auto read = ReadOptions(base::WordsOf(argc, argv), &help);
-    if (!read.Ok()) {
-        fprintf(stderr, "runreport: %s; try 'runreport --help'\n", read.Error().c_str());
+    Options options;
+    const std::vector<base::Option> table = TableOf(&options);
+    auto command = base::ReadOptions(table, base::WordsOf(argc, argv), base::Order::kBeforeWords);
+    const bool writes = !options.html.empty() || !options.json.empty();
+    if (command.Ok() && !writes && !options.summary && !options.followWaits && !options.sources &&
+        !options.help) {
+        command =
+                Failure{"none of --html, --json, --summary, --sources and --follow-waits is given"};
+    }
+    if (!command.Ok()) {
+        fprintf(stderr, "runreport: %s; try 'runreport --help'\n", command.Error().c_str());
         return 2;
     }
-    Options options = read.Value();
+    if (options.help) return fputs(HelpOf(table).c_str(), stdout) < 0;
+    runreport::Inputs& inputs = options.inputs;
+    inputs.run.command = command.Value();
+    inputs.run.durationUs = std::max<int64_t>(options.endedUs - inputs.run.startedUs, 0);
+    inputs.run.status = static_cast<int>(options.status.value_or(0));
+    if (options.pid) inputs.pid = static_cast<int>(*options.pid);
+    if (!inputs.run.device.empty()) inputs.run.place = runreport::Place::kDevice;
     if (!options.import.empty()) {
-        auto imported = runreport::ImportFolder(options.import, options.inputs);
+        auto imported = runreport::ImportFolder(options.import, inputs);
         if (!imported.Ok()) {
             fprintf(stderr, "run: --import %s\n", imported.Error().c_str());
             return 2;
         }
-        options.inputs = std::move(imported).Value();
+        inputs = std::move(imported).Value();
     }
-    if (options.help) return fputs(help.c_str(), stdout) < 0;
-    if (options.followWaits) runreport::FollowWaits(options.inputs);
-    if (options.sources) return PrintSources(options.inputs);
-    bool written = true;
-    if (!options.htmlFile.empty() || !options.jsonFile.empty()) {
-        const runreport::Report report =
-                runreport::MakeReport(options.inputs, runreport::Pictures::kReduced);
-        const bool jsonWritten = Write(options.jsonFile, runreport::ReportJson(report));
-        written = Write(options.htmlFile, runreport::ReportPage(report)) && jsonWritten;
-    }
-    const bool succeeded = !options.summary || runreport::PrintSummary(options.inputs);
-    const bool alone = options.htmlFile.empty() && options.jsonFile.empty();
-    return written && (succeeded || !alone) ? 0 : 1;
+    if (options.followWaits) runreport::FollowWaits(inputs);
+    const runreport::Report report = runreport::MakeReport(
+            inputs, writes ? runreport::Pictures::kReduced : runreport::Pictures::kNone);
+    if (options.sources) return PrintSources(report);
+    bool done = options.json.empty() || Write(options.json, runreport::ReportJson(report));
+    done &= options.html.empty() || Write(options.html, runreport::ReportPage(report));
+    const bool succeeded = !options.summary || runreport::PrintSummary(report);
+    return done && (succeeded || writes) ? 0 : 1;
 }

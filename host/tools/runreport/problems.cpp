@@ -3,6 +3,7 @@
 #include <explanations/explanations.h>
 
 #include <algorithm>
+#include <tuple>
 
 #include "conclusions.h"
 
@@ -37,12 +38,13 @@ void Explain(const Explanation* explanation, Place place, Problem* problem) {
 void AddErrorLines(const Report& report, std::vector<Problem>* problems) {
     for (const runlog::Error& error : runlog::DifferentErrors(report.log)) {
         if (problems->size() == kMaxErrorLines) return;
+        if (IsToldElsewhere(report, error.line)) continue;
         Problem problem;
         problem.text = error.line.message;
         problem.timeUs = error.line.timeUs;
         problem.count = error.count;
         problem.logged = true;
-        if (!ConcludeLine(report, error.line, &problem)) continue;
+        ConcludeLine(report, error.line, &problem);
         Explain(explanations::Explain(problem.text), report.run.place, &problem);
         problems->push_back(problem);
     }
@@ -50,29 +52,25 @@ void AddErrorLines(const Report& report, std::vector<Problem>* problems) {
 
 // What services log afterwards follows from the end.
 int64_t LastSignOfTool(const Report& report) {
-    int64_t timeUs = 0;
+    int64_t timeUs = report.calls.empty() ? 0 : std::max<int64_t>(report.calls.back().startUs, 0);
     for (const runlog::Line& line : report.log) {
         if (!line.fromServices) timeUs = std::max(timeUs, line.timeUs);
     }
-    for (const runlog::Call& call : report.calls) timeUs = std::max(timeUs, call.startUs);
     return timeUs;
 }
 
 void AddEnding(const Report& report, std::vector<Problem>* problems) {
     const Run& run = report.run;
-    const Ending ending = run.GetEnding();
-    if (ending == Ending::kFinished || ending == Ending::kUnknown) return;
+    const std::string ending = run.Ending();
+    if (ending == "finished" || ending == "unknown") return;
     Problem problem;
-    problem.text = ending == Ending::kUsageError ? "The tool refused its arguments"
-                   : ending == Ending::kSignal   ? "The run was ended by " + run.SignalName()
-                   : ending == Ending::kNoDevice
+    problem.text = ending == "usage-error" ? "The tool refused its arguments"
+                   : ending == "signal"    ? "The run was ended by " + run.SignalName()
+                   : ending == "no-device"
                            ? "The run did not start"
                            : "The run ended with status " + std::to_string(*run.status);
-    problem.timeUs = run.durationUs;
-    if (ending == Ending::kSignal) {
-        problem.cause = CauseOfSignal(report);
-        problem.timeUs = LastSignOfTool(report);
-    }
+    problem.timeUs = ending == "signal" ? LastSignOfTool(report) : run.durationUs;
+    if (ending == "signal") problem.cause = CauseOfSignal(report);
     Explain(explanations::ExplainStatus(*run.status), run.place, &problem);
     problems->push_back(problem);
 }
@@ -95,10 +93,9 @@ std::vector<Problem> FindProblems(const Report& report) {
         problems.push_back(problem);
     }
     AddEnding(report, &problems);
-    std::stable_sort(problems.begin(), problems.end(),
-                     [](const Problem& a, const Problem& b) { return a.timeUs < b.timeUs; });
-    std::stable_partition(problems.begin(), problems.end(),
-                          [](const Problem& problem) { return problem.isRoot; });
+    std::stable_sort(problems.begin(), problems.end(), [](const Problem& a, const Problem& b) {
+        return std::tie(b.isRoot, a.timeUs) < std::tie(a.isRoot, b.timeUs);  // roots first
+    });
     for (Problem& problem : problems) {
         for (const Phase& phase : report.phases) {
             if (problem.phase.empty() || phase.startUs <= problem.timeUs)

@@ -6,8 +6,6 @@
 
 #include <algorithm>
 
-#include "frames.h"
-
 namespace runreport {
 
 namespace {
@@ -90,12 +88,12 @@ void TakeTrace(const std::string& path, Report* report) {
 
 }  // namespace
 
-Ending Run::GetEnding() const {
-    if (!status) return Ending::kUnknown;
-    if (status == 0) return Ending::kFinished;
-    if (status == 255) return Ending::kUsageError;
-    if (status >= 125 && status <= 127) return Ending::kNoDevice;
-    return Signal() != 0 ? Ending::kSignal : Ending::kOther;
+std::string Run::Ending() const {
+    if (!status) return "unknown";
+    if (status == 0) return "finished";
+    if (status == 255) return "usage-error";
+    if (status >= 125 && status <= 127) return "no-device";
+    return Signal() != 0 ? "signal" : "other";
 }
 
 int Run::Signal() const {
@@ -128,9 +126,8 @@ Report MakeReport(const Inputs& inputs, Pictures pictures) {
         if (!report.run.status && crash.pid == report.toolPid && crash.signal > 0)
             report.run.status = 128 + crash.signal;
     }
-    report.phases =
-            runlog::FindPhases(report.log, report.calls, report.facts, report.run.durationUs,
-                               report.run.GetEnding() == Ending::kSignal);
+    report.phases = runlog::FindPhases(report.log, report.calls, report.facts,
+                                       report.run.durationUs, report.run.Signal() != 0);
     // What comes before a device's first line is not known.
     if (report.run.place != Place::kWorkstation && !report.phases.empty()) {
         report.phases.erase(report.phases.begin());

@@ -11,16 +11,6 @@
 
 namespace runreport {
 
-// How a run came to its end, by its status.
-enum class Ending {
-    kFinished,    // 0
-    kUsageError,  // 255: the tool refused its arguments
-    kSignal,      // 128 + n: signal n ended the tool
-    kNoDevice,    // 125 to 127: the device or the command did not start
-    kOther,
-    kUnknown,  // no status, as the run's log came from elsewhere
-};
-
 // Where it took place.
 enum class Place {
     kWorkstation,  // in the stand-in device
@@ -37,7 +27,10 @@ struct Run {
     int64_t durationUs = 0;            // on a device, up to the last line of the log
     std::optional<int> status = 0;
 
-    Ending GetEnding() const;
+    // By the status: 0 "finished"; 255 "usage-error", the tool refused its arguments; 128 + n
+    // "signal", n ended the tool; 125 to 127 "no-device", it or the command did not start; "other";
+    // without a status, as the log came from elsewhere, "unknown".
+    std::string Ending() const;
     int Signal() const;              // 0 without one
     std::string SignalName() const;  // "SIGSEGV"; empty without a signal
 };
@@ -46,10 +39,10 @@ struct Run {
 struct Problem {
     std::string severity = "error";  // or "warning"
     std::string text;
-    std::string cause;  // `words` in backticks are code
-    std::string cure;   // as cause
-    std::string phase;  // in which it came first
     int64_t timeUs = 0;
+    std::string cause = "";  // `words` in backticks are code
+    std::string cure = "";   // as cause
+    std::string phase = "";  // in which it came first
     uint64_t count = 1;
     bool logged = false;     // `text` is the message of a line of the log
     bool concluded = false;  // `cause` is what this run's own log and trace tell
@@ -101,6 +94,10 @@ struct Inputs {
 
 enum class Pictures { kReduced, kNone };
 
+// Fills report->sources and report->dumps by the report's facts. Sources outside the inputs' data
+// folder are left out; a file without a picture has a note that says why.
+void ReadFrames(const Inputs& inputs, Pictures pictures, Report* report);
+
 // Reads what there is; what cannot be read is named in the report.
 Report MakeReport(const Inputs& inputs, Pictures pictures);
 
@@ -119,7 +116,7 @@ std::string ReportPage(const Report& report);
 
 // What ./run says about a run on standard error: its signal, what went wrong first, what else is
 // not as it seems. Whether the run succeeded.
-bool PrintSummary(const Inputs& inputs);
+bool PrintSummary(const Report& report);
 
 // At a terminal shows which wait the tool is in, once a second, until this process is killed or its
 // parent ends. A log that is older than the run's start does not count.

@@ -34,12 +34,6 @@ static void to_json(Json& json, const Line& line) {
 
 namespace runreport {
 
-NLOHMANN_JSON_SERIALIZE_ENUM(Ending, {{Ending::kOther, "other"},
-                                      {Ending::kFinished, "finished"},
-                                      {Ending::kUsageError, "usage-error"},
-                                      {Ending::kSignal, "signal"},
-                                      {Ending::kNoDevice, "no-device"},
-                                      {Ending::kUnknown, "unknown"}})
 NLOHMANN_JSON_SERIALIZE_ENUM(Place, {{Place::kWorkstation, "workstation"},
                                      {Place::kDevice, "device"},
                                      {Place::kImported, "imported"}})
@@ -54,10 +48,9 @@ static void to_json(Json& json, const Run& run) {
     localtime_r(&seconds, &local);
     char started[64] = "";
     if (seconds > 0) strftime(started, sizeof started, "%Y-%m-%dT%H:%M:%S%z", &local);
-    json = {{"command", run.command},    {"options", run.options},
-            {"started", started},        {"durationUs", run.durationUs},
-            {"ending", run.GetEnding()}, {"signal", run.SignalName()},
-            {"place", run.place},        {"device", run.device}};
+    json = {{"command", run.command},       {"options", run.options}, {"started", started},
+            {"durationUs", run.durationUs}, {"ending", run.Ending()}, {"signal", run.SignalName()},
+            {"place", run.place},           {"device", run.device}};
     json["status"] = run.status ? Json(*run.status) : Json();
 }
 

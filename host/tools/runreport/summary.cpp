@@ -43,8 +43,7 @@ std::string CurrentWait(const Inputs& inputs) {
 
 }  // namespace
 
-bool PrintSummary(const Inputs& inputs) {
-    const Report report = MakeReport(inputs, Pictures::kNone);
+bool PrintSummary(const Report& report) {
     const Run& run = report.run;
     if (report.log.empty() && run.place == Place::kDevice) Say("no line of the tool in its log");
     if (report.log.empty()) return true;  // what stopped the tool has been said

@@ -19,6 +19,7 @@ TEST(Explanations, EveryLineIsThereOnceWithCauseAndCure) {
         EXPECT_FALSE(entry.cause.empty() || entry.cure.empty()) << entry.lines[0];
         for (const std::string_view line : entry.lines) {
             EXPECT_TRUE(lines.insert(line).second) << line << ": twice";
+            EXPECT_EQ(line.find_first_of("*?["), line.npos) << line << ": would be a pattern";
         }
     }
 }

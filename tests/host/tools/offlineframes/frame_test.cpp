@@ -153,7 +153,7 @@ TEST(ViewFile, DevelopsRawOrShowsItsMosaic) {
     const std::string path =
             folder.File("x.raw", EncodeRaw10(FlatPicture(128, 64, {255, 255, 255}), geometry, {}));
     ViewRequest request;
-    request.known.size = geometry.size;
+    request.size = geometry.size;
     EXPECT_EQ(ValueOf(ViewFile(path, request)).WholePicture().Pixel(64, 32)[0], 255);
     request.mosaic = true;
     EXPECT_EQ(ValueOf(ViewFile(path, request)).WholePicture().Pixel(1, 1)[1],

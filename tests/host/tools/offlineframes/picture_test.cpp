@@ -46,6 +46,20 @@ TEST(Png, ComesBackAsItWasWrittenAndUpright) {
     EXPECT_EQ(turned.width, 21u);
 }
 
+TEST(MakeUpright, TurnsAndMirrorsAsExifSays) {
+    Picture stored({3, 2});
+    for (size_t i = 0; i < 18; ++i) stored.rgb[i] = static_cast<uint8_t>('0' + i / 3);
+    const char* const kUpright[] = {"012345", "210543", "543210", "345012",
+                                    "031425", "304152", "524130", "251403"};
+    for (int orientation = 1; orientation <= 8; ++orientation) {
+        const Picture upright = MakeUpright(stored, orientation);
+        std::string pixels;
+        for (size_t i = 0; i < 18; i += 3) pixels += static_cast<char>(upright.rgb[i]);
+        EXPECT_EQ(pixels, kUpright[orientation - 1]) << orientation;
+        EXPECT_EQ(upright.width, orientation < 5 ? 3u : 2u) << orientation;
+    }
+}
+
 TEST(Png, OfSixteenBitsIsSrgbAndTransparencyWhite) {
     const Bytes png = {137, 80,  78,  71, 13, 10,  26,  10, 0,  0,  0,   13,  73,  72,  68,
                        82,  0,   0,   0,  2,  0,   0,   0,  1,  16, 6,   0,   0,   0,   164,
@@ -65,7 +79,7 @@ TEST(Jpeg, OfInksIsRead) {
     ASSERT_EQ(
             tjCompress2(encoder, inks.data(), 2, 0, 1, TJPF_CMYK, &file, &size, TJSAMP_444, 100, 0),
             0);
-    const Picture read = ValueOf(DecodeJpeg(Bytes(file, file + size), "x")).picture;
+    const Picture read = ValueOf(DecodePicture(Bytes(file, file + size), "x")).picture;
     tjFree(file);
     tjDestroy(encoder);
     Picture expected({2, 1});
@@ -86,10 +100,10 @@ TEST(Jpeg, EndsAtItsEndMarkerWhateverFollows) {
     const Bytes clean = JpegBytes(GradientPicture(64, 48), 0);
     Bytes twice = clean;
     twice.insert(twice.end(), clean.begin(), clean.end());
-    const JpegPicture read = ValueOf(DecodeJpeg(twice, "x"));
+    const StoredPicture read = ValueOf(DecodePicture(twice, "x"));
     EXPECT_EQ(read.jpegBytes, clean.size());
-    EXPECT_EQ(read.picture.rgb, ValueOf(DecodeJpeg(clean, "x")).picture.rgb);
-    const JpegPicture reduced = ValueOf(DecodeJpeg(clean, "x", 20));
+    EXPECT_EQ(read.picture.rgb, ValueOf(DecodePicture(clean, "x")).picture.rgb);
+    const StoredPicture reduced = ValueOf(DecodePicture(clean, "x", 20));
     EXPECT_EQ(reduced.picture.width, 24u);  // three eighths
     EXPECT_EQ(reduced.fullSize.width, 64u);
 }
@@ -103,7 +117,7 @@ TEST(Pictures, DamagedOrHugeOnesAreErrorsThatNameTheFile) {
                                              {&jpeg, jpeg.size() - 1, ": damaged JPEG"}}) {
         for (size_t length = 8; length < end; length += 9) {
             const Bytes part(whole->begin(), whole->begin() + length);
-            const std::string path = folder.File("cut", part);
+            const std::string path = folder.File("memory", part);  // which is no reason
             ASSERT_THAT(ErrorOf(ReadPicture(path)), HasSubstr(path + reason)) << length;
         }
     }

@@ -116,6 +116,26 @@ TEST(Program, OptionsChangeWhatIsMade) {
     EXPECT_NE(make({"view"}), make({"view", "--as-stored"}));
 }
 
+TEST(Program, SaysThatMemoryRanOut) {
+#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
+    GTEST_SKIP() << "sanitizers need more address space than there is";
+#endif
+    const TestFolder folder;
+    const std::string png =
+            folder.File("large", EncodePng({9000, 9000}, [](uint32_t, uint8_t*) {}));
+    // In KiB: the chart needs 316,406 for its pixels and 237,305 for the picture made of them, the
+    // PNG 237,305 as soon as it is read.
+    for (const auto& [limit, input, said] :
+         {std::tuple("320000", std::string("chart"), "not enough memory for a"),
+          {"150000", png, "out of memory for this PNG"}}) {
+        const auto result = end_to_end::RunProgram(
+                {"sh", "-c", "ulimit -v $1; exec \"$0\" pack --size 9000x9000 \"$2\" \"$3\"",
+                 OFFLINEFRAMES, limit, input, folder.Path("out")});
+        EXPECT_EQ(result.status, 1);
+        EXPECT_THAT(result.err, HasSubstr(said));
+    }
+}
+
 TEST(FileIo, ReadsAndReplacesOnlyRegularFiles) {
     const TestFolder folder;
     ASSERT_EQ(mkfifo(folder.Path("pipe").c_str(), 0600), 0);
