@@ -1,19 +1,18 @@
-// Allocates, imports, locks and describes buffers.
+// The stream sets; allocates, imports, locks and describes buffers.
 #include "buffers.h"
 
 #include <aidlcommonsupport/NativeHandle.h>
 #include <android/binder_manager.h>
 #include <gralloctypes/Gralloc4.h>
 
-#include <cstring>
-
 namespace conformance {
 
 namespace {
 
 namespace gralloc4 = ::android::gralloc4;
+namespace metadata = ::aidl::android::hardware::camera::metadata;
 using ::aidl::android::hardware::graphics::allocator::AllocationResult;
-using ::aidl::android::hardware::graphics::common::BufferUsage;
+using ::aidl::android::hardware::graphics::common::Dataspace;
 using ::android::hardware::hidl_handle;
 using ::android::hardware::hidl_vec;
 using ::android::hardware::graphics::mapper::V4_0::Error;
@@ -22,7 +21,55 @@ using HidlFormat = ::android::hardware::graphics::common::V1_2::PixelFormat;
 constexpr uint64_t kCpuUsage = static_cast<uint64_t>(BufferUsage::CPU_READ_OFTEN) |
                                static_cast<uint64_t>(BufferUsage::CPU_WRITE_OFTEN);
 
+Stream MakeStream(int32_t id, StreamType type, PixelFormat format, int32_t width, int32_t height) {
+    const bool blob = format == PixelFormat::BLOB, output = type == StreamType::OUTPUT;
+    Stream stream;
+    stream.id = id;
+    stream.streamType = type;
+    stream.width = width;
+    stream.height = height;
+    stream.format = format;
+    stream.usage = output && !blob ? BufferUsage::CPU_READ_RARELY : BufferUsage::CPU_READ_OFTEN;
+    stream.dataSpace = blob ? Dataspace::JFIF : Dataspace::UNKNOWN;
+    stream.bufferSize = blob ? width * height * 2 : 0;
+    stream.groupId = -1;
+    stream.sensorPixelModesUsed = {metadata::SensorPixelMode::ANDROID_SENSOR_PIXEL_MODE_DEFAULT};
+    stream.dynamicRangeProfile = metadata::RequestAvailableDynamicRangeProfilesMap(1);  // STANDARD
+    stream.useCase = metadata::ScalerAvailableStreamUseCases(output ? 2 : 0);  // still capture
+    return stream;
+}
+
 }  // namespace
+
+const char* NameOf(int32_t mode) {
+    return mode == kB2Y ? "B2Y" : mode == kY2J ? "Y2J" : "MMF";
+}
+
+size_t FramesOf(int32_t mode) {
+    return mode == kMMF ? 3 : 1;
+}
+
+bool IsInput(const Stream& stream) {
+    return stream.streamType == StreamType::INPUT;
+}
+
+int64_t RowBytes(const Plane& plane) {
+    return plane.widthInSamples * plane.sampleIncrementInBits / 8;
+}
+
+Configuration ConfigurationOf(Mode mode) {
+    const auto in = StreamType::INPUT, out = StreamType::OUTPUT;
+    const auto raw = PixelFormat::RAW10, yuv = PixelFormat::YCBCR_420_888;
+    const bool file = mode == kY2J;
+    Configuration info;
+    info.cameraId = "2";
+    info.opMode = mode;
+    info.streams = {file ? MakeStream(0, in, yuv, 4000, 3000) : MakeStream(0, in, raw, 4096, 3072)};
+    if (mode == kMMF) info.streams.push_back(MakeStream(1, in, yuv, 640, 480));
+    info.streams.push_back(
+            MakeStream(mode == kMMF ? 2 : 1, out, file ? PixelFormat::BLOB : yuv, 4000, 3000));
+    return info;
+}
 
 Buffer::Buffer(Allocator& allocator, ::android::sp<Mapper> mapper, const Stream& stream)
     : m_mapper(std::move(mapper)) {
@@ -47,26 +94,15 @@ Buffer::Buffer(Allocator& allocator, ::android::sp<Mapper> mapper, const Stream&
         m_handle = buffer;  // null after an error
     });
     native_handle_delete(raw);
-    if (imported.isOk() && m_handle != nullptr) ReadGeometry();
-}
-
-void Buffer::ReadGeometry() {
+    if (!imported.isOk() || m_handle == nullptr) return;
     const auto read = [&](const Mapper::MetadataType& type, const auto& decode, auto* out) {
         const auto called = m_mapper->get(m_handle, type, [&](Error error, const auto& metadata) {
             if (error == Error::NONE) decode(metadata, out);
         });
         (void)called.isOk();
     };
-    std::vector<::aidl::android::hardware::graphics::common::PlaneLayout> layouts;
     read(gralloc4::MetadataType_AllocationSize, gralloc4::decodeAllocationSize, &m_size);
-    read(gralloc4::MetadataType_PlaneLayouts, gralloc4::decodePlaneLayouts, &layouts);
-    for (const auto& layout : layouts) {
-        const auto rowBytes = layout.widthInSamples * layout.sampleIncrementInBits / 8;
-        m_planes.push_back({static_cast<uint64_t>(layout.offsetInBytes),
-                            static_cast<uint64_t>(layout.strideInBytes),
-                            static_cast<uint64_t>(rowBytes),
-                            static_cast<uint64_t>(layout.heightInSamples)});
-    }
+    read(gralloc4::MetadataType_PlaneLayouts, gralloc4::decodePlaneLayouts, &m_planes);
 }
 
 NativeHandle Buffer::Handle() const {
@@ -82,10 +118,6 @@ void Buffer::Access(const std::function<void(uint8_t* bytes)>& use) {
     if (!locked.isOk() || bytes == nullptr) return;
     use(static_cast<uint8_t*>(bytes));
     (void)m_mapper->unlock(m_handle, [](Error, const hidl_handle&) {}).isOk();
-}
-
-void Buffer::Fill(uint8_t value) {
-    Access([&](uint8_t* bytes) { memset(bytes, value, m_size); });
 }
 
 Pool::Pool() : m_mapper(Buffer::Mapper::getService()) {

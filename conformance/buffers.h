@@ -5,9 +5,11 @@
 #include <aidl/android/hardware/camera/device/Stream.h>
 #include <aidl/android/hardware/common/NativeHandle.h>
 #include <aidl/android/hardware/graphics/allocator/IAllocator.h>
+#include <aidl/android/hardware/graphics/common/PlaneLayout.h>
 #include <aidl/vendor/zel/hardware/camera/offlinecamera/OfflineSessionConfigureInfo.h>
 #include <android/hardware/graphics/mapper/4.0/IMapper.h>
 
+#include <cstring>
 #include <functional>
 #include <map>
 #include <memory>
@@ -19,6 +21,8 @@ namespace conformance {
 
 using ::aidl::android::hardware::camera::device::Stream;
 using ::aidl::android::hardware::camera::device::StreamType;
+using ::aidl::android::hardware::common::NativeHandle;
+using ::aidl::android::hardware::graphics::common::BufferUsage;
 using ::aidl::android::hardware::graphics::common::PixelFormat;
 using Configuration =
         ::aidl::vendor::zel::hardware::camera::offlinecamera::OfflineSessionConfigureInfo;
@@ -27,25 +31,15 @@ enum Mode : int32_t { kB2Y = 0, kY2J = 1, kMMF = 3 };
 inline constexpr Mode kModes[] = {kB2Y, kY2J, kMMF};
 
 const char* NameOf(int32_t mode);
-
-// Input frames of one request.
-inline size_t FramesOf(int32_t mode) {
-    return mode == kMMF ? 3 : 1;
-}
+size_t FramesOf(int32_t mode);  // input frames of one request
+bool IsInput(const Stream& stream);
 
 // All input streams, then the output stream.
 Configuration ConfigurationOf(Mode mode);
 
-inline bool IsInput(const Stream& stream) {
-    return stream.streamType == StreamType::INPUT;
-}
-
-using ::aidl::android::hardware::common::NativeHandle;
-
-// Where the rows of a plane's picture are, in bytes.
-struct Plane {
-    uint64_t offset, stride, rowBytes, rows;
-};
+// A plane's picture, and the bytes of one of its rows without padding.
+using Plane = ::aidl::android::hardware::graphics::common::PlaneLayout;
+int64_t RowBytes(const Plane& plane);
 
 // A buffer that is imported into this process. Used by one thread at a time.
 class Buffer {
@@ -55,22 +49,20 @@ class Buffer {
 
     // A BLOB stream gets a buffer of its buffer size by 1.
     Buffer(Allocator& allocator, ::android::sp<Mapper> mapper, const Stream& stream);
-    Buffer(const Buffer&) = delete;
-    Buffer& operator=(const Buffer&) = delete;
 
     // A duplicate; empty where the buffer could not be made.
     NativeHandle Handle() const;
-    uint64_t Size() const { return m_size; }  // bytes
+    int64_t Size() const { return static_cast<int64_t>(m_size); }  // bytes
     // Those of the picture; none of a BLOB.
     const std::vector<Plane>& Planes() const { return m_planes; }
 
     // Calls `use` with the first byte, for reading and writing, unless the lock fails.
     void Access(const std::function<void(uint8_t* bytes)>& use);
-    void Fill(uint8_t value);
+    void Fill(uint8_t value) {
+        Access([=](uint8_t* bytes) { memset(bytes, value, m_size); });
+    }
 
   private:
-    void ReadGeometry();
-
     const ::android::sp<Mapper> m_mapper;
     void* m_handle = nullptr;  // until the process ends, as buffers are
     uint64_t m_size = 0;

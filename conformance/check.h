@@ -15,8 +15,8 @@ using std::chrono::milliseconds;
 
 // The longest wait of a check, and the test client's for a shutter or a result.
 inline constexpr milliseconds kWait(5000);
-// How long something is awaited that must not come.
-inline constexpr milliseconds kQuiet(1000);
+// How long something is awaited that must not come, or that must come soon.
+inline constexpr milliseconds kSecond(1000);
 
 enum class Outcome { kOk, kFail, kWarn, kSkip };
 
@@ -40,6 +40,9 @@ inline Verdict Skip(std::string reason) {
 inline Verdict Require(bool holds, std::string expected, std::string came) {
     return holds ? Verdict() : Fail(std::move(expected), std::move(came));
 }
+inline Verdict Better(bool holds, std::string remark) {
+    return holds ? Verdict() : Warn(std::move(remark));
+}
 
 // One text of several parts.
 template <class... Parts>
@@ -52,22 +55,16 @@ std::string Say(const Parts&... parts) {
 using Run = std::function<Verdict(Device&)>;
 
 struct Check {
-    std::string name;  // "group.what-holds"
+    std::string name;
     std::string rule;
     Run run;
+    std::string group = {};
 };
 
 using Checks = std::vector<Check>;
 
-Checks RegistrationChecks();
-Checks SessionChecks();
-Checks ConfigurationChecks();
-Checks ProcessChecks();
-Checks RequestChecks();
-Checks ContentChecks();
-Checks LendingChecks();
-Checks FenceChecks();
-Checks EnduranceChecks();
-Checks PhysicsChecks();  // of a service with the reference service's physics
+extern const Checks kRegistrationChecks, kSessionChecks, kConfigurationChecks, kProcessChecks,
+        kRequestChecks, kContentChecks, kLendingChecks, kFenceChecks, kEnduranceChecks;
+extern const Checks kPhysicsChecks;  // of a service with the reference service's physics
 
 }  // namespace conformance

@@ -3,10 +3,13 @@
 
 #include <aidl/vendor/zel/hardware/camera/offlinecamera/BpOfflineCameraCallback.h>
 #include <android/binder_manager.h>
+#include <fcntl.h>
 #include <system/camera_metadata.h>
 
 #include <algorithm>
 #include <fstream>
+#include <functional>
+#include <future>
 #include <iterator>
 #include <set>
 #include <thread>
@@ -23,8 +26,12 @@ constexpr int kMostUnanswered = 4;  // calls, before the rest is skipped
 int s_unanswered = 0;
 std::string s_lastAnswered, s_firstDead;  // calls
 
-std::vector<uint8_t> OrientationMetadata() {
+// What the test client sends: the device's own dump, where there is one, and for Y2J 90 degrees.
+std::vector<uint8_t> MetadataFor(int32_t mode) {
+    std::ifstream file("/data/vendor/camera/metadata/original_dump.bin", std::ios::binary);
     std::vector<uint8_t> blob;
+    if (mode != kY2J) blob.assign(std::istreambuf_iterator<char>(file), {});
+    if (!blob.empty()) return blob;
     const int32_t degrees = 90;
     camera_metadata_t* const metadata = allocate_camera_metadata(10, 80);
     add_camera_metadata_entry(metadata, ANDROID_JPEG_ORIENTATION, &degrees, 1);
@@ -32,13 +39,6 @@ std::vector<uint8_t> OrientationMetadata() {
     if (metadata != nullptr) blob.assign(bytes, bytes + get_camera_metadata_size(metadata));
     free_camera_metadata(metadata);
     return blob;
-}
-
-// The device's own dump, as the test client sends it, where there is one.
-std::vector<uint8_t> FrameMetadata() {
-    std::ifstream file("/data/vendor/camera/metadata/original_dump.bin", std::ios::binary);
-    const std::vector<uint8_t> dump{std::istreambuf_iterator<char>(file), {}};
-    return dump.empty() ? OrientationMetadata() : dump;
 }
 
 }  // namespace
@@ -50,30 +50,22 @@ std::string Answer::Text() const {
 }
 
 Answer Bounded(const std::string& name, Call call) {
-    struct Pending {
-        std::mutex lock;  // guards the answer
-        std::condition_variable came;
+    std::packaged_task<Answer()> task([call = std::move(call)] {
         Answer answer;
-    };
-    const auto pending = std::make_shared<Pending>();
-    pending->answer.call = name;
-    std::thread([pending, call = std::move(call)] {
-        int32_t number = 0;
-        auto status = std::make_shared<ScopedAStatus>(call(&number));
-        const auto returned = Clock::now();
-        const std::lock_guard<std::mutex> guard(pending->lock);
-        pending->answer.returned = returned;
-        pending->answer.status = std::move(status);
-        pending->answer.number = number;
-        pending->came.notify_all();
-    }).detach();
-    std::unique_lock<std::mutex> guard(pending->lock);
-    const bool came =
-            pending->came.wait_for(guard, kWait, [&] { return pending->answer.status != nullptr; });
-    if (!came) ++s_unanswered;
-    if (pending->answer.Died() && s_firstDead.empty()) s_firstDead = ", before " + name + " was";
-    if (came && !pending->answer.Died()) s_lastAnswered = name;
-    return pending->answer;
+        answer.status = std::make_shared<ScopedAStatus>(call(&answer));
+        answer.returned = Clock::now();
+        return answer;
+    });
+    std::future<Answer> coming = task.get_future();
+    std::thread(std::move(task)).detach();
+    Answer answer;
+    const bool came = coming.wait_for(kWait) == std::future_status::ready;
+    if (came) answer = coming.get();
+    answer.call = name;
+    s_unanswered += !came;
+    if (answer.Died() && s_firstDead.empty()) s_firstDead = ", before " + name + " was";
+    if (came && !answer.Died()) s_lastAnswered = name;
+    return answer;
 }
 
 bool Eventually(const std::function<bool()>& holds, milliseconds limit) {
@@ -90,7 +82,7 @@ bool Device::Connect() {
         binder.set(AServiceManager_checkService(kInstance));
         return binder.get() != nullptr && AIBinder_ping(binder.get()) == STATUS_OK;
     };
-    if (!Eventually(look)) return false;
+    if (s_unanswered >= kMostUnanswered || !Eventually(look)) return false;
     service = package::IOfflineCameraService::fromBinder(binder);
     m_canOpen.reset();
     m_plain.clear();
@@ -98,12 +90,8 @@ bool Device::Connect() {
     return true;
 }
 
-bool Device::Hangs() {
-    return s_unanswered >= kMostUnanswered;
-}
-
 std::string Device::Trouble() {
-    if (Hangs()) return Say(kMostUnanswered, " calls were not answered");
+    if (s_unanswered >= kMostUnanswered) return Say(kMostUnanswered, " calls were not answered");
     const bool dead = AIBinder_ping(binder.get()) == STATUS_DEAD_OBJECT;
     return dead ? "the service died after " + s_lastAnswered + " was answered" + s_firstDead : "";
 }
@@ -113,31 +101,25 @@ Callback Device::ForeignCallback() {
 }
 
 Answer Device::Register(int32_t id, const Callback& callback) {
-    return Bounded("registerClient", [=, service = service](int32_t*) {
+    return Bounded("registerClient", [=, service = service](Answer*) {
         return service->registerClient(id, callback);
     });
 }
 
-Answer Device::Open(const std::string& name, const Callback& callback, SessionProxy* session) {
-    const auto place = std::make_shared<SessionProxy>();
-    Answer answer = Bounded("openOfflineSession", [=, service = service](int32_t*) {
-        return service->openOfflineSession(name, callback, place.get());
+Answer Device::Open(const Callback& callback) {
+    return Bounded("openOfflineSession", [=, service = service](Answer* answer) {
+        return service->openOfflineSession("offlincameratest", callback, &answer->session);
     });
-    if (answer.Ok()) *session = *place;
-    return answer;
 }
 
-Answer Device::ListModes(std::vector<int32_t>* modes) {
-    const auto place = std::make_shared<std::vector<int32_t>>();
-    Answer answer = Bounded("getSupportedOpModes", [=, service = service](int32_t*) {
-        return service->getSupportedOpModes(place.get());
+Answer Device::ListModes() {
+    return Bounded("getSupportedOpModes", [service = service](Answer* answer) {
+        return service->getSupportedOpModes(&answer->modes);
     });
-    if (answer.Ok()) *modes = *place;
-    return answer;
 }
 
 bool Device::CanOpen() {
-    if (!m_canOpen) m_canOpen = service != nullptr && Session(*this).IsOpen();
+    if (!m_canOpen) m_canOpen = Session(*this).IsOpen();
     return *m_canOpen;
 }
 
@@ -147,22 +129,42 @@ const PlainRun& Device::Plain(Mode mode) {
     return run->second;
 }
 
-std::vector<const PlainRun*> Device::Claimed() {
+std::vector<const PlainRun*> Device::Claimed(std::optional<Mode> mode) {
     std::vector<const PlainRun*> claimed;
-    for (const Mode mode : kModes) {
-        if (Plain(mode).configured.Ok()) claimed.push_back(&Plain(mode));
+    for (const Mode each : kModes) {
+        const bool wanted = !mode || *mode == each;
+        if (wanted && Plain(each).configured.Ok()) claimed.push_back(&Plain(each));
     }
     return claimed;
 }
 
-const PlainRun* Device::Working() {
-    for (const PlainRun* run : Claimed()) {
+const PlainRun* Device::Working(std::optional<Mode> mode) {
+    for (const PlainRun* run : Claimed(mode)) {
         if (run->Works()) return run;
     }
     return nullptr;
 }
 
-OfflineRequestInfo Device::Request(const Configuration& info, int64_t idOffset) {
+Session::Session(Device& device)
+    : device(device),
+      client(ndk::SharedRefBase::make<Recorder>(&device.pool)),
+      opened(device.Open(client)),
+      proxy(opened.Ok() ? opened.session : nullptr) {}
+
+Session::~Session() {
+    if (client->ServiceProcess() != 0) device.process = client->ServiceProcess();
+    if (IsOpen() && !m_closed) Close();
+}
+
+Answer Session::Configure(const Configuration& wanted) {
+    const Answer answer = Bounded("configureOfflineStreams", [proxy = proxy, wanted](Answer*) {
+        return proxy->configureOfflineStreams(wanted);
+    });
+    if (answer.Ok()) info = wanted;
+    return answer;
+}
+
+OfflineRequestInfo Session::Request(int64_t idOffset) {
     int64_t inputId = idOffset, outputId = idOffset;
     OfflineRequestInfo request;
     request.frameNumber = -1;
@@ -171,46 +173,26 @@ OfflineRequestInfo Device::Request(const Configuration& info, int64_t idOffset) 
         list->emplace_back();
         list->back().streamId = stream.id;
         list->back().bufferId = id;
-        list->back().buffer = pool.Get(stream, number).Handle();
+        list->back().buffer = device.pool.Get(stream, number).Handle();
     };
     for (size_t frame = 0; frame < request.inFrameInfos.size(); ++frame) {
         auto& input = request.inFrameInfos[frame];
-        input.metadata = info.opMode == kY2J ? OrientationMetadata() : FrameMetadata();
+        input.metadata = MetadataFor(info.opMode);
         for (const Stream& stream : info.streams) {
             if (IsInput(stream)) add(stream, frame, ++inputId, &input.buffers);
         }
     }
+    auto& outputs = request.outputBuffers;
     for (const Stream& stream : info.streams) {
-        if (IsInput(stream)) continue;
-        add(stream, request.outputBuffers.size(), ++outputId, &request.outputBuffers);
+        if (!IsInput(stream)) add(stream, outputs.size(), ++outputId, &outputs);
     }
     return request;
 }
 
-Session::Session(Device& device, const std::string& name)
-    : client(ndk::SharedRefBase::make<Recorder>(&device.pool)), m_device(device) {
-    opened = device.Open(name, client, &proxy);
-}
-
-Session::~Session() {
-    if (client->ServiceProcess() != 0) m_device.process = client->ServiceProcess();
-    if (IsOpen() && !m_closed) Close();
-}
-
-Answer Session::Configure(const Configuration& info) {
-    Answer answer = Bounded("configureOfflineStreams", [proxy = proxy, info](int32_t*) {
-        return proxy->configureOfflineStreams(info);
-    });
-    const auto outputs = std::count_if(info.streams.begin(), info.streams.end(),
-                                       [](const Stream& stream) { return !IsInput(stream); });
-    if (answer.Ok()) m_outputs = static_cast<size_t>(outputs);
-    return answer;
-}
-
 Answer Session::Process(std::vector<OfflineRequestInfo> requests) {
     const auto sent = std::make_shared<std::vector<OfflineRequestInfo>>(std::move(requests));
-    return Bounded("processOfflineRequest", [proxy = proxy, sent](int32_t* number) {
-        return proxy->processOfflineRequest(*sent, number);
+    return Bounded("processOfflineRequest", [proxy = proxy, sent](Answer* answer) {
+        return proxy->processOfflineRequest(*sent, &answer->number);
     });
 }
 
@@ -223,71 +205,81 @@ Answer Session::Process(OfflineRequestInfo request) {
 Answer Session::Close() {
     m_closed = true;
     return Bounded("closeOfflineSession",
-                   [proxy = proxy](int32_t*) { return proxy->closeOfflineSession(); });
+                   [proxy = proxy](Answer*) { return proxy->closeOfflineSession(); });
 }
 
 Verdict Session::AwaitResult(const Answer& sent, const std::string& what) {
     if (!sent.Ok()) return sent.MustSucceed(what);
+    const auto outputs =
+            std::count_if(info.streams.begin(), info.streams.end(), std::not_fn(IsInput));
     const auto complete = [&](const Events& events) {
-        return Failed(events, sent.number) ||
-               BuffersOf(Of(events, Event::kResult, sent.number)).size() >= m_outputs;
+        const auto named = BuffersOf(Of(events, Event::kResult, sent.number));
+        return Failed(events, sent.number) || named.size() >= static_cast<size_t>(outputs);
     };
     const bool came = client->WaitFor(complete);
     return Require(came && !Failed(All(), sent.number), Say(what, " of frame ", sent.number),
                    Text(All()) + (came ? "" : ", and no more in 5 s"));
 }
 
-Verdict Session::Exchange(const Configuration& info, const std::string& what, int64_t idOffset) {
-    return AwaitResult(Process(m_device.Request(info, idOffset)), what);
+Verdict Session::Exchange(const std::string& what, int64_t idOffset) {
+    return AwaitResult(Process(Request(idOffset)), what);
 }
 
 Verdict Session::AwaitEnds(size_t count) {
-    const auto ended = [](const Events& events) {
-        std::set<int32_t> frames;
+    std::set<int32_t> ended;  // frames
+    const auto more = [&](const Events& events) {
+        const size_t before = ended.size();
         for (const Event& event : events) {
-            const bool ends = event.kind == Event::kError || !event.buffers.empty();
-            if (ends && event.frame != -1) frames.insert(event.frame);
+            const bool result = event.kind == Event::kResult && !event.buffers.empty();
+            if (result || event.kind == Event::kError) ended.insert(event.frame);
         }
-        return frames.size();
+        return ended.size() > before;
     };
-    for (size_t i = 1; i <= count; ++i) {
-        if (client->WaitFor([&](const Events& events) { return ended(events) >= i; })) continue;
-        return Fail(Say("result or error of each of ", count, " frames, within 5 s"), Text(All()));
-    }
-    return {};
+    while (ended.size() < count && client->WaitFor(more)) continue;
+    return Require(ended.size() >= count,
+                   Say("result or error of each of ", count, " frames, within 5 s"), Text(All()));
 }
 
-Run OnSession(const std::function<Verdict(Device&, Session&)>& use) {
+NativeHandle FenceOf(int descriptor) {
+    NativeHandle handle;
+    handle.fds.emplace_back(fcntl(descriptor, F_DUPFD_CLOEXEC, 0));
+    return handle;
+}
+
+Run OnSession(const Use& use) {
     return [=](Device& device) {
         if (!device.CanOpen()) return Skip("no session can be opened: see session.open");
         Session session(device);
-        return session.IsOpen() ? use(device, session)
-                                : session.opened.MustSucceed("a session, as before");
+        return session.IsOpen() ? use(session) : session.opened.MustSucceed("a session, as before");
     };
 }
 
-Run OnStreams(const UseStreams& use, const Configuration& given) {
-    return OnSession([=](Device& device, Session& session) {
-        const PlainRun* run = device.Working();
+Run OnStreams(const Use& use, std::optional<Mode> mode) {
+    return [=](Device& device) -> Verdict {
+        // Before the session is opened, as the service may have but one.
+        const PlainRun* run = device.CanOpen() ? device.Working(mode) : nullptr;
+        if (run == nullptr && mode) return Skip(Say(NameOf(*mode), " brings no results"));
         if (run == nullptr) return Skip("no mode brings results: see configuration and process");
-        const Configuration& info = given.streams.empty() ? run->info : given;
-        const Answer taken = session.Configure(info);
-        return taken.Ok() ? use(device, session, info)
-                          : taken.MustSucceed("streams taken as before");
-    });
+        return OnSession([=](Session& session) {
+            const Answer taken = session.Configure(run->info);
+            return taken.Ok() ? use(session) : taken.MustSucceed("streams taken as before");
+        })(device);
+    };
 }
 
-Run OnPlainRuns(const LookAtRun& look, const std::string& reason) {
-    return [=](Device& device) {
+Check Noted(const std::string& name, const std::string& rule, const std::string& reason) {
+    const auto look = [=](Device& device) {
         if (!device.pool.Ready()) return Skip("no graphics allocator, or no mapper 4.0");
-        bool any = false;
+        Verdict verdict = Skip(device.Claimed().empty() ? "no mode is taken" : reason);
         for (const PlainRun* run : device.Claimed()) {
-            const std::optional<Verdict> verdict = look(*run);
-            if (verdict && !verdict->Good()) return *verdict;
-            any |= verdict.has_value();
+            const auto found = run->findings.find(name);
+            if (found == run->findings.end()) continue;
+            verdict = found->second;
+            if (!verdict.Good()) break;
         }
-        return any ? Verdict() : Skip(reason);
+        return verdict;
     };
+    return {name, rule, look};
 }
 
 }  // namespace conformance

@@ -17,85 +17,80 @@ using Callback = std::shared_ptr<package::IOfflineCameraCallback>;
 using SessionProxy = std::shared_ptr<package::IOfflineCameraSession>;
 using package::OfflineRequestInfo;
 
-// What came of a call.
 struct Answer {
     std::string call;
     std::shared_ptr<ndk::ScopedAStatus> status;  // null if it did not return within kWait
-    int32_t number = 0;                          // what processOfflineRequest returned
     Clock::time_point returned = {};
+    int32_t number = 0;               // what processOfflineRequest returned
+    SessionProxy session = {};        // what openOfflineSession returned
+    std::vector<int32_t> modes = {};  // what getSupportedOpModes returned
 
     bool Ok() const { return status != nullptr && status->isOk(); }
     bool Died() const { return status != nullptr && status->getStatus() == STATUS_DEAD_OBJECT; }
     bool Refused() const { return status != nullptr && !status->isOk() && !Died(); }
     std::string Text() const;
-
     Verdict MustSucceed(const std::string& what) const { return Require(Ok(), what, Text()); }
     Verdict MustBeRefused() const { return Require(Refused(), "a refusal", Text()); }
     Verdict MustReturn() const { return Require(Ok() || Refused(), "any answer", Text()); }
 };
 
-// Makes a call on a thread of its own and waits for kWait. A call that takes longer keeps its
-// thread; so it must own what it uses.
-using Call = std::function<ndk::ScopedAStatus(int32_t* number)>;
+// Makes a call, which may write what it returns, on a thread of its own and waits for kWait. A call
+// that takes longer keeps its thread; so it must own what it uses.
+using Call = std::function<ndk::ScopedAStatus(Answer* answer)>;
 Answer Bounded(const std::string& name, Call call);
 
 // Asks every few milliseconds. Returns whether it held within the limit.
 bool Eventually(const std::function<bool()>& holds, milliseconds limit = kWait);
 
-// What the service wrote to the output buffer of the first two frames, whose input is the same
-// while the buffer's bytes were others before.
-struct Picture {
-    std::string unwritten;           // where the picture kept its bytes both times; empty: nowhere
-    std::string outside;             // where bytes beside the picture changed
-    bool sameForOtherInput = false;  // the third frame has another input
-    bool changedLater = false;       // the third one, after its result
-    std::vector<uint8_t> bytes;      // of the first one
-};
-
-struct SentFrame {
-    Answer answer;
-    bool result = false;
-};
-
-// Three requests of a mode one after the other, as the test client would send them.
+// Three requests of a mode one after the other, as the test client would send them, and what checks
+// find in what came of them.
 struct PlainRun {
     static constexpr size_t kFrames = 3;
 
     Configuration info;
     Answer configured;
-    std::vector<SentFrame> frames;
+    std::vector<Answer> sent;
+    size_t complete = 0;  // frames, all of whose result came
     Events events;
-    Picture picture;
+    std::vector<uint8_t> picture;             // all of the first frame's output buffer
+    std::map<std::string, Verdict> findings;  // by a check's name
 
     std::string Mode() const { return NameOf(info.opMode); }
-    bool Works() const { return !picture.bytes.empty() && frames.size() == kFrames; }
+    bool Works() const { return complete == kFrames && !picture.empty(); }
+    bool Borrows() const;
+    // Keeps the first one of a check that is not good.
+    void Note(const std::string& check, const Verdict& verdict);
+    void Expect(const char* check, bool holds, const std::string& expected,
+                const std::string& came) {
+        Note(check, Require(holds, expected, came));
+    }
 };
+
+void JudgeFile(PlainRun* run);
+void JudgeLending(PlainRun* run);
 
 class Device {
   public:
     static constexpr char kInstance[] =
             "vendor.zel.hardware.camera.offlinecamera.IOfflineCameraService/default";
 
-    // Waits until the service is registered, and takes it. False after kWait.
+    // Waits until the service is registered, and takes it. False after kWait, or if it hangs.
     bool Connect();
     // Why nothing more can be checked: the service is dead, or hangs. Else empty.
     std::string Trouble();
-    bool Hangs();
 
     Answer Register(int32_t id, const Callback& callback);
-    Answer Open(const std::string& name, const Callback& callback, SessionProxy* session);
+    Answer Open(const Callback& callback);
     // Of another interface, as the service's own object is.
     Callback ForeignCallback();
-    Answer ListModes(std::vector<int32_t>* modes);
+    Answer ListModes();
 
     bool CanOpen();  // a first session
     const PlainRun& Plain(Mode mode);
-    // The plain runs of the modes whose streams are taken; of those, the first with a result.
-    std::vector<const PlainRun*> Claimed();
-    const PlainRun* Working();
-
-    // A request in the test client's form, whose buffer ids begin above `idOffset`.
-    OfflineRequestInfo Request(const Configuration& info, int64_t idOffset = 0);
+    // The plain runs of the modes whose streams are taken, or of one mode if they are.
+    std::vector<const PlainRun*> Claimed(std::optional<Mode> mode = {});
+    // The first of them that works, or null.
+    const PlainRun* Working(std::optional<Mode> mode = {});
 
     ndk::SpAIBinder binder;
     std::shared_ptr<package::IOfflineCameraService> service;  // null for another interface
@@ -112,70 +107,58 @@ class Device {
 // An open session and its client. Closed at the end.
 class Session {
   public:
-    explicit Session(Device& device, const std::string& name = "offlincameratest");
+    explicit Session(Device& device);
     ~Session();
 
     bool IsOpen() const { return proxy != nullptr; }
-    Answer Configure(const Configuration& info);
+    Answer Configure(const Configuration& wanted);
+    // A request in the test client's form, whose buffer ids begin above `idOffset`.
+    OfflineRequestInfo Request(int64_t idOffset = 0);
     Answer Process(std::vector<OfflineRequestInfo> requests);
     Answer Process(OfflineRequestInfo request);
     Answer Close();
 
     // Waits until every output of a frame is in results. `what` is expected.
     Verdict AwaitResult(const Answer& sent, const std::string& what = "a result");
-    // Sends a request and awaits its result.
-    Verdict Exchange(const Configuration& info, const std::string& what, int64_t idOffset = 0);
+    Verdict Exchange(const std::string& what, int64_t idOffset = 0);
     // Waits until `count` frames have brought a result or an error. Each may take kWait.
     Verdict AwaitEnds(size_t count);
     Events All() { return client->All(); }
 
-    Answer opened;
-    std::shared_ptr<Recorder> client;
-    SessionProxy proxy;
+    Device& device;
+    const std::shared_ptr<Recorder> client;
+    const Answer opened;
+    const SessionProxy proxy;
+    Configuration info;  // the streams of its requests: those that were taken
 
   private:
-    Device& m_device;
     bool m_closed = false;
-    size_t m_outputs = 0;
 };
 
-// The events of one kind, and of one frame unless it is -1.
-Events Of(const Events& events, Event::Kind kind, int32_t frame = -1);
-std::vector<BufferMark> BuffersOf(const Events& events);
-// Whether an error message or a broken buffer tells that the frame failed.
-bool Failed(const Events& events, int32_t frame);
-bool FencesSignal(const Events& events);  // all of them, within kWait
-std::string Text(const BufferMark& buffer);
-std::string Text(const Events& events);
-
 // Closes with frames in flight. No callback may come then.
-Verdict ClosesInFlight(Device& device, Session& session, const Configuration& info);
+Verdict ClosesInFlight(Session& session);
 
-// What a client may be in when it dies.
+// A duplicate of the descriptor as a fence. An eventfd is readable once it is signalled, as a sync
+// fence is.
+NativeHandle FenceOf(int descriptor);
+
+// What a client may be in when it dies. One more is "waiting", for a fence.
 inline constexpr const char* kVictimStates[] = {"registered", "opened",   "configured",
                                                 "in-flight",  "callback", "lending"};
 
-// Starts this program as a client, and kills it in the state. Returns what went wrong.
-std::string KillClient(const std::string& state);
+// Starts this program as a client, kills it in the state, and looks whether its session ends. Skips
+// if it does not get there.
+Verdict KillClient(Device& device, const std::string& state);
+[[noreturn]] void BeVictim(const std::string& last);  // the life of such a client
 
-// The life of such a client.
-[[noreturn]] void BeVictim(const std::string& state);
-
-// What a process holds; zeroes where /proc does not tell.
-struct Held {
-    size_t descriptors = 0, threads = 0, sharedMappings = 0;
-};
-Held HeldBy(pid_t process);
-
-// A check on an open session, and on one with streams: those given, or those of the first mode that
+// A check on an open session, and on one with streams: those of the mode, or of the first one that
 // brings results.
-Run OnSession(const std::function<Verdict(Device&, Session&)>& use);
-using UseStreams = std::function<Verdict(Device&, Session&, const Configuration&)>;
-Run OnStreams(const UseStreams& use, const Configuration& info = {});
+using Use = std::function<Verdict(Session&)>;
+Run OnSession(const Use& use);
+Run OnStreams(const Use& use, std::optional<Mode> mode = {});
 
-// A check of the plain runs, up to the first finding. `look` gives nothing for a run that it does
-// not apply to; where it applies to none, `reason` tells why the check is skipped.
-using LookAtRun = std::function<std::optional<Verdict>(const PlainRun&)>;
-Run OnPlainRuns(const LookAtRun& look, const std::string& reason = "no mode is taken");
+// A check whose findings the plain runs note. Where none does, it is skipped for the reason.
+Check Noted(const std::string& name, const std::string& rule,
+            const std::string& reason = "no frame was taken: see process.taken");
 
 }  // namespace conformance

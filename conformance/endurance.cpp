@@ -3,10 +3,13 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <signal.h>
+#include <sys/eventfd.h>
+#include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <fstream>
+#include <algorithm>
+#include <array>
 
 #include "device.h"
 
@@ -17,13 +20,6 @@ namespace {
 // Less than a leak in every tenth round makes, more than a late thread of a pool.
 constexpr size_t kSlack = 4;
 
-// Tells the parent and waits to be killed.
-[[noreturn]] void Arrive(bool arrived) {
-    const char byte = arrived ? '+' : '-';
-    if (write(STDOUT_FILENO, &byte, 1) == 1) sleep(30);
-    _exit(1);
-}
-
 size_t EntriesOf(const std::string& folder) {
     DIR* const opened = opendir(folder.c_str());
     size_t count = 0;
@@ -32,65 +28,76 @@ size_t EntriesOf(const std::string& folder) {
     return count;
 }
 
-std::string Text(const Held& held) {
-    return Say(held.descriptors, " descriptors, ", held.threads, " threads, ", held.sharedMappings,
-               " shared mappings");
+// What a process holds, by folders in /proc; zeroes where that does not tell.
+constexpr const char* kFolders[] = {"fd", "task", "map_files"};
+constexpr const char* kHeld[] = {" descriptors", " threads", " mapped files"};
+using Held = std::array<size_t, std::size(kHeld)>;
+
+Held HeldBy(pid_t process) {
+    Held held;
+    for (size_t i = 0; i < held.size(); ++i) {
+        held[i] = EntriesOf(Say("/proc/", process, "/", kFolders[i]));
+    }
+    return held;
 }
 
 // Calls `round` some times to warm up, then `count` times, after which the service must hold no
-// more than before. `round` returns what went wrong.
+// more than before.
 Verdict LeavesNothing(Device& device, int warmUp, int count,
-                      const std::function<std::string(int)>& round) {
-    Held before, after;
+                      const std::function<Verdict(int)>& round) {
+    Held before = {};
     for (int i = 0; i < warmUp + count; ++i) {
         if (i == warmUp) before = HeldBy(device.process);
-        const std::string problem = round(i);
-        if (!problem.empty()) return Fail(Say("round ", i + 1, " as the first one"), problem);
+        const Verdict verdict = round(i);
+        if (!verdict.Good()) return Fail(Say("round ", i + 1, " as the first one"), verdict.came);
     }
-    if (before.threads == 0) return Skip("all went well; /proc does not tell what is held");
-    const auto look = [&] {
-        after = HeldBy(device.process);
-        return after.descriptors <= before.descriptors + kSlack &&
-               after.threads <= before.threads + kSlack &&
-               after.sharedMappings <= before.sharedMappings + kSlack;
+    if (before == Held{}) return Skip("all went well; /proc does not tell what is held");
+    std::string more;
+    const auto nothing = [&] {
+        const Held after = HeldBy(device.process);
+        more.clear();
+        for (size_t i = 0; i < after.size(); ++i) {
+            if (after[i] > before[i] + kSlack)
+                more += Say(after[i], kHeld[i], " after ", before[i], "; ");
+        }
+        return more.empty();
     };
-    const bool freed = Eventually(look, std::chrono::seconds(1));
-    return Require(freed, Say("no more than before ", count, " rounds: ", Text(before)),
-                   Text(after));
+    return Require(Eventually(nothing, kSecond), Say("no more held than before ", count, " rounds"),
+                   more);
 }
 
 Verdict EndsSessions(Device& device) {
     const PlainRun* run = device.Working();
     if (run == nullptr) return Skip("no mode brings results");
-    return LeavesNothing(device, 20, 200, [&](int i) -> std::string {
+    return LeavesNothing(device, 20, 200, [&](int i) {
         Session session(device);
         const Answer taken = session.IsOpen() ? session.Configure(run->info) : session.opened;
-        if (!taken.Ok()) return taken.Text();
-        if (i % 20 == 0) return session.Exchange(run->info, "a result").came;
-        OfflineRequestInfo wrong = device.Request(run->info);
+        if (!taken.Ok()) return taken.MustSucceed("OK");
+        if (i % 20 == 0) return session.Exchange("a result");
+        OfflineRequestInfo wrong = session.Request();
         wrong.outputBuffers[0].streamId = 77;
         session.Process(std::move(wrong));
-        return "";
+        return Verdict();
     });
 }
 
 Verdict SurvivesDeaths(Device& device) {
     if (device.Working() == nullptr) return Skip("no mode brings results");
-    const Verdict left = LeavesNothing(device, 6, 50, [](int i) {
-        return KillClient(kVictimStates[static_cast<size_t>(i) % std::size(kVictimStates)]);
+    const Verdict left = LeavesNothing(device, 6, 50, [&](int i) {
+        return KillClient(device, kVictimStates[static_cast<size_t>(i) % std::size(kVictimStates)]);
     });
     if (left.outcome == Outcome::kFail) return left;
-    const Verdict survivor = OnStreams([](Device&, Session& session, const Configuration& info) {
-        return session.Exchange(info, "a result after the deaths");
-    })(device);
+    const Verdict survivor = OnStreams(
+            [](Session& session) { return session.Exchange("a result after the deaths"); })(device);
     return survivor.Good() ? left : survivor;
 }
 
 }  // namespace
 
-std::string KillClient(const std::string& state) {
-    int ends[2];
-    if (pipe2(ends, O_CLOEXEC) != 0) return "no pipe";
+Verdict KillClient(Device& device, const std::string& state) {
+    int ends[2];  // ours, and the client's standard output
+    if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) != 0) return Skip("no sockets");
+    const ndk::ScopedFileDescriptor own(ends[0]);
     const pid_t child = fork();
     if (child == 0) {
         dup2(ends[1], STDOUT_FILENO);
@@ -98,56 +105,69 @@ std::string KillClient(const std::string& state) {
         _exit(1);
     }
     close(ends[1]);
+    if (child < 0) return Skip("no process");
+    const auto await = [&](short event, milliseconds limit) {
+        pollfd wait = {own.get(), event, 0};
+        return poll(&wait, 1, static_cast<int>(limit.count())) == 1;
+    };
     char byte = 0;
-    pollfd wait = {ends[0], POLLIN, 0};
-    const bool told = child > 0 && poll(&wait, 1, static_cast<int>(kWait.count())) == 1 &&
-                      read(ends[0], &byte, 1) == 1;
-    close(ends[0]);
-    if (child > 0) kill(child, SIGKILL);
-    if (child > 0) waitpid(child, nullptr, 0);
-    return told && byte == '+' ? "" : "it did not get into the state '" + state + "' within 5 s";
+    const bool told = write(own.get(), &byte, 1) == 1 &&  // which makes a signalled fence of it
+                      await(POLLIN, kWait) && read(own.get(), &byte, 1) == 1;
+    kill(child, SIGKILL);
+    waitpid(child, nullptr, 0);
+    if (!told) return Skip("a client did not get into the state '" + state + "' within 5 s");
+    // The socket hangs up once the service, too, has closed its end of it: see BeVictim.
+    const bool soon = await(0, kSecond);
+    if (!soon && !await(0, kWait - kSecond)) {
+        return Fail("a dead client's frames dropped", "one that waits is still held after 5 s");
+    }
+    if (!soon) return Warn("a dead client's frames are held for more than 1 s");
+    const auto opens = [&] { return Session(device).IsOpen(); };
+    if (Eventually(opens, kSecond)) return {};
+    return Session(device).opened.MustSucceed("a new session within 1 s after the death");
 }
 
-void BeVictim(const std::string& state) {
+void BeVictim(const std::string& last) {
+    const auto reach = [&](const std::string& state) {
+        if (state == last && write(STDOUT_FILENO, "+", 1) == 1) sleep(30);  // until it is killed
+    };
     Device device;
-    if (!device.Connect() || device.service == nullptr) Arrive(false);
+    if (!device.Connect() || device.service == nullptr) _exit(1);
     device.Register(9, ndk::SharedRefBase::make<Recorder>(&device.pool));
-    if (state == "registered") Arrive(true);
-    Session session(device, "victim");
-    if (state == "opened" || !session.IsOpen()) Arrive(session.IsOpen());
-    Configuration info;
-    for (const Mode mode : {kMMF, kB2Y, kY2J}) {
-        info = ConfigurationOf(mode);
-        if (session.Configure(info).Ok()) break;
+    reach("registered");
+    Session session(device);
+    if (!session.IsOpen()) _exit(1);
+    reach("opened");
+    // A service that borrows, as for MMF, notices the death when it asks for buffers.
+    const bool waiting = last == "waiting";
+    for (const Mode mode : {waiting ? kB2Y : kMMF, kB2Y, kY2J}) {
+        if (session.Configure(ConfigurationOf(mode)).Ok()) break;
     }
-    if (state == "configured") Arrive(true);
-    if (state != "in-flight") {
+    reach("configured");
+    session.client->inCallback = [&](const Event& event) {
+        reach("callback");
         // Where the mode lends nothing, any callback after the shutter will do.
-        session.client->inCallback = [&](const Event& event) {
-            if (state == "callback" || event.kind != Event::kShutter) Arrive(true);
-        };
+        if (event.kind != Event::kShutter) reach("lending");
+    };
+    const ndk::ScopedFileDescriptor never(eventfd(0, EFD_CLOEXEC));
+    for (int i = 0; i < 3; ++i) {
+        OfflineRequestInfo request = session.Request();
+        auto& input = request.inFrameInfos[0].buffers[0];
+        if (waiting) input.acquireFence = FenceOf(never.get());
+        // Behind frames that wait for ever, it is held until the session ends.
+        if (waiting && i == 2) request.outputBuffers[0].acquireFence = FenceOf(STDOUT_FILENO);
+        session.Process(std::move(request));
     }
-    for (int i = 0; i < 3; ++i) session.Process(device.Request(info));
-    if (state == "in-flight") Arrive(true);
+    reach("in-flight");
+    reach("waiting");
     Eventually([] { return false; });
-    Arrive(false);
+    _exit(1);
 }
 
-Held HeldBy(pid_t process) {
-    const std::string folder = Say("/proc/", process, "/");
-    Held held = {EntriesOf(folder + "fd"), EntriesOf(folder + "task"), 0};
-    std::ifstream maps(folder + "maps");
-    for (std::string line; std::getline(maps, line);) {
-        held.sharedMappings += line.find("s ") == line.find(' ') + 4;  // "address rw-s ..."
-    }
-    return held;
-}
-
-Checks EnduranceChecks() {
-    return {{"endurance.sessions",
-             "200 sessions with frames and refused requests leave nothing behind.", EndsSessions},
-            {"endurance.deaths", "50 clients that die in six states leave nothing behind.",
-             SurvivesDeaths}};
-}
+const Checks kEnduranceChecks = {
+        {"sessions", "200 sessions with frames and refused requests leave nothing behind.",
+         EndsSessions},
+        {"deaths", "50 clients that die in six states leave nothing behind.", SurvivesDeaths},
+};
 
 }  // namespace conformance

@@ -10,70 +10,31 @@ namespace conformance {
 
 namespace {
 
-struct Borrowed {
-    std::vector<BufferMark> lent, returned;
-};
-
-Borrowed BorrowedOf(const Events& events) {
-    return {BuffersOf(Of(events, Event::kAsked)), BuffersOf(Of(events, Event::kReturned))};
-}
-
-bool Borrows(const PlainRun& run) {
-    return std::any_of(run.events.begin(), run.events.end(), [](const Event& event) {
-        return event.kind == Event::kAsked || event.kind == Event::kReturned;
-    });
-}
-
-// Looks at what is asked for, lent and returned in the modes that do so, up to the first finding.
-Run Borrowing(Verdict (*look)(const Borrowed&)) {
-    const auto lookAtRun = [look](const PlainRun& run) -> std::optional<Verdict> {
-        if (!Borrows(run)) return std::nullopt;
-        return look(BorrowedOf(run.events));
-    };
-    return OnPlainRuns(lookAtRun, "the service asks for no buffers");
-}
-
-Verdict UsesWhatItAsksFor(const Borrowed& b) {
-    for (const BufferMark& buffer : b.returned) {
-        if (!buffer.good) return Warn(Text(buffer) + " was given back as it was: was it needed?");
-    }
-    return {};
-}
-
-Verdict ReturnsOnlyLent(const Borrowed& b) {
-    for (const BufferMark& buffer : b.returned) {
-        if (std::count(b.lent.begin(), b.lent.end(), buffer) > 0) continue;
+Verdict ReturnsOnlyLent(const Events& events) {
+    const auto lent = BuffersOf(Of(events, Event::kAsked));
+    for (const BufferMark& buffer : BuffersOf(Of(events, Event::kReturned))) {
+        if (std::count(lent.begin(), lent.end(), buffer) > 0) continue;
         return Fail("only buffers given back that were lent", Text(buffer));
     }
     return {};
 }
 
-Verdict ReturnsOnce(const Borrowed& b) {
-    for (const BufferMark& buffer : b.lent) {
-        const auto times = std::count(b.returned.begin(), b.returned.end(), buffer);
+Verdict ReturnsOnce(const Events& events) {
+    const auto returned = BuffersOf(Of(events, Event::kReturned));
+    for (const BufferMark& buffer : BuffersOf(Of(events, Event::kAsked))) {
+        const auto times = std::count(returned.begin(), returned.end(), buffer);
         if (times == 1) continue;
         return Fail(Text(buffer) + " given back once before the close", Say(times, " times"));
     }
     return {};
 }
 
-Verdict Cope(Device& device, Session& session, const Configuration& info, Lend lend) {
-    session.client->lend = lend;
-    const Answer sent = session.Process(device.Request(info));
-    if (sent.Refused()) return {};
-    const Verdict good = session.AwaitResult(sent, "an answer");
-    const bool failed = Failed(session.All(), sent.number);
-    session.Close();
-    if (!good.Good() && !failed) return good;
-    const Verdict strays = ReturnsOnlyLent(BorrowedOf(session.All()));
-    return strays.Good() ? ReturnsOnce(BorrowedOf(session.All())) : strays;
-}
-
 // On the streams of a mode that asks for buffers.
-Run WhereBorrowed(const UseStreams& use) {
+Run WhereBorrowed(const Use& use) {
     return [=](Device& device) {
         for (const PlainRun* run : device.Claimed()) {
-            if (run->Works() && Borrows(*run)) return OnStreams(use, run->info)(device);
+            if (run->Works() && run->Borrows())
+                return OnStreams(use, Mode(run->info.opMode))(device);
         }
         return Skip("no mode with a result asks for buffers");
     };
@@ -81,43 +42,37 @@ Run WhereBorrowed(const UseStreams& use) {
 
 // A frame with another answer than it wants.
 Run Copes(Lend lend) {
-    return WhereBorrowed([=](Device& device, Session& session, const Configuration& info) {
-        return Cope(device, session, info, lend);
+    return WhereBorrowed([=](Session& session) {
+        session.client->lend = lend;
+        const Answer sent = session.Process(session.Request());
+        if (sent.Refused()) return Verdict();
+        const Verdict good = session.AwaitResult(sent, "an answer");
+        const bool failed = Failed(session.All(), sent.number);
+        session.Close();
+        if (!good.Good() && !failed) return good;
+        const Verdict strays = ReturnsOnlyLent(session.All());
+        return strays.Good() ? ReturnsOnce(session.All()) : strays;
     });
 }
 
-Verdict ReturnsBeforeClose(Device& device, Session& session, const Configuration& info) {
-    const Verdict closed = ClosesInFlight(device, session, info);
-    return closed.Good() ? ReturnsOnce(BorrowedOf(session.All())) : closed;
+Verdict ReturnsBeforeClose(Session& session) {
+    const Verdict closed = ClosesInFlight(session);
+    return closed.Good() ? ReturnsOnce(session.All()) : closed;
 }
-
-// An eventfd is readable once it is signalled, as a sync fence is.
-class Fence {
-  public:
-    NativeHandle Handle() const {
-        NativeHandle handle;
-        handle.fds.push_back(m_fence.dup());
-        return handle;
-    }
-    void Signal() { eventfd_write(m_fence.get(), 1); }
-
-  private:
-    const ndk::ScopedFileDescriptor m_fence{eventfd(0, EFD_CLOEXEC)};
-};
 
 // Looks whether a frame is done before its fence is signalled.
 Run WaitsFor(bool input) {
-    return OnStreams([=](Device& device, Session& session, const Configuration& info) -> Verdict {
-        Fence fence;
+    return OnStreams([=](Session& session) -> Verdict {
+        const ndk::ScopedFileDescriptor fence(eventfd(0, EFD_CLOEXEC));
         bool done = false;
-        OfflineRequestInfo request = device.Request(info);
+        OfflineRequestInfo request = session.Request();
         auto& buffer = input ? request.inFrameInfos[0].buffers[0] : request.outputBuffers[0];
-        buffer.acquireFence = fence.Handle();
+        buffer.acquireFence = FenceOf(fence.get());
         std::thread signaller([&] {  // as the call itself may wait
             done = session.client->WaitFor(
                     [](const Events& events) { return !Of(events, Event::kResult).empty(); },
-                    kQuiet);
-            fence.Signal();
+                    kSecond);
+            eventfd_write(fence.get(), 1);
         });
         const Answer sent = session.Process(std::move(request));
         signaller.join();
@@ -127,54 +82,54 @@ Run WaitsFor(bool input) {
     });
 }
 
-Verdict ClosesWhileWaiting(Device& device, Session& session, const Configuration& info) {
-    Fence never;
-    OfflineRequestInfo request = device.Request(info);
-    request.inFrameInfos[0].buffers[0].acquireFence = never.Handle();
+Verdict ClosesWhileWaiting(Session& session) {
+    const ndk::ScopedFileDescriptor fence(eventfd(0, EFD_CLOEXEC));
+    OfflineRequestInfo request = session.Request();
+    request.inFrameInfos[0].buffers[0].acquireFence = FenceOf(fence.get());
     const Answer sent = session.Process(std::move(request));
     const Answer closed = session.Close();
-    never.Signal();
+    eventfd_write(fence.get(), 1);
     if (!sent.MustReturn().Good()) return sent.MustReturn();
     return closed.MustSucceed("the session closed within 5 s");
 }
 
-Verdict SignalsReleaseFences(const PlainRun& run) {
-    return Require(FencesSignal(run.events),
-                   "release fences of " + run.Mode() + " signalled within 5 s", "one is not");
-}
+constexpr char kNone[] = "the service asks for no buffers";
 
 }  // namespace
 
-Checks LendingChecks() {
-    return {
-            {"lending.uses-it", "A buffer that is asked for is better used.",
-             Borrowing(UsesWhatItAsksFor)},
-            {"lending.only-lent", "Only buffers that were lent are given back.",
-             Borrowing(ReturnsOnlyLent)},
-            {"lending.once", "Each lent buffer is given back once, before the close is answered.",
-             Borrowing(ReturnsOnce)},
-            {"lending.close-in-flight",
-             "With frames in flight all come back before the close is answered.",
-             WhereBorrowed(ReturnsBeforeClose)},
-            {"lending.no-answer", "A frame is answered though nothing is lent.",
-             Copes(Lend::kNoAnswers)},
-            {"lending.error-value", "A frame is answered though an error comes for buffers.",
-             Copes(Lend::kErrorValue)},
-            {"lending.too-few", "A frame is answered though too few are lent; they come back.",
-             Copes(Lend::kOneTooFew)},
-            {"lending.empty-handles", "A frame is answered though lent buffers have no handle.",
-             Copes(Lend::kEmptyHandles)},
-    };
+void JudgeLending(PlainRun* run) {
+    run->Expect("release", FencesSignal(run->events),
+                "release fences of " + run->Mode() + " signalled within 5 s", "one is not");
+    if (!run->Borrows()) return;
+    for (const BufferMark& buffer : BuffersOf(Of(run->events, Event::kReturned))) {
+        run->Note("uses-it",
+                  Better(buffer.good, Text(buffer) + " was given back as it was: was it needed?"));
+    }
+    run->Note("only-lent", ReturnsOnlyLent(run->events));
+    run->Note("once", ReturnsOnce(run->events));
 }
 
-Checks FenceChecks() {
-    return {{"fences.input", "An input is read only after its acquire fence.", WaitsFor(true)},
-            {"fences.output", "An output is written only after its acquire fence.",
-             WaitsFor(false)},
-            {"fences.close", "A session closes while a frame waits for a fence.",
-             OnStreams(ClosesWhileWaiting)},
-            {"fences.release", "Release fences that a result carries are signalled in the end.",
-             OnPlainRuns(SignalsReleaseFences)}};
-}
+const Checks kLendingChecks = {
+        Noted("uses-it", "A buffer that is asked for is better used.", kNone),
+        Noted("only-lent", "Only buffers that were lent are given back.", kNone),
+        Noted("once", "Each lent buffer is given back once, before the close is answered.", kNone),
+        {"close-in-flight", "With frames in flight all come back before the close is answered.",
+         WhereBorrowed(ReturnsBeforeClose)},
+        {"no-answer", "A frame is answered though nothing is lent.", Copes(Lend::kNoAnswers)},
+        {"error-value", "A frame is answered though an error comes for buffers.",
+         Copes(Lend::kErrorValue)},
+        {"too-few", "A frame is answered though too few are lent; they come back.",
+         Copes(Lend::kOneTooFew)},
+        {"empty-handles", "A frame is answered though lent buffers have no handle.",
+         Copes(Lend::kEmptyHandles)},
+};
+
+const Checks kFenceChecks = {
+        {"input", "An input is read only after its acquire fence.", WaitsFor(true)},
+        {"output", "An output is written only after its acquire fence.", WaitsFor(false)},
+        {"close", "A session closes while a frame waits for a fence.",
+         OnStreams(ClosesWhileWaiting)},
+        Noted("release", "Release fences that a result carries are signalled in the end."),
+};
 
 }  // namespace conformance

@@ -1,7 +1,8 @@
-// Checks of what the service delivers for good requests.
+// Sends good requests, and checks what the service delivers for them.
 #include <system/camera_metadata.h>
 
 #include <algorithm>
+#include <cstring>
 
 #include "device.h"
 
@@ -9,203 +10,238 @@ namespace conformance {
 
 namespace {
 
-// A frame of a plain run with its messages and results.
-struct Frame {
-    const PlainRun& run;
-    const SentFrame& sent;
-    Events shutters, results;
-    std::string name;   // such as "B2Y frame 3"
-    BufferMark output;  // its request's
-};
+// Of the outputs before each frame, and of the inputs.
+constexpr uint8_t kFills[] = {0x5a, 0xa5, 0x5a}, kInputs[] = {40, 40, 120};
 
-// Looks at every frame that was sent and taken, up to the first finding.
-Run Frames(Verdict (*look)(const Frame&)) {
-    const auto lookAtAll = [look](const PlainRun& run) -> std::optional<Verdict> {
-        std::optional<Verdict> verdict;
-        for (const SentFrame& sent : run.frames) {
-            if (!sent.answer.Ok()) continue;
-            const int32_t number = sent.answer.number;
-            const auto of = [&](Event::Kind kind) { return Of(run.events, kind, number); };
-            verdict = look({run,
-                            sent,
-                            of(Event::kShutter),
-                            of(Event::kResult),
-                            Say(run.Mode(), " frame ", number),
-                            {run.info.streams.back().id, 1}});
-            if (!verdict->Good()) break;
+// Goes through the buffer after the first and after the second frame, row by row: picture, padding,
+// and what belongs to no row.
+void Compare(const Buffer& buffer, const uint8_t* second, PlainRun* run) {
+    int64_t place = 0, plane = 0, row = 0, unwritten = 0, outside = 0;
+    std::string places[2];  // the first ones beside and in the picture
+    const auto look = [&](bool inside, int64_t end) {
+        int64_t& count = inside ? unwritten : outside;
+        for (; place < end; ++place) {
+            const bool kept =
+                    run->picture[size_t(place)] == kFills[0] && second[place] == kFills[1];
+            if (kept != inside || ++count > 1) continue;
+            places[inside] = Say("byte ", place, ", in or before row ", row, " of plane ", plane);
         }
-        return verdict;
     };
-    return OnPlainRuns(lookAtAll, "no frame was taken: see process.taken");
+    for (const Plane& p : buffer.Planes()) {
+        for (row = 0; row < p.heightInSamples; ++row) {
+            const int64_t begin = p.offsetInBytes + row * p.strideInBytes;
+            look(false, begin);
+            look(true, std::min(begin + RowBytes(p), buffer.Size()));
+        }
+        ++plane;
+    }
+    if (!buffer.Planes().empty()) look(false, buffer.Size());
+    run->Expect("whole-picture", unwritten == 0, "all of " + run->Mode() + "'s picture written",
+                Say("as before the request: ", unwritten, " bytes, first ", places[true]));
+    run->Expect("nothing-else", outside == 0, "nothing but " + run->Mode() + "'s picture written",
+                Say("beside it changed: ", outside, " bytes, first ", places[false]));
 }
 
-bool Contains(const std::vector<BufferMark>& buffers, const BufferMark& wanted) {
-    return std::find(buffers.begin(), buffers.end(), wanted) != buffers.end();
+// Sends a frame and waits for its result, and for its shutter unless an earlier one had none.
+// Returns whether all of the result came.
+bool SendFrame(Session& session, PlainRun* run) {
+    run->sent.push_back(session.Process(session.Request()));
+    if (!session.AwaitResult(run->sent.back()).Good()) return false;
+    const auto shutters = [](const Events& events) { return Of(events, Event::kShutter).size(); };
+    const size_t before = run->complete++;
+    if (before == 0 || shutters(session.All()) >= before) {
+        session.client->WaitFor([&](const Events& events) { return shutters(events) > before; });
+    }
+    FencesSignal(session.All());
+    // A number that is not new has messages already.
+    return before == 0 || run->sent[before].number > run->sent[before - 1].number;
 }
 
-Verdict IsTaken(const PlainRun& run) {
-    return Require(run.frames.back().answer.Ok(), "OK for a request of " + run.Mode(),
-                   run.frames.back().answer.Text());
+// Sends the frames and compares their pictures. Stops at the first frame without a result.
+void SendFrames(Session& session, PlainRun* run) {
+    Buffer& output = session.device.pool.Get(run->info.streams.back());
+    std::vector<uint8_t> last;
+    bool changed = false;
+    for (size_t i = 0; i < PlainRun::kFrames; ++i) {
+        for (const Stream& stream : run->info.streams) {
+            for (size_t f = 0; IsInput(stream) && f < FramesOf(run->info.opMode); ++f) {
+                session.device.pool.Get(stream, f).Fill(kInputs[i]);
+            }
+        }
+        output.Fill(kFills[i]);
+        if (!SendFrame(session, run)) break;
+        output.Access([&](const uint8_t* bytes) {
+            if (i == 0) run->picture.assign(bytes, bytes + output.Size());
+            if (i == 1 && !run->picture.empty()) Compare(output, bytes, run);
+            if (i == 2) last.assign(bytes, bytes + output.Size());
+        });
+    }
+    session.Close();
+    if (last.empty()) return;
+    output.Access(
+            [&](const uint8_t* bytes) { changed = memcmp(bytes, last.data(), last.size()) != 0; });
+    run->Expect("follows-input", last != run->picture,
+                "another picture of " + run->Mode() + " for another input",
+                "the same bytes for a dark and a bright frame");
+    run->Expect("done", !changed, "no writing to " + run->Mode() + "'s output after the result",
+                "bytes that changed until the session was closed");
 }
 
-Verdict NumbersRise(const PlainRun& run) {
+// While other sessions are opened, configured and closed.
+Verdict NumbersGoOn(Session& session) {
     int32_t before = -1;
-    for (const SentFrame& sent : run.frames) {
-        const int32_t now = sent.answer.number;
-        if (now <= before)
-            return Fail(Say("a number above ", before, " in ", run.Mode()), Say(now));
-        before = now;
+    for (int i = 0; i < 3; ++i) {
+        Session other(session.device);
+        if (other.IsOpen()) other.Configure(session.info);
+        const Answer sent = session.Process(session.Request(100 * i));
+        if (!sent.Ok()) return sent.MustSucceed("OK for a request");
+        if (sent.number <= before) return Fail(Say("a number above ", before), Say(sent.number));
+        before = sent.number;
     }
     return {};
 }
 
-Verdict HasOneShutter(const Frame& frame) {
-    return Require(frame.shutters.size() == 1, "one shutter message for " + frame.name,
-                   Say(frame.shutters.size(), " within 5 s"));
-}
-
-Verdict NumbersAreOwn(const PlainRun& run) {
-    for (const Event& event : run.events) {
-        const auto own = [&](const SentFrame& sent) { return sent.answer.number == event.frame; };
-        const bool known = std::any_of(run.frames.begin(), run.frames.end(), own);
-        if (event.kind > Event::kResult || known) continue;
-        return Fail("messages and results of frames that were sent", Text(Events{event}));
-    }
-    return {};
-}
-
-Verdict TimestampsRise(const PlainRun& run) {
-    const Events shutters = Of(run.events, Event::kShutter);
-    for (size_t i = 1; i < shutters.size(); ++i) {
-        const int64_t before = shutters[i - 1].timestamp, now = shutters[i].timestamp;
-        if (now > before || shutters[i].frame == shutters[i - 1].frame) continue;
-        return Fail(Say("a timestamp above ", before, " ns for frame ", shutters[i].frame),
-                    Say(now, " ns"));
-    }
-    return {};
-}
-
-Verdict ShutterIsFirst(const Frame& frame) {
-    const bool late = !frame.shutters.empty() && !frame.results.empty() &&
-                      frame.shutters[0].at > frame.results[0].at;
-    return late ? Warn("the result of " + frame.name + " came before its shutter") : Verdict();
-}
-
-Verdict NumberIsFirst(const Frame& frame) {
-    const bool early = !frame.results.empty() && frame.results[0].at < frame.sent.answer.returned;
-    return early ? Warn("the result of " + frame.name + " came before its number") : Verdict();
-}
-
-Verdict HasAResult(const Frame& frame) {
-    return Require(frame.sent.result, "a full result of " + frame.name + " within 5 s",
-                   Text(frame.run.events));
-}
-
-Verdict CoversAllOutputs(const Frame& frame) {
-    const auto named = BuffersOf(frame.results);
-    return Require(named.empty() || Contains(named, frame.output),
-                   Text(frame.output) + " in the result of " + frame.name, Text(frame.results));
-}
-
-Verdict NamesOwnBuffers(const Frame& frame) {
-    for (const BufferMark& buffer : BuffersOf(frame.results)) {
-        if (buffer == frame.output) continue;
-        return Fail("only the request's output in the result of " + frame.name, Text(buffer));
-    }
-    return {};
-}
-
-Verdict NamesOutputsOnce(const Frame& frame) {
-    const auto named = BuffersOf(frame.results);
-    const auto times = std::count(named.begin(), named.end(), frame.output);
-    return Require(times <= 1, Text(frame.output) + " once for " + frame.name,
-                   Say(times, " times"));
-}
-
-Verdict CoversTwoOutputs(Device& device, Session& session, Configuration info) {
+Verdict CoversTwoOutputs(Session& session) {
+    Configuration info = session.info;
     info.streams.push_back(info.streams.back());
     info.streams.back().id = 5;
     const Answer taken = session.Configure(info);
     if (taken.Refused()) return Skip("a second output stream: " + taken.Text());
-    const Answer sent = session.Process(device.Request(info));
+    const Answer sent = session.Process(session.Request());
     const Verdict verdict = session.AwaitResult(sent, "a result with both outputs");
-    if (!verdict.Good() || Contains(BuffersOf(session.All()), {5, 2})) return verdict;
+    const auto named = BuffersOf(session.All());
+    const BufferMark second = {5, 2};
+    if (!verdict.Good() || std::count(named.begin(), named.end(), second) > 0) return verdict;
     return Fail("stream 5 buffer 2, too", Text(session.All()));
 }
 
-Verdict DoesNotFail(const PlainRun& run) {
-    for (const Event& event : run.events) {
-        if (event.frame == -1 || !Failed({event}, event.frame)) continue;
-        return Fail("no error message and no broken buffer in " + run.Mode(), Text(Events{event}));
-    }
-    return {};
-}
-
-Verdict PartsAddUp(const Frame& frame) {
+Verdict PartsAddUp(const Events& results, const std::string& name, bool last) {
     int32_t stated = 0, came = 0;
-    for (const Event& result : frame.results) {
+    for (const Event& result : results) {
         stated = std::max(stated, result.count);
         came += !result.metadata.empty();
         if (result.count < 0) return Fail("a number of parts", Say(result.count));
     }
-    const std::string parts = Say(stated, " stated for ", frame.name, ", ", came, " came");
+    const std::string parts = Say(stated, " stated for ", name, ", ", came, " came");
     // The close may come before the last frame's last part.
-    const bool last = &frame.sent == &frame.run.frames.back();
-    if (stated == 0 || stated == came || !frame.sent.result || last) return {};
+    if (stated == 0 || stated == came || last) return {};
     return stated > 1 ? Fail("as many parts of metadata as stated", parts) : Warn(parts);
 }
 
-Verdict MetadataIsSound(const Frame& frame) {
-    for (const Event& result : frame.results) {
-        const size_t size = result.metadata.size();
-        const auto* blob = reinterpret_cast<const camera_metadata_t*>(result.metadata.data());
-        const size_t stated = size < sizeof(uint32_t) ? 0 : get_camera_metadata_size(blob);
-        if (stated == size && (size == 0 || !validate_camera_metadata_structure(blob, &size)))
-            continue;
-        return Fail("a sound camera metadata blob for " + frame.name,
-                    Say(size, " bytes; the blob states ", stated));
-    }
-    return {};
+Verdict IsSound(const std::vector<uint8_t>& metadata, const std::string& name) {
+    const size_t size = metadata.size();
+    const auto* blob = reinterpret_cast<const camera_metadata_t*>(metadata.data());
+    const size_t stated = size < sizeof(uint32_t) ? 0 : get_camera_metadata_size(blob);
+    const bool sized = stated == size;
+    return Require(sized && (size == 0 || !validate_camera_metadata_structure(blob, &size)),
+                   "a sound camera metadata blob for " + name,
+                   Say(size, " bytes; the blob states ", stated));
 }
 
-Verdict CallsWithSomething(const PlainRun& run) {
-    const Events empty = Of(run.events, Event::kEmpty);
-    return Require(empty.empty(), "callbacks with at least one entry", Text(empty));
+void JudgeFrame(size_t index, PlainRun* run) {
+    const Answer& sent = run->sent[index];
+    const int32_t number = sent.number, before = index > 0 ? run->sent[index - 1].number : -1;
+    const std::string name = Say(run->Mode(), " frame ", number);
+    const BufferMark output = {run->info.streams.back().id, 1};
+    const Events shutters = Of(run->events, Event::kShutter, number);
+    const Events results = Of(run->events, Event::kResult, number);
+    const auto named = BuffersOf(results);
+    const auto times = std::count(named.begin(), named.end(), output);
+    const Events earlier = index > 0 ? Of(run->events, Event::kShutter, before) : Events();
+    const int64_t time = shutters.empty() ? INT64_MAX : shutters[0].timestamp;
+    const int64_t timeBefore = earlier.empty() ? INT64_MIN : earlier[0].timestamp;
+    const bool last = index + 1 == run->sent.size();
+    const bool came = !results.empty();
+
+    run->Expect("numbers-rise", number > before,
+                Say("a number above ", before, " in ", run->Mode()), Say(number));
+    run->Expect("shutter", shutters.size() == 1, "one shutter message for " + name,
+                Say(shutters.size(), " within 5 s"));
+    run->Expect("timestamps", time > timeBefore || number <= before,
+                Say("a timestamp above ", timeBefore, " ns for ", name), Say(time, " ns"));
+    run->Note("shutter-first", Better(!came || shutters.empty() || shutters[0].at <= results[0].at,
+                                      "the result of " + name + " came before its shutter"));
+    run->Note("number-first", Better(!came || results[0].at >= sent.returned,
+                                     "the result of " + name + " came before its number"));
+    run->Expect("result", index < run->complete, "a full result of " + name + " within 5 s",
+                Text(run->events));
+    run->Expect("result-covers-all-outputs", named.empty() || times > 0,
+                Text(output) + " in the result of " + name, Text(results));
+    for (const BufferMark& buffer : named) {
+        run->Expect("result-own-buffers", buffer == output,
+                    "only the request's output in the result of " + name, Text(buffer));
+    }
+    run->Expect("output-once", times <= 1, Text(output) + " once for " + name,
+                Say(times, " times"));
+    run->Note("partial-results", PartsAddUp(results, name, last || index >= run->complete));
+    for (const Event& result : results) run->Note("metadata", IsSound(result.metadata, name));
 }
+
+void JudgeFrames(PlainRun* run) {
+    run->Note("taken", run->sent.back().MustSucceed("OK for a request of " + run->Mode()));
+    for (size_t i = 0; i < run->sent.size(); ++i) {
+        if (run->sent[i].Ok()) JudgeFrame(i, run);
+    }
+    for (const Event& event : run->events) {
+        const auto own = [&](const Answer& sent) { return sent.number == event.frame; };
+        const bool known = std::any_of(run->sent.begin(), run->sent.end(), own);
+        const std::string text = Text(Events{event});
+        run->Expect("own-numbers", event.kind > Event::kResult || known,
+                    "messages and results of frames that were sent", text);
+        run->Expect("no-failure", event.frame == -1 || !Failed({event}, event.frame),
+                    "no error message and no broken buffer in " + run->Mode(), text);
+        run->Expect("empty-callbacks", event.kind != Event::kEmpty,
+                    "callbacks with at least one entry", text);
+    }
+}
+
+constexpr char kNoResult[] = "no result came: see process.result";
 
 }  // namespace
 
-Checks ProcessChecks() {
-    return {{"process.taken", "processOfflineRequest takes the test client's requests.",
-             OnPlainRuns(IsTaken)},
-            {"process.numbers-rise", "Frame numbers are 0 or more, unique in a session, and rise.",
-             OnPlainRuns(NumbersRise)},
-            {"process.shutter", "Each frame has exactly one shutter message within 5 s.",
-             Frames(HasOneShutter)},
-            {"process.own-numbers", "Messages and results carry numbers that were returned.",
-             OnPlainRuns(NumbersAreOwn)},
-            {"process.timestamps", "Shutter timestamps rise.", OnPlainRuns(TimestampsRise)},
-            {"process.shutter-first", "A shutter better comes before the frame's result.",
-             Frames(ShutterIsFirst)},
-            {"process.number-first", "processOfflineRequest better returns before the result.",
-             Frames(NumberIsFirst)},
-            {"process.result", "Each frame has a result, complete within 5 s.", Frames(HasAResult)},
-            {"process.result-covers-all-outputs", "A frame's results name its output buffer.",
-             Frames(CoversAllOutputs)},
-            {"process.result-own-buffers", "A frame's results name no other output buffers.",
-             Frames(NamesOwnBuffers)},
-            {"process.output-once", "Each output buffer is named once for each frame.",
-             Frames(NamesOutputsOnce)},
-            {"process.two-outputs", "A result covers two output streams, where they are taken.",
-             OnStreams(CoversTwoOutputs)},
-            {"process.no-failure", "Good requests bring no error messages and no broken buffers.",
-             OnPlainRuns(DoesNotFail)},
-            {"process.partial-results", "As many parts of metadata come as are stated.",
-             Frames(PartsAddUp)},
-            {"process.metadata", "Result metadata is empty, or one blob of just its size.",
-             Frames(MetadataIsSound)},
-            {"process.empty-callbacks", "No callback is called with an empty list.",
-             OnPlainRuns(CallsWithSomething)}};
+bool PlainRun::Borrows() const {
+    return !Of(events, Event::kAsked).empty() || !Of(events, Event::kReturned).empty();
 }
+
+void PlainRun::Note(const std::string& check, const Verdict& verdict) {
+    Verdict& noted = findings[check];
+    if (noted.Good()) noted = verdict;
+}
+
+void Device::RunPlain(Mode mode, PlainRun* run) {
+    run->info = ConfigurationOf(mode);
+    if (!CanOpen()) return;
+    Session session(*this);
+    if (!session.IsOpen()) return;
+    run->configured = session.Configure(run->info);
+    if (!run->configured.Ok() || !pool.Ready()) return;
+    SendFrames(session, run);
+    run->events = session.All();
+    JudgeFrames(run);
+    JudgeLending(run);
+    if (mode == kY2J && run->Works()) JudgeFile(run);
+}
+
+const Checks kProcessChecks = {
+        Noted("taken", "processOfflineRequest takes the test client's requests."),
+        Noted("numbers-rise", "Frame numbers are 0 or more, unique in a session, and rise."),
+        {"numbers-go-on", "A session's frame numbers rise, whatever other sessions do.",
+         OnStreams(NumbersGoOn)},
+        Noted("shutter", "Each frame has exactly one shutter message within 5 s."),
+        Noted("own-numbers", "Messages and results carry numbers that were returned."),
+        Noted("timestamps", "Shutter timestamps rise."),
+        Noted("shutter-first", "A shutter better comes before the frame's result."),
+        Noted("number-first", "processOfflineRequest better returns before the result."),
+        Noted("result", "Each frame has a result, complete within 5 s."),
+        Noted("result-covers-all-outputs", "A frame's results name its output buffer."),
+        Noted("result-own-buffers", "A frame's results name no other output buffers.", kNoResult),
+        Noted("output-once", "Each output buffer is named once for each frame."),
+        {"two-outputs", "A result covers two output streams, where they are taken.",
+         OnStreams(CoversTwoOutputs)},
+        Noted("no-failure", "Good requests bring no error messages and no broken buffers."),
+        Noted("partial-results", "As many parts of metadata come as are stated."),
+        Noted("metadata", "Result metadata is empty, or one blob of just its size.", kNoResult),
+        Noted("empty-callbacks", "No callback is called with an empty list."),
+};
 
 }  // namespace conformance

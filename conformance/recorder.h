@@ -1,4 +1,4 @@
-// A client's callback object that writes down what the service tells it.
+// A client's callback object that writes down what the service tells it. Thread-safe.
 #pragma once
 
 #include <aidl/vendor/zel/hardware/camera/offlinecamera/BnOfflineCameraCallback.h>
@@ -28,22 +28,27 @@ struct BufferMark {
 struct Event {
     enum Kind { kShutter, kError, kResult, kAsked, kReturned, kEmpty };
 
-    explicit Event(Kind what) : kind(what) {}
-
     Kind kind;
+    const char* callback = "";  // of kEmpty
     Clock::time_point at = Clock::now();
-    int32_t frame = -1;               // of kShutter, kError and kResult
-    int64_t timestamp = 0;            // of kShutter, in nanoseconds
-    std::vector<BufferMark> buffers;  // of kResult the outputs, of kAsked what was lent
-    std::vector<BufferMark> inputs;   // of kResult
-    int32_t count = 0;                // of kResult the parts of metadata, of kAsked the buffers
-    std::vector<uint8_t> metadata;    // of kResult
-    Stream stream;                    // of kAsked
-    std::vector<std::shared_ptr<ndk::ScopedFileDescriptor>> fences;  // release fences
-    const char* callback = "";                                       // of kEmpty
+    int32_t frame = -1;                    // of kShutter, kError and kResult
+    int64_t timestamp = 0;                 // of kShutter, in nanoseconds
+    int32_t count = 0;                     // of kResult: the parts of metadata
+    std::vector<uint8_t> metadata = {};    // of kResult
+    std::vector<BufferMark> buffers = {};  // of kResult the outputs, of kAsked what was lent
+    std::vector<std::shared_ptr<ndk::ScopedFileDescriptor>> fences = {};  // release fences
 };
 
 using Events = std::vector<Event>;
+
+// The events of one kind, and of one frame unless it is -1.
+Events Of(const Events& events, Event::Kind kind, int32_t frame = -1);
+std::vector<BufferMark> BuffersOf(const Events& events);
+// Whether an error message or a broken buffer tells that the frame failed.
+bool Failed(const Events& events, int32_t frame);
+bool FencesSignal(const Events& events);  // all of them, within kWait
+std::string Text(const BufferMark& buffer);
+std::string Text(const Events& events);
 
 // How requestStreamBuffers is answered.
 enum class Lend {
@@ -54,18 +59,15 @@ enum class Lend {
     kNoAnswers,     // an empty list
 };
 
-// Thread-safe.
 class Recorder : public package::BnOfflineCameraCallback {
   public:
-    // The pool outlives it.
-    explicit Recorder(Pool* pool) : m_pool(pool) {}
+    explicit Recorder(Pool* pool) : m_pool(pool) {}  // which outlives it
 
     // Waits until `enough` holds for the events so far. Returns whether it did within the limit.
     bool WaitFor(const std::function<bool(const Events&)>& enough, milliseconds limit = kWait);
     Events All();
 
-    // The service's process; 0 before its first call.
-    pid_t ServiceProcess() const { return m_process; }
+    pid_t ServiceProcess() const { return m_process; }  // 0 before its first call
 
     // Set these before the first request.
     Lend lend = Lend::kBuffers;
@@ -83,16 +85,17 @@ class Recorder : public package::BnOfflineCameraCallback {
 
   private:
     void Add(const Event& event);
-    ndk::ScopedAStatus AddEmpty(const char* callback);
-    std::vector<device::StreamBuffer> LendFor(const Stream& stream, Event* event);
-    bool WasWritten(const BufferMark& returned);
+    ndk::ScopedAStatus Refuse(const char* callback);
+    std::vector<device::StreamBuffer> LendFor(const package::OfflineBufferRequest& request,
+                                              Event* event);
+    bool WasWritten(int64_t id);
 
     Pool* const m_pool;
     std::atomic<pid_t> m_process{0};
-    std::atomic<int64_t> m_lent{0};  // ids count from 1, as the test client's do
-    std::mutex m_lock;               // guards the events
+    std::mutex m_lock;  // guards what follows
     std::condition_variable m_changed;
     Events m_events;
+    std::vector<Buffer*> m_lent;  // the ids count from 1, as the test client's do
 };
 
 }  // namespace conformance

@@ -7,41 +7,42 @@ namespace conformance {
 
 namespace {
 
-// A request to be changed; its first input and its first output.
-struct Wrong {
-    Device& device;
-    const Configuration& info;
-    OfflineRequestInfo& request;
+// A request to be changed: its frames, outputs, first input and first output.
+struct Edit {
+    Session& session;
+    std::vector<package::OfflineFrameInfo>& frames;
+    std::vector<device::StreamBuffer>& outputs;
     device::StreamBuffer &in, &out;
 };
+using ChangeRequest = std::function<void(Edit)>;
 
-enum class Expect { kFailure, kBetterFailure, kAnswer };
-
-Verdict Judge(Session& session, const Answer& sent, Expect expect) {
+// `good` is what a good result would be.
+Verdict Judge(Session& session, const Answer& sent, Outcome good) {
     if (!sent.Ok()) return sent.MustBeRefused();
-    const Verdict good = session.AwaitResult(sent, "an answer");
+    const Verdict result = session.AwaitResult(sent, "an answer");
     if (Failed(session.All(), sent.number)) return {};
-    if (!good.Good() || expect == Expect::kAnswer) return good;
-    if (expect == Expect::kBetterFailure) return Warn("a result with good buffers");
+    if (!result.Good() || good == Outcome::kOk) return result;
+    if (good == Outcome::kWarn) return Warn("a result with good buffers");
     return Fail("a refusal, an error message or a broken buffer", Text(session.All()));
 }
 
 // Sends a request with a change, and a right one afterwards.
-Run Sends(const std::function<void(Wrong)>& change, Expect expect = Expect::kFailure) {
-    return OnStreams([=](Device& device, Session& session, const Configuration& info) {
-        OfflineRequestInfo request = device.Request(info);
-        change({device, info, request, request.inFrameInfos[0].buffers[0],
-                request.outputBuffers[0]});
-        const Verdict verdict = Judge(session, session.Process(std::move(request)), expect);
+Check Wrong(const std::string& name, const std::string& what, const ChangeRequest& change,
+            Outcome good = Outcome::kFail, std::optional<Mode> mode = {}) {
+    const auto sends = [=](Session& session) {
+        OfflineRequestInfo request = session.Request();
+        auto& frames = request.inFrameInfos;
+        auto& outputs = request.outputBuffers;
+        change({session, frames, outputs, frames[0].buffers[0], outputs[0]});
+        const Verdict verdict = Judge(session, session.Process(std::move(request)), good);
         if (verdict.outcome == Outcome::kFail) return verdict;
-        const Verdict next = session.Exchange(info, "a right request's result afterwards", 100);
+        const Verdict next = session.Exchange("a right request's result afterwards", 100);
         return next.Good() ? verdict : next;
-    });
-}
-
-Check Refused(const std::string& name, const std::string& what,
-              const std::function<void(Wrong)>& change) {
-    return {"requests." + name, what + " is refused.", Sends(change)};
+    };
+    const std::string rule = good == Outcome::kFail   ? " is refused."
+                             : good == Outcome::kWarn ? " is better refused."
+                                                      : " is answered.";
+    return {name, what + rule, OnStreams(sends, mode)};
 }
 
 NativeHandle NoBuffer() {
@@ -51,94 +52,94 @@ NativeHandle NoBuffer() {
     return handle;
 }
 
-// Of half the stream's rows and bytes.
-NativeHandle SmallBuffer(Device& device, Stream stream) {
+// Of half the rows and bytes of the first or last stream.
+NativeHandle SmallBuffer(Session& session, bool first) {
+    Stream stream = first ? session.info.streams.front() : session.info.streams.back();
     stream.height /= 2;
     stream.bufferSize /= 2;
-    return device.pool.Get(stream).Handle();
+    return session.device.pool.Get(stream).Handle();
 }
 
-Verdict RefusesNone(Device&, Session& session, const Configuration&) {
-    return session.Process(std::vector<OfflineRequestInfo>()).MustBeRefused();
-}
-
-Verdict RefusesBeforeStreams(Device& device, Session& session) {
-    if (device.Working() == nullptr) return Skip("no mode brings results");
-    const Answer sent = session.Process(device.Request(device.Working()->info));
-    return Judge(session, sent, Expect::kFailure);
+Verdict RefusesBeforeStreams(Device& device) {
+    const PlainRun* run = device.CanOpen() ? device.Working() : nullptr;
+    if (run == nullptr) return Skip("no mode brings results");
+    return OnSession([=](Session& session) {
+        session.info = run->info;
+        return Judge(session, session.Process(session.Request()), Outcome::kFail);
+    })(device);
 }
 
 // With numbers of their own, as a call returns only one.
-Verdict AnswersTenInACall(Device& device, Session& session, const Configuration& info) {
+Verdict AnswersTenInACall(Session& session) {
     std::vector<OfflineRequestInfo> requests;
     for (int i = 0; i < 10; ++i) {
-        requests.push_back(device.Request(info, 100 * i));
+        requests.push_back(session.Request(100 * i));
         requests.back().frameNumber = 1000 + i;
     }
     const Answer answer = session.Process(std::move(requests));
     return answer.Ok() ? session.AwaitEnds(10) : answer.MustBeRefused();
 }
 
-Verdict AnswersTenCalls(Device& device, Session& session, const Configuration& info) {
+Verdict AnswersTenCalls(Session& session) {
     size_t taken = 0;
     for (int i = 0; i < 10; ++i) {
-        const Answer answer = session.Process(device.Request(info, 100 * i));
+        const Answer answer = session.Process(session.Request(100 * i));
         if (!answer.MustReturn().Good()) return answer.MustReturn();
         taken += answer.Ok();
     }
     return session.AwaitEnds(taken);
 }
 
-// Not of an output's format.
-NativeHandle OtherFormat(Device& device) {
-    return device.pool.Get(ConfigurationOf(kB2Y).streams[0]).Handle();
-}
-
 }  // namespace
 
-Checks RequestChecks() {
-    constexpr Expect kBetter = Expect::kBetterFailure;
-    return {{"requests.before-streams", "A request before the streams is refused.",
-             OnSession(RefusesBeforeStreams)},
-            {"requests.none", "An empty list of requests is refused.", OnStreams(RefusesNone)},
-            Refused("output-stream", "An output of an unknown stream",
-                    [](Wrong w) { w.out.streamId = 77; }),
-            Refused("exchanged", "A request with input and output under each other's stream",
-                    [](Wrong w) { std::swap(w.in.streamId, w.out.streamId); }),
-            {"requests.buffer-id", "A buffer id of 0, which is no buffer's, is better refused.",
-             Sends([](Wrong w) { w.out.bufferId = 0; }, kBetter)},
-            Refused("no-input-handle", "An input without a handle",
-                    [](Wrong w) { w.in.buffer = {}; }),
-            Refused("no-output-handle", "An output without a handle",
-                    [](Wrong w) { w.out.buffer = {}; }),
-            Refused("foreign-handle", "A handle that is no graphics buffer",
-                    [](Wrong w) { w.out.buffer = NoBuffer(); }),
-            Refused("descriptor", "A descriptor that is not the buffer's memory",
-                    [](Wrong w) { std::swap(w.in.buffer.fds[0], NoBuffer().fds[0]); }),
-            Refused("small-output", "An output buffer smaller than its stream",
-                    [](Wrong w) { w.out.buffer = SmallBuffer(w.device, w.info.streams.back()); }),
-            Refused("small-input", "An input buffer smaller than its stream",
-                    [](Wrong w) { w.in.buffer = SmallBuffer(w.device, w.info.streams[0]); }),
-            Refused("format", "An output buffer of another format",
-                    [](Wrong w) { w.out.buffer = OtherFormat(w.device); }),
-            Refused("no-frames", "A request without input frames",
-                    [](Wrong w) { w.request.inFrameInfos.clear(); }),
-            Refused("extra-frame", "A request with an empty frame too many",
-                    [](Wrong w) { w.request.inFrameInfos.emplace_back(); }),
-            Refused("extra-output", "A request with an output too many",
-                    [](Wrong w) { w.request.outputBuffers.emplace_back(); }),
-            Refused("no-inputs", "A frame without buffers",
-                    [](Wrong w) { w.request.inFrameInfos[0].buffers.clear(); }),
-            Refused("no-outputs", "A request without outputs",
-                    [](Wrong w) { w.request.outputBuffers.clear(); }),
-            {"requests.no-metadata", "A request without metadata is answered.",
-             Sends([](Wrong w) { w.request.inFrameInfos[0].metadata.clear(); }, Expect::kAnswer)},
-            {"requests.metadata", "Metadata that is no blob is better refused.",
-             Sends([](Wrong w) { w.request.inFrameInfos[0].metadata.assign(500, 0xee); }, kBetter)},
-            {"requests.ten-in-one-call", "Ten requests in a call are refused, or each is answered.",
-             OnStreams(AnswersTenInACall)},
-            {"requests.ten-calls", "Ten requests in a row are each refused or answered.",
-             OnStreams(AnswersTenCalls)}};
-}
+const Checks kRequestChecks = {
+        {"before-streams", "A request before the streams is refused.", RefusesBeforeStreams},
+        {"none", "An empty list of requests is refused.", OnStreams([](Session& s) {
+             return s.Process(std::vector<OfflineRequestInfo>()).MustBeRefused();
+         })},
+        Wrong("output-stream", "An output of an unknown stream",
+              [](Edit e) { e.out.streamId = 77; }),
+        Wrong("input-stream", "An input of an unknown stream", [](Edit e) { e.in.streamId = 77; }),
+        Wrong("exchanged", "A request with input and output under each other's stream",
+              [](Edit e) { std::swap(e.in.streamId, e.out.streamId); }),
+        Wrong(
+                "buffer-id", "A buffer id of 0, which is no buffer's,",
+                [](Edit e) { e.out.bufferId = 0; }, Outcome::kWarn),
+        Wrong("no-input-handle", "An input without a handle", [](Edit e) { e.in.buffer = {}; }),
+        Wrong("no-output-handle", "An output without a handle", [](Edit e) { e.out.buffer = {}; }),
+        Wrong("foreign-handle", "A handle that is no graphics buffer",
+              [](Edit e) { e.out.buffer = NoBuffer(); }),
+        Wrong("descriptor", "A descriptor that is not the buffer's memory",
+              [](Edit e) { std::swap(e.in.buffer.fds[0], NoBuffer().fds[0]); }),
+        Wrong("small-output", "An output buffer smaller than its stream",
+              [](Edit e) { e.out.buffer = SmallBuffer(e.session, false); }),
+        Wrong("small-input", "An input buffer smaller than its stream",
+              [](Edit e) { e.in.buffer = SmallBuffer(e.session, true); }),
+        Wrong("format", "An output buffer of another format",
+              [](Edit e) {
+                  e.out.buffer =
+                          e.session.device.pool.Get(ConfigurationOf(kB2Y).streams[0]).Handle();
+              }),
+        Wrong("no-frames", "A request without input frames", [](Edit e) { e.frames.clear(); }),
+        Wrong(
+                "few-frames", "A request of MMF with two frames",
+                [](Edit e) { e.frames.pop_back(); }, Outcome::kFail, kMMF),
+        Wrong("extra-frame", "A request with an empty frame too many",
+              [](Edit e) { e.frames.emplace_back(); }),
+        Wrong("extra-output", "A request with an output too many",
+              [](Edit e) { e.outputs.emplace_back(); }),
+        Wrong("no-inputs", "A frame without buffers", [](Edit e) { e.frames[0].buffers.clear(); }),
+        Wrong("no-outputs", "A request without outputs", [](Edit e) { e.outputs.clear(); }),
+        Wrong(
+                "no-metadata", "A request without metadata",
+                [](Edit e) { e.frames[0].metadata.clear(); }, Outcome::kOk),
+        Wrong(
+                "metadata", "Metadata that is no blob",
+                [](Edit e) { e.frames[0].metadata.assign(500, 0xee); }, Outcome::kWarn),
+        {"ten-in-one-call", "Ten requests in a call are refused, or each is answered.",
+         OnStreams(AnswersTenInACall)},
+        {"ten-calls", "Ten requests in a row are each refused or answered.",
+         OnStreams(AnswersTenCalls)},
+};
 
 }  // namespace conformance

@@ -75,6 +75,7 @@ constexpr services::FaultName kNames[] = {
         {"configure-once", "a session takes streams once only"},
         {"drop-in-flight", "new streams drop the frames in flight without a word"},
         {"same-number", "every request gets the frame number 1"},
+        {"restart-numbers", "new streams start the frame numbers of all sessions again"},
         {"stuck-timestamp", "all shutter messages carry the same time"},
         {"result-other-frame", "the result names a frame that was not asked for"},
         {"no-buffers", "the result names no output buffers"},

@@ -4,6 +4,7 @@
 #include <aidl/vendor/zel/hardware/camera/offlinecamera/BnOfflineCameraSession.h>
 
 #include <algorithm>
+#include <atomic>
 #include <mutex>
 #include <set>
 
@@ -30,6 +31,8 @@ constexpr char kProcess[] = "processOfflineRequest";
 constexpr char kClose[] = "closeOfflineSession";
 constexpr char kEndedText[] = "the session has ended";
 
+std::atomic<int32_t> s_nextOfAll{1};  // frame number, of the fault restart-numbers
+
 class Session : public BnOfflineCameraSession {
   public:
     Session(std::string clientName, Client client)
@@ -47,9 +50,13 @@ class Session : public BnOfflineCameraSession {
 
     // Whether the client is alive; call it once, right after construction.
     bool WatchClient() {
-        return m_deathWatch.Begin(m_client->asBinder(), [session = std::weak_ptr(ref<Session>())] {
+        std::shared_ptr<Session>
+                kept;  // or the client's references may go before its death is told
+        if (faults::Has("keep-dead")) kept = ref<Session>();
+        const auto died = [session = std::weak_ptr(ref<Session>()), kept] {
             if (const auto self = session.lock()) self->OnClientDied();
-        });
+        };
+        return m_deathWatch.Begin(m_client->asBinder(), died);
     }
 
     ScopedAStatus configureOfflineStreams(const OfflineSessionConfigureInfo& info) override {
@@ -73,6 +80,7 @@ class Session : public BnOfflineCameraSession {
             return Refuse(kConfigure, kWrongState, "requests are still being worked on");
         }
         m_streams = std::make_shared<const StreamSet>(std::move(streams).Value());
+        if (faults::Has("restart-numbers")) s_nextOfAll = 1;
         __android_log_print(ANDROID_LOG_INFO, kLogTag,
                             "session %s: camera %s, op mode %d, %zu streams", m_clientName.c_str(),
                             info.cameraId.c_str(), info.opMode, info.streams.size());
@@ -161,6 +169,9 @@ class Session : public BnOfflineCameraSession {
         if (asking != nullptr) {
             if (next == INT32_MAX) return Failure{"there are no frame numbers left"};
             asking->frameNumber = next++;
+        }
+        if (faults::Has("restart-numbers") && asking != nullptr) {
+            return asking->frameNumber = s_nextOfAll++;
         }
         if (faults::Has("same-number") && asking != nullptr) return asking->frameNumber = 1;
         m_nextFrameNumber = next;

@@ -12,6 +12,7 @@ namespace {
 
 using ::aidl::android::hardware::camera::device::StreamRotation;
 using ::aidl::android::hardware::camera::device::StreamType;
+using ::aidl::android::hardware::graphics::common::BufferUsage;
 using ::aidl::android::hardware::graphics::common::PixelFormat;
 using base::Done;
 using base::Failure;
@@ -52,6 +53,9 @@ Result<Done> CheckStream(const Stream& stream) {
         stream.height <= 0 || stream.height > kMaxSide || stream.height % 2 != 0) {
         return Failure{Name(stream) + " is " + Size(stream) + ": sides are even, 2 to 32768" +
                        (raw ? ", and a RAW10 width is a multiple of 4" : "")};
+    }
+    if (stream.usage == BufferUsage::CPU_READ_NEVER) {
+        return Failure{Name(stream) + " has usage 0: its buffers are read and written here"};
     }
     if (stream.rotation != StreamRotation::ROTATION_0) {
         return Failure{Name(stream) + " asks for rotation " + toString(stream.rotation) +
