@@ -6,16 +6,12 @@ sysroot="$out/arm64/sysroot"
 # does not know what to do with the file.
 not_emulated='aidl_frozen_version|ProgramTest|binder_remote_test|servicemanager_test|DeathOfAClient'
 
-# What has to be there before the build: the native one, and libraries.
+# Builds what the runs are held against, and unpacks the packages marked "sysroot" in the list, and
+# those they need, below out/. The machine's own package state stays as it is: libc++ cannot be
+# installed for two processors at once.
 prepare_arm64() {
     native="$out/build/bin"
     build "$out/build" "" host/all vexofflinecameratest vexofflinecameratest-planes || exit 1
-    fill_sysroot
-}
-
-# Unpacks the packages marked "sysroot" in the list, and those they need, below out/. The machine's
-# own package state stays as it is: libc++ cannot be installed for two processors at once.
-fill_sysroot() {
     local names apt="$out/arm64/apt" filled="$out/arm64/filled" package link
     mapfile -t names < <(awk '$2 == "sysroot" { print $1 }' "$root/scripts/packages.txt")
     [[ ! -e "$filled" || "$(<"$filled")" != "$root ${names[*]}" ]] || return 0

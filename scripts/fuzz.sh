@@ -1,6 +1,7 @@
 # ./check fuzz: every fuzzer for a while. Sourced by check, which has built them.
 
-# fuzz FOLDER [SECONDS]: runs each fuzzer in FOLDER for SECONDS on a copy of its corpus. Status 1 and the input's path if one of them finds something.
+# fuzz FOLDER [SECONDS]: runs each fuzzer in FOLDER for SECONDS on a copy of its corpus. Status 1 and
+# the input's path if one of them finds something.
 fuzz() {
     local folder="$1" seconds="${2:-20}" status=0 program name log result
     export STANDIN_HAL_PATH="$folder/vendor/lib64/hw"

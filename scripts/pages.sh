@@ -1,5 +1,4 @@
-# ./check bench, faults and pages: pages that programs write, beside the committed ones. Sourced by
-# check, which has built the programs.
+# ./check bench, faults and pages: pages that built programs write, beside the committed ones.
 
 # compare_page FRESH COMMITTED WORD [--accept]: shows what differs or, told so, replaces the
 # committed page. Status 0 when nothing differs or it was replaced.

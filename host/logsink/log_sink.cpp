@@ -26,20 +26,8 @@ int gLogFd = -1;
 int gEchoFd = -1;
 
 char PriorityLetter(int priority) {
-    switch (priority) {
-        case ANDROID_LOG_VERBOSE:
-            return 'V';
-        case ANDROID_LOG_DEBUG:
-            return 'D';
-        case ANDROID_LOG_WARN:
-            return 'W';
-        case ANDROID_LOG_ERROR:
-            return 'E';
-        case ANDROID_LOG_FATAL:
-            return 'F';
-        default:
-            return 'I';
-    }
+    const bool known = priority >= ANDROID_LOG_VERBOSE && priority <= ANDROID_LOG_FATAL;
+    return known ? "VDIWEF"[priority - ANDROID_LOG_VERBOSE] : 'I';
 }
 
 std::string LinePrefix(int priority, const char* tag) {
