@@ -80,47 +80,25 @@ class ServiceTable {
     std::map<std::string, Service> m_services;
 };
 
-ServiceTable& Table() {
-    static ServiceTable* const table = new ServiceTable;
-    return *table;
-}
+ServiceTable& s_table = *new ServiceTable;
 
-binder_status_t CheckService(const AParcel* in, AParcel* out) {
-    std::string name;
-    binder_status_t status = ndk::AParcel_readString(in, &name);
-    if (status != STATUS_OK) return status;
-    status = AParcel_writeStatusHeader(out, ndk::ScopedAStatus::ok().get());
-    if (status != STATUS_OK) return status;
-    return ndk::AParcel_writeNullableStrongBinder(out, Table().Find(name));
-}
-
-binder_status_t AddService(const AParcel* in, AParcel* out) {
+// An answer begins with a status; that of "check" and "list" has a value after it.
+binder_status_t OnTransact(AIBinder*, transaction_code_t code, const AParcel* in, AParcel* out) {
+    const bool check = code == HOST_SERVICE_MANAGER_CHECK;
+    const bool add = code == HOST_SERVICE_MANAGER_ADD;
+    if (!check && !add && code != HOST_SERVICE_MANAGER_LIST) return STATUS_UNKNOWN_TRANSACTION;
     std::string name;
     ndk::SpAIBinder binder;
-    binder_status_t status = ndk::AParcel_readString(in, &name);
-    if (status == STATUS_OK) status = ndk::AParcel_readNullableStrongBinder(in, &binder);
+    binder_status_t status = STATUS_OK;
+    if (check || add) status = ndk::AParcel_readString(in, &name);
+    if (add && status == STATUS_OK) status = ndk::AParcel_readNullableStrongBinder(in, &binder);
     if (status != STATUS_OK) return status;
-    const auto added = Table().Add(name, binder, AIBinder_getCallingPid());
-    return AParcel_writeStatusHeader(out, added.get());
-}
-
-binder_status_t ListServices(AParcel* out) {
-    binder_status_t status = AParcel_writeStatusHeader(out, ndk::ScopedAStatus::ok().get());
-    if (status != STATUS_OK) return status;
-    return ndk::AParcel_writeVector(out, Table().Names());
-}
-
-binder_status_t OnTransact(AIBinder*, transaction_code_t code, const AParcel* in, AParcel* out) {
-    switch (code) {
-        case HOST_SERVICE_MANAGER_CHECK:
-            return CheckService(in, out);
-        case HOST_SERVICE_MANAGER_ADD:
-            return AddService(in, out);
-        case HOST_SERVICE_MANAGER_LIST:
-            return ListServices(out);
-        default:
-            return STATUS_UNKNOWN_TRANSACTION;
-    }
+    const auto answer =
+            add ? s_table.Add(name, binder, AIBinder_getCallingPid()) : ndk::ScopedAStatus::ok();
+    status = AParcel_writeStatusHeader(out, answer.get());
+    if (status != STATUS_OK || add) return status;
+    return check ? ndk::AParcel_writeNullableStrongBinder(out, s_table.Find(name))
+                 : ndk::AParcel_writeVector(out, s_table.Names());
 }
 
 AIBinder* NewServiceManager() {
