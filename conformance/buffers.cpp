@@ -5,18 +5,17 @@
 #include <android/binder_manager.h>
 #include <gralloctypes/Gralloc4.h>
 
+#include <cstring>
+
 namespace conformance {
 
 namespace {
 
 namespace gralloc4 = ::android::gralloc4;
 namespace metadata = ::aidl::android::hardware::camera::metadata;
-using ::aidl::android::hardware::graphics::allocator::AllocationResult;
 using ::aidl::android::hardware::graphics::common::Dataspace;
 using ::android::hardware::hidl_handle;
-using ::android::hardware::hidl_vec;
 using ::android::hardware::graphics::mapper::V4_0::Error;
-using HidlFormat = ::android::hardware::graphics::common::V1_2::PixelFormat;
 
 constexpr uint64_t kCpuUsage = static_cast<uint64_t>(BufferUsage::CPU_READ_OFTEN) |
                                static_cast<uint64_t>(BufferUsage::CPU_WRITE_OFTEN);
@@ -78,12 +77,12 @@ Buffer::Buffer(Allocator& allocator, ::android::sp<Mapper> mapper, const Stream&
     info.width = static_cast<uint32_t>(blob ? stream.bufferSize : stream.width);
     info.height = blob ? 1 : static_cast<uint32_t>(stream.height);
     info.layerCount = 1;
-    info.format = static_cast<HidlFormat>(stream.format);
+    info.format = static_cast<decltype(info.format)>(stream.format);
     info.usage = static_cast<uint64_t>(stream.usage) | kCpuUsage;
     std::vector<uint8_t> descriptor;  // stays empty after an error, which the allocator refuses
-    const auto described = m_mapper->createDescriptor(
-            info, [&](Error, const hidl_vec<uint8_t>& made) { descriptor = made; });
-    AllocationResult made;
+    const auto described =
+            m_mapper->createDescriptor(info, [&](Error, const auto& made) { descriptor = made; });
+    ::aidl::android::hardware::graphics::allocator::AllocationResult made;
 #pragma clang diagnostic push
 #pragma clang diagnostic ignored "-Wdeprecated-declarations"  // the form for mapper 4.0
     const auto allocated = allocator.allocate(descriptor, 1, &made);
@@ -110,7 +109,17 @@ NativeHandle Buffer::Handle() const {
     return ::android::dupToAidl(static_cast<const native_handle_t*>(m_handle));
 }
 
-void Buffer::Access(const std::function<void(uint8_t* bytes)>& use) {
+void Buffer::Fill(uint8_t value) {
+    Access([=](uint8_t* bytes) { memset(bytes, value, m_size); });
+}
+
+std::vector<uint8_t> Buffer::Copy() const {
+    std::vector<uint8_t> copy;
+    Access([&](const uint8_t* bytes) { copy.assign(bytes, bytes + m_size); });
+    return copy;
+}
+
+void Buffer::Access(const std::function<void(uint8_t* bytes)>& use) const {
     void* bytes = nullptr;
     if (m_handle == nullptr) return;
     const auto locked = m_mapper->lock(m_handle, kCpuUsage, Mapper::Rect{}, hidl_handle(),
@@ -128,11 +137,8 @@ Pool::Pool() : m_mapper(Buffer::Mapper::getService()) {
 
 Buffer& Pool::Get(const Stream& stream, size_t number) {
     const std::lock_guard<std::mutex> guard(m_lock);
-    auto& buffer = m_buffers[{IsInput(stream), stream.width, stream.height,
-                              static_cast<int64_t>(stream.format), stream.bufferSize,
-                              static_cast<int64_t>(number)}];
-    if (buffer == nullptr) buffer = std::make_unique<Buffer>(*m_allocator, m_mapper, stream);
-    return *buffer;
+    const std::pair<Stream, size_t> key(stream, number);
+    return m_buffers.try_emplace(key, *m_allocator, m_mapper, stream).first->second;
 }
 
 }  // namespace conformance

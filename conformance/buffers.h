@@ -9,7 +9,6 @@
 #include <aidl/vendor/zel/hardware/camera/offlinecamera/OfflineSessionConfigureInfo.h>
 #include <android/hardware/graphics/mapper/4.0/IMapper.h>
 
-#include <cstring>
 #include <functional>
 #include <map>
 #include <memory>
@@ -52,17 +51,15 @@ class Buffer {
 
     // A duplicate; empty where the buffer could not be made.
     NativeHandle Handle() const;
-    int64_t Size() const { return static_cast<int64_t>(m_size); }  // bytes
     // Those of the picture; none of a BLOB.
     const std::vector<Plane>& Planes() const { return m_planes; }
 
-    // Calls `use` with the first byte, for reading and writing, unless the lock fails.
-    void Access(const std::function<void(uint8_t* bytes)>& use);
-    void Fill(uint8_t value) {
-        Access([=](uint8_t* bytes) { memset(bytes, value, m_size); });
-    }
+    void Fill(uint8_t value);
+    std::vector<uint8_t> Copy() const;  // of all its bytes; empty if it cannot be read
 
   private:
+    void Access(const std::function<void(uint8_t* bytes)>& use) const;  // unless the lock fails
+
     const ::android::sp<Mapper> m_mapper;
     void* m_handle = nullptr;  // until the process ends, as buffers are
     uint64_t m_size = 0;
@@ -76,14 +73,14 @@ class Pool {
 
     // Whether allocator and mapper are there; nothing else may be called where they are not.
     bool Ready() const { return m_allocator != nullptr && m_mapper != nullptr; }
-    // One of the buffers of the stream's shape and direction.
+    // One of the stream's buffers.
     Buffer& Get(const Stream& stream, size_t number = 0);
 
   private:
     std::shared_ptr<Buffer::Allocator> m_allocator;
     ::android::sp<Buffer::Mapper> m_mapper;
     std::mutex m_lock;  // guards the buffers
-    std::map<std::vector<int64_t>, std::unique_ptr<Buffer>> m_buffers;
+    std::map<std::pair<Stream, size_t>, Buffer> m_buffers;
 };
 
 }  // namespace conformance

@@ -14,23 +14,22 @@ struct Set {
 };
 using Change = std::function<void(Set)>;
 
-template <Mode kMode>
+template <size_t kIndex>  // in kModes
 Verdict Takes(Device& device) {
     if (!device.CanOpen()) return Skip("see session.open");
-    const Answer& answer = device.Plain(kMode).configured;
-    const auto listed = device.ListModes().modes;
+    const Answer& answer = device.PlainRuns()[kIndex].configured;
     if (answer.Ok()) return {};
     if (!answer.Refused()) return Fail("OK or a refusal", answer.Text());
-    if (std::count(listed.begin(), listed.end(), kMode) == 0) {
-        return Skip("not claimed: " + answer.Text());
-    }
-    return Fail("OK, as getSupportedOpModes lists the mode", answer.Text());
+    const auto listed = device.ListModes().modes;
+    const bool claimed = std::count(listed.begin(), listed.end(), kModes[kIndex]) > 0;
+    return claimed ? Fail("OK, as getSupportedOpModes lists the mode", answer.Text())
+                   : Skip("not claimed: " + answer.Text());
 }
 
 Verdict TakesOneMode(Device& device) {
     if (!device.CanOpen()) return Skip("see session.open");
-    return Require(!device.Claimed().empty(), "the streams of B2Y, Y2J or MMF taken",
-                   device.Plain(kB2Y).configured.Text());
+    return Require(device.Find({&PlainRun::Taken}), "the streams of B2Y, Y2J or MMF taken",
+                   device.PlainRuns()[0].configured.Text());
 }
 
 Verdict TakesListedModes(Session& session) {
@@ -47,27 +46,26 @@ Verdict TakesListedModes(Session& session) {
     return {};
 }
 
-// The changed streams have to be refused, or it is `taken`, and the right ones taken then. Of the
-// mode, or of the first one that is taken.
+const Need kTaken = {&PlainRun::Taken, "no mode is taken: see configuration.some-mode"};
+const Need kTakenY2J = {&PlainRun::Taken, "Y2J is not taken", kY2J};
+
+// The changed streams have to be refused, or it is `taken`, and the right ones taken then.
 Check Wrong(const std::string& name, const std::string& what, const Change& change,
-            Outcome taken = Outcome::kFail, std::optional<Mode> mode = {}) {
-    const auto refuses = [=](Device& device) -> Verdict {
-        const auto claimed = device.Claimed(mode);
-        if (claimed.empty() && mode) return Skip(Say(NameOf(*mode), " is not taken"));
-        if (claimed.empty()) return Skip("no mode is taken: see configuration.some-mode");
-        return OnSession([&](Session& session) {
-            Configuration info = claimed[0]->info;
-            change({info, info.streams.front(), info.streams.back()});
-            const Answer answer = session.Configure(info);
-            if (!answer.MustReturn().Good()) return answer.MustReturn();
-            const Answer right = session.Configure(claimed[0]->info);
-            if (!right.Ok()) return right.MustSucceed("the right streams taken afterwards");
-            if (answer.Ok() && taken == Outcome::kWarn) return Warn("it is taken");
-            return answer.MustBeRefused();
-        })(device);
+            Outcome taken = Outcome::kFail, const Need& need = kTaken) {
+    const auto refuses = [=](Session& session) {
+        const Configuration right = session.info;
+        Configuration wrong = right;
+        change({wrong, wrong.streams.front(), wrong.streams.back()});
+        const Answer answer = session.Configure(wrong);
+        if (!answer.MustReturn().Good()) return answer.MustReturn();
+        const Answer next = session.Configure(right);
+        if (!next.Ok()) return next.MustSucceed("the right streams taken afterwards");
+        if (answer.Ok() && taken == Outcome::kWarn) return Warn("it is taken");
+        return answer.MustBeRefused();
     };
     const bool must = taken == Outcome::kFail;
-    return {name, what + (must ? " is refused." : " is better refused."), refuses};
+    const std::string rule = what + (must ? " is refused." : " is better refused.");
+    return {name, rule, OnSession(refuses, need)};
 }
 
 Verdict TakesThemAgain(Session& session) {
@@ -90,9 +88,9 @@ constexpr PixelFormat kOther = PixelFormat::RAW16;  // of no stream
 
 const Checks kConfigurationChecks = {
         {"some-mode", "The streams of B2Y, Y2J or MMF are taken.", TakesOneMode},
-        {"b2y", "The streams of B2Y are taken, if the mode is claimed.", Takes<kB2Y>},
-        {"y2j", "The streams of Y2J are taken, if the mode is claimed.", Takes<kY2J>},
-        {"mmf", "The streams of MMF are taken, if the mode is claimed.", Takes<kMMF>},
+        {"b2y", "The streams of B2Y are taken, if the mode is claimed.", Takes<0>},
+        {"y2j", "The streams of Y2J are taken, if the mode is claimed.", Takes<1>},
+        {"mmf", "The streams of MMF are taken, if the mode is claimed.", Takes<2>},
         {"listed", "A mode that getSupportedOpModes leaves out is better refused.",
          OnSession(TakesListedModes)},
         Wrong("input-format", "Another input format", [](Set s) { s.in.format = kOther; }),
@@ -126,10 +124,10 @@ const Checks kConfigurationChecks = {
               [](Set s) { s.info.opMode = s.info.opMode == kY2J ? kB2Y : kY2J; }),
         Wrong(
                 "blob-size-zero", "A BLOB stream of size 0", [](Set s) { s.out.bufferSize = 0; },
-                Outcome::kFail, kY2J),
+                Outcome::kFail, kTakenY2J),
         Wrong(
                 "blob-size-negative", "A BLOB stream of negative size",
-                [](Set s) { s.out.bufferSize = -24000000; }, Outcome::kFail, kY2J),
+                [](Set s) { s.out.bufferSize = -24000000; }, Outcome::kFail, kTakenY2J),
         {"again", "The same streams are taken again, and a frame works then.",
          OnStreams(TakesThemAgain)},
         {"in-flight", "Frames in flight are answered whatever is configured then.",

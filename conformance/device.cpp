@@ -29,9 +29,8 @@ std::string s_lastAnswered, s_firstDead;  // calls
 // What the test client sends: the device's own dump, where there is one, and for Y2J 90 degrees.
 std::vector<uint8_t> MetadataFor(int32_t mode) {
     std::ifstream file("/data/vendor/camera/metadata/original_dump.bin", std::ios::binary);
-    std::vector<uint8_t> blob;
-    if (mode != kY2J) blob.assign(std::istreambuf_iterator<char>(file), {});
-    if (!blob.empty()) return blob;
+    std::vector<uint8_t> blob(std::istreambuf_iterator<char>(file), {});
+    if (mode != kY2J && !blob.empty()) return blob;
     const int32_t degrees = 90;
     camera_metadata_t* const metadata = allocate_camera_metadata(10, 80);
     add_camera_metadata_entry(metadata, ANDROID_JPEG_ORIENTATION, &degrees, 1);
@@ -123,24 +122,15 @@ bool Device::CanOpen() {
     return *m_canOpen;
 }
 
-const PlainRun& Device::Plain(Mode mode) {
-    const auto [run, fresh] = m_plain.try_emplace(mode);
-    if (fresh) RunPlain(mode, &run->second);
-    return run->second;
+const std::vector<PlainRun>& Device::PlainRuns() {
+    while (m_plain.size() < std::size(kModes)) m_plain.push_back(RunPlain(kModes[m_plain.size()]));
+    return m_plain;
 }
 
-std::vector<const PlainRun*> Device::Claimed(std::optional<Mode> mode) {
-    std::vector<const PlainRun*> claimed;
-    for (const Mode each : kModes) {
-        const bool wanted = !mode || *mode == each;
-        if (wanted && Plain(each).configured.Ok()) claimed.push_back(&Plain(each));
-    }
-    return claimed;
-}
-
-const PlainRun* Device::Working(std::optional<Mode> mode) {
-    for (const PlainRun* run : Claimed(mode)) {
-        if (run->Works()) return run;
+const PlainRun* Device::Find(const Need& need) {
+    for (const PlainRun& run : PlainRuns()) {
+        const bool wanted = !need.mode || *need.mode == run.info.opMode;
+        if (wanted && (run.*need.holds)()) return &run;
     }
     return nullptr;
 }
@@ -152,7 +142,6 @@ Session::Session(Device& device)
       proxy(opened.Ok() ? opened.session : nullptr) {}
 
 Session::~Session() {
-    if (client->ServiceProcess() != 0) device.process = client->ServiceProcess();
     if (IsOpen() && !m_closed) Close();
 }
 
@@ -164,19 +153,19 @@ Answer Session::Configure(const Configuration& wanted) {
     return answer;
 }
 
-OfflineRequestInfo Session::Request(int64_t idOffset) {
+Requests Session::Request(int64_t idOffset) {
     int64_t inputId = idOffset, outputId = idOffset;
-    OfflineRequestInfo request;
+    Requests requests(1);
+    auto& request = requests[0];
     request.frameNumber = -1;
-    request.inFrameInfos.resize(FramesOf(info.opMode));
     const auto add = [&](const Stream& stream, size_t number, int64_t id, auto* list) {
-        list->emplace_back();
-        list->back().streamId = stream.id;
-        list->back().bufferId = id;
-        list->back().buffer = device.pool.Get(stream, number).Handle();
+        auto& buffer = list->emplace_back();
+        buffer.streamId = stream.id;
+        buffer.bufferId = id;
+        buffer.buffer = device.pool.Get(stream, number).Handle();
     };
-    for (size_t frame = 0; frame < request.inFrameInfos.size(); ++frame) {
-        auto& input = request.inFrameInfos[frame];
+    for (size_t frame = 0; frame < FramesOf(info.opMode); ++frame) {
+        auto& input = request.inFrameInfos.emplace_back();
         input.metadata = MetadataFor(info.opMode);
         for (const Stream& stream : info.streams) {
             if (IsInput(stream)) add(stream, frame, ++inputId, &input.buffers);
@@ -186,20 +175,14 @@ OfflineRequestInfo Session::Request(int64_t idOffset) {
     for (const Stream& stream : info.streams) {
         if (!IsInput(stream)) add(stream, outputs.size(), ++outputId, &outputs);
     }
-    return request;
+    return requests;
 }
 
-Answer Session::Process(std::vector<OfflineRequestInfo> requests) {
-    const auto sent = std::make_shared<std::vector<OfflineRequestInfo>>(std::move(requests));
+Answer Session::Process(Requests requests) {
+    const auto sent = std::make_shared<Requests>(std::move(requests));
     return Bounded("processOfflineRequest", [proxy = proxy, sent](Answer* answer) {
         return proxy->processOfflineRequest(*sent, &answer->number);
     });
-}
-
-Answer Session::Process(OfflineRequestInfo request) {
-    std::vector<OfflineRequestInfo> one;
-    one.push_back(std::move(request));
-    return Process(std::move(one));
 }
 
 Answer Session::Close() {
@@ -219,6 +202,15 @@ Verdict Session::AwaitResult(const Answer& sent, const std::string& what) {
     const bool came = client->WaitFor(complete);
     return Require(came && !Failed(All(), sent.number), Say(what, " of frame ", sent.number),
                    Text(All()) + (came ? "" : ", and no more in 5 s"));
+}
+
+Verdict Session::AwaitAnswer(const Answer& sent, Outcome good) {
+    if (!sent.Ok()) return sent.MustBeRefused();
+    const Verdict result = AwaitResult(sent, "an answer");
+    if (Failed(All(), sent.number)) return {};
+    if (!result.Good() || good == Outcome::kOk) return result;
+    if (good == Outcome::kWarn) return Warn("a result with good buffers");
+    return Fail("a refusal, an error message or a broken buffer", Text(All()));
 }
 
 Verdict Session::Exchange(const std::string& what, int64_t idOffset) {
@@ -246,34 +238,39 @@ NativeHandle FenceOf(int descriptor) {
     return handle;
 }
 
-Run OnSession(const Use& use) {
+Need Works(std::optional<Mode> mode) {
+    return {&PlainRun::Works,
+            mode ? Say(NameOf(*mode), " brings no results")
+                 : "no mode brings results: see configuration and process",
+            mode};
+}
+
+Run OnSession(const Use& use, const Need& need) {
     return [=](Device& device) {
+        const PlainRun* run = need.holds ? device.Find(need) : nullptr;
+        if (need.holds && run == nullptr) return Skip(need.otherwise);
         if (!device.CanOpen()) return Skip("no session can be opened: see session.open");
         Session session(device);
+        if (run != nullptr) session.info = run->info;
         return session.IsOpen() ? use(session) : session.opened.MustSucceed("a session, as before");
     };
 }
 
-Run OnStreams(const Use& use, std::optional<Mode> mode) {
-    return [=](Device& device) -> Verdict {
-        // Before the session is opened, as the service may have but one.
-        const PlainRun* run = device.CanOpen() ? device.Working(mode) : nullptr;
-        if (run == nullptr && mode) return Skip(Say(NameOf(*mode), " brings no results"));
-        if (run == nullptr) return Skip("no mode brings results: see configuration and process");
-        return OnSession([=](Session& session) {
-            const Answer taken = session.Configure(run->info);
-            return taken.Ok() ? use(session) : taken.MustSucceed("streams taken as before");
-        })(device);
+Run OnStreams(const Use& use, const Need& need) {
+    const auto configure = [=](Session& session) {
+        const Answer taken = session.Configure(session.info);
+        return taken.Ok() ? use(session) : taken.MustSucceed("streams taken as before");
     };
+    return OnSession(configure, need);
 }
 
 Check Noted(const std::string& name, const std::string& rule, const std::string& reason) {
     const auto look = [=](Device& device) {
         if (!device.pool.Ready()) return Skip("no graphics allocator, or no mapper 4.0");
-        Verdict verdict = Skip(device.Claimed().empty() ? "no mode is taken" : reason);
-        for (const PlainRun* run : device.Claimed()) {
-            const auto found = run->findings.find(name);
-            if (found == run->findings.end()) continue;
+        Verdict verdict = Skip(device.Find({&PlainRun::Taken}) ? reason : "no mode is taken");
+        for (const PlainRun& run : device.PlainRuns()) {
+            const auto found = run.findings.find(name);
+            if (found == run.findings.end()) continue;
             verdict = found->second;
             if (!verdict.Good()) break;
         }

@@ -15,7 +15,7 @@ namespace conformance {
 
 using Callback = std::shared_ptr<package::IOfflineCameraCallback>;
 using SessionProxy = std::shared_ptr<package::IOfflineCameraSession>;
-using package::OfflineRequestInfo;
+using Requests = std::vector<package::OfflineRequestInfo>;  // of one call
 
 struct Answer {
     std::string call;
@@ -56,8 +56,10 @@ struct PlainRun {
     std::map<std::string, Verdict> findings;  // by a check's name
 
     std::string Mode() const { return NameOf(info.opMode); }
+    bool Taken() const { return configured.Ok(); }  // its streams
     bool Works() const { return complete == kFrames && !picture.empty(); }
     bool Borrows() const;
+    bool BorrowsAndWorks() const { return Works() && Borrows(); }
     // Keeps the first one of a check that is not good.
     void Note(const std::string& check, const Verdict& verdict);
     void Expect(const char* check, bool holds, const std::string& expected,
@@ -66,8 +68,14 @@ struct PlainRun {
     }
 };
 
-void JudgeFile(PlainRun* run);
 void JudgeLending(PlainRun* run);
+
+// What a check needs of a plain run, and why it is skipped where none has that.
+struct Need {
+    bool (PlainRun::*holds)() const = nullptr;
+    std::string otherwise = {};
+    std::optional<Mode> mode = {};  // any, if it is not set
+};
 
 class Device {
   public:
@@ -86,22 +94,21 @@ class Device {
     Answer ListModes();
 
     bool CanOpen();  // a first session
-    const PlainRun& Plain(Mode mode);
-    // The plain runs of the modes whose streams are taken, or of one mode if they are.
-    std::vector<const PlainRun*> Claimed(std::optional<Mode> mode = {});
-    // The first of them that works, or null.
-    const PlainRun* Working(std::optional<Mode> mode = {});
+    // One of each of kModes, in that order. Asked for before a check opens a session, as the
+    // service may have but one.
+    const std::vector<PlainRun>& PlainRuns();
+    // The first plain run that is such, or null.
+    const PlainRun* Find(const Need& need);
 
     ndk::SpAIBinder binder;
     std::shared_ptr<package::IOfflineCameraService> service;  // null for another interface
     Pool pool;
-    pid_t process = 0;  // the service's; known after a plain run
 
   private:
-    void RunPlain(Mode mode, PlainRun* run);
+    PlainRun RunPlain(Mode mode);
 
     std::optional<bool> m_canOpen;
-    std::map<Mode, PlainRun> m_plain;
+    std::vector<PlainRun> m_plain;
 };
 
 // An open session and its client. Closed at the end.
@@ -112,14 +119,15 @@ class Session {
 
     bool IsOpen() const { return proxy != nullptr; }
     Answer Configure(const Configuration& wanted);
-    // A request in the test client's form, whose buffer ids begin above `idOffset`.
-    OfflineRequestInfo Request(int64_t idOffset = 0);
-    Answer Process(std::vector<OfflineRequestInfo> requests);
-    Answer Process(OfflineRequestInfo request);
+    // One request in the test client's form, whose buffer ids begin above `idOffset`.
+    Requests Request(int64_t idOffset = 0);
+    Answer Process(Requests requests);
     Answer Close();
 
     // Waits until every output of a frame is in results. `what` is expected.
     Verdict AwaitResult(const Answer& sent, const std::string& what = "a result");
+    // Waits for any answer: a refusal, a failure, or a result, where `good` is what a good one is.
+    Verdict AwaitAnswer(const Answer& sent, Outcome good);
     Verdict Exchange(const std::string& what, int64_t idOffset = 0);
     // Waits until `count` frames have brought a result or an error. Each may take kWait.
     Verdict AwaitEnds(size_t count);
@@ -129,7 +137,7 @@ class Session {
     const std::shared_ptr<Recorder> client;
     const Answer opened;
     const SessionProxy proxy;
-    Configuration info;  // the streams of its requests: those that were taken
+    Configuration info;  // the streams of its requests
 
   private:
     bool m_closed = false;
@@ -151,11 +159,14 @@ inline constexpr const char* kVictimStates[] = {"registered", "opened",   "confi
 Verdict KillClient(Device& device, const std::string& state);
 [[noreturn]] void BeVictim(const std::string& last);  // the life of such a client
 
-// A check on an open session, and on one with streams: those of the mode, or of the first one that
-// brings results.
+// That the mode brings results, or any mode.
+Need Works(std::optional<Mode> mode = {});
+
+// A check on an open session, which has the streams of the needed run as its info, if there is a
+// need; OnStreams configures them, too.
 using Use = std::function<Verdict(Session&)>;
-Run OnSession(const Use& use);
-Run OnStreams(const Use& use, std::optional<Mode> mode = {});
+Run OnSession(const Use& use, const Need& need = {});
+Run OnStreams(const Use& use, const Need& need = Works());
 
 // A check whose findings the plain runs note. Where none does, it is skipped for the reason.
 Check Noted(const std::string& name, const std::string& rule,

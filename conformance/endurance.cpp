@@ -29,32 +29,27 @@ size_t EntriesOf(const std::string& folder) {
 }
 
 // What a process holds, by folders in /proc; zeroes where that does not tell.
-constexpr const char* kFolders[] = {"fd", "task", "map_files"};
 constexpr const char* kHeld[] = {" descriptors", " threads", " mapped files"};
 using Held = std::array<size_t, std::size(kHeld)>;
 
 Held HeldBy(pid_t process) {
-    Held held;
-    for (size_t i = 0; i < held.size(); ++i) {
-        held[i] = EntriesOf(Say("/proc/", process, "/", kFolders[i]));
-    }
-    return held;
+    const std::string folder = Say("/proc/", process, "/");
+    return {EntriesOf(folder + "fd"), EntriesOf(folder + "task"), EntriesOf(folder + "map_files")};
 }
 
 // Calls `round` some times to warm up, then `count` times, after which the service must hold no
 // more than before.
-Verdict LeavesNothing(Device& device, int warmUp, int count,
-                      const std::function<Verdict(int)>& round) {
+Verdict LeavesNothing(int warmUp, int count, const std::function<Verdict(int)>& round) {
     Held before = {};
     for (int i = 0; i < warmUp + count; ++i) {
-        if (i == warmUp) before = HeldBy(device.process);
+        if (i == warmUp) before = HeldBy(Recorder::s_service);
         const Verdict verdict = round(i);
         if (!verdict.Good()) return Fail(Say("round ", i + 1, " as the first one"), verdict.came);
     }
     if (before == Held{}) return Skip("all went well; /proc does not tell what is held");
     std::string more;
     const auto nothing = [&] {
-        const Held after = HeldBy(device.process);
+        const Held after = HeldBy(Recorder::s_service);
         more.clear();
         for (size_t i = 0; i < after.size(); ++i) {
             if (after[i] > before[i] + kSlack)
@@ -67,23 +62,23 @@ Verdict LeavesNothing(Device& device, int warmUp, int count,
 }
 
 Verdict EndsSessions(Device& device) {
-    const PlainRun* run = device.Working();
+    const PlainRun* run = device.Find(Works());
     if (run == nullptr) return Skip("no mode brings results");
-    return LeavesNothing(device, 20, 200, [&](int i) {
+    return LeavesNothing(20, 200, [&](int i) {
         Session session(device);
         const Answer taken = session.IsOpen() ? session.Configure(run->info) : session.opened;
         if (!taken.Ok()) return taken.MustSucceed("OK");
         if (i % 20 == 0) return session.Exchange("a result");
-        OfflineRequestInfo wrong = session.Request();
-        wrong.outputBuffers[0].streamId = 77;
+        Requests wrong = session.Request();
+        wrong[0].outputBuffers[0].streamId = 77;
         session.Process(std::move(wrong));
         return Verdict();
     });
 }
 
 Verdict SurvivesDeaths(Device& device) {
-    if (device.Working() == nullptr) return Skip("no mode brings results");
-    const Verdict left = LeavesNothing(device, 6, 50, [&](int i) {
+    if (device.Find(Works()) == nullptr) return Skip("no mode brings results");
+    const Verdict left = LeavesNothing(6, 50, [&](int i) {
         return KillClient(device, kVictimStates[static_cast<size_t>(i) % std::size(kVictimStates)]);
     });
     if (left.outcome == Outcome::kFail) return left;
@@ -151,12 +146,12 @@ void BeVictim(const std::string& last) {
     };
     const ndk::ScopedFileDescriptor never(eventfd(0, EFD_CLOEXEC));
     for (int i = 0; i < 3; ++i) {
-        OfflineRequestInfo request = session.Request();
-        auto& input = request.inFrameInfos[0].buffers[0];
+        Requests requests = session.Request();
+        auto& input = requests[0].inFrameInfos[0].buffers[0];
         if (waiting) input.acquireFence = FenceOf(never.get());
         // Behind frames that wait for ever, it is held until the session ends.
-        if (waiting && i == 2) request.outputBuffers[0].acquireFence = FenceOf(STDOUT_FILENO);
-        session.Process(std::move(request));
+        if (waiting && i == 2) requests[0].outputBuffers[0].acquireFence = FenceOf(STDOUT_FILENO);
+        session.Process(std::move(requests));
     }
     reach("in-flight");
     reach("waiting");

@@ -29,33 +29,27 @@ Verdict ReturnsOnce(const Events& events) {
     return {};
 }
 
-// On the streams of a mode that asks for buffers.
-Run WhereBorrowed(const Use& use) {
-    return [=](Device& device) {
-        for (const PlainRun* run : device.Claimed()) {
-            if (run->Works() && run->Borrows())
-                return OnStreams(use, Mode(run->info.opMode))(device);
-        }
-        return Skip("no mode with a result asks for buffers");
-    };
-}
+const Need kBorrowing = {&PlainRun::BorrowsAndWorks, "no mode with a result asks for buffers"};
 
 // A frame with another answer than it wants.
 Run Copes(Lend lend) {
-    return WhereBorrowed([=](Session& session) {
+    const auto copes = [=](Session& session) {
         session.client->lend = lend;
         const Answer sent = session.Process(session.Request());
-        if (sent.Refused()) return Verdict();
-        const Verdict good = session.AwaitResult(sent, "an answer");
-        const bool failed = Failed(session.All(), sent.number);
+        const Verdict answered = session.AwaitAnswer(sent, Outcome::kOk);
         session.Close();
-        if (!good.Good() && !failed) return good;
+        if (sent.Refused() || !answered.Good()) return answered;
         const Verdict strays = ReturnsOnlyLent(session.All());
         return strays.Good() ? ReturnsOnce(session.All()) : strays;
-    });
+    };
+    return OnStreams(copes, kBorrowing);
 }
 
 Verdict ReturnsBeforeClose(Session& session) {
+    // The close has to come after the service has borrowed.
+    session.Process(session.Request(300));
+    const auto asked = [](const Events& events) { return !Of(events, Event::kAsked).empty(); };
+    session.client->WaitFor(asked, kSecond);
     const Verdict closed = ClosesInFlight(session);
     return closed.Good() ? ReturnsOnce(session.All()) : closed;
 }
@@ -65,7 +59,8 @@ Run WaitsFor(bool input) {
     return OnStreams([=](Session& session) -> Verdict {
         const ndk::ScopedFileDescriptor fence(eventfd(0, EFD_CLOEXEC));
         bool done = false;
-        OfflineRequestInfo request = session.Request();
+        Requests requests = session.Request();
+        auto& request = requests[0];
         auto& buffer = input ? request.inFrameInfos[0].buffers[0] : request.outputBuffers[0];
         buffer.acquireFence = FenceOf(fence.get());
         std::thread signaller([&] {  // as the call itself may wait
@@ -74,7 +69,7 @@ Run WaitsFor(bool input) {
                     kSecond);
             eventfd_write(fence.get(), 1);
         });
-        const Answer sent = session.Process(std::move(request));
+        const Answer sent = session.Process(std::move(requests));
         signaller.join();
         if (sent.Refused()) return Skip("a fence is refused: " + sent.Text());
         if (done) return Fail("no result before the fence", Text(session.All()));
@@ -84,9 +79,9 @@ Run WaitsFor(bool input) {
 
 Verdict ClosesWhileWaiting(Session& session) {
     const ndk::ScopedFileDescriptor fence(eventfd(0, EFD_CLOEXEC));
-    OfflineRequestInfo request = session.Request();
-    request.inFrameInfos[0].buffers[0].acquireFence = FenceOf(fence.get());
-    const Answer sent = session.Process(std::move(request));
+    Requests requests = session.Request();
+    requests[0].inFrameInfos[0].buffers[0].acquireFence = FenceOf(fence.get());
+    const Answer sent = session.Process(std::move(requests));
     const Answer closed = session.Close();
     eventfd_write(fence.get(), 1);
     if (!sent.MustReturn().Good()) return sent.MustReturn();
@@ -114,7 +109,7 @@ const Checks kLendingChecks = {
         Noted("only-lent", "Only buffers that were lent are given back.", kNone),
         Noted("once", "Each lent buffer is given back once, before the close is answered.", kNone),
         {"close-in-flight", "With frames in flight all come back before the close is answered.",
-         WhereBorrowed(ReturnsBeforeClose)},
+         OnStreams(ReturnsBeforeClose, kBorrowing)},
         {"no-answer", "A frame is answered though nothing is lent.", Copes(Lend::kNoAnswers)},
         {"error-value", "A frame is answered though an error comes for buffers.",
          Copes(Lend::kErrorValue)},

@@ -1,4 +1,4 @@
-// Sends good requests, and checks what the service delivers for them.
+// Sends good requests, and checks what the service delivers for them: messages, results, pictures.
 #include <system/camera_metadata.h>
 
 #include <algorithm>
@@ -15,15 +15,17 @@ constexpr uint8_t kFills[] = {0x5a, 0xa5, 0x5a}, kInputs[] = {40, 40, 120};
 
 // Goes through the buffer after the first and after the second frame, row by row: picture, padding,
 // and what belongs to no row.
-void Compare(const Buffer& buffer, const uint8_t* second, PlainRun* run) {
-    int64_t place = 0, plane = 0, row = 0, unwritten = 0, outside = 0;
-    std::string places[2];  // the first ones beside and in the picture
+void Compare(const Buffer& buffer, const std::vector<uint8_t>& first,
+             const std::vector<uint8_t>& second, PlainRun* run) {
+    const auto size = static_cast<int64_t>(std::min(first.size(), second.size()));
+    int64_t place = 0, plane = 0, row = 0;
+    int64_t counts[2] = {};  // of wrong bytes beside and in the picture
+    std::string places[2];   // the first ones
     const auto look = [&](bool inside, int64_t end) {
-        int64_t& count = inside ? unwritten : outside;
-        for (; place < end; ++place) {
-            const bool kept =
-                    run->picture[size_t(place)] == kFills[0] && second[place] == kFills[1];
-            if (kept != inside || ++count > 1) continue;
+        for (; place < std::min(end, size); ++place) {
+            const auto at = static_cast<size_t>(place);
+            const bool kept = first[at] == kFills[0] && second[at] == kFills[1];
+            if (kept != inside || ++counts[inside] > 1) continue;
             places[inside] = Say("byte ", place, ", in or before row ", row, " of plane ", plane);
         }
     };
@@ -31,15 +33,16 @@ void Compare(const Buffer& buffer, const uint8_t* second, PlainRun* run) {
         for (row = 0; row < p.heightInSamples; ++row) {
             const int64_t begin = p.offsetInBytes + row * p.strideInBytes;
             look(false, begin);
-            look(true, std::min(begin + RowBytes(p), buffer.Size()));
+            look(true, begin + RowBytes(p));
         }
         ++plane;
     }
-    if (!buffer.Planes().empty()) look(false, buffer.Size());
-    run->Expect("whole-picture", unwritten == 0, "all of " + run->Mode() + "'s picture written",
-                Say("as before the request: ", unwritten, " bytes, first ", places[true]));
-    run->Expect("nothing-else", outside == 0, "nothing but " + run->Mode() + "'s picture written",
-                Say("beside it changed: ", outside, " bytes, first ", places[false]));
+    if (!buffer.Planes().empty()) look(false, size);
+    run->Expect("whole-picture", counts[true] == 0, "all of " + run->Mode() + "'s picture written",
+                Say("as before the request: ", counts[true], " bytes, first ", places[true]));
+    run->Expect("nothing-else", counts[false] == 0,
+                "nothing but " + run->Mode() + "'s picture written",
+                Say("beside it changed: ", counts[false], " bytes, first ", places[false]));
 }
 
 // Sends a frame and waits for its result, and for its shutter unless an earlier one had none.
@@ -60,8 +63,7 @@ bool SendFrame(Session& session, PlainRun* run) {
 // Sends the frames and compares their pictures. Stops at the first frame without a result.
 void SendFrames(Session& session, PlainRun* run) {
     Buffer& output = session.device.pool.Get(run->info.streams.back());
-    std::vector<uint8_t> last;
-    bool changed = false;
+    std::vector<std::vector<uint8_t>> pictures;
     for (size_t i = 0; i < PlainRun::kFrames; ++i) {
         for (const Stream& stream : run->info.streams) {
             for (size_t f = 0; IsInput(stream) && f < FramesOf(run->info.opMode); ++f) {
@@ -70,20 +72,18 @@ void SendFrames(Session& session, PlainRun* run) {
         }
         output.Fill(kFills[i]);
         if (!SendFrame(session, run)) break;
-        output.Access([&](const uint8_t* bytes) {
-            if (i == 0) run->picture.assign(bytes, bytes + output.Size());
-            if (i == 1 && !run->picture.empty()) Compare(output, bytes, run);
-            if (i == 2) last.assign(bytes, bytes + output.Size());
-        });
+        pictures.push_back(output.Copy());
     }
     session.Close();
-    if (last.empty()) return;
-    output.Access(
-            [&](const uint8_t* bytes) { changed = memcmp(bytes, last.data(), last.size()) != 0; });
-    run->Expect("follows-input", last != run->picture,
+    if (!pictures.empty()) run->picture = pictures[0];
+    if (run->picture.empty()) return;
+    if (pictures.size() > 1) Compare(output, pictures[0], pictures[1], run);
+    if (pictures.size() < PlainRun::kFrames) return;
+    run->Expect("follows-input", pictures[2] != pictures[0],
                 "another picture of " + run->Mode() + " for another input",
                 "the same bytes for a dark and a bright frame");
-    run->Expect("done", !changed, "no writing to " + run->Mode() + "'s output after the result",
+    run->Expect("done", output.Copy() == pictures[2],
+                "no writing to " + run->Mode() + "'s output after the result",
                 "bytes that changed until the session was closed");
 }
 
@@ -195,7 +195,80 @@ void JudgeFrames(PlainRun* run) {
     }
 }
 
+// Reads the markers up to the scan, and looks for the end right at the file's size. Returns why it
+// is no JPEG file, or nothing.
+std::string ParseJpeg(const std::vector<uint8_t>& bytes, size_t size, int32_t* width,
+                      int32_t* height) {
+    const auto big = [&](size_t place) { return bytes[place] << 8 | bytes[place + 1]; };
+    size_t place = 2;
+    for (uint8_t marker = 0; marker != 0xda;) {  // the scan
+        const bool room = place + 9 < size && big(0) == 0xffd8;
+        if (!room || bytes[place] != 0xff) return Say("no marker at byte ", room ? place : 0);
+        marker = bytes[place + 1];
+        const bool table = marker == 0xc4 || marker == 0xc8 || marker == 0xcc;
+        if (marker >= 0xc0 && marker <= 0xcf && !table) {
+            *height = big(place + 5);
+            *width = big(place + 7);
+        }
+        place += 2 + static_cast<size_t>(big(place + 2));
+    }
+    // In a scan, ff is followed by 00 or a restart marker.
+    while (place + 2 <= size && big(place) != 0xffd9) ++place;
+    return place + 2 == size ? "" : Say("FF D9 not at its end but at byte ", place);
+}
+
+// What the reference service makes of frames that are raw code 341 everywhere, on average: red 200,
+// green 146 and blue 176 after white balance and tone curve.
+constexpr uint8_t kFlat[] = {0x55, 0xaa, 0x00};  // codes 341, 682, 0
+constexpr int kLuma = 166, kBlue = 134, kRed = 153;
+
+Verdict IsTheReferences(Session& session) {
+    for (size_t f = 0; f < FramesOf(session.info.opMode); ++f) {
+        session.device.pool.Get(session.info.streams[0], f).Fill(kFlat[f]);
+    }
+    Verdict verdict = session.Exchange("a picture");
+    const Buffer& output = session.device.pool.Get(session.info.streams.back());
+    const std::vector<uint8_t> bytes = output.Copy();
+    if (bytes.empty()) return verdict;
+    for (const Plane& plane : output.Planes()) {
+        const int64_t width = RowBytes(plane), size = width * plane.heightInSamples;
+        for (int64_t i = 0; verdict.Good() && i < size; ++i) {
+            const int64_t row = i / width, x = i % width;
+            const int64_t place = plane.offsetInBytes + row * plane.strideInBytes + x;
+            const int value = bytes[static_cast<size_t>(place)];
+            const int expected = plane.offsetInBytes == 0 ? kLuma : x % 2 == 0 ? kBlue : kRed;
+            if (value == expected) continue;
+            verdict = Fail(Say(expected, " in each pixel"),
+                           Say(value, " at byte ", x, " of row ", row));
+        }
+    }
+    return verdict;
+}
+
+void JudgeFile(PlainRun* run) {
+    const Stream& stream = run->info.streams.back();
+    const uint8_t* const end = run->picture.data() + stream.bufferSize;
+    int32_t id = 0, size = 0;
+    memcpy(&id, end - 8, sizeof(id));
+    memcpy(&size, end - 4, sizeof(size));
+    run->Expect("trailer-id", id == 255, "blob id 255, 8 bytes before the stream's buffer size",
+                Say(id));
+    const bool fits = size >= 4 && size <= stream.bufferSize - 8;
+    run->Expect("trailer-size", fits, "the file's size, 4 bytes before the buffer size", Say(size));
+    if (!fits) return;
+    int32_t width = 0, height = 0;
+    const std::string problem = ParseJpeg(run->picture, static_cast<size_t>(size), &width, &height);
+    run->Expect("jpeg", problem.empty(), Say("a JPEG file of ", size, " bytes"), problem);
+    if (!problem.empty()) return;
+    const bool upright = width == stream.width && height == stream.height;
+    const bool turned = width == stream.height && height == stream.width;
+    run->Expect("jpeg-size", upright || turned,
+                Say(stream.width, " x ", stream.height, ", or turned"), Say(width, " x ", height));
+}
+
 constexpr char kNoResult[] = "no result came: see process.result";
+constexpr char kNoPicture[] = "no picture came: see process.result";
+constexpr char kNoFile[] = "no file of Y2J to look at";
 
 }  // namespace
 
@@ -208,18 +281,20 @@ void PlainRun::Note(const std::string& check, const Verdict& verdict) {
     if (noted.Good()) noted = verdict;
 }
 
-void Device::RunPlain(Mode mode, PlainRun* run) {
-    run->info = ConfigurationOf(mode);
-    if (!CanOpen()) return;
+PlainRun Device::RunPlain(Mode mode) {
+    PlainRun run;
+    run.info = ConfigurationOf(mode);
+    if (!CanOpen()) return run;
     Session session(*this);
-    if (!session.IsOpen()) return;
-    run->configured = session.Configure(run->info);
-    if (!run->configured.Ok() || !pool.Ready()) return;
-    SendFrames(session, run);
-    run->events = session.All();
-    JudgeFrames(run);
-    JudgeLending(run);
-    if (mode == kY2J && run->Works()) JudgeFile(run);
+    if (!session.IsOpen()) return run;
+    run.configured = session.Configure(run.info);
+    if (!run.configured.Ok() || !pool.Ready()) return run;
+    SendFrames(session, &run);
+    run.events = session.All();
+    JudgeFrames(&run);
+    JudgeLending(&run);
+    if (mode == kY2J && run.Works()) JudgeFile(&run);
+    return run;
 }
 
 const Checks kProcessChecks = {
@@ -242,6 +317,24 @@ const Checks kProcessChecks = {
         Noted("partial-results", "As many parts of metadata come as are stated."),
         Noted("metadata", "Result metadata is empty, or one blob of just its size.", kNoResult),
         Noted("empty-callbacks", "No callback is called with an empty list."),
+};
+
+const Checks kContentChecks = {
+        Noted("whole-picture", "Every byte of the picture is written, in each plane.", kNoPicture),
+        Noted("nothing-else", "No byte beside the picture is written.", kNoPicture),
+        Noted("follows-input", "Another input makes another picture.", kNoPicture),
+        Noted("done", "After the result the output is not written any more.", kNoPicture),
+        Noted("trailer-id", "A BLOB buffer ends with blob id 255 and file size.", kNoFile),
+        Noted("trailer-size", "The size in the trailer fits into the buffer.", kNoFile),
+        Noted("jpeg", "The file is a JPEG file and ends with its size.", kNoFile),
+        Noted("jpeg-size", "The JPEG file has the stream's width and height.", kNoFile),
+};
+
+const Checks kPhysicsChecks = {
+        {"b2y", "B2Y makes the reference service's picture of a flat frame.",
+         OnStreams(IsTheReferences, Works(kB2Y))},
+        {"mmf", "MMF makes the reference service's picture of three flat frames.",
+         OnStreams(IsTheReferences, Works(kMMF))},
 };
 
 }  // namespace conformance

@@ -4,7 +4,6 @@
 #include <poll.h>
 
 #include <algorithm>
-#include <iterator>
 
 namespace conformance {
 
@@ -32,7 +31,7 @@ void Take(const std::vector<StreamBuffer>& buffers, Event* event) {
 }  // namespace
 
 void Recorder::Add(const Event& event) {
-    m_process = AIBinder_getCallingPid();
+    s_service = AIBinder_getCallingPid();
     {
         const std::lock_guard<std::mutex> guard(m_lock);
         m_events.push_back(event);
@@ -127,14 +126,9 @@ ScopedAStatus Recorder::requestStreamBuffers(
 // Whether a lent buffer's content has changed; true for one that was never lent.
 bool Recorder::WasWritten(int64_t id) {
     const std::lock_guard<std::mutex> guard(m_lock);
-    bool written = true;
-    if (id < 1 || id > static_cast<int64_t>(m_lent.size())) return written;
-    Buffer& buffer = *m_lent[static_cast<size_t>(id - 1)];
-    buffer.Access([&](const uint8_t* bytes) {
-        written = std::any_of(bytes, bytes + buffer.Size(),
-                              [](uint8_t byte) { return byte != kLentFill; });
-    });
-    return written;
+    if (id < 1 || id > static_cast<int64_t>(m_lent.size())) return true;
+    const std::vector<uint8_t> bytes = m_lent[static_cast<size_t>(id - 1)]->Copy();
+    return bytes != std::vector<uint8_t>(bytes.size(), kLentFill);
 }
 
 ScopedAStatus Recorder::returnStreamBuffers(const std::vector<StreamBuffer>& buffers) {
@@ -148,9 +142,10 @@ ScopedAStatus Recorder::returnStreamBuffers(const std::vector<StreamBuffer>& buf
 
 Events Of(const Events& events, Event::Kind kind, int32_t frame) {
     Events found;
-    std::copy_if(events.begin(), events.end(), std::back_inserter(found), [&](const Event& event) {
-        return event.kind == kind && (frame == -1 || event.frame == frame);
-    });
+    for (const Event& event : events) {
+        const bool wanted = frame == -1 || event.frame == frame;
+        if (wanted && event.kind == kind) found.push_back(event);
+    }
     return found;
 }
 

@@ -67,7 +67,7 @@ class Recorder : public package::BnOfflineCameraCallback {
     bool WaitFor(const std::function<bool(const Events&)>& enough, milliseconds limit = kWait);
     Events All();
 
-    pid_t ServiceProcess() const { return m_process; }  // 0 before its first call
+    static inline std::atomic<pid_t> s_service = 0;  // the process of the last call
 
     // Set these before the first request.
     Lend lend = Lend::kBuffers;
@@ -91,7 +91,6 @@ class Recorder : public package::BnOfflineCameraCallback {
     bool WasWritten(int64_t id);
 
     Pool* const m_pool;
-    std::atomic<pid_t> m_process{0};
     std::mutex m_lock;  // guards what follows
     std::condition_variable m_changed;
     Events m_events;

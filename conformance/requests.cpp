@@ -7,34 +7,27 @@ namespace conformance {
 
 namespace {
 
-// A request to be changed: its frames, outputs, first input and first output.
+// A request to be changed: the session's streams, the request's frames, outputs, first input and
+// first output.
 struct Edit {
-    Session& session;
+    Pool& pool;
+    const std::vector<Stream>& streams;
     std::vector<package::OfflineFrameInfo>& frames;
     std::vector<device::StreamBuffer>& outputs;
     device::StreamBuffer &in, &out;
 };
 using ChangeRequest = std::function<void(Edit)>;
 
-// `good` is what a good result would be.
-Verdict Judge(Session& session, const Answer& sent, Outcome good) {
-    if (!sent.Ok()) return sent.MustBeRefused();
-    const Verdict result = session.AwaitResult(sent, "an answer");
-    if (Failed(session.All(), sent.number)) return {};
-    if (!result.Good() || good == Outcome::kOk) return result;
-    if (good == Outcome::kWarn) return Warn("a result with good buffers");
-    return Fail("a refusal, an error message or a broken buffer", Text(session.All()));
-}
-
 // Sends a request with a change, and a right one afterwards.
 Check Wrong(const std::string& name, const std::string& what, const ChangeRequest& change,
             Outcome good = Outcome::kFail, std::optional<Mode> mode = {}) {
     const auto sends = [=](Session& session) {
-        OfflineRequestInfo request = session.Request();
-        auto& frames = request.inFrameInfos;
-        auto& outputs = request.outputBuffers;
-        change({session, frames, outputs, frames[0].buffers[0], outputs[0]});
-        const Verdict verdict = Judge(session, session.Process(std::move(request)), good);
+        Requests requests = session.Request();
+        auto& frames = requests[0].inFrameInfos;
+        auto& outputs = requests[0].outputBuffers;
+        change({session.device.pool, session.info.streams, frames, outputs, frames[0].buffers[0],
+                outputs[0]});
+        const Verdict verdict = session.AwaitAnswer(session.Process(std::move(requests)), good);
         if (verdict.outcome == Outcome::kFail) return verdict;
         const Verdict next = session.Exchange("a right request's result afterwards", 100);
         return next.Good() ? verdict : next;
@@ -42,7 +35,7 @@ Check Wrong(const std::string& name, const std::string& what, const ChangeReques
     const std::string rule = good == Outcome::kFail   ? " is refused."
                              : good == Outcome::kWarn ? " is better refused."
                                                       : " is answered.";
-    return {name, what + rule, OnStreams(sends, mode)};
+    return {name, what + rule, OnStreams(sends, Works(mode))};
 }
 
 NativeHandle NoBuffer() {
@@ -52,28 +45,22 @@ NativeHandle NoBuffer() {
     return handle;
 }
 
-// Of half the rows and bytes of the first or last stream.
-NativeHandle SmallBuffer(Session& session, bool first) {
-    Stream stream = first ? session.info.streams.front() : session.info.streams.back();
+// Of half the rows and bytes of the stream.
+NativeHandle SmallBuffer(Pool& pool, Stream stream) {
     stream.height /= 2;
     stream.bufferSize /= 2;
-    return session.device.pool.Get(stream).Handle();
+    return pool.Get(stream).Handle();
 }
 
-Verdict RefusesBeforeStreams(Device& device) {
-    const PlainRun* run = device.CanOpen() ? device.Working() : nullptr;
-    if (run == nullptr) return Skip("no mode brings results");
-    return OnSession([=](Session& session) {
-        session.info = run->info;
-        return Judge(session, session.Process(session.Request()), Outcome::kFail);
-    })(device);
+Verdict RefusesRequest(Session& session) {
+    return session.AwaitAnswer(session.Process(session.Request()), Outcome::kFail);
 }
 
 // With numbers of their own, as a call returns only one.
 Verdict AnswersTenInACall(Session& session) {
-    std::vector<OfflineRequestInfo> requests;
+    Requests requests;
     for (int i = 0; i < 10; ++i) {
-        requests.push_back(session.Request(100 * i));
+        requests.push_back(std::move(session.Request(100 * i)[0]));
         requests.back().frameNumber = 1000 + i;
     }
     const Answer answer = session.Process(std::move(requests));
@@ -93,10 +80,10 @@ Verdict AnswersTenCalls(Session& session) {
 }  // namespace
 
 const Checks kRequestChecks = {
-        {"before-streams", "A request before the streams is refused.", RefusesBeforeStreams},
-        {"none", "An empty list of requests is refused.", OnStreams([](Session& s) {
-             return s.Process(std::vector<OfflineRequestInfo>()).MustBeRefused();
-         })},
+        {"before-streams", "A request before the streams is refused.",
+         OnSession(RefusesRequest, Works())},
+        {"none", "An empty list of requests is refused.",
+         OnStreams([](Session& s) { return s.Process({}).MustBeRefused(); })},
         Wrong("output-stream", "An output of an unknown stream",
               [](Edit e) { e.out.streamId = 77; }),
         Wrong("input-stream", "An input of an unknown stream", [](Edit e) { e.in.streamId = 77; }),
@@ -112,14 +99,11 @@ const Checks kRequestChecks = {
         Wrong("descriptor", "A descriptor that is not the buffer's memory",
               [](Edit e) { std::swap(e.in.buffer.fds[0], NoBuffer().fds[0]); }),
         Wrong("small-output", "An output buffer smaller than its stream",
-              [](Edit e) { e.out.buffer = SmallBuffer(e.session, false); }),
+              [](Edit e) { e.out.buffer = SmallBuffer(e.pool, e.streams.back()); }),
         Wrong("small-input", "An input buffer smaller than its stream",
-              [](Edit e) { e.in.buffer = SmallBuffer(e.session, true); }),
+              [](Edit e) { e.in.buffer = SmallBuffer(e.pool, e.streams.front()); }),
         Wrong("format", "An output buffer of another format",
-              [](Edit e) {
-                  e.out.buffer =
-                          e.session.device.pool.Get(ConfigurationOf(kB2Y).streams[0]).Handle();
-              }),
+              [](Edit e) { e.out.buffer = e.pool.Get(ConfigurationOf(kB2Y).streams[0]).Handle(); }),
         Wrong("no-frames", "A request without input frames", [](Edit e) { e.frames.clear(); }),
         Wrong(
                 "few-frames", "A request of MMF with two frames",

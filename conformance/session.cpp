@@ -41,8 +41,8 @@ Verdict KeepsTwoApart(Session& first) {
     Session second(first.device);
     if (!second.IsOpen()) return Warn("one session at a time: " + second.opened.Text());
     Configuration others = first.info;
-    for (const PlainRun* run : first.device.Claimed()) {
-        if (run->Works()) others = run->info;  // of another mode, if there is one
+    for (const PlainRun& run : first.device.PlainRuns()) {
+        if (run.Works()) others = run.info;  // of another mode, if there is one
     }
     const Answer taken = second.Configure(others);
     if (!taken.Ok()) return taken.MustSucceed("streams taken in the second session");
