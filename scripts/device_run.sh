@@ -174,24 +174,25 @@ learn_geometry() {
 # --- The run. ---
 
 # Every file of the device's folder with the time of its last change.
-list_files() { ask "find $camera -type f -exec stat -c '%z|%s|%n' {} +" | sort; }
+list_files() { ask "find $camera -type f -exec stat -c '%z|%s|%n' {} + 2>/dev/null; true" | sort; }
 
 # stop_tool SIGNAL: sends it to the tool on the device, which may have just been started.
 stop_tool() {
     stopped=1
     trap 'stop_tool KILL' INT TERM HUP
     for _ in {1..50}; do
-        ! read -r pid <"$kept/pid" || break
+        ! read -r pid <"$kept/pid" || [[ -z "$pid" ]] || break
         sleep 0.1
     done
     [[ -z "$pid" ]] || on_device "kill -$1 $pid" || true
 }
 
-# take_output: of the tool from the device. The first line is its process's number.
+# take_output: of the tool from the device, which first tells the number of its process.
 take_output() {
+    local line
     trap '' INT # the terminal's is for the tool
-    IFS= read -r pid || true
-    if [[ "$pid" =~ ^[0-9]+.?$ ]]; then echo "${pid%$'\r'}" >"$kept/pid"; else echo "$pid"; fi
+    while IFS= read -r line && [[ ! "$line" =~ ^pid\ ([0-9]+) ]]; do echo "$line" >&2; done
+    echo "${BASH_REMATCH[1]-}" >"$kept/pid"
     tr -d '\r'
 }
 
@@ -205,7 +206,7 @@ run_tool() {
     rm -f "$kept/pipe" && mkfifo "$kept/pipe" && : >"$kept/pid"
     take_output <"$kept/pipe" >"$kept/out" &
     reader=$!
-    line="trap : INT; sh -c 'echo \$\$; exec \"\$0\" \"\$@\"' ${command[*]@Q}; end=\$?; echo; echo status \$end"
+    line="trap : INT; sh -c 'echo pid \$\$; exec \"\$0\" \"\$@\"' ${command[*]@Q}; end=\$?; echo; echo status \$end"
     adb -s "$serial" shell "$line" </dev/null >"$kept/pipe" 8>&- 9>&- &
     client=$!
     progress "run: the tool runs on $serial"

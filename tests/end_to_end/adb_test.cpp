@@ -168,25 +168,23 @@ TEST_F(Adb, ADeviceThatGoesAwayLosesNothing) {
     EXPECT_THAT(Run({"--adb", "-t", "Y2J"}).err, HasSubstr("could not push 4000_3000_NV12.yuv"));
 }
 
-TEST_F(Adb, CtrlCEndsTheToolOnTheDevice) {
+TEST_F(Adb, ASignalEndsTheToolOnTheDevice) {
     Start({"--fault", "no-result"});
     Run({"--adb", "-t", "B2Y"});
-    Write("log", "");
-    Write("crash",
-          "11-22 10:00:00.123  77  77 F libc    : Fatal signal 6 (SIGABRT), code -1 in tid 77 "
-          "(camera), pid 77 (camera)\n");
-    Subprocess run({m_root + "/run", "--adb", "-t", "B2Y"}, Settings(),
-                   Subprocess::Input::kTerminal);
-    ASSERT_EQ(RunProgram({"sh", "-c", "tail -n +1 -F \"$0\" | grep -q -m 1 'WaitForResult wait'",
-                          m_root + "/log"})
-                      .status,
-              0);
-    run.Type("\x03");
-    const Finished finished = run.Finish();
-    EXPECT_EQ(finished.status, 130) << finished.out;
-    EXPECT_THAT(finished.out, HasSubstr("ended by signal 2"));
-    EXPECT_EQ(ReportOfRun()["run"]["signal"], "SIGINT");
-    EXPECT_EQ(ReportOfRun()["phases"].back()["name"], "result");
+    const std::string kill = "\"$0/bin/adb\" shell kill -KILL '$(pidof vexofflinecameratest)'";
+    for (const std::string& signal : {"", kill.c_str()}) {
+        Write("log", "");
+        Subprocess run({m_root + "/run", "--adb", "-t", "B2Y"}, Settings(),
+                       Subprocess::Input::kTerminal);
+        const std::string wait = "tail -n +1 -F \"$0/log\" | grep -q -m 1 'WaitForResult wait'";
+        ASSERT_EQ(RunProgram({"sh", "-c", wait + "\n" + signal, m_root}, Settings()).status, 0);
+        if (signal.empty()) run.Type("\x03");
+        const Finished finished = run.Finish();
+        EXPECT_EQ(finished.status, signal.empty() ? 130 : 137) << finished.out;
+        EXPECT_THAT(finished.out, HasSubstr(signal.empty() ? "signal 2" : "signal 9"));
+        EXPECT_EQ(ReportOfRun()["run"]["signal"], signal.empty() ? "SIGINT" : "SIGKILL");
+        EXPECT_EQ(ReportOfRun()["phases"].back()["name"], "result");
+    }
 }
 
 // So that the stand-in's sentences are adb's.
