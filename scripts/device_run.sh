@@ -232,13 +232,15 @@ run_tool() {
 
 # take_log SINCE PID: the tool's lines, and those of every crash.
 take_log() {
-    local buffer said since="$1"
+    local buffer since="$1"
     [[ "$since" =~ ^[0-9]{2}-[0-9]{2}\ [0-9:.]+$ ]] || since=""
     for buffer in main crash; do
-        said="$(call_adb 60 -s "$serial" logcat -d -b "$buffer" -v threadtime -v usec \
-            ${since:+-T "$since"} 2>&1)" ||
-            { say "$serial: no $buffer log: ${said##*$'\n'}" && continue; }
-        printf '%s\n' "$said"
+        if call_adb 60 -s "$serial" logcat -d -b "$buffer" -v threadtime -v usec \
+            ${since:+-T "$since"} >"$kept/log" 2>&1; then
+            cat "$kept/log"
+        else
+            say "$serial: no $buffer log: $(tail -n 1 "$kept/log")"
+        fi
     done | tr -d '\r' |
         awk -v pid="$2" '$3 == pid || $6 ~ /^DEBUG:?$/ || /: Fatal signal /' | sort -s -k 1,2
 }
@@ -252,8 +254,10 @@ fetch_dumps() {
         file="$data/${path#"$camera/"}"
         mkdir -p "${file%/*}"
         fetch "$path" "$file" || { lost=1 && continue; }
-        [[ "$(stat -c %s "$file")" == "$size" ]] ||
-            { complain "$(here "$file"): has not the $size bytes that $serial has" && lost=1; }
+        [[ "$(stat -c %s "$file")" == "$size" ]] || {
+            complain "$(here "$file"): has not the $size bytes that $serial has"
+            lost=1 size="$(stat -c %s "$file")"
+        }
         written+="${path#"$camera/"}"$'\t'0$'\t'"$size"$'\n'
     done <<<"$list"
 }
