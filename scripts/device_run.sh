@@ -47,7 +47,7 @@ push() {
 choose_device() {
     local list name state states=""
     local -A state_of=()
-    list="$(call_adb 30 devices 2>&1)" || no_run "adb devices: ${list##*$'\n'}"
+    list="$(call_adb 30 devices 2>&1)" || no_run "adb devices: ${list##*"$program: "}"
     while IFS=$'\t' read -r name state; do
         [[ -z "$state" ]] || state_of[$name]="$state"
     done <<<"$list"
