@@ -6,7 +6,7 @@ service_name=vendor.zel.hardware.camera.offlinecamera.IOfflineCameraService/defa
 serial="" device_name="" # of the device: its number, what it says that it is
 stopped="" lost=""       # set when a signal ended the run, when a dump could not be fetched
 
-# What stands in the way of a run, with its cure.
+# no_run TEXT...: ends with 125. The text names what is wrong and what to do.
 no_run() {
     complain "$@"
     exit 125
